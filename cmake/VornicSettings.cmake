@@ -1,0 +1,24 @@
+# Settings that every target of the project shares, carried by one interface library.
+
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+
+add_library(vornic-settings INTERFACE)
+target_compile_features(vornic-settings INTERFACE cxx_std_20)
+target_include_directories(vornic-settings INTERFACE "${PROJECT_SOURCE_DIR}")
+target_compile_options(vornic-settings INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+    $<$<BOOL:${VORNIC_WERROR}>:-Werror>)
+# File offsets and inode numbers are 64 bits wide on every machine.
+target_compile_definitions(vornic-settings INTERFACE _FILE_OFFSET_BITS=64)
+
+if(VORNIC_SANITIZE)
+    target_compile_options(vornic-settings INTERFACE
+        -fsanitize=${VORNIC_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(vornic-settings INTERFACE -fsanitize=${VORNIC_SANITIZE})
+endif()
+
+find_program(VORNIC_CCACHE ccache)
+if(VORNIC_CCACHE)
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${VORNIC_CCACHE}")
+endif()

@@ -1,0 +1,49 @@
+#ifndef VORNIC_PLATFORM_DIRECTORIES_H
+#define VORNIC_PLATFORM_DIRECTORIES_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+/// Where the standard folders of this platform lie. Nothing is cached: every call looks at the
+/// environment again. The folders need not exist. Any thread, as long as none changes the
+/// environment meanwhile.
+namespace vornic::platform {
+
+enum class SearchPathDirectory {
+    application,
+    adminApplication,
+    document,
+    library,
+    caches,
+    applicationSupport,
+    movies,
+    desktop,
+    documentation,
+};
+
+enum class SearchPathDomain { user, local, system };
+
+/// The folders of a kind in a domain, best first, "~" already expanded; empty when the platform has
+/// none. User Documents, Desktop and Movies come from `user-dirs.dirs` (freedesktop xdg-user-dirs),
+/// XDG folders from their variables, which count only when absolute (XDG Base Directory).
+[[nodiscard]] std::vector<std::string> searchPathForDirectories(SearchPathDirectory directory,
+                                                                SearchPathDomain domain);
+
+/// The user's home folder: `HOME` when it is absolute, else the user database's; "" when neither.
+[[nodiscard]] std::string homeDirectory();
+/// The login name of the real user id, or its decimal number when the user database has none.
+[[nodiscard]] std::string userName();
+/// The per-user temporary folder: `TMPDIR` when absolute, else `XDG_RUNTIME_DIR`, else a folder of
+/// mode 0700 below /tmp that the user owns (made when missing; one that is a link or another's is
+/// refused and a fresh one is made).
+[[nodiscard]] std::string temporaryDirectory();
+/// The system's cache folder of the user: `XDG_CACHE_HOME`, else `.cache` in the home folder;
+/// nothing without a home folder.
+[[nodiscard]] std::optional<std::string> userCacheDirectory();
+/// The real user id of the process; 0 is the super-user.
+[[nodiscard]] unsigned realUserId();
+
+}  // namespace vornic::platform
+
+#endif

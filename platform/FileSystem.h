@@ -1,0 +1,66 @@
+#ifndef VORNIC_PLATFORM_FILE_SYSTEM_H
+#define VORNIC_PLATFORM_FILE_SYSTEM_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "platform/Error.h"
+
+/// Plain operations on files. Paths are byte strings as the system gives them (no encoding is
+/// assumed; a NUL byte inside one makes every operation fail). Each operation may be called from any
+/// thread and fills the error slot, which it never clears, when it fails.
+namespace vornic::platform {
+
+/// Which file a path leads to, whatever its name: two paths with equal identities are one file.
+struct FileIdentity {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+};
+
+/// True when a file, folder or other node exists at the end of the path, links followed. A dangling
+/// link counts as nothing.
+[[nodiscard]] bool fileExists(const std::string& path);
+
+/// True when anything stands at the path itself, a dangling link included.
+[[nodiscard]] bool nodeExists(const std::string& path);
+
+/// True when the path, links followed, is a folder.
+[[nodiscard]] bool isDirectory(const std::string& path);
+
+/// The identity of what stands at the path itself (a link is not followed), or nothing.
+[[nodiscard]] std::optional<FileIdentity> fileIdentity(const std::string& path);
+
+/// The current working directory, or "" when it has been removed.
+[[nodiscard]] std::string currentDirectory();
+
+/// The whole contents of a regular file, links followed. Anything but a regular file (folder, pipe,
+/// device) is refused without opening it for reading, so the call never hangs.
+/// @return nothing on failure, with the slot filled.
+[[nodiscard]] std::optional<std::string> readFile(const std::string& path, ErrorSlot& error);
+
+/// Copies a regular file (links followed) to a path at which nothing may exist, not even a dangling
+/// link. Mode, access and modification times (nanoseconds), extended attributes and, when permitted,
+/// the owner are carried over; an owner or attribute that cannot be kept is no failure. The data are
+/// copied inside the kernel where it can. A copy that fails leaves nothing at the destination.
+bool copyFile(const std::string& source, const std::string& destination, ErrorSlot& error);
+
+/// Renames within a volume; across volumes a verified copy (data read back and compared, metadata as
+/// `copyFile`, a link as a link) followed by removal of the source. Fails when anything exists at
+/// the destination, which is never replaced.
+bool moveFile(const std::string& source, const std::string& destination, ErrorSlot& error);
+
+/// Removes a file or link (not a folder).
+bool removeFile(const std::string& path, ErrorSlot& error);
+
+/// Makes a folder with all folders above it, with the process's usual mode. An existing folder is
+/// success.
+bool createDirectory(const std::string& path, ErrorSlot& error);
+
+/// Writes what a file and the entry of its folder hold through to the disk (fsync of both).
+bool synchronizeFile(const std::string& path, ErrorSlot& error);
+
+}  // namespace vornic::platform
+
+#endif

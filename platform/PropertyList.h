@@ -1,0 +1,73 @@
+#ifndef VORNIC_PLATFORM_PROPERTY_LIST_H
+#define VORNIC_PLATFORM_PROPERTY_LIST_H
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "platform/AtomicFile.h"
+#include "platform/Error.h"
+
+namespace vornic::platform {
+
+class PropertyList;
+
+/// A value of a property list. Strings are UTF-8; dates are seconds since 1970-01-01 UTC.
+class PropertyList {
+  public:
+    using Dictionary = std::map<std::string, PropertyList>;
+    using Array = std::vector<PropertyList>;
+    struct Date {
+        double secondsSince1970 = 0;
+        friend bool operator==(const Date&, const Date&) = default;
+    };
+    struct Data {
+        std::string bytes;
+        friend bool operator==(const Data&, const Data&) = default;
+    };
+    using Value =
+        std::variant<std::string, std::int64_t, double, bool, Date, Data, Array, Dictionary>;
+
+    PropertyList() : value_(Dictionary{}) {}
+    PropertyList(Value value) : value_(std::move(value)) {}  // NOLINT: a value is a property list
+    PropertyList(const char* text) : value_(std::string(text)) {}  // NOLINT: likewise
+    PropertyList(int number) : value_(std::int64_t{number}) {}     // NOLINT: likewise
+
+    [[nodiscard]] const Value& value() const { return value_; }
+    [[nodiscard]] Value& value() { return value_; }
+
+    /// Typed views: a null pointer when the value is of another type.
+    [[nodiscard]] const std::string* string() const { return std::get_if<std::string>(&value_); }
+    [[nodiscard]] const std::int64_t* integer() const { return std::get_if<std::int64_t>(&value_); }
+    [[nodiscard]] const bool* boolean() const { return std::get_if<bool>(&value_); }
+    [[nodiscard]] const Array* array() const { return std::get_if<Array>(&value_); }
+    [[nodiscard]] const Dictionary* dictionary() const { return std::get_if<Dictionary>(&value_); }
+
+    /// The entry of a dictionary, or a null pointer (no dictionary, no such key).
+    [[nodiscard]] const PropertyList* find(std::string_view key) const;
+
+    friend bool operator==(const PropertyList&, const PropertyList&) = default;
+
+    /// Parses XML or binary property list bytes, told apart by their first bytes.
+    /// @return nothing when they are neither.
+    [[nodiscard]] static std::optional<PropertyList> parse(std::string_view bytes);
+    /// Reads a property list file (links followed). @return nothing, with the slot filled, when the
+    /// file cannot be read or holds no property list.
+    [[nodiscard]] static std::optional<PropertyList> readFile(const std::string& path,
+                                                              ErrorSlot& error);
+    /// The XML form.
+    [[nodiscard]] std::string toXML() const;
+    /// Writes the XML form atomically, not synced; folders above it are made.
+    bool writeFile(const std::string& path, ErrorSlot& error) const;
+
+  private:
+    Value value_;
+};
+
+}  // namespace vornic::platform
+
+#endif

@@ -1,0 +1,34 @@
+#ifndef VORNIC_XML_TEXT_DECODING_H
+#define VORNIC_XML_TEXT_DECODING_H
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/Error.h"
+
+namespace vornic {
+
+/// The UTF-8 byte order mark.
+inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+/// The offset of the first byte that does not belong to well-formed UTF-8 (RFC 3629: no overlong
+/// form, no surrogate, nothing above U+10FFFF), or nothing when the text is whole.
+[[nodiscard]] std::optional<std::size_t> firstInvalidUTF8(std::string_view bytes);
+
+/// Reads bytes as UTF-8 text: checks them and drops a byte order mark at the beginning, in place.
+/// @return nothing, with the slot filled (line, column and byte offset of the first bad byte), when
+///     they are not UTF-8.
+[[nodiscard]] std::optional<std::string> textFromUTF8(std::string bytes, ErrorSlot& error);
+
+/// Turns the bytes of an XML file into UTF-8 text by the byte order mark, else by the pattern of the
+/// first bytes and the encoding declaration (XML 1.0 appendix F), else as UTF-8. Known encodings are
+/// UTF-8, US-ASCII, UTF-16 (either order), ISO-8859-1, windows-1252 and macintosh (Mac Roman), each
+/// under its usual names.
+/// @return nothing, with the slot filled, for an unknown encoding or bytes that do not fit it.
+[[nodiscard]] std::optional<std::string> decodeXMLBytes(std::string bytes, ErrorSlot& error);
+
+}  // namespace vornic
+
+#endif

@@ -1,0 +1,83 @@
+#ifndef VORNIC_XML_XML_DOCUMENT_H
+#define VORNIC_XML_XML_DOCUMENT_H
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Error.h"
+#include "xml/XMLNode.h"
+#include "xml/XMLReader.h"
+
+namespace vornic {
+
+/// Takes the next piece of a serialised document. @return false to stop the serialisation.
+using XMLSink = std::function<bool(std::string_view piece)>;
+
+/// A parsed document: tree, XPath 1.0 queries, serialisation. Built only from text that `readXML`
+/// has passed. One thread at a time.
+class XMLDocument {
+  public:
+    /// Parses text that is text already: whatever encoding its declaration names, it is UTF-8. A
+    /// byte order mark at the very beginning is passed over.
+    /// @return the document, or null with the slot filled. A success leaves the slot as it was.
+    [[nodiscard]] static std::unique_ptr<XMLDocument> parse(std::string text, XMLMode mode,
+                                                            ErrorSlot& error);
+    /// Loads a file, decoded by its byte order mark or its encoding declaration (UTF-8, UTF-16,
+    /// ISO-8859-1, windows-1252, macintosh).
+    /// @return the document, or null with the slot filled.
+    [[nodiscard]] static std::unique_ptr<XMLDocument> load(const std::string& path, XMLMode mode,
+                                                           ErrorSlot& error);
+    ~XMLDocument();
+    XMLDocument(const XMLDocument&) = delete;
+    XMLDocument& operator=(const XMLDocument&) = delete;
+
+    /// What tolerant mode mended, in the order of the text.
+    [[nodiscard]] const std::vector<XMLMend>& mends() const;
+
+    /// The document node, the parent of the root element.
+    [[nodiscard]] XMLNode documentNode() const;
+    /// The root element; every parsed document has one.
+    [[nodiscard]] XMLNode rootElement() const;
+
+    /// The name in the document type declaration, or nothing when there is no declaration.
+    [[nodiscard]] std::optional<std::string> documentTypeName() const;
+    /// Replaces the document type declaration, or adds one before the root element, by one with the
+    /// name and nothing else (`<!DOCTYPE name>`).
+    void setDocumentType(std::string_view name);
+
+    /// Evaluates an XPath 1.0 expression that yields nodes.
+    /// @return the nodes in document order without duplicates, none when nothing matches. An
+    ///     expression that cannot be compiled or yields no node set fills the slot and returns none.
+    [[nodiscard]] std::vector<XMLNode> nodesForXPath(std::string_view query, XMLNode context,
+                                                     ErrorSlot& error) const;
+    /// True when the expression finds at least one node; stops at the first. Errors count as no.
+    [[nodiscard]] bool hasNodeForXPath(std::string_view query, XMLNode context) const;
+
+    /// Removes a node and everything below it. A node that is no longer in the tree, because a node
+    /// above it was removed before, must not be passed; see `removeNodes`.
+    void removeNode(XMLNode node);
+    /// Removes the nodes of a list in which some may lie inside others.
+    void removeNodes(const std::vector<XMLNode>& nodes);
+
+    /// Writes the document as UTF-8 with the declaration `<?xml version="1.0" encoding="UTF-8"?>`
+    /// (version and standalone as they were): four blanks a level down to level 64 and no deeper,
+    /// text and mixed content to the letter, `<name/>` and `<name></name>` each as it was. Writing
+    /// what was written changes nothing. Pieces are large, so that the sink may be slow to call.
+    /// @return false when the sink stopped it.
+    bool serialize(const XMLSink& sink) const;
+    /// `serialize` into one string.
+    [[nodiscard]] std::string xmlString() const;
+
+  private:
+    struct State;
+    explicit XMLDocument(std::unique_ptr<State> state);
+    std::unique_ptr<State> state_;
+};
+
+}  // namespace vornic
+
+#endif

@@ -1,0 +1,101 @@
+#ifndef VORNIC_XML_XML_READER_H
+#define VORNIC_XML_XML_READER_H
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Error.h"
+
+namespace vornic {
+
+/// How `readXML` takes markup that is not well-formed.
+enum class XMLMode {
+    /// The first fault ends the reading.
+    strict,
+    /// What can be mended inside a line without a guess about structure and without losing a
+    /// character of content is mended and noted; anything else ends the reading as in strict mode.
+    tolerant,
+};
+
+/// A markup fault that the tolerant mode mended.
+struct XMLMend {
+    /// Byte offset in the text that was read.
+    std::size_t offset = 0;
+    /// 1-based; columns count Unicode characters.
+    std::size_t line = 0;
+    std::size_t column = 0;
+    /// What was wrong and how it was read, such as "an ampersand that begins no entity was read as
+    /// text". A fixed text.
+    std::string_view what;
+};
+
+/// A change that turns the text that was read into the mended text.
+struct XMLEdit {
+    std::size_t offset = 0;
+    /// Bytes that are taken out at the offset.
+    std::size_t length = 0;
+    /// What is put there. A fixed text.
+    std::string_view replacement;
+};
+
+/// What a pass over a text found.
+struct XMLReading {
+    /// The fault that ended the reading; nothing when the text, with the edits applied, is
+    /// well-formed.
+    ErrorSlot fault;
+    /// In the order of the text; empty in strict mode.
+    std::vector<XMLMend> mends;
+    /// What the mends, and the dropping of characters that XML forbids, change; in the order of the
+    /// text, not overlapping.
+    std::vector<XMLEdit> edits;
+    /// Characters that XML forbids and that tolerant mode dropped. They are no mends.
+    std::size_t droppedCharacters = 0;
+    /// True when some element has text beside child elements, comments or other nodes, or an
+    /// xml:space="preserve" attribute.
+    bool hasMixedContent = false;
+    /// The offsets, ascending, of the names of elements written as a start tag that an end tag
+    /// follows at once (`<name></name>`), in the text with the edits applied.
+    std::vector<std::size_t> emptyPairs;
+};
+
+/// Receives what `readXML` reads, in the order of the text. Views live during the call only; names,
+/// values and text are raw (references not replaced, line endings as they stand).
+class XMLReaderEvents {
+  public:
+    virtual ~XMLReaderEvents() = default;
+    virtual void startElement(std::string_view name) = 0;
+    virtual void attribute(std::string_view name, std::string_view rawValue) = 0;
+    /// @param selfClosed true for `<name/>`, for which no other end is told.
+    virtual void endElement(std::string_view name, bool selfClosed) = 0;
+    /// Character data between two pieces of markup, never empty.
+    virtual void text(std::string_view rawText) = 0;
+    virtual void cdata(std::string_view content) = 0;
+    virtual void comment(std::string_view content) = 0;
+    virtual void processingInstruction(std::string_view target, std::string_view data) = 0;
+    virtual void documentType(std::string_view name, std::string_view rawDeclaration) = 0;
+};
+
+/// Reads a document in one pass and decides whether it is well-formed as XML 1.0 (fifth edition)
+/// asks of a non-validating processor, with two deliberate narrowings: entity declarations in the
+/// document type declaration are refused in both modes, and a reference to a general entity that is
+/// not one of the five predefined ones is a fault. Nothing outside the text is ever read.
+///
+/// The text is UTF-8; bytes that are not are a fault (in tolerant mode too). An encoding declaration
+/// is checked for its form and otherwise ignored. Time is linear in the length; memory grows with
+/// the depth of the elements that are open and the number of mends, never on the stack.
+///
+/// @param events told of everything read before the fault, or null. In tolerant mode with edits the
+///     views show the text as it stands, not as mended.
+/// @return the findings; faults carry line and column in the error and in its description.
+[[nodiscard]] XMLReading readXML(std::string_view text, XMLMode mode,
+                                 XMLReaderEvents* events = nullptr);
+
+/// Applies the edits of a reading to the text that was read.
+[[nodiscard]] std::string applyXMLEdits(std::string_view text, const std::vector<XMLEdit>& edits);
+
+}  // namespace vornic
+
+#endif
