@@ -1,0 +1,45 @@
+#ifndef VORNIC_CONVERT_VERSION_CATALOGUE_H
+#define VORNIC_CONVERT_VERSION_CATALOGUE_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/PropertyList.h"
+
+namespace vornic {
+
+/// Which elements each XMEML version introduced and which Final Cut Pro release reads it: the
+/// resource "xml_versions" of type "plist". Nothing is cached; who uses it loads it anew.
+class VersionCatalogue {
+  public:
+    /// Reads the resource. @return nothing when it is missing or holds no dictionary.
+    [[nodiscard]] static std::optional<VersionCatalogue> load();
+
+    /// A catalogue with the given root, for callers that have one already.
+    explicit VersionCatalogue(platform::PropertyList::Dictionary root) : root_(std::move(root)) {}
+
+    /// All versions, sorted as texts without regard to case.
+    [[nodiscard]] std::vector<std::string> sortedKeys() const;
+    [[nodiscard]] bool hasEntry(const std::string& version) const;
+    /// The string under "FCP Version", or nothing.
+    [[nodiscard]] std::optional<std::string> fcpVersion(const std::string& version) const;
+    /// The element strings (`<name`) that the version introduced; nothing when the entry has no such
+    /// list, or there is no entry.
+    [[nodiscard]] std::optional<std::vector<std::string>> elements(const std::string& version) const;
+
+  private:
+    platform::PropertyList::Dictionary root_;
+};
+
+/// What is logged when the catalogue cannot be loaded.
+inline constexpr std::string_view kUnableToLoadVersions =
+    "Unable to load XML version information. Please reinstall Brindle Tools.";
+
+/// Logs the load failure and shows its alert, without a parent window.
+void reportVersionCatalogueFailure();
+
+}  // namespace vornic
+
+#endif

@@ -1,0 +1,61 @@
+#ifndef VORNIC_REPAIR_DOCUMENT_WINDOW_H
+#define VORNIC_REPAIR_DOCUMENT_WINDOW_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "ui/QMAlert.h"
+
+namespace vornic {
+
+/// The window of a document with its progress sheet and its conversion dialog, as far as the
+/// document drives them. The desktop draws it; a test records what it is told. Main thread only,
+/// except `progressDidChange`.
+class DocumentWindow : public AlertWindow {
+  public:
+    // The report text (`infoText`).
+    virtual void clearReport() = 0;
+    [[nodiscard]] virtual bool reportIsEmpty() const = 0;
+    /// Puts text at the end of the report: red for an error, else in the colour of labels; 12 points,
+    /// bold or plain; afterwards the view is read-only and will be redrawn.
+    virtual void insertReportText(std::string_view text, bool isError, bool isBold) = 0;
+
+    // The progress sheet (`windowProgress`, `progressBar`, `progressStatusText`,
+    // `progressCancelBtn`).
+    virtual void setProgressCancelEnabled(bool enabled) = 0;
+    virtual void startProgressAnimation() = 0;
+    virtual void stopProgressAnimation() = 0;
+    virtual void setProgressIndeterminate(bool indeterminate) = 0;
+    virtual void setProgressStatusText(std::string_view text) = 0;
+    [[nodiscard]] virtual bool progressSheetIsVisible() const = 0;
+    [[nodiscard]] virtual bool progressSheetIsSheet() const = 0;
+    virtual void beginProgressSheet() = 0;
+    virtual void endProgressSheet() = 0;
+    /// The document's `progressMax` or `progressValue` has changed; the window reads them when it
+    /// paints. Called from any thread, very often: it must do next to nothing.
+    virtual void progressDidChange() = 0;
+
+    /// Shows a sheet with the standard button and returns at once.
+    virtual void beginAlertSheet(std::string_view message, std::string_view info) = 0;
+
+    // The conversion dialog (`windowConvert`, `convertCurVersion`, `convertDowngradeVersion`,
+    // `convertVersionPopUp`, `convertBtn`, `convertSpinner`).
+    virtual void beginConvertSheet() = 0;
+    virtual void endConvertSheet() = 0;
+    virtual void startConvertSpinner() = 0;
+    virtual void stopConvertSpinner() = 0;
+    virtual void setConvertCurVersion(std::string_view text) = 0;
+    virtual void setConvertDowngradeVersion(std::string_view text) = 0;
+    virtual void removeAllConvertVersions() = 0;
+    virtual void addConvertVersion(std::string_view title) = 0;
+    virtual void setLastConvertVersionKey(std::string_view key) = 0;
+    /// The key of the selected item of the version menu, or nothing.
+    [[nodiscard]] virtual std::optional<std::string> selectedConvertVersionKey() const = 0;
+    virtual void setConvertVersionMenuEnabled(bool enabled) = 0;
+    virtual void setConvertButtonEnabled(bool enabled) = 0;
+};
+
+}  // namespace vornic
+
+#endif

@@ -1,0 +1,22 @@
+#ifndef VORNIC_REPAIR_HEADER_CHECKS_H
+#define VORNIC_REPAIR_HEADER_CHECKS_H
+
+#include <memory>
+
+#include "repair/RepairHost.h"
+#include "xml/XMLDocument.h"
+
+namespace vornic {
+
+/// Check the head of a document: the document type declaration, which is mended, the root element
+/// and the elements that a project needs, which are only reported. A null document has no
+/// declaration, no root element and no query results.
+/// @return the same document, mended in place, or null after an exception, which is logged.
+[[nodiscard]] std::unique_ptr<XMLDocument> checkXMEMLHeaderTags(
+    RepairHost& host, std::unique_ptr<XMLDocument> document);
+[[nodiscard]] std::unique_ptr<XMLDocument> checkFCPXMLHeaderTags(
+    RepairHost& host, std::unique_ptr<XMLDocument> document);
+
+}  // namespace vornic
+
+#endif
