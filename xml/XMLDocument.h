@@ -49,13 +49,14 @@ class XMLDocument {
     /// name and nothing else (`<!DOCTYPE name>`).
     void setDocumentType(std::string_view name);
 
-    /// Evaluates an XPath 1.0 expression that yields nodes.
+    /// Evaluates an XPath 1.0 expression that yields nodes. The context carries all that is needed,
+    /// so that no document object is; a context that is no node finds nothing.
     /// @return the nodes in document order without duplicates, none when nothing matches. An
     ///     expression that cannot be compiled or yields no node set fills the slot and returns none.
-    [[nodiscard]] std::vector<XMLNode> nodesForXPath(std::string_view query, XMLNode context,
-                                                     ErrorSlot& error) const;
+    [[nodiscard]] static std::vector<XMLNode> nodesForXPath(std::string_view query, XMLNode context,
+                                                            ErrorSlot& error);
     /// True when the expression finds at least one node; stops at the first. Errors count as no.
-    [[nodiscard]] bool hasNodeForXPath(std::string_view query, XMLNode context) const;
+    [[nodiscard]] static bool hasNodeForXPath(std::string_view query, XMLNode context);
 
     /// Removes a node and everything below it. A node that is no longer in the tree, because a node
     /// above it was removed before, must not be passed; see `removeNodes`.
