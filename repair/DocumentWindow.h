@@ -10,15 +10,17 @@
 namespace vornic {
 
 /// The window of a document with its progress sheet and its conversion dialog, as far as the
-/// document drives them. The desktop draws it; a test records what it is told. Main thread only,
-/// except `progressDidChange`.
+/// document drives them. The desktop draws it; a test records what it is told. Main thread only.
+///
+/// The bar's maximum and value are not told: while the sheet is up the window reads the document's
+/// `progressMax` and `progressValue` whenever it paints, so that a run never waits for its bar.
 class DocumentWindow : public AlertWindow {
   public:
     // The report text (`infoText`).
     virtual void clearReport() = 0;
     [[nodiscard]] virtual bool reportIsEmpty() const = 0;
-    /// Puts text at the end of the report: red for an error, else in the colour of labels; 12 points,
-    /// bold or plain; afterwards the view is read-only and will be redrawn.
+    /// Puts text at the end of the report: red for an error, else in the colour of labels; 12
+    /// points, bold or plain; afterwards the view is read-only and will be redrawn.
     virtual void insertReportText(std::string_view text, bool isError, bool isBold) = 0;
 
     // The progress sheet (`windowProgress`, `progressBar`, `progressStatusText`,
@@ -32,9 +34,6 @@ class DocumentWindow : public AlertWindow {
     [[nodiscard]] virtual bool progressSheetIsSheet() const = 0;
     virtual void beginProgressSheet() = 0;
     virtual void endProgressSheet() = 0;
-    /// The document's `progressMax` or `progressValue` has changed; the window reads them when it
-    /// paints. Called from any thread, very often: it must do next to nothing.
-    virtual void progressDidChange() = 0;
 
     /// Shows a sheet with the standard button and returns at once.
     virtual void beginAlertSheet(std::string_view message, std::string_view info) = 0;

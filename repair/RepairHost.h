@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace vornic {
@@ -29,17 +30,20 @@ class RepairHost {
     virtual void setProgressValue(std::int64_t value) = 0;
     virtual void setIndeterminateProgress() = 0;
     /// Stands for `setProgressValue` of each value from `first` to `last` that is no multiple of
-    /// `except`, in order. A host of which only the latest value can be seen may set that alone.
+    /// `except`, in order, up to the moment of a cancellation. A host of which only the latest
+    /// value can be seen may set that alone.
     virtual void setProgressValues(std::int64_t first, std::int64_t last, std::int64_t except) {
-        for (std::int64_t value = first; value <= last; ++value) {
+        for (std::int64_t value = first; value <= last && !progressCancelled(); ++value) {
             if (value % except != 0) {
                 setProgressValue(value);
             }
         }
     }
 
-    /// Shows a message that ends the run, with an explanation.
-    virtual void displayAlert(std::string_view message, std::string_view info) = 0;
+    /// Shows a message with an explanation. Without a message nothing happens; without an
+    /// explanation it is empty.
+    virtual void displayAlert(std::optional<std::string_view> message,
+                              std::optional<std::string_view> info) = 0;
 
     /// True once the user, or a signal, has asked to cancel.
     [[nodiscard]] virtual bool progressCancelled() const = 0;

@@ -1,0 +1,86 @@
+#include "app/ConvertCommand.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+#include "foundation/FormatString.h"
+#include "foundation/QMLog.h"
+#include "foundation/Text.h"
+#include "platform/Bundle.h"
+#include "platform/Console.h"
+#include "platform/FileSystem.h"
+#include "platform/Termination.h"
+#include "repair/Document.h"
+#include "xml/XMLDocument.h"
+
+namespace vornic {
+
+namespace {
+
+constexpr std::string_view kSwitch = "-convertxmeml";
+constexpr std::int64_t kOldestVersion = 1;
+constexpr std::int64_t kNewestVersion = 5;
+constexpr int kSignalStatus = 128;
+
+int fail(std::string_view message) {
+    platform::consoleLog(message);
+    return 1;
+}
+
+// What the parser had to mend is no message of the converter, but the log keeps it.
+void logMends(const XMLDocument& document, const std::string& path) {
+    for (const XMLMend& mend : document.mends()) {
+        QMLog::appendLog("%@: line %li, column %li: %@", path, mend.line, mend.column, mend.what);
+    }
+}
+
+void convertFile(const std::string& argument, std::int64_t version) {
+    std::string path = argument;
+    if (!platform::fileExists(path)) {
+        path = appendingPathComponent(platform::currentDirectory(), argument);
+        if (!platform::fileExists(path)) {
+            platform::consoleLog(formatString("File %@ does not exist", path));
+            return;
+        }
+    }
+    ErrorSlot error;
+    std::unique_ptr<XMLDocument> xml = XMLDocument::load(path, XMLMode::tolerant, error);
+    if (!xml) {
+        platform::consoleLog(
+            formatString("Unable to load XML file %@: %@", path, error->localizedDescription()));
+        return;
+    }
+    logMends(*xml, path);
+    const std::shared_ptr<Document> document = Document::create();
+    document->setHasGUI(false);
+    document->convertXMEMLVersion(formatString("%i", version), std::move(xml), path);
+}
+
+}  // namespace
+
+bool ConvertCommand::isWanted(const std::vector<std::string>& arguments) {
+    return std::find(arguments.begin(), arguments.end(), kSwitch) != arguments.end();
+}
+
+int ConvertCommand::run(const std::vector<std::string>& arguments) {
+    const auto found = std::find(arguments.begin(), arguments.end(), kSwitch);
+    if (arguments.end() - found < 3) {
+        return fail("Error: invalid syntax");
+    }
+    const std::int64_t version = integerValue(found[1]);
+    if (version < kOldestVersion || version > kNewestVersion) {
+        return fail("Error: XMEML version must be between 1 and 5");
+    }
+    platform::catchInterruptions();
+    QMLog::createNewLog(platform::applicationName());
+    for (auto file = found + 2; file != arguments.end() && platform::interruption() == 0; ++file) {
+        convertFile(*file, version);
+    }
+    QMLog::finishWriting();
+    return platform::interruption() == 0 ? 0 : kSignalStatus + platform::interruption();
+}
+
+}  // namespace vornic

@@ -1,0 +1,49 @@
+#ifndef VORNIC_APP_TERMINAL_PROGRESS_H
+#define VORNIC_APP_TERMINAL_PROGRESS_H
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+
+#include "repair/Document.h"
+
+namespace vornic {
+
+/// Draws a document's progress as a bar in the last line of the terminal on standard error, ten
+/// times a second, and takes it away before a line of text is written. Does nothing when standard
+/// error is no terminal.
+class TerminalProgress {
+  public:
+    explicit TerminalProgress(std::shared_ptr<const Document> document);
+    /// Takes the bar away.
+    ~TerminalProgress();
+    TerminalProgress(const TerminalProgress&) = delete;
+    TerminalProgress& operator=(const TerminalProgress&) = delete;
+
+    /// Writes a line to standard output with no bar in its way. Any thread.
+    void printLine(std::string_view line);
+
+    /// The bar for a value of a maximum (0: indeterminate), without the control characters that put
+    /// it in place.
+    [[nodiscard]] static std::string bar(std::int64_t value, std::int64_t maximum);
+
+  private:
+    void draw();
+    void erase();
+
+    std::shared_ptr<const Document> document_;
+    // Whoever reads along (a terminal, a pipe) sees each line at once; a file is written in blocks.
+    bool stdoutIsFile_;
+    std::mutex mutex_;
+    std::condition_variable wake_;
+    bool ending_ = false;
+    bool drawn_ = false;
+    std::thread painter_;
+};
+
+}  // namespace vornic
+
+#endif

@@ -1,0 +1,55 @@
+#ifndef VORNIC_REPAIR_CHARACTER_FILTER_H
+#define VORNIC_REPAIR_CHARACTER_FILTER_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "repair/RepairHost.h"
+
+namespace vornic {
+
+/// Is told how `filterInvalidCharacters` goes on. Indexes count UTF-16 code units from 0.
+class CharacterFilterObserver {
+  public:
+    virtual ~CharacterFilterObserver() = default;
+    /// Asked often; true ends the filtering.
+    [[nodiscard]] virtual bool isCancelled() = 0;
+    /// A character that XML does not take was left out. One outside the Basic Multilingual Plane is
+    /// told twice, for each of its two units.
+    virtual void removedUnit(std::int64_t index) = 0;
+    /// The units from `first` to `last` are done. Every unit is told once, in order; a removed one
+    /// after its removal.
+    virtual void finishedUnits(std::int64_t first, std::int64_t last) = 0;
+};
+
+/// Rewrites the text of an XML file so that it will parse, in one pass: removes the characters that
+/// XML does not allow (and all from U+E000 up), escapes markup characters that stand in text, and
+/// turns other non-ASCII characters into decimal character references. Markup is left alone: inside
+/// a tag only less-than signs are escaped and non-ASCII characters turned into references; inside a
+/// CDATA section less-than signs are escaped and everything else is kept.
+///
+/// An ampersand in text is kept when a semicolon follows within the next five units. A CDATA
+/// section is known by "<![CDATA" only when at least one unit follows it.
+///
+/// @param text well-formed UTF-8.
+/// @return the filtered text, or nothing when the observer cancelled.
+/// @throws platform::RangeException for a text that begins with "<>", when the end of a CDATA
+///     section would be looked for before the beginning of the text.
+[[nodiscard]] std::optional<std::string> filterInvalidCharacters(std::string_view text,
+                                                                 CharacterFilterObserver& observer);
+
+/// `filterInvalidCharacters` for a document: logs what it does, drives the progress bar (its
+/// maximum is set for texts of 512001 units and more), reports each removal and marks the
+/// document's flags.
+/// @return the filtered text, or nothing when the run was cancelled.
+[[nodiscard]] std::optional<std::string> filterInvalidCharsInString(RepairHost& host,
+                                                                    std::string_view text);
+
+/// Keeps exactly the bytes from 0x20 to 0x7E, in order, and says in the log that it does.
+[[nodiscard]] std::string stripInvalidCharsFromData(std::string_view data);
+
+}  // namespace vornic
+
+#endif

@@ -1,0 +1,482 @@
+#include "repair/Document.h"
+
+#include <cstdio>
+#include <exception>
+#include <utility>
+
+#include "convert/ConversionAnalysis.h"
+#include "convert/VersionConversion.h"
+#include "foundation/FormatString.h"
+#include "foundation/QMException.h"
+#include "foundation/QMLog.h"
+#include "platform/Exception.h"
+#include "platform/FileSystem.h"
+#include "platform/MainThread.h"
+#include "platform/Thread.h"
+#include "repair/CharacterFilter.h"
+
+namespace vornic {
+
+using platform::MainThread;
+
+namespace {
+
+// The platform's status of a routine that is not implemented.
+constexpr int kUnimplementedStatus = -4;
+
+void printLine(std::string_view line) {
+    std::fwrite(line.data(), 1, line.size(), stdout);
+    std::fputc('\n', stdout);
+}
+
+}  // namespace
+
+Document::Document() : reportOutput_(printLine) {}
+
+Document::~Document() {
+    progressCancelled_ = true;
+    isRunning_ = false;
+}
+
+std::shared_ptr<Document> Document::create() {
+    return std::shared_ptr<Document>(new Document());
+}
+
+void Document::setWindow(std::shared_ptr<DocumentWindow> window) {
+    window_ = std::move(window);
+}
+
+Document::Text Document::filePath() const {
+    return filePath_;
+}
+
+void Document::setFilePath(Text path) {
+    filePath_ = std::move(path);
+}
+
+bool Document::readFromURL(const std::string& path, std::string_view /*ofType*/, Error* error) {
+    filePath_ = path;
+    repair();
+    if (error != nullptr) {
+        *error = Error{std::string(kOSStatusErrorDomain), kUnimplementedStatus,
+                       "The operation could not be completed."};
+    }
+    return true;
+}
+
+bool Document::windowShouldClose() {
+    if (!isRunning()) {
+        return true;
+    }
+    constexpr std::int64_t kAlternateButton = 0;
+    return QMAlert::alertSheetWithMessageText(
+               "A repair is running. Are you sure you wish to quit?", "Quit", "Cancel",
+               std::nullopt, "This will cancel the repair.", window_, true) != kAlternateButton;
+}
+
+void Document::close() {
+    closed_.store(true, std::memory_order_relaxed);
+    window_.reset();
+}
+
+void Document::repair() {
+    if (!filePath_ || filePath_->empty()) {
+        return;
+    }
+    runDetached([path = *filePath_](Document& document) { document.startRepair(path); });
+}
+
+void Document::runDetached(std::function<void(Document&)> work) {
+    platform::detachNewThread([self = shared_from_this(), work = std::move(work)]() mutable {
+        try {
+            work(*self);
+        } catch (const std::exception& exception) {
+            // Out of memory, say: the program and its other documents go on.
+            QMLog::appendLogAndPrint("Exception in a document's thread: %@", exception.what());
+        }
+        // The last owner of a document lets go of it where its window lives.
+        MainThread::perform([last = std::move(self)]() mutable { last.reset(); });
+    });
+}
+
+RepairOutcome Document::startRepair(const std::string& path) {
+    return RepairPipeline(*this).run(path);
+}
+
+std::string Document::stripInvalidCharsFromData(std::string_view data) {
+    return vornic::stripInvalidCharsFromData(data);
+}
+
+Document::Text Document::filterInvalidCharsInString(std::string_view text) {
+    return vornic::filterInvalidCharsInString(*this, text);
+}
+
+// Conversion.
+
+void Document::showConvertDialog() {
+    const std::string path = filePath_.value_or("");
+    if (!platform::fileExists(path)) {
+        displayAlert("Unable to locate file", formatString("The file %@ cannot be found.", path));
+        return;
+    }
+    inWindow([](DocumentWindow& window) { window.beginConvertSheet(); });
+    runDetached([path](Document& document) { document.populateConversionDataForFile(path); });
+}
+
+void Document::closeConvertDialog() {
+    inWindow([](DocumentWindow& window) { window.endConvertSheet(); });
+}
+
+void Document::convertVersion() {
+    try {
+        startConvertSpinner();
+        if (filePath_ && !filePath_->empty()) {
+            convertFile(*filePath_);
+        }
+        stopConvertSpinner();
+    } catch (const platform::Exception& exception) {
+        QMException::logException(exception, "-[Document convertVersion:]");
+        stopConvertSpinner();
+    }
+}
+
+void Document::convertFile(const std::string& path) {
+    if (!platform::fileExists(path)) {
+        displayAlert("Unable to locate file", formatString("The file %@ cannot be found.", path));
+        return;
+    }
+    Text version;
+    inWindow([&](DocumentWindow& window) { version = window.selectedConvertVersionKey(); });
+    if (!version) {
+        QMLog::appendLog(
+            "Version not set. Unable to convert XML file %@. Please report this bug to Quillmark.",
+            path);
+        QMAlert::alertSheetWithMessageText(
+            "Version not set", "Unable to convert XML file. Please report this issue to Quillmark.",
+            nullptr);
+        return;
+    }
+    ErrorSlot error;
+    std::unique_ptr<XMLDocument> document = XMLDocument::load(path, XMLMode::tolerant, error);
+    if (!document) {
+        const std::string& reason = error->localizedDescription();
+        QMLog::appendLog(
+            "Error loading XML file - %@. Please try repairing it first before attempting a "
+            "conversion.",
+            reason);
+        QMAlert::alertSheetWithMessageText(
+            "Error loading XML file",
+            formatString("%@\n\nPlease try repairing it first before attempting a conversion.",
+                         reason),
+            nullptr);
+        return;
+    }
+    convertXMEMLVersion(*version, std::move(document), path);
+    populateConversionDataForFile(path);
+}
+
+void Document::convertXMEMLVersion(const std::string& version,
+                                   std::unique_ptr<XMLDocument> forDocument,
+                                   const std::string& filePath) {
+    vornic::convertXMEMLVersion(*this, version, std::move(forDocument), filePath);
+}
+
+std::unique_ptr<XMLDocument> Document::stripTagsFromXMLDoc(std::unique_ptr<XMLDocument> document,
+                                                           const std::string& forVersion) {
+    return vornic::stripTagsFromXMLDoc(std::move(document), forVersion);
+}
+
+void Document::populateConversionDataForFile(const Text& path) {
+    vornic::populateConversionDataForFile(*this, path);
+}
+
+bool Document::xmlStringRequiresVersion(std::string_view xmlString, const std::string& version) {
+    return vornic::xmlStringRequiresVersion(xmlString, version);
+}
+
+// Flags. They are plain in meaning: no thread reads another's data by them.
+
+bool Document::fileHasErrs() const {
+    return fileHasErrs_.load(std::memory_order_relaxed);
+}
+
+void Document::setFileHasErrs(bool hasErrors) {
+    fileHasErrs_.store(hasErrors, std::memory_order_relaxed);
+}
+
+bool Document::fileWasRepaired() const {
+    return fileWasRepaired_.load(std::memory_order_relaxed);
+}
+
+void Document::setFileWasRepaired(bool wasRepaired) {
+    fileWasRepaired_.store(wasRepaired, std::memory_order_relaxed);
+}
+
+bool Document::isRunning() const {
+    return isRunning_.load(std::memory_order_relaxed);
+}
+
+bool Document::progressCancelled() const {
+    return progressCancelled_.load(std::memory_order_relaxed) ||
+           closed_.load(std::memory_order_relaxed) ||
+           (interruption_ != nullptr && interruption_->load(std::memory_order_relaxed) != 0);
+}
+
+void Document::setProgressCancelled(bool cancelled) {
+    progressCancelled_.store(cancelled, std::memory_order_relaxed);
+}
+
+std::int64_t Document::minDowngradeVersion() const {
+    return minDowngradeVersion_.load(std::memory_order_relaxed);
+}
+
+void Document::setMinDowngradeVersion(std::int64_t version) {
+    minDowngradeVersion_.store(version, std::memory_order_relaxed);
+}
+
+// Progress.
+
+void Document::inWindow(const std::function<void(DocumentWindow&)>& draw) const {
+    if (!hasGUI_) {
+        return;
+    }
+    MainThread::performAndWait([&] {
+        if (window_) {
+            draw(*window_);
+        }
+    });
+}
+
+void Document::startProgress() {
+    isRunning_.store(true, std::memory_order_relaxed);
+    setProgressCancelled(false);
+    progressMax_.store(0, std::memory_order_relaxed);
+    inWindow([](DocumentWindow& window) {
+        window.setProgressCancelEnabled(true);
+        window.stopProgressAnimation();
+        window.setProgressIndeterminate(true);
+        window.startProgressAnimation();
+        window.setProgressStatusText("Repairing...");
+        if (!(window.progressSheetIsVisible() && window.progressSheetIsSheet())) {
+            window.beginProgressSheet();
+        }
+    });
+}
+
+void Document::endProgress() {
+    inWindow([](DocumentWindow& window) {
+        window.stopProgressAnimation();
+        if (window.progressSheetIsVisible() || window.progressSheetIsSheet()) {
+            window.endProgressSheet();
+        }
+    });
+    isRunning_.store(false, std::memory_order_relaxed);
+}
+
+void Document::setProgressLabel(std::string_view text) {
+    inWindow([&](DocumentWindow& window) { window.setProgressStatusText(text); });
+}
+
+void Document::setProgressMax(std::int64_t maximum) {
+    progressValue_.store(0, std::memory_order_relaxed);
+    progressMax_.store(maximum, std::memory_order_relaxed);
+    inWindow([](DocumentWindow& window) {
+        window.stopProgressAnimation();
+        window.setProgressIndeterminate(false);
+        window.startProgressAnimation();
+    });
+}
+
+void Document::setIndeterminateProgress() {
+    progressMax_.store(0, std::memory_order_relaxed);
+    inWindow([](DocumentWindow& window) {
+        window.stopProgressAnimation();
+        window.setProgressIndeterminate(true);
+        window.startProgressAnimation();
+    });
+}
+
+void Document::incrementProgress() {
+    progressValue_.fetch_add(1, std::memory_order_relaxed);
+}
+
+void Document::setProgressValue(std::int64_t value) {
+    progressValue_.store(value, std::memory_order_relaxed);
+}
+
+void Document::setProgressValues(std::int64_t first, std::int64_t last, std::int64_t except) {
+    // Nobody can see the values in between.
+    const std::int64_t latest = last % except == 0 ? last - 1 : last;
+    if (latest >= first) {
+        setProgressValue(latest);
+    }
+}
+
+void Document::cancelProgress() {
+    setProgressCancelled(true);
+    inWindow([](DocumentWindow& window) { window.setProgressCancelEnabled(false); });
+    appendInfoText("The repair was cancelled.");
+}
+
+std::int64_t Document::progressMax() const {
+    return progressMax_.load(std::memory_order_relaxed);
+}
+
+std::int64_t Document::progressValue() const {
+    return progressValue_.load(std::memory_order_relaxed);
+}
+
+// The report text.
+
+void Document::clearInfoText() {
+    inWindow([](DocumentWindow& window) { window.clearReport(); });
+}
+
+void Document::appendInfoText(std::string_view text) {
+    appendInfoText(text, false, false);
+}
+
+void Document::appendBoldInfoText(std::string_view text) {
+    appendInfoText(text, false, true);
+}
+
+void Document::appendErrorInfoText(std::string_view text) {
+    appendInfoText(text, true, false);
+}
+
+void Document::appendBoldErrorInfoText(std::string_view text) {
+    appendInfoText(text, true, true);
+}
+
+void Document::appendInfoText(std::string_view text, bool isError, bool isBold) {
+    if (!hasGUI_) {
+        QMLog::appendLog("%@", text);
+        if (reportOutput_) {
+            reportOutput_(text);
+        }
+        return;
+    }
+    MainThread::performAndWait([&] { appendOnMainThread(text, isError, isBold); });
+}
+
+void Document::appendOnMainThread(std::string_view text, bool isError, bool isBold) {
+    try {
+        QMLog::appendLog("%@", text);
+        if (window_) {
+            const std::string_view separator = window_->reportIsEmpty() ? "" : "\n\n";
+            window_->insertReportText(std::string(separator).append(text), isError, isBold);
+        }
+    } catch (const platform::Exception& exception) {
+        QMException::logException(exception, "-[Document appendInfoText:isError:isBold:]");
+    }
+}
+
+// Alerts.
+
+void Document::displayAlert(std::optional<std::string_view> message,
+                            std::optional<std::string_view> info) {
+    if (!message) {
+        return;
+    }
+    const AlertDictionary dictionary{{"message", std::string(*message)},
+                                     {"infotext", std::string(info.value_or(""))}};
+    if (!hasGUI_) {
+        displayAlertOnMainThread(dictionary);
+        return;
+    }
+    MainThread::performAndWait([&] { displayAlertOnMainThread(dictionary); });
+}
+
+void Document::displayAlertOnMainThread(const AlertDictionary& dictionary) {
+    const auto message = dictionary.find("message");
+    if (message == dictionary.end()) {
+        return;
+    }
+    const auto entry = dictionary.find("infotext");
+    const std::string info = entry == dictionary.end() ? std::string() : entry->second;
+    QMLog::appendLog("%@. %@", message->second, info);
+    if (!hasGUI_) {
+        if (alertOutput_) {
+            alertOutput_(message->second, info);
+        }
+        return;
+    }
+    if (window_) {
+        if (window_->progressSheetIsSheet()) {
+            window_->endProgressSheet();
+        }
+        // The information text is a format of its own, read without arguments.
+        window_->beginAlertSheet(message->second, formatString(info));
+    }
+}
+
+// The conversion dialog.
+
+QMAlert::Window Document::windowMain() const {
+    QMAlert::Window window;
+    if (hasGUI_) {
+        MainThread::performAndWait([&] { window = window_; });
+    }
+    return window;
+}
+
+void Document::startConvertSpinner() {
+    inWindow([](DocumentWindow& window) { window.startConvertSpinner(); });
+}
+
+void Document::stopConvertSpinner() {
+    inWindow([](DocumentWindow& window) { window.stopConvertSpinner(); });
+}
+
+void Document::stopConvertSpinnerLater() {
+    if (hasGUI_) {
+        MainThread::perform([self = shared_from_this()] { self->stopConvertSpinner(); });
+    }
+}
+
+void Document::setConvertCurVersion(std::string_view text) {
+    inWindow([&](DocumentWindow& window) { window.setConvertCurVersion(text); });
+}
+
+void Document::setConvertDowngradeVersion(std::string_view text) {
+    inWindow([&](DocumentWindow& window) { window.setConvertDowngradeVersion(text); });
+}
+
+void Document::removeAllConvertVersions() {
+    inWindow([](DocumentWindow& window) { window.removeAllConvertVersions(); });
+}
+
+void Document::addConvertVersion(std::string_view title) {
+    inWindow([&](DocumentWindow& window) { window.addConvertVersion(title); });
+}
+
+void Document::setLastConvertVersionKey(std::string_view key) {
+    inWindow([&](DocumentWindow& window) { window.setLastConvertVersionKey(key); });
+}
+
+void Document::enableConvertInterface() {
+    setConvertInterfaceEnabled(true);
+}
+
+void Document::disableConvertInterface() {
+    setConvertInterfaceEnabled(false);
+}
+
+void Document::setConvertInterfaceEnabled(bool enabled) {
+    inWindow([&](DocumentWindow& window) {
+        window.setConvertVersionMenuEnabled(enabled);
+        window.setConvertButtonEnabled(enabled);
+    });
+}
+
+// Headless use.
+
+void Document::setReportOutput(std::function<void(std::string_view)> output) {
+    reportOutput_ = std::move(output);
+}
+
+void Document::setAlertOutput(std::function<void(std::string_view, std::string_view)> output) {
+    alertOutput_ = std::move(output);
+}
+
+}  // namespace vornic

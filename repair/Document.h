@@ -1,0 +1,200 @@
+#ifndef VORNIC_REPAIR_DOCUMENT_H
+#define VORNIC_REPAIR_DOCUMENT_H
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "convert/ConversionHost.h"
+#include "platform/Error.h"
+#include "repair/DocumentWindow.h"
+#include "repair/RepairHost.h"
+#include "repair/RepairPipeline.h"
+#include "xml/XMLDocument.h"
+
+namespace vornic {
+
+/// One open Final Cut Pro XML file: its flags, its report and its window. Repairs and analyses run
+/// on threads of their own, which keep the document alive until they end; every operation that
+/// touches the window runs on the main thread and is waited for. Flags may be read and written from
+/// any thread.
+///
+/// Without a window (`hasGUI` false) report lines go to standard output, nothing is drawn, asked or
+/// alerted, and operations run in place on the calling thread.
+class Document : public std::enable_shared_from_this<Document>,
+                 public RepairHost,
+                 public ConversionHost {
+  public:
+    using Text = std::optional<std::string>;
+    using AlertDictionary = std::map<std::string, std::string>;
+
+    /// A new document with `hasGUI` true and no file yet.
+    [[nodiscard]] static std::shared_ptr<Document> create();
+    ~Document() override;
+    Document(const Document&) = delete;
+    Document& operator=(const Document&) = delete;
+
+    // The document's life.
+
+    /// The name of the interface that the window is made from.
+    [[nodiscard]] static std::string windowNibName() { return "Document"; }
+    /// Gives the document its window. Main thread.
+    void setWindow(std::shared_ptr<DocumentWindow> window);
+    /// Remembers the file and starts its repair on a new thread; the contents are not kept.
+    /// @param error when not null, filled with an error of the OS-status domain with code -4,
+    ///     although the result is success.
+    /// @return true.
+    bool readFromURL(const std::string& path, std::string_view ofType, Error* error);
+    /// Documents cannot be printed. @return null.
+    [[nodiscard]] static std::nullptr_t printOperationWithSettings() { return nullptr; }
+    /// True when the window may close; asks first while a repair runs. Main thread.
+    [[nodiscard]] bool windowShouldClose();
+    /// Ends the document's life on the screen: a run that is still going stops at its next check
+    /// point and finds no window any more. Main thread.
+    void close();
+    /// The document's file, or nothing.
+    [[nodiscard]] Text filePath() const;
+    void setFilePath(Text path);
+
+    // Repair.
+
+    /// The user's action: starts a repair of the document's file on a new thread. Does nothing
+    /// without a file.
+    void repair();
+    /// Runs the whole repair on the calling thread. @return how it ended.
+    RepairOutcome startRepair(const std::string& path);
+    [[nodiscard]] std::string stripInvalidCharsFromData(std::string_view data);
+    [[nodiscard]] Text filterInvalidCharsInString(std::string_view text);
+
+    // Conversion.
+
+    /// Opens the conversion dialog and starts the analysis of the document's file on a new thread.
+    /// Shows an alert instead when the file is gone. Main thread.
+    void showConvertDialog();
+    /// Closes the conversion dialog. Main thread.
+    void closeConvertDialog();
+    /// The action of the convert button: converts the document's file to the version chosen in the
+    /// menu, then analyses it again, all on the calling thread.
+    void convertVersion();
+    void convertXMEMLVersion(const std::string& version, std::unique_ptr<XMLDocument> forDocument,
+                             const std::string& filePath);
+    [[nodiscard]] std::unique_ptr<XMLDocument> stripTagsFromXMLDoc(
+        std::unique_ptr<XMLDocument> document, const std::string& forVersion);
+    void populateConversionDataForFile(const Text& path);
+    [[nodiscard]] bool xmlStringRequiresVersion(std::string_view xmlString,
+                                                const std::string& version);
+
+    // Flags.
+
+    [[nodiscard]] bool hasGUI() const override { return hasGUI_; }
+    void setHasGUI(bool hasGUI) { hasGUI_ = hasGUI; }
+    [[nodiscard]] int xmlType() const override { return xmlType_; }
+    void setXmlType(int type) override { xmlType_ = type; }
+    [[nodiscard]] bool fileHasErrs() const override;
+    void setFileHasErrs(bool hasErrors) override;
+    [[nodiscard]] bool fileWasRepaired() const override;
+    void setFileWasRepaired(bool wasRepaired) override;
+    /// True from `startProgress` to `endProgress`.
+    [[nodiscard]] bool isRunning() const;
+    /// True once the user has cancelled, the document was closed, or the interruption flag is set.
+    [[nodiscard]] bool progressCancelled() const override;
+    void setProgressCancelled(bool cancelled) override;
+    [[nodiscard]] std::int64_t minDowngradeVersion() const override;
+    void setMinDowngradeVersion(std::int64_t version) override;
+
+    // Progress.
+
+    void startProgress() override;
+    void endProgress() override;
+    void setProgressLabel(std::string_view text) override;
+    void setProgressMax(std::int64_t maximum) override;
+    void setIndeterminateProgress() override;
+    void incrementProgress();
+    void setProgressValue(std::int64_t value) override;
+    void setProgressValues(std::int64_t first, std::int64_t last, std::int64_t except) override;
+    /// The action of the cancel button. Main thread.
+    void cancelProgress();
+    /// The bar as it stands: its maximum (0 while it is indeterminate) and its value. Any thread.
+    [[nodiscard]] std::int64_t progressMax() const;
+    [[nodiscard]] std::int64_t progressValue() const;
+
+    // The report text.
+
+    void clearInfoText() override;
+    void appendInfoText(std::string_view text) override;
+    void appendBoldInfoText(std::string_view text) override;
+    void appendErrorInfoText(std::string_view text) override;
+    void appendBoldErrorInfoText(std::string_view text) override;
+    void appendInfoText(std::string_view text, bool isError, bool isBold);
+
+    // Alerts.
+
+    void displayAlert(std::optional<std::string_view> message,
+                      std::optional<std::string_view> info) override;
+    /// Shows the alert of a dictionary with the keys "message" and "infotext". Main thread.
+    void displayAlertOnMainThread(const AlertDictionary& dictionary);
+
+    // The conversion dialog, as the conversion engines drive it.
+
+    [[nodiscard]] QMAlert::Window windowMain() const override;
+    void startConvertSpinner() override;
+    void stopConvertSpinner() override;
+    void stopConvertSpinnerLater() override;
+    void setConvertCurVersion(std::string_view text) override;
+    void setConvertDowngradeVersion(std::string_view text) override;
+    void removeAllConvertVersions() override;
+    void addConvertVersion(std::string_view title) override;
+    void setLastConvertVersionKey(std::string_view key) override;
+    void enableConvertInterface() override;
+    void disableConvertInterface();
+
+    // Headless use.
+
+    /// Where report lines of a headless document go instead of standard output; an empty function
+    /// drops them.
+    void setReportOutput(std::function<void(std::string_view line)> output);
+    /// Who is told the alerts that a headless document would have shown.
+    void setAlertOutput(
+        std::function<void(std::string_view message, std::string_view info)> output);
+    /// A flag, non-zero once a signal asked the program to end, that counts as a cancellation. It
+    /// must outlive the document.
+    void setInterruptionFlag(const std::atomic<int>* flag) { interruption_ = flag; }
+
+  private:
+    Document();
+
+    // Runs something that draws, on the main thread, when there is a window to draw in.
+    void inWindow(const std::function<void(DocumentWindow&)>& draw) const;
+    void setConvertInterfaceEnabled(bool enabled);
+    void appendOnMainThread(std::string_view text, bool isError, bool isBold);
+    void runDetached(std::function<void(Document&)> work);
+    void convertFile(const std::string& path);
+
+    std::atomic<bool> hasGUI_ = true;
+    std::atomic<int> xmlType_ = 0;
+    std::atomic<bool> fileHasErrs_ = false;
+    std::atomic<bool> fileWasRepaired_ = false;
+    std::atomic<bool> isRunning_ = false;
+    std::atomic<bool> progressCancelled_ = false;
+    std::atomic<bool> closed_ = false;
+    std::atomic<std::int64_t> minDowngradeVersion_ = 0;
+    std::atomic<std::int64_t> progressMax_ = 0;
+    std::atomic<std::int64_t> progressValue_ = 0;
+    const std::atomic<int>* interruption_ = nullptr;
+
+    // Both belong to the main thread.
+    std::shared_ptr<DocumentWindow> window_;
+    Text filePath_;
+
+    std::function<void(std::string_view)> reportOutput_;
+    std::function<void(std::string_view, std::string_view)> alertOutput_;
+};
+
+}  // namespace vornic
+
+#endif

@@ -1,0 +1,104 @@
+#include "repair/VersionTagCheck.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "convert/ElementSearch.h"
+#include "convert/VersionCatalogue.h"
+#include "foundation/FormatString.h"
+#include "foundation/QMException.h"
+#include "foundation/QMLog.h"
+#include "platform/Exception.h"
+
+namespace vornic {
+
+namespace {
+
+void noteFault(RepairHost& host) {
+    host.setFileHasErrs(true);
+    host.setFileWasRepaired(false);
+}
+
+bool declaresVersion(const XMLDocument* document) {
+    return document != nullptr && document->rootElement().name() == "xmeml" &&
+           document->rootElement().attribute("version");
+}
+
+/// The elements that the versions introduced, in order, up to the first version that lists none.
+std::vector<std::string> elementsOf(const VersionCatalogue& catalogue,
+                                    const std::vector<std::string>& versions) {
+    std::vector<std::string> elements;
+    for (const std::string& version : versions) {
+        if (!catalogue.hasEntry(version)) {
+            continue;
+        }
+        const std::vector<std::string> introduced = catalogue.elements(version).value_or({});
+        // Deliberate: a version without a list ends the check of the later ones too.
+        if (introduced.empty()) {
+            break;
+        }
+        elements.insert(elements.end(), introduced.begin(), introduced.end());
+    }
+    return elements;
+}
+
+void warnAboutElements(RepairHost& host, const XMLDocument& document, const std::string& version,
+                       const std::vector<std::string>& elements) {
+    if (elements.empty()) {
+        return;
+    }
+    ElementSearch search(elements);
+    document.serialize([&search](std::string_view piece) { return search.append(piece); });
+    for (std::size_t i = 0; i < elements.size(); ++i) {
+        if (search.found(i)) {
+            host.appendErrorInfoText(formatString(
+                "Warning: Invalid element %@> for XML Interchange version %@. Go to Tools > Convert "
+                "XML Interchange Version to convert this to the proper format.",
+                elements[i], version));
+        }
+    }
+}
+
+void checkDeclaredVersion(RepairHost& host, const XMLDocument& document,
+                          const std::optional<std::string>& version) {
+    if (!version) {
+        noteFault(host);
+        host.appendErrorInfoText("Unable to determine XML Interchange version");
+        return;
+    }
+    const std::optional<VersionCatalogue> catalogue = VersionCatalogue::load();
+    if (!catalogue) {
+        noteFault(host);
+        host.appendBoldErrorInfoText(kUnableToLoadVersions);
+        return;
+    }
+    const std::optional<std::vector<std::string>> later = catalogue->versionsAbove(*version);
+    if (!later) {
+        noteFault(host);
+        host.appendBoldErrorInfoText(
+            formatString("Unrecognized XML Interchange version %@.", *version));
+        return;
+    }
+    warnAboutElements(host, document, *version, elementsOf(*catalogue, *later));
+}
+
+}  // namespace
+
+void checkVersionTags(RepairHost& host, const XMLDocument* document) {
+    try {
+        QMLog::appendLog("Checking version tags...");
+        if (declaresVersion(document)) {
+            checkDeclaredVersion(host, *document, document->rootElement().attribute("version"));
+            return;
+        }
+        noteFault(host);
+        host.appendErrorInfoText("Unable to locate XML Interchange version information");
+    } catch (const platform::Exception& exception) {
+        QMException::logException(exception, "-[Document checkVersionTags:]");
+    }
+}
+
+}  // namespace vornic
