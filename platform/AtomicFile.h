@@ -22,11 +22,11 @@ enum class Durability {
 };
 
 /// Replaces the contents of a file as a whole: whoever opens the path sees the old bytes or the new
-/// ones, never a part. The bytes go to a temporary file in the target's folder, which gets the mode,
-/// owner and extended attributes of an existing target and takes its name in `commit`. Destroyed or
-/// aborted before that, it removes the temporary file and leaves the target as it was. A target that
-/// is a symbolic link has its target rewritten and stays a link. An owner that can't be kept is no
-/// failure. Without an existing target the mode is 0666 less the umask.
+/// ones, never a part. The bytes go to a temporary file in the target's folder, which gets the
+/// mode, owner and extended attributes of an existing target and takes its name in `commit`.
+/// Destroyed or aborted before that, it removes the temporary file and leaves the target as it was.
+/// A target that is a symbolic link has its target rewritten and stays a link. An owner that can't
+/// be kept is no failure. Without an existing target the mode is 0666 less the umask.
 ///
 /// Order of calls: `open`, `write` as often as needed, `commit`. One thread at a time.
 class AtomicFile {

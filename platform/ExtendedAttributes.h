@@ -6,8 +6,9 @@
 #include <string_view>
 #include <vector>
 
-/// Extended attributes of open files (xattr(7)), by their full Linux names. Each operation tells its
-/// failure by an errno value, so that callers can tell a volume without attributes (ENOTSUP) apart.
+/// Extended attributes of open files (xattr(7)), by their full Linux names. Each operation tells
+/// its failure by an errno value, so that callers can tell a volume without attributes (ENOTSUP)
+/// apart.
 namespace vornic::platform {
 
 /// The names of all attributes of an open file; empty on a volume without them.

@@ -8,8 +8,8 @@
 #include "platform/Error.h"
 
 /// Plain operations on files. Paths are byte strings as the system gives them (no encoding is
-/// assumed; a NUL byte inside one makes every operation fail). Each operation may be called from any
-/// thread and fills the error slot, which it never clears, when it fails.
+/// assumed; a NUL byte inside one makes every operation fail). Each operation may be called from
+/// any thread and fills the error slot, which it never clears, when it fails.
 namespace vornic::platform {
 
 /// Which file a path leads to, whatever its name: two paths with equal identities are one file.
@@ -41,18 +41,31 @@ struct FileIdentity {
 [[nodiscard]] std::optional<std::string> readFile(const std::string& path, ErrorSlot& error);
 
 /// Copies a regular file (links followed) to a path at which nothing may exist, not even a dangling
-/// link. Mode, access and modification times (nanoseconds), extended attributes and, when permitted,
-/// the owner are carried over; an owner or attribute that cannot be kept is no failure. The data are
-/// copied inside the kernel where it can. A copy that fails leaves nothing at the destination.
+/// link. Mode, access and modification times (nanoseconds), extended attributes and, when
+/// permitted, the owner are carried over; an owner or attribute that cannot be kept is no failure.
+/// The data are copied inside the kernel where it can. A copy that fails leaves nothing at the
+/// destination.
 bool copyFile(const std::string& source, const std::string& destination, ErrorSlot& error);
 
-/// Renames within a volume; across volumes a verified copy (data read back and compared, metadata as
-/// `copyFile`, a link as a link) followed by removal of the source. Fails when anything exists at
-/// the destination, which is never replaced.
+/// Renames within a volume; across volumes a verified copy (data read back and compared, metadata
+/// as `copyFile`, a link as a link, a folder with everything in it) followed by removal of the
+/// source. Fails when anything exists at the destination, which is never replaced and never seen in
+/// part.
 bool moveFile(const std::string& source, const std::string& destination, ErrorSlot& error);
 
 /// Removes a file or link (not a folder).
 bool removeFile(const std::string& path, ErrorSlot& error);
+
+/// Copies a file, a link (as a link), a named pipe, or a folder with everything in it, to a path at
+/// which nothing may exist. Metadata as `copyFile`. A folder into which another volume is mounted,
+/// and a folder that would go into itself, are refused. A copy that fails leaves nothing at the
+/// destination.
+bool copyItem(const std::string& source, const std::string& destination, ErrorSlot& error);
+
+/// Removes a file, a link, or a folder with everything in it. No link is followed and nothing on
+/// another volume that is mounted in the folder is touched. A failure in a folder leaves what was
+/// not yet removed.
+bool removeItem(const std::string& path, ErrorSlot& error);
 
 /// Makes a folder with all folders above it, with the process's usual mode. An existing folder is
 /// success.

@@ -22,7 +22,8 @@ struct OperatingSystemVersion {
 [[nodiscard]] long processorCount();
 /// Physical memory in bytes.
 [[nodiscard]] std::uint64_t physicalMemory();
-/// A string that no other call, process or machine yields (a random UUID of RFC 4122 in upper case).
+/// A string that no other call, process or machine yields (a random UUID of RFC 4122 in upper
+/// case).
 [[nodiscard]] std::string globallyUniqueString();
 /// The current date and time, "2026-11-21 07:05:00 +0000", always UTC.
 [[nodiscard]] std::string currentDateDescription();

@@ -1,0 +1,66 @@
+#ifndef VORNIC_PLATFORM_FILE_DESCRIPTOR_H
+#define VORNIC_PLATFORM_FILE_DESCRIPTOR_H
+
+#include <string>
+#include <utility>
+
+#include "platform/FileSystem.h"
+
+namespace vornic::platform {
+
+/// Owns an open file descriptor and closes it.
+class FileDescriptor {
+  public:
+    FileDescriptor() = default;
+    explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
+    ~FileDescriptor() { static_cast<void>(close()); }
+    FileDescriptor(FileDescriptor&& other) noexcept
+        : descriptor_(std::exchange(other.descriptor_, -1)) {}
+    FileDescriptor& operator=(FileDescriptor&& other) noexcept {
+        std::swap(descriptor_, other.descriptor_);
+        return *this;
+    }
+    FileDescriptor(const FileDescriptor&) = delete;
+    FileDescriptor& operator=(const FileDescriptor&) = delete;
+
+    [[nodiscard]] int get() const { return descriptor_; }
+    [[nodiscard]] explicit operator bool() const { return descriptor_ >= 0; }
+    /// Closes now. @return 0 or the errno value: some file systems tell of a full disk only here.
+    int close();
+
+  private:
+    int descriptor_ = -1;
+};
+
+/// Opens for reading, never waiting for a writer or a device: a pipe or device is refused.
+/// @param followLinks whether a link at the path leads to its target; without, a link is an error
+/// @return an empty object with `errorNumber` set (EISDIR for a folder, EINVAL for what is neither
+/// file nor folder) when it cannot be opened.
+[[nodiscard]] FileDescriptor openRegularFile(const std::string& path, bool followLinks,
+                                             int& errorNumber);
+
+/// Opens whatever stands at the path so that its metadata can be read and changed through the
+/// descriptor; the contents may be out of reach. Nothing is waited for and no device is touched.
+/// @param followLinks whether a link at the path leads to its target; without, a link is an error
+/// @return an empty object with `errorNumber` set on failure.
+[[nodiscard]] FileDescriptor openForMetadata(const std::string& path, bool followLinks,
+                                             int& errorNumber);
+
+/// The path that leads to the file behind an open descriptor, for calls without a descriptor form.
+[[nodiscard]] std::string descriptorPath(int descriptor);
+
+/// The identity of an open file.
+[[nodiscard]] FileIdentity identityOf(int descriptor);
+
+/// Writes all bytes through interruptions and short writes. @return 0 or the errno value.
+[[nodiscard]] int writeAll(int descriptor, const char* bytes, std::size_t count);
+
+/// `fsync`; a file system that cannot sync is no failure. @return 0 or the errno value.
+[[nodiscard]] int synchronize(int descriptor);
+
+/// Syncs the folder so that a renamed or new entry in it survives a loss of power.
+[[nodiscard]] int synchronizeFolder(const std::string& folder);
+
+}  // namespace vornic::platform
+
+#endif

@@ -1,0 +1,19 @@
+#ifndef VORNIC_PLATFORM_FILE_METADATA_H
+#define VORNIC_PLATFORM_FILE_METADATA_H
+
+#include <sys/stat.h>
+
+namespace vornic::platform {
+
+/// Gives the open file or folder `to` what `from` has: owner, extended attributes with access
+/// control lists, and mode. What cannot be kept is left out; without the owner, the set-user-id and
+/// set-group-id bits are left out too, for they would speak for another user.
+/// @param status of `from`
+void copyOwnerAttributesAndMode(int from, const struct stat& status, int to);
+
+/// Sets access and modification times as in `status`.
+void copyTimes(const struct stat& status, int to);
+
+}  // namespace vornic::platform
+
+#endif

@@ -1,0 +1,158 @@
+#include "platform/FileSystem.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <memory>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/Failure.h"
+#include "platform/FileDescriptor.h"
+#include "platform/PathText.h"
+
+namespace vornic::platform {
+namespace {
+
+/// @return 0 or the errno value.
+int statusOf(const std::string& path, struct stat& status, int flags) {
+    if (path.find('\0') != std::string::npos) {
+        return EINVAL;
+    }
+    return fstatat(AT_FDCWD, path.c_str(), &status, flags) == 0 ? 0 : errno;
+}
+
+/// Reads to the end of the file, which may be longer or shorter than it was said to be.
+int readToEnd(int descriptor, std::size_t expectedSize, std::string& bytes) {
+    constexpr std::size_t kLargestRead = std::size_t{1} << 30U;
+    constexpr std::size_t kSmallestStep = 4096;
+    std::size_t length = 0;
+    // One byte more than expected, so that the end is met without another allocation.
+    bytes.resize(expectedSize + 1);
+    for (;;) {
+        if (length == bytes.size()) {
+            bytes.resize(length + std::max(length / 2, kSmallestStep));
+        }
+        const ssize_t got = ::read(descriptor, bytes.data() + length,
+                                   std::min(bytes.size() - length, kLargestRead));
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got < 0) {
+            return errno;
+        }
+        if (got == 0) {
+            break;
+        }
+        length += static_cast<std::size_t>(got);
+    }
+    bytes.resize(length);
+    return 0;
+}
+
+/// Makes one folder; one that is there already is success. @return 0 or the errno value.
+int makeOneFolder(const std::string& path) {
+    if (mkdir(path.c_str(), 0777) == 0) {
+        return 0;
+    }
+    const int errorNumber = errno;
+    return isDirectory(path) ? 0 : errorNumber;
+}
+
+}  // namespace
+
+bool fileExists(const std::string& path) {
+    struct stat status {};
+    return statusOf(path, status, 0) == 0;
+}
+
+bool nodeExists(const std::string& path) {
+    struct stat status {};
+    return statusOf(path, status, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+bool isDirectory(const std::string& path) {
+    struct stat status {};
+    return statusOf(path, status, 0) == 0 && S_ISDIR(status.st_mode);
+}
+
+std::optional<FileIdentity> fileIdentity(const std::string& path) {
+    struct stat status {};
+    if (statusOf(path, status, AT_SYMLINK_NOFOLLOW) != 0) {
+        return std::nullopt;
+    }
+    return FileIdentity{.device = status.st_dev, .inode = status.st_ino};
+}
+
+std::string currentDirectory() {
+    const std::unique_ptr<char, decltype(&std::free)> path(getcwd(nullptr, 0), &std::free);
+    // A folder outside the process's root is told as "(unreachable)/…".
+    return path && path.get()[0] == '/' ? std::string(path.get()) : std::string();
+}
+
+std::optional<std::string> readFile(const std::string& path, ErrorSlot& error) {
+    int errorNumber = 0;
+    const FileDescriptor file = openRegularFile(path, true, errorNumber);
+    struct stat status {};
+    if (!file || fstat(file.get(), &status) != 0) {
+        failFile(error, path, "opened", file ? errno : errorNumber);
+        return std::nullopt;
+    }
+    std::string bytes;
+    errorNumber = readToEnd(file.get(), static_cast<std::size_t>(status.st_size), bytes);
+    if (errorNumber != 0) {
+        failFile(error, path, "read", errorNumber);
+        return std::nullopt;
+    }
+    return bytes;
+}
+
+bool removeFile(const std::string& path, ErrorSlot& error) {
+    if (path.find('\0') != std::string::npos) {
+        return failFile(error, path, "removed", EINVAL);
+    }
+    return unlink(path.c_str()) == 0 || failFile(error, path, "removed", errno);
+}
+
+bool createDirectory(const std::string& path, ErrorSlot& error) {
+    if (path.empty() || path.find('\0') != std::string::npos) {
+        return failFolder(error, path, "made", path.empty() ? ENOENT : EINVAL);
+    }
+    // Most often the folder above is there, and often the folder itself.
+    int errorNumber = makeOneFolder(path);
+    for (std::size_t slash = path.find('/', 1); errorNumber == ENOENT;) {
+        const std::string part = path.substr(0, slash);
+        const int partError = makeOneFolder(part);
+        if (partError != 0) {
+            return failFolder(error, part, "made", partError);
+        }
+        if (slash == std::string::npos) {
+            errorNumber = 0;
+        } else {
+            slash = path.find('/', slash + 1);
+        }
+    }
+    return errorNumber == 0 || failFolder(error, path, "made", errorNumber);
+}
+
+bool synchronizeFile(const std::string& path, ErrorSlot& error) {
+    if (path.find('\0') != std::string::npos) {
+        return failFile(error, path, "synchronized", EINVAL);
+    }
+    int errorNumber = 0;
+    const std::optional<std::string> target = resolveFinalLink(path, errorNumber);
+    if (!target) {
+        return failFile(error, path, "synchronized", errorNumber);
+    }
+    const FileDescriptor file(
+        ::open(target->c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    errorNumber = file ? synchronize(file.get()) : errno;
+    if (errorNumber == 0) {
+        errorNumber = synchronizeFolder(parentFolder(*target));
+    }
+    return errorNumber == 0 || failFile(error, path, "synchronized", errorNumber);
+}
+
+}  // namespace vornic::platform

@@ -1,0 +1,45 @@
+#ifndef VORNIC_PLATFORM_FILE_TRANSFER_H
+#define VORNIC_PLATFORM_FILE_TRANSFER_H
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "platform/Error.h"
+
+/// The steps that copying, moving and recycling share.
+namespace vornic::platform {
+
+/// Whether a copy is read back from the disk and compared with its source before it counts.
+enum class Verification { none, readBack };
+
+/// `copyItem`, with or without verification.
+[[nodiscard]] bool transferItem(const std::string& source, const std::string& destination,
+                                Verification verification, ErrorSlot& error);
+
+/// The contents of one open file to another, inside the kernel where it can.
+/// @return 0 or the errno value.
+[[nodiscard]] int copyContents(int from, int to);
+
+/// Reads both files and compares them; `written` is synced first and read from the disk rather than
+/// from memory where the system lets itself be asked.
+/// @return 0 when they are equal, EIO when they differ, or the errno value.
+[[nodiscard]] int compareWithSource(int source, int written);
+
+/// Names to be tried one after the other, from attempt 1; nothing when there are no more.
+using NameForAttempt = std::function<std::optional<std::string>(long attempt)>;
+
+/// Moves an item into a folder under the first of the names that is free, as `moveFile` moves.
+[[nodiscard]] bool moveInto(const std::string& source, const std::string& folder,
+                            const NameForAttempt& names, ErrorSlot& error);
+
+/// Renames within a volume, never replacing what stands at the destination.
+/// @return 0, or the errno value (EEXIST: the destination is taken; EXDEV: another volume).
+[[nodiscard]] int renameWithoutReplacing(const std::string& source, const std::string& destination);
+
+/// True when `inner`, which need not exist, lies in the folder `outer` or is the folder itself.
+[[nodiscard]] bool liesWithin(const std::string& inner, const std::string& outer);
+
+}  // namespace vornic::platform
+
+#endif

@@ -1,0 +1,103 @@
+#include "platform/PathText.h"
+
+#include <array>
+#include <cerrno>
+#include <climits>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/RandomBytes.h"
+
+namespace vornic::platform {
+
+std::string withoutTrailingSlashes(std::string_view path) {
+    while (path.size() > 1 && path.back() == '/') {
+        path.remove_suffix(1);
+    }
+    return std::string(path);
+}
+
+std::string parentFolder(std::string_view path) {
+    const std::string trimmed = withoutTrailingSlashes(path);
+    const std::size_t slash = trimmed.rfind('/');
+    if (slash == std::string::npos) {
+        return ".";
+    }
+    return slash == 0 ? "/" : withoutTrailingSlashes(std::string_view(trimmed).substr(0, slash));
+}
+
+std::string lastComponent(std::string_view path) {
+    const std::string trimmed = withoutTrailingSlashes(path);
+    if (trimmed == "/") {
+        return "";
+    }
+    const std::size_t slash = trimmed.rfind('/');
+    return slash == std::string::npos ? trimmed : trimmed.substr(slash + 1);
+}
+
+std::string joinPath(std::string_view folder, std::string_view name) {
+    std::string joined(folder);
+    if (joined.empty() || joined.back() != '/') {
+        joined += '/';
+    }
+    return joined.append(name);
+}
+
+SplitName splitExtension(std::string_view name) {
+    const std::size_t dot = name.rfind('.');
+    if (dot == std::string_view::npos || dot == 0 || dot + 1 == name.size() ||
+        name.find(' ', dot) != std::string_view::npos) {
+        return {.stem = std::string(name), .extension = ""};
+    }
+    return {.stem = std::string(name.substr(0, dot)), .extension = std::string(name.substr(dot))};
+}
+
+std::string_view truncateUTF8(std::string_view text, std::size_t length) {
+    if (text.size() <= length) {
+        return text;
+    }
+    constexpr std::size_t kLongestTail = 3;
+    for (std::size_t back = 0; back <= kLongestTail && back <= length; ++back) {
+        const auto byte = static_cast<unsigned char>(text[length - back]);
+        if ((byte & 0xC0U) != 0x80U) {
+            return text.substr(0, length - back);
+        }
+    }
+    return text.substr(0, length);
+}
+
+std::string temporaryName(std::string_view name) {
+    // Short enough for file systems that take less than 255 bytes, encrypting ones for example.
+    constexpr std::size_t kKeptOfName = 100;
+    constexpr std::string_view kAlphabet = "abcdefghijklmnopqrstuvwxyz0123456789";
+    std::array<unsigned char, 10> random{};
+    fillWithRandomBytes(random.data(), random.size());
+    std::string result = ".";
+    result.append(truncateUTF8(name, kKeptOfName)).append(".vornic-");
+    for (const unsigned char byte : random) {
+        result += kAlphabet[byte % kAlphabet.size()];
+    }
+    return result;
+}
+
+std::optional<std::string> resolveFinalLink(std::string path, int& errorNumber) {
+    constexpr int kMostLinks = 40;
+    for (int followed = 0; followed <= kMostLinks; ++followed) {
+        std::array<char, PATH_MAX + 1> buffer{};
+        const ssize_t length = readlink(path.c_str(), buffer.data(), buffer.size());
+        if (length < 0) {
+            if (errno == EINVAL || errno == ENOENT) {
+                return path;
+            }
+            errorNumber = errno;
+            return std::nullopt;
+        }
+        const std::string_view target(buffer.data(), static_cast<std::size_t>(length));
+        path = target.starts_with('/') ? std::string(target) : joinPath(parentFolder(path), target);
+    }
+    errorNumber = ELOOP;
+    return std::nullopt;
+}
+
+}  // namespace vornic::platform

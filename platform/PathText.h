@@ -1,0 +1,49 @@
+#ifndef VORNIC_PLATFORM_PATH_TEXT_H
+#define VORNIC_PLATFORM_PATH_TEXT_H
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// Taking paths and file names apart as bytes, without a look at the disk unless it is said.
+namespace vornic::platform {
+
+/// The longest name that a folder entry may have, in bytes.
+inline constexpr std::size_t kLongestName = 255;
+
+/// The path without trailing slashes; "/" (also for "///") and "" stay.
+[[nodiscard]] std::string withoutTrailingSlashes(std::string_view path);
+
+/// The folder that holds the path's last component: "/a" for "/a/b", "/" for "/b", "." for "b".
+[[nodiscard]] std::string parentFolder(std::string_view path);
+
+/// The last component, trailing slashes ignored; "" for "/" and "".
+[[nodiscard]] std::string lastComponent(std::string_view path);
+
+/// `folder` and `name` with exactly one slash between them.
+[[nodiscard]] std::string joinPath(std::string_view folder, std::string_view name);
+
+/// A name before and after the dot of its extension: "Cut" and ".xml". A name that begins with its
+/// only dot, ends with a dot, or has a blank after the dot has no extension.
+struct SplitName {
+    std::string stem;
+    std::string extension;
+};
+[[nodiscard]] SplitName splitExtension(std::string_view name);
+
+/// At most `length` bytes from the front of the text, cut where a UTF-8 character begins.
+[[nodiscard]] std::string_view truncateUTF8(std::string_view text, std::size_t length);
+
+/// A new unpredictable name for a temporary file beside one called `name`:
+/// ".<name>.vornic-<10 letters and digits>", the name shortened so that it always fits.
+[[nodiscard]] std::string temporaryName(std::string_view name);
+
+/// Follows the links at the end of a path, a dangling one included, to the path of what is no link.
+/// Looks at the disk.
+/// @return nothing, with `errorNumber` set, when the links lead in a circle or cannot be read.
+[[nodiscard]] std::optional<std::string> resolveFinalLink(std::string path, int& errorNumber);
+
+}  // namespace vornic::platform
+
+#endif

@@ -1,0 +1,254 @@
+#include "platform/PropertyList.h"
+
+#include <algorithm>
+#include <clocale>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+#include <plist/plist.h>
+
+#include "platform/Failure.h"
+#include "platform/FileSystem.h"
+#include "platform/PathText.h"
+#include "platform/PropertyListGuard.h"
+
+namespace vornic::platform {
+namespace {
+
+constexpr std::string_view kBinaryMagic = "bplist00";
+constexpr std::size_t kLargestList = std::size_t{64} << 20U;
+/// Seconds from 1970 to 2001, where the library's dates begin.
+constexpr double kLibraryEpoch = 978307200;
+constexpr double kMicroseconds = 1e6;
+
+struct NodeDeleter {
+    void operator()(void* node) const { plist_free(node); }
+};
+using Node = std::unique_ptr<void, NodeDeleter>;
+
+struct MemoryDeleter {
+    void operator()(void* memory) const { std::free(memory); }
+};
+template <typename T>
+using Memory = std::unique_ptr<T, MemoryDeleter>;
+
+/// The library reads and writes numbers by the locale's rules; here the decimal point is a point.
+class PointLocale {
+  public:
+    PointLocale() : before_(uselocale(plain())) {}
+    ~PointLocale() { uselocale(before_); }
+    PointLocale(const PointLocale&) = delete;
+    PointLocale& operator=(const PointLocale&) = delete;
+
+  private:
+    static locale_t plain() {
+        static const locale_t made = newlocale(LC_ALL_MASK, "C", nullptr);
+        return made;
+    }
+    locale_t before_;
+};
+
+// From the library --------------------------------------------------------------------------------
+
+std::optional<PropertyList> fromNode(void* node);
+
+PropertyList::Array arrayFrom(void* node) {
+    PropertyList::Array array;
+    array.reserve(plist_array_get_size(node));
+    plist_array_iter rawIterator = nullptr;
+    plist_array_new_iter(node, &rawIterator);
+    const Memory<void> iterator(rawIterator);
+    for (plist_t item = nullptr; iterator;) {
+        plist_array_next_item(node, iterator.get(), &item);
+        if (item == nullptr) {
+            break;
+        }
+        if (std::optional<PropertyList> value = fromNode(item)) {
+            array.push_back(std::move(*value));
+        }
+    }
+    return array;
+}
+
+PropertyList::Dictionary dictionaryFrom(void* node) {
+    PropertyList::Dictionary dictionary;
+    plist_dict_iter rawIterator = nullptr;
+    plist_dict_new_iter(node, &rawIterator);
+    const Memory<void> iterator(rawIterator);
+    while (iterator) {
+        char* rawKey = nullptr;
+        plist_t item = nullptr;
+        plist_dict_next_item(node, iterator.get(), &rawKey, &item);
+        const Memory<char> key(rawKey);
+        if (!key || item == nullptr) {
+            break;
+        }
+        if (std::optional<PropertyList> value = fromNode(item)) {
+            dictionary.insert_or_assign(std::string(key.get()), std::move(*value));
+        }
+    }
+    return dictionary;
+}
+
+PropertyList::Value dateFrom(void* node) {
+    std::int32_t seconds = 0;
+    std::int32_t microseconds = 0;
+    plist_get_date_val(node, &seconds, &microseconds);
+    return PropertyList::Date{kLibraryEpoch + seconds + microseconds / kMicroseconds};
+}
+
+/// Nothing for what has no counterpart here (the identifiers of archived objects).
+std::optional<PropertyList> fromNode(void* node) {
+    switch (plist_get_node_type(node)) {
+        case PLIST_BOOLEAN: {
+            std::uint8_t flag = 0;
+            plist_get_bool_val(node, &flag);
+            return PropertyList(PropertyList::Value(flag != 0));
+        }
+        case PLIST_UINT: {
+            // Negative numbers come as their two's complement.
+            std::uint64_t number = 0;
+            plist_get_uint_val(node, &number);
+            return PropertyList(PropertyList::Value(static_cast<std::int64_t>(number)));
+        }
+        case PLIST_REAL: {
+            double number = 0;
+            plist_get_real_val(node, &number);
+            return PropertyList(PropertyList::Value(number));
+        }
+        case PLIST_STRING: {
+            std::uint64_t length = 0;
+            const char* text = plist_get_string_ptr(node, &length);
+            return PropertyList(
+                PropertyList::Value(std::string(text != nullptr ? text : "", length)));
+        }
+        case PLIST_DATA: {
+            std::uint64_t length = 0;
+            const char* bytes = plist_get_data_ptr(node, &length);
+            return PropertyList(PropertyList::Value(
+                PropertyList::Data{std::string(bytes != nullptr ? bytes : "", length)}));
+        }
+        case PLIST_DATE:
+            return PropertyList(dateFrom(node));
+        case PLIST_ARRAY:
+            return PropertyList(PropertyList::Value(arrayFrom(node)));
+        case PLIST_DICT:
+            return PropertyList(PropertyList::Value(dictionaryFrom(node)));
+        default:
+            return std::nullopt;
+    }
+}
+
+// To the library ----------------------------------------------------------------------------------
+
+Node toNode(const PropertyList& list);
+
+Node dateNode(double secondsSince1970) {
+    constexpr double kLeast = std::numeric_limits<std::int32_t>::min();
+    constexpr double kMost = std::numeric_limits<std::int32_t>::max();
+    const double seconds = std::clamp(secondsSince1970 - kLibraryEpoch, kLeast, kMost);
+    const double whole = std::floor(seconds);
+    return Node(plist_new_date(static_cast<std::int32_t>(whole),
+                               static_cast<std::int32_t>((seconds - whole) * kMicroseconds)));
+}
+
+struct NodeMaker {
+    Node operator()(const std::string& text) const { return Node(plist_new_string(text.c_str())); }
+    Node operator()(std::int64_t number) const {
+        return Node(plist_new_uint(static_cast<std::uint64_t>(number)));
+    }
+    Node operator()(double number) const { return Node(plist_new_real(number)); }
+    Node operator()(bool flag) const {
+        return Node(plist_new_bool(static_cast<std::uint8_t>(flag ? 1 : 0)));
+    }
+    Node operator()(const PropertyList::Date& date) const {
+        return dateNode(date.secondsSince1970);
+    }
+    Node operator()(const PropertyList::Data& data) const {
+        return Node(plist_new_data(data.bytes.data(), data.bytes.size()));
+    }
+    Node operator()(const PropertyList::Array& items) const {
+        Node array(plist_new_array());
+        for (const PropertyList& item : items) {
+            plist_array_append_item(array.get(), toNode(item).release());
+        }
+        return array;
+    }
+    Node operator()(const PropertyList::Dictionary& entries) const {
+        Node dictionary(plist_new_dict());
+        for (const auto& [key, value] : entries) {
+            plist_dict_set_item(dictionary.get(), key.c_str(), toNode(value).release());
+        }
+        return dictionary;
+    }
+};
+
+Node toNode(const PropertyList& list) {
+    return std::visit(NodeMaker{}, list.value());
+}
+
+Node parseNode(std::string_view bytes) {
+    plist_t node = nullptr;
+    const auto size = static_cast<std::uint32_t>(bytes.size());
+    if (bytes.starts_with(kBinaryMagic)) {
+        if (isHarmlessBinary(bytes)) {
+            plist_from_bin(bytes.data(), size, &node);
+        }
+    } else if (bytes.find('<') != std::string_view::npos && isHarmlessXML(bytes)) {
+        plist_from_xml(bytes.data(), size, &node);
+    }
+    return Node(node);
+}
+
+}  // namespace
+
+const PropertyList* PropertyList::find(std::string_view key) const {
+    const Dictionary* entries = dictionary();
+    if (entries == nullptr) {
+        return nullptr;
+    }
+    const auto found = entries->find(std::string(key));
+    return found == entries->end() ? nullptr : &found->second;
+}
+
+std::optional<PropertyList> PropertyList::parse(std::string_view bytes) {
+    if (bytes.empty() || bytes.size() > kLargestList) {
+        return std::nullopt;
+    }
+    const PointLocale locale;
+    const Node node = parseNode(bytes);
+    return node ? fromNode(node.get()) : std::nullopt;
+}
+
+std::optional<PropertyList> PropertyList::readFile(const std::string& path, ErrorSlot& error) {
+    const std::optional<std::string> bytes = platform::readFile(path, error);
+    if (!bytes) {
+        return std::nullopt;
+    }
+    std::optional<PropertyList> list = parse(*bytes);
+    if (!list) {
+        failFileBecause(error, path, "read", EINVAL, "it is no property list");
+    }
+    return list;
+}
+
+std::string PropertyList::toXML() const {
+    const PointLocale locale;
+    const Node node = toNode(*this);
+    char* text = nullptr;
+    std::uint32_t length = 0;
+    plist_to_xml(node.get(), &text, &length);
+    const Memory<char> owner(text);
+    return text != nullptr ? std::string(text, length) : std::string();
+}
+
+bool PropertyList::writeFile(const std::string& path, ErrorSlot& error) const {
+    return createDirectory(parentFolder(path), error) &&
+           writeFileAtomically(path, toXML(), Durability::buffered, error);
+}
+
+}  // namespace vornic::platform

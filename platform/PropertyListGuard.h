@@ -1,0 +1,20 @@
+#ifndef VORNIC_PLATFORM_PROPERTY_LIST_GUARD_H
+#define VORNIC_PLATFORM_PROPERTY_LIST_GUARD_H
+
+#include <string_view>
+
+/// Looks at property list bytes before the parsing library does, which takes any nesting by
+/// recursion and any number of references to one object: bytes made to exhaust stack or memory are
+/// found here.
+namespace vornic::platform {
+
+/// False when the containers of an XML property list are nested too deeply.
+[[nodiscard]] bool isHarmlessXML(std::string_view bytes);
+
+/// False when a binary property list is broken, has a container within itself, is nested too
+/// deeply, or would unfold to far more values than it has bytes.
+[[nodiscard]] bool isHarmlessBinary(std::string_view bytes);
+
+}  // namespace vornic::platform
+
+#endif

@@ -1,0 +1,111 @@
+#include "platform/Termination.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <map>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include <pthread.h>
+
+namespace vornic::platform {
+namespace {
+
+struct Observers {
+    std::mutex mutex;
+    std::size_t lastToken = 0;
+    std::map<std::size_t, WillTerminateObserver> byToken;
+};
+
+Observers& observers() {
+    static Observers registered;
+    return registered;
+}
+
+std::atomic<int> notedSignal{0};
+static_assert(std::atomic<int>::is_always_lock_free, "a signal handler writes it");
+
+/// Takes the observer that follows `token` out of the registry's hands for one call.
+bool nextObserver(std::size_t& token, WillTerminateObserver& observer) {
+    Observers& registered = observers();
+    const std::lock_guard lock(registered.mutex);
+    const auto next = registered.byToken.upper_bound(token);
+    if (next == registered.byToken.end()) {
+        return false;
+    }
+    token = next->first;
+    observer = next->second;
+    return true;
+}
+
+/// Ends the process as the signal does when nobody catches it.
+void endBySignal(int number) {
+    struct sigaction plain {};
+    plain.sa_handler = SIG_DFL;
+    sigaction(number, &plain, nullptr);
+    sigset_t own;
+    sigemptyset(&own);
+    sigaddset(&own, number);
+    raise(number);
+    // Delivered here, for it is held back while its handler runs.
+    pthread_sigmask(SIG_UNBLOCK, &own, nullptr);
+}
+
+extern "C" void noteSignal(int number) {
+    const int savedError = errno;
+    int none = 0;
+    if (!notedSignal.compare_exchange_strong(none, number)) {
+        endBySignal(number);
+    }
+    errno = savedError;
+}
+
+}  // namespace
+
+std::size_t addWillTerminateObserver(WillTerminateObserver observer) {
+    Observers& registered = observers();
+    const std::lock_guard lock(registered.mutex);
+    registered.byToken.emplace(++registered.lastToken, std::move(observer));
+    return registered.lastToken;
+}
+
+void removeWillTerminateObserver(std::size_t token) {
+    Observers& registered = observers();
+    const std::lock_guard lock(registered.mutex);
+    registered.byToken.erase(token);
+}
+
+void postWillTerminate() {
+    std::size_t token = 0;
+    WillTerminateObserver observer;
+    while (nextObserver(token, observer)) {
+        if (observer) {
+            observer();
+        }
+    }
+}
+
+void catchInterruptions() {
+    struct sigaction action {};
+    action.sa_handler = noteSignal;
+    sigemptyset(&action.sa_mask);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction before {};
+        // Whoever started the program with a signal ignored (nohup) wants it to go on.
+        if (sigaction(number, nullptr, &before) == 0 && before.sa_handler != SIG_IGN) {
+            sigaction(number, &action, nullptr);
+        }
+    }
+}
+
+int interruption() {
+    return notedSignal.load(std::memory_order_relaxed);
+}
+
+const std::atomic<int>* interruptionFlag() {
+    return &notedSignal;
+}
+
+}  // namespace vornic::platform

@@ -1,0 +1,115 @@
+#include "platform/Thread.h"
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <list>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "platform/Exception.h"
+#include "platform/MainThread.h"
+
+namespace vornic::platform {
+namespace {
+
+struct Registry {
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::list<std::thread> running;
+    /// Their functions have returned; joining them takes no time.
+    std::list<std::thread> finished;
+    /// How many callers wait in `joinDetachedThreads`.
+    int joiners = 0;
+};
+
+/// Never destroyed: a thread that outlived its limit must not find it gone.
+Registry& registry() {
+    static Registry* const instance = new Registry;  // NOLINT(cppcoreguidelines-owning-memory)
+    return *instance;
+}
+
+void joinFinished(Registry& threads) {
+    std::list<std::thread> ended;
+    {
+        const std::lock_guard lock(threads.mutex);
+        ended.swap(threads.finished);
+    }
+    for (std::thread& thread : ended) {
+        thread.join();
+    }
+}
+
+void noteEnd(Registry& threads, std::list<std::thread>::iterator self) {
+    bool wakeMainThread = false;
+    {
+        const std::lock_guard lock(threads.mutex);
+        threads.finished.splice(threads.finished.end(), threads.running, self);
+        wakeMainThread = threads.joiners > 0;
+        threads.changed.notify_all();
+    }
+    if (wakeMainThread) {
+        MainThread::perform([] {});
+    }
+}
+
+/// Waits a moment for a thread to end. @return true when none runs any more.
+bool waitForEnd(Registry& threads, std::chrono::milliseconds limit) {
+    if (MainThread::isCurrent()) {
+        MainThread::dispatchOne(limit);
+    }
+    std::unique_lock lock(threads.mutex);
+    if (!MainThread::isCurrent()) {
+        threads.changed.wait_for(lock, limit, [&] { return threads.running.empty(); });
+    }
+    return threads.running.empty();
+}
+
+}  // namespace
+
+void detachNewThread(std::function<void()> function) {
+    Registry& threads = registry();
+    joinFinished(threads);
+    // The new thread finds its own entry complete, because it needs the lock to look.
+    const std::lock_guard lock(threads.mutex);
+    const auto self = threads.running.emplace(threads.running.end());
+    try {
+        *self = std::thread([&threads, self, function = std::move(function)]() mutable {
+            function();
+            function = nullptr;
+            noteEnd(threads, self);
+        });
+    } catch (const std::system_error& failure) {
+        threads.running.erase(self);
+        throw Exception("NSGenericException",
+                        std::string("A new thread cannot be started: ") + failure.what());
+    }
+}
+
+bool joinDetachedThreads(std::chrono::milliseconds limit) {
+    // Longer than any program waits, and within reach of the clock.
+    constexpr std::chrono::milliseconds kLongestWait = std::chrono::hours(24);
+    constexpr std::chrono::milliseconds kStep{50};
+    Registry& threads = registry();
+    const auto deadline = std::chrono::steady_clock::now() + std::min(limit, kLongestWait);
+    {
+        const std::lock_guard lock(threads.mutex);
+        ++threads.joiners;
+    }
+    bool ended = waitForEnd(threads, std::chrono::milliseconds(0));
+    while (!ended && std::chrono::steady_clock::now() < deadline) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            deadline - std::chrono::steady_clock::now());
+        ended = waitForEnd(threads, std::clamp(left, std::chrono::milliseconds(1), kStep));
+    }
+    {
+        const std::lock_guard lock(threads.mutex);
+        --threads.joiners;
+    }
+    joinFinished(threads);
+    return ended;
+}
+
+}  // namespace vornic::platform

@@ -1,0 +1,64 @@
+#include "platform/Workspace.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <string_view>
+
+#include <sys/stat.h>
+
+#include "platform/Failure.h"
+#include "platform/FileSystem.h"
+#include "platform/FileTransfer.h"
+#include "platform/PathText.h"
+
+namespace vornic::platform {
+namespace {
+
+bool makeTrash(const std::string& path, ErrorSlot& error) {
+    if (!path.starts_with('/') || path.find('\0') != std::string::npos) {
+        return failFolder(error, path, "used as the Trash", EINVAL);
+    }
+    if (mkdir(path.c_str(), 0700) == 0 || isDirectory(path)) {
+        return true;
+    }
+    // Only the Trash itself is made: a home folder that isn't there must not come to be by this.
+    return failFolder(error, path, "made", errno);
+}
+
+bool isPlainName(std::string_view name) {
+    return !name.empty() && name != "." && name != ".." &&
+           name.find('/') == std::string_view::npos && name.find('\0') == std::string_view::npos;
+}
+
+/// "Cut.xml", then "Cut 2.xml", "Cut 3.xml" and so on, each short enough for a folder entry.
+std::string numberedName(const std::string& name, long attempt) {
+    if (attempt == 1) {
+        return name;
+    }
+    constexpr std::size_t kLongestExtension = 64;
+    SplitName parts = splitExtension(name);
+    if (parts.extension.size() > kLongestExtension) {
+        parts = {.stem = name, .extension = ""};
+    }
+    const std::string ending = " " + std::to_string(attempt) + parts.extension;
+    return std::string(truncateUTF8(parts.stem, kLongestName - ending.size())) + ending;
+}
+
+}  // namespace
+
+bool recycle(const std::string& sourceFolder, const std::string& destination,
+             const std::vector<std::string>& files, ErrorSlot& error) {
+    if (!makeTrash(destination, error)) {
+        return false;
+    }
+    return std::all_of(files.begin(), files.end(), [&](const std::string& name) {
+        if (!isPlainName(name)) {
+            return failFile(error, name, "moved to the Trash", EINVAL);
+        }
+        return moveInto(
+            joinPath(sourceFolder, name), destination,
+            [&name](long attempt) { return std::optional(numberedName(name, attempt)); }, error);
+    });
+}
+
+}  // namespace vornic::platform
