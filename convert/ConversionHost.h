@@ -9,8 +9,8 @@
 namespace vornic {
 
 /// What the conversion engines may do to the document that they work for. Every operation may be
-/// called from any thread; those that change what the user sees have taken effect on the main thread
-/// when they return. Without a window they do nothing.
+/// called from any thread; those that change what the user sees have taken effect on the main
+/// thread when they return. Without a window they do nothing.
 class ConversionHost {
   public:
     virtual ~ConversionHost() = default;

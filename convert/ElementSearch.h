@@ -10,9 +10,10 @@
 namespace vornic {
 
 /// Finds which of a list of element strings occur in a text, each followed by a blank or by ">", in
-/// one pass for all of them. A plain, case-sensitive search for bytes: markup is not interpreted, and
-/// the strings are opaque (they need not begin with "<"). The text may come in pieces; a string that
-/// spans pieces is found. Time is linear in the length of the text whatever the number of strings.
+/// one pass for all of them. A plain, case-sensitive search for bytes: markup is not interpreted,
+/// and the strings are opaque (they need not begin with "<"). The text may come in pieces; a string
+/// that spans pieces is found. Time is linear in the length of the text whatever the number of
+/// strings.
 class ElementSearch {
   public:
     explicit ElementSearch(const std::vector<std::string>& elements);

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/PropertyList.h"
@@ -22,12 +23,17 @@ class VersionCatalogue {
 
     /// All versions, sorted as texts without regard to case.
     [[nodiscard]] std::vector<std::string> sortedKeys() const;
+    /// The versions that follow the given one in that order, none for the last one; nothing when
+    /// the version itself is not in the catalogue, letter for letter.
+    [[nodiscard]] std::optional<std::vector<std::string>> versionsAbove(
+        std::string_view version) const;
+    /// True when the version's entry is there and is a dictionary.
     [[nodiscard]] bool hasEntry(const std::string& version) const;
     /// The string under "FCP Version", or nothing.
     [[nodiscard]] std::optional<std::string> fcpVersion(const std::string& version) const;
-    /// The element strings (`<name`) that the version introduced; nothing when the entry has no such
-    /// list, or there is no entry.
-    [[nodiscard]] std::optional<std::vector<std::string>> elements(const std::string& version) const;
+    /// The element strings (`<name`) that the version introduced, in their order; none when the
+    /// entry has no such list, or there is no entry.
+    [[nodiscard]] std::vector<std::string> elements(const std::string& version) const;
 
   private:
     platform::PropertyList::Dictionary root_;

@@ -35,7 +35,7 @@ std::vector<std::string> elementsOf(const VersionCatalogue& catalogue,
         if (!catalogue.hasEntry(version)) {
             continue;
         }
-        const std::vector<std::string> introduced = catalogue.elements(version).value_or({});
+        const std::vector<std::string> introduced = catalogue.elements(version);
         // Deliberate: a version without a list ends the check of the later ones too.
         if (introduced.empty()) {
             break;
@@ -54,10 +54,11 @@ void warnAboutElements(RepairHost& host, const XMLDocument& document, const std:
     document.serialize([&search](std::string_view piece) { return search.append(piece); });
     for (std::size_t i = 0; i < elements.size(); ++i) {
         if (search.found(i)) {
-            host.appendErrorInfoText(formatString(
-                "Warning: Invalid element %@> for XML Interchange version %@. Go to Tools > Convert "
-                "XML Interchange Version to convert this to the proper format.",
-                elements[i], version));
+            host.appendErrorInfoText(
+                formatString("Warning: Invalid element %@> for XML Interchange version %@. Go to "
+                             "Tools > Convert "
+                             "XML Interchange Version to convert this to the proper format.",
+                             elements[i], version));
         }
     }
 }
