@@ -12,20 +12,21 @@
 
 namespace vornic {
 
-/// One argument of `formatString`: an integer, a floating-point number or a text. A text argument is
-/// only viewed and must outlive the call.
+/// One argument of `formatString`: an integer, a floating-point number or a text. A text argument
+/// is only viewed and must outlive the call.
 class FormatArgument {
   public:
     template <std::integral T>
-        requires(std::is_signed_v<T>)
-    FormatArgument(T value) : value_(static_cast<std::int64_t>(value)) {}  // NOLINT: by design
+    requires(std::is_signed_v<T>) FormatArgument(T value)
+        : value_(static_cast<std::int64_t>(value)) {}  // NOLINT: by design
     template <std::integral T>
-        requires(std::is_unsigned_v<T>)
-    FormatArgument(T value) : value_(static_cast<std::uint64_t>(value)) {}  // NOLINT: by design
-    FormatArgument(double value) : value_(value) {}                         // NOLINT: by design
-    FormatArgument(std::string_view value) : value_(value) {}               // NOLINT: by design
+    requires(std::is_unsigned_v<T>) FormatArgument(T value)
+        : value_(static_cast<std::uint64_t>(value)) {}         // NOLINT: by design
+    FormatArgument(double value) : value_(value) {}            // NOLINT: by design
+    FormatArgument(std::string_view value) : value_(value) {}  // NOLINT: by design
     FormatArgument(const std::string& value) : value_(std::string_view(value)) {}  // NOLINT
-    FormatArgument(const char* value) : value_(std::string_view(value)) {}         // NOLINT
+    FormatArgument(const char* value)  // NOLINT: by design
+        : value_(std::string_view(value == nullptr ? "(null)" : value)) {}
 
     using Value = std::variant<std::int64_t, std::uint64_t, double, std::string_view>;
     [[nodiscard]] const Value& value() const { return value_; }

@@ -11,7 +11,8 @@ namespace vornic {
 class QMException {
   public:
     /// Logs and prints "Exception in %s. %@ - %@." with the method, the exception's name and its
-    /// reason. @param method the catching operation's signature, such as "-[Document startRepair:]".
+    /// reason. @param method the catching operation's signature, such as "-[Document
+    /// startRepair:]".
     /// @return the message.
     static std::string logException(const platform::Exception& exception, const char* forMethod);
     /// True when the exception's name is "NSPortTimeoutException".

@@ -89,6 +89,7 @@ class QMLog {
     QMLog();
     ~QMLog();
 
+    static void writeHeader();
     static void appendLogWithArguments(std::string_view format,
                                        std::span<const FormatArgument> arguments);
     static void fastAppendLogWithArguments(std::string_view format,

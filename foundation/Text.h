@@ -35,8 +35,8 @@ namespace vornic {
 [[nodiscard]] std::string lastPathComponent(std::string_view path);
 /// The path without its last component: "/b" of "/b/c.xml", "/" of "/c", "" of "c".
 [[nodiscard]] std::string deletingLastPathComponent(std::string_view path);
-/// The extension of the last component without its dot, "" when there is none. A dot that begins the
-/// component begins no extension, nor does one that ends it.
+/// The extension of the last component without its dot, "" when there is none. A dot that begins
+/// the component begins no extension, nor does one that ends it.
 [[nodiscard]] std::string pathExtension(std::string_view path);
 /// The path without the extension of its last component and the dot before it.
 [[nodiscard]] std::string deletingPathExtension(std::string_view path);

@@ -1,0 +1,37 @@
+#include "foundation/LogFile.h"
+
+#include <cerrno>
+#include <utility>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace vornic {
+
+std::shared_ptr<LogFile> LogFile::open(const std::string& path) {
+    int descriptor = -1;
+    do {
+        descriptor = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | O_NOCTTY);
+    } while (descriptor < 0 && errno == EINTR);
+    if (descriptor < 0) {
+        return nullptr;
+    }
+    return std::shared_ptr<LogFile>(new LogFile(platform::FileDescriptor(descriptor)));
+}
+
+LogFile::Appended LogFile::append(std::string_view bytes) {
+    Appended result;
+    while (result.byteCount < bytes.size()) {
+        const std::string_view rest = bytes.substr(result.byteCount);
+        const ssize_t count = ::write(descriptor_.get(), rest.data(), rest.size());
+        if (count > 0) {
+            result.byteCount += static_cast<std::size_t>(count);
+        } else if (count == 0 || errno != EINTR) {
+            result.errorNumber = count == 0 ? EIO : errno;
+            break;
+        }
+    }
+    return result;
+}
+
+}  // namespace vornic

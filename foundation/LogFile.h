@@ -1,0 +1,36 @@
+#ifndef VORNIC_FOUNDATION_LOG_FILE_H
+#define VORNIC_FOUNDATION_LOG_FILE_H
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/FileDescriptor.h"
+
+namespace vornic {
+
+/// An open log file. Bytes always go to its end, wherever other programs that write to it have got
+/// to, and to the same file after it was renamed. Any thread.
+class LogFile {
+  public:
+    /// Opens an existing file for writing at its end. @return null when there is none or it cannot
+    /// be written.
+    [[nodiscard]] static std::shared_ptr<LogFile> open(const std::string& path);
+
+    /// What an append came to: how many bytes are in the file, and the errno value that kept the
+    /// others out, or 0.
+    struct Appended {
+        std::size_t byteCount = 0;
+        int errorNumber = 0;
+    };
+    [[nodiscard]] Appended append(std::string_view bytes);
+
+  private:
+    explicit LogFile(platform::FileDescriptor descriptor) : descriptor_(std::move(descriptor)) {}
+    platform::FileDescriptor descriptor_;
+};
+
+}  // namespace vornic
+
+#endif

@@ -1,0 +1,105 @@
+#ifndef VORNIC_FOUNDATION_LOG_QUEUE_H
+#define VORNIC_FOUNDATION_LOG_QUEUE_H
+
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <span>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace vornic {
+
+/// Texts that wait to be written one after the other, in the order in which they were queued. One
+/// thread at a time writes: a worker thread of the queue's own, started when it is first needed, or
+/// a thread that waits in `finish`, which then writes in place instead of waiting for a change of
+/// threads. The worker rests while there is nothing to do and never keeps a process from ending.
+///
+/// A text queued by the running writer itself goes ahead of all that wait, right behind the text
+/// being written. The queue must outlive its worker, so it is never destroyed before `close`. Any
+/// thread.
+class LogQueue {
+  public:
+    struct Entry {
+        std::string_view text;
+        /// The text's length in UTF-16 units.
+        std::size_t units = 0;
+    };
+    /// Writes one or more of the entries, from the front, and returns how many. There is at least
+    /// one. It must not throw.
+    using Writer = std::function<std::size_t(std::span<const Entry>)>;
+
+    explicit LogQueue(Writer writer) : writer_(std::move(writer)) {}
+    LogQueue(const LogQueue&) = delete;
+    LogQueue& operator=(const LogQueue&) = delete;
+
+    /// Queues a text. After `close` it is dropped.
+    /// @param wakesWorker false when the caller calls `finish` or `wake` right after.
+    void add(std::string_view text, std::size_t units, bool wakesWorker);
+    /// Sees to it that what is queued is written soon.
+    void wake();
+    /// Returns when everything queued before the call is written; at once when called by the
+    /// running writer, which cannot wait for itself.
+    void finish();
+    /// True on the thread whose writer is running.
+    [[nodiscard]] bool isWriter();
+    /// The number of texts not yet written, the one being written included.
+    [[nodiscard]] std::size_t count();
+    /// Drops every text whose writing has not begun.
+    void cancelAll();
+    /// Ends the worker, waiting for a write that runs (a second at most), and drops what is or will
+    /// be queued.
+    void close();
+
+  private:
+    using Lock = std::unique_lock<std::mutex>;
+
+    /// Texts in one piece of memory, so that queuing one costs a copy and no allocation of its own.
+    struct Texts {
+        struct Length {
+            std::size_t bytes = 0;
+            std::size_t units = 0;
+        };
+        std::string bytes;
+        std::vector<Length> lengths;
+        void add(std::string_view text, std::size_t units);
+        void clear();
+    };
+
+    void run();
+    void startWorker();
+    [[nodiscard]] bool isRunner() const {
+        return isRunning_ && runner_ == std::this_thread::get_id();
+    }
+    [[nodiscard]] bool hasWork() const { return !waiting_.lengths.empty(); }
+    void drain(Lock& lock, std::uint64_t target);
+    void writeAll(Lock& lock, const Texts& texts, bool counts);
+    void writeUrgent(Lock& lock);
+    void dropWaiting();
+
+    Writer writer_;
+    std::mutex mutex_;
+    std::condition_variable workToDo_;
+    std::condition_variable progress_;
+    Texts waiting_;
+    Texts urgent_;
+    /// How many texts were queued and how many of them are written or dropped, since the beginning;
+    /// those that the writer queued itself do not count.
+    std::uint64_t queued_ = 0;
+    std::uint64_t done_ = 0;
+    bool isRunning_ = false;
+    std::thread::id runner_;
+    std::size_t cancellations_ = 0;
+    std::size_t waiters_ = 0;
+    bool hasWorker_ = false;
+    bool workerSleeps_ = false;
+    bool isClosed_ = false;
+};
+
+}  // namespace vornic
+
+#endif

@@ -1,0 +1,19 @@
+#include "foundation/QMException.h"
+
+#include "foundation/FormatString.h"
+#include "foundation/QMLog.h"
+
+namespace vornic {
+
+std::string QMException::logException(const platform::Exception& exception, const char* forMethod) {
+    const std::string message =
+        formatString("Exception in %s. %@ - %@.", forMethod, exception.name(), exception.reason());
+    QMLog::appendLogAndPrint("%@", message);
+    return message;
+}
+
+bool QMException::didTimeout(const platform::Exception& exception) {
+    return exception.name() == "NSPortTimeoutException";
+}
+
+}  // namespace vornic

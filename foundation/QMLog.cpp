@@ -1,0 +1,405 @@
+#include "foundation/QMLog.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <mutex>
+#include <utility>
+
+#include "foundation/LogBatch.h"
+#include "foundation/LogFile.h"
+#include "foundation/LogGenerations.h"
+#include "foundation/LogQueue.h"
+#include "foundation/QMLocalPaths.h"
+#include "foundation/Text.h"
+#include "foundation/UncaughtExceptions.h"
+#include "platform/Bundle.h"
+#include "platform/Error.h"
+#include "platform/Exception.h"
+#include "platform/MainThread.h"
+#include "platform/ProcessInfo.h"
+#include "platform/PropertyList.h"
+#include "platform/Termination.h"
+
+namespace vornic {
+
+namespace {
+
+constexpr std::uint64_t kLargestGeneration = 5'000'000;
+/// An entry up to this length, in UTF-16 units, is short enough to be waited for.
+constexpr std::uint64_t kShortEntry = 99;
+/// A backlog of this many entries is not written any more when the program ends.
+constexpr std::size_t kLongBacklog = 11;
+constexpr std::string_view kEscapedAfterPercent = " .!,-;:+";
+
+bool needsEscaping(std::string_view text) {
+    for (std::size_t i = text.find('%'); i != std::string_view::npos; i = text.find('%', i + 1)) {
+        if (i + 1 < text.size() &&
+            kEscapedAfterPercent.find(text[i + 1]) != std::string_view::npos) {
+            return true;
+        }
+        if (text.substr(i).starts_with("%%%")) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string formatForLog(std::string_view format, std::span<const FormatArgument> arguments) {
+    if (!needsEscaping(format)) {
+        return formatStringWithArguments(format, arguments);
+    }
+    return formatStringWithArguments(QMLog::escapeTextForLogging(format), arguments);
+}
+
+/// A format that is not there at all, as opposed to an empty one.
+bool isMissing(std::string_view format) {
+    return format.data() == nullptr;
+}
+
+bool isLoggingSwitchedOff() {
+    const std::optional<std::string> folder = QMLocalPaths::prefsDirectory(true);
+    if (!folder) {
+        return false;
+    }
+    ErrorSlot ignored;
+    const std::optional<platform::PropertyList> preferences =
+        platform::PropertyList::readFile(*folder + "/com.quillmark.global.plist", ignored);
+    const platform::PropertyList* value =
+        preferences ? preferences->find("disable-logging") : nullptr;
+    if (value == nullptr) {
+        return false;
+    }
+    const auto* real = std::get_if<double>(&value->value());
+    return (value->string() != nullptr && *value->string() == "1") ||
+           (value->boolean() != nullptr && *value->boolean()) ||
+           (value->integer() != nullptr && *value->integer() == 1) ||
+           (real != nullptr && *real == 1.0);
+}
+
+}  // namespace
+
+struct QMLog::State {
+    State() : queue([this](std::span<const LogQueue::Entry> entries) { return write(entries); }) {}
+
+    mutable std::mutex mutex;
+    std::optional<std::string> appName;
+    std::shared_ptr<LogFile> fileHandle;
+    std::size_t observer = 0;
+
+    /// Held while somebody waits for the queue.
+    std::mutex finishing;
+    std::atomic<std::uint64_t> bytesWritten = 0;
+    std::atomic<std::uint64_t> bytesInQueue = 0;
+    std::atomic<bool> loggingDisabled = false;
+    std::atomic<bool> noPrinting = false;
+    LogQueue queue;
+
+    [[nodiscard]] std::shared_ptr<LogFile> file() const {
+        const std::lock_guard lock(mutex);
+        return fileHandle;
+    }
+    void setFile(std::shared_ptr<LogFile> file) {
+        const std::lock_guard lock(mutex);
+        std::swap(fileHandle, file);
+    }
+
+    void settleName(std::string_view name);
+    void print(std::string line) const;
+    void queueText(std::string_view text, bool wakesWorker);
+    std::size_t write(std::span<const LogQueue::Entry> entries);
+    std::size_t writeToFile(std::span<const LogQueue::Entry> entries);
+    std::shared_ptr<LogFile> openedFile();
+};
+
+QMLog::QMLog() : state_(std::make_unique<State>()) {}
+
+QMLog::~QMLog() = default;
+
+QMLog& QMLog::sharedController() {
+    // Never destroyed: any thread may log until the process has ended.
+    static QMLog& shared = *[] {
+        auto* log = new QMLog();
+        log->state_->observer = platform::addWillTerminateObserver([] { willTerminate(); });
+        logUncaughtExceptions();
+        return log;
+    }();
+    return shared;
+}
+
+void QMLog::createNewLog() {
+    createNewLog(std::string_view(""));
+}
+
+void QMLog::createNewLog(std::string_view name) {
+    createNewLog(name, false);
+}
+
+// Calls that meet are not serialised against each other.
+void QMLog::createNewLog(std::string_view name, bool noPrinting) {
+    QMLog& log = sharedController();
+    State& state = *log.state_;
+    state.noPrinting = noPrinting;
+    if (state.loggingDisabled) {
+        return;
+    }
+    state.setFile(nullptr);
+    if (isLoggingSwitchedOff()) {
+        state.print("Logging is disabled");
+        state.loggingDisabled = true;
+        return;
+    }
+    state.settleName(name);
+    state.bytesWritten = 0;
+    const StartedGeneration started = startGeneration(log.appName());
+    if (started.failure) {
+        state.print(*started.failure);
+    }
+    if (started.file) {
+        state.setFile(started.file);
+        writeHeader();
+    }
+}
+
+/// The lines that every generation begins with.
+void QMLog::writeHeader() {
+    const platform::Bundle bundle = platform::Bundle::mainBundle();
+    constexpr double kGigabyte = 1024.0 * 1024.0 * 1024.0;
+    fastAppendLog("Log started: %@\n", platform::currentDateDescription());
+    if (const std::optional<std::string> version = bundle.infoString("CFBundleVersion")) {
+        fastAppendLog("Version: %@\n", *version);
+    }
+    if (bundle.exists()) {
+        fastAppendLog("Path: %@\n", platform::executablePath());
+    }
+    appendLog("System: macOS %@, %li CPU(s), %0.2f GB RAM\n",
+              platform::operatingSystemVersionString(), platform::processorCount(),
+              static_cast<double>(platform::physicalMemory()) / kGigabyte);
+    fastAppendLog("Running in 64-bit mode\n");
+}
+
+void QMLog::appendLogWithArguments(std::string_view format,
+                                   std::span<const FormatArgument> arguments) {
+    QMLog& log = sharedController();
+    State& state = *log.state_;
+    if (isMissing(format) || state.loggingDisabled) {
+        return;
+    }
+    const std::string text = formatForLog(format, arguments);
+    if (platform::MainThread::isCurrent()) {
+        state.queueText(text, true);
+        return;
+    }
+    state.queueText(text, false);
+    const std::size_t length = utf16Length(text);
+    if (length >= 1 && length <= kShortEntry && state.bytesInQueue <= kShortEntry) {
+        finishWriting();
+    } else {
+        state.queue.wake();
+    }
+}
+
+void QMLog::fastAppendLogWithArguments(std::string_view format,
+                                       std::span<const FormatArgument> arguments) {
+    QMLog& log = sharedController();
+    if (isMissing(format) || log.state_->loggingDisabled) {
+        return;
+    }
+    log.appendTextToLog(formatForLog(format, arguments));
+}
+
+void QMLog::appendLogAndPrintWithArguments(std::string_view format,
+                                           std::span<const FormatArgument> arguments) {
+    QMLog& log = sharedController();
+    if (isMissing(format) || log.state_->loggingDisabled) {
+        return;
+    }
+    const std::string formatted = formatForLog(format, arguments);
+    const std::string_view text = trimmed(formatted);
+    appendLog("%@", text);
+    std::string printed = replacingOccurrences(text, "%@", "");
+    printed = replacingOccurrences(printed, "%", "%%");
+    std::erase(printed, '\0');
+    log.state_->print(std::move(printed));
+}
+
+void QMLog::appendLogAndDebugPrintWithArguments(std::string_view format,
+                                                std::span<const FormatArgument> arguments) {
+    if (isMissing(format) || sharedController().state_->loggingDisabled) {
+        return;
+    }
+    const std::string formatted = formatForLog(format, arguments);
+    appendLog("%@", trimmed(formatted));
+}
+
+std::string QMLog::escapeTextForLogging(std::string_view text) {
+    std::string escaped;
+    escaped.reserve(text.size() + 8);
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        escaped += text[i];
+        if (text[i] == '%' && i + 1 < text.size() &&
+            kEscapedAfterPercent.find(text[i + 1]) != std::string_view::npos) {
+            escaped += '%';
+        }
+    }
+    return replacingOccurrences(escaped, "%%%", "%%");
+}
+
+void QMLog::finishWriting() {
+    State& state = *sharedController().state_;
+    if (state.queue.isWriter()) {
+        return;
+    }
+    const std::lock_guard lock(state.finishing);
+    state.queue.finish();
+}
+
+std::vector<std::string> QMLog::availableLogs() {
+    return existingLogPaths(sharedController().appName());
+}
+
+void QMLog::willTerminate() {
+    QMLog& log = sharedController();
+    State& state = *log.state_;
+    platform::removeWillTerminateObserver(state.observer);
+    if (state.queue.count() < kLongBacklog) {
+        finishWriting();
+    } else {
+        state.queue.cancelAll();
+    }
+    log.setAppName(std::nullopt);
+    state.queue.close();
+    state.setFile(nullptr);
+}
+
+void QMLog::appendTextToLog(std::string_view text) {
+    state_->queueText(text, true);
+}
+
+void QMLog::appendLogOnThread(const std::string& text) {
+    const LogQueue::Entry entry{.text = text, .units = utf16Length(text)};
+    static_cast<void>(state_->write({&entry, 1}));
+}
+
+std::string QMLog::appName() const {
+    const std::lock_guard lock(state_->mutex);
+    return state_->appName ? *state_->appName : platform::applicationName();
+}
+
+void QMLog::setAppName(std::optional<std::string> name) {
+    const std::lock_guard lock(state_->mutex);
+    state_->appName = std::move(name);
+}
+
+std::uint64_t QMLog::bytesWritten() const {
+    return state_->bytesWritten;
+}
+
+std::uint64_t QMLog::bytesInQueue() const {
+    return state_->bytesInQueue;
+}
+
+bool QMLog::loggingDisabled() const {
+    return state_->loggingDisabled;
+}
+
+bool QMLog::noPrinting() const {
+    return state_->noPrinting;
+}
+
+bool QMLog::hasFileHandle() const {
+    return state_->file() != nullptr;
+}
+
+/// The given name counts only where neither a stored nor a derived one is to be had.
+void QMLog::State::settleName(std::string_view name) {
+    const std::lock_guard lock(mutex);
+    const std::string derived = platform::applicationName();
+    if (!name.empty() && !appName && derived.empty()) {
+        appName = name;
+    }
+    if (appName ? appName->empty() : derived.empty()) {
+        appName = "Unknown";
+    }
+}
+
+void QMLog::State::print(std::string line) const {
+    if (noPrinting) {
+        return;
+    }
+    line += '\n';
+    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stdout));
+    static_cast<void>(std::fflush(stdout));
+}
+
+void QMLog::State::queueText(std::string_view text, bool wakesWorker) {
+    text = trimmed(text);
+    if (text.empty()) {
+        return;
+    }
+    const std::size_t units = utf16Length(text);
+    bytesInQueue += units;
+    queue.add(text, units, wakesWorker);
+}
+
+/// Deals with the first entry and as many behind it as go into the same write. @return how many
+/// entries are written, or lost with a message.
+std::size_t QMLog::State::write(std::span<const LogQueue::Entry> entries) {
+    if (loggingDisabled) {
+        return entries.size();
+    }
+    try {
+        return writeToFile(entries);
+    } catch (const platform::Exception& exception) {
+        if (!loggingDisabled) {
+            print(formatString("Exception writing to log: %s", exception.reason()));
+        }
+    }
+    return 1;
+}
+
+std::size_t QMLog::State::writeToFile(std::span<const LogQueue::Entry> entries) {
+    const std::shared_ptr<LogFile> openFile = openedFile();
+    if (!openFile) {
+        if (!loggingDisabled) {
+            print(formatString("Unable to log the following information: %s", entries[0].text));
+            print("Unable to open log for output");
+        }
+        bytesInQueue -= entries[0].units;
+        return 1;
+    }
+    const std::uint64_t before = bytesWritten;
+    const LogBatch batch(entries, kLargestGeneration - std::min(kLargestGeneration, before));
+    const LogFile::Appended appended = openFile->append(batch.bytes());
+    const std::size_t written = batch.entriesWithin(appended.byteCount);
+    if (written == 0) {
+        const Error error = posixError("The log file cannot be written", appended.errorNumber);
+        throw platform::Exception("NSFileHandleOperationException", error.localizedDescription());
+    }
+    bytesWritten += batch.bytesOf(written);
+    if (bytesWritten >= kLargestGeneration) {
+        finishWriting();
+        createNewLog(sharedController().appName());
+        appendLog("Log truncated at 500KB");
+    }
+    for (const LogQueue::Entry& entry : entries.first(written)) {
+        bytesInQueue -= entry.units;
+    }
+    return written;
+}
+
+/// The open file; without one the current generation, opened at its end when it exists.
+std::shared_ptr<LogFile> QMLog::State::openedFile() {
+    std::shared_ptr<LogFile> open = file();
+    if (open) {
+        return open;
+    }
+    if (const std::optional<std::string> path = currentLogPath(sharedController().appName())) {
+        open = LogFile::open(*path);
+    }
+    if (open) {
+        setFile(open);
+    }
+    return open;
+}
+
+}  // namespace vornic
