@@ -67,8 +67,9 @@ ChosenBundle& chosenBundle() {
 }  // namespace
 
 Bundle::Bundle(std::string path, std::vector<std::string> furtherResourceFolders)
-    : path_(withoutTrailingSlashes(path)),
-      furtherResourceFolders_(std::move(furtherResourceFolders)) {}
+    : path_(std::move(path)), furtherResourceFolders_(std::move(furtherResourceFolders)) {
+    path_.resize(withoutTrailingSlashes(path_).size());
+}
 
 Bundle Bundle::mainBundle() {
     {

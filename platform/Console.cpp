@@ -21,10 +21,11 @@ std::string localTime() {
     struct tm date {};
     localtime_r(&now.tv_sec, &date);
     std::array<char, 64> second{};
-    std::strftime(second.data(), second.size(), "%Y-%m-%d %H:%M:%S", &date);
+    const std::size_t length =
+        std::strftime(second.data(), second.size(), "%Y-%m-%d %H:%M:%S", &date);
     std::string millisecond = std::to_string(now.tv_nsec / kNanosecondsAMillisecond);
     millisecond.insert(0, 3 - millisecond.size(), '0');
-    return std::string(second.data()) + "." + millisecond;
+    return std::string(second.data(), length) + "." + millisecond;
 }
 
 }  // namespace

@@ -160,7 +160,7 @@ bool isPrivateFolder(const std::string& path) {
 
 /// A folder below /tmp for this user and, where its name is taken, for this process.
 std::string sharedTemporaryFolder() {
-    const std::string usual = "/tmp/quillmark-" + std::to_string(geteuid());
+    std::string usual = "/tmp/quillmark-" + std::to_string(geteuid());
     if (mkdir(usual.c_str(), 0700) == 0 || isPrivateFolder(usual)) {
         return usual;
     }

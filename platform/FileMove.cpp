@@ -54,14 +54,36 @@ int renameToFreeName(const std::string& source, const std::string& folder,
     return errorNumber;
 }
 
-/// Removes the original after its verified copy stands at `copy`. What is left of an original that
-/// cannot be removed decides which of the two stays.
+/// What shows that an item was changed or replaced.
+struct Fingerprint {
+    FileIdentity identity;
+    std::int64_t size = 0;
+    std::int64_t seconds = 0;
+    std::int64_t nanoseconds = 0;
+    friend bool operator==(const Fingerprint&, const Fingerprint&) = default;
+};
+
+std::optional<Fingerprint> fingerprint(const std::string& path) {
+    struct stat status {};
+    if (lstat(path.c_str(), &status) != 0) {
+        return std::nullopt;
+    }
+    return Fingerprint{.identity = {.device = status.st_dev, .inode = status.st_ino},
+                       .size = status.st_size,
+                       .seconds = status.st_mtim.tv_sec,
+                       .nanoseconds = status.st_mtim.tv_nsec};
+}
+
+/// Removes the original after its verified copy came to stand at `copy`. An original that stays
+/// whole makes the copy superfluous; of a folder a part may be gone already, so that the copy
+/// stays.
 bool removeOriginal(const std::string& source, const std::string& copy, ErrorSlot& error) {
-    const bool wasFolder = isDirectory(source);
+    struct stat status {};
+    const bool isFolder = lstat(source.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
     if (removeItem(source, error)) {
         return true;
     }
-    if (!wasFolder && nodeExists(source)) {
+    if (!isFolder && nodeExists(source)) {
         ErrorSlot ignored;
         removeItem(copy, ignored);
     }
@@ -70,7 +92,7 @@ bool removeOriginal(const std::string& source, const std::string& copy, ErrorSlo
 
 bool moveAcrossVolumes(const std::string& source, const std::string& folder,
                        const NameForAttempt& names, ErrorSlot& error) {
-    const std::optional<FileIdentity> original = fileIdentity(source);
+    const std::optional<Fingerprint> original = fingerprint(source);
     const std::string temporary = joinPath(folder, temporaryName(lastComponent(source)));
     if (!transferItem(source, temporary, Verification::readBack, error)) {
         return false;
@@ -81,15 +103,15 @@ bool moveAcrossVolumes(const std::string& source, const std::string& folder,
     if (errorNumber == 0) {
         errorNumber = synchronizeFolder(folder);
     }
-    if (errorNumber == 0 && fileIdentity(source) != original) {
-        errorNumber = EBUSY;
-    }
-    if (errorNumber == 0) {
+    if (errorNumber == 0 && fingerprint(source) == original) {
         return removeOriginal(source, copy, error);
     }
     ErrorSlot ignored;
     removeItem(copy, ignored);
-    return failFile(error, source, "moved to " + placed, errorNumber);
+    const std::string verb = "moved to " + placed;
+    return errorNumber != 0
+               ? failFile(error, source, verb, errorNumber)
+               : failFileBecause(error, source, verb, EBUSY, "it was changed in the meantime");
 }
 
 }  // namespace

@@ -115,6 +115,11 @@ class Hub {
         }
     }
 
+    [[nodiscard]] bool isDown() {
+        const std::lock_guard lock(mutex_);
+        return down_;
+    }
+
   private:
     std::mutex mutex_;
     std::shared_ptr<MainThreadLoop> loop_;
@@ -178,6 +183,10 @@ bool MainThread::dispatchOne(std::chrono::milliseconds limit) {
 
 void MainThread::shutdown() {
     hub().setDown(true);
+}
+
+bool MainThread::isShutDown() {
+    return hub().isDown();
 }
 
 void MainThread::restart() {

@@ -54,6 +54,8 @@ class MainThread {
     /// Ends the waiting of every hand-over, now and from now on, so that quitting never waits for a
     /// thread that waits for the main thread.
     static void shutdown();
+    /// True from `shutdown` on, for loops that wait by themselves. Any thread.
+    [[nodiscard]] static bool isShutDown();
     /// Undoes `shutdown`, for tests.
     static void restart();
 };

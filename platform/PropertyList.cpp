@@ -20,7 +20,7 @@ namespace vornic::platform {
 namespace {
 
 constexpr std::string_view kBinaryMagic = "bplist00";
-constexpr std::size_t kLargestList = std::size_t{64} << 20U;
+constexpr std::size_t kLargestList = std::size_t{16} << 20U;
 /// Seconds from 1970 to 2001, where the library's dates begin.
 constexpr double kLibraryEpoch = 978307200;
 constexpr double kMicroseconds = 1e6;
@@ -98,7 +98,9 @@ PropertyList::Value dateFrom(void* node) {
     std::int32_t seconds = 0;
     std::int32_t microseconds = 0;
     plist_get_date_val(node, &seconds, &microseconds);
-    return PropertyList::Date{kLibraryEpoch + seconds + microseconds / kMicroseconds};
+    // The library cuts the seconds off towards 2001, on both sides of it.
+    const double fraction = microseconds / kMicroseconds;
+    return PropertyList::Date{kLibraryEpoch + seconds + (seconds < 0 ? -fraction : fraction)};
 }
 
 /// Nothing for what has no counterpart here (the identifiers of archived objects).
@@ -156,11 +158,21 @@ Node dateNode(double secondsSince1970) {
                                static_cast<std::int32_t>((seconds - whole) * kMicroseconds)));
 }
 
-struct NodeMaker {
-    Node operator()(const std::string& text) const { return Node(plist_new_string(text.c_str())); }
-    Node operator()(std::int64_t number) const {
+Node integerNode(std::int64_t number) {
+    if (number >= 0) {
         return Node(plist_new_uint(static_cast<std::uint64_t>(number)));
     }
+    // Releases of the library differ in how they make a negative number, but not in how they read
+    // it.
+    const std::string text = "<plist><integer>" + std::to_string(number) + "</integer></plist>";
+    plist_t node = nullptr;
+    plist_from_xml(text.data(), static_cast<std::uint32_t>(text.size()), &node);
+    return Node(node);
+}
+
+struct NodeMaker {
+    Node operator()(const std::string& text) const { return Node(plist_new_string(text.c_str())); }
+    Node operator()(std::int64_t number) const { return integerNode(number); }
     Node operator()(double number) const { return Node(plist_new_real(number)); }
     Node operator()(bool flag) const {
         return Node(plist_new_bool(static_cast<std::uint8_t>(flag ? 1 : 0)));

@@ -16,7 +16,9 @@ namespace vornic::platform {
 
 class PropertyList;
 
-/// A value of a property list. Strings are UTF-8; dates are seconds since 1970-01-01 UTC.
+/// A value of a property list. Strings are UTF-8; dates are seconds since 1970-01-01 UTC. Integers
+/// above the range of `std::int64_t` wrap around to negative ones. Written, a string or key ends
+/// before its first NUL byte, and a date keeps whole seconds between 1932 and 2069.
 class PropertyList {
   public:
     using Dictionary = std::map<std::string, PropertyList>;
@@ -52,8 +54,10 @@ class PropertyList {
 
     friend bool operator==(const PropertyList&, const PropertyList&) = default;
 
-    /// Parses XML or binary property list bytes, told apart by their first bytes.
-    /// @return nothing when they are neither.
+    /// Parses XML or binary property list bytes, told apart by their first bytes. Values of kinds
+    /// that have no place here (identifiers of archived objects) are left out.
+    /// @return nothing when they are neither, larger than 16 MB, nested more than 512 deep, or made
+    /// to take more memory or time than their size explains.
     [[nodiscard]] static std::optional<PropertyList> parse(std::string_view bytes);
     /// Reads a property list file (links followed). @return nothing, with the slot filled, when the
     /// file cannot be read or holds no property list.

@@ -14,27 +14,75 @@ constexpr std::size_t kDeepest = 512;
 
 // XML ---------------------------------------------------------------------------------------------
 
-/// The position after markup that no element can begin in, or `at` when none begins there.
-std::size_t skipOpaque(std::string_view bytes, std::size_t at) {
-    struct Section {
-        std::string_view begin;
-        std::string_view end;
-    };
-    constexpr std::array kSections{Section{"<!--", "-->"}, Section{"<![CDATA[", "]]>"},
-                                   Section{"<?", "?>"}};
-    for (const Section& section : kSections) {
-        if (bytes.substr(at).starts_with(section.begin)) {
-            const std::size_t end = bytes.find(section.end, at + section.begin.size());
-            return end == std::string_view::npos ? bytes.size() : end + section.end.size();
-        }
-    }
-    return at;
-}
+/// The library moves the rest of a text forward at each character reference, so that the time for a
+/// text is this product.
+constexpr std::uint64_t kMostReferenceMoves = std::uint64_t{1} << 32U;
 
-bool isContainerName(std::string_view tag) {
-    const std::string_view name = tag.substr(0, tag.find_first_of(" \t\r\n/>"));
-    return name == "dict" || name == "array" || name == "plist";
-}
+/// Follows the tags of an XML property list as the library takes them, which is looser than XML is.
+/// What could be taken in two ways is refused wherever it could hide a container.
+class XMLWalk {
+  public:
+    explicit XMLWalk(std::string_view bytes) : rest_(bytes) {}
+
+    [[nodiscard]] bool isHarmless() {
+        // The library compares names up to a NUL byte only.
+        bool harmless = rest_.find('\0') == std::string_view::npos;
+        while (harmless && passText()) {
+            harmless = passSection("<!--", "-->") || passSection("<![CDATA[", "]]>") || passTag();
+        }
+        return harmless && !slow_;
+    }
+
+  private:
+    /// Goes on to the next markup. @return false at the end.
+    bool passText() {
+        const std::size_t end = rest_.find('<');
+        if (end == std::string_view::npos) {
+            return false;
+        }
+        const auto text = rest_.substr(0, end);
+        const auto references =
+            static_cast<std::uint64_t>(std::count(text.begin(), text.end(), '&'));
+        slow_ = slow_ || references * text.size() > kMostReferenceMoves;
+        rest_.remove_prefix(end);
+        return true;
+    }
+
+    bool passSection(std::string_view beginning, std::string_view ending) {
+        if (!rest_.starts_with(beginning)) {
+            return false;
+        }
+        const std::size_t end = rest_.find(ending, beginning.size());
+        rest_.remove_prefix(end == std::string_view::npos ? rest_.size() : end + ending.size());
+        return true;
+    }
+
+    bool passTag() {
+        const std::size_t length = std::min(rest_.find('>'), rest_.size() - 1) + 1;
+        const std::string_view tag = rest_.substr(0, length);
+        rest_.remove_prefix(length);
+        const bool closes = tag.starts_with("</");
+        const std::string_view name = tag.substr(closes ? 2 : 1);
+        if (isContainer(name)) {
+            const bool empty = !closes && tag.ends_with("/>");
+            depth_ += closes || empty ? 0 : 1;
+            depth_ -= closes && depth_ > 0 ? 1 : 0;
+        }
+        // Quotes, declarations and instructions may go on past the first ">".
+        const bool unclear = tag.find_first_of("\"'") != std::string_view::npos ||
+                             tag.starts_with("<!") || tag.starts_with("<?");
+        return depth_ <= kDeepest && (depth_ == 0 || !unclear);
+    }
+
+    static bool isContainer(std::string_view tag) {
+        const std::string_view name = tag.substr(0, tag.find_first_of(" \t\r\n/>"));
+        return name == "dict" || name == "array";
+    }
+
+    std::string_view rest_;
+    std::size_t depth_ = 0;
+    bool slow_ = false;
+};
 
 // Binary ------------------------------------------------------------------------------------------
 
@@ -53,26 +101,33 @@ class BinaryWalk {
     [[nodiscard]] bool isHarmless();
 
   private:
-    struct Container {
+    /// An object as its marker describes it. A scalar has no references.
+    struct Description {
         std::size_t firstReference = 0;
         std::uint64_t references = 0;
+        /// About the memory that the object takes by itself when it is read.
+        std::uint64_t size = 0;
     };
-    /// What is known of an object: how many levels it has and how many values it unfolds to.
+    /// What is known of an object with all that it refers to: how many levels it has and how much
+    /// memory it takes, counted again for each reference, as the library makes them; 0: not seen.
     struct Extent {
-        std::uint32_t levels = 0;
-        std::uint64_t values = 0;
+        std::uint64_t levels = 0;
+        std::uint64_t size = 0;
         bool open = false;
     };
     struct Frame {
         std::uint64_t object = 0;
-        Container container;
+        Description description;
         std::uint64_t next = 0;
     };
 
     [[nodiscard]] bool readTrailer();
     [[nodiscard]] std::optional<std::uint64_t> offsetOf(std::uint64_t object) const;
-    /// The references of an object; none for a scalar. Nothing when it is broken.
-    [[nodiscard]] std::optional<Container> containerOf(std::uint64_t object) const;
+    /// Nothing when the object is broken.
+    [[nodiscard]] std::optional<Description> describe(std::uint64_t object) const;
+    /// @param position of what follows the marker, moved behind a count that stands there
+    [[nodiscard]] std::optional<std::uint64_t> readCount(unsigned inMarker,
+                                                         std::size_t& position) const;
     [[nodiscard]] bool enter(std::uint64_t object);
     [[nodiscard]] bool step();
 
@@ -114,76 +169,95 @@ std::optional<std::uint64_t> BinaryWalk::offsetOf(std::uint64_t object) const {
     return offset >= kHeaderSize && offset < table_ ? std::optional(offset) : std::nullopt;
 }
 
-std::optional<BinaryWalk::Container> BinaryWalk::containerOf(std::uint64_t object) const {
+std::optional<BinaryWalk::Description> BinaryWalk::describe(std::uint64_t object) const {
+    constexpr unsigned kData = 0x4;
+    constexpr unsigned kText = 0x5;
+    constexpr unsigned kWideText = 0x6;
+    constexpr unsigned kArray = 0xA;
+    constexpr unsigned kSet = 0xC;
+    constexpr unsigned kDictionary = 0xD;
+    /// What the library needs for a value of any kind.
+    constexpr std::uint64_t kNodeSize = 128;
     const std::optional<std::uint64_t> offset = offsetOf(object);
     if (!offset) {
         return std::nullopt;
     }
     const auto marker = static_cast<unsigned char>(bytes_[*offset]);
     const unsigned kind = marker >> 4U;
-    constexpr unsigned kArray = 0xA;
-    constexpr unsigned kSet = 0xC;
-    constexpr unsigned kDictionary = 0xD;
-    if (kind != kArray && kind != kSet && kind != kDictionary) {
-        return Container{};
+    if (kind < kData) {
+        return Description{.size = kNodeSize};
     }
-    std::uint64_t count = marker & 0xFU;
     std::size_t first = *offset + 1;
-    if (count == 0xFU) {
-        // The count follows as an integer object of its own.
-        if (first >= table_) {
-            return std::nullopt;
-        }
-        const std::size_t width = std::size_t{1}
-                                  << (static_cast<unsigned char>(bytes_[first]) & 0xFU);
-        if (width > 8 || first + 1 + width > table_) {
-            return std::nullopt;
-        }
-        count = bigEndian(bytes_.substr(first + 1, width));
-        first += 1 + width;
-    }
-    const std::uint64_t room = (table_ - first) / referenceSize_;
-    if (count > room) {
+    const std::optional<std::uint64_t> count = readCount(marker & 0xFU, first);
+    const std::uint64_t room = table_ - first;
+    if (!count || *count > room) {
         return std::nullopt;
     }
-    count *= kind == kDictionary ? 2U : 1U;
-    return count <= room ? std::optional(Container{first, count}) : std::nullopt;
+    if (kind == kData || kind == kText || kind == kWideText) {
+        const std::uint64_t width = kind == kWideText ? 3 : 1;
+        return Description{.size = kNodeSize + *count * width};
+    }
+    if (kind != kArray && kind != kSet && kind != kDictionary) {
+        return Description{.size = kNodeSize};
+    }
+    const std::uint64_t references = *count * (kind == kDictionary ? 2 : 1);
+    if (references > room / referenceSize_) {
+        return std::nullopt;
+    }
+    return Description{.firstReference = first, .references = references, .size = kNodeSize};
+}
+
+std::optional<std::uint64_t> BinaryWalk::readCount(unsigned inMarker, std::size_t& position) const {
+    constexpr unsigned kFollows = 0xF;
+    if (inMarker != kFollows) {
+        return inMarker;
+    }
+    // The count is an integer object of its own, whose marker gives its width.
+    if (position >= table_) {
+        return std::nullopt;
+    }
+    const unsigned exponent = static_cast<unsigned char>(bytes_[position]) & 0xFU;
+    const std::size_t width = exponent <= 3 ? std::size_t{1} << exponent : bytes_.size();
+    if (width > table_ - position - 1) {
+        return std::nullopt;
+    }
+    const std::uint64_t count = bigEndian(bytes_.substr(position + 1, width));
+    position += 1 + width;
+    return count;
 }
 
 bool BinaryWalk::enter(std::uint64_t object) {
-    const std::optional<Container> container = containerOf(object);
-    if (!container || extents_[object].open || path_.size() >= kDeepest) {
+    const std::optional<Description> description = describe(object);
+    if (!description || extents_[object].open || path_.size() >= kDeepest) {
         return false;
     }
-    extents_[object] = {.levels = 1, .values = 1, .open = true};
-    path_.push_back({.object = object, .container = *container});
+    extents_[object] = {.levels = 1, .size = description->size, .open = true};
+    path_.push_back({.object = object, .description = *description});
     return true;
 }
 
 /// Looks at the next reference of the innermost open object, or closes it.
 bool BinaryWalk::step() {
+    constexpr std::uint64_t kMostMemory = std::uint64_t{512} << 20U;
     Frame& frame = path_.back();
     Extent& extent = extents_[frame.object];
-    if (frame.next == frame.container.references) {
+    if (frame.next == frame.description.references) {
         extent.open = false;
         path_.pop_back();
         return true;
     }
     const std::uint64_t child = bigEndian(bytes_.substr(
-        frame.container.firstReference + frame.next * referenceSize_, referenceSize_));
+        frame.description.firstReference + frame.next * referenceSize_, referenceSize_));
     if (child >= objects_) {
         return false;
     }
-    if (extents_[child].values == 0 || extents_[child].open) {
+    if (extents_[child].size == 0 || extents_[child].open) {
         return enter(child);
     }
-    // Each value of a sound list has a byte of its own at least; some sharing is usual.
-    constexpr std::uint64_t kMostValuesAByte = 16;
     extent.levels = std::max(extent.levels, extents_[child].levels + 1);
-    extent.values += extents_[child].values;
+    extent.size += extents_[child].size;
     ++frame.next;
-    return extent.levels + path_.size() <= kDeepest + 1 &&
-           extent.values <= bytes_.size() * kMostValuesAByte;
+    return extent.levels <= kDeepest && extent.size <= kMostMemory;
 }
 
 bool BinaryWalk::isHarmless() {
@@ -201,25 +275,7 @@ bool BinaryWalk::isHarmless() {
 }  // namespace
 
 bool isHarmlessXML(std::string_view bytes) {
-    std::size_t depth = 0;
-    for (std::size_t at = bytes.find('<'); at != std::string_view::npos; at = bytes.find('<', at)) {
-        const std::size_t after = skipOpaque(bytes, at);
-        if (after != at) {
-            at = after;
-            continue;
-        }
-        const bool closes = bytes.substr(at + 1).starts_with('/');
-        const std::size_t end = std::min(bytes.find('>', at), bytes.size());
-        const bool empty = !closes && bytes[end - 1] == '/';
-        if (isContainerName(bytes.substr(at + (closes ? 2 : 1), end - at)) && !empty) {
-            depth = closes ? depth - std::min<std::size_t>(depth, 1) : depth + 1;
-        }
-        if (depth > kDeepest) {
-            return false;
-        }
-        at = end;
-    }
-    return true;
+    return XMLWalk(bytes).isHarmless();
 }
 
 bool isHarmlessBinary(std::string_view bytes) {

@@ -8,11 +8,13 @@
 /// found here.
 namespace vornic::platform {
 
-/// False when the containers of an XML property list are nested too deeply.
+/// False when the containers of an XML property list are nested more than 512 deep, when markup
+/// could hide such nesting, or when a text has so many character references that decoding it takes
+/// long.
 [[nodiscard]] bool isHarmlessXML(std::string_view bytes);
 
-/// False when a binary property list is broken, has a container within itself, is nested too
-/// deeply, or would unfold to far more values than it has bytes.
+/// False when a binary property list is broken, has a container within itself, is nested more than
+/// 512 deep, or would take more than 512 MB because its objects are referred to again and again.
 [[nodiscard]] bool isHarmlessBinary(std::string_view bytes);
 
 }  // namespace vornic::platform

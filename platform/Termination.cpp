@@ -19,15 +19,17 @@ struct Observers {
     std::map<std::size_t, WillTerminateObserver> byToken;
 };
 
+/// Never destroyed: a thread may still unregister while static objects go.
 Observers& observers() {
-    static Observers registered;
-    return registered;
+    static Observers* const registered = new Observers;  // NOLINT(cppcoreguidelines-owning-memory)
+    return *registered;
 }
 
 std::atomic<int> notedSignal{0};
 static_assert(std::atomic<int>::is_always_lock_free, "a signal handler writes it");
 
-/// Takes the observer that follows `token` out of the registry's hands for one call.
+/// The observer that was registered next after `token`, which moves on to it. Called without the
+/// lock, an observer may register and remove others.
 bool nextObserver(std::size_t& token, WillTerminateObserver& observer) {
     Observers& registered = observers();
     const std::lock_guard lock(registered.mutex);
@@ -48,7 +50,7 @@ void endBySignal(int number) {
     sigset_t own;
     sigemptyset(&own);
     sigaddset(&own, number);
-    raise(number);
+    static_cast<void>(raise(number));
     // Delivered here, for it is held back while its handler runs.
     pthread_sigmask(SIG_UNBLOCK, &own, nullptr);
 }

@@ -55,6 +55,22 @@ void noteEnd(Registry& threads, std::list<std::thread>::iterator self) {
     }
 }
 
+/// Makes ending threads wake the main thread while someone waits for them.
+class Joining {
+  public:
+    explicit Joining(Registry& threads) : threads_(threads) { count(1); }
+    ~Joining() { count(-1); }
+    Joining(const Joining&) = delete;
+    Joining& operator=(const Joining&) = delete;
+
+  private:
+    void count(int change) {
+        const std::lock_guard lock(threads_.mutex);
+        threads_.joiners += change;
+    }
+    Registry& threads_;
+};
+
 /// Waits a moment for a thread to end. @return true when none runs any more.
 bool waitForEnd(Registry& threads, std::chrono::milliseconds limit) {
     if (MainThread::isCurrent()) {
@@ -94,19 +110,12 @@ bool joinDetachedThreads(std::chrono::milliseconds limit) {
     constexpr std::chrono::milliseconds kStep{50};
     Registry& threads = registry();
     const auto deadline = std::chrono::steady_clock::now() + std::min(limit, kLongestWait);
-    {
-        const std::lock_guard lock(threads.mutex);
-        ++threads.joiners;
-    }
+    const Joining joining(threads);
     bool ended = waitForEnd(threads, std::chrono::milliseconds(0));
     while (!ended && std::chrono::steady_clock::now() < deadline) {
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
             deadline - std::chrono::steady_clock::now());
         ended = waitForEnd(threads, std::clamp(left, std::chrono::milliseconds(1), kStep));
-    }
-    {
-        const std::lock_guard lock(threads.mutex);
-        --threads.joiners;
     }
     joinFinished(threads);
     return ended;
