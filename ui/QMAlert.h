@@ -25,7 +25,8 @@ class AlertWindow {
 class AlertPanel {
   public:
     virtual ~AlertPanel() = default;
-    /// Shows a check box that reads and at once writes the boolean preference of the key.
+    /// Shows a check box that reads and at once writes the boolean preference of the key, by
+    /// `SuppressionPreference`.
     virtual void showSuppressionCheckBox(const std::string& preferenceKey) = 0;
     /// Shows the alert on the window, or free-standing when it is null, and returns at once.
     /// @param didEnd told the answer once, on the main thread: 1 default, 0 alternate, -1 other.
@@ -144,11 +145,15 @@ class QMAlert : public AlertDelegate, public std::enable_shared_from_this<QMAler
                                std::int64_t returnCode) override;
 
   private:
+    std::int64_t waitForAnswer();
+
     Window parentWindow_;
     // Null while the alert is its own delegate, so that it does not keep itself alive.
     std::shared_ptr<AlertDelegate> delegate_;
+    bool isOwnDelegate_ = false;
     std::atomic<bool> alertEnded_ = false;
     std::atomic<std::int64_t> returnCode_ = 0;
+    std::atomic<bool> isWaitedFor_ = false;
     std::shared_ptr<AlertPanel> alert_;
 };
 

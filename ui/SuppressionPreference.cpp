@@ -1,0 +1,37 @@
+#include "ui/SuppressionPreference.h"
+
+#include <optional>
+
+#include "foundation/QMLog.h"
+#include "foundation/Text.h"
+#include "platform/PropertyList.h"
+#include "platform/UserPreferences.h"
+
+namespace vornic {
+
+bool SuppressionPreference::isTicked() const {
+    const std::optional<platform::PropertyList> value = platform::UserPreferences().value(key_);
+    if (!value) {
+        return false;
+    }
+    if (const bool* boolean = value->boolean()) {
+        return *boolean;
+    }
+    if (const std::int64_t* integer = value->integer()) {
+        return *integer != 0;
+    }
+    const std::string* text = value->string();
+    return text != nullptr &&
+           (caseInsensitiveCompare(*text, "YES") == 0 ||
+            caseInsensitiveCompare(*text, "true") == 0 || integerValue(*text) != 0);
+}
+
+void SuppressionPreference::setTicked(bool ticked) const {
+    ErrorSlot error;
+    if (!platform::UserPreferences().setValue(key_, platform::PropertyList(ticked), error)) {
+        QMLog::appendLog("Unable to save preference %@. %@", key_,
+                         error ? error->localizedDescription() : std::string());
+    }
+}
+
+}  // namespace vornic
