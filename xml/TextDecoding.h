@@ -22,10 +22,10 @@ inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 ///     they are not UTF-8.
 [[nodiscard]] std::optional<std::string> textFromUTF8(std::string bytes, ErrorSlot& error);
 
-/// Turns the bytes of an XML file into UTF-8 text by the byte order mark, else by the pattern of the
-/// first bytes and the encoding declaration (XML 1.0 appendix F), else as UTF-8. Known encodings are
-/// UTF-8, US-ASCII, UTF-16 (either order), ISO-8859-1, windows-1252 and macintosh (Mac Roman), each
-/// under its usual names.
+/// Turns the bytes of an XML file into UTF-8 text by the byte order mark, else by the pattern of
+/// the first bytes and the encoding declaration (XML 1.0 appendix F), else as UTF-8. Known
+/// encodings are UTF-8, US-ASCII, UTF-16 (either order), ISO-8859-1, windows-1252 and macintosh
+/// (Mac Roman), each under its usual names.
 /// @return nothing, with the slot filled, for an unknown encoding or bytes that do not fit it.
 [[nodiscard]] std::optional<std::string> decodeXMLBytes(std::string bytes, ErrorSlot& error);
 

@@ -52,7 +52,8 @@ class XMLDocument {
     /// Evaluates an XPath 1.0 expression that yields nodes. The context carries all that is needed,
     /// so that no document object is; a context that is no node finds nothing.
     /// @return the nodes in document order without duplicates, none when nothing matches. An
-    ///     expression that cannot be compiled or yields no node set fills the slot and returns none.
+    ///     expression that cannot be compiled or yields no node set fills the slot and returns
+    ///     none.
     [[nodiscard]] static std::vector<XMLNode> nodesForXPath(std::string_view query, XMLNode context,
                                                             ErrorSlot& error);
     /// True when the expression finds at least one node; stops at the first. Errors count as no.

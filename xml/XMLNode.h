@@ -15,10 +15,10 @@ struct xml_attribute_struct;
 
 namespace vornic {
 
-/// A handle on a node of an `XMLDocument`: the document node itself, an element, an attribute, text,
-/// and so on. Handles are small values; they stay good while the document lives and the node is not
-/// removed from it. A default-made handle is no node, tests false, and every operation on it yields
-/// nothing. Operations never recurse on the depth of the tree.
+/// A handle on a node of an `XMLDocument`: the document node itself, an element, an attribute,
+/// text, and so on. Handles are small values; they stay good while the document lives and the node
+/// is not removed from it. A default-made handle is no node, tests false, and every operation on it
+/// yields nothing. Operations never recurse on the depth of the tree.
 class XMLNode {
   public:
     enum class Kind {
@@ -44,8 +44,8 @@ class XMLNode {
 
     /// The name of an element, attribute or processing instruction; "" for other nodes.
     [[nodiscard]] std::string_view name() const;
-    /// The string value as XPath 1.0 section 5 defines it: of an element or the document all text in
-    /// it, of an attribute its value, of other nodes their content.
+    /// The string value as XPath 1.0 section 5 defines it: of an element or the document all text
+    /// in it, of an attribute its value, of other nodes their content.
     [[nodiscard]] std::string stringValue() const;
 
     /// The parent; of an attribute the element that carries it; of the root element the document.
@@ -62,7 +62,8 @@ class XMLNode {
     /// Sets an attribute of an element, making it when it is missing; one that is there keeps its
     /// place among the others.
     void setAttribute(std::string_view name, std::string_view value) const;
-    /// Adds an attribute only when the element has none of the name. @return true when it was added.
+    /// Adds an attribute only when the element has none of the name. @return true when it was
+    /// added.
     bool addAttribute(std::string_view name, std::string_view value) const;
 
   private:

@@ -59,6 +59,9 @@ struct XMLReading {
     /// The offsets, ascending, of the names of elements written as a start tag that an end tag
     /// follows at once (`<name></name>`), in the text with the edits applied.
     std::vector<std::size_t> emptyPairs;
+    /// The offsets, ascending, of pieces of text that are white space only once their character
+    /// references are replaced (`&#32;`), in the text with the edits applied.
+    std::vector<std::size_t> referencedBlanks;
 };
 
 /// Receives what `readXML` reads, in the order of the text. Views live during the call only; names,
@@ -83,9 +86,9 @@ class XMLReaderEvents {
 /// document type declaration are refused in both modes, and a reference to a general entity that is
 /// not one of the five predefined ones is a fault. Nothing outside the text is ever read.
 ///
-/// The text is UTF-8; bytes that are not are a fault (in tolerant mode too). An encoding declaration
-/// is checked for its form and otherwise ignored. Time is linear in the length; memory grows with
-/// the depth of the elements that are open and the number of mends, never on the stack.
+/// The text is UTF-8; bytes that are not are a fault (in tolerant mode too). An encoding
+/// declaration is checked for its form and otherwise ignored. Time is linear in the length; memory
+/// grows with the depth of the elements that are open and the number of mends, never on the stack.
 ///
 /// @param events told of everything read before the fault, or null. In tolerant mode with edits the
 ///     views show the text as it stands, not as mended.

@@ -1,0 +1,100 @@
+#include "xml/ForbiddenCharacters.h"
+
+#include "xml/XMLCharacters.h"
+
+namespace vornic {
+
+namespace {
+
+using xmlchars::is;
+
+// U+FFFE and U+FFFF are the only forbidden characters above the control characters.
+bool isNonCharacter(const char* at, const char* end) {
+    return end - at >= 3 && at[0] == '\xEF' && at[1] == '\xBF' &&
+           (at[2] == '\xBE' || at[2] == '\xBF');
+}
+
+// The length of the forbidden character at `at`, or 0 when the one there is allowed.
+std::size_t forbiddenLength(const char* at, const char* end) {
+    const auto byte = static_cast<unsigned char>(*at);
+    if (byte < 0x20) {
+        return is(*at, xmlchars::kSpace) ? 0 : 1;
+    }
+    return byte == 0xEF && isNonCharacter(at, end) ? 3 : 0;
+}
+
+const char* findForbidden(const char* at, const char* end) {
+    while (at != end && forbiddenLength(at, end) == 0) {
+        ++at;
+    }
+    return at;
+}
+
+const char* afterForbidden(const char* at, const char* end) {
+    while (at != end && forbiddenLength(at, end) != 0) {
+        at += forbiddenLength(at, end);
+    }
+    return at;
+}
+
+}  // namespace
+
+std::size_t ForbiddenCharacters::runsIn(std::string_view text) {
+    const char* const end = text.data() + text.size();
+    std::size_t runs = 0;
+    const char* at = findForbidden(text.data(), end);
+    while (at != end) {
+        ++runs;
+        at = findForbidden(afterForbidden(at, end), end);
+    }
+    return runs;
+}
+
+ForbiddenCharacters::ForbiddenCharacters(std::string_view text) {
+    const char* const begin = text.data();
+    const char* const end = begin + text.size();
+    remaining_.reserve(text.size());
+    for (const char* at = begin; at != end;) {
+        const char* const forbidden = findForbidden(at, end);
+        remaining_.append(at, forbidden);
+        at = forbidden;
+        while (at != end && forbiddenLength(at, end) != 0) {
+            at += forbiddenLength(at, end);
+            ++count_;
+        }
+        if (at != forbidden) {
+            runs_.push_back({static_cast<std::size_t>(forbidden - begin),
+                             static_cast<std::size_t>(at - forbidden),
+                             {}});
+        }
+    }
+}
+
+std::size_t ForbiddenCharacters::OffsetMap::original(std::size_t remainingOffset) {
+    while (next_ < runs_.size() && runs_[next_].offset <= remainingOffset + removed_) {
+        removed_ += runs_[next_].length;
+        ++next_;
+    }
+    return remainingOffset + removed_;
+}
+
+std::vector<XMLEdit> ForbiddenCharacters::editsOfOriginal(const std::vector<XMLEdit>& edits) const {
+    std::vector<XMLEdit> result;
+    result.reserve(runs_.size() + edits.size());
+    OffsetMap map(*this);
+    std::size_t nextRun = 0;
+    for (const XMLEdit& edit : edits) {
+        const std::size_t start = map.original(edit.offset);
+        result.insert(result.end(), runs_.begin() + static_cast<std::ptrdiff_t>(nextRun),
+                      runs_.begin() + static_cast<std::ptrdiff_t>(map.next_));
+        // An edit that takes out text takes out the runs inside it, too.
+        const std::size_t last =
+            edit.length == 0 ? start : map.original(edit.offset + edit.length - 1) + 1;
+        nextRun = map.next_;
+        result.push_back({start, last - start, edit.replacement});
+    }
+    result.insert(result.end(), runs_.begin() + static_cast<std::ptrdiff_t>(nextRun), runs_.end());
+    return result;
+}
+
+}  // namespace vornic

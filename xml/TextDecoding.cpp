@@ -1,0 +1,272 @@
+#include "xml/TextDecoding.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+
+#include <iconv.h>
+
+#include "xml/TextPlace.h"
+#include "xml/XMLCharacters.h"
+#include "xml/XMLErrorCode.h"
+
+namespace vornic {
+
+namespace {
+
+constexpr std::uint64_t kHighBits = 0x8080808080808080ULL;
+
+Error encodingError(XMLErrorCode code, std::string description) {
+    return {std::string(kXMLErrorDomain), static_cast<int>(code), std::move(description)};
+}
+
+// An encoding under one of its names, lower-cased, and under the name that iconv knows.
+struct EncodingName {
+    std::string_view name;
+    const char* converter;
+};
+
+constexpr const char* kUTF8 = "UTF-8";
+constexpr const char* kUTF16 = "UTF-16";
+constexpr const char* kUTF16LittleEndian = "UTF-16LE";
+constexpr const char* kUTF16BigEndian = "UTF-16BE";
+constexpr const char* kASCII = "ASCII";
+
+constexpr std::array<EncodingName, 26> kEncodings = {{
+    {"utf-8", kUTF8},
+    {"utf8", kUTF8},
+    {"us-ascii", kASCII},
+    {"ascii", kASCII},
+    {"iso646-us", kASCII},
+    {"utf-16", kUTF16},
+    {"utf16", kUTF16},
+    {"utf-16le", kUTF16LittleEndian},
+    {"utf-16be", kUTF16BigEndian},
+    {"iso-10646-ucs-2", kUTF16},
+    {"ucs-2", kUTF16},
+    {"iso-8859-1", "ISO-8859-1"},
+    {"iso8859-1", "ISO-8859-1"},
+    {"iso_8859-1", "ISO-8859-1"},
+    {"latin1", "ISO-8859-1"},
+    {"latin-1", "ISO-8859-1"},
+    {"l1", "ISO-8859-1"},
+    {"windows-1252", "CP1252"},
+    {"cp1252", "CP1252"},
+    {"cp-1252", "CP1252"},
+    {"macintosh", "MACINTOSH"},
+    {"mac", "MACINTOSH"},
+    {"macroman", "MACINTOSH"},
+    {"mac-roman", "MACINTOSH"},
+    {"x-mac-roman", "MACINTOSH"},
+    {"x-macroman", "MACINTOSH"},
+}};
+
+const char* converterFor(std::string_view name) {
+    std::string lowered(name);
+    std::transform(lowered.begin(), lowered.end(), lowered.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    const auto found =
+        std::find_if(kEncodings.begin(), kEncodings.end(),
+                     [&lowered](const EncodingName& encoding) { return encoding.name == lowered; });
+    return found == kEncodings.end() ? nullptr : found->converter;
+}
+
+// The encoding that the XML declaration names, or "" when it names none.
+std::string_view declaredEncoding(std::string_view bytes) {
+    constexpr std::string_view kKeyword = "encoding";
+    if (!bytes.starts_with("<?xml")) {
+        return {};
+    }
+    const std::string_view declaration = bytes.substr(0, bytes.find('>'));
+    const std::size_t keyword = declaration.find(kKeyword);
+    if (keyword == std::string_view::npos) {
+        return {};
+    }
+    const std::size_t opening =
+        declaration.find_first_not_of(" \t\r\n=", keyword + kKeyword.size());
+    if (opening == std::string_view::npos ||
+        (declaration[opening] != '"' && declaration[opening] != '\'')) {
+        return {};
+    }
+    const std::size_t closing = declaration.find(declaration[opening], opening + 1);
+    return closing == std::string_view::npos
+               ? std::string_view()
+               : declaration.substr(opening + 1, closing - opening - 1);
+}
+
+// A converter that is closed again.
+class Converter {
+  public:
+    explicit Converter(const char* from) : handle_(iconv_open(kUTF8, from)) {}
+    ~Converter() {
+        if (isOpen()) {
+            iconv_close(handle_);
+        }
+    }
+    Converter(const Converter&) = delete;
+    Converter& operator=(const Converter&) = delete;
+
+    [[nodiscard]] bool isOpen() const {
+        return handle_ != reinterpret_cast<iconv_t>(-1);  // NOLINT(performance-no-int-to-ptr)
+    }
+
+    /// Converts all bytes. @return how many of them could be converted.
+    std::size_t convert(std::string& bytes, std::size_t offset, std::string& text) {
+        std::array<char, 65536> buffer{};
+        char* in = bytes.data() + offset;
+        std::size_t left = bytes.size() - offset;
+        while (left != 0) {
+            char* out = buffer.data();
+            std::size_t space = buffer.size();
+            const std::size_t result = iconv(handle_, &in, &left, &out, &space);
+            text.append(buffer.data(), buffer.size() - space);
+            if (result == static_cast<std::size_t>(-1) && errno != E2BIG) {
+                break;
+            }
+        }
+        return bytes.size() - left;
+    }
+
+  private:
+    iconv_t handle_;
+};
+
+std::optional<std::string> convert(std::string bytes, std::size_t offset, const char* converter,
+                                   ErrorSlot& error) {
+    Converter conversion(converter);
+    if (!conversion.isOpen()) {
+        error = encodingError(XMLErrorCode::unknownEncoding,
+                              "The file's encoding, " + std::string(converter) +
+                                  ", is not supported on this system.");
+        return std::nullopt;
+    }
+    std::string text;
+    text.reserve(bytes.size());
+    const std::size_t converted = conversion.convert(bytes, offset, text);
+    if (converted == bytes.size()) {
+        return text;
+    }
+    TextPlace place(text);
+    place.moveTo(text.size());
+    error = encodingError(
+        XMLErrorCode::undecodableBytes,
+        sentenceWithPlace(place.line(), place.column(),
+                          "the bytes here (at offset " + std::to_string(converted) +
+                              ") do not belong to the file's encoding, " + converter + "."));
+    error->line = place.line();
+    error->column = place.column();
+    return std::nullopt;
+}
+
+// What the first bytes tell about the encoding.
+struct Signature {
+    std::string_view bytes;
+    const char* converter;
+    bool isMark;
+};
+
+// Longer signatures before those that they begin with. UTF-32 and EBCDIC are named to be refused.
+constexpr std::array<Signature, 11> kSignatures = {{
+    {std::string_view("\x00\x00\xFE\xFF", 4), "UTF-32", true},
+    {std::string_view("\xFF\xFE\x00\x00", 4), "UTF-32", true},
+    {kByteOrderMark, kUTF8, true},
+    {"\xFE\xFF", kUTF16BigEndian, true},
+    {"\xFF\xFE", kUTF16LittleEndian, true},
+    {std::string_view("\x00\x00\x00\x3C", 4), "UTF-32", false},
+    {std::string_view("\x3C\x00\x00\x00", 4), "UTF-32", false},
+    {std::string_view("\x00\x3C\x00", 3), kUTF16BigEndian, false},
+    {std::string_view("\x3C\x00", 2), kUTF16LittleEndian, false},
+    {std::string_view("\x00\x3C", 2), kUTF16BigEndian, false},
+    {"\x4C\x6F\xA7\x94", "EBCDIC", false},
+}};
+
+std::optional<std::string> unsupported(std::string_view name, ErrorSlot& error) {
+    error = encodingError(XMLErrorCode::unknownEncoding,
+                          "The file's encoding, " + excerpt(name) + ", is not supported.");
+    return std::nullopt;
+}
+
+std::optional<std::string> decodeDeclared(std::string bytes, ErrorSlot& error) {
+    const std::string name(declaredEncoding(bytes));
+    if (name.empty()) {
+        return textFromUTF8(std::move(bytes), error);
+    }
+    const char* const converter = converterFor(name);
+    if (converter == nullptr) {
+        return unsupported(firstInvalidUTF8(name) ? "unreadable" : name, error);
+    }
+    // A declaration that can be read byte by byte is not UTF-16, whatever it says.
+    const std::string_view encoding = converter;
+    if (encoding == kUTF8 || encoding.starts_with(kUTF16)) {
+        return textFromUTF8(std::move(bytes), error);
+    }
+    return convert(std::move(bytes), 0, converter, error);
+}
+
+}  // namespace
+
+std::optional<std::size_t> firstInvalidUTF8(std::string_view bytes) {
+    const char* const begin = bytes.data();
+    const char* const end = begin + bytes.size();
+    const char* at = begin;
+    while (at != end) {
+        while (end - at >= 8) {
+            std::uint64_t block = 0;
+            std::memcpy(&block, at, sizeof block);
+            if ((block & kHighBits) != 0) {
+                break;
+            }
+            at += 8;
+        }
+        while (at != end && xmlchars::isASCII(*at)) {
+            ++at;
+        }
+        while (at != end && !xmlchars::isASCII(*at)) {
+            const std::size_t length = xmlchars::decode(at, end).length;
+            if (length == 0) {
+                return static_cast<std::size_t>(at - begin);
+            }
+            at += length;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> textFromUTF8(std::string bytes, ErrorSlot& error) {
+    const std::size_t markLength = bytes.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+    if (const std::optional<std::size_t> invalid = firstInvalidUTF8(bytes)) {
+        TextPlace place(std::string_view(bytes).substr(markLength));
+        place.moveTo(*invalid - markLength);
+        error = Error{std::string(kTextErrorDomain), static_cast<int>(XMLErrorCode::invalidUTF8),
+                      sentenceWithPlace(place.line(), place.column(),
+                                        "the bytes here (at offset " + std::to_string(*invalid) +
+                                            ") are not UTF-8 text."),
+                      place.line(), place.column()};
+        return std::nullopt;
+    }
+    bytes.erase(0, markLength);
+    return bytes;
+}
+
+std::optional<std::string> decodeXMLBytes(std::string bytes, ErrorSlot& error) {
+    const auto signature = std::find_if(
+        kSignatures.begin(), kSignatures.end(),
+        [&bytes](const Signature& candidate) { return bytes.starts_with(candidate.bytes); });
+    if (signature == kSignatures.end()) {
+        return decodeDeclared(std::move(bytes), error);
+    }
+    const std::string_view encoding = signature->converter;
+    if (encoding == kUTF8) {
+        return textFromUTF8(std::move(bytes), error);
+    }
+    if (!encoding.starts_with(kUTF16)) {
+        return unsupported(encoding, error);
+    }
+    const std::size_t offset = signature->isMark ? signature->bytes.size() : 0;
+    return convert(std::move(bytes), offset, signature->converter, error);
+}
+
+}  // namespace vornic

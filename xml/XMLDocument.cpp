@@ -1,0 +1,196 @@
+#include "xml/XMLDocument.h"
+
+#include <pugixml.hpp>
+
+#include "platform/FileSystem.h"
+#include "xml/TextDecoding.h"
+#include "xml/XMLErrorCode.h"
+#include "xml/XMLTree.h"
+#include "xml/XMLWriter.h"
+
+namespace vornic {
+
+struct XMLDocument::State {
+    // The tree's names and values lie in the text, which therefore stays where it is.
+    std::string text;
+    pugi::xml_document tree;
+    std::vector<XMLMend> mends;
+    std::vector<std::size_t> emptyPairs;
+};
+
+namespace {
+
+Error xmlError(XMLErrorCode code, std::string description) {
+    return {std::string(kXMLErrorDomain), static_cast<int>(code), std::move(description)};
+}
+
+pugi::xml_node documentTypeOf(const pugi::xml_document& tree) {
+    for (const pugi::xml_node& node : tree.children()) {
+        if (node.type() == pugi::node_doctype) {
+            return node;
+        }
+    }
+    return {};
+}
+
+pugi::xpath_node contextOf(pugi::xml_node_struct* node, pugi::xml_attribute_struct* attribute) {
+    return attribute == nullptr
+               ? pugi::xpath_node(pugi::xml_node(node))
+               : pugi::xpath_node(pugi::xml_attribute(attribute), pugi::xml_node(node));
+}
+
+// Lets pugixml build the tree in the text itself, beginning at `offset`.
+bool buildTree(pugi::xml_document& tree, std::string& text, std::size_t offset,
+               const XMLReading& reading) {
+    const unsigned blanks =
+        reading.hasMixedContent ? pugi::parse_ws_pcdata : pugi::parse_ws_pcdata_single;
+    const pugi::xml_parse_result result = tree.load_buffer_inplace(
+        text.data() + offset, text.size() - offset, pugi::parse_full | blanks, pugi::encoding_utf8);
+    if (!result) {
+        return false;
+    }
+    if (reading.hasMixedContent) {
+        xmltree::removeBlanksBetweenNodes(tree, reading.referencedBlanks);
+    }
+    return true;
+}
+
+}  // namespace
+
+XMLDocument::XMLDocument(std::unique_ptr<State> state) : state_(std::move(state)) {}
+
+XMLDocument::~XMLDocument() = default;
+
+std::unique_ptr<XMLDocument> XMLDocument::parse(std::string text, XMLMode mode, ErrorSlot& error) {
+    auto state = std::make_unique<State>();
+    state->text = std::move(text);
+    std::size_t offset = state->text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+    XMLReading reading = readXML(std::string_view(state->text).substr(offset), mode);
+    if (reading.fault) {
+        error = std::move(reading.fault);
+        return nullptr;
+    }
+    if (!reading.edits.empty()) {
+        state->text = applyXMLEdits(std::string_view(state->text).substr(offset), reading.edits);
+        offset = 0;
+    }
+    state->mends = std::move(reading.mends);
+    state->emptyPairs = std::move(reading.emptyPairs);
+    if (!buildTree(state->tree, state->text, offset, reading)) {
+        error = xmlError(XMLErrorCode::treeNotBuilt, "The file could not be loaded into memory.");
+        return nullptr;
+    }
+    return std::unique_ptr<XMLDocument>(new XMLDocument(std::move(state)));
+}
+
+std::unique_ptr<XMLDocument> XMLDocument::load(const std::string& path, XMLMode mode,
+                                               ErrorSlot& error) {
+    std::optional<std::string> bytes = platform::readFile(path, error);
+    if (!bytes) {
+        return nullptr;
+    }
+    std::optional<std::string> text = decodeXMLBytes(std::move(*bytes), error);
+    return text ? parse(std::move(*text), mode, error) : nullptr;
+}
+
+const std::vector<XMLMend>& XMLDocument::mends() const {
+    return state_->mends;
+}
+
+XMLNode XMLDocument::documentNode() const {
+    return XMLNode(state_->tree.internal_object());
+}
+
+XMLNode XMLDocument::rootElement() const {
+    return XMLNode(state_->tree.document_element().internal_object());
+}
+
+std::optional<std::string> XMLDocument::documentTypeName() const {
+    const pugi::xml_node type = documentTypeOf(state_->tree);
+    if (!type) {
+        return std::nullopt;
+    }
+    const std::string_view declaration = type.value();
+    return std::string(declaration.substr(0, declaration.find_first_of(" \t\r\n[")));
+}
+
+void XMLDocument::setDocumentType(std::string_view name) {
+    pugi::xml_node type = documentTypeOf(state_->tree);
+    if (!type) {
+        type =
+            state_->tree.insert_child_before(pugi::node_doctype, state_->tree.document_element());
+    }
+    type.set_value(name.data(), name.size());
+}
+
+std::vector<XMLNode> XMLDocument::nodesForXPath(std::string_view query, XMLNode context,
+                                                ErrorSlot& error) {
+    std::vector<XMLNode> result;
+    if (!context) {
+        return result;
+    }
+    try {
+        const pugi::xpath_query compiled(std::string(query).c_str());
+        pugi::xpath_node_set nodes =
+            compiled.evaluate_node_set(contextOf(context.node_, context.attribute_));
+        nodes.sort();
+        result.reserve(nodes.size());
+        for (const pugi::xpath_node& node : nodes) {
+            result.push_back(node.attribute() ? XMLNode(node.parent().internal_object(),
+                                                        node.attribute().internal_object())
+                                              : XMLNode(node.node().internal_object()));
+        }
+    } catch (const pugi::xpath_exception& exception) {
+        error = xmlError(XMLErrorCode::malformedQuery,
+                         std::string("The query is not valid: ") + exception.what() + ".");
+    }
+    return result;
+}
+
+bool XMLDocument::hasNodeForXPath(std::string_view query, XMLNode context) {
+    if (!context) {
+        return false;
+    }
+    try {
+        const pugi::xpath_query compiled(std::string(query).c_str());
+        return static_cast<bool>(
+            compiled.evaluate_node(contextOf(context.node_, context.attribute_)));
+    } catch (const pugi::xpath_exception&) {
+        return false;
+    }
+}
+
+void XMLDocument::removeNode(XMLNode node) {
+    if (node.attribute_ != nullptr) {
+        pugi::xml_node(node.node_).remove_attribute(pugi::xml_attribute(node.attribute_));
+    } else {
+        xmltree::remove(pugi::xml_node(node.node_));
+    }
+}
+
+void XMLDocument::removeNodes(const std::vector<XMLNode>& nodes) {
+    std::vector<pugi::xml_node> found;
+    for (const XMLNode& node : nodes) {
+        if (node.attribute_ != nullptr) {
+            removeNode(node);
+        } else {
+            found.emplace_back(node.node_);
+        }
+    }
+    xmltree::removeAll(found);
+}
+
+bool XMLDocument::serialize(const XMLSink& sink) const {
+    return XMLWriter(sink, state_->emptyPairs).write(state_->tree);
+}
+
+std::string XMLDocument::xmlString() const {
+    std::string result;
+    serialize([&result](std::string_view piece) {
+        result += piece;
+        return true;
+    });
+    return result;
+}
+
+}  // namespace vornic

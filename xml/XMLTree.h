@@ -1,0 +1,43 @@
+#ifndef VORNIC_XML_XML_TREE_H
+#define VORNIC_XML_XML_TREE_H
+
+#include <cstddef>
+#include <vector>
+
+#include <pugixml.hpp>
+
+/// Walks over the nodes of a pugixml tree and changes to it, none of which recurse on its depth.
+namespace vornic::xmltree {
+
+/// True for text and CDATA sections.
+[[nodiscard]] inline bool isText(pugi::xml_node node) {
+    const pugi::xml_node_type type = node.type();
+    return type == pugi::node_pcdata || type == pugi::node_cdata;
+}
+
+/// The node that follows in document order inside the tree below `top`, or null after the last.
+[[nodiscard]] pugi::xml_node nextInside(pugi::xml_node node, pugi::xml_node top);
+/// The same, passing over what is below `node`.
+[[nodiscard]] pugi::xml_node nextPast(pugi::xml_node node, pugi::xml_node top);
+
+/// True when white space inside the element has a meaning: it has an attribute
+/// xml:space="preserve".
+[[nodiscard]] bool preservesSpace(pugi::xml_node element);
+
+/// Removes a node with everything below it.
+void remove(pugi::xml_node node);
+
+/// Removes the nodes of a list in any order, in which some may lie inside others or come twice.
+void removeAll(const std::vector<pugi::xml_node>& nodes);
+
+/// Removes the white space between the children of elements that hold nothing but white space,
+/// elements, comments and processing instructions; where there is other text, and in everything
+/// below, white space stays. White space that is an element's only content stays, too.
+/// @param referencedBlanks offsets, ascending, of white space that was written as character
+///     references and counts as other text.
+void removeBlanksBetweenNodes(pugi::xml_node document,
+                              const std::vector<std::size_t>& referencedBlanks);
+
+}  // namespace vornic::xmltree
+
+#endif
