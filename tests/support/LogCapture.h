@@ -18,7 +18,7 @@ class LogCapture {
     enum class Printing { off, on };
 
     explicit LogCapture(Printing printing = Printing::off) {
-        QMLog::createNewLog("", printing == Printing::off);
+        QMLog::createNewLog("Vornic", printing == Printing::off);
     }
 
     /// The texts of the entries after the header, in order.
