@@ -1,0 +1,78 @@
+#include "bench/Contest.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+
+#include "bench/MeasuredProcess.h"
+
+namespace vornic::bench {
+
+namespace {
+
+struct Figures {
+    std::vector<double> seconds;
+    std::vector<double> megabytes;
+};
+
+double median(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+bool runOnce(const Contender& contender, const std::string& outputPath, Figures* figures) {
+    contender.prepare();
+    const MeasuredProcess process = runMeasured(contender.arguments, outputPath);
+    std::string fault = contender.fault(outputPath);
+    if (process.status != 0) {
+        fault = "it ended with status " + std::to_string(process.status);
+    }
+    if (!fault.empty()) {
+        std::printf("%s did not do its work: %s\n", contender.arguments[0].c_str(), fault.c_str());
+        return false;
+    }
+    if (figures != nullptr) {
+        figures->seconds.push_back(process.seconds);
+        figures->megabytes.push_back(process.peakMegabytes);
+    }
+    return true;
+}
+
+const char* verdict(bool reached) {
+    return reached ? "ok" : "MISSED";
+}
+
+}  // namespace
+
+void printContestHeading() {
+    std::printf("%-34s %9s %9s %6s %6s  %-6s %9s %9s\n", "", "ours", "rival", "ratio", "target", "",
+                "ours", "rival");
+}
+
+bool runContest(const Contest& contest, const std::string& outputPath) {
+    Figures ours;
+    Figures rival;
+    bool good =
+        runOnce(contest.ours, outputPath, nullptr) && runOnce(contest.rival, outputPath, nullptr);
+    for (int run = 0; run < contest.runs && good; ++run) {
+        good =
+            runOnce(contest.ours, outputPath, &ours) && runOnce(contest.rival, outputPath, &rival);
+    }
+    if (!good) {
+        return false;
+    }
+    constexpr double kMilliseconds = 1000;
+    const double ratio = median(ours.seconds) / median(rival.seconds);
+    const bool fastEnough = ratio <= contest.timeTarget;
+    const bool smallEnough = median(ours.megabytes) <= median(rival.megabytes);
+    std::printf("%-34s %6.1f ms %6.1f ms %6.2f %6.2f  %-6s %6.1f MB %6.1f MB  %s\n",
+                contest.name.c_str(), median(ours.seconds) * kMilliseconds,
+                median(rival.seconds) * kMilliseconds, ratio, contest.timeTarget,
+                verdict(fastEnough), median(ours.megabytes), median(rival.megabytes),
+                contest.hasMemoryTarget ? verdict(smallEnough) : "");
+    std::fflush(stdout);
+    return fastEnough && (smallEnough || !contest.hasMemoryTarget);
+}
+
+}  // namespace vornic::bench

@@ -1,0 +1,42 @@
+#ifndef VORNIC_BENCH_CONTEST_H
+#define VORNIC_BENCH_CONTEST_H
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace vornic::bench {
+
+/// One side of a contest: a program run with what has to be put in order before each run and looked
+/// at after it. Neither is part of what is measured.
+struct Contender {
+    std::vector<std::string> arguments;
+    std::function<void()> prepare;
+    /// Says why the run did not do its work, given what the program printed; "" when it did.
+    std::function<std::string(const std::string& outputPath)> fault;
+};
+
+/// Two contenders that are run in turn, and what the first is to reach.
+struct Contest {
+    std::string name;
+    Contender ours;
+    Contender rival;
+    /// The median time of ours is to be at most this many times the rival's.
+    double timeTarget = 1;
+    /// True when the median peak memory of ours is to be no higher than the rival's.
+    bool hasMemoryTarget = false;
+    int runs = 5;
+};
+
+/// Prints the heading of the table that `runContest` prints rows of.
+void printContestHeading();
+
+/// Runs each side once for nothing and then `runs` times in turn, and prints a row with the
+/// medians.
+/// @param outputPath a file for what the programs print.
+/// @return true when every target was reached and every run did its work.
+bool runContest(const Contest& contest, const std::string& outputPath);
+
+}  // namespace vornic::bench
+
+#endif

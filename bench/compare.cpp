@@ -1,0 +1,182 @@
+// Measures the programs as whole processes against xmllint, and against themselves on other input.
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/utsname.h>
+#include <unistd.h>
+
+#include "bench/Contest.h"
+#include "bench/SampleProject.h"
+
+namespace vornic::bench {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kMegabyte = 1000 * 1000;
+constexpr int kManyRuns = 101;
+constexpr int kWrongUsage = 2;
+
+std::string firstBytes(const std::string& path) {
+    constexpr std::size_t kEnough = 400;
+    std::ifstream stream(path, std::ios::binary);
+    std::string bytes(kEnough, '\0');
+    stream.read(bytes.data(), static_cast<std::streamsize>(kEnough));
+    bytes.resize(static_cast<std::size_t>(stream.gcount()));
+    return bytes;
+}
+
+// What was written before is on the disk, so that its writing does not fall into a measured run.
+void settle(const std::string& path) {
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file >= 0) {
+        fsync(file);
+        close(file);
+    }
+}
+
+class Comparison {
+  public:
+    Comparison(std::string programs, std::string folder)
+        : programs_(std::move(programs)), folder_(std::move(folder)) {
+        const std::string home = folder_ + "/home";
+        fs::create_directories(home);
+        setenv("HOME", home.c_str(), 1);
+        for (const char* variable : {"XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"}) {
+            unsetenv(variable);
+        }
+    }
+
+    bool run() {
+        printContestHeading();
+        for (const auto& [megabytes, runs] : {std::pair{1, 21}, {10, 11}, {50, 5}, {200, 5}}) {
+            const std::string size = std::to_string(megabytes) + " MB";
+            const std::string file = make(size, {.bytes = megabytes * kMegabyte});
+            compare(
+                {"repair a sound file, " + size, repairSound(file), format(file), 0.6, true, runs});
+            compare({"convert 5 to 4, " + size, convert(file, 4), format(file), 0.4, false, runs});
+        }
+        const std::string version4 =
+            make("50 MB, version 4", {.bytes = 50 * kMegabyte, .version = 4});
+        compare({"repair, 50 MB, version 4", repairSound(version4), format(version4), 0.6, true});
+        const std::string small = make("3 KB", {.bytes = 1000, .version = 4});
+        compare(
+            {"repair a sound file, 3 KB", repairSound(small), format(small), 1, false, kManyRuns});
+        compare({"convert 4 to 5, 3 KB", convert(small, 5), format(small), 1, false, kManyRuns});
+        const std::string sound = path("50 MB");
+        const std::string damaged =
+            make("50 MB, damaged", {.bytes = 50 * kMegabyte, .forbiddenEvery = 1000});
+        compare({"50 MB: damaged / sound", repairDamaged(damaged), repairSound(sound), 2, false});
+        compare({"repair: 200 MB / 50 MB", repairSound(path("200 MB")), repairSound(sound), 4.4,
+                 false});
+        return allReached_;
+    }
+
+  private:
+    [[nodiscard]] std::string path(const std::string& name) const {
+        return folder_ + "/" + name + ".xml";
+    }
+
+    std::string make(const std::string& name, const SampleProject& project) {
+        const std::string file = path(name);
+        if (!saveSampleProject(project, file)) {
+            std::printf("cannot write %s\n", file.c_str());
+            std::exit(EXIT_FAILURE);
+        }
+        return file;
+    }
+
+    void compare(const Contest& contest) {
+        allReached_ = runContest(contest, folder_ + "/printed.txt") && allReached_;
+    }
+
+    [[nodiscard]] Contender format(const std::string& file) const {
+        const std::string result = folder_ + "/formatted.xml";
+        return {{"xmllint", "--huge", "--recover", "--format", "--output", result, file},
+                [=] {
+                    fs::remove(result);
+                    settle(file);
+                },
+                [=](const std::string&) {
+                    return fs::file_size(result) >= fs::file_size(file) / 2 ? "" : "short result";
+                }};
+    }
+
+    [[nodiscard]] Contender repairSound(const std::string& file) const {
+        return {{programs_ + "/vornic-repair", file},
+                [=] { settle(file); },
+                [](const std::string& printed) {
+                    return missing(printed, "No repair was necessary.");
+                }};
+    }
+
+    // A repaired file goes to the Trash, so each run gets a fresh one.
+    [[nodiscard]] Contender repairDamaged(const std::string& file) const {
+        const std::string copy = folder_ + "/copy.xml";
+        return {{programs_ + "/vornic-repair", copy},
+                [=, this] {
+                    fs::remove_all(folder_ + "/home/.Trash");
+                    copyFile(file, copy);
+                },
+                [](const std::string& printed) {
+                    return missing(printed, "The file was repaired successfully.");
+                }};
+    }
+
+    [[nodiscard]] Contender convert(const std::string& file, int version) const {
+        const std::string copy = folder_ + "/copy.xml";
+        const std::string number = std::to_string(version);
+        return {{programs_ + "/vornic", "-convertxmeml", number, copy},
+                [=] { copyFile(file, copy); },
+                [=](const std::string&) {
+                    return firstBytes(copy).find("<xmeml version=\"" + number + "\">") !=
+                                   std::string::npos
+                               ? ""
+                               : "the version is not the one wanted";
+                }};
+    }
+
+    static void copyFile(const std::string& from, const std::string& to) {
+        fs::copy_file(from, to, fs::copy_options::overwrite_existing);
+        settle(to);
+    }
+
+    static std::string missing(const std::string& printed, std::string_view line) {
+        std::ifstream stream(printed, std::ios::binary);
+        const std::string text{std::istreambuf_iterator<char>(stream), {}};
+        return text.find(line) != std::string::npos ? "" : "it did not print: " + std::string(line);
+    }
+
+    std::string programs_;
+    std::string folder_;
+    bool allReached_ = true;
+};
+
+}  // namespace
+
+}  // namespace vornic::bench
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::fputs("Usage: bench-compare FOLDER_OF_THE_PROGRAMS\n", stderr);
+        return vornic::bench::kWrongUsage;
+    }
+    namespace fs = std::filesystem;
+    std::string folder = (fs::temp_directory_path() / "vornic-bench-XXXXXX").string();
+    if (mkdtemp(folder.data()) == nullptr) {
+        std::perror(folder.c_str());
+        return EXIT_FAILURE;
+    }
+    const bool allReached = vornic::bench::Comparison(argv[1], folder).run();
+    fs::remove_all(folder);
+    return allReached ? EXIT_SUCCESS : EXIT_FAILURE;
+}
