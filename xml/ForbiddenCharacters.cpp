@@ -1,5 +1,11 @@
 #include "xml/ForbiddenCharacters.h"
 
+#include <bit>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "xml/XMLCharacters.h"
 
 namespace vornic {
@@ -23,9 +29,36 @@ std::size_t forbiddenLength(const char* at, const char* end) {
     return byte == 0xEF && isNonCharacter(at, end) ? 3 : 0;
 }
 
+#if defined(__SSE2__)
+// Passes over blocks of bytes none of which can begin a forbidden character.
+const char* passHarmless(const char* at, const char* end) {
+    const __m128i lastControl = _mm_set1_epi8(0x1F);
+    const __m128i nonCharacterLead = _mm_set1_epi8('\xEF');
+    for (; end - at >= static_cast<std::ptrdiff_t>(sizeof(__m128i)); at += sizeof(__m128i)) {
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+        const __m128i control = _mm_cmpeq_epi8(_mm_max_epu8(block, lastControl), lastControl);
+        const __m128i space = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(block, _mm_set1_epi8('\t')),
+                                                        _mm_cmpeq_epi8(block, _mm_set1_epi8('\n'))),
+                                           _mm_cmpeq_epi8(block, _mm_set1_epi8('\r')));
+        const __m128i suspicious =
+            _mm_or_si128(_mm_andnot_si128(space, control), _mm_cmpeq_epi8(block, nonCharacterLead));
+        const int places = _mm_movemask_epi8(suspicious);
+        if (places != 0) {
+            return at + std::countr_zero(static_cast<unsigned>(places));
+        }
+    }
+    return at;
+}
+#else
+const char* passHarmless(const char* at, const char*) {
+    return at;
+}
+#endif
+
 const char* findForbidden(const char* at, const char* end) {
+    at = passHarmless(at, end);
     while (at != end && forbiddenLength(at, end) == 0) {
-        ++at;
+        at = passHarmless(at + 1, end);
     }
     return at;
 }

@@ -4,6 +4,7 @@
 
 #include "platform/FileSystem.h"
 #include "xml/TextDecoding.h"
+#include "xml/XMLCharacters.h"
 #include "xml/XMLErrorCode.h"
 #include "xml/XMLTree.h"
 #include "xml/XMLWriter.h"
@@ -15,7 +16,7 @@ struct XMLDocument::State {
     std::string text;
     pugi::xml_document tree;
     std::vector<XMLMend> mends;
-    std::vector<std::size_t> emptyPairs;
+    XMLSourceFacts facts;
 };
 
 namespace {
@@ -31,6 +32,22 @@ pugi::xml_node documentTypeOf(const pugi::xml_document& tree) {
         }
     }
     return {};
+}
+
+// Whether there is a first node is whether there is one at all, which is found out sooner. Only
+// after a name, an asterisk or a bracket can the end of the query be such a predicate.
+std::string_view withoutFirstPredicate(std::string_view query) {
+    constexpr std::string_view kFirst = "[1]";
+    while (query.size() > kFirst.size() && query.ends_with(kFirst)) {
+        const char before = query[query.size() - kFirst.size() - 1];
+        const bool endsStep = (xmlchars::is(before, xmlchars::kName) && before != '.') ||
+                              before == '*' || before == ']' || before == ')';
+        if (!endsStep) {
+            break;
+        }
+        query.remove_suffix(kFirst.size());
+    }
+    return query;
 }
 
 pugi::xpath_node contextOf(pugi::xml_node_struct* node, pugi::xml_attribute_struct* attribute) {
@@ -75,7 +92,7 @@ std::unique_ptr<XMLDocument> XMLDocument::parse(std::string text, XMLMode mode, 
         offset = 0;
     }
     state->mends = std::move(reading.mends);
-    state->emptyPairs = std::move(reading.emptyPairs);
+    state->facts = {std::move(reading.emptyPairs), reading.hasMixedContent};
     if (!buildTree(state->tree, state->text, offset, reading)) {
         error = xmlError(XMLErrorCode::treeNotBuilt, "The file could not be loaded into memory.");
         return nullptr;
@@ -151,6 +168,7 @@ bool XMLDocument::hasNodeForXPath(std::string_view query, XMLNode context) {
     if (!context) {
         return false;
     }
+    query = withoutFirstPredicate(query);
     try {
         const pugi::xpath_query compiled(std::string(query).c_str());
         return static_cast<bool>(
@@ -181,7 +199,7 @@ void XMLDocument::removeNodes(const std::vector<XMLNode>& nodes) {
 }
 
 bool XMLDocument::serialize(const XMLSink& sink) const {
-    return XMLWriter(sink, state_->emptyPairs).write(state_->tree);
+    return XMLWriter(sink, state_->facts).write(state_->tree);
 }
 
 std::string XMLDocument::xmlString() const {

@@ -25,7 +25,7 @@ pugi::xml_attribute appendAttribute(pugi::xml_node node, std::string_view name,
 
 std::string textBelow(pugi::xml_node top) {
     std::string text;
-    for (pugi::xml_node node = top; node; node = xmltree::nextInside(node, top)) {
+    for (pugi::xml_node node = top; !xmltree::isNull(node); node = xmltree::nextInside(node, top)) {
         if (xmltree::isText(node)) {
             text += node.value();
         }

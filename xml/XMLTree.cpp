@@ -95,13 +95,13 @@ class Enclosure {
 
 pugi::xml_node nextInside(pugi::xml_node node, pugi::xml_node top) {
     const pugi::xml_node child = node.first_child();
-    return child ? child : nextPast(node, top);
+    return isNull(child) ? nextPast(node, top) : child;
 }
 
 pugi::xml_node nextPast(pugi::xml_node node, pugi::xml_node top) {
-    while (node != top) {
+    while (!isSame(node, top)) {
         const pugi::xml_node next = node.next_sibling();
-        if (next) {
+        if (!isNull(next)) {
             return next;
         }
         node = node.parent();
@@ -159,12 +159,12 @@ void removeAll(const std::vector<pugi::xml_node>& nodes) {
 
 void removeBlanksBetweenNodes(pugi::xml_node document,
                               const std::vector<std::size_t>& referencedBlanks) {
-    for (pugi::xml_node node = document.first_child(); node;) {
+    for (pugi::xml_node node = document.first_child(); !isNull(node);) {
         if (keepsBlanks(node, referencedBlanks)) {
             node = nextPast(node, document);
             continue;
         }
-        if (node.first_child() != node.last_child()) {
+        if (!isSame(node.first_child(), node.last_child())) {
             removeBlankChildren(node);
         }
         node = nextInside(node, document);

@@ -1,6 +1,7 @@
 #ifndef VORNIC_XML_XML_TREE_H
 #define VORNIC_XML_XML_TREE_H
 
+#include <bit>
 #include <cstddef>
 #include <vector>
 
@@ -8,6 +9,16 @@
 
 /// Walks over the nodes of a pugixml tree and changes to it, none of which recurse on its depth.
 namespace vornic::xmltree {
+
+/// A handle is nothing but a pointer, and asking the library about it is a call, which the loops
+/// over all nodes can do without.
+[[nodiscard]] inline bool isNull(pugi::xml_node node) {
+    return std::bit_cast<pugi::xml_node_struct*>(node) == nullptr;
+}
+[[nodiscard]] inline bool isSame(pugi::xml_node left, pugi::xml_node right) {
+    return std::bit_cast<pugi::xml_node_struct*>(left) ==
+           std::bit_cast<pugi::xml_node_struct*>(right);
+}
 
 /// True for text and CDATA sections.
 [[nodiscard]] inline bool isText(pugi::xml_node node) {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
 #include <cstring>
 
 #include "xml/XMLTree.h"
@@ -11,44 +10,21 @@ namespace vornic {
 
 namespace {
 
-constexpr std::size_t kBufferSize = 256U * 1024U;
-constexpr std::size_t kIndentation = 4;
+using xmltree::isNull;
+
+constexpr std::size_t kBlanksPerLevel = 4;
 constexpr std::size_t kDeepestIndentation = 64;
 
-// What ends a run of bytes that are written as they are. NUL ends every run.
-enum StopClass : std::uint8_t { kStopsText = 1U << 0U, kStopsValue = 1U << 1U };
-
-consteval std::array<std::uint8_t, 256> stopClasses() {
-    std::array<std::uint8_t, 256> table{};
-    for (unsigned byte = 0; byte < 0x20; ++byte) {
-        table[byte] = kStopsText | kStopsValue;
-    }
-    table['\t'] = kStopsValue;
-    table['\n'] = kStopsValue;
-    table['&'] = kStopsText | kStopsValue;
-    table['<'] = kStopsText | kStopsValue;
-    table['>'] = kStopsText | kStopsValue;
-    table['"'] = kStopsValue;
-    return table;
-}
-
-constexpr std::array<std::uint8_t, 256> kStopClasses = stopClasses();
-
-constexpr std::string_view kBlanks =
-    "                                                                ";
+// A line end and the blanks of the deepest indentation.
+constexpr auto kLineBeginning = [] {
+    std::array<char, 1 + kDeepestIndentation * kBlanksPerLevel> text{};
+    text.fill(' ');
+    text[0] = '\n';
+    return text;
+}();
 
 bool isWhiteSpace(const char* text) {
     return text[std::strspn(text, " \t\r\n")] == '\0';
-}
-
-// True when the children of the element are written without line breaks between them.
-bool isVerbatim(pugi::xml_node element) {
-    for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
-        if (xmltree::isText(child)) {
-            return true;
-        }
-    }
-    return xmltree::preservesSpace(element);
 }
 
 // True when the element has text beside other nodes, all of it white space.
@@ -67,66 +43,72 @@ bool hasOnlyBlankText(pugi::xml_node element) {
 
 }  // namespace
 
-XMLWriter::XMLWriter(const XMLSink& sink, const std::vector<std::size_t>& emptyPairs)
-    : sink_(sink), emptyPairs_(emptyPairs), buffer_(kBufferSize, '\0') {}
-
 bool XMLWriter::write(pugi::xml_node document) {
     writeDeclaration(document);
-    for (pugi::xml_node node = document.first_child(); node && !stopped_;
-         node = node.next_sibling()) {
+    for (pugi::xml_node node = document.first_child(); node; node = node.next_sibling()) {
         if (node.type() != pugi::node_declaration) {
             writeTree(node);
-            put('\n');
+            out_.put('\n');
         }
     }
-    flush();
-    return !stopped_;
+    out_.flush();
+    return !out_.stopped();
 }
 
 void XMLWriter::writeDeclaration(pugi::xml_node document) {
-    const pugi::xml_node declaration = document.first_child();
-    const bool declared = declaration.type() == pugi::node_declaration;
-    const pugi::xml_attribute version = declaration.attribute("version");
-    put("<?xml version=\"");
-    put(declared && version ? version.value() : "1.0");
-    put("\" encoding=\"UTF-8\"");
-    const pugi::xml_attribute standalone = declaration.attribute("standalone");
-    if (declared && standalone) {
-        put(" standalone=\"");
-        put(standalone.value());
-        put('"');
+    pugi::xml_node declaration = document.first_child();
+    if (declaration.type() != pugi::node_declaration) {
+        declaration = pugi::xml_node();
     }
-    put("?>\n");
+    const pugi::xml_attribute version = declaration.attribute("version");
+    out_.put("<?xml version=\"");
+    out_.put(version ? version.value() : "1.0");
+    out_.put("\" encoding=\"UTF-8\"");
+    const pugi::xml_attribute standalone = declaration.attribute("standalone");
+    if (standalone) {
+        out_.put(" standalone=\"");
+        out_.put(standalone.value());
+        out_.put('"');
+    }
+    out_.put("?>\n");
 }
 
 void XMLWriter::writeTree(pugi::xml_node top) {
     pugi::xml_node node = top;
-    while (node && !stopped_) {
-        writeNode(node);
-        const pugi::xml_node child =
-            node.type() == pugi::node_element ? node.first_child() : pugi::xml_node();
-        if (child) {
-            ++depth_;
-            node = child;
+    while (!isNull(node) && !out_.stopped()) {
+        const pugi::xml_node inside = writeNode(node);
+        if (isNull(inside)) {
+            node = goOn(node, top);
         } else {
-            while (node != top && !node.next_sibling()) {
-                node = node.parent();
-                --depth_;
-                closeElement(node);
-            }
-            node = node == top ? pugi::xml_node() : node.next_sibling();
+            ++depth_;
+            node = inside;
         }
-        if (node && !verbatim_) {
+        if (!isNull(node) && isNull(verbatim_)) {
             beginLine();
         }
     }
 }
 
-void XMLWriter::writeNode(pugi::xml_node node) {
+// Finds the node that follows one that is written whole, and closes the elements that end before
+// it.
+pugi::xml_node XMLWriter::goOn(pugi::xml_node node, pugi::xml_node top) {
+    while (!xmltree::isSame(node, top)) {
+        const pugi::xml_node next = node.next_sibling();
+        if (!isNull(next)) {
+            return next;
+        }
+        node = node.parent();
+        --depth_;
+        closeElement(node);
+    }
+    return {};
+}
+
+// Returns the first of the children, when there are some that have still to be written.
+pugi::xml_node XMLWriter::writeNode(pugi::xml_node node) {
     switch (node.type()) {
         case pugi::node_element:
-            openElement(node);
-            break;
+            return writeElement(node);
         case pugi::node_pcdata:
             writeText(node);
             break;
@@ -134,9 +116,9 @@ void XMLWriter::writeNode(pugi::xml_node node) {
             writeCDATA(node.value());
             break;
         case pugi::node_comment:
-            put("<!--");
-            put(node.value());
-            put("-->");
+            out_.put("<!--");
+            out_.put(node.value());
+            out_.put("-->");
             break;
         case pugi::node_pi:
             writeInstruction(node);
@@ -147,159 +129,129 @@ void XMLWriter::writeNode(pugi::xml_node node) {
         default:
             break;
     }
+    return {};
 }
 
-void XMLWriter::openElement(pugi::xml_node element) {
-    const std::string_view name = element.name();
-    put('<');
-    put(name);
+pugi::xml_node XMLWriter::writeElement(pugi::xml_node element) {
+    const char* const name = element.name();
+    const pugi::xml_node child = element.first_child();
+    out_.put('<');
+    out_.putName(name);
     writeAttributes(element);
-    if (element.first_child()) {
-        put('>');
-        if (!verbatim_ && isVerbatim(element)) {
-            verbatim_ = element;
-            hasOnlyBlanks_ = hasOnlyBlankText(element);
+    if (isNull(child)) {
+        if (!isEmptyPair(element)) {
+            out_.put("/>");
+            return {};
         }
-    } else if (isEmptyPair(element)) {
-        put("></");
-        put(name);
-        put('>');
+        out_.put('>');
     } else {
-        put("/>");
+        out_.put('>');
+        if (child.type() != pugi::node_pcdata || !isNull(child.next_sibling())) {
+            if (isNull(verbatim_) && isVerbatim(element, child)) {
+                verbatim_ = element;
+                hasOnlyBlanks_ = hasOnlyBlankText(element);
+            }
+            return child;
+        }
+        // Most elements hold nothing but text.
+        out_.putText(child.value());
     }
+    out_.put("</");
+    out_.putName(name);
+    out_.put('>');
+    return {};
+}
+
+// True when the children are written without line breaks between them.
+bool XMLWriter::isVerbatim(pugi::xml_node element, pugi::xml_node firstChild) const {
+    if (!facts_.hasMixedContent) {
+        return xmltree::isText(firstChild);
+    }
+    for (pugi::xml_node child = firstChild; !isNull(child); child = child.next_sibling()) {
+        if (xmltree::isText(child)) {
+            return true;
+        }
+    }
+    return xmltree::preservesSpace(element);
 }
 
 void XMLWriter::closeElement(pugi::xml_node element) {
-    if (verbatim_ == element) {
-        verbatim_ = pugi::xml_node();
-    } else if (!verbatim_) {
+    if (isNull(verbatim_)) {
         beginLine();
+    } else if (xmltree::isSame(verbatim_, element)) {
+        verbatim_ = pugi::xml_node();
     }
-    put("</");
-    put(element.name());
-    put('>');
+    out_.put("</");
+    out_.putName(element.name());
+    out_.put('>');
 }
 
 void XMLWriter::writeAttributes(pugi::xml_node element) {
     for (pugi::xml_attribute attribute = element.first_attribute(); attribute;
          attribute = attribute.next_attribute()) {
-        put(' ');
-        put(attribute.name());
-        put("=\"");
-        writeEscaped(attribute.value(), kStopsValue);
-        put('"');
+        out_.put(' ');
+        out_.putName(attribute.name());
+        out_.put("=\"");
+        out_.putValue(attribute.value());
+        out_.put('"');
     }
 }
 
-void XMLWriter::writeInstruction(pugi::xml_node node) {
-    put("<?");
-    put(node.name());
-    if (node.value()[0] != '\0') {
-        put(' ');
-        writeNormalized(node.value());
+// White space that has a meaning although there is no other text around it is written so that it is
+// not taken for indentation when the text is read again.
+void XMLWriter::writeText(pugi::xml_node node) {
+    const char* text = node.value();
+    if (hasOnlyBlanks_ && *text != '\0' && xmltree::isSame(node.parent(), verbatim_)) {
+        out_.putReference(*text);
+        ++text;
     }
-    put("?>");
-}
-
-void XMLWriter::writeDocumentType(pugi::xml_node node) {
-    put("<!DOCTYPE ");
-    writeNormalized(node.value());
-    put('>');
+    out_.putText(text);
 }
 
 // The end mark of a section can't stand inside it, so a section that holds it is written as two.
 void XMLWriter::writeCDATA(const char* content) {
     std::string_view rest = content;
-    put("<![CDATA[");
+    out_.put("<![CDATA[");
     for (std::size_t mark = rest.find("]]>"); mark != std::string_view::npos;
          mark = rest.find("]]>")) {
-        put(rest.substr(0, mark + 2));
-        put("]]><![CDATA[");
+        out_.put(rest.substr(0, mark + 2));
+        out_.put("]]><![CDATA[");
         rest.remove_prefix(mark + 2);
     }
-    put(rest);
-    put("]]>");
+    out_.put(rest);
+    out_.put("]]>");
 }
 
-// Line ends as every reader of XML takes them; only a text that the parser leaves as it stands can
-// have other ones.
+void XMLWriter::writeInstruction(pugi::xml_node node) {
+    out_.put("<?");
+    out_.putName(node.name());
+    if (node.value()[0] != '\0') {
+        out_.put(' ');
+        writeNormalized(node.value());
+    }
+    out_.put("?>");
+}
+
+void XMLWriter::writeDocumentType(pugi::xml_node node) {
+    out_.put("<!DOCTYPE ");
+    writeNormalized(node.value());
+    out_.put('>');
+}
+
+// With line ends as every reader of XML takes them. Other text has them already.
 void XMLWriter::writeNormalized(const char* text) {
     for (; *text != '\0'; ++text) {
         if (*text != '\r') {
-            put(*text);
+            out_.put(*text);
         } else if (text[1] != '\n') {
-            put('\n');
+            out_.put('\n');
         }
-    }
-}
-
-// White space that has a meaning although there is no other text around it is written so that it
-// is not taken for indentation when the text is read again.
-void XMLWriter::writeText(pugi::xml_node node) {
-    const char* text = node.value();
-    if (hasOnlyBlanks_ && node.parent() == verbatim_) {
-        writeEscape(*text);
-        ++text;
-    }
-    writeEscaped(text, kStopsText);
-}
-
-void XMLWriter::writeEscaped(const char* text, unsigned stopClass) {
-    const char* run = text;
-    for (;;) {
-        const char* end = run;
-        while ((kStopClasses[static_cast<unsigned char>(*end)] & stopClass) == 0) {
-            ++end;
-        }
-        put(std::string_view(run, static_cast<std::size_t>(end - run)));
-        if (*end == '\0') {
-            return;
-        }
-        writeEscape(*end);
-        run = end + 1;
-    }
-}
-
-// Control characters that XML forbids are left out.
-void XMLWriter::writeEscape(char c) {
-    switch (c) {
-        case '&':
-            put("&amp;");
-            break;
-        case '<':
-            put("&lt;");
-            break;
-        case '>':
-            put("&gt;");
-            break;
-        case '"':
-            put("&quot;");
-            break;
-        case '\t':
-            put("&#9;");
-            break;
-        case '\n':
-            put("&#10;");
-            break;
-        case '\r':
-            put("&#13;");
-            break;
-        case ' ':
-            put("&#32;");
-            break;
-        default:
-            break;
     }
 }
 
 void XMLWriter::beginLine() {
-    put('\n');
-    std::size_t blanks = std::min(depth_, kDeepestIndentation) * kIndentation;
-    while (blanks > 0) {
-        const std::size_t part = std::min(blanks, kBlanks.size());
-        put(kBlanks.substr(0, part));
-        blanks -= part;
-    }
+    const std::size_t blanks = std::min(depth_, kDeepestIndentation) * kBlanksPerLevel;
+    out_.put(std::string_view(kLineBeginning.data(), 1 + blanks));
 }
 
 bool XMLWriter::isEmptyPair(pugi::xml_node element) {
@@ -308,29 +260,11 @@ bool XMLWriter::isEmptyPair(pugi::xml_node element) {
         return false;
     }
     const auto name = static_cast<std::size_t>(offset);
-    while (nextPair_ < emptyPairs_.size() && emptyPairs_[nextPair_] < name) {
+    const std::vector<std::size_t>& pairs = facts_.emptyPairs;
+    while (nextPair_ < pairs.size() && pairs[nextPair_] < name) {
         ++nextPair_;
     }
-    return nextPair_ < emptyPairs_.size() && emptyPairs_[nextPair_] == name;
-}
-
-void XMLWriter::put(std::string_view piece) {
-    while (piece.size() > buffer_.size() - used_) {
-        const std::size_t part = buffer_.size() - used_;
-        std::memcpy(buffer_.data() + used_, piece.data(), part);
-        used_ += part;
-        piece.remove_prefix(part);
-        flush();
-    }
-    std::memcpy(buffer_.data() + used_, piece.data(), piece.size());
-    used_ += piece.size();
-}
-
-void XMLWriter::flush() {
-    if (used_ != 0 && !stopped_) {
-        stopped_ = !sink_({buffer_.data(), used_});
-    }
-    used_ = 0;
+    return nextPair_ < pairs.size() && pairs[nextPair_] == name;
 }
 
 }  // namespace vornic

@@ -2,23 +2,27 @@
 #define VORNIC_XML_XML_WRITER_H
 
 #include <cstddef>
-#include <string>
-#include <string_view>
 #include <vector>
 
 #include <pugixml.hpp>
 
-#include "xml/XMLDocument.h"
+#include "xml/XMLOutput.h"
 
 namespace vornic {
+
+/// What a writer has to know about the text that a tree was built from.
+struct XMLSourceFacts {
+    /// See `XMLReading::emptyPairs`.
+    std::vector<std::size_t> emptyPairs;
+    /// See `XMLReading::hasMixedContent`.
+    bool hasMixedContent = false;
+};
 
 /// Writes a tree as text; what the text looks like is told at `XMLDocument::serialize`. One object
 /// writes one document.
 class XMLWriter {
   public:
-    /// @param emptyPairs the offsets of elements that are written as `<name></name>` when they have
-    ///     no children; see `XMLReading::emptyPairs`.
-    XMLWriter(const XMLSink& sink, const std::vector<std::size_t>& emptyPairs);
+    XMLWriter(const XMLSink& sink, const XMLSourceFacts& facts) : out_(sink), facts_(facts) {}
 
     /// @return false when the sink stopped it.
     bool write(pugi::xml_node document);
@@ -26,40 +30,28 @@ class XMLWriter {
   private:
     void writeDeclaration(pugi::xml_node document);
     void writeTree(pugi::xml_node top);
-    void writeNode(pugi::xml_node node);
-    void openElement(pugi::xml_node element);
+    pugi::xml_node writeNode(pugi::xml_node node);
+    pugi::xml_node writeElement(pugi::xml_node element);
+    pugi::xml_node goOn(pugi::xml_node node, pugi::xml_node top);
     void closeElement(pugi::xml_node element);
     void writeAttributes(pugi::xml_node element);
+    void writeText(pugi::xml_node node);
+    void writeCDATA(const char* content);
     void writeInstruction(pugi::xml_node node);
     void writeDocumentType(pugi::xml_node node);
-    void writeCDATA(const char* content);
-    void writeText(pugi::xml_node node);
-    void writeEscaped(const char* text, unsigned stopClass);
-    void writeEscape(char c);
     void writeNormalized(const char* text);
     void beginLine();
+    [[nodiscard]] bool isVerbatim(pugi::xml_node element, pugi::xml_node firstChild) const;
     [[nodiscard]] bool isEmptyPair(pugi::xml_node element);
 
-    void put(char c) {
-        if (used_ == buffer_.size()) {
-            flush();
-        }
-        buffer_[used_++] = c;
-    }
-    void put(std::string_view piece);
-    void flush();
-
-    const XMLSink& sink_;
-    const std::vector<std::size_t>& emptyPairs_;
+    XMLOutput out_;
+    const XMLSourceFacts& facts_;
     std::size_t nextPair_ = 0;
-    std::string buffer_;
-    std::size_t used_ = 0;
     std::size_t depth_ = 0;
-    // The element inside which everything is written to the letter; null outside.
+    // The element inside which everything is written to the letter; null outside of one.
     pugi::xml_node verbatim_;
     // All text of that element is white space between other nodes.
     bool hasOnlyBlanks_ = false;
-    bool stopped_ = false;
 };
 
 }  // namespace vornic

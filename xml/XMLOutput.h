@@ -1,0 +1,65 @@
+#ifndef VORNIC_XML_XML_OUTPUT_H
+#define VORNIC_XML_XML_OUTPUT_H
+
+#include <cstddef>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "xml/XMLDocument.h"
+
+namespace vornic {
+
+/// Collects what is written and hands it to a sink in large pieces. Once the sink has stopped it,
+/// everything else is dropped.
+class XMLOutput {
+  public:
+    explicit XMLOutput(const XMLSink& sink) : sink_(sink), buffer_(kSize, '\0') {}
+
+    void put(char c) {
+        if (used_ == kSize) {
+            flush();
+        }
+        buffer_[used_++] = c;
+    }
+    void put(std::string_view piece) {
+        if (piece.size() > kSize - used_) {
+            putInParts(piece);
+            return;
+        }
+        std::memcpy(buffer_.data() + used_, piece.data(), piece.size());
+        used_ += piece.size();
+    }
+    /// Writes a C string of which nobody knows the length yet; meant for short ones, such as names.
+    void putName(const char* name) {
+        for (; *name != '\0'; ++name) {
+            put(*name);
+        }
+    }
+    /// Writes text with its markup characters escaped. Control characters that XML forbids are left
+    /// out.
+    void putText(const char* text);
+    /// The same for an attribute value in double quotes, with tabs and line ends as references.
+    void putValue(const char* value);
+    /// Writes one character of white space as a reference.
+    void putReference(char space);
+
+    /// Hands over what has been collected.
+    void flush();
+    [[nodiscard]] bool stopped() const { return stopped_; }
+
+  private:
+    static constexpr std::size_t kSize = 256U * 1024U;
+
+    void putInParts(std::string_view piece);
+    void putEscape(char c);
+
+    const XMLSink& sink_;
+    std::string buffer_;
+    std::size_t used_ = 0;
+    bool stopped_ = false;
+};
+
+}  // namespace vornic
+
+#endif
