@@ -1,7 +1,10 @@
 #include "xml/XMLDocument.h"
 
+#include <new>
+
 #include <pugixml.hpp>
 
+#include "platform/Exception.h"
 #include "platform/FileSystem.h"
 #include "xml/TextDecoding.h"
 #include "xml/XMLCharacters.h"
@@ -11,12 +14,28 @@
 
 namespace vornic {
 
+// The tree is built when it is first asked for: whoever only wants to know whether a text is
+// well-formed does not pay for it.
 struct XMLDocument::State {
     // The tree's names and values lie in the text, which therefore stays where it is.
     std::string text;
-    pugi::xml_document tree;
-    std::vector<XMLMend> mends;
+    // Where the document begins in the text, after a byte order mark.
+    std::size_t offset = 0;
+    XMLReading reading;
     XMLSourceFacts facts;
+    pugi::xml_document tree;
+    bool isBuilt = false;
+
+    pugi::xml_document& builtTree() {
+        if (!isBuilt) {
+            buildTree();
+            isBuilt = true;
+        }
+        return tree;
+    }
+
+  private:
+    void buildTree();
 };
 
 namespace {
@@ -56,23 +75,28 @@ pugi::xpath_node contextOf(pugi::xml_node_struct* node, pugi::xml_attribute_stru
                : pugi::xpath_node(pugi::xml_attribute(attribute), pugi::xml_node(node));
 }
 
-// Lets pugixml build the tree in the text itself, beginning at `offset`.
-bool buildTree(pugi::xml_document& tree, std::string& text, std::size_t offset,
-               const XMLReading& reading) {
+}  // namespace
+
+void XMLDocument::State::buildTree() {
+    if (!reading.edits.empty()) {
+        text = applyXMLEdits(std::string_view(text).substr(offset), reading.edits);
+        offset = 0;
+        reading.edits = {};
+    }
     const unsigned blanks =
-        reading.hasMixedContent ? pugi::parse_ws_pcdata : pugi::parse_ws_pcdata_single;
+        facts.hasMixedContent ? pugi::parse_ws_pcdata : pugi::parse_ws_pcdata_single;
     const pugi::xml_parse_result result = tree.load_buffer_inplace(
         text.data() + offset, text.size() - offset, pugi::parse_full | blanks, pugi::encoding_utf8);
-    if (!result) {
-        return false;
+    if (result.status == pugi::status_out_of_memory) {
+        throw std::bad_alloc();
     }
-    if (reading.hasMixedContent) {
+    if (!result) {
+        throw platform::Exception("XMLTreeException", result.description());
+    }
+    if (facts.hasMixedContent) {
         xmltree::removeBlanksBetweenNodes(tree, reading.referencedBlanks);
     }
-    return true;
 }
-
-}  // namespace
 
 XMLDocument::XMLDocument(std::unique_ptr<State> state) : state_(std::move(state)) {}
 
@@ -81,22 +105,13 @@ XMLDocument::~XMLDocument() = default;
 std::unique_ptr<XMLDocument> XMLDocument::parse(std::string text, XMLMode mode, ErrorSlot& error) {
     auto state = std::make_unique<State>();
     state->text = std::move(text);
-    std::size_t offset = state->text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
-    XMLReading reading = readXML(std::string_view(state->text).substr(offset), mode);
-    if (reading.fault) {
-        error = std::move(reading.fault);
+    state->offset = state->text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+    state->reading = readXML(std::string_view(state->text).substr(state->offset), mode);
+    if (state->reading.fault) {
+        error = std::move(state->reading.fault);
         return nullptr;
     }
-    if (!reading.edits.empty()) {
-        state->text = applyXMLEdits(std::string_view(state->text).substr(offset), reading.edits);
-        offset = 0;
-    }
-    state->mends = std::move(reading.mends);
-    state->facts = {std::move(reading.emptyPairs), reading.hasMixedContent};
-    if (!buildTree(state->tree, state->text, offset, reading)) {
-        error = xmlError(XMLErrorCode::treeNotBuilt, "The file could not be loaded into memory.");
-        return nullptr;
-    }
+    state->facts = {std::move(state->reading.emptyPairs), state->reading.hasMixedContent};
     return std::unique_ptr<XMLDocument>(new XMLDocument(std::move(state)));
 }
 
@@ -111,19 +126,19 @@ std::unique_ptr<XMLDocument> XMLDocument::load(const std::string& path, XMLMode 
 }
 
 const std::vector<XMLMend>& XMLDocument::mends() const {
-    return state_->mends;
+    return state_->reading.mends;
 }
 
 XMLNode XMLDocument::documentNode() const {
-    return XMLNode(state_->tree.internal_object());
+    return XMLNode(state_->builtTree().internal_object());
 }
 
 XMLNode XMLDocument::rootElement() const {
-    return XMLNode(state_->tree.document_element().internal_object());
+    return XMLNode(state_->builtTree().document_element().internal_object());
 }
 
 std::optional<std::string> XMLDocument::documentTypeName() const {
-    const pugi::xml_node type = documentTypeOf(state_->tree);
+    const pugi::xml_node type = documentTypeOf(state_->builtTree());
     if (!type) {
         return std::nullopt;
     }
@@ -132,10 +147,10 @@ std::optional<std::string> XMLDocument::documentTypeName() const {
 }
 
 void XMLDocument::setDocumentType(std::string_view name) {
-    pugi::xml_node type = documentTypeOf(state_->tree);
+    pugi::xml_document& tree = state_->builtTree();
+    pugi::xml_node type = documentTypeOf(tree);
     if (!type) {
-        type =
-            state_->tree.insert_child_before(pugi::node_doctype, state_->tree.document_element());
+        type = tree.insert_child_before(pugi::node_doctype, tree.document_element());
     }
     type.set_value(name.data(), name.size());
 }
@@ -199,7 +214,7 @@ void XMLDocument::removeNodes(const std::vector<XMLNode>& nodes) {
 }
 
 bool XMLDocument::serialize(const XMLSink& sink) const {
-    return XMLWriter(sink, state_->facts).write(state_->tree);
+    return XMLWriter(sink, state_->facts).write(state_->builtTree());
 }
 
 std::string XMLDocument::xmlString() const {

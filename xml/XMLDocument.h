@@ -18,7 +18,8 @@ namespace vornic {
 using XMLSink = std::function<bool(std::string_view piece)>;
 
 /// A parsed document: tree, XPath 1.0 queries, serialisation. Built only from text that `readXML`
-/// has passed. One thread at a time.
+/// has passed, and only when an operation first asks for it: parsing alone costs one pass over the
+/// text. One thread at a time.
 class XMLDocument {
   public:
     /// Parses text that is text already: whatever encoding its declaration names, it is UTF-8. A

@@ -56,8 +56,6 @@ enum class XMLErrorCode : int {
     unknownMarkup,
     /// So many faults that mending them is pointless.
     tooManyMends,
-    /// The tree could not be built.
-    treeNotBuilt,
     /// An XPath expression that cannot be compiled or yields no nodes.
     malformedQuery,
     unknownEncoding,
