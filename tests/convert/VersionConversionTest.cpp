@@ -394,14 +394,15 @@ std::string queryErrorFor(const std::string& name) {
 
 TEST_F(StripTagsTest, startsWithTheHighestVersionAndKeepsTheOrderOfEachList) {
     // Names that are no query, each wrong in another way, show the order in the log.
-    catalogue.write({{"1", {"4", {}}}, {"2", {"5", {{"<a[", "<a b"}}}}, {"3", {"6", {{"<a\""}}}}});
-    ASSERT_NE(queryErrorFor("a["), queryErrorFor("a b"));
+    catalogue.write(
+        {{"1", {"4", {}}}, {"2", {"5", {{"<a[", "<a/@b()"}}}}, {"3", {"6", {{"<a\""}}}}});
+    ASSERT_NE(queryErrorFor("a["), queryErrorFor("a/@b()"));
     ASSERT_NE(queryErrorFor("a["), queryErrorFor("a\""));
-    ASSERT_NE(queryErrorFor("a b"), queryErrorFor("a\""));
+    ASSERT_NE(queryErrorFor("a/@b()"), queryErrorFor("a\""));
     strip(xmeml("3", ""), "1");
     EXPECT_EQ(log.entries(),
               (Strings{"Stripping unsupported tags from XML file...", queryErrorFor("a\""),
-                       queryErrorFor("a["), queryErrorFor("a b")}));
+                       queryErrorFor("a["), queryErrorFor("a/@b()")}));
 }
 
 TEST_F(StripTagsTest, dropsEveryAngleBracketFromAName) {
