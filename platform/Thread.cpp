@@ -8,6 +8,7 @@
 #include <system_error>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "platform/Exception.h"
 #include "platform/MainThread.h"
@@ -15,12 +16,18 @@
 namespace vornic::platform {
 namespace {
 
+struct RunningThread {
+    std::thread thread;
+    /// Empty when the thread cannot be asked, or has been.
+    std::function<void()> askToEnd;
+};
+
 struct Registry {
     std::mutex mutex;
     std::condition_variable changed;
-    std::list<std::thread> running;
+    std::list<RunningThread> running;
     /// Their functions have returned; joining them takes no time.
-    std::list<std::thread> finished;
+    std::list<RunningThread> finished;
     /// How many callers wait in `joinDetachedThreads`.
     int joiners = 0;
 };
@@ -32,17 +39,39 @@ Registry& registry() {
 }
 
 void joinFinished(Registry& threads) {
-    std::list<std::thread> ended;
+    std::list<RunningThread> ended;
     {
         const std::lock_guard lock(threads.mutex);
         ended.swap(threads.finished);
     }
-    for (std::thread& thread : ended) {
-        thread.join();
+    for (RunningThread& entry : ended) {
+        entry.thread.join();
     }
 }
 
-void noteEnd(Registry& threads, std::list<std::thread>::iterator self) {
+void askToEnd(Registry& threads) {
+    std::vector<std::function<void()>> requests;
+    {
+        const std::lock_guard lock(threads.mutex);
+        for (RunningThread& entry : threads.running) {
+            if (entry.askToEnd) {
+                requests.push_back(std::exchange(entry.askToEnd, nullptr));
+            }
+        }
+    }
+    for (const std::function<void()>& request : requests) {
+        request();
+    }
+}
+
+void noteEnd(Registry& threads, std::list<RunningThread>::iterator self) {
+    // What the request keeps alive goes while the thread still counts as running.
+    std::function<void()> request;
+    {
+        const std::lock_guard lock(threads.mutex);
+        request.swap(self->askToEnd);
+    }
+    request = nullptr;
     bool wakeMainThread = false;
     {
         const std::lock_guard lock(threads.mutex);
@@ -73,6 +102,7 @@ class Joining {
 
 /// Waits a moment for a thread to end. @return true when none runs any more.
 bool waitForEnd(Registry& threads, std::chrono::milliseconds limit) {
+    askToEnd(threads);
     if (MainThread::isCurrent()) {
         MainThread::dispatchOne(limit);
     }
@@ -86,13 +116,18 @@ bool waitForEnd(Registry& threads, std::chrono::milliseconds limit) {
 }  // namespace
 
 void detachNewThread(std::function<void()> function) {
+    detachNewThread(std::move(function), nullptr);
+}
+
+void detachNewThread(std::function<void()> function, std::function<void()> askToEnd) {
     Registry& threads = registry();
     joinFinished(threads);
     // The new thread finds its own entry complete, because it needs the lock to look.
     const std::lock_guard lock(threads.mutex);
     const auto self = threads.running.emplace(threads.running.end());
     try {
-        *self = std::thread([&threads, self, function = std::move(function)]() mutable {
+        self->askToEnd = std::move(askToEnd);
+        self->thread = std::thread([&threads, self, function = std::move(function)]() mutable {
             function();
             function = nullptr;
             noteEnd(threads, self);

@@ -11,8 +11,14 @@ namespace vornic::platform {
 /// @throws platform::Exception when the system has no thread to give.
 void detachNewThread(std::function<void()> function);
 
-/// Waits for every thread that `detachNewThread` started. The main thread goes on dispatching its
-/// events meanwhile. @return false when some still run after `limit`.
+/// The same for a thread that may wait for long: `joinDetachedThreads` calls `askToEnd` once, on
+/// the joining thread, so that the function returns soon. The call may come at any time until the
+/// thread has ended and must neither block nor throw.
+void detachNewThread(std::function<void()> function, std::function<void()> askToEnd);
+
+/// Asks those threads that `detachNewThread` started to end that can be asked, and waits for all of
+/// them. The main thread goes on dispatching its events meanwhile. @return false when some still
+/// run after `limit`.
 bool joinDetachedThreads(std::chrono::milliseconds limit);
 
 }  // namespace vornic::platform

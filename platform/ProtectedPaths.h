@@ -1,0 +1,25 @@
+#ifndef VORNIC_PLATFORM_PROTECTED_PATHS_H
+#define VORNIC_PLATFORM_PROTECTED_PATHS_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vornic::platform {
+
+/// Whether a path is one of this platform's own that must never be removed, moved or overwritten:
+/// /etc, /boot, /dev, /proc, /sys, /lib and /lib64 with everything in them; /home, /root, /run,
+/// /mnt, /media, /srv, /opt, /tmp and /usr/local as themselves. The text alone is compared (extra
+/// slashes do not count); ask for every form that `formsOfPath` yields. Any thread.
+[[nodiscard]] bool isProtectedPath(std::string_view path);
+
+/// The forms under which a path must be asked about before anything is done to it: as given, and,
+/// where that differs, absolute with the links of its parent folder resolved. The last component is
+/// not followed, because the tools that remove and move act on a link and not on its target; where
+/// it says a folder ("/a/b/", "/a/..") rather than an entry, what it leads to is a form too.
+/// Looks at the disk; any thread. An empty path has no form but itself.
+[[nodiscard]] std::vector<std::string> formsOfPath(const std::string& path);
+
+}  // namespace vornic::platform
+
+#endif
