@@ -1,0 +1,166 @@
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "repair/EventRepair.h"
+#include "tests/support/EngineTest.h"
+#include "tests/support/RecordingRepairHost.h"
+
+namespace vornic {
+namespace {
+
+using Strings = std::vector<std::string>;
+
+class EventRepairTest : public test::EngineTest {
+  protected:
+    /// Repairs a document and returns it as text without its declaration and indentation.
+    std::string repair(std::string_view text) {
+        std::unique_ptr<XMLDocument> document = test::parsed(text);
+        const XMLDocument* given = document.get();
+        hasErrors.reset();
+        bool found = true;
+        document = repairFCPXDocument(host, std::move(document), &found);
+        hasErrors = found;
+        EXPECT_EQ(document.get(), given);
+        return withoutIndentation(document->xmlString());
+    }
+    /// The same for something in the first library.
+    std::string repairLibrary(const std::string& content) {
+        const std::string open = "<fcpxml><library>";
+        const std::string close = "</library></fcpxml>";
+        const std::string repaired = repair(open + content + close);
+        EXPECT_TRUE(repaired.starts_with(open) && repaired.ends_with(close)) << repaired;
+        return repaired.substr(open.size(), repaired.size() - open.size() - close.size());
+    }
+
+    test::RecordingRepairHost host;
+    std::optional<bool> hasErrors;
+
+  private:
+    static std::string withoutIndentation(std::string_view xml) {
+        std::string text;
+        xml.remove_prefix(xml.find('\n') + 1);
+        while (!xml.empty()) {
+            const std::string_view line = xml.substr(0, xml.find('\n'));
+            text += line.substr(std::min(line.size(), line.find_first_not_of(' ')));
+            xml.remove_prefix(std::min(xml.size(), line.size() + 1));
+        }
+        return text;
+    }
+};
+
+TEST_F(EventRepairTest, givesTheFirstReferenceToTheAudioThatHasNone) {
+    EXPECT_EQ(repairLibrary("<event><video><audio ref=\"r2\"/><audio/><audio ref=\"r3\"/></video>"
+                            "</event>"),
+              "<event><video><audio ref=\"r2\"/><audio ref=\"r2\"/><audio ref=\"r3\"/></video>"
+              "</event>");
+    EXPECT_EQ(hasErrors, true);
+    EXPECT_EQ(host.calls, Strings{"info: Checking for FCPX-specific errors..."});
+}
+
+TEST_F(EventRepairTest, takesTheFirstReferenceWhereverItStands) {
+    EXPECT_EQ(repairLibrary("<event><video><audio a=\"1\"/><audio ref=\"r 3\"/><audio ref=\"r4\"/>"
+                            "</video></event>"),
+              "<event><video><audio a=\"1\" ref=\"r 3\"/><audio ref=\"r 3\"/><audio ref=\"r4\"/>"
+              "</video></event>");
+}
+
+TEST_F(EventRepairTest, leavesASoundClipAlone) {
+    const std::string sound =
+        "<event><video><audio ref=\"r1\"/><audio ref=\"r2\"/></video></event>";
+    EXPECT_EQ(repairLibrary(sound), sound);
+    EXPECT_EQ(hasErrors, false);
+}
+
+TEST_F(EventRepairTest, leavesAClipWithoutAnyReferenceAlone) {
+    const std::string hopeless = "<event><video><audio/><audio/></video></event>";
+    EXPECT_EQ(repairLibrary(hopeless), hopeless);
+    EXPECT_EQ(hasErrors, false);
+}
+
+TEST_F(EventRepairTest, countsAnEmptyReferenceAsOne) {
+    EXPECT_EQ(repairLibrary("<event><video><audio ref=\"\"/><audio/></video></event>"),
+              "<event><video><audio ref=\"\"/><audio ref=\"\"/></video></event>");
+    EXPECT_EQ(hasErrors, true);
+}
+
+TEST_F(EventRepairTest, findsClipsAtAnyDepthAndInEachEvent) {
+    EXPECT_EQ(repairLibrary("<event><clip><spine><video><audio ref=\"r1\"/><audio/></video></spine>"
+                            "</clip></event>"
+                            "<event><video><audio/><audio ref=\"r2\"/></video></event>"),
+              "<event><clip><spine><video><audio ref=\"r1\"/><audio ref=\"r1\"/></video></spine>"
+              "</clip></event>"
+              "<event><video><audio ref=\"r2\"/><audio ref=\"r2\"/></video></event>");
+}
+
+TEST_F(EventRepairTest, takesOnlyAudioChildrenOfEachClipTogether) {
+    const std::string nested =
+        "<event><video><audio ref=\"r1\"/><video><audio/></video><gap><audio/></gap></video>"
+        "</event>";
+    EXPECT_EQ(repairLibrary(nested), nested);
+    EXPECT_EQ(hasErrors, false);
+}
+
+TEST_F(EventRepairTest, remembersAMendedClipBeforeASoundOne) {
+    EXPECT_EQ(repairLibrary("<event><video><audio/><audio ref=\"r1\"/></video>"
+                            "<video><audio ref=\"r2\"/></video></event>"),
+              "<event><video><audio ref=\"r1\"/><audio ref=\"r1\"/></video>"
+              "<video><audio ref=\"r2\"/></video></event>");
+    EXPECT_EQ(hasErrors, true);
+}
+
+TEST_F(EventRepairTest, neverLooksOutsideTheFirstLibrarysEvents) {
+    const std::string clip = "<video><audio ref=\"r1\"/><audio/></video>";
+    const Strings texts = {
+        "<fcpxml><event>" + clip + "</event></fcpxml>",
+        "<fcpxml><library>" + clip + "</library></fcpxml>",
+        "<fcpxml><library/><library><event>" + clip + "</event></library></fcpxml>",
+        "<xmeml><library><event>" + clip + "</event></library></xmeml>",
+        "<fcpxml><library><event><audio ref=\"r1\"/><audio/></event></library></fcpxml>"};
+    for (const std::string& text : texts) {
+        EXPECT_EQ(repair(text), text);
+        EXPECT_EQ(hasErrors, false) << text;
+    }
+}
+
+TEST_F(EventRepairTest, onlyReportsTheCheckForAFileWithoutALibrary) {
+    EXPECT_EQ(repair("<fcpxml/>"), "<fcpxml/>");
+    EXPECT_EQ(hasErrors, false);
+    EXPECT_EQ(host.calls, Strings{"info: Checking for FCPX-specific errors..."});
+}
+
+TEST_F(EventRepairTest, changesNoFlagOfItsDocument) {
+    repairLibrary("<event><video><audio ref=\"r2\"/><audio/></video></event>");
+    EXPECT_FALSE(host.hasErrors);
+    EXPECT_TRUE(host.wasRepaired);
+}
+
+TEST_F(EventRepairTest, needsNoOutput) {
+    std::unique_ptr<XMLDocument> document = test::parsed(
+        "<fcpxml><library><event><video><audio ref=\"r\"/><audio/></video></event></library>"
+        "</fcpxml>");
+    document = repairFCPXDocument(host, std::move(document), nullptr);
+    ASSERT_NE(document, nullptr);
+    EXPECT_NE(document->xmlString().find("<audio ref=\"r\"/>\n                <audio ref=\"r\"/>"),
+              std::string::npos);
+}
+
+TEST_F(EventRepairTest, setsTheOutputWithoutADocument) {
+    bool found = true;
+    EXPECT_EQ(repairFCPXDocument(host, nullptr, &found), nullptr);
+    EXPECT_FALSE(found);
+    EXPECT_EQ(host.calls, Strings{"info: Checking for FCPX-specific errors..."});
+}
+
+TEST_F(EventRepairTest, passesAnExceptionOn) {
+    host.raiseAtCall = "info: Checking for FCPX-specific errors...";
+    EXPECT_THROW(static_cast<void>(repairFCPXDocument(host, test::parsed("<fcpxml/>"), nullptr)),
+                 platform::Exception);
+}
+
+}  // namespace
+}  // namespace vornic
