@@ -9,6 +9,7 @@
 #include "foundation/QMLog.h"
 #include "foundation/Text.h"
 #include "platform/Exception.h"
+#include "repair/SpecialBytes.h"
 
 namespace vornic {
 
@@ -18,47 +19,38 @@ namespace {
 constexpr std::size_t kLengthThatNeedsAMaximum = 512001;
 // The bar is told every index but the multiples of this one.
 constexpr std::int64_t kSilentInterval = 6144;
-// How many units may pass before the observer is asked and told again.
-constexpr std::int64_t kUnitsPerRound = 4096;
+// How many bytes may pass before the observer is asked and told again.
+constexpr std::ptrdiff_t kBytesPerRound = 16384;
 // How far behind an ampersand the semicolon of a reference may stand.
 constexpr int kReferenceReach = 6;
 
 constexpr std::string_view kCDATAStart = "<![CDATA";
 constexpr std::string_view kCDATAEnd = "]]>";
 
-// What a byte means in one of the three states of the scan.
-using ByteTable = std::array<bool, 256>;
-
-constexpr bool isKeptASCII(unsigned byte) {
-    return byte == '\t' || byte == '\n' || byte == '\r' || (byte >= 0x20 && byte <= 0x7E);
+bool isPrintableASCII(unsigned char byte) {
+    return byte >= 0x20 && byte <= 0x7E;
 }
 
-// Bytes that are copied as they are, without a look at anything else.
-constexpr ByteTable plainBytes(std::string_view special) {
-    ByteTable table{};
-    for (unsigned byte = 0; byte < table.size(); ++byte) {
-        table[byte] = isKeptASCII(byte) && special.find(static_cast<char>(byte)) == special.npos;
+std::string_view referenceTo(unsigned char markup) {
+    switch (markup) {
+        case '"':
+            return "&quot;";
+        case '\'':
+            return "&apos;";
+        case '>':
+            return "&gt;";
+        default:
+            return "&amp;";
     }
-    return table;
 }
-
-constexpr ByteTable plainBytesInCDATA() {
-    ByteTable table{};
-    for (unsigned byte = 0; byte < 0x80; ++byte) {
-        table[byte] = byte != '<' && byte != '>';
-    }
-    return table;
-}
-
-constexpr ByteTable kPlainInText = plainBytes("<>&\"'");
-constexpr ByteTable kPlainInTag = plainBytes("<>");
-constexpr ByteTable kPlainInCDATA = plainBytesInCDATA();
 
 struct Character {
     std::uint32_t codePoint = 0;
     int bytes = 1;
     int units = 1;
 };
+
+constexpr Character kOneByte;
 
 Character decode(const unsigned char* at) {
     if (*at < 0x80) {
@@ -80,10 +72,13 @@ class Scan {
     Scan(std::string_view text, CharacterFilterObserver& observer)
         : observer_(observer),
           begin_(reinterpret_cast<const unsigned char*>(text.data())),
+          end_(begin_ + text.size()),
+          specialBytes_(begin_, end_),
           at_(begin_),
-          end_(begin_ + text.size()) {
+          uncopied_(begin_),
+          roundEnd_(begin_) {
         // Memory that is reserved and never written costs nothing; a second allocation would.
-        output_.reserve(text.size() * 2);
+        output_.reserve(text.size() + text.size() / 4);
     }
 
     std::optional<std::string> run() {
@@ -91,31 +86,24 @@ class Scan {
             if (observer_.isCancelled()) {
                 return std::nullopt;
             }
-            const std::int64_t roundEnd = index_ + kUnitsPerRound;
-            while (at_ < end_ && index_ < roundEnd && !stopped_) {
-                copyPlainRun(roundEnd);
-                if (at_ < end_ && index_ < roundEnd) {
-                    takeCharacter();
-                }
-            }
-            tellFinished();
-            if (stopped_) {
+            roundEnd_ = at_ + std::min(end_ - at_, kBytesPerRound);
+            takeRound();
+            if (cancelled_ || !tellFinished()) {
                 return std::nullopt;
             }
         }
+        copyPassed();
         return std::move(output_);
     }
 
   private:
-    void copyPlainRun(std::int64_t roundEnd) {
-        const ByteTable& plain = inCDATA_ ? kPlainInCDATA : (inTag_ ? kPlainInTag : kPlainInText);
-        const unsigned char* limit = at_ + std::min<std::ptrdiff_t>(end_ - at_, roundEnd - index_);
-        const unsigned char* start = at_;
-        while (at_ < limit && plain[*at_]) {
-            ++at_;
+    void takeRound() {
+        while (at_ < roundEnd_) {
+            at_ = std::min(specialBytes_.firstFrom(at_), roundEnd_);
+            if (at_ < roundEnd_) {
+                takeCharacter();
+            }
         }
-        output_.append(reinterpret_cast<const char*>(start), static_cast<std::size_t>(at_ - start));
-        index_ += at_ - start;
     }
 
     void takeCharacter() {
@@ -127,31 +115,26 @@ class Scan {
     }
 
     void takeInMarkup() {
-        if (*at_ == '<') {
-            replaceByte("&lt;");
-        } else if (*at_ == '>') {
+        if (*at_ == '>') {
             closeMarkup();
-        } else if (inCDATA_) {
-            keepCharacter();
+        } else if (*at_ == '<') {
+            replace(kOneByte, "&lt;");
+        } else if (inCDATA_ || isPrintableASCII(*at_)) {
+            pass(decode(at_));
         } else {
             classify();
         }
     }
 
     void takeInText() {
-        switch (*at_) {
-            case '"':
-                return replaceByte("&quot;");
-            case '\'':
-                return replaceByte("&apos;");
-            case '>':
-                return replaceByte("&gt;");
-            case '&':
-                return replaceByte(beginsReference() ? "&" : "&amp;");
-            case '<':
-                return openMarkup();
-            default:
-                return classify();
+        if (*at_ == '<') {
+            openMarkup();
+        } else if (*at_ == '&' && beginsReference()) {
+            pass(kOneByte);
+        } else if (isPrintableASCII(*at_)) {
+            replace(kOneByte, referenceTo(*at_));
+        } else {
+            classify();
         }
     }
 
@@ -159,63 +142,71 @@ class Scan {
         inTag_ = true;
         inCDATA_ = static_cast<std::size_t>(end_ - at_) > kCDATAStart.size() &&
                    std::equal(kCDATAStart.begin(), kCDATAStart.end(), at_);
-        replaceByte("<");
+        pass(kOneByte);
     }
 
     void closeMarkup() {
-        if (index_ < 2) {
+        if (index() < 2) {
             throw platform::RangeException(formatString(
-                "a range of 3 characters at index %lli lies outside the text", index_ - 2));
+                "a range of 3 characters at index %lli lies outside the text", index() - 2));
         }
         inTag_ = false;
-        if (std::equal(kCDATAEnd.begin(), kCDATAEnd.end(), at_ - 2)) {
-            inCDATA_ = false;
-        }
-        replaceByte(">");
+        inCDATA_ = inCDATA_ && !std::equal(kCDATAEnd.begin(), kCDATAEnd.end(), at_ - 2);
+        pass(kOneByte);
     }
 
     // A character that is no plain ASCII, outside CDATA.
     void classify() {
         const Character character = decode(at_);
         if (character.codePoint < 0x20 || character.codePoint >= 0xD800) {
-            remove(character);
+            removeInRoundOfItsOwn(character);
             return;
         }
-        std::array<char, 12> digits;
-        char* const last =
-            std::to_chars(digits.data(), digits.data() + digits.size(), character.codePoint).ptr;
-        output_.append("&#");
-        output_.append(digits.data(), last);
-        output_.push_back(';');
-        pass(character);
+        std::array<char, 16> reference{'&', '#'};
+        char* last = std::to_chars(reference.data() + 2, reference.data() + reference.size() - 1,
+                                   character.codePoint)
+                         .ptr;
+        *last++ = ';';
+        replace(character, {reference.data(), static_cast<std::size_t>(last - reference.data())});
     }
 
-    void remove(const Character& character) {
-        at_ += character.bytes;
-        for (int unit = 0; unit < character.units && !stopped_; ++unit) {
-            tellFinished();
-            observer_.removedUnit(index_);
-            ++index_;
-            stopped_ = observer_.isCancelled();
+    // The observer is asked and told just before and just after a removal, which it may answer with
+    // a cancellation.
+    void removeInRoundOfItsOwn(const Character& character) {
+        roundEnd_ = at_;
+        if (firstUntold_ < index()) {
+            return;
         }
+        observer_.removedUnit(firstUntold_);
+        if (character.units == 2) {
+            static_cast<void>(observer_.finishedUnits(firstUntold_, firstUntold_));
+            ++firstUntold_;
+            cancelled_ = observer_.isCancelled();
+            if (cancelled_) {
+                return;
+            }
+            observer_.removedUnit(firstUntold_);
+        }
+        replace(character, "");
+        roundEnd_ = at_;
     }
 
-    void keepCharacter() {
-        const Character character = decode(at_);
-        output_.append(reinterpret_cast<const char*>(at_),
-                       static_cast<std::size_t>(character.bytes));
-        pass(character);
-    }
-
-    void replaceByte(std::string_view replacement) {
-        output_.append(replacement);
-        ++at_;
-        ++index_;
-    }
-
+    // What is kept as it is waits to be copied together with its neighbours.
     void pass(const Character& character) {
         at_ += character.bytes;
-        index_ += character.units;
+        surplusBytes_ += character.bytes - character.units;
+    }
+
+    void replace(const Character& character, std::string_view replacement) {
+        copyPassed();
+        output_.append(replacement);
+        pass(character);
+        uncopied_ = at_;
+    }
+
+    void copyPassed() {
+        output_.append(reinterpret_cast<const char*>(uncopied_),
+                       static_cast<std::size_t>(at_ - uncopied_));
     }
 
     [[nodiscard]] bool beginsReference() const {
@@ -231,23 +222,29 @@ class Scan {
         return false;
     }
 
-    void tellFinished() {
-        if (firstUntold_ < index_) {
-            observer_.finishedUnits(firstUntold_, index_ - 1);
-            firstUntold_ = index_;
-        }
+    [[nodiscard]] std::int64_t index() const { return at_ - begin_ - surplusBytes_; }
+
+    [[nodiscard]] bool tellFinished() {
+        const std::int64_t first = firstUntold_;
+        firstUntold_ = index();
+        return first == firstUntold_ || observer_.finishedUnits(first, firstUntold_ - 1);
     }
 
     CharacterFilterObserver& observer_;
     const unsigned char* begin_;
-    const unsigned char* at_;
     const unsigned char* end_;
+    SpecialBytes specialBytes_;
+    const unsigned char* at_;
+    // Everything before is in the output.
+    const unsigned char* uncopied_;
+    const unsigned char* roundEnd_;
     std::string output_;
-    std::int64_t index_ = 0;
+    // How many bytes more than UTF-16 units lie before `at_`.
+    std::int64_t surplusBytes_ = 0;
     std::int64_t firstUntold_ = 0;
     bool inTag_ = false;
     bool inCDATA_ = false;
-    bool stopped_ = false;
+    bool cancelled_ = false;
 };
 
 class HostObserver : public CharacterFilterObserver {
@@ -262,8 +259,8 @@ class HostObserver : public CharacterFilterObserver {
         host_.setFileWasRepaired(true);
     }
 
-    void finishedUnits(std::int64_t first, std::int64_t last) override {
-        host_.setProgressValues(first, last, kSilentInterval);
+    bool finishedUnits(std::int64_t first, std::int64_t last) override {
+        return host_.setProgressValues(first, last, kSilentInterval);
     }
 
   private:
@@ -282,9 +279,11 @@ std::optional<std::string> filterInvalidCharsInString(RepairHost& host, std::str
         return std::nullopt;
     }
     QMLog::appendLog("Filtering invalid characters from string...");
-    const std::size_t length = utf16Length(text);
-    if (length >= kLengthThatNeedsAMaximum) {
-        host.setProgressMax(static_cast<std::int64_t>(length));
+    if (text.size() >= kLengthThatNeedsAMaximum) {
+        const std::size_t length = utf16Length(text);
+        if (length >= kLengthThatNeedsAMaximum) {
+            host.setProgressMax(static_cast<std::int64_t>(length));
+        }
     }
     HostObserver observer(host);
     std::optional<std::string> filtered = filterInvalidCharacters(text, observer);
@@ -296,10 +295,11 @@ std::optional<std::string> filterInvalidCharsInString(RepairHost& host, std::str
 
 std::string stripInvalidCharsFromData(std::string_view data) {
     QMLog::appendLog("Stripping invalid characters from data...");
-    std::string kept;
-    kept.reserve(data.size());
-    std::copy_if(data.begin(), data.end(), std::back_inserter(kept),
-                 [](char byte) { return byte >= 0x20 && byte <= 0x7E; });
+    std::string kept(data);
+    kept.erase(std::remove_if(
+                   kept.begin(), kept.end(),
+                   [](char byte) { return !isPrintableASCII(static_cast<unsigned char>(byte)); }),
+               kept.end());
     return kept;
 }
 

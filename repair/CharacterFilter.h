@@ -20,8 +20,9 @@ class CharacterFilterObserver {
     /// told twice, for each of its two units.
     virtual void removedUnit(std::int64_t index) = 0;
     /// The units from `first` to `last` are done. Every unit is told once, in order; a removed one
-    /// after its removal.
-    virtual void finishedUnits(std::int64_t first, std::int64_t last) = 0;
+    /// by itself, after its removal.
+    /// @return false to end the filtering.
+    [[nodiscard]] virtual bool finishedUnits(std::int64_t first, std::int64_t last) = 0;
 };
 
 /// Rewrites the text of an XML file so that it will parse, in one pass: removes the characters that

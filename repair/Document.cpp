@@ -56,7 +56,7 @@ void Document::setFilePath(Text path) {
 
 bool Document::readFromURL(const std::string& path, std::string_view /*ofType*/, Error* error) {
     filePath_ = path;
-    repair();
+    startRepairOnThread(path, "-[Document readFromURL:ofType:error:]");
     if (error != nullptr) {
         *error = Error{std::string(kOSStatusErrorDomain), kUnimplementedStatus,
                        "The operation could not be completed."};
@@ -83,11 +83,15 @@ void Document::repair() {
     if (!filePath_ || filePath_->empty()) {
         return;
     }
-    runDetached([path = *filePath_](Document& document) { document.startRepair(path); });
+    startRepairOnThread(*filePath_, "-[Document repair:]");
 }
 
-void Document::runDetached(std::function<void(Document&)> work) {
-    platform::detachNewThread([self = shared_from_this(), work = std::move(work)]() mutable {
+void Document::startRepairOnThread(const std::string& path, const char* forMethod) {
+    runDetached([path](Document& document) { document.startRepair(path); }, forMethod);
+}
+
+void Document::runDetached(std::function<void(Document&)> work, const char* forMethod) {
+    auto body = [self = shared_from_this(), work = std::move(work)]() mutable {
         try {
             work(*self);
         } catch (const std::exception& exception) {
@@ -96,7 +100,12 @@ void Document::runDetached(std::function<void(Document&)> work) {
         }
         // The last owner of a document lets go of it where its window lives.
         MainThread::perform([last = std::move(self)]() mutable { last.reset(); });
-    });
+    };
+    try {
+        platform::detachNewThread(std::move(body));
+    } catch (const platform::Exception& exception) {
+        QMException::logException(exception, forMethod);
+    }
 }
 
 RepairOutcome Document::startRepair(const std::string& path) {
@@ -120,7 +129,8 @@ void Document::showConvertDialog() {
         return;
     }
     inWindow([](DocumentWindow& window) { window.beginConvertSheet(); });
-    runDetached([path](Document& document) { document.populateConversionDataForFile(path); });
+    runDetached([path](Document& document) { document.populateConversionDataForFile(path); },
+                "-[Document showConvertDialog:]");
 }
 
 void Document::closeConvertDialog() {
@@ -304,12 +314,13 @@ void Document::setProgressValue(std::int64_t value) {
     progressValue_.store(value, std::memory_order_relaxed);
 }
 
-void Document::setProgressValues(std::int64_t first, std::int64_t last, std::int64_t except) {
+bool Document::setProgressValues(std::int64_t first, std::int64_t last, std::int64_t except) {
     // Nobody can see the values in between.
     const std::int64_t latest = last % except == 0 ? last - 1 : last;
     if (latest >= first) {
         setProgressValue(latest);
     }
+    return true;
 }
 
 void Document::cancelProgress() {
@@ -350,19 +361,20 @@ void Document::appendBoldErrorInfoText(std::string_view text) {
 
 void Document::appendInfoText(std::string_view text, bool isError, bool isBold) {
     if (!hasGUI_) {
-        QMLog::appendLog("%@", text);
-        if (reportOutput_) {
-            reportOutput_(text);
-        }
+        appendInPlace(text, isError, isBold);
         return;
     }
-    MainThread::performAndWait([&] { appendOnMainThread(text, isError, isBold); });
+    MainThread::performAndWait([&] { appendInPlace(text, isError, isBold); });
 }
 
-void Document::appendOnMainThread(std::string_view text, bool isError, bool isBold) {
+void Document::appendInPlace(std::string_view text, bool isError, bool isBold) {
     try {
         QMLog::appendLog("%@", text);
-        if (window_) {
+        if (!hasGUI_) {
+            if (reportOutput_) {
+                reportOutput_(text);
+            }
+        } else if (window_) {
             const std::string_view separator = window_->reportIsEmpty() ? "" : "\n\n";
             window_->insertReportText(std::string(separator).append(text), isError, isBold);
         }

@@ -116,7 +116,7 @@ class Document : public std::enable_shared_from_this<Document>,
     void setIndeterminateProgress() override;
     void incrementProgress();
     void setProgressValue(std::int64_t value) override;
-    void setProgressValues(std::int64_t first, std::int64_t last, std::int64_t except) override;
+    bool setProgressValues(std::int64_t first, std::int64_t last, std::int64_t except) override;
     /// The action of the cancel button. Main thread.
     void cancelProgress();
     /// The bar as it stands: its maximum (0 while it is indeterminate) and its value. Any thread.
@@ -171,8 +171,10 @@ class Document : public std::enable_shared_from_this<Document>,
     // Runs something that draws, on the main thread, when there is a window to draw in.
     void inWindow(const std::function<void(DocumentWindow&)>& draw) const;
     void setConvertInterfaceEnabled(bool enabled);
-    void appendOnMainThread(std::string_view text, bool isError, bool isBold);
-    void runDetached(std::function<void(Document&)> work);
+    void appendInPlace(std::string_view text, bool isError, bool isBold);
+    void startRepairOnThread(const std::string& path, const char* forMethod);
+    // Runs the work on a new thread. @param forMethod logged when the system has no thread to give.
+    void runDetached(std::function<void(Document&)> work, const char* forMethod);
     void convertFile(const std::string& path);
 
     std::atomic<bool> hasGUI_ = true;

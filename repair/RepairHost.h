@@ -32,10 +32,18 @@ class RepairHost {
     /// Stands for `setProgressValue` of each value from `first` to `last` that is no multiple of
     /// `except`, in order, up to the moment of a cancellation. A host of which only the latest
     /// value can be seen may set that alone.
-    virtual void setProgressValues(std::int64_t first, std::int64_t last, std::int64_t except) {
-        for (std::int64_t value = first; value <= last && !progressCancelled(); ++value) {
+    /// @return false when a cancellation came before the last value.
+    [[nodiscard]] virtual bool setProgressValues(std::int64_t first, std::int64_t last,
+                                                 std::int64_t except) {
+        for (std::int64_t value = first;; ++value) {
             if (value % except != 0) {
                 setProgressValue(value);
+            }
+            if (value >= last) {
+                return true;
+            }
+            if (progressCancelled()) {
+                return false;
             }
         }
     }

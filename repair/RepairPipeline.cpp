@@ -6,6 +6,7 @@
 #include "foundation/QMException.h"
 #include "foundation/QMLog.h"
 #include "foundation/Text.h"
+#include "foundation/Utf8.h"
 #include "platform/AtomicFile.h"
 #include "platform/FileAttributes.h"
 #include "platform/UserPreferences.h"
@@ -15,15 +16,13 @@
 #include "repair/HeaderChecks.h"
 #include "repair/VersionTagCheck.h"
 #include "xml/TextDecoding.h"
-#include "xml/XMLReader.h"
+#include "xml/XMLFileCodes.h"
 
 namespace vornic {
 
 namespace {
 
 constexpr int kFCPXML = 1;
-constexpr std::uint32_t kXMLTypeCode = 0x584D4C20;      // "XML "
-constexpr std::uint32_t kFinalCutCreator = 0x4B657947;  // "KeyG"
 
 // The folder of a path, in a form that system calls take.
 std::string folderOf(const std::string& path) {
@@ -32,11 +31,10 @@ std::string folderOf(const std::string& path) {
 }
 
 // The preferences hold text; a path may hold any bytes.
-std::string asText(std::string path) {
-    while (const auto bad = firstInvalidUTF8(path)) {
-        path.replace(*bad, 1, "\uFFFD");
-    }
-    return path;
+platform::PropertyList asPreference(const std::string& path) {
+    std::string text;
+    appendAsValidUtf8(text, path);
+    return platform::PropertyList(std::move(text));
 }
 
 bool moveToTrash(const std::string& path, ErrorSlot& error) {
@@ -51,9 +49,8 @@ std::string RepairPipeline::workingCopyPath(const std::string& path, int xmlType
            formatString("-backup.%@", xmlType == kFCPXML ? "fcpxml" : "xml");
 }
 
-RepairOutcome RepairPipeline::run(const std::string& path) {
+RepairOutcome RepairPipeline::run(const std::string& path) && {
     path_ = path;
-    outcome_ = RepairOutcome::stopped;
     try {
         const bool judged =
             begin() && clearWorkingCopyPath() && makeWorkingCopy() && readText() && load() &&
@@ -64,7 +61,6 @@ RepairOutcome RepairPipeline::run(const std::string& path) {
         }
     } catch (const platform::Exception& exception) {
         QMException::logException(exception, "-[Document startRepair:]");
-        outcome_ = RepairOutcome::stopped;
     } catch (...) {
         host_.endProgress();
         throw;
@@ -86,8 +82,7 @@ bool RepairPipeline::begin() {
         return false;
     }
     ErrorSlot ignored;  // a preference that can't be stored is no reason not to repair
-    platform::UserPreferences().setValue("filepath", platform::PropertyList(asText(path_)),
-                                         ignored);
+    platform::UserPreferences().setValue("filepath", asPreference(path_), ignored);
     host_.clearInfoText();
     const std::string start = formatString("Starting repair for file %@...", path_);
     host_.appendBoldInfoText(start);
@@ -116,6 +111,7 @@ bool RepairPipeline::makeWorkingCopy() {
     }
     error_.reset();
     if (platform::copyFile(path_, workingCopy_, error_)) {
+        ownCopy_ = platform::fileIdentity(workingCopy_);
         return true;
     }
     return stopBeforeCopy(
@@ -193,14 +189,19 @@ bool RepairPipeline::load() {
     }
     hasDocument_ = true;
     host_.appendInfoText("File loaded successfully.");
-    for (const XMLMend& mend : reading.mends) {
+    return reportMends(reading.mends) && !cancelled();
+}
+
+bool RepairPipeline::reportMends(const std::vector<XMLMend>& mends) {
+    for (const XMLMend& mend : mends) {
+        host_.setFileHasErrs(true);
         host_.appendErrorInfoText(
             formatString("Line %li, column %li: %@", mend.line, mend.column, mend.what));
+        if (cancelled()) {
+            return false;
+        }
     }
-    if (!reading.mends.empty()) {
-        host_.setFileHasErrs(true);
-    }
-    return !cancelled();
+    return true;
 }
 
 bool RepairPipeline::filterAfterFailedLoad() {
@@ -213,11 +214,9 @@ bool RepairPipeline::filterAfterFailedLoad() {
     }
     host_.appendErrorInfoText("Filtering invalid characters...");
     host_.setProgressLabel("Filtering invalid characters...");
-    std::optional<std::string> filtered = filterInvalidCharsInString(host_, text_);
-    if (cancelled() || !filtered) {
+    if (!filterText()) {
         return false;
     }
-    text_ = std::move(*filtered);
     XMLReading reading = readXML(text_, XMLMode::strict);
     hasDocument_ = !reading.fault.has_value();
     if (reading.fault) {
@@ -231,14 +230,22 @@ bool RepairPipeline::filterAfterFailedLoad() {
     return !cancelled();
 }
 
-bool RepairPipeline::filterAndParse() {
-    reportAndLabel("Filtering invalid characters...");
+bool RepairPipeline::filterText() {
     std::optional<std::string> filtered = filterInvalidCharsInString(host_, text_);
-    if (cancelled() || !filtered) {
+    if (!filtered) {
+        outcome_ = RepairOutcome::cancelled;
         return false;
     }
-    std::string().swap(text_);  // its memory is needed for the tree
-    document_ = XMLDocument::parse(std::move(*filtered), XMLMode::strict, error_);
+    text_ = std::move(*filtered);
+    return !cancelled();
+}
+
+bool RepairPipeline::filterAndParse() {
+    reportAndLabel("Filtering invalid characters...");
+    if (!filterText()) {
+        return false;
+    }
+    document_ = XMLDocument::parse(std::move(text_), XMLMode::strict, error_);
     return true;
 }
 
@@ -275,17 +282,8 @@ bool RepairPipeline::repairEvents() {
 }
 
 bool RepairPipeline::save() {
-    if (document_) {
-        platform::AtomicFile file;
-        // Most working copies are deleted again, so this one reaches the disk just before the swap.
-        const bool written = file.open(workingCopy_, error_) &&
-                             document_->serialize([&](std::string_view piece) {
-                                 return file.write(piece, error_);
-                             }) &&
-                             file.commit(platform::Durability::buffered, error_);
-        if (written) {
-            saved_ = file.identity();
-        }
+    if (document_ && ensureOwnWorkingCopy()) {
+        writeWorkingCopy();
     }
     if (error_) {
         host_.setFileHasErrs(true);
@@ -293,6 +291,28 @@ bool RepairPipeline::save() {
         host_.appendBoldErrorInfoText(formatString("Unable to save file: %@", slotDescription()));
     }
     return !cancelled();
+}
+
+// What is saved gets its mode, owner and attributes from the working copy, and nothing that stands
+// in that one's place, a link to the user's file perhaps, may be written.
+bool RepairPipeline::ensureOwnWorkingCopy() {
+    if (workingCopyIsOurs()) {
+        return true;
+    }
+    return (!platform::nodeExists(workingCopy_) || platform::removeFile(workingCopy_, error_)) &&
+           platform::copyFile(path_, workingCopy_, error_);
+}
+
+bool RepairPipeline::writeWorkingCopy() {
+    platform::AtomicFile file;
+    const auto write = [&](std::string_view piece) { return file.write(piece, error_); };
+    // Most working copies are deleted again, so this one reaches the disk just before the swap.
+    if (!file.open(workingCopy_, error_) || !document_->serialize(write) ||
+        !file.commit(platform::Durability::buffered, error_)) {
+        return false;
+    }
+    ownCopy_ = file.identity();
+    return true;
 }
 
 bool RepairPipeline::updateCodes() {
@@ -305,8 +325,8 @@ bool RepairPipeline::updateCodes() {
         reportAttributeError("Unable to load file attributes. %@");
     } else {
         platform::FileAttributes changed = attributes.value_or(platform::FileAttributes{});
-        changed.hfsTypeCode = kXMLTypeCode;
-        changed.hfsCreatorCode = kFinalCutCreator;
+        changed.hfsTypeCode = kXMLFileTypeCode;
+        changed.hfsCreatorCode = kXMLFileCreatorCode;
         platform::writeFileAttributes(workingCopy_, changed, error_);
         if (error_) {
             reportAttributeError("Unable to write file attributes. %@");
@@ -349,17 +369,11 @@ void RepairPipeline::finishRepaired() {
         "The file was repaired successfully. Errors were found in the file and were successfully "
         "repaired.");
     outcome_ = RepairOutcome::repairedNotSwapped;
-    ErrorSlot swapError;
     if (!workingCopyIsOurs()) {
         host_.appendErrorInfoText(formatString(
-            "The temporary file %@ was changed by another program. The file %@ was left as it is.",
+            "The temporary file %@ was replaced by another program. The file %@ was left as it is.",
             workingCopy_, path_));
-    } else if (!platform::synchronizeFile(workingCopy_, swapError) ||
-               !moveToTrash(path_, swapError)) {
-        host_.appendErrorInfoText(
-            formatString("The file %@ could not be moved to the Trash. %@ The repaired file is %@.",
-                         path_, swapError ? swapError->localizedDescription() : "", workingCopy_));
-    } else if (platform::moveFile(workingCopy_, path_, error_)) {
+    } else if (moveSourceToTrash() && platform::moveFile(workingCopy_, path_, error_)) {
         outcome_ = RepairOutcome::repairedAndSwapped;
     }
     if (error_) {
@@ -369,12 +383,28 @@ void RepairPipeline::finishRepaired() {
                        "Errors were found in the file and were successfully repaired.");
 }
 
-bool RepairPipeline::workingCopyIsOurs() {
-    return saved_.has_value() && platform::fileIdentity(workingCopy_) == saved_;
+bool RepairPipeline::moveSourceToTrash() {
+    ErrorSlot error;
+    if (platform::synchronizeFile(workingCopy_, error) && moveToTrash(path_, error)) {
+        return true;
+    }
+    QMLog::appendLog("The file %@ could not be moved to the Trash. %@ The repaired file is %@.",
+                     path_, error ? error->localizedDescription() : "", workingCopy_);
+    return false;
+}
+
+bool RepairPipeline::workingCopyIsOurs() const {
+    return ownCopy_.has_value() && platform::fileIdentity(workingCopy_) == ownCopy_;
 }
 
 void RepairPipeline::removeWorkingCopy() {
-    platform::removeFile(workingCopy_, error_);
+    if (platform::nodeExists(workingCopy_) && !workingCopyIsOurs()) {
+        // Another repair of the same file works with it.
+        QMLog::appendLog("The temporary file %@ was replaced by another program and left there.",
+                         workingCopy_);
+    } else {
+        platform::removeFile(workingCopy_, error_);
+    }
     if (error_) {
         reportUnremovedCopy();
     }

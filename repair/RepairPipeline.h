@@ -4,11 +4,13 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/Error.h"
 #include "platform/FileSystem.h"
 #include "repair/RepairHost.h"
 #include "xml/XMLDocument.h"
+#include "xml/XMLReader.h"
 
 namespace vornic {
 
@@ -19,21 +21,21 @@ enum class RepairOutcome {
     /// The user's file is in the Trash and the repaired one has its path.
     repairedAndSwapped,
     /// The file was repaired, but the user's file could not be moved to the Trash or the repaired
-    /// one
-    /// not to its path; neither is lost.
+    /// one not to its path; neither is lost.
     repairedNotSwapped,
     /// Something could not be mended; the user's file is as it was.
     unable,
     /// The user or a signal cancelled; the user's file is as it was.
     cancelled,
-    /// The run ended before it could judge the file, or by an exception; the user's file is as it
-    /// was.
+    /// The run ended, by an exception perhaps, before it could judge the file; the user's file is
+    /// as it was.
     stopped,
 };
 
 /// One repair of one file: makes a working copy beside it, loads, filters, checks and mends that,
 /// and puts it in the file's place when, and only when, faults were found and all of them mended.
-/// The user's file itself is never written; it ends untouched or in the Trash.
+/// The user's file itself is never written; it ends untouched or in the Trash. An object makes one
+/// run.
 class RepairPipeline {
   public:
     explicit RepairPipeline(RepairHost& host) : host_(host) {}
@@ -41,7 +43,7 @@ class RepairPipeline {
     /// Runs the whole repair on the calling thread. `platform::Exception` is caught and logged;
     /// other exceptions pass on after the progress sheet has been ended.
     /// @param path the user's file, best absolute: it is stored in the preferences as it stands.
-    RepairOutcome run(const std::string& path);
+    RepairOutcome run(const std::string& path) &&;
 
     /// The path of the working copy: the file's path with "-backup.xml", or "-backup.fcpxml" when
     /// `xmlType` is 1, in place of its extension.
@@ -55,7 +57,9 @@ class RepairPipeline {
     bool readText();
     bool readRawBytes();
     bool load();
+    bool reportMends(const std::vector<XMLMend>& mends);
     bool filterAfterFailedLoad();
+    bool filterText();
     bool filterAndParse();
     bool checkHeader();
     bool repairEvents();
@@ -66,7 +70,10 @@ class RepairPipeline {
     void finishSound();
     void finishUnable();
     void finishRepaired();
-    bool workingCopyIsOurs();
+    [[nodiscard]] bool workingCopyIsOurs() const;
+    bool ensureOwnWorkingCopy();
+    bool writeWorkingCopy();
+    bool moveSourceToTrash();
     void removeWorkingCopy();
 
     bool cancelled();
@@ -89,7 +96,8 @@ class RepairPipeline {
     // one whose tree is looked at.
     bool hasDocument_ = false;
     std::unique_ptr<XMLDocument> document_;
-    std::optional<platform::FileIdentity> saved_;
+    // The file that this run last put at the path of the working copy.
+    std::optional<platform::FileIdentity> ownCopy_;
 };
 
 }  // namespace vornic
