@@ -13,7 +13,9 @@ class SilentObserver : public CharacterFilterObserver {
   public:
     [[nodiscard]] bool isCancelled() override { return false; }
     void removedUnit(std::int64_t /*index*/) override {}
-    void finishedUnits(std::int64_t /*first*/, std::int64_t /*last*/) override {}
+    [[nodiscard]] bool finishedUnits(std::int64_t /*first*/, std::int64_t /*last*/) override {
+        return true;
+    }
 };
 
 void filteringCharacters(benchmark::State& state) {

@@ -1,0 +1,265 @@
+#include <array>
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "tests/support/ProgramRunner.h"
+#include "tests/support/Sandbox.h"
+#include "tests/support/Unprivileged.h"
+
+namespace vornic::test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::array kScripts = {"run", "test", "scripts/setup.sh"};
+
+std::vector<std::string> scriptTexts() {
+    std::vector<std::string> texts;
+    for (const std::string script : kScripts) {
+        texts.push_back(readBytes(VORNIC_SOURCE "/" + script));
+    }
+    return texts;
+}
+
+// A checkout with a machine of its own: the only programs to be found are the plain tools of every
+// system and what a test puts there. A stand-in for a tool writes how it was called into a record.
+class SetUpScripts : public ::testing::Test {
+  protected:
+    explicit SetUpScripts(bool asRoot = false)
+        : unprivileged_(asRoot ? nullptr : std::make_unique<Unprivileged>()) {}
+
+    void SetUp() override {
+        fs::create_directories(checkout_ + "/scripts");
+        fs::create_directories(tools_);
+        for (std::size_t index = 0; index < kScripts.size(); ++index) {
+            sandbox.write(std::string("checkout/") + kScripts.at(index), texts_.at(index));
+        }
+        sandbox.write("checkout/CMakePresets.json", "{}");
+        for (const char* tool :
+             {"basename", "bash", "cat", "chmod", "dirname", "env", "grep", "head", "mkdir",
+              "mktemp", "nproc", "readlink", "rm", "sort", "tail"}) {
+            linkTool(tool);
+        }
+    }
+
+    void linkTool(const std::string& name) {
+        for (const char* folder : {"/usr/bin/", "/bin/"}) {
+            if (fs::exists(folder + name)) {
+                fs::create_symlink(folder + name, tools_ + "/" + name);
+                return;
+            }
+        }
+        ADD_FAILURE() << "this system has no " << name;
+    }
+
+    // Puts a stand-in where it is found as `path`. It notes its call and then runs `script`.
+    void fake(const std::string& path, const std::string& script) {
+        fs::create_directories(fs::path(path).parent_path());
+        const std::string file = sandbox.write(
+            fs::relative(path, sandbox.folder()).string(),
+            "#!" + tools_ + "/bash\necho \"${0##*/} $*\" >>'" + record_ + "'\n" + script + "\n");
+        fs::permissions(file, fs::perms::owner_all);
+    }
+
+    void fakeTool(const std::string& name, const std::string& script = "") {
+        fake(tools_ + "/" + name, script);
+    }
+
+    void fakeBuildTools() {
+        fakeTool("c++");
+        fakeTool("cmake", kFakeCMake);
+        fakeTool("ninja", "echo 'ninja: no work to do.'");
+        fakeTool("pkg-config");
+        fakeTool("ccache");
+    }
+
+    // Debian, where installing means that the build tools appear.
+    void fakeDebian() {
+        fakeTool("dpkg");
+        std::string script = "[[ $* == *install* ]] || exit 0\n";
+        for (const char* tool : {"c++", "ninja", "pkg-config", "ccache"}) {
+            script += "printf '#!" + tools_ + "/bash\\necho ninja: no work to do.\\n' >'" + tools_ +
+                      "/" + tool + "'; ";
+        }
+        script +=
+            "cat >'" + tools_ + "/cmake' <<'END'\n#!" + tools_ + "/bash\n" + kFakeCMake + "\nEND\n";
+        script += "chmod +x '" + tools_ + "'/{c++,cmake,ninja,pkg-config,ccache}\n";
+        fakeTool("apt-get", script);
+    }
+
+    void fakeProgram(const std::string& name) {
+        fake(checkout_ + "/build/release/bin/" + name, "printf '<%s>\\n' \"$PWD\" \"$@\"");
+    }
+
+    ProgramResult run(const std::string& command, const std::vector<std::string>& arguments = {}) {
+        std::vector<std::string> all = {command};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        return runProgram({.program = tools_ + "/bash",
+                           .arguments = all,
+                           .environment = {"HOME=" + sandbox.home(), "PATH=" + tools_,
+                                           "TMPDIR=" + sandbox.folder()},
+                           .folder = sandbox.folder()});
+    }
+
+    [[nodiscard]] std::string record() const { return exists(record_) ? readBytes(record_) : ""; }
+
+  private:
+    const std::vector<std::string> texts_ = scriptTexts();
+    const std::unique_ptr<Unprivileged> unprivileged_;
+
+  protected:
+    const Sandbox sandbox;
+    const std::string checkout_ = sandbox.path("checkout");
+
+  private:
+    const std::string tools_ = sandbox.path("tools");
+    const std::string record_ = sandbox.path("record");
+    // Configuring leaves what the scripts look for.
+    const std::string kFakeCMake =
+        "if [[ $1 == --version ]]; then echo 'cmake version 3.25.1'; exit; fi\n"
+        "mkdir -p build/release; echo >build/release/build.ninja\n"
+        "echo \"CMAKE_HOME_DIRECTORY:INTERNAL=$PWD\" >build/release/CMakeCache.txt";
+};
+
+class SetUpScriptsAsRoot : public SetUpScripts {
+  protected:
+    SetUpScriptsAsRoot() : SetUpScripts(true) {}
+};
+
+}  // namespace
+
+TEST_F(SetUpScripts, listsWhatIsNeededWhereNothingCanBeInstalled) {
+    fakeTool("c++");
+    const ProgramResult result = run(checkout_ + "/run", {"a.xml"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "");
+    EXPECT_NE(result.errors.find("  * CMake 3.25 or newer"), std::string::npos) << result.errors;
+    EXPECT_NE(result.errors.find("(Debian: libplist-dev)"), std::string::npos) << result.errors;
+    EXPECT_NE(result.errors.find("    a C++20 compiler"), std::string::npos) << result.errors;
+    EXPECT_EQ(record(), "");
+}
+
+TEST_F(SetUpScripts, refusesACMakeThatIsTooOld) {
+    fakeBuildTools();
+    fakeTool("cmake", "echo 'cmake version 3.9.6'");
+    const ProgramResult result = run(checkout_ + "/run", {"a.xml"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.errors.find("  * CMake 3.25 or newer"), std::string::npos) << result.errors;
+}
+
+TEST_F(SetUpScripts, goesOnWithoutDebianWhenAllIsThere) {
+    fakeBuildTools();
+    fakeProgram("vornic-repair");
+    const ProgramResult result = run(checkout_ + "/run", {"a.xml"});
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(result.errors, "run: configuring build/release\n");
+}
+
+TEST_F(SetUpScripts, doesAndSaysNothingTheSecondTime) {
+    fakeBuildTools();
+    fakeProgram("vornic-repair");
+    EXPECT_EQ(run(checkout_ + "/run", {"a.xml"}).status, 0);
+    const ProgramResult second = run(checkout_ + "/run", {"a.xml"});
+    EXPECT_EQ(second.status, 0);
+    EXPECT_EQ(second.errors, "");
+    EXPECT_EQ(record().find("--preset"), record().rfind("--preset")) << record();
+}
+
+TEST_F(SetUpScripts, configuresAgainInAMovedCheckout) {
+    fakeBuildTools();
+    fakeProgram("vornic-repair");
+    EXPECT_EQ(run(checkout_ + "/run", {"a.xml"}).status, 0);
+    fs::rename(checkout_, sandbox.path("moved"));
+    EXPECT_EQ(run(sandbox.path("moved/run"), {"a.xml"}).status, 0);
+    EXPECT_NE(record().find("cmake --preset release --fresh"), std::string::npos) << record();
+}
+
+TEST_F(SetUpScripts, installsWhatIsMissingOnDebian) {
+    fakeDebian();
+    fakeProgram("vornic-repair");
+    fakeTool("sudo", "exec \"$@\"");
+    const ProgramResult result = run(checkout_ + "/run", {"a.xml"});
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_NE(result.errors.find("run: installing g++ cmake ninja-build pkgconf libpugixml-dev"),
+              std::string::npos)
+        << result.errors;
+    EXPECT_NE(record().find("apt-get -q update\n"), std::string::npos) << record();
+    EXPECT_NE(record().find("--no-install-recommends install g++ cmake"), std::string::npos)
+        << record();
+    EXPECT_NE(record().find("sudo env "), std::string::npos) << record();
+}
+
+TEST_F(SetUpScriptsAsRoot, needsNoSudo) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "not root";
+    }
+    fakeDebian();
+    fakeProgram("vornic-repair");
+    EXPECT_EQ(run(checkout_ + "/run", {"a.xml"}).status, 0);
+    EXPECT_NE(record().find("apt-get -q update\n"), std::string::npos) << record();
+}
+
+TEST_F(SetUpScripts, saysWhatRootHasToDoWhereThereIsNoSudo) {
+    fakeDebian();
+    const ProgramResult result = run(checkout_ + "/run", {"a.xml"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.errors.find("not root, and there is no sudo. As root:"), std::string::npos)
+        << result.errors;
+    EXPECT_EQ(record().find("apt-get"), std::string::npos) << record();
+}
+
+TEST_F(SetUpScripts, givesUpWhenTheInstallationFails) {
+    fakeTool("dpkg");
+    fakeTool("sudo", "exec \"$@\"");
+    fakeTool("apt-get", "echo 'E: no network'; exit 100");
+    const ProgramResult result = run(checkout_ + "/test");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.errors.find("E: no network"), std::string::npos) << result.errors;
+    EXPECT_NE(result.errors.find("test: install what is missing and start again"),
+              std::string::npos)
+        << result.errors;
+}
+
+TEST_F(SetUpScripts, repairsFilesOfTheCallersFolderThroughALink) {
+    fakeBuildTools();
+    fakeProgram("vornic-repair");
+    fs::create_symlink(checkout_ + "/run", sandbox.path("repair files"));
+    const ProgramResult result = run("repair files", {"a file.xml", "--quiet", "b'.xml"});
+    EXPECT_EQ(result.output, "<" + sandbox.folder() + ">\n<a file.xml>\n<--quiet>\n<b'.xml>\n");
+}
+
+TEST_F(SetUpScripts, saysThatThereIsNoDesktopProgram) {
+    fakeBuildTools();
+    const ProgramResult result = run(checkout_ + "/run", {"--desktop", "a.xml"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.errors.find("run: there is no desktop program in this version yet"),
+              std::string::npos)
+        << result.errors;
+}
+
+TEST_F(SetUpScripts, startsTheDesktopProgramThroughTheEntryPoint) {
+    fakeBuildTools();
+    fakeProgram("vornic");
+    fakeProgram("vornic-desktop");
+    const ProgramResult result = run(checkout_ + "/run", {"--desktop", "a file.xml"});
+    EXPECT_EQ(result.output, "<" + sandbox.folder() + ">\n<a file.xml>\n");
+}
+
+TEST_F(SetUpScripts, passesArgumentsOnToCtest) {
+    fakeBuildTools();
+    fakeTool("ctest", "printf '<%s>\\n' \"$PWD\" \"$@\"");
+    const ProgramResult result = run(checkout_ + "/test", {"-R", "Reader|Writer"});
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_TRUE(result.output.starts_with("<" + checkout_ + ">\n<--preset>\n<release>\n"))
+        << result.output;
+    EXPECT_TRUE(result.output.ends_with("<-R>\n<Reader|Writer>\n")) << result.output;
+}
+
+}  // namespace vornic::test

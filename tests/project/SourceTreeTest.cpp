@@ -1,0 +1,185 @@
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace vornic::test {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The floors of the code; an include points down or sideways.
+const std::map<std::string, int>& floors() {
+    static const std::map<std::string, int> map = {
+        {"platform", 0}, {"foundation", 1}, {"xml", 2},     {"ui", 2},
+        {"convert", 3},  {"repair", 3},     {"desktop", 4}, {"app", 5}};
+    return map;
+}
+
+struct SourceFile {
+    std::string folder;
+    /// Names between quotes and between angle brackets, in the order of the file.
+    std::vector<std::string> ownIncludes;
+    std::vector<std::string> systemIncludes;
+    std::string guard;
+};
+
+std::string between(const std::string& line, std::string_view opening, char closing) {
+    if (!line.starts_with(opening)) {
+        return "";
+    }
+    const std::string rest = line.substr(opening.size());
+    return rest.substr(0, rest.find(closing));
+}
+
+SourceFile readSource(const fs::path& path, const std::string& folder) {
+    SourceFile file{folder, {}, {}, ""};
+    std::ifstream stream(path);
+    for (std::string line; std::getline(stream, line);) {
+        if (const std::string own = between(line, "#include \"", '"'); !own.empty()) {
+            file.ownIncludes.push_back(own);
+        } else if (const std::string other = between(line, "#include <", '>'); !other.empty()) {
+            file.systemIncludes.push_back(other);
+        } else if (file.guard.empty()) {
+            file.guard = between(line, "#ifndef ", ' ');
+        }
+    }
+    return file;
+}
+
+// Every header and source file below the folders, by its path in the project.
+std::map<std::string, SourceFile> readSources(const std::vector<std::string>& folders) {
+    std::map<std::string, SourceFile> files;
+    for (const std::string& folder : folders) {
+        const fs::path root = fs::path(VORNIC_SOURCE) / folder;
+        if (!fs::exists(root)) {
+            continue;
+        }
+        for (const auto& entry : fs::recursive_directory_iterator(root)) {
+            if (entry.path().extension() == ".h" || entry.path().extension() == ".cpp") {
+                files[fs::relative(entry.path(), VORNIC_SOURCE)] = readSource(entry.path(), folder);
+            }
+        }
+    }
+    return files;
+}
+
+std::map<std::string, SourceFile> code() {
+    std::vector<std::string> folders;
+    for (const auto& [folder, floor] : floors()) {
+        folders.push_back(folder);
+    }
+    std::map<std::string, SourceFile> files = readSources(folders);
+    constexpr std::size_t kFewestFiles = 60;
+    EXPECT_GT(files.size(), kFewestFiles) << "the sources were not found";
+    return files;
+}
+
+std::string firstFolder(const std::string& path) {
+    return path.substr(0, path.find('/'));
+}
+
+// Follows the includes of headers, depth first, and keeps the way there.
+class LoopSearch {
+  public:
+    explicit LoopSearch(const std::map<std::string, SourceFile>& files) : files_(files) {}
+
+    // The files of a loop, or nothing.
+    std::vector<std::string> search(const std::string& path) {
+        if (const auto open = std::find(way_.begin(), way_.end(), path); open != way_.end()) {
+            std::vector<std::string> loop(open, way_.end());
+            loop.push_back(path);
+            return loop;
+        }
+        const auto file = files_.find(path);
+        if (file == files_.end() || !done_.insert(path).second) {
+            return {};
+        }
+        way_.push_back(path);
+        for (const std::string& include : file->second.ownIncludes) {
+            if (std::vector<std::string> loop = search(include); !loop.empty()) {
+                return loop;
+            }
+        }
+        way_.pop_back();
+        return {};
+    }
+
+  private:
+    const std::map<std::string, SourceFile>& files_;
+    std::set<std::string> done_;
+    std::vector<std::string> way_;
+};
+
+}  // namespace
+
+TEST(SourceTree, includesPointDownOrSideways) {
+    for (const auto& [path, file] : code()) {
+        for (const std::string& include : file.ownIncludes) {
+            const auto floor = floors().find(firstFolder(include));
+            if (floor == floors().end()) {
+                ADD_FAILURE() << path << " includes " << include << ", which is on no floor";
+            } else {
+                EXPECT_LE(floor->second, floors().at(file.folder))
+                    << path << " includes " << include << " from a higher floor";
+            }
+        }
+    }
+}
+
+TEST(SourceTree, everyIncludeBeginsAtTheProjectsFolder) {
+    for (const auto& [path, file] : code()) {
+        for (const std::string& include : file.ownIncludes) {
+            EXPECT_TRUE(fs::exists(fs::path(VORNIC_SOURCE) / include))
+                << path << " includes " << include;
+        }
+    }
+}
+
+TEST(SourceTree, noFileIncludesItselfThroughOthers) {
+    const std::map<std::string, SourceFile> files = code();
+    LoopSearch search(files);
+    for (const auto& [path, file] : files) {
+        std::string loop;
+        for (const std::string& step : search.search(path)) {
+            loop += " > " + step;
+        }
+        EXPECT_EQ(loop, "");
+    }
+}
+
+TEST(SourceTree, onlyTheDesktopIncludesQt) {
+    for (const auto& [path, file] : readSources({"platform", "foundation", "xml", "ui", "convert",
+                                                 "repair", "app", "bench", "fuzz", "tests"})) {
+        for (const std::string& include : file.systemIncludes) {
+            EXPECT_FALSE(include.starts_with("Q") && !path.starts_with("tests/desktop/"))
+                << path << " includes <" << include << ">";
+        }
+    }
+}
+
+TEST(SourceTree, everyHeaderHasAGuardOfItsOwn) {
+    std::map<std::string, std::string> owners;
+    for (const auto& [path, file] :
+         readSources({"platform", "foundation", "xml", "ui", "convert", "repair", "desktop", "app",
+                      "bench", "fuzz", "tests"})) {
+        if (!path.ends_with(".h")) {
+            continue;
+        }
+        std::string folder = fs::path(path).parent_path();
+        std::replace(folder.begin(), folder.end(), '/', '_');
+        std::transform(folder.begin(), folder.end(), folder.begin(),
+                       [](unsigned char c) { return std::toupper(c); });
+        EXPECT_TRUE(file.guard.starts_with("VORNIC_" + folder + "_") && file.guard.ends_with("_H"))
+            << path << " has the guard " << file.guard;
+        EXPECT_EQ(owners.emplace(file.guard, path).first->second, path) << file.guard;
+    }
+}
+
+}  // namespace vornic::test
