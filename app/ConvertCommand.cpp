@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "app/StandardStreams.h"
 #include "foundation/FormatString.h"
 #include "foundation/QMLog.h"
 #include "foundation/Text.h"
@@ -74,6 +75,7 @@ int ConvertCommand::run(const std::vector<std::string>& arguments) {
     if (version < kOldestVersion || version > kNewestVersion) {
         return fail("Error: XMEML version must be between 1 and 5");
     }
+    secureStandardStreams();
     platform::catchInterruptions();
     QMLog::createNewLog(platform::applicationName());
     for (auto file = found + 2; file != arguments.end() && platform::interruption() == 0; ++file) {

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "app/StandardStreams.h"
 #include "app/TerminalProgress.h"
 #include "foundation/FormatString.h"
 #include "foundation/QMLog.h"
@@ -140,6 +141,7 @@ int RepairCommand::run(const std::vector<std::string>& arguments) {
         complain(options.wrong);
         return print(stderr, kUsage, kWrongUsage);
     }
+    secureStandardStreams();
     platform::catchInterruptions();
     QMLog::createNewLog(platform::applicationName());
     bool allGood = true;
