@@ -1,8 +1,10 @@
 #include "app/ConvertCommand.h"
 
 #include <algorithm>
+#include <csignal>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -38,15 +40,7 @@ void logMends(const XMLDocument& document, const std::string& path) {
     }
 }
 
-void convertFile(const std::string& argument, std::int64_t version) {
-    std::string path = argument;
-    if (!platform::fileExists(path)) {
-        path = appendingPathComponent(platform::currentDirectory(), argument);
-        if (!platform::fileExists(path)) {
-            platform::consoleLog(formatString("File %@ does not exist", path));
-            return;
-        }
-    }
+void convertFile(const std::string& path, std::int64_t version) {
     ErrorSlot error;
     std::unique_ptr<XMLDocument> xml = XMLDocument::load(path, XMLMode::tolerant, error);
     if (!xml) {
@@ -58,6 +52,23 @@ void convertFile(const std::string& argument, std::int64_t version) {
     const std::shared_ptr<Document> document = Document::create();
     document->setHasGUI(false);
     document->convertXMEMLVersion(formatString("%i", version), std::move(xml), path);
+}
+
+void convertArgument(const std::string& argument, std::int64_t version) {
+    std::string path = argument;
+    if (!platform::fileExists(path)) {
+        path = appendingPathComponent(platform::currentDirectory(), argument);
+        if (!platform::fileExists(path)) {
+            platform::consoleLog(formatString("File %@ does not exist", path));
+            return;
+        }
+    }
+    try {
+        convertFile(path, version);
+    } catch (const std::bad_alloc&) {
+        platform::consoleLog(
+            formatString("Unable to load XML file %@: There is not enough memory.", path));
+    }
 }
 
 }  // namespace
@@ -77,9 +88,11 @@ int ConvertCommand::run(const std::vector<std::string>& arguments) {
     }
     secureStandardStreams();
     platform::catchInterruptions();
+    // Whoever reads the messages may stop reading; the conversion goes on.
+    std::signal(SIGPIPE, SIG_IGN);
     QMLog::createNewLog(platform::applicationName());
     for (auto file = found + 2; file != arguments.end() && platform::interruption() == 0; ++file) {
-        convertFile(*file, version);
+        convertArgument(*file, version);
     }
     QMLog::finishWriting();
     return platform::interruption() == 0 ? 0 : kSignalStatus + platform::interruption();

@@ -1,5 +1,6 @@
 #include "app/RepairCommand.h"
 
+#include <csignal>
 #include <cstdio>
 #include <memory>
 #include <new>
@@ -15,6 +16,7 @@
 #include "platform/FileSystem.h"
 #include "platform/Termination.h"
 #include "repair/Document.h"
+#include "repair/RepairPipeline.h"
 
 #ifndef VORNIC_VERSION
 #error "VORNIC_VERSION is the project's version"
@@ -91,14 +93,29 @@ std::string absolutePath(const std::string& path) {
     return appendingPathComponent(platform::currentDirectory(), path);
 }
 
-bool isGood(RepairOutcome outcome) {
-    return outcome == RepairOutcome::sound || outcome == RepairOutcome::repairedAndSwapped;
+// What has to be said to somebody who sees no alerts, or nothing.
+std::string complaintAbout(RepairOutcome outcome, const std::string& path, int xmlType,
+                           const std::string& alert) {
+    switch (outcome) {
+        case RepairOutcome::stopped:
+            return alert.empty() ? formatString(
+                                       "The repair of the file %@ was stopped by an error "
+                                       "that the log describes.",
+                                       path)
+                                 : alert;
+        case RepairOutcome::repairedNotSwapped:
+            return formatString("The repaired file %@ could not take the place of the file %@.",
+                                RepairPipeline::workingCopyPath(path, xmlType), path);
+        default:
+            return {};
+    }
 }
 
-RepairOutcome runRepair(const std::string& path, bool quiet, std::string& alert) {
+RepairOutcome runRepair(const std::string& path, bool quiet, std::string& complaint) {
     const std::shared_ptr<Document> document = Document::create();
     document->setHasGUI(false);
     document->setInterruptionFlag(platform::interruptionFlag());
+    std::string alert;
     document->setAlertOutput([&](std::string_view message, std::string_view info) {
         alert = formatString("%@. %@", message, info);
     });
@@ -108,23 +125,25 @@ RepairOutcome runRepair(const std::string& path, bool quiet, std::string& alert)
     } else {
         document->setReportOutput([&](std::string_view line) { progress.printLine(line); });
     }
-    return document->startRepair(absolutePath(path));
+    const RepairOutcome outcome = document->startRepair(path);
+    complaint = complaintAbout(outcome, path, document->xmlType(), alert);
+    return outcome;
 }
 
 bool repairFile(const std::string& path, bool quiet) {
-    std::string alert;
+    std::string complaint;
     RepairOutcome outcome = RepairOutcome::stopped;
     try {
-        outcome = runRepair(path, quiet, alert);
+        outcome = runRepair(path, quiet, complaint);
     } catch (const std::bad_alloc&) {
-        alert = formatString("There is not enough memory to repair the file %@.", path);
-        QMLog::appendLog("%@", alert);
+        complaint = formatString("There is not enough memory to repair the file %@.", path);
+        QMLog::appendLog("%@", complaint);
     }
     std::fflush(stdout);
-    if (outcome == RepairOutcome::stopped && !alert.empty()) {
-        complain(alert);
+    if (!complaint.empty()) {
+        complain(complaint);
     }
-    return isGood(outcome);
+    return outcome == RepairOutcome::sound || outcome == RepairOutcome::repairedAndSwapped;
 }
 
 }  // namespace
@@ -143,13 +162,15 @@ int RepairCommand::run(const std::vector<std::string>& arguments) {
     }
     secureStandardStreams();
     platform::catchInterruptions();
+    // Whoever reads the report may stop reading; the repair goes on.
+    std::signal(SIGPIPE, SIG_IGN);
     QMLog::createNewLog(platform::applicationName());
     bool allGood = true;
     for (const std::string& file : options.files) {
         if (platform::interruption() != 0) {
             break;
         }
-        allGood = repairFile(file, options.quiet) && allGood;
+        allGood = repairFile(absolutePath(file), options.quiet) && allGood;
     }
     QMLog::finishWriting();
     if (platform::interruption() != 0) {

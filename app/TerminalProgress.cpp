@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <system_error>
 #include <utility>
 
 #include <sys/stat.h>
@@ -27,8 +28,13 @@ bool isRegularFile(int fileDescriptor) {
 
 TerminalProgress::TerminalProgress(std::shared_ptr<const Document> document)
     : document_(std::move(document)), stdoutIsFile_(isRegularFile(STDOUT_FILENO)) {
-    if (isatty(STDERR_FILENO) != 0) {
+    if (isatty(STDERR_FILENO) == 0) {
+        return;
+    }
+    try {
         painter_ = std::thread([this] { draw(); });
+    } catch (const std::system_error&) {
+        // The system has no thread to give: no bar.
     }
 }
 
