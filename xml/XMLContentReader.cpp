@@ -65,9 +65,9 @@ void XMLContentReader::readMisc(bool beforeRoot) {
             break;
         }
         if (in_.startsWith("<!--")) {
-            in_.readComment();
+            readComment();
         } else if (in_.startsWith("<?")) {
-            in_.readProcessingInstruction();
+            readInstruction();
         } else if (in_.startsWith("<!DOCTYPE")) {
             readDoctype(beforeRoot);
         } else if (beforeRoot && *in_.at() == '<' &&
@@ -79,6 +79,20 @@ void XMLContentReader::readMisc(bool beforeRoot) {
     }
     if (beforeRoot) {
         in_.fault(XMLErrorCode::noRootElement, in_.at(), "the file ends without a root element.");
+    }
+}
+
+void XMLContentReader::readComment() {
+    const std::string_view content = in_.readComment();
+    if (in_.events() != nullptr) {
+        in_.events()->comment(content);
+    }
+}
+
+void XMLContentReader::readInstruction() {
+    const XMLInstruction instruction = in_.readProcessingInstruction();
+    if (in_.events() != nullptr) {
+        in_.events()->processingInstruction(instruction.target, instruction.data);
     }
 }
 
@@ -136,13 +150,13 @@ void XMLContentReader::readMarkup() {
         readEndTag();
     } else if (next == '?') {
         noteChild(false);
-        in_.readProcessingInstruction();
+        readInstruction();
     } else if (next != '!') {
         noteChild(false);
         readStartTag();
     } else if (in_.startsWith("<!--")) {
         noteChild(false);
-        in_.readComment();
+        readComment();
     } else if (in_.startsWith(kCDATAStart)) {
         readCDATA();
     } else if (in_.startsWith("<!DOCTYPE")) {

@@ -29,6 +29,8 @@ class XMLContentReader {
     };
 
     void readMisc(bool beforeRoot);
+    void readComment();
+    void readInstruction();
     void readDoctype(bool beforeRoot);
     void readContent();
     void readMarkup();

@@ -98,9 +98,9 @@ void XMLDoctypeReader::readInternalSubset() {
             return;
         }
         if (in_.startsWith("<!--")) {
-            in_.readComment();
+            (void)in_.readComment();
         } else if (in_.startsWith("<?")) {
-            in_.readProcessingInstruction();
+            (void)in_.readProcessingInstruction();
         } else {
             readDeclaration();
         }

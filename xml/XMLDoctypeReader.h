@@ -10,8 +10,9 @@
 namespace vornic {
 
 /// Reads a document type declaration with its internal subset and checks that it is well-formed.
-/// Nothing in it is mended but comments. Entity declarations and parameter entity references are
-/// refused; what the other declarations say is checked for its form and not used.
+/// Nothing in it is mended but comments and ampersands in default values. Entity declarations and
+/// parameter entity references are refused; what the other declarations say is checked for its form
+/// and not used.
 class XMLDoctypeReader {
   public:
     explicit XMLDoctypeReader(XMLInput& input) : in_(input) {}

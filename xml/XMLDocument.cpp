@@ -87,10 +87,13 @@ void XMLDocument::State::buildTree() {
         facts.hasMixedContent ? pugi::parse_ws_pcdata : pugi::parse_ws_pcdata_single;
     const pugi::xml_parse_result result = tree.load_buffer_inplace(
         text.data() + offset, text.size() - offset, pugi::parse_full | blanks, pugi::encoding_utf8);
-    if (result.status == pugi::status_out_of_memory) {
-        throw std::bad_alloc();
-    }
     if (!result) {
+        // What is left of the text must not be taken for the document.
+        text.clear();
+        offset = 0;
+        if (result.status == pugi::status_out_of_memory) {
+            throw std::bad_alloc();
+        }
         throw platform::Exception("XMLTreeException", result.description());
     }
     if (facts.hasMixedContent) {

@@ -142,6 +142,7 @@ const char* XMLInput::passHyphens(const char* comment, const char* place) {
         mendOrFault(XMLErrorCode::doubleHyphenInComment, place,
                     "a comment must not contain two hyphens in a row.",
                     "two hyphens in a row inside a comment were set apart by a blank");
+        // Closing it at the end of the other one would make a comment of what is between.
         if (place - comment >= 2 && place[-1] == '!' && place[-2] == '<') {
             fault(XMLErrorCode::unclosedComment, comment,
                   "the comment that begins here contains the beginning of another one; it seems "
@@ -155,7 +156,7 @@ const char* XMLInput::passHyphens(const char* comment, const char* place) {
     return closes ? after - 2 : after;
 }
 
-void XMLInput::readComment() {
+std::string_view XMLInput::readComment() {
     const char* const comment = at_;
     const char* const content = comment + 4;
     const char* place = content;
@@ -179,12 +180,10 @@ void XMLInput::readComment() {
         }
     }
     at_ = place + 3;
-    if (events_ != nullptr) {
-        events_->comment({content, static_cast<std::size_t>(place - content)});
-    }
+    return {content, static_cast<std::size_t>(place - content)};
 }
 
-void XMLInput::readProcessingInstruction() {
+XMLInstruction XMLInput::readProcessingInstruction() {
     const char* const instruction = at_;
     at_ += 2;
     const std::string_view target = readName();
@@ -204,9 +203,7 @@ void XMLInput::readProcessingInstruction() {
               "white space is missing after the name of the processing instruction.");
     }
     at_ = dataEnd + 2;
-    if (events_ != nullptr) {
-        events_->processingInstruction(target, {data, static_cast<std::size_t>(dataEnd - data)});
-    }
+    return {target, {data, static_cast<std::size_t>(dataEnd - data)}};
 }
 
 const char* XMLInput::passInstructionData(const char* instruction, const char* place) const {

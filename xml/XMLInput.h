@@ -19,6 +19,11 @@ struct XMLReadingFault {
     std::string sentence;
 };
 
+struct XMLInstruction {
+    std::string_view target;
+    std::string_view data;
+};
+
 /// The text that a reading goes through, with what the readers of its parts (content, document type
 /// declaration) have in common: the position, the findings, and the constructs that occur in both.
 /// Mends are stored with their offset alone; `readXML` adds line and column.
@@ -93,9 +98,10 @@ class XMLInput {
     /// none. @return the place after what was read.
     [[nodiscard]] const char* passReference(const char* place);
 
-    /// Reads what begins with `<!--` or `<?` at the position.
-    void readComment();
-    void readProcessingInstruction();
+    /// Reads the comment that begins with `<!--` at the position. @return its content.
+    std::string_view readComment();
+    /// Reads the processing instruction that begins with `<?` at the position.
+    XMLInstruction readProcessingInstruction();
 
   private:
     [[nodiscard]] const char* passHyphens(const char* comment, const char* place);

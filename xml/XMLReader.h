@@ -78,6 +78,8 @@ class XMLReaderEvents {
     virtual void cdata(std::string_view content) = 0;
     virtual void comment(std::string_view content) = 0;
     virtual void processingInstruction(std::string_view target, std::string_view data) = 0;
+    /// @param rawDeclaration what stands between `<!DOCTYPE` with its white space and the closing
+    ///     `>`; comments and processing instructions in it are told no other way.
     virtual void documentType(std::string_view name, std::string_view rawDeclaration) = 0;
 };
 
@@ -91,7 +93,7 @@ class XMLReaderEvents {
 /// grows with the depth of the elements that are open and the number of mends, never on the stack.
 ///
 /// @param events told of everything read before the fault, or null. In tolerant mode with edits the
-///     views show the text as it stands, not as mended.
+///     views show the text as it stands, not as mended, but without the dropped characters.
 /// @return the findings; faults carry line and column in the error and in its description.
 [[nodiscard]] XMLReading readXML(std::string_view text, XMLMode mode,
                                  XMLReaderEvents* events = nullptr);
