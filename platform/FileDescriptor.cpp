@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstddef>
+#include <memory>
+#include <string_view>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -127,6 +129,30 @@ int synchronizeFolder(const std::string& folder) {
         return errno == EACCES ? 0 : errno;
     }
     return synchronize(opened.get());
+}
+
+int listFolder(int folder, std::vector<std::string>& names) {
+    struct Closer {
+        void operator()(DIR* directory) const { closedir(directory); }
+    };
+    // Opened anew, for a duplicate would share its position with the original.
+    FileDescriptor opened(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const std::unique_ptr<DIR, Closer> directory(opened ? fdopendir(opened.get()) : nullptr);
+    if (!directory) {
+        return errno;
+    }
+    static_cast<void>(opened.release());
+    for (;;) {
+        errno = 0;
+        const struct dirent* entry = readdir(directory.get());
+        if (entry == nullptr) {
+            return errno;
+        }
+        const std::string_view name(&entry->d_name[0]);
+        if (name != "." && name != "..") {
+            names.emplace_back(name);
+        }
+    }
 }
 
 }  // namespace vornic::platform

@@ -1,8 +1,10 @@
 #ifndef VORNIC_PLATFORM_FILE_DESCRIPTOR_H
 #define VORNIC_PLATFORM_FILE_DESCRIPTOR_H
 
+#include <cstddef>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "platform/FileSystem.h"
 
@@ -25,6 +27,8 @@ class FileDescriptor {
 
     [[nodiscard]] int get() const { return descriptor_; }
     [[nodiscard]] explicit operator bool() const { return descriptor_ >= 0; }
+    /// Gives the descriptor away.
+    [[nodiscard]] int release() { return std::exchange(descriptor_, -1); }
     /// Closes now. @return 0 or the errno value: some file systems tell of a full disk only here.
     int close();
 
@@ -60,6 +64,10 @@ class FileDescriptor {
 
 /// Syncs the folder so that a renamed or new entry in it survives a loss of power.
 [[nodiscard]] int synchronizeFolder(const std::string& folder);
+
+/// The names in an open folder, without "." and "..", in the order of the system.
+/// @return 0 or the errno value.
+[[nodiscard]] int listFolder(int folder, std::vector<std::string>& names);
 
 }  // namespace vornic::platform
 

@@ -109,13 +109,6 @@ std::optional<std::string> readFile(const std::string& path, ErrorSlot& error) {
     return bytes;
 }
 
-bool removeFile(const std::string& path, ErrorSlot& error) {
-    if (path.find('\0') != std::string::npos) {
-        return failFile(error, path, "removed", EINVAL);
-    }
-    return unlink(path.c_str()) == 0 || failFile(error, path, "removed", errno);
-}
-
 bool createDirectory(const std::string& path, ErrorSlot& error) {
     if (path.empty() || path.find('\0') != std::string::npos) {
         return failFolder(error, path, "made", path.empty() ? ENOENT : EINVAL);

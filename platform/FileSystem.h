@@ -50,7 +50,8 @@ bool copyFile(const std::string& source, const std::string& destination, ErrorSl
 /// Renames within a volume; across volumes a verified copy (data read back and compared, metadata
 /// as `copyFile`, a link as a link, a folder with everything in it) followed by removal of the
 /// source. Fails when anything exists at the destination, which is never replaced and never seen in
-/// part.
+/// part. After a failure a file is still in its place and only there; of a folder whose removal
+/// failed half-way after its copy, the complete copy stays too.
 bool moveFile(const std::string& source, const std::string& destination, ErrorSlot& error);
 
 /// Removes a file or link (not a folder).

@@ -9,7 +9,6 @@
 #include <string_view>
 #include <vector>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -153,39 +152,15 @@ bool copyPipe(const std::string& source, const std::string& destination, const s
     return true;
 }
 
-struct DirectoryCloser {
-    void operator()(DIR* directory) const { closedir(directory); }
-};
-using Directory = std::unique_ptr<DIR, DirectoryCloser>;
-
-/// The entries of a folder without "." and "..". @return 0 or the errno value.
-int listFolder(DIR* directory, std::vector<std::string>& names) {
-    for (;;) {
-        errno = 0;
-        const struct dirent* entry = readdir(directory);
-        if (entry == nullptr) {
-            return errno;
-        }
-        const std::string_view name(&entry->d_name[0]);
-        if (name != "." && name != "..") {
-            names.emplace_back(name);
-        }
-    }
-}
-
 bool copyNode(const std::string& source, const std::string& destination, dev_t volume,
               Verification verification, ErrorSlot& error);
 
 bool copyFolderContents(int descriptor, const std::string& source, const std::string& destination,
                         dev_t volume, Verification verification, ErrorSlot& error) {
     std::vector<std::string> names;
-    {
-        const int listed = dup(descriptor);
-        const Directory directory(listed < 0 ? nullptr : fdopendir(listed));
-        const int errorNumber = directory ? listFolder(directory.get(), names) : errno;
-        if (errorNumber != 0) {
-            return failFolder(error, source, "read", errorNumber);
-        }
+    const int errorNumber = listFolder(descriptor, names);
+    if (errorNumber != 0) {
+        return failFolder(error, source, "read", errorNumber);
     }
     return std::all_of(names.begin(), names.end(), [&](const std::string& name) {
         return copyNode(joinPath(source, name), joinPath(destination, name), volume, verification,
@@ -247,41 +222,6 @@ bool copyNode(const std::string& source, const std::string& destination, dev_t v
         return copyPipe(source, destination, status, error);
     }
     return copyRegularFile(source, destination, false, verification, error);
-}
-
-bool removeNode(int folder, const char* name, dev_t volume, int& errorNumber);
-
-bool removeContents(FileDescriptor opened, dev_t volume, int& errorNumber) {
-    const int descriptor = dup(opened.get());
-    const Directory directory(descriptor < 0 ? nullptr : fdopendir(descriptor));
-    std::vector<std::string> names;
-    errorNumber = directory ? listFolder(directory.get(), names) : errno;
-    return errorNumber == 0 && std::all_of(names.begin(), names.end(), [&](const auto& name) {
-               return removeNode(opened.get(), name.c_str(), volume, errorNumber);
-           });
-}
-
-bool removeNode(int folder, const char* name, dev_t volume, int& errorNumber) {
-    struct stat status {};
-    if (fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
-        errorNumber = errno;
-        return false;
-    }
-    if (status.st_dev != volume) {
-        errorNumber = EXDEV;
-        return false;
-    }
-    if (S_ISDIR(status.st_mode)) {
-        FileDescriptor opened(
-            openat(folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-        // An empty folder needs no look inside.
-        if (opened && !removeContents(std::move(opened), volume, errorNumber)) {
-            return false;
-        }
-    }
-    const int flags = S_ISDIR(status.st_mode) ? AT_REMOVEDIR : 0;
-    errorNumber = unlinkat(folder, name, flags) == 0 ? 0 : errno;
-    return errorNumber == 0;
 }
 
 std::optional<std::string> realPath(const std::string& path) {
@@ -361,19 +301,6 @@ bool copyFile(const std::string& source, const std::string& destination, ErrorSl
 
 bool copyItem(const std::string& source, const std::string& destination, ErrorSlot& error) {
     return transferItem(source, destination, Verification::none, error);
-}
-
-bool removeItem(const std::string& path, ErrorSlot& error) {
-    struct stat status {};
-    int errorNumber = 0;
-    if (nothingHolds(path)) {
-        return failFile(error, path, "removed", EINVAL);
-    }
-    if (lstat(path.c_str(), &status) != 0) {
-        return failFile(error, path, "removed", errno);
-    }
-    return removeNode(AT_FDCWD, path.c_str(), status.st_dev, errorNumber) ||
-           failFile(error, path, "removed", errorNumber);
 }
 
 }  // namespace vornic::platform

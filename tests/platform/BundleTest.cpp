@@ -1,0 +1,153 @@
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "platform/Bundle.h"
+#include "platform/PropertyList.h"
+#include "tests/support/Sandbox.h"
+
+namespace vornic::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+class BundleTest : public test::SandboxTest {
+  protected:
+    /// Makes `Vornic.app` with a resource in a folder below the sandbox's.
+    std::string makeBundle(const std::string& folder) {
+        std::string path = sandbox.path(folder) + "/Vornic.app";
+        fs::create_directories(path + "/Contents/Resources");
+        fs::create_directories(path + "/Contents/MacOS");
+        std::ofstream(path + "/Contents/Resources/probe.txt") << "text";
+        return path;
+    }
+};
+
+/// What a copy of the probe at a path tells, line by line.
+std::vector<std::string> probeFrom(const std::string& path) {
+    fs::create_directories(fs::path(path).parent_path());
+    fs::copy_file(VORNIC_PLATFORM_PROBE, path, fs::copy_options::overwrite_existing);
+    const std::unique_ptr<FILE, decltype(&pclose)> output(popen(("'" + path + "'").c_str(), "re"),
+                                                          &pclose);
+    std::vector<std::string> lines;
+    std::array<char, 4096> line{};
+    while (output && fgets(line.data(), line.size(), output.get()) != nullptr) {
+        lines.emplace_back(line.data());
+        lines.back().pop_back();
+    }
+    EXPECT_EQ(lines.size(), 4U);
+    lines.resize(4);
+    return lines;
+}
+
+TEST_F(BundleTest, isFoundBesideTheFolderOfTheExecutableInABuildTree) {
+    const std::string bundle = makeBundle("build/release");
+    for (const char* folder : {"bin", "tests", "tests/more", "desktop/deeper/still"}) {
+        const std::string probe = sandbox.path("build/release/") + folder + "/probe";
+        EXPECT_EQ(probeFrom(probe),
+                  (std::vector<std::string>{probe, bundle, "there",
+                                            bundle + "/Contents/Resources/probe.txt"}));
+    }
+}
+
+TEST_F(BundleTest, isFoundInTheLibraryFolderOfThePrefix) {
+    const std::string bundle = makeBundle("prefix/lib/vornic");
+    EXPECT_EQ(probeFrom(sandbox.path("prefix/bin/vornic"))[1], bundle);
+    EXPECT_EQ(probeFrom(sandbox.path("prefix/libexec/vornic/helper"))[1], bundle);
+}
+
+TEST_F(BundleTest, isFoundFromTheProgramInIt) {
+    const std::string bundle = makeBundle("Applications");
+    EXPECT_EQ(probeFrom(bundle + "/Contents/MacOS/Vornic")[1], bundle);
+}
+
+TEST_F(BundleTest, prefersTheInstalledBundleToOneThatLiesAbout) {
+    makeBundle("prefix");
+    const std::string installed = makeBundle("prefix/lib/vornic");
+    EXPECT_EQ(probeFrom(sandbox.path("prefix/bin/vornic"))[1], installed);
+}
+
+TEST_F(BundleTest, hasASensiblePathWhereThereIsNone) {
+    const std::vector<std::string> told = probeFrom(sandbox.path("prefix/bin/vornic"));
+    EXPECT_EQ(told[1], sandbox.path("prefix/lib/vornic/Vornic.app"));
+    EXPECT_EQ(told[2], "missing");
+    EXPECT_EQ(told[3], "nothing");
+}
+
+TEST_F(BundleTest, searchesTheDataFolderOfThePrefixAfterItsOwn) {
+    const std::string bundle = makeBundle("prefix/lib/vornic");
+    fs::create_directories(sandbox.path("prefix/share/vornic"));
+    std::ofstream(sandbox.path("prefix/share/vornic/probe.txt")) << "text";
+    EXPECT_EQ(probeFrom(sandbox.path("prefix/bin/vornic"))[3],
+              bundle + "/Contents/Resources/probe.txt");
+    fs::remove(bundle + "/Contents/Resources/probe.txt");
+    EXPECT_EQ(probeFrom(sandbox.path("prefix/bin/vornic"))[3],
+              sandbox.path("prefix/share/vornic/probe.txt"));
+}
+
+TEST_F(BundleTest, resolvesALinkToTheExecutable) {
+    const std::string bundle = makeBundle("prefix/lib/vornic");
+    probeFrom(sandbox.path("prefix/bin/vornic"));
+    fs::create_directories(sandbox.path("elsewhere"));
+    const std::string link = sandbox.path("elsewhere/vornic");
+    fs::create_symlink(sandbox.path("prefix/bin/vornic"), link);
+    const std::unique_ptr<FILE, decltype(&pclose)> output(popen(("'" + link + "'").c_str(), "re"),
+                                                          &pclose);
+    std::array<char, 4096> line{};
+    ASSERT_NE(fgets(line.data(), line.size(), output.get()), nullptr);
+    EXPECT_EQ(line.data(), sandbox.path("prefix/bin/vornic") + "\n");
+    ASSERT_NE(fgets(line.data(), line.size(), output.get()), nullptr);
+    EXPECT_EQ(line.data(), bundle + "\n");
+}
+
+TEST_F(BundleTest, readsStringsOfItsInformation) {
+    const Bundle bundle(makeBundle("a"));
+    EXPECT_EQ(bundle.infoString("CFBundleVersion"), std::nullopt);
+    ErrorSlot error;
+    PropertyList::Dictionary information{{"CFBundleVersion", "17"}, {"number", 3}};
+    ASSERT_TRUE(PropertyList(std::move(information))
+                    .writeFile(bundle.path() + "/Contents/Info.plist", error));
+    EXPECT_EQ(bundle.infoString("CFBundleVersion"), "17");
+    EXPECT_EQ(bundle.infoString("number"), std::nullopt);
+    EXPECT_EQ(bundle.infoString("missing"), std::nullopt);
+}
+
+TEST_F(BundleTest, findsResourcesInItsOwnFolderFirst) {
+    const std::string path = makeBundle("a");
+    const std::string further = sandbox.path("further");
+    fs::create_directories(further);
+    std::ofstream(further + "/probe.txt") << "other";
+    std::ofstream(further + "/plain") << "other";
+    const Bundle bundle(path, {sandbox.path("none"), further});
+    EXPECT_EQ(bundle.pathForResource("probe", "txt"), path + "/Contents/Resources/probe.txt");
+    EXPECT_EQ(bundle.pathForResource("plain", ""), further + "/plain");
+    EXPECT_EQ(bundle.pathForResource("probe", "plist"), std::nullopt);
+    EXPECT_EQ(bundle.pathForResource("", ""), std::nullopt);
+}
+
+TEST_F(BundleTest, hasAPathWithoutTrailingSlash) {
+    EXPECT_EQ(Bundle("/a/Vornic.app//").path(), "/a/Vornic.app");
+    EXPECT_FALSE(Bundle("/a/Vornic.app/").exists());
+    EXPECT_TRUE(Bundle(makeBundle("a") + "/").exists());
+}
+
+TEST_F(BundleTest, canBeChosenByTheProgram) {
+    const std::string before = Bundle::mainBundle().path();
+    Bundle::setMainBundle(Bundle("/chosen/Vornic.app"));
+    EXPECT_EQ(Bundle::mainBundle().path(), "/chosen/Vornic.app");
+    Bundle::setMainBundle(std::nullopt);
+    EXPECT_EQ(Bundle::mainBundle().path(), before);
+}
+
+TEST_F(BundleTest, knowsApplicationAndExecutable) {
+    EXPECT_EQ(applicationName(), "Vornic");
+    EXPECT_EQ(executablePath(), fs::read_symlink("/proc/self/exe"));
+}
+
+}  // namespace
+}  // namespace vornic::platform

@@ -1,0 +1,84 @@
+#include <array>
+#include <regex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "platform/Bundle.h"
+#include "platform/Console.h"
+#include "platform/PathText.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/Sandbox.h"
+
+namespace vornic::platform {
+namespace {
+
+/// Puts a pipe that keeps each write apart in the place of standard error.
+class ConsoleTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        ASSERT_EQ(pipe2(ends_.data(), O_DIRECT | O_CLOEXEC | O_NONBLOCK), 0);
+        before_ = dup(STDERR_FILENO);
+        ASSERT_GE(dup2(ends_[1], STDERR_FILENO), 0);
+    }
+    void TearDown() override {
+        dup2(before_, STDERR_FILENO);
+        for (const int descriptor : {before_, ends_[0], ends_[1]}) {
+            close(descriptor);
+        }
+    }
+    /// The bytes of the next write, "" when there was no other.
+    std::string nextWrite() {
+        std::array<char, 4096> buffer{};
+        const ssize_t length = read(ends_[0], buffer.data(), buffer.size());
+        return length > 0 ? std::string(buffer.data(), static_cast<std::size_t>(length)) : "";
+    }
+
+  private:
+    std::array<int, 2> ends_{-1, -1};
+    int before_ = -1;
+};
+
+TEST_F(ConsoleTest, writesTimeProcessAndTextInOneWrite) {
+    consoleLog("some text, 100% %s");
+    const std::string line = nextWrite();
+    const std::regex form(R"((\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3}) (\S+)\[(\d+)\] (.*)\n)");
+    std::smatch parts;
+    ASSERT_TRUE(std::regex_match(line, parts, form)) << line;
+    EXPECT_EQ(parts[2], lastComponent(executablePath()));
+    EXPECT_EQ(parts[3], std::to_string(getpid()));
+    EXPECT_EQ(parts[4], "some text, 100% %s");
+    EXPECT_EQ(nextWrite(), "");
+}
+
+TEST_F(ConsoleTest, keepsTheLinesOfThreadsApart) {
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 4; ++number) {
+        threads.emplace_back([] {
+            for (int count = 0; count < 4; ++count) {
+                consoleLog(std::string(500, 'x'));
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    for (int count = 0; count < 16; ++count) {
+        EXPECT_TRUE(nextWrite().ends_with("] " + std::string(500, 'x') + "\n"));
+    }
+    EXPECT_EQ(nextWrite(), "");
+}
+
+TEST_F(ConsoleTest, goesOnWithoutAConsole) {
+    EXPECT_TRUE(test::passesInChild([] {
+        close(STDERR_FILENO);
+        consoleLog("text");
+    }));
+}
+
+}  // namespace
+}  // namespace vornic::platform

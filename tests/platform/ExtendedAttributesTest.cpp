@@ -1,0 +1,97 @@
+#include <algorithm>
+#include <cerrno>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include "platform/ExtendedAttributes.h"
+#include "platform/FileDescriptor.h"
+#include "tests/support/PrivateMounts.h"
+#include "tests/support/Sandbox.h"
+
+namespace vornic::platform {
+namespace {
+
+class ExtendedAttributesTest : public test::SandboxTest {
+  protected:
+    void SetUp() override {
+        path = sandbox.write("file", "x");
+        if (setxattr(path.c_str(), "user.first", "one", 3, 0) != 0) {
+            GTEST_SKIP() << "the volume has no extended attributes";
+        }
+        file = FileDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    }
+
+    std::string path;
+    FileDescriptor file;
+    int errorNumber = 0;
+};
+
+bool contains(const std::vector<std::string>& names, const std::string& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+TEST_F(ExtendedAttributesTest, readsWhatWasSet) {
+    EXPECT_EQ(extendedAttribute(file.get(), "user.first", errorNumber), "one");
+    const std::string value("\0\xFF\n", 3);
+    EXPECT_EQ(setExtendedAttribute(file.get(), "user.second", value), 0);
+    EXPECT_EQ(extendedAttribute(file.get(), "user.second", errorNumber), value);
+}
+
+TEST_F(ExtendedAttributesTest, replacesAnOlderValue) {
+    EXPECT_EQ(setExtendedAttribute(file.get(), "user.first", "a longer value"), 0);
+    EXPECT_EQ(extendedAttribute(file.get(), "user.first", errorNumber), "a longer value");
+}
+
+TEST_F(ExtendedAttributesTest, keepsAnEmptyValueApartFromNone) {
+    EXPECT_EQ(setExtendedAttribute(file.get(), "user.empty", ""), 0);
+    EXPECT_EQ(extendedAttribute(file.get(), "user.empty", errorNumber), "");
+    EXPECT_EQ(extendedAttribute(file.get(), "user.none", errorNumber), std::nullopt);
+    EXPECT_EQ(errorNumber, ENODATA);
+}
+
+TEST_F(ExtendedAttributesTest, listsEveryName) {
+    EXPECT_EQ(setExtendedAttribute(file.get(), "user.second", "two"), 0);
+    const std::vector<std::string> names = extendedAttributeNames(file.get());
+    EXPECT_TRUE(contains(names, "user.first"));
+    EXPECT_TRUE(contains(names, "user.second"));
+}
+
+TEST_F(ExtendedAttributesTest, worksThroughADescriptorOfThePathAlone) {
+    const FileDescriptor byPath(::open(path.c_str(), O_PATH | O_CLOEXEC));
+    ASSERT_TRUE(byPath);
+    EXPECT_TRUE(contains(extendedAttributeNames(byPath.get()), "user.first"));
+    EXPECT_EQ(extendedAttribute(byPath.get(), "user.first", errorNumber), "one");
+    EXPECT_EQ(setExtendedAttribute(byPath.get(), "user.first", "new"), 0);
+    EXPECT_EQ(extendedAttribute(file.get(), "user.first", errorNumber), "new");
+}
+
+TEST_F(ExtendedAttributesTest, copiesEveryAttribute) {
+    EXPECT_EQ(setExtendedAttribute(file.get(), "user.second", "two"), 0);
+    const FileDescriptor copy(::open(sandbox.write("copy", "x").c_str(), O_RDONLY | O_CLOEXEC));
+    EXPECT_EQ(setExtendedAttribute(copy.get(), "user.own", "kept"), 0);
+    copyExtendedAttributes(file.get(), copy.get());
+    EXPECT_EQ(extendedAttribute(copy.get(), "user.first", errorNumber), "one");
+    EXPECT_EQ(extendedAttribute(copy.get(), "user.second", errorNumber), "two");
+    EXPECT_EQ(extendedAttribute(copy.get(), "user.own", errorNumber), "kept");
+}
+
+TEST_F(ExtendedAttributesTest, tellsAVolumeWithoutAttributesApart) {
+    const test::PrivateMounts mounts;
+    if (!mounts.isAvailable() || !mounts.mountVolume(sandbox.folder(), "ramfs", "")) {
+        GTEST_SKIP() << "needs the right to mount a volume";
+    }
+    const FileDescriptor plain(::open(sandbox.write("plain", "x").c_str(), O_RDONLY | O_CLOEXEC));
+    EXPECT_EQ(setExtendedAttribute(plain.get(), "user.first", "x"), ENOTSUP);
+    EXPECT_EQ(extendedAttribute(plain.get(), "user.first", errorNumber), std::nullopt);
+    EXPECT_EQ(errorNumber, ENOTSUP);
+    EXPECT_FALSE(contains(extendedAttributeNames(plain.get()), "user.first"));
+    copyExtendedAttributes(file.get(), plain.get());
+    EXPECT_EQ(test::readBytes(sandbox.path("plain")), "x");
+}
+
+}  // namespace
+}  // namespace vornic::platform

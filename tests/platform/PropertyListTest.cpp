@@ -1,0 +1,200 @@
+#include <clocale>
+#include <cstdlib>
+#include <limits>
+
+#include <gtest/gtest.h>
+
+#include "platform/FileSystem.h"
+#include "platform/PropertyList.h"
+#include "tests/support/Sandbox.h"
+
+namespace vornic::platform {
+namespace {
+
+std::string document(const std::string& contents) {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+           "<!DOCTYPE plist PUBLIC \"-//A//DTD PLIST 1.0//EN\" \"http://a/p.dtd\">\n"
+           "<plist version=\"1.0\">" +
+           contents + "</plist>\n";
+}
+
+PropertyList value(PropertyList::Value contents) {
+    return PropertyList(std::move(contents));
+}
+
+/// One of every kind.
+PropertyList manyKinds() {
+    PropertyList::Dictionary entries;
+    entries["text"] = "a <b> & \"c\" \xC3\xA9 \xF0\x9F\x8E\xAC\n";
+    entries["empty text"] = "";
+    entries["zero"] = 0;
+    entries["negative"] = -5;
+    entries["least"] = value(std::numeric_limits<std::int64_t>::min());
+    entries["most"] = value(std::numeric_limits<std::int64_t>::max());
+    entries["real"] = value(-0.1);
+    entries["true"] = value(true);
+    entries["false"] = value(false);
+    entries["date"] = value(PropertyList::Date{1'700'000'000});
+    entries["early date"] = value(PropertyList::Date{0});
+    entries["data"] = value(PropertyList::Data{std::string("\0\xFF\x01", 3)});
+    entries["no data"] = value(PropertyList::Data{});
+    entries["array"] = value(PropertyList::Array{1, "two", value(PropertyList::Array{})});
+    entries["dictionary"] = value(PropertyList::Dictionary{{"<&>", 1}, {"", 2}});
+    return value(std::move(entries));
+}
+
+class PropertyListTest : public test::SandboxTest {
+  protected:
+    ErrorSlot error;
+};
+
+TEST_F(PropertyListTest, isAnEmptyDictionaryAtFirst) {
+    ASSERT_NE(PropertyList().dictionary(), nullptr);
+    EXPECT_TRUE(PropertyList().dictionary()->empty());
+}
+
+TEST_F(PropertyListTest, viewsAValueByItsOwnTypeAlone) {
+    const PropertyList number(7);
+    EXPECT_EQ(*number.integer(), 7);
+    EXPECT_EQ(number.string(), nullptr);
+    EXPECT_EQ(number.boolean(), nullptr);
+    EXPECT_EQ(number.array(), nullptr);
+    EXPECT_EQ(number.dictionary(), nullptr);
+    EXPECT_EQ(number.find("key"), nullptr);
+}
+
+TEST_F(PropertyListTest, findsAnEntryByItsKey) {
+    const PropertyList list = manyKinds();
+    ASSERT_NE(list.find("zero"), nullptr);
+    EXPECT_EQ(*list.find("zero"), PropertyList(0));
+    EXPECT_EQ(list.find("Zero"), nullptr);
+}
+
+TEST_F(PropertyListTest, keepsEveryKindThroughXML) {
+    const PropertyList list = manyKinds();
+    const std::optional<PropertyList> again = PropertyList::parse(list.toXML());
+    ASSERT_TRUE(again);
+    EXPECT_TRUE(*again == list) << again->toXML();
+}
+
+TEST_F(PropertyListTest, readsXMLByOthers) {
+    const std::optional<PropertyList> list = PropertyList::parse(
+        document("<dict>\n <!-- a note --><key>a</key> <integer>0x1F</integer>\n"
+                 "<key>b</key><string>x<![CDATA[<&>]]>&#x41;&amp;</string>"
+                 "<key>c</key><true/><key>d</key><real>1.5</real><key>e</key><array/></dict>"));
+    ASSERT_TRUE(list);
+    EXPECT_EQ(*list->find("a"), PropertyList(31));
+    EXPECT_EQ(*list->find("b"), PropertyList("x<&>A&"));
+    EXPECT_EQ(*list->find("c"), value(true));
+    EXPECT_EQ(*list->find("d"), value(1.5));
+    EXPECT_EQ(*list->find("e"), value(PropertyList::Array{}));
+}
+
+TEST_F(PropertyListTest, readsAListThatIsNoDictionary) {
+    EXPECT_EQ(PropertyList::parse(document("<string>text</string>")), PropertyList("text"));
+    EXPECT_EQ(PropertyList::parse(document("<array><integer>1</integer></array>")),
+              value(PropertyList::Array{1}));
+}
+
+/// {"key": ["text", 300, true]} in the binary form.
+std::string binaryList() {
+    const std::string objects(
+        "\xD1\x01\x02"
+        "\x53key"
+        "\xA3\x03\x04\x05"
+        "\x54text"
+        "\x11\x01\x2C"
+        "\x09",
+        20);
+    const std::string offsets("\x08\x0B\x0F\x13\x18\x1B", 6);
+    std::string trailer(32, '\0');
+    trailer[6] = 1;
+    trailer[7] = 1;
+    trailer[15] = 6;
+    trailer[31] = static_cast<char>(8 + objects.size());
+    return "bplist00" + objects + offsets + trailer;
+}
+
+TEST_F(PropertyListTest, readsTheBinaryForm) {
+    const std::optional<PropertyList> list = PropertyList::parse(binaryList());
+    ASSERT_TRUE(list);
+    EXPECT_EQ(*list, value(PropertyList::Dictionary{
+                         {"key", value(PropertyList::Array{"text", 300, value(true)})}}));
+}
+
+TEST_F(PropertyListTest, refusesWhatIsNoPropertyList) {
+    for (const std::string& bytes :
+         {std::string(), std::string("text"), std::string("<"), std::string("<html></html>"),
+          document(""), document("<dict><key>a</key></array>"), document("<dict><true/></dict>"),
+          document("<array><integer>1</integer>"), std::string("bplist00"),
+          binaryList().substr(0, 40), std::string(1000, '\0')}) {
+        EXPECT_EQ(PropertyList::parse(bytes), std::nullopt) << bytes;
+    }
+}
+
+TEST_F(PropertyListTest, survivesEveryCutAndEveryChangedByte) {
+    for (const std::string& sound : {binaryList(), manyKinds().toXML()}) {
+        for (std::size_t at = 0; at < sound.size(); ++at) {
+            static_cast<void>(PropertyList::parse(sound.substr(0, at)));
+            for (const unsigned byte : {0x00U, 0xFFU, 0x0FU, 0x3CU, 0xA1U, 0xD1U}) {
+                std::string changed = sound;
+                changed[at] = static_cast<char>(byte);
+                static_cast<void>(PropertyList::parse(changed));
+            }
+        }
+        EXPECT_TRUE(PropertyList::parse(sound));
+    }
+}
+
+TEST_F(PropertyListTest, refusesNestingThatCouldExhaustTheStack) {
+    std::string deep;
+    for (int level = 0; level < 200'000; ++level) {
+        deep += "<array>";
+    }
+    EXPECT_EQ(PropertyList::parse("<plist>" + deep), std::nullopt);
+}
+
+TEST_F(PropertyListTest, refusesMoreThan16Megabytes) {
+    const std::string text(std::size_t{17} << 20U, 'x');
+    EXPECT_EQ(PropertyList::parse(document("<string>" + text + "</string>")), std::nullopt);
+}
+
+TEST_F(PropertyListTest, readsAndWritesNumbersWithAPointWhateverTheLocale) {
+    const std::string locale = sandbox.path("de_DE.UTF-8");
+    const std::string make =
+        "localedef -i de_DE -f UTF-8 --no-archive '" + locale + "' 2>/dev/null";
+    setenv("LOCPATH", sandbox.folder().c_str(), 1);
+    if (std::system(make.c_str()) != 0 || std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr) {
+        GTEST_SKIP() << "needs the means to make a locale with a decimal comma";
+    }
+    EXPECT_EQ(std::to_string(1.5), "1,500000");
+    EXPECT_EQ(PropertyList::parse(document("<real>1.5</real>")), value(1.5));
+    EXPECT_NE(value(1.5).toXML().find("<real>1.5</real>"), std::string::npos);
+    std::setlocale(LC_ALL, "C");
+    unsetenv("LOCPATH");
+}
+
+TEST_F(PropertyListTest, writesAFileWithTheFoldersAboveIt) {
+    const std::string path = sandbox.path("a/b/list.plist");
+    EXPECT_TRUE(manyKinds().writeFile(path, error));
+    EXPECT_EQ(PropertyList::readFile(path, error), manyKinds());
+    EXPECT_FALSE(error);
+}
+
+TEST_F(PropertyListTest, tellsWhyAFileCannotBeRead) {
+    EXPECT_EQ(PropertyList::readFile(sandbox.path("missing"), error), std::nullopt);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code, ENOENT);
+    const std::string path = sandbox.write("text", "no list");
+    EXPECT_EQ(PropertyList::readFile(path, error), std::nullopt);
+    EXPECT_EQ(error->description, "The file " + path + " cannot be read: it is no property list.");
+}
+
+TEST_F(PropertyListTest, tellsWhyAFileCannotBeWritten) {
+    const std::string file = sandbox.write("file", "x");
+    EXPECT_FALSE(manyKinds().writeFile(file + "/list.plist", error));
+    EXPECT_TRUE(error);
+}
+
+}  // namespace
+}  // namespace vornic::platform

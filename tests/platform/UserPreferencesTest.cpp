@@ -1,0 +1,167 @@
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+#include <vector>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/FileDescriptor.h"
+#include "platform/FileSystem.h"
+#include "platform/UserPreferences.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/Sandbox.h"
+#include "tests/support/Unprivileged.h"
+
+namespace vornic::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+class UserPreferencesTest : public test::SandboxTest {
+  protected:
+    std::string folder = sandbox.home() + "/.local/share/quillmark/Preferences";
+    ErrorSlot error;
+};
+
+class UserPreferencesPermissionTest : public ::testing::Test {
+  protected:
+    test::Unprivileged user;
+    test::Sandbox sandbox;
+    ErrorSlot error;
+};
+
+TEST_F(UserPreferencesTest, liesInTheUsersPreferencesFolder) {
+    EXPECT_EQ(UserPreferences().path(), folder + "/com.quillmark.Vornic.plist");
+    EXPECT_EQ(UserPreferences("com.quillmark.global").path(),
+              folder + "/com.quillmark.global.plist");
+}
+
+TEST_F(UserPreferencesTest, hasNoFileForADomainThatIsAPath) {
+    EXPECT_EQ(UserPreferences("../other").path(), std::nullopt);
+    EXPECT_EQ(UserPreferences("").path(), std::nullopt);
+    EXPECT_FALSE(UserPreferences("../other").setValue("key", 1, error));
+    EXPECT_TRUE(error);
+}
+
+TEST_F(UserPreferencesTest, readsNothingBeforeAnythingIsStored) {
+    EXPECT_EQ(UserPreferences().value("key"), std::nullopt);
+    EXPECT_FALSE(test::exists(folder));
+}
+
+TEST_F(UserPreferencesTest, storesAtOnceAndMakesItsFolder) {
+    EXPECT_TRUE(UserPreferences().setValue("filepath", "/a/b.xml", error));
+    EXPECT_EQ(UserPreferences().value("filepath"), PropertyList("/a/b.xml"));
+    const auto list = PropertyList::readFile(*UserPreferences().path(), error);
+    ASSERT_TRUE(list);
+    EXPECT_EQ(*list->find("filepath"), PropertyList("/a/b.xml"));
+}
+
+TEST_F(UserPreferencesTest, keepsAllOtherKeys) {
+    const UserPreferences preferences;
+    EXPECT_TRUE(preferences.setValue("a", 1, error));
+    EXPECT_TRUE(preferences.setValue("b", PropertyList(PropertyList::Value(true)), error));
+    EXPECT_TRUE(preferences.setValue("a", "new", error));
+    EXPECT_EQ(preferences.value("a"), PropertyList("new"));
+    EXPECT_EQ(preferences.value("b"), PropertyList(PropertyList::Value(true)));
+}
+
+TEST_F(UserPreferencesTest, keepsDomainsApart) {
+    EXPECT_TRUE(UserPreferences("one").setValue("a", 1, error));
+    EXPECT_EQ(UserPreferences("two").value("a"), std::nullopt);
+}
+
+TEST_F(UserPreferencesTest, readsTheFileAgainOnEveryUse) {
+    const UserPreferences preferences;
+    EXPECT_TRUE(preferences.setValue("a", 1, error));
+    fs::remove(*preferences.path());
+    EXPECT_EQ(preferences.value("a"), std::nullopt);
+}
+
+TEST_F(UserPreferencesTest, beginsAnewWhereTheFileHoldsNoPreferences) {
+    fs::create_directories(folder);
+    const UserPreferences preferences;
+    for (const char* bytes : {"", "no property list", "<plist><string>text</string></plist>"}) {
+        std::ofstream(*preferences.path(), std::ios::trunc) << bytes;
+        EXPECT_EQ(preferences.value("a"), std::nullopt);
+        EXPECT_TRUE(preferences.setValue("a", 1, error)) << bytes;
+        EXPECT_EQ(preferences.value("a"), PropertyList(1));
+    }
+}
+
+TEST_F(UserPreferencesTest, losesNoKeyWhenManyThreadsWrite) {
+    constexpr int kThreads = 4;
+    constexpr int kKeys = 25;
+    std::vector<std::thread> writers;
+    for (int writer = 0; writer < kThreads; ++writer) {
+        writers.emplace_back([writer] {
+            for (int key = 0; key < kKeys; ++key) {
+                ErrorSlot own;
+                EXPECT_TRUE(UserPreferences().setValue(
+                    std::to_string(writer) + "." + std::to_string(key), key, own));
+            }
+        });
+    }
+    for (std::thread& writer : writers) {
+        writer.join();
+    }
+    const auto list = PropertyList::readFile(*UserPreferences().path(), error);
+    ASSERT_TRUE(list);
+    EXPECT_EQ(list->dictionary()->size(), std::size_t{kThreads} * kKeys);
+}
+
+TEST_F(UserPreferencesTest, losesNoKeyWhenTwoProgramsWrite) {
+    const auto write = [](const std::string& prefix) {
+        for (int key = 0; key < 50; ++key) {
+            ErrorSlot own;
+            EXPECT_TRUE(UserPreferences().setValue(prefix + std::to_string(key), key, own));
+        }
+    };
+    {
+        test::ChildProcess first([&] { write("a"); });
+        test::ChildProcess second([&] { write("b"); });
+        EXPECT_EQ(first.wait(), 0);
+        EXPECT_EQ(second.wait(), 0);
+    }
+    const auto list = PropertyList::readFile(*UserPreferences().path(), error);
+    ASSERT_TRUE(list);
+    EXPECT_EQ(list->dictionary()->size(), 100U);
+}
+
+TEST_F(UserPreferencesTest, waitsForAnotherProgramButNotForEver) {
+    ASSERT_TRUE(UserPreferences().setValue("a", 1, error));
+    const FileDescriptor held(
+        ::open((folder + "/.com.quillmark.Vornic.plist.lock").c_str(), O_RDWR | O_CLOEXEC));
+    ASSERT_TRUE(held);
+    ASSERT_EQ(flock(held.get(), LOCK_EX), 0);
+    EXPECT_FALSE(UserPreferences().setValue("b", 2, error));
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code, EAGAIN);
+    EXPECT_EQ(UserPreferences().value("a"), PropertyList(1));
+    ASSERT_EQ(flock(held.get(), LOCK_UN), 0);
+    EXPECT_TRUE(UserPreferences().setValue("b", 2, error));
+}
+
+TEST_F(UserPreferencesTest, failsWhereNoFolderCanBeMade) {
+    std::ofstream(sandbox.home() + "/.local") << "a file";
+    EXPECT_FALSE(UserPreferences().setValue("a", 1, error));
+    EXPECT_TRUE(error);
+}
+
+TEST_F(UserPreferencesPermissionTest, keepsAFileThatItCannotRead) {
+    const UserPreferences preferences;
+    ASSERT_TRUE(preferences.setValue("a", 1, error));
+    ASSERT_EQ(chmod(preferences.path()->c_str(), 0), 0);
+    EXPECT_FALSE(preferences.setValue("b", 2, error));
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code, EACCES);
+    ASSERT_EQ(chmod(preferences.path()->c_str(), 0600), 0);
+    EXPECT_EQ(preferences.value("a"), PropertyList(1));
+}
+
+}  // namespace
+}  // namespace vornic::platform
