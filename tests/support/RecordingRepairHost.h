@@ -2,6 +2,7 @@
 #define VORNIC_TESTS_SUPPORT_RECORDING_REPAIR_HOST_H
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -32,6 +33,10 @@ class RecordingRepairHost : public RepairHost {
     /// When set, the call of exactly this entry raises a `platform::Exception` with the name "Test"
     /// and the reason "raised".
     std::optional<std::string> raiseAtCall;
+    /// When set, runs after each call is written down, which it is given; may raise.
+    std::function<void(const std::string& call)> onCall;
+    /// When set, runs whenever the run asks whether it was cancelled.
+    std::function<void()> onPoll;
 
     /// The report lines alone, with their kind in front.
     [[nodiscard]] std::vector<std::string> report() const {
@@ -62,7 +67,12 @@ class RecordingRepairHost : public RepairHost {
             note("alert: ", std::string(*message) + " | " + std::string(info.value_or("")));
         }
     }
-    [[nodiscard]] bool progressCancelled() const override { return cancelled; }
+    [[nodiscard]] bool progressCancelled() const override {
+        if (onPoll) {
+            onPoll();
+        }
+        return cancelled;
+    }
     void setProgressCancelled(bool isCancelled) override { cancelled = isCancelled; }
     [[nodiscard]] bool fileHasErrs() const override { return hasErrors; }
     void setFileHasErrs(bool found) override { hasErrors = found; }
@@ -79,6 +89,9 @@ class RecordingRepairHost : public RepairHost {
         }
         if (raiseAtCall == calls.back()) {
             throw platform::Exception("Test", "raised");
+        }
+        if (onCall) {
+            onCall(calls.back());
         }
     }
 };
