@@ -108,7 +108,7 @@ struct QMLog::State {
     void queueText(std::string_view text, bool wakesWorker);
     std::size_t write(std::span<const LogQueue::Entry> entries);
     std::size_t writeToFile(std::span<const LogQueue::Entry> entries);
-    std::shared_ptr<LogFile> openedFile();
+    std::shared_ptr<LogFile> reopenedFile();
 };
 
 QMLog::QMLog() : state_(std::make_unique<State>()) {}
@@ -358,7 +358,12 @@ std::size_t QMLog::State::write(std::span<const LogQueue::Entry> entries) {
 }
 
 std::size_t QMLog::State::writeToFile(std::span<const LogQueue::Entry> entries) {
-    const std::shared_ptr<LogFile> openFile = openedFile();
+    std::shared_ptr<LogFile> openFile = file();
+    if (!openFile) {
+        // Opening may take its time, and what was decided meanwhile counts for the other entries.
+        entries = entries.first(1);
+        openFile = reopenedFile();
+    }
     if (!openFile) {
         if (!loggingDisabled) {
             print(formatString("Unable to log the following information: %s", entries[0].text));
@@ -387,19 +392,14 @@ std::size_t QMLog::State::writeToFile(std::span<const LogQueue::Entry> entries) 
     return written;
 }
 
-/// The open file; without one the current generation, opened at its end when it exists.
-std::shared_ptr<LogFile> QMLog::State::openedFile() {
-    std::shared_ptr<LogFile> open = file();
-    if (open) {
-        return open;
+/// The current generation, opened at its end when it exists.
+std::shared_ptr<LogFile> QMLog::State::reopenedFile() {
+    const std::optional<std::string> path = currentLogPath(sharedController().appName());
+    std::shared_ptr<LogFile> opened = path ? LogFile::open(*path) : nullptr;
+    if (opened) {
+        setFile(opened);
     }
-    if (const std::optional<std::string> path = currentLogPath(sharedController().appName())) {
-        open = LogFile::open(*path);
-    }
-    if (open) {
-        setFile(open);
-    }
-    return open;
+    return opened;
 }
 
 }  // namespace vornic

@@ -1,0 +1,468 @@
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "foundation/LogGenerations.h"
+#include "platform/ProcessInfo.h"
+#include "tests/foundation/LogTest.h"
+#include "tests/support/PrivateMounts.h"
+
+namespace vornic {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::MatchesRegex;
+
+class LogGenerationsTest : public test::LogTest {
+  protected:
+    [[nodiscard]] std::string contents(int number) const {
+        return test::readBytes(generation(number));
+    }
+    [[nodiscard]] bool isThere(int number) const { return test::exists(generation(number)); }
+
+    [[nodiscard]] test::ChildOutcome startLog(bool noPrinting = false) const {
+        return inChild([noPrinting] {
+            QMLog::createNewLog("", noPrinting);
+            QMLog::finishWriting();
+        });
+    }
+};
+
+// The header
+
+TEST_F(LogGenerationsTest, beginsALogWithItsHeader) {
+    static_cast<void>(inChild([] {
+        QMLog::createNewLog();
+        QMLog::finishWriting();
+        EXPECT_EQ(QMLog::sharedController().bytesWritten(),
+                  fs::file_size(QMLog::availableLogs().at(0)));
+    }));
+    const std::string system = "System: macOS " + platform::operatingSystemVersionString() + ", " +
+                               std::to_string(platform::processorCount()) + " CPU(s), ";
+    EXPECT_THAT(
+        test::logMessages(contents(1)),
+        ElementsAre(MatchesRegex("Log started: ....-..-.. ..:..:.. \\+0000"), "Version: 7",
+                    MatchesRegex("Path: /.+/test-foundation"),
+                    ::testing::AllOf(::testing::StartsWith(system), MatchesRegex(".+ [0-9]+\\."
+                                                                                 "[0-9][0-9] GB "
+                                                                                 "RAM")),
+                    "Running in 64-bit mode"));
+    EXPECT_EQ(static_cast<unsigned char>(contents(1).front()), '2') << "a byte order mark";
+}
+
+TEST_F(LogGenerationsTest, tellsTheMemoryInUnitsOf1024) {
+    static_cast<void>(startLog());
+    const std::string line = test::logMessages(contents(1)).at(3);
+    const double shown = std::stod(line.substr(line.find("CPU(s), ") + 8));
+    const double bytes = static_cast<double>(platform::physicalMemory());
+    EXPECT_NEAR(shown, bytes / 1024 / 1024 / 1024, 0.006);
+}
+
+TEST_F(LogGenerationsTest, leavesTheVersionOutWhenTheBundleHasNone) {
+    const platform::Bundle own = bundle(nullptr);
+    static_cast<void>(test::runInChild([&] {
+        platform::Bundle::setMainBundle(own);
+        QMLog::createNewLog();
+        QMLog::finishWriting();
+    }));
+    EXPECT_THAT(test::logMessages(contents(1)),
+                ElementsAre(MatchesRegex("Log started: .+"), MatchesRegex("Path: /.+"),
+                            MatchesRegex("System: .+"), "Running in 64-bit mode"));
+}
+
+TEST_F(LogGenerationsTest, leavesVersionAndPathOutWithoutABundle) {
+    static_cast<void>(test::runInChild([&] {
+        platform::Bundle::setMainBundle(platform::Bundle(sandbox.path("None.app")));
+        QMLog::createNewLog();
+        QMLog::finishWriting();
+    }));
+    EXPECT_THAT(test::logMessages(contents(1)),
+                ElementsAre(MatchesRegex("Log started: .+"), MatchesRegex("System: .+"),
+                            "Running in 64-bit mode"));
+}
+
+TEST_F(LogGenerationsTest, printsNothingOnAFirstRun) {
+    ASSERT_FALSE(test::exists(library()));
+    const test::ChildOutcome outcome = startLog();
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_TRUE(isThere(1));
+}
+
+// Moving on
+
+TEST_F(LogGenerationsTest, movesEachGenerationOnePlaceOn) {
+    writeGeneration(1, "old 1");
+    writeGeneration(2, "old 2");
+    writeGeneration(3, "old 3");
+    EXPECT_EQ(startLog().output, "");
+    EXPECT_THAT(entries(), IsEmpty());
+    EXPECT_EQ(contents(2), "old 1\n");
+    EXPECT_EQ(contents(3), "old 2\n");
+    EXPECT_EQ(contents(4), "old 3\n");
+    EXPECT_FALSE(isThere(5));
+}
+
+TEST_F(LogGenerationsTest, dropsTheFifthGeneration) {
+    for (int number = 1; number <= 5; ++number) {
+        writeGeneration(number, "old " + std::to_string(number));
+    }
+    EXPECT_EQ(startLog().output, "");
+    EXPECT_EQ(contents(5), "old 4\n");
+    EXPECT_EQ(contents(2), "old 1\n");
+    EXPECT_FALSE(isThere(6));
+}
+
+TEST_F(LogGenerationsTest, keepsGapsOnePlaceOn) {
+    writeGeneration(1, "old 1");
+    writeGeneration(3, "old 3");
+    EXPECT_EQ(startLog().output, "");
+    EXPECT_EQ(contents(2), "old 1\n");
+    EXPECT_FALSE(isThere(3));
+    EXPECT_EQ(contents(4), "old 3\n");
+}
+
+TEST_F(LogGenerationsTest, movesNothingWithoutAFirstGeneration) {
+    for (int number = 2; number <= 5; ++number) {
+        writeGeneration(number, "old " + std::to_string(number));
+    }
+    EXPECT_EQ(startLog().output, "");
+    for (int number = 2; number <= 5; ++number) {
+        EXPECT_EQ(contents(number), "old " + std::to_string(number) + "\n");
+    }
+    EXPECT_THAT(entries(), IsEmpty());
+}
+
+TEST_F(LogGenerationsTest, startsANewGenerationWithEveryStart) {
+    static_cast<void>(inChild([] {
+        for (int i = 1; i <= 7; ++i) {
+            QMLog::createNewLog();
+            QMLog::appendLog("run %li", i);
+            QMLog::finishWriting();
+        }
+    }));
+    for (int number = 1; number <= 5; ++number) {
+        EXPECT_THAT(entries(generation(number)), ElementsAre("run " + std::to_string(8 - number)));
+    }
+    EXPECT_FALSE(isThere(6));
+}
+
+TEST_F(LogGenerationsTest, leavesTheLogsOfOtherApplicationsAlone) {
+    writeGeneration(1, "old");
+    fs::rename(generation(1), generation(1, "Other"));
+    static_cast<void>(startLog());
+    static_cast<void>(startLog());
+    EXPECT_TRUE(test::exists(generation(1, "Other")));
+    EXPECT_FALSE(test::exists(generation(2, "Other")));
+}
+
+TEST_F(LogGenerationsTest, ignoresThatTheFifthGenerationCannotBeDeleted) {
+    fs::create_directories(generation(5));
+    writeGeneration(1, "old 1");
+    EXPECT_EQ(startLog().output, "");
+    EXPECT_EQ(contents(2), "old 1\n");
+    EXPECT_TRUE(fs::is_directory(generation(5)));
+}
+
+TEST_F(LogGenerationsTest, listsTheGenerationsThatExistNewestFirst) {
+    writeGeneration(3, "old 3");
+    writeGeneration(1, "old 1");
+    static_cast<void>(inChild([this] {
+        EXPECT_THAT(QMLog::availableLogs(), ElementsAre(generation(1), generation(3)));
+        QMLog::sharedController().setAppName("Other");
+        EXPECT_THAT(QMLog::availableLogs(), IsEmpty());
+    }));
+}
+
+// Failures
+
+TEST_F(LogGenerationsTest, saysWhenAGenerationCannotBeMovedAndStops) {
+    fs::create_directories(generation(5));
+    writeGeneration(4, "old 4");
+    writeGeneration(1, "old 1");
+    const test::ChildOutcome outcome = inChild([] {
+        QMLog::createNewLog();
+        EXPECT_FALSE(QMLog::sharedController().hasFileHandle());
+    });
+    EXPECT_EQ(outcome.output,
+              "Unable to move file " + generation(4) + " to " + generation(5) + ".\n");
+    EXPECT_EQ(contents(1), "old 1\n");
+}
+
+TEST_F(LogGenerationsTest, saysWhenTheFolderCannotBeMade) {
+    fs::create_directories(library());
+    std::ofstream(library() + "/Logs") << "in the way";
+    const test::ChildOutcome outcome = inChild([] {
+        QMLog::createNewLog();
+        EXPECT_FALSE(QMLog::sharedController().hasFileHandle());
+    });
+    EXPECT_EQ(outcome.output, "Unable to create folder " + logFolder() + ".\n");
+}
+
+TEST_F(LogGenerationsTest, saysWhenTheFileCannotBeMade) {
+    fs::create_directories(logFolder());
+    fs::permissions(logFolder(), fs::perms(0555));
+    const test::ChildOutcome outcome = inChild([] {
+        QMLog::createNewLog();
+        EXPECT_FALSE(QMLog::sharedController().hasFileHandle());
+    });
+    fs::permissions(logFolder(), fs::perms(0755));
+    EXPECT_THAT(outcome.output, MatchesRegex("Unable to create log file " + generation(1) +
+                                             " - .*permission denied\\.\n"));
+}
+
+TEST_F(LogGenerationsTest, stopsSilentlyWhenTheNewFileCannotBeOpened) {
+    fs::create_directories(logFolder());
+    const test::ChildOutcome outcome = inChild([] {
+        umask(0777);
+        QMLog::createNewLog();
+        umask(022);
+        EXPECT_FALSE(QMLog::sharedController().hasFileHandle());
+        QMLog::finishWriting();
+    });
+    EXPECT_EQ(outcome.output, "");
+    EXPECT_EQ(fs::file_size(generation(1)), 0U);
+}
+
+TEST_F(LogGenerationsTest, failsSilentlyWithoutPrinting) {
+    fs::create_directories(generation(5));
+    writeGeneration(4, "old 4");
+    writeGeneration(1, "old 1");
+    EXPECT_EQ(startLog(true).output, "");
+    fs::remove_all(logFolder());
+    std::ofstream(logFolder()) << "in the way";
+    EXPECT_EQ(startLog(true).output, "");
+    fs::remove(logFolder());
+    fs::create_directories(logFolder());
+    fs::permissions(logFolder(), fs::perms(0555));
+    EXPECT_EQ(startLog(true).output, "");
+    fs::permissions(logFolder(), fs::perms(0755));
+}
+
+TEST_F(LogGenerationsTest, logsAgainWhenTheFailureIsGone) {
+    fs::create_directories(logFolder());
+    fs::permissions(logFolder(), fs::perms(0555));
+    static_cast<void>(inChild([this] {
+        QMLog::createNewLog("", true);
+        fs::permissions(logFolder(), fs::perms(0755));
+        writeGeneration(1, "2026-11-21 07:05:00 +0000 - made by another");
+        QMLog::appendLog("goes on");
+        QMLog::finishWriting();
+    }));
+    EXPECT_THAT(test::logMessages(contents(1)), ElementsAre("made by another", "goes on"));
+}
+
+// Full generations
+
+/// The bytes of an entry besides its text.
+constexpr std::uint64_t kEntryFrame = std::string_view("2026-11-21 07:05:00 +0000 - \n").size();
+constexpr std::uint64_t kFull = 5'000'000;
+
+/// Queues entries until exactly `target` bytes of the generation will be written.
+void fillTo(std::uint64_t target) {
+    constexpr std::uint64_t kLargestText = 30'000;
+    QMLog::finishWriting();
+    std::uint64_t rest = target - QMLog::sharedController().bytesWritten();
+    while (rest > 0) {
+        std::uint64_t text = std::min(kLargestText, rest - kEntryFrame);
+        if (rest - text - kEntryFrame < 2 * kEntryFrame && rest - text - kEntryFrame > 0) {
+            text -= 2 * kEntryFrame;
+        }
+        QMLog::fastAppendLog("%@", std::string(text, 'x'));
+        rest -= text + kEntryFrame;
+    }
+    QMLog::finishWriting();
+}
+
+TEST_F(LogGenerationsTest, startsTheNextGenerationWithTheEntryThatReachesTheLimit) {
+    static_cast<void>(inChild([this] {
+        QMLog::createNewLog();
+        fillTo(kFull);
+        EXPECT_EQ(fs::file_size(generation(2)), kFull);
+        QMLog::appendLog("next");
+        QMLog::finishWriting();
+        EXPECT_EQ(QMLog::sharedController().bytesWritten(), fs::file_size(generation(1)));
+        EXPECT_EQ(QMLog::sharedController().bytesInQueue(), 0U);
+    }));
+    EXPECT_THAT(entries(), ElementsAre("Log truncated at 500KB", "next"));
+    EXPECT_FALSE(isThere(3));
+}
+
+TEST_F(LogGenerationsTest, startsNoGenerationOneByteBelowTheLimit) {
+    static_cast<void>(inChild([this] {
+        QMLog::createNewLog();
+        fillTo(kFull - 1);
+        EXPECT_EQ(QMLog::sharedController().bytesWritten(), kFull - 1);
+        EXPECT_FALSE(isThere(2));
+        QMLog::appendLog("the last");
+        QMLog::finishWriting();
+        EXPECT_TRUE(isThere(2));
+    }));
+    EXPECT_THAT(entries(), ElementsAre("Log truncated at 500KB"));
+    EXPECT_EQ(entries(generation(2)).back(), "the last");
+}
+
+TEST_F(LogGenerationsTest, keepsEveryLineInOrderOverFullGenerations) {
+    constexpr int kLines = 350'000;
+    static_cast<void>(inChild([] {
+        QMLog::createNewLog();
+        for (int line = 0; line < kLines; ++line) {
+            QMLog::fastAppendLog("%li a line of a usual length", line);
+        }
+        QMLog::finishWriting();
+    }));
+    int next = 0;
+    int number = 5;
+    while (!isThere(number)) {
+        --number;
+    }
+    EXPECT_GE(number, 4);
+    for (bool isFirst = true; number >= 1; --number, isFirst = false) {
+        const std::string log = contents(number);
+        std::vector<std::string> lines = entries(generation(number));
+        if (!isFirst) {
+            ASSERT_EQ(lines.front(), "Log truncated at 500KB");
+            lines.erase(lines.begin());
+        }
+        for (const std::string& line : lines) {
+            ASSERT_EQ(std::stoi(line), next++);
+        }
+        if (number > 1) {
+            EXPECT_GE(log.size(), kFull);
+            EXPECT_LT(log.size(), kFull + lines.back().size() + kEntryFrame);
+        }
+    }
+    EXPECT_EQ(next, kLines);
+}
+
+TEST_F(LogGenerationsTest, printsAgainAfterAFullGeneration) {
+    const test::ChildOutcome outcome = inChild([] {
+        QMLog::createNewLog("", true);
+        fillTo(kFull);
+        EXPECT_FALSE(QMLog::sharedController().noPrinting());
+        QMLog::appendLogAndPrint("printed");
+    });
+    EXPECT_EQ(outcome.output, "printed\n");
+}
+
+TEST_F(LogGenerationsTest, keepsItsNameOverAFullGeneration) {
+    static_cast<void>(inChild([] {
+        QMLog::sharedController().setAppName("Stored");
+        QMLog::createNewLog();
+        fillTo(kFull);
+    }));
+    EXPECT_THAT(entries(generation(1, "Stored")), ElementsAre("Log truncated at 500KB"));
+    EXPECT_EQ(fs::file_size(generation(2, "Stored")), kFull);
+}
+
+TEST_F(LogGenerationsTest, startsTheNextGenerationFromAnyThreadThatWrites) {
+    static_cast<void>(inChild([] {
+        QMLog::createNewLog();
+        fillTo(kFull - 100);
+        std::thread([] {
+            for (int i = 0; i < 10; ++i) {
+                QMLog::appendLog("%li short enough to be waited for", i);
+            }
+        }).join();
+    }));
+    EXPECT_THAT(entries(),
+                ElementsAre("Log truncated at 500KB", "2 short enough to be waited for",
+                            ::testing::_, ::testing::_, ::testing::_, ::testing::_, ::testing::_,
+                            ::testing::_, "9 short enough to be waited for"));
+}
+
+TEST_F(LogGenerationsTest, isDisabledByAFullGenerationWhenTheSwitchWasSetMeanwhile) {
+    const test::ChildOutcome outcome = inChild([this] {
+        QMLog::createNewLog();
+        setGlobalPreference("1");
+        fillTo(kFull);
+        EXPECT_TRUE(QMLog::sharedController().loggingDisabled());
+    });
+    EXPECT_EQ(outcome.output, "Logging is disabled\n");
+    EXPECT_FALSE(isThere(2));
+}
+
+/// The super-user's log, on a machine whose /var/lib is the test's own.
+class LogGenerationsOfRootTest : public test::SandboxTest {
+  protected:
+    static constexpr const char* kMachinesLog = "/var/lib/quillmark/Logs/Quillmark/Vornic.1.log";
+
+    [[nodiscard]] std::string usersLog(int number) const {
+        return sandbox.home() + "/.local/share/quillmark/Logs/Quillmark/Vornic." +
+               std::to_string(number) + ".log";
+    }
+
+    void asRoot(const std::function<void()>& function) const {
+        const test::ChildOutcome outcome = test::runInChild([&] {
+            const test::PrivateMounts mounts;
+            if (getuid() != 0 || !mounts.mountVolume("/var/lib", "tmpfs", "mode=755")) {
+                _exit(test::kChildSkipped);
+            }
+            // The thread of the log must be gone before the mounts go.
+            EXPECT_TRUE(test::passesInChild([&] {
+                platform::Bundle::setMainBundle(platform::Bundle(sandbox.path("None.app")));
+                function();
+            }));
+        });
+        if (outcome.status == test::kChildSkipped) {
+            GTEST_SKIP() << "needs root and the right to mount";
+        }
+        EXPECT_EQ(outcome.status, 0) << outcome.errors;
+        EXPECT_EQ(outcome.output, "");
+    }
+};
+
+TEST_F(LogGenerationsOfRootTest, keepsTheCurrentLogOfTheSuperUserInTheMachinesFolder) {
+    asRoot([this] {
+        QMLog::createNewLog();
+        QMLog::appendLog("of root");
+        QMLog::finishWriting();
+        EXPECT_EQ(test::logMessages(test::readBytes(kMachinesLog)).back(), "of root");
+        EXPECT_TRUE(fs::is_directory(fs::path(usersLog(1)).parent_path()));
+        EXPECT_FALSE(test::exists(usersLog(1)));
+        EXPECT_THAT(QMLog::availableLogs(), IsEmpty());
+    });
+}
+
+TEST_F(LogGenerationsOfRootTest, movesTheOlderLogsOfTheUsersFolder) {
+    fs::create_directories(fs::path(usersLog(1)).parent_path());
+    std::ofstream(usersLog(1)) << "old 1\n";
+    std::ofstream(usersLog(5)) << "old 5\n";
+    asRoot([this] {
+        QMLog::createNewLog();
+        QMLog::finishWriting();
+        EXPECT_TRUE(test::exists(usersLog(1))) << "there was no current log yet";
+        QMLog::createNewLog();
+        QMLog::finishWriting();
+        EXPECT_FALSE(test::exists(usersLog(1)));
+        EXPECT_EQ(test::readBytes(usersLog(2)), "old 1\n");
+        EXPECT_FALSE(test::exists(usersLog(5)));
+        EXPECT_EQ(test::logMessages(test::readBytes(kMachinesLog)).size(), 3U) << "begun anew";
+        EXPECT_FALSE(test::exists("/var/lib/quillmark/Logs/Quillmark/Vornic.2.log"));
+    });
+}
+
+TEST_F(LogGenerationsOfRootTest, reopensTheCurrentLogInTheMachinesFolder) {
+    asRoot([] {
+        fs::create_directories(fs::path(kMachinesLog).parent_path());
+        std::ofstream(kMachinesLog) << "2026-11-21 07:05:00 +0000 - old\n";
+        QMLog::appendLog("new");
+        QMLog::finishWriting();
+        EXPECT_THAT(test::logMessages(test::readBytes(kMachinesLog)), ElementsAre("old", "new"));
+    });
+}
+
+}  // namespace
+}  // namespace vornic
