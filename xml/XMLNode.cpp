@@ -81,6 +81,9 @@ std::string XMLNode::stringValue() const {
         case Kind::document:
         case Kind::element:
             return textBelow(pugi::xml_node(node_));
+        case Kind::processingInstruction:
+        case Kind::documentType:
+            return xmltree::rawContent(pugi::xml_node(node_));
         default:
             return pugi::xml_node(node_).value();
     }

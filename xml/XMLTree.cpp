@@ -93,6 +93,18 @@ class Enclosure {
 
 }  // namespace
 
+std::string rawContent(pugi::xml_node node) {
+    std::string content;
+    for (const char* text = node.value(); *text != '\0'; ++text) {
+        if (*text != '\r') {
+            content += *text;
+        } else if (text[1] != '\n') {
+            content += '\n';
+        }
+    }
+    return content;
+}
+
 pugi::xml_node nextInside(pugi::xml_node node, pugi::xml_node top) {
     const pugi::xml_node child = node.first_child();
     return isNull(child) ? nextPast(node, top) : child;

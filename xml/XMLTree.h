@@ -3,6 +3,7 @@
 
 #include <bit>
 #include <cstddef>
+#include <string>
 #include <vector>
 
 #include <pugixml.hpp>
@@ -25,6 +26,10 @@ namespace vornic::xmltree {
     const pugi::xml_node_type type = node.type();
     return type == pugi::node_pcdata || type == pugi::node_cdata;
 }
+
+/// The content of a processing instruction or document type declaration with its line ends as every
+/// reader of XML takes them. (The library does that itself for all other nodes.)
+[[nodiscard]] std::string rawContent(pugi::xml_node node);
 
 /// The node that follows in document order inside the tree below `top`, or null after the last.
 [[nodiscard]] pugi::xml_node nextInside(pugi::xml_node node, pugi::xml_node top);

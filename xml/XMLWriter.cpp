@@ -227,26 +227,15 @@ void XMLWriter::writeInstruction(pugi::xml_node node) {
     out_.putName(node.name());
     if (node.value()[0] != '\0') {
         out_.put(' ');
-        writeNormalized(node.value());
+        out_.put(xmltree::rawContent(node));
     }
     out_.put("?>");
 }
 
 void XMLWriter::writeDocumentType(pugi::xml_node node) {
     out_.put("<!DOCTYPE ");
-    writeNormalized(node.value());
+    out_.put(xmltree::rawContent(node));
     out_.put('>');
-}
-
-// With line ends as every reader of XML takes them. Other text has them already.
-void XMLWriter::writeNormalized(const char* text) {
-    for (; *text != '\0'; ++text) {
-        if (*text != '\r') {
-            out_.put(*text);
-        } else if (text[1] != '\n') {
-            out_.put('\n');
-        }
-    }
 }
 
 void XMLWriter::beginLine() {

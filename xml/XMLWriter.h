@@ -39,7 +39,6 @@ class XMLWriter {
     void writeCDATA(const char* content);
     void writeInstruction(pugi::xml_node node);
     void writeDocumentType(pugi::xml_node node);
-    void writeNormalized(const char* text);
     void beginLine();
     [[nodiscard]] bool isVerbatim(pugi::xml_node element, pugi::xml_node firstChild) const;
     [[nodiscard]] bool isEmptyPair(pugi::xml_node element);

@@ -90,10 +90,10 @@ class Recorder : public XMLReaderEvents {
     void cdata(std::string_view content) override { add("cdata", withLineFeeds(content)); }
     void comment(std::string_view content) override { add("comment", withLineFeeds(content)); }
     void processingInstruction(std::string_view target, std::string_view data) override {
-        add("instruction", std::string(target) + " " + std::string(data));
+        add("instruction", std::string(target) + " " + withLineFeeds(data));
     }
     void documentType(std::string_view, std::string_view rawDeclaration) override {
-        add("type", rawDeclaration);
+        add("type", withLineFeeds(rawDeclaration));
     }
 
     ContentLines lines;
