@@ -135,7 +135,7 @@ bool RepairPipeline::readText() {
     if (cancelled()) {
         return false;
     }
-    std::optional<std::string> bytes = platform::readFile(workingCopy_, error_);
+    std::optional<std::string> bytes = readWorkingCopy();
     std::optional<std::string> text =
         bytes ? textFromUTF8(std::move(*bytes), error_) : std::nullopt;
     if (cancelled()) {
@@ -151,7 +151,7 @@ bool RepairPipeline::readText() {
 bool RepairPipeline::readRawBytes() {
     error_.reset();
     host_.setFileHasErrs(true);
-    const std::optional<std::string> bytes = platform::readFile(workingCopy_, error_);
+    const std::optional<std::string> bytes = readWorkingCopy();
     if (!bytes) {
         return stopCritically(slotDescription());
     }
@@ -168,6 +168,17 @@ bool RepairPipeline::readRawBytes() {
     }
     text_ = std::move(*text);
     return !cancelled();
+}
+
+// Another repair of the same file may have put its own result in the working copy's place; judged
+// by that, the user's file would pass for sound.
+std::optional<std::string> RepairPipeline::readWorkingCopy() {
+    std::optional<std::string> bytes = platform::readFile(workingCopy_, error_);
+    if (!workingCopyIsOurs()) {
+        error_.reset();
+        bytes = ensureOwnWorkingCopy() ? platform::readFile(workingCopy_, error_) : std::nullopt;
+    }
+    return bytes;
 }
 
 bool RepairPipeline::stopCritically(const std::string& reason) {
@@ -299,8 +310,12 @@ bool RepairPipeline::ensureOwnWorkingCopy() {
     if (workingCopyIsOurs()) {
         return true;
     }
-    return (!platform::nodeExists(workingCopy_) || platform::removeFile(workingCopy_, error_)) &&
-           platform::copyFile(path_, workingCopy_, error_);
+    if ((platform::nodeExists(workingCopy_) && !platform::removeFile(workingCopy_, error_)) ||
+        !platform::copyFile(path_, workingCopy_, error_)) {
+        return false;
+    }
+    ownCopy_ = platform::fileIdentity(workingCopy_);
+    return true;
 }
 
 bool RepairPipeline::writeWorkingCopy() {
@@ -369,11 +384,17 @@ void RepairPipeline::finishRepaired() {
         "The file was repaired successfully. Errors were found in the file and were successfully "
         "repaired.");
     outcome_ = RepairOutcome::repairedNotSwapped;
+    ErrorSlot swapError;
+    // May wait for a slow disk, so that the look at the working copy comes after it.
+    const bool isSafe = platform::synchronizeFile(workingCopy_, swapError);
     if (!workingCopyIsOurs()) {
         host_.appendErrorInfoText(formatString(
             "The temporary file %@ was replaced by another program. The file %@ was left as it is.",
             workingCopy_, path_));
-    } else if (moveSourceToTrash() && platform::moveFile(workingCopy_, path_, error_)) {
+    } else if (!isSafe || !moveToTrash(path_, swapError)) {
+        QMLog::appendLog("The file %@ could not be moved to the Trash. %@ The repaired file is %@.",
+                         path_, swapError ? swapError->localizedDescription() : "", workingCopy_);
+    } else if (platform::moveFile(workingCopy_, path_, error_)) {
         outcome_ = RepairOutcome::repairedAndSwapped;
     }
     if (error_) {
@@ -381,16 +402,6 @@ void RepairPipeline::finishRepaired() {
     }
     host_.displayAlert("The file was repaired successfully",
                        "Errors were found in the file and were successfully repaired.");
-}
-
-bool RepairPipeline::moveSourceToTrash() {
-    ErrorSlot error;
-    if (platform::synchronizeFile(workingCopy_, error) && moveToTrash(path_, error)) {
-        return true;
-    }
-    QMLog::appendLog("The file %@ could not be moved to the Trash. %@ The repaired file is %@.",
-                     path_, error ? error->localizedDescription() : "", workingCopy_);
-    return false;
 }
 
 bool RepairPipeline::workingCopyIsOurs() const {

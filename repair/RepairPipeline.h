@@ -73,7 +73,7 @@ class RepairPipeline {
     [[nodiscard]] bool workingCopyIsOurs() const;
     bool ensureOwnWorkingCopy();
     bool writeWorkingCopy();
-    bool moveSourceToTrash();
+    std::optional<std::string> readWorkingCopy();
     void removeWorkingCopy();
 
     bool cancelled();
