@@ -124,7 +124,12 @@ bool AtomicFile::open(const std::string& path, ErrorSlot& error) {
     identity_.reset();
     state_ = std::make_unique<State>();
     state_->path = path;
-    int errorNumber = state_->findTarget();
+    constexpr int kMostTries = 100;
+    int errorNumber = EBUSY;
+    // It is busy while another program is replacing it.
+    for (int attempt = 0; attempt < kMostTries && errorNumber == EBUSY; ++attempt) {
+        errorNumber = state_->findTarget();
+    }
     if (errorNumber == 0) {
         errorNumber = state_->makeTemporary();
     }
