@@ -44,6 +44,22 @@ std::string report(const std::string& path, const std::string& finding,
            outcome;
 }
 
+std::vector<std::string> logOf(const std::string& path, const std::string& report) {
+    std::vector<std::string> messages{"Beginning repair for file " + path + "..."};
+    for (const std::string& line : linesOf(report)) {
+        messages.push_back(line);
+        if (line == "Filtering invalid characters...") {
+            messages.emplace_back("Filtering invalid characters from string...");
+        } else if (line == "Checking header tags..." || line == "Checking version tags...") {
+            // The step says it in the report, and the check that it calls in the log.
+            messages.push_back(line);
+        }
+    }
+    // The alert says once more how the run ended.
+    messages.push_back(messages.back());
+    return messages;
+}
+
 }  // namespace
 
 ProgramSettings ProgramFiles::settings(std::string_view program,
@@ -117,6 +133,14 @@ std::string repairedReport(const std::string& path) {
     return report(path, "Invalid character at byte " + std::to_string(index) + " removed.\n",
                   "The file was repaired successfully. Errors were found in the file and were "
                   "successfully repaired.\n");
+}
+
+std::vector<std::string> soundLog(const std::string& path) {
+    return logOf(path, soundReport(path));
+}
+
+std::vector<std::string> repairedLog(const std::string& path) {
+    return logOf(path, repairedReport(path));
 }
 
 }  // namespace vornic::test

@@ -64,6 +64,10 @@ class ProgramFiles {
 [[nodiscard]] std::string soundReport(const std::string& path);
 [[nodiscard]] std::string repairedReport(const std::string& path);
 
+/// The messages that these two repairs log.
+[[nodiscard]] std::vector<std::string> soundLog(const std::string& path);
+[[nodiscard]] std::vector<std::string> repairedLog(const std::string& path);
+
 }  // namespace vornic::test
 
 #endif
