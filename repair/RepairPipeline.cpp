@@ -173,10 +173,13 @@ bool RepairPipeline::readRawBytes() {
 // Another repair of the same file may have put its own result in the working copy's place; judged
 // by that, the user's file would pass for sound.
 std::optional<std::string> RepairPipeline::readWorkingCopy() {
-    std::optional<std::string> bytes = platform::readFile(workingCopy_, error_);
+    ErrorSlot readError;
+    std::optional<std::string> bytes = platform::readFile(workingCopy_, readError);
     if (!workingCopyIsOurs()) {
-        error_.reset();
-        bytes = ensureOwnWorkingCopy() ? platform::readFile(workingCopy_, error_) : std::nullopt;
+        return ensureOwnWorkingCopy() ? platform::readFile(workingCopy_, error_) : std::nullopt;
+    }
+    if (readError) {
+        error_ = std::move(readError);
     }
     return bytes;
 }

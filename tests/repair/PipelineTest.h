@@ -1,0 +1,97 @@
+#ifndef VORNIC_TESTS_REPAIR_PIPELINE_TEST_H
+#define VORNIC_TESTS_REPAIR_PIPELINE_TEST_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "repair/RepairPipeline.h"
+#include "tests/support/EngineTest.h"
+#include "tests/support/FileState.h"
+#include "tests/support/RecordingRepairHost.h"
+#include "xml/XMLReader.h"
+
+namespace vornic::test {
+
+using Strings = std::vector<std::string>;
+
+inline constexpr std::string_view kSoundXMEML =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n<xmeml version=\"5\">\n"
+    "    <sequence>\n        <name>Cut</name>\n    </sequence>\n</xmeml>\n";
+inline constexpr std::string_view kSoundFCPXML =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE fcpxml>\n<fcpxml version=\"1.8\">\n"
+    "    <resources/>\n    <library>\n        <event>\n            <project name=\"Cut\"/>\n"
+    "        </event>\n    </library>\n</fcpxml>\n";
+
+/// Runs the pipeline on real files, for a document that writes down what is done to it.
+class PipelineTest : public EngineTest {
+  protected:
+    void SetUp() override { writeUsualCatalogue(); }
+
+    RepairOutcome run(const std::string& path) { return RepairPipeline(host).run(path); }
+    /// Writes a file and runs the pipeline on it.
+    RepairOutcome runOn(std::string_view name, std::string_view bytes) {
+        return run(sandbox.write(name, bytes));
+    }
+
+    [[nodiscard]] std::string trash() const { return sandbox.home() + "/.Trash"; }
+    [[nodiscard]] Strings namesInTrash() const { return namesIn(trash()); }
+    /// The names in the folder of the user's files.
+    [[nodiscard]] Strings names() const {
+        Strings found = namesIn(sandbox.folder());
+        std::erase(found, "Vornic.app");
+        return found;
+    }
+    /// The description of what is wrong with a text.
+    [[nodiscard]] static std::string faultOf(std::string_view text, XMLMode mode) {
+        const XMLReading reading = readXML(text, mode);
+        EXPECT_TRUE(reading.fault.has_value()) << text;
+        return reading.fault ? reading.fault->localizedDescription() : "";
+    }
+    void expectFlags(bool hasErrors, bool wasRepaired) const {
+        EXPECT_EQ(host.hasErrors, hasErrors);
+        EXPECT_EQ(host.wasRepaired, wasRepaired);
+    }
+
+    RecordingRepairHost host;
+};
+
+/// What every run on an existing file says first.
+inline Strings openingCalls(const std::string& path) {
+    return {"start",
+            "clear",
+            "bold: Starting repair for file " + path + "...",
+            "label: Starting repair for file " + path + "...",
+            "label: Creating temporary file...",
+            "info: Creating temporary file..."};
+}
+
+inline const std::string kSoundLine =
+    "bold: No repair was necessary. No critical errors were found in the file.";
+inline const std::string kRepairedLine =
+    "bold: The file was repaired successfully. Errors were found in the file and were successfully "
+    "repaired.";
+inline const std::string kUnableLine =
+    "bold error: Unable to repair file. Errors were found in the file and Vornic was unable to fix "
+    "them.";
+inline const std::string kSoundAlert =
+    "alert: No repair was necessary | No critical errors were found in the file.";
+inline const std::string kRepairedAlert =
+    "alert: The file was repaired successfully | Errors were found in the file and were "
+    "successfully repaired.";
+inline const std::string kUnableAlert =
+    "alert: Unable to repair file | Errors were found in the file and Vornic was unable to fix "
+    "them.";
+
+/// Lists one after the other.
+inline Strings joined(std::initializer_list<Strings> lists) {
+    Strings all;
+    for (const Strings& list : lists) {
+        all.insert(all.end(), list.begin(), list.end());
+    }
+    return all;
+}
+
+}  // namespace vornic::test
+
+#endif

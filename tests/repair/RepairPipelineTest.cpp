@@ -1,0 +1,494 @@
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+#include "platform/Exception.h"
+#include "platform/UserPreferences.h"
+#include "repair/RepairPipeline.h"
+#include "tests/repair/PipelineTest.h"
+
+namespace vornic {
+namespace {
+
+using test::joined;
+using test::kRepairedAlert;
+using test::kRepairedLine;
+using test::kSoundAlert;
+using test::kSoundFCPXML;
+using test::kSoundLine;
+using test::kSoundXMEML;
+using test::kUnableAlert;
+using test::kUnableLine;
+using test::openingCalls;
+using test::Strings;
+
+class RepairPipelineTest : public test::PipelineTest {
+  protected:
+    /// The report, from the line behind "Checking file..." on, of a run on a file of this text.
+    Strings reportOn(std::string_view name, std::string_view text) {
+        outcome = runOn(name, text);
+        const Strings report = host.report();
+        const Strings opening = {"bold: Starting repair for file " + sandbox.path(name) + "...",
+                                 "info: Creating temporary file...", "info: Checking file..."};
+        EXPECT_GE(report.size(), opening.size());
+        EXPECT_EQ(Strings(report.begin(), report.begin() + 3), opening);
+        return {report.begin() + 3, report.end()};
+    }
+
+    RepairOutcome outcome = RepairOutcome::stopped;
+};
+
+const std::string kXMEMLHead = "<!DOCTYPE xmeml><xmeml version=\"5\">";
+
+std::string withName(std::string_view name) {
+    return kXMEMLHead + "<sequence><name>" + std::string(name) + "</name></sequence></xmeml>";
+}
+
+TEST_F(RepairPipelineTest, reportsEveryStepOfASoundXMEMLFileInOrder) {
+    const std::string path = sandbox.path("Cut.xml");
+    EXPECT_EQ(runOn("Cut.xml", kSoundXMEML), RepairOutcome::sound);
+    EXPECT_EQ(
+        host.calls,
+        joined({openingCalls(path),
+                {"info: Checking file...", "label: Checking file...",
+                 "info: File loaded successfully.", "info: Filtering invalid characters...",
+                 "label: Filtering invalid characters...", "indeterminate",
+                 "info: Checking header tags...", "label: Checking header tags...",
+                 "info: Checking version tags...", "label: Checking version tags...",
+                 "info: Updating type/creator codes...", "label: Updating type/creator codes...",
+                 "label: Finishing...", kSoundLine, kSoundAlert, "end"}}));
+    expectFlags(false, true);
+    EXPECT_EQ(host.type, 0);
+    EXPECT_EQ(names(), Strings{"Cut.xml"});
+    EXPECT_EQ(test::readBytes(path), kSoundXMEML);
+    EXPECT_FALSE(test::exists(trash()));
+}
+
+TEST_F(RepairPipelineTest, reportsEveryStepOfASoundFCPXMLFileInOrder) {
+    const std::string path = sandbox.path("Cut.fcpxml");
+    EXPECT_EQ(runOn("Cut.fcpxml", kSoundFCPXML), RepairOutcome::sound);
+    EXPECT_EQ(host.calls,
+              joined({openingCalls(path),
+                      {"info: Checking file...", "label: Checking file...",
+                       "info: File loaded successfully.", "info: Filtering invalid characters...",
+                       "label: Filtering invalid characters...", "indeterminate",
+                       "info: Checking header tags...", "label: Checking header tags...",
+                       "info: Checking for FCPX-specific errors...", "label: Finishing...",
+                       kSoundLine, kSoundAlert, "end"}}));
+    expectFlags(false, true);
+    EXPECT_EQ(host.type, 1);
+    EXPECT_EQ(names(), Strings{"Cut.fcpxml"});
+}
+
+TEST_F(RepairPipelineTest, logsWhatItDoesBesideTheReport) {
+    EXPECT_EQ(runOn("Cut.xml", kSoundXMEML), RepairOutcome::sound);
+    EXPECT_EQ(log.entries(),
+              (Strings{"Beginning repair for file " + sandbox.path("Cut.xml") + "...",
+                       "Filtering invalid characters from string...", "Checking header tags...",
+                       "Checking version tags..."}));
+}
+
+TEST_F(RepairPipelineTest, clearsAnOldCancellationBeforeItBegins) {
+    host.cancelled = true;
+    EXPECT_EQ(runOn("Cut.xml", kSoundXMEML), RepairOutcome::sound);
+    EXPECT_FALSE(host.cancelled);
+}
+
+TEST_F(RepairPipelineTest, decidesTheKindOfFileByItsExtensionAlone) {
+    for (const std::string name : {"a.xml", "b", "c.xmeml", "d.fcpxml.xml", "fcpxml"}) {
+        host.type = 7;
+        static_cast<void>(runOn(name, kSoundFCPXML));
+        EXPECT_EQ(host.type, 0) << name;
+    }
+    for (const std::string name : {"a.fcpxml", "B.FCPXML", "c.FcpXml"}) {
+        host.type = 7;
+        static_cast<void>(runOn(name, kSoundXMEML));
+        EXPECT_EQ(host.type, 1) << name;
+    }
+}
+
+TEST_F(RepairPipelineTest, namesTheWorkingCopyAfterTheFileAndItsKind) {
+    EXPECT_EQ(RepairPipeline::workingCopyPath("/a/Cut.xml", 0), "/a/Cut-backup.xml");
+    EXPECT_EQ(RepairPipeline::workingCopyPath("/a/Cut.FCPXML", 1), "/a/Cut-backup.fcpxml");
+    EXPECT_EQ(RepairPipeline::workingCopyPath("/a/Cut", 0), "/a/Cut-backup.xml");
+    EXPECT_EQ(RepairPipeline::workingCopyPath("/a/Cut.xmeml", 0), "/a/Cut-backup.xml");
+    EXPECT_EQ(RepairPipeline::workingCopyPath("/a.b/Cut", 0), "/a.b/Cut-backup.xml");
+    EXPECT_EQ(RepairPipeline::workingCopyPath("/a/Cut.1.xml", 0), "/a/Cut.1-backup.xml");
+    EXPECT_EQ(RepairPipeline::workingCopyPath("/a/.xml", 0), "/a/.xml-backup.xml");
+    EXPECT_EQ(RepairPipeline::workingCopyPath("Cut.xml", 0), "Cut-backup.xml");
+}
+
+TEST_F(RepairPipelineTest, tellsThatThereIsNoFile) {
+    const std::string path = sandbox.path("None.xml");
+    EXPECT_EQ(run(path), RepairOutcome::stopped);
+    const std::string info = "The file " + path + " cannot be found.";
+    EXPECT_EQ(host.calls, (Strings{"start", "alert: Unable to locate file | " + info, "end"}));
+    EXPECT_EQ(log.entries(), (Strings{"Beginning repair for file " + path + "...", info}));
+    EXPECT_EQ(platform::UserPreferences().value("filepath"), std::nullopt);
+    EXPECT_EQ(names(), Strings{});
+}
+
+TEST_F(RepairPipelineTest, tellsThatThereIsNoFileAtTheEndOfALink) {
+    std::filesystem::create_symlink(sandbox.path("None.xml"), sandbox.path("Link.xml"));
+    EXPECT_EQ(run(sandbox.path("Link.xml")), RepairOutcome::stopped);
+    EXPECT_EQ(host.report(), Strings{});
+}
+
+TEST_F(RepairPipelineTest, storesThePathOfTheFileInThePreferences) {
+    static_cast<void>(runOn("Cut.xml", kSoundXMEML));
+    const auto stored = platform::UserPreferences().value("filepath");
+    ASSERT_TRUE(stored.has_value());
+    EXPECT_EQ(*stored, platform::PropertyList(sandbox.path("Cut.xml")));
+}
+
+TEST_F(RepairPipelineTest, storesAPathThatIsNoTextAsTextAndRepairsTheFile) {
+    EXPECT_EQ(runOn("Caf\xE9.xml", kSoundXMEML), RepairOutcome::sound);
+    const auto stored = platform::UserPreferences().value("filepath");
+    ASSERT_TRUE(stored.has_value());
+    EXPECT_EQ(*stored, platform::PropertyList(sandbox.path("Caf\uFFFD.xml")));
+}
+
+TEST_F(RepairPipelineTest, repairsAFileWhenThePreferencesCannotBeWritten) {
+    sandbox.write("../home/.local/share/quillmark/Preferences",
+                  "a file where the folder should be");
+    EXPECT_EQ(runOn("Cut.xml", kSoundXMEML), RepairOutcome::sound);
+}
+
+TEST_F(RepairPipelineTest, repairsAMissingDeclaration) {
+    const std::string text = "<xmeml version=\"5\"><sequence/></xmeml>";
+    EXPECT_EQ(reportOn("Cut.xml", text),
+              (Strings{"info: File loaded successfully.", "info: Filtering invalid characters...",
+                       "info: Checking header tags...", "error: Invalid DTD... repairing",
+                       "info: Checking version tags...", "info: Updating type/creator codes...",
+                       kRepairedLine}));
+    EXPECT_EQ(outcome, RepairOutcome::repairedAndSwapped);
+    expectFlags(true, true);
+    EXPECT_EQ(test::readBytes(sandbox.path("Cut.xml")),
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n"
+              "<xmeml version=\"5\">\n    <sequence/>\n</xmeml>\n");
+    EXPECT_EQ(names(), Strings{"Cut.xml"});
+    EXPECT_EQ(namesInTrash(), Strings{"Cut.xml"});
+    EXPECT_EQ(test::readBytes(trash() + "/Cut.xml"), text);
+    EXPECT_EQ(host.calls.back(), "end");
+    EXPECT_EQ(host.calls.at(host.calls.size() - 2), kRepairedAlert);
+}
+
+TEST_F(RepairPipelineTest, cannotRepairAWrongRootElement) {
+    const std::string text = "<!DOCTYPE xmeml><other><sequence/></other>";
+    EXPECT_EQ(
+        reportOn("Cut.xml", text),
+        (Strings{"info: File loaded successfully.", "info: Filtering invalid characters...",
+                 "info: Checking header tags...", "error: Root element should be <xmeml> node",
+                 "info: Checking version tags...",
+                 "error: Unable to locate XML Interchange version information",
+                 "info: Updating type/creator codes...", kUnableLine}));
+    EXPECT_EQ(outcome, RepairOutcome::unable);
+    expectFlags(true, false);
+    EXPECT_EQ(names(), Strings{"Cut.xml"});
+    EXPECT_EQ(test::readBytes(sandbox.path("Cut.xml")), text);
+    EXPECT_EQ(host.calls.at(host.calls.size() - 2), kUnableAlert);
+}
+
+TEST_F(RepairPipelineTest, mendsTheAudioReferencesOfAnFCPXMLFile) {
+    const std::string text =
+        "<!DOCTYPE fcpxml><fcpxml><resources/><library><event><project/>"
+        "<video><audio ref=\"r1\"/><audio/></video></event></library></fcpxml>";
+    EXPECT_EQ(reportOn("Cut.fcpxml", text),
+              (Strings{"info: File loaded successfully.", "info: Filtering invalid characters...",
+                       "info: Checking header tags...",
+                       "info: Checking for FCPX-specific errors...", kRepairedLine}));
+    EXPECT_EQ(outcome, RepairOutcome::repairedAndSwapped);
+    EXPECT_NE(test::readBytes(sandbox.path("Cut.fcpxml"))
+                  .find("<audio ref=\"r1\"/>\n                <audio ref=\"r1\"/>"),
+              std::string::npos);
+}
+
+TEST_F(RepairPipelineTest, reportsAMendThatTheFilterMakesToAndEndsAsRepaired) {
+    EXPECT_EQ(reportOn("Cut.xml", withName("Q & A")),
+              (Strings{"info: File loaded successfully.",
+                       "error: Line 1, column 54: an ampersand that begins no entity was read as "
+                       "text",
+                       "info: Filtering invalid characters...", "info: Checking header tags...",
+                       "info: Checking version tags...", "info: Updating type/creator codes...",
+                       kRepairedLine}));
+    EXPECT_EQ(outcome, RepairOutcome::repairedAndSwapped);
+    EXPECT_NE(test::readBytes(sandbox.path("Cut.xml")).find("<name>Q &amp; A</name>"),
+              std::string::npos);
+}
+
+TEST_F(RepairPipelineTest, endsAsRepairedForEachFaultThatTheFilterWritesCorrectly) {
+    for (const std::string& text : {withName("a & b & c"), withName("a ]]> b"),
+                                    kXMEMLHead + "<sequence id=\"a<b\"/></xmeml>"}) {
+        host = {};
+        const Strings report = reportOn("Cut.xml", text);
+        EXPECT_EQ(outcome, RepairOutcome::repairedAndSwapped) << text;
+        EXPECT_EQ(report.at(1).substr(0, 14), "error: Line 1,") << text;
+        EXPECT_EQ(report.back(), kRepairedLine);
+    }
+}
+
+TEST_F(RepairPipelineTest, tellsAFaultThatTheFilterLeavesAndEndsAsUnable) {
+    const std::string text = withName("a < b");
+    // Read as the beginning of a tag that swallows the end tag.
+    const std::string fault =
+        faultOf(kXMEMLHead + "<sequence><name>a < b&lt;/name></sequence></xmeml>", XMLMode::strict);
+    EXPECT_EQ(
+        reportOn("Cut.xml", text),
+        (Strings{"info: File loaded successfully.",
+                 "error: Line 1, column 54: a less-than sign that begins no tag was read "
+                 "as text",
+                 "info: Filtering invalid characters...", "info: Checking header tags...",
+                 "error: Invalid DTD... repairing", "error: Root element should be <xmeml> node",
+                 "error: No sequences found in file", "info: Checking version tags...",
+                 "error: Unable to locate XML Interchange version information",
+                 "bold error: Unable to save file: " + fault,
+                 "info: Updating type/creator codes...",
+                 "bold error: Unable to load file attributes. " + fault, kUnableLine,
+                 "error: Unable to remove temporary file " + sandbox.path("Cut-backup.xml") + ". " +
+                     fault + "."}));
+    EXPECT_EQ(outcome, RepairOutcome::unable);
+    expectFlags(true, false);
+    EXPECT_EQ(names(), Strings{"Cut.xml"});
+    EXPECT_EQ(test::readBytes(sandbox.path("Cut.xml")), text);
+}
+
+TEST_F(RepairPipelineTest, runsTheFCPXMLStepsWithoutADocumentToo) {
+    const std::string text = "<!DOCTYPE fcpxml><fcpxml><a b=c/></fcpxml>";
+    const std::string fault = faultOf(text, XMLMode::strict);
+    const Strings report = reportOn("Cut.fcpxml", text);
+    ASSERT_GT(report.size(), 2U);
+    EXPECT_EQ(report.at(1).substr(0, 24), "error: Line 1, column 31");
+    EXPECT_EQ(
+        Strings(report.begin() + 2, report.end()),
+        (Strings{"info: Filtering invalid characters...", "info: Checking header tags...",
+                 "error: Invalid DTD... repairing", "error: Root element should be <fcpxml> node",
+                 "error: No project node found in file",
+                 "info: Checking for FCPX-specific errors...",
+                 "bold error: Unable to save file: " + fault, kUnableLine,
+                 "error: Unable to remove temporary file " + sandbox.path("Cut-backup.fcpxml") +
+                     ". " + fault + "."}));
+    EXPECT_EQ(outcome, RepairOutcome::unable);
+    EXPECT_EQ(names(), Strings{"Cut.fcpxml"});
+}
+
+TEST_F(RepairPipelineTest, givesUpAFileThatNeitherParses) {
+    const std::string text = kXMEMLHead + "<sequence></xmeml>";
+    const std::string fault = faultOf(text, XMLMode::tolerant);
+    EXPECT_EQ(
+        reportOn("Cut.xml", text),
+        (Strings{"error: " + fault, "error: File did not load successfully - beginning repair...",
+                 "error: Filtering invalid characters...", "error: " + fault,
+                 "error: Unable to load XML data", kUnableLine,
+                 "error: Unable to remove temporary file " + sandbox.path("Cut-backup.xml") + ". " +
+                     fault + "."}));
+    EXPECT_EQ(outcome, RepairOutcome::unable);
+    expectFlags(true, false);
+    EXPECT_EQ(names(), Strings{"Cut.xml"});
+    EXPECT_EQ(test::readBytes(sandbox.path("Cut.xml")), text);
+}
+
+TEST_F(RepairPipelineTest, labelsTheStepsOfAFileThatDoesNotLoad) {
+    static_cast<void>(runOn("Cut.xml", "<xmeml>"));
+    Strings labels;
+    for (const std::string& call : host.calls) {
+        if (call.starts_with("label: ") || call == "indeterminate") {
+            labels.push_back(call);
+        }
+    }
+    EXPECT_EQ(Strings(labels.begin() + 3, labels.end()),
+              (Strings{"label: File did not load successfully - beginning repair...",
+                       "label: Filtering invalid characters...", "indeterminate",
+                       "label: Finishing..."}));
+}
+
+// A character that no name may hold and that the filter takes out.
+const std::string kTextThatTheFilterMends =
+    "<!DOCTYPE xmeml><xmeml version=\"5\"><sequence><na\uE000me>a</na\uE000me></sequence></xmeml>";
+
+TEST_F(RepairPipelineTest, keepsTheErrorOfTheFirstParseAlthoughTheSecondSucceeds) {
+    const std::string fault = faultOf(kTextThatTheFilterMends, XMLMode::tolerant);
+    EXPECT_EQ(
+        reportOn("Cut.xml", kTextThatTheFilterMends),
+        (Strings{"error: " + fault, "error: File did not load successfully - beginning repair...",
+                 "error: Filtering invalid characters...",
+                 "error: Invalid character at byte 48 removed.",
+                 "error: Invalid character at byte 57 removed.", "error: " + fault,
+                 "error: Unable to load XML data", "info: Filtering invalid characters...",
+                 "info: Checking header tags...", "info: Checking version tags...",
+                 "bold error: Unable to save file: " + fault,
+                 "info: Updating type/creator codes...",
+                 "bold error: Unable to load file attributes. " + fault, kUnableLine,
+                 "error: Unable to remove temporary file " + sandbox.path("Cut-backup.xml") + ". " +
+                     fault + "."}));
+    EXPECT_EQ(outcome, RepairOutcome::unable);
+    expectFlags(true, false);
+    EXPECT_EQ(names(), Strings{"Cut.xml"});
+    EXPECT_EQ(test::readBytes(sandbox.path("Cut.xml")), kTextThatTheFilterMends);
+}
+
+TEST_F(RepairPipelineTest, savesTheWorkingCopyBeforeAnOldErrorMakesItAFailure) {
+    std::string saved;
+    host.onCall = [&](const std::string& call) {
+        if (call.starts_with("bold error: Unable to save file")) {
+            saved = test::readBytes(sandbox.path("Cut-backup.xml"));
+        }
+    };
+    EXPECT_EQ(runOn("Cut.xml", kTextThatTheFilterMends), RepairOutcome::unable);
+    EXPECT_EQ(saved, test::parsed("<!DOCTYPE xmeml><xmeml version=\"5\"><sequence>"
+                                  "<name>a</name></sequence></xmeml>")
+                         ->xmlString());
+}
+
+TEST_F(RepairPipelineTest, removesForbiddenCharactersAndEndsAsRepaired) {
+    EXPECT_EQ(reportOn("Cut.xml", withName("a\x0C"
+                                           "b\x0B"
+                                           "c\U0001F600")),
+              (Strings{"info: File loaded successfully.", "info: Filtering invalid characters...",
+                       "error: Invalid character at byte 52 removed.",
+                       "error: Invalid character at byte 54 removed.",
+                       "error: Invalid character at byte 56 removed.",
+                       "error: Invalid character at byte 57 removed.",
+                       "info: Checking header tags...", "info: Checking version tags...",
+                       "info: Updating type/creator codes...", kRepairedLine}));
+    EXPECT_EQ(outcome, RepairOutcome::repairedAndSwapped);
+    EXPECT_NE(test::readBytes(sandbox.path("Cut.xml")).find("<name>abc</name>"), std::string::npos);
+}
+
+TEST_F(RepairPipelineTest, takesAByteOrderMarkAtTheBeginningAsTheEncodingsSignature) {
+    EXPECT_EQ(runOn("Cut.xml", "\uFEFF" + std::string(kSoundXMEML)), RepairOutcome::sound);
+    host = {};
+    // The index counts from the character behind the mark.
+    EXPECT_EQ(runOn("Cut.xml", "\uFEFF<a\x01/>"), RepairOutcome::unable);
+    EXPECT_EQ(host.report().at(5), "error: Invalid character at byte 2 removed.");
+}
+
+TEST_F(RepairPipelineTest, removesAByteOrderMarkInTheMiddle) {
+    const Strings report = reportOn("Cut.xml", withName("a\uFEFFb"));
+    EXPECT_EQ(outcome, RepairOutcome::repairedAndSwapped);
+    EXPECT_EQ(report.at(2), "error: Invalid character at byte 52 removed.");
+    EXPECT_NE(test::readBytes(sandbox.path("Cut.xml")).find("<name>ab</name>"), std::string::npos);
+}
+
+TEST_F(RepairPipelineTest, ignoresTheEncodingThatTheTextDeclares) {
+    const std::string text = "<?xml version=\"1.0\" encoding=\"UTF-16\"?>" + withName("\u00E9");
+    EXPECT_EQ(runOn("Cut.xml", text), RepairOutcome::sound);
+}
+
+TEST_F(RepairPipelineTest, strikesAllButPrintableASCIIOutOfAFileThatIsNotUTF8) {
+    const std::string text =
+        "<!DOCTYPE xmeml>\n<xmeml version=\"5\">\n\t<sequence>\n"
+        "<name>Caf\xE9 \u00FC\tb</name></sequence></xmeml>";
+    EXPECT_EQ(reportOn("Cut.xml", text),
+              (Strings{"info: File loaded successfully.", "info: Filtering invalid characters...",
+                       "info: Checking header tags...", "info: Checking version tags...",
+                       "info: Updating type/creator codes...", kRepairedLine}));
+    EXPECT_EQ(outcome, RepairOutcome::repairedAndSwapped);
+    EXPECT_NE(test::readBytes(sandbox.path("Cut.xml")).find("<name>Caf b</name>"),
+              std::string::npos);
+    EXPECT_TRUE(log.contains("Stripping invalid characters from data..."));
+    EXPECT_EQ(test::readBytes(trash() + "/Cut.xml"), text);
+}
+
+TEST_F(RepairPipelineTest, readsAUTF16FileByItsASCIIBytes) {
+    std::string text = "\xFF\xFE";
+    for (const char byte :
+         std::string("<?xml version=\"1.0\" encoding=\"UTF-16\"?>") + withName("a")) {
+        text.append({byte, '\0'});
+    }
+    EXPECT_EQ(runOn("Cut.xml", text), RepairOutcome::repairedAndSwapped);
+    EXPECT_NE(test::readBytes(sandbox.path("Cut.xml")).find("<name>a</name>"), std::string::npos);
+}
+
+TEST_F(RepairPipelineTest, endsCriticallyWhenTheWorkingCopyCanBeReadInNoWay) {
+    host.onCall = [&](const std::string& call) {
+        if (call == "label: Checking file...") {
+            std::filesystem::remove(sandbox.path("Cut-backup.xml"));
+            std::filesystem::create_directory(sandbox.path("Cut-backup.xml"));
+        }
+    };
+    const Strings report = reportOn("Cut.xml", kSoundXMEML);
+    ASSERT_EQ(report.size(), 3U);
+    EXPECT_EQ(report.at(0).substr(0, 7), "error: ");
+    EXPECT_NE(report.at(0).find("Cut-backup.xml"), std::string::npos);
+    EXPECT_EQ(report.at(1), "error: Unable to load XML data");
+    EXPECT_EQ(report.at(2), "bold error: Critical error - repair canceled.");
+    EXPECT_EQ(outcome, RepairOutcome::stopped);
+    expectFlags(true, false);
+    EXPECT_EQ(host.calls.at(host.calls.size() - 2),
+              "alert: Unable to load XML data | Repair has been canceled.");
+    EXPECT_EQ(test::readBytes(sandbox.path("Cut.xml")), kSoundXMEML);
+}
+
+TEST_F(RepairPipelineTest, reportsAnEmptyFileAsUnable) {
+    EXPECT_EQ(runOn("Cut.xml", ""), RepairOutcome::unable);
+    EXPECT_EQ(runOn("One.xml", "<"), RepairOutcome::unable);
+    EXPECT_EQ(names(), (Strings{"Cut.xml", "One.xml"}));
+}
+
+TEST_F(RepairPipelineTest, logsTheRangeExceptionOfAFileThatBeginsWithAnEmptyTag) {
+    const std::string fault = faultOf("<>", XMLMode::tolerant);
+    EXPECT_EQ(
+        reportOn("Cut.xml", "<>"),
+        (Strings{"error: " + fault, "error: File did not load successfully - beginning repair...",
+                 "error: Filtering invalid characters..."}));
+    EXPECT_EQ(outcome, RepairOutcome::stopped);
+    EXPECT_EQ(host.calls.back(), "end");
+    const std::string last = log.entries().back();
+    EXPECT_TRUE(last.starts_with("Exception in -[Document startRepair:]. NSRangeException - "))
+        << last;
+    EXPECT_EQ(test::readBytes(sandbox.path("Cut.xml")), "<>");
+    EXPECT_EQ(names(), (Strings{"Cut-backup.xml", "Cut.xml"}));
+}
+
+TEST_F(RepairPipelineTest, endsOnceAfterAnExceptionOfItsOwnKind) {
+    host.raiseAtCall = "info: Checking version tags...";
+    EXPECT_EQ(runOn("Cut.xml", kSoundXMEML), RepairOutcome::stopped);
+    EXPECT_EQ(std::count(host.calls.begin(), host.calls.end(), "end"), 1);
+    EXPECT_EQ(host.calls.back(), "end");
+    EXPECT_EQ(log.entries().back(), "Exception in -[Document startRepair:]. Test - raised.");
+}
+
+TEST_F(RepairPipelineTest, endsOnceAfterAnotherExceptionAndPassesItOn) {
+    host.onCall = [](const std::string& call) {
+        if (call == "info: Checking version tags...") {
+            throw std::runtime_error("other");
+        }
+    };
+    EXPECT_THROW(static_cast<void>(runOn("Cut.xml", kSoundXMEML)), std::runtime_error);
+    EXPECT_EQ(std::count(host.calls.begin(), host.calls.end(), "end"), 1);
+    EXPECT_EQ(host.calls.back(), "end");
+}
+
+TEST_F(RepairPipelineTest, tellsTheTruthAboutASwapThatAnAlertRaisedAfter) {
+    host.raiseAtCall = kRepairedAlert;
+    EXPECT_EQ(runOn("Cut.xml", withName("a & b")), RepairOutcome::repairedAndSwapped);
+    EXPECT_EQ(namesInTrash(), Strings{"Cut.xml"});
+}
+
+TEST_F(RepairPipelineTest, goesOnWithoutADocumentWhenAHeaderCheckRaises) {
+    host.raiseAtCall = "error: Invalid DTD... repairing";
+    EXPECT_EQ(reportOn("Cut.xml", "<xmeml version=\"5\"><sequence/></xmeml>"),
+              (Strings{"info: File loaded successfully.", "info: Filtering invalid characters...",
+                       "info: Checking header tags...", "error: Invalid DTD... repairing",
+                       "info: Checking version tags...",
+                       "error: Unable to locate XML Interchange version information",
+                       "info: Updating type/creator codes...", kUnableLine}));
+    EXPECT_EQ(outcome, RepairOutcome::unable);
+    EXPECT_TRUE(log.contains("Exception in -[Document checkXMEMLHeaderTags:]. Test - raised."));
+}
+
+TEST_F(RepairPipelineTest, reportsVersionWarningsAndStillNeedsNoRepair) {
+    EXPECT_EQ(
+        reportOn(
+            "Cut.xml",
+            "<!DOCTYPE xmeml><xmeml version=\"4\"><sequence><color>a</color></sequence></xmeml>"),
+        (Strings{"info: File loaded successfully.", "info: Filtering invalid characters...",
+                 "info: Checking header tags...", "info: Checking version tags...",
+                 "error: Warning: Invalid element <color> for XML Interchange version 4. Go to "
+                 "Tools > Convert XML Interchange Version to convert this to the proper format.",
+                 "info: Updating type/creator codes...", kSoundLine}));
+    EXPECT_EQ(outcome, RepairOutcome::sound);
+}
+
+}  // namespace
+}  // namespace vornic
