@@ -95,6 +95,10 @@ std::string currentDirectory() {
 std::optional<std::string> readFile(const std::string& path, ErrorSlot& error) {
     int errorNumber = 0;
     const FileDescriptor file = openRegularFile(path, true, errorNumber);
+    if (!file && errorNumber == EINVAL) {
+        failFileBecause(error, path, "opened", EINVAL, "it is no ordinary file");
+        return std::nullopt;
+    }
     struct stat status {};
     if (!file || fstat(file.get(), &status) != 0) {
         failFile(error, path, "opened", file ? errno : errorNumber);
