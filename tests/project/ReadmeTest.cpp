@@ -71,7 +71,8 @@ class ReadmeSessions : public ::testing::Test {
     std::string play(const Session& session) {
         std::string script = "exec 2>&1\n";
         for (const std::string& command : session.commands) {
-            script += "printf '%s\\n' " + quoted("$ " + command) + "\n" + command + "\n";
+            script += "status=$?; printf '%s\\n' " + quoted("$ " + command) + "; (exit $status)\n" +
+                      command + "\n";
         }
         const std::string programs =
             std::filesystem::path(material_.program("vornic")).parent_path();
