@@ -1,7 +1,7 @@
 #include "xml/XMLContentReader.h"
 
 #include <algorithm>
-#include <cstring>
+#include <array>
 #include <string>
 
 #include "xml/TextPlace.h"
@@ -16,32 +16,32 @@ using xmlchars::is;
 
 constexpr std::string_view kCDATAStart = "<![CDATA[";
 
-// True for text that is white space once its character references are replaced. The references in
-// the text have been checked.
+bool isWhiteSpaceReference(std::string_view reference) {
+    if (!reference.starts_with("&#") || !reference.ends_with(';')) {
+        return false;
+    }
+    const bool hexadecimal = reference[2] == 'x';
+    std::string_view digits = reference.substr(hexadecimal ? 3 : 2);
+    digits.remove_prefix(std::min(digits.find_first_not_of('0'), digits.size()));
+    constexpr std::array<std::string_view, 4> kDecimal = {"9;", "10;", "13;", "32;"};
+    constexpr std::array<std::string_view, 6> kHexadecimal = {"9;", "a;", "A;", "d;", "D;", "20;"};
+    return hexadecimal
+               ? std::find(kHexadecimal.begin(), kHexadecimal.end(), digits) != kHexadecimal.end()
+               : std::find(kDecimal.begin(), kDecimal.end(), digits) != kDecimal.end();
+}
+
+// True for text that is white space once its character references are replaced.
 bool decodesToWhiteSpace(std::string_view text) {
-    for (std::size_t at = 0; at < text.size();) {
-        if (is(text[at], xmlchars::kSpace)) {
-            ++at;
-            continue;
+    while (!text.empty()) {
+        std::size_t length = 1;
+        if (!is(text[0], xmlchars::kSpace)) {
+            const std::size_t end = text.find(';');
+            if (end == std::string_view::npos || !isWhiteSpaceReference(text.substr(0, end + 1))) {
+                return false;
+            }
+            length = end + 1;
         }
-        if (!text.substr(at).starts_with("&#")) {
-            return false;
-        }
-        const std::string_view reference = text.substr(at, text.find(';', at) - at);
-        if (reference.size() < 3) {
-            return false;
-        }
-        const bool hexadecimal = reference[2] == 'x';
-        const std::size_t digits = reference.find_first_not_of('0', hexadecimal ? 3 : 2);
-        const std::string_view value = reference.substr(std::min(digits, reference.size()));
-        const bool space = hexadecimal
-                               ? value == "9" || value == "a" || value == "A" || value == "d" ||
-                                     value == "D" || value == "20"
-                               : value == "9" || value == "10" || value == "13" || value == "32";
-        if (!space) {
-            return false;
-        }
-        at += reference.size() + 1;
+        text.remove_prefix(length);
     }
     return true;
 }

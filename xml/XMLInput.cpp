@@ -65,20 +65,20 @@ void XMLInput::fault(XMLErrorCode code, const char* place, std::string sentence)
 }
 
 void XMLInput::mend(const char* place, std::string_view what) {
-    limitMends(place);
+    limit(reading_.mends.size(), place);
     reading_.mends.push_back({.offset = offsetOf(place), .what = what});
 }
 
 void XMLInput::edit(const char* place, std::size_t length, std::string_view replacement) {
-    limitMends(place);
+    limit(reading_.edits.size(), place);
     reading_.edits.push_back({offsetOf(place), length, replacement});
     growth_ += replacement.size() - length;
 }
 
-void XMLInput::limitMends(const char* place) const {
-    if (reading_.mends.size() >= kMendLimit || reading_.edits.size() >= kMendLimit) {
+void XMLInput::limit(std::size_t count, const char* place) const {
+    if (count >= kXMLMendLimit) {
         fault(XMLErrorCode::tooManyMends, place,
-              "there are more than " + std::to_string(kMendLimit) +
+              "there are more than " + std::to_string(kXMLMendLimit) +
                   " faults up to here, too many for the file to be mended.");
     }
 }

@@ -29,10 +29,6 @@ struct XMLInstruction {
 /// Mends are stored with their offset alone; `readXML` adds line and column.
 class XMLInput {
   public:
-    /// A text that needs more mends than this is no damaged project but something else, and noting
-    /// them all would take far more memory than the text.
-    static constexpr std::size_t kMendLimit = 4'000'000;
-
     XMLInput(std::string_view text, XMLMode mode, XMLReaderEvents* events, XMLReading& reading)
         : begin_(text.data()),
           end_(begin_ + text.size()),
@@ -106,7 +102,7 @@ class XMLInput {
   private:
     [[nodiscard]] const char* passHyphens(const char* comment, const char* place);
     [[nodiscard]] const char* passInstructionData(const char* instruction, const char* place) const;
-    void limitMends(const char* place) const;
+    void limit(std::size_t count, const char* place) const;
 
     const char* begin_;
     const char* end_;

@@ -47,7 +47,7 @@ Fault readWithoutForbidden(std::string_view text, XMLReaderEvents* events, XMLRe
         return XMLReadingFault{XMLErrorCode::invalidUTF8, *invalid,
                                "the bytes here are not UTF-8 text."};
     }
-    if (ForbiddenCharacters::runsIn(text) > XMLInput::kMendLimit) {
+    if (ForbiddenCharacters::runsIn(text) > kXMLMendLimit) {
         return XMLReadingFault{XMLErrorCode::tooManyMends, 0,
                                "the file holds too many characters that XML does not allow."};
     }

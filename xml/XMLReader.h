@@ -20,6 +20,11 @@ enum class XMLMode {
     tolerant,
 };
 
+/// A text in which the tolerant mode finds more mends, or more changes to make, is refused: it is
+/// no damaged project but something else, and noting them all would take far more memory than the
+/// text.
+inline constexpr std::size_t kXMLMendLimit = 4'000'000;
+
 /// A markup fault that the tolerant mode mended.
 struct XMLMend {
     /// Byte offset in the text that was read.

@@ -329,6 +329,11 @@ TEST_F(NamesAndIdentifiers, passesOverANameWithoutText) {
     EXPECT_EQ(QMXMLParser::nameForNode(first("./a")), "inner");
 }
 
+TEST_F(NamesAndIdentifiers, readsANameInASection) {
+    use("<a><name><![CDATA[a<b]]></name></a>");
+    EXPECT_EQ(QMXMLParser::nameForNode(first("./a")), "a<b");
+}
+
 TEST_F(NamesAndIdentifiers, keepsANameThatCannotBeDecoded) {
     use("<a><name>100% caf%C3%A9</name></a><a><name>caf%C3%A9</name></a>"
         "<a><name>caf\xC3\xA9%20x</name></a>");

@@ -1,74 +1,15 @@
 #include "tests/xml/XMLSideBySide.h"
 
 #include <algorithm>
-#include <charconv>
-#include <map>
 
+#include "tests/xml/RawText.h"
+#include "xml/TextDecoding.h"
 #include "xml/XMLDocument.h"
 #include "xml/XMLReader.h"
 
 namespace vornic::test {
 
 namespace {
-
-std::string utf8(unsigned long value) {
-    const auto byte = [](unsigned long bits) { return static_cast<char>(bits); };
-    if (value < 0x80) {
-        return {byte(value)};
-    }
-    if (value < 0x800) {
-        return {byte(0xC0 | value >> 6), byte(0x80 | (value & 0x3F))};
-    }
-    if (value < 0x10000) {
-        return {byte(0xE0 | value >> 12), byte(0x80 | (value >> 6 & 0x3F)),
-                byte(0x80 | (value & 0x3F))};
-    }
-    return {byte(0xF0 | value >> 18), byte(0x80 | (value >> 12 & 0x3F)),
-            byte(0x80 | (value >> 6 & 0x3F)), byte(0x80 | (value & 0x3F))};
-}
-
-std::string replacementOf(const std::string& reference) {
-    static const std::map<std::string, std::string> kNamed = {
-        {"amp", "&"}, {"lt", "<"}, {"gt", ">"}, {"quot", "\""}, {"apos", "'"}};
-    if (reference[0] != '#') {
-        return kNamed.at(reference);
-    }
-    return reference[1] == 'x' ? utf8(std::stoul(reference.substr(2), nullptr, 16))
-                               : utf8(std::stoul(reference.substr(1)));
-}
-
-std::string withoutReferences(const std::string& raw) {
-    std::string result;
-    for (std::size_t at = 0; at < raw.size(); ++at) {
-        if (raw[at] != '&') {
-            result += raw[at];
-            continue;
-        }
-        const std::size_t end = raw.find(';', at);
-        result += replacementOf(raw.substr(at + 1, end - at - 1));
-        at = end;
-    }
-    return result;
-}
-
-std::string withLineFeeds(std::string_view raw) {
-    std::string result;
-    for (std::size_t at = 0; at < raw.size(); ++at) {
-        if (raw[at] != '\r') {
-            result += raw[at];
-        } else if (at + 1 == raw.size() || raw[at + 1] != '\n') {
-            result += '\n';
-        }
-    }
-    return result;
-}
-
-std::string attributeValue(std::string_view raw) {
-    std::string value = withLineFeeds(raw);
-    std::replace_if(
-        value.begin(), value.end(), [](char c) { return c == '\t' || c == '\n'; }, ' ');
-    return withoutReferences(value);
-}
 
 bool isWhiteSpace(std::string_view text) {
     return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
@@ -135,10 +76,32 @@ void addNode(XMLNode node, ContentLines& lines) {
     }
 }
 
+std::unique_ptr<XMLDocument> parsed(const std::string& text) {
+    ErrorSlot error;
+    return XMLDocument::parse(text, XMLMode::strict, error);
+}
+
+std::string differenceOf(const std::string& leftName, const ContentLines& left,
+                         const std::string& rightName, const ContentLines& right) {
+    const auto [inLeft, inRight] =
+        std::mismatch(left.begin(), left.end(), right.begin(), right.end());
+    if (inLeft == left.end() && inRight == right.end()) {
+        return "";
+    }
+    const auto shown = [](ContentLines::const_iterator at, const ContentLines& lines) {
+        return at == lines.end() ? std::string("the end") : "\"" + *at + "\"";
+    };
+    return "line " + std::to_string(inLeft - left.begin()) + ": " + leftName + " has " +
+           shown(inLeft, left) + ", " + rightName + " has " + shown(inRight, right);
+}
+
 }  // namespace
 
 ContentLines contentLinesOfReader(std::string_view text) {
     Recorder recorder;
+    if (text.starts_with(kByteOrderMark)) {
+        text.remove_prefix(kByteOrderMark.size());
+    }
     const XMLReading reading = readXML(text, XMLMode::strict, &recorder);
     return reading.fault ? ContentLines() : recorder.lines;
 }
@@ -166,22 +129,29 @@ ContentLines contentLinesOfTree(XMLNode document) {
 }
 
 std::string differenceOfReaderAndTree(const std::string& text) {
-    ErrorSlot error;
-    const std::unique_ptr<XMLDocument> document = XMLDocument::parse(text, XMLMode::strict, error);
+    const std::unique_ptr<XMLDocument> document = parsed(text);
     if (document == nullptr) {
         return "";
     }
-    const ContentLines read = contentLinesOfReader(text);
-    const ContentLines built = contentLinesOfTree(document->documentNode());
-    const auto [left, right] = std::mismatch(read.begin(), read.end(), built.begin(), built.end());
-    if (left == read.end() && right == built.end()) {
+    return differenceOf("the reader", contentLinesOfReader(text), "the tree",
+                        contentLinesOfTree(document->documentNode()));
+}
+
+std::string differenceAfterWriting(const std::string& text) {
+    const std::unique_ptr<XMLDocument> document = parsed(text);
+    if (document == nullptr) {
         return "";
     }
-    const auto shown = [](ContentLines::const_iterator at, const ContentLines& lines) {
-        return at == lines.end() ? std::string("the end") : "\"" + *at + "\"";
-    };
-    return "line " + std::to_string(left - read.begin()) + ": the reader tells " +
-           shown(left, read) + ", the tree has " + shown(right, built);
+    const std::string written = document->xmlString();
+    const std::unique_ptr<XMLDocument> again = parsed(written);
+    if (again == nullptr) {
+        return "what was written is not well-formed";
+    }
+    if (again->xmlString() != written) {
+        return "what is written differs the second time";
+    }
+    return differenceOf("the text", contentLinesOfTree(document->documentNode()),
+                        "the written text", contentLinesOfTree(again->documentNode()));
 }
 
 }  // namespace vornic::test

@@ -14,7 +14,8 @@ namespace vornic::test {
 /// out. Two texts with equal lines have equal content.
 using ContentLines = std::vector<std::string>;
 
-/// As the reader tells it. Empty when the reader refuses the text in strict mode.
+/// As the reader tells it, after a byte order mark. Empty when the reader refuses the text in
+/// strict mode.
 [[nodiscard]] ContentLines contentLinesOfReader(std::string_view text);
 /// As the tree below a document node has it.
 [[nodiscard]] ContentLines contentLinesOfTree(XMLNode document);
@@ -22,6 +23,11 @@ using ContentLines = std::vector<std::string>;
 /// The first difference between the two for a text that is well-formed, in words; "" when there is
 /// none or the text is refused.
 [[nodiscard]] std::string differenceOfReaderAndTree(const std::string& text);
+
+/// What is wrong with reading a text in strict mode, writing it, and reading and writing that
+/// again: content that differs, or a second writing that does. "" when nothing is, or when the text
+/// is refused.
+[[nodiscard]] std::string differenceAfterWriting(const std::string& text);
 
 }  // namespace vornic::test
 
