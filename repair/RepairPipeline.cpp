@@ -9,6 +9,7 @@
 #include "foundation/Utf8.h"
 #include "platform/AtomicFile.h"
 #include "platform/FileAttributes.h"
+#include "platform/FileSystem.h"
 #include "platform/UserPreferences.h"
 #include "platform/Workspace.h"
 #include "repair/CharacterFilter.h"
@@ -111,7 +112,7 @@ bool RepairPipeline::makeWorkingCopy() {
     }
     error_.reset();
     if (platform::copyFile(path_, workingCopy_, error_)) {
-        ownCopy_ = platform::fileIdentity(workingCopy_);
+        holdWorkingCopy();
         return true;
     }
     return stopBeforeCopy(
@@ -317,8 +318,13 @@ bool RepairPipeline::ensureOwnWorkingCopy() {
         !platform::copyFile(path_, workingCopy_, error_)) {
         return false;
     }
-    ownCopy_ = platform::fileIdentity(workingCopy_);
+    holdWorkingCopy();
     return true;
+}
+
+void RepairPipeline::holdWorkingCopy() {
+    int ignored = 0;  // what can't be held is not ours
+    ownCopy_ = platform::openForMetadata(workingCopy_, false, ignored);
 }
 
 bool RepairPipeline::writeWorkingCopy() {
@@ -329,7 +335,10 @@ bool RepairPipeline::writeWorkingCopy() {
         !file.commit(platform::Durability::buffered, error_)) {
         return false;
     }
-    ownCopy_ = file.identity();
+    holdWorkingCopy();
+    if (ownCopy_ && platform::identityOf(ownCopy_.get()) != file.identity()) {
+        ownCopy_ = platform::FileDescriptor();
+    }
     return true;
 }
 
@@ -408,7 +417,7 @@ void RepairPipeline::finishRepaired() {
 }
 
 bool RepairPipeline::workingCopyIsOurs() const {
-    return ownCopy_.has_value() && platform::fileIdentity(workingCopy_) == ownCopy_;
+    return ownCopy_ && platform::fileIdentity(workingCopy_) == platform::identityOf(ownCopy_.get());
 }
 
 void RepairPipeline::removeWorkingCopy() {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/Error.h"
-#include "platform/FileSystem.h"
+#include "platform/FileDescriptor.h"
 #include "repair/RepairHost.h"
 #include "xml/XMLDocument.h"
 #include "xml/XMLReader.h"
@@ -70,6 +70,7 @@ class RepairPipeline {
     void finishSound();
     void finishUnable();
     void finishRepaired();
+    void holdWorkingCopy();
     [[nodiscard]] bool workingCopyIsOurs() const;
     bool ensureOwnWorkingCopy();
     bool writeWorkingCopy();
@@ -96,8 +97,9 @@ class RepairPipeline {
     // one whose tree is looked at.
     bool hasDocument_ = false;
     std::unique_ptr<XMLDocument> document_;
-    // The file that this run last put at the path of the working copy.
-    std::optional<platform::FileIdentity> ownCopy_;
+    // The file that this run last put at the path of the working copy. Held open, so that no file
+    // of another run can come by its inode number.
+    platform::FileDescriptor ownCopy_;
 };
 
 }  // namespace vornic
