@@ -36,13 +36,10 @@ class ProgramLogTest : public ProgramTest {
     /// Sets the family-wide switch to a value, written as a property list has it.
     void setDisableLogging(const std::string& value) const {
         fs::create_directories(files.library("Preferences"));
-        ASSERT_FALSE(files
-                         .write("../home/.local/share/quillmark/Preferences/"
-                                "com.quillmark.global.plist",
-                                "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                                "<plist version=\"1.0\"><dict><key>disable-logging</key>" +
-                                    value + "</dict></plist>\n")
-                         .empty());
+        writeBytes(files.library("Preferences/com.quillmark.global.plist"),
+                   "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                   "<plist version=\"1.0\"><dict><key>disable-logging</key>" +
+                       value + "</dict></plist>\n");
     }
 
     void expectLoggingStaysOn() const {
@@ -66,7 +63,7 @@ class ProgramLogTest : public ProgramTest {
         std::string text = soundXMEML();
         const std::size_t place = text.find("Harbour");
         text.insert(place, std::string(count, '\v'));
-        EXPECT_FALSE(files.write("cut.xml", text).empty());
+        writeBytes(files.path("cut.xml"), text);
         std::vector<std::string> lines;
         for (std::size_t i = place; i < place + count; ++i) {
             lines.push_back("Invalid character at byte " + std::to_string(i) + " removed.");
@@ -233,7 +230,7 @@ TEST_F(ProgramLogTest, goesOnInANewGenerationAfterFiveMillionBytes) {
 
 TEST_F(ProgramLogTest, isNotNeededForARepair) {
     fs::create_directories(files.library(""));
-    ASSERT_FALSE(files.write("../home/.local/share/quillmark/Logs", "in the way").empty());
+    writeBytes(files.library("Logs"), "in the way");
     const std::string path = files.writeDamaged("cut.xml");
     const ProgramResult result = files.repair({path});
     EXPECT_THAT(result.output, StartsWith("Unable to create folder " + logFolder() + ".\n"));
@@ -246,7 +243,7 @@ TEST_F(ProgramLogTest, isNotNeededForARepair) {
 
 TEST_F(ProgramLogTest, isNotNeededForAConversion) {
     fs::create_directories(files.library(""));
-    ASSERT_FALSE(files.write("../home/.local/share/quillmark/Logs", "in the way").empty());
+    writeBytes(files.library("Logs"), "in the way");
     const std::string path = files.writeSound("cut.xml");
     const ProgramResult result = files.convert({"-convertxmeml", "3", path});
     EXPECT_EQ(result.output, "Unable to create folder " + logFolder() + ".\n");

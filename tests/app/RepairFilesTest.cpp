@@ -232,7 +232,7 @@ TEST_F(RepairFilesTest, movesADanglingLinkAtTheWorkingCopysPathIntoTheTrash) {
 TEST_F(RepairFilesTest, movesAFolderAtTheWorkingCopysPathIntoTheTrash) {
     const std::string path = files.writeDamaged("cut.xml");
     fs::create_directory(files.path("cut-backup.xml"));
-    ASSERT_FALSE(files.write("cut-backup.xml/note", "kept").empty());
+    writeBytes(files.path("cut-backup.xml/note"), "kept");
     expectRepaired(path);
     EXPECT_EQ(readBytes(files.trash() + "/cut-backup.xml/note"), "kept");
 }
@@ -240,10 +240,10 @@ TEST_F(RepairFilesTest, movesAFolderAtTheWorkingCopysPathIntoTheTrash) {
 TEST_F(RepairFilesTest, givesANumberToANameThatIsTakenInTheTrash) {
     fs::create_directory(files.trash());
     const std::string path = files.writeDamaged("cut.xml");
-    ASSERT_FALSE(files.write("../home/.Trash/cut.xml", "first").empty());
-    ASSERT_FALSE(files.write("../home/.Trash/cut 2.xml", "second").empty());
-    ASSERT_FALSE(files.write("../home/.Trash/cut-backup.xml", "third").empty());
-    ASSERT_FALSE(files.write("cut-backup.xml", "fourth").empty());
+    writeBytes(files.trash() + "/cut.xml", "first");
+    writeBytes(files.trash() + "/cut 2.xml", "second");
+    writeBytes(files.trash() + "/cut-backup.xml", "third");
+    writeBytes(files.path("cut-backup.xml"), "fourth");
     expectRepaired(path);
     EXPECT_THAT(namesIn(files.trash()), ElementsAre("cut 2.xml", "cut 3.xml", "cut-backup 2.xml",
                                                     "cut-backup.xml", "cut.xml"));
@@ -260,7 +260,7 @@ TEST_F(RepairFilesTest, makesTheTrashForTheUserAlone) {
 
 TEST_F(RepairFilesTest, takesAnExtensionInCapitalsForTheSameKind) {
     const std::string path = files.write("cut.FCPXML", "<!DOCTYPE fcpxml><fcpxml/>");
-    ASSERT_FALSE(files.write("cut-backup.fcpxml", "from before").empty());
+    writeBytes(files.path("cut-backup.fcpxml"), "from before");
     const ProgramResult result = files.repair({path});
     EXPECT_THAT(result.output, ::testing::HasSubstr("Checking for FCPX-specific errors...\n"));
     EXPECT_THAT(namesIn(files.folder()), ElementsAre("cut.FCPXML"));
@@ -269,14 +269,14 @@ TEST_F(RepairFilesTest, takesAnExtensionInCapitalsForTheSameKind) {
 
 TEST_F(RepairFilesTest, takesAFileWithoutAnExtensionForXMEML) {
     const std::string path = files.writeDamaged("cut");
-    ASSERT_FALSE(files.write("cut-backup.xml", "from before").empty());
+    writeBytes(files.path("cut-backup.xml"), "from before");
     expectRepaired(path);
     EXPECT_THAT(namesIn(files.trash()), ElementsAre("cut", "cut-backup.xml"));
 }
 
 TEST_F(RepairFilesTest, takesAnyOtherExtensionForXMEML) {
     const std::string path = files.writeDamaged("cut.fcpxml.xmeml");
-    ASSERT_FALSE(files.write("cut.fcpxml-backup.xml", "from before").empty());
+    writeBytes(files.path("cut.fcpxml-backup.xml"), "from before");
     expectRepaired(path);
     EXPECT_THAT(namesIn(files.trash()), ElementsAre("cut.fcpxml-backup.xml", "cut.fcpxml.xmeml"));
 }

@@ -88,6 +88,13 @@ std::vector<std::string> namesIn(const std::string& folder) {
     return names;
 }
 
+void writeBytes(const std::string& path, std::string_view bytes) {
+    std::ofstream stream(path, std::ios::binary | std::ios::trunc);
+    stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    stream.close();
+    EXPECT_TRUE(stream.good()) << path;
+}
+
 bool setAttribute(const std::string& path, const std::string& name, const std::string& value) {
     return setxattr(path.c_str(), name.c_str(), value.data(), value.size(), 0) == 0;
 }

@@ -4,6 +4,7 @@
 #include <iosfwd>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <sys/types.h>
@@ -30,6 +31,9 @@ std::ostream& operator<<(std::ostream& stream, const FileState& state);
 
 /// The names in a folder, sorted byte for byte; none when there is no such folder.
 [[nodiscard]] std::vector<std::string> namesIn(const std::string& folder);
+
+/// Writes a file. A failure fails the running test.
+void writeBytes(const std::string& path, std::string_view bytes);
 
 /// Sets an extended attribute. @return false when the volume has none.
 [[nodiscard]] bool setAttribute(const std::string& path, const std::string& name,

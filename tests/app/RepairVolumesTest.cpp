@@ -1,0 +1,350 @@
+// Volumes that are full, far away, simple or read-only.
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/app/ProgramTest.h"
+#include "tests/support/FileState.h"
+#include "tests/support/PrivateMounts.h"
+
+namespace vornic::test {
+
+namespace fs = std::filesystem;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+namespace {
+
+constexpr const char* kRepaired =
+    "The file was repaired successfully. Errors were found in the file and were successfully "
+    "repaired.\n";
+
+/// The XMEML file with a long text in it, so that the file has about this size.
+std::string ofSize(std::string text, std::size_t size) {
+    const std::string begin = "        <note>";
+    const std::string end = "</note>\n";
+    return text.insert(text.find("    </sequence>"), begin + std::string(size, 'n') + end);
+}
+
+}  // namespace
+
+/// A home without a Trash that anything could be moved into.
+class NoTrashTest : public ProgramTest {
+  protected:
+    /// The repair ends with its success, but everything stays where it is.
+    void expectNotSwapped() const {
+        const std::string path = files.writeDamaged("cut.xml");
+        const FileState before = fileState(path);
+        const ProgramResult result = files.repair({path});
+        EXPECT_EQ(result.output, repairedReport(path));
+        EXPECT_EQ(result.errors, "vornic-repair: The repaired file " +
+                                     files.path("cut-backup.xml") +
+                                     " could not take the place of the file " + path + ".\n");
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(fileState(path), before);
+        FileState copy = before;
+        copy.bytes = repairedXMEML();
+        copy.attributes[kFinderInfo] = xmemlFinderInfo();
+        EXPECT_EQ(fileState(files.path("cut-backup.xml")), copy);
+        EXPECT_THAT(namesIn(files.folder()), ElementsAre("cut-backup.xml", "cut.xml"));
+        EXPECT_THAT(files.log(), ::testing::Contains(::testing::StartsWith(
+                                     "The file " + path + " could not be moved to the Trash. ")));
+    }
+
+    /// A working copy of before stands in the way and stays there.
+    void expectOldCopyStays() const {
+        const std::string path = files.writeDamaged("cut.xml");
+        const std::string copy = files.write("cut-backup.xml", "from before");
+        const ProgramResult result = files.repair({path});
+        EXPECT_EQ(result.output,
+                  "Starting repair for file " + path +
+                      "...\nCreating temporary file...\nError: unable to remove temporary file. "
+                      "Please remove " +
+                      copy + " manually.\n");
+        EXPECT_EQ(result.errors, "vornic-repair: Unable to remove temporary file. Please remove " +
+                                     copy + " manually.\n");
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(readBytes(path), damagedXMEML());
+        EXPECT_EQ(readBytes(copy), "from before");
+    }
+
+    void makeHomeReadOnly() const {
+        fs::create_directories(files.library(""));
+        fs::permissions(files.home(), fs::perms::owner_read | fs::perms::owner_exec);
+    }
+
+    void TearDown() override { fs::permissions(files.home(), fs::perms::owner_all); }
+};
+
+TEST_F(NoTrashTest, aRepairedFileStaysBesideTheUsersWhenTheHomeIsReadOnly) {
+    makeHomeReadOnly();
+    expectNotSwapped();
+}
+
+TEST_F(NoTrashTest, aRepairedFileStaysBesideTheUsersWhenTheTrashIsAFile) {
+    writeBytes(files.trash(), "no folder");
+    expectNotSwapped();
+    EXPECT_EQ(readBytes(files.trash()), "no folder");
+}
+
+TEST_F(NoTrashTest, aRepairedFileStaysBesideTheUsersWhenTheTrashIsReadOnly) {
+    fs::create_directory(files.trash());
+    fs::permissions(files.trash(), fs::perms::owner_read | fs::perms::owner_exec);
+    expectNotSwapped();
+    EXPECT_THAT(namesIn(files.trash()), IsEmpty());
+}
+
+TEST_F(NoTrashTest, aWorkingCopyOfBeforeStaysWhenTheHomeIsReadOnly) {
+    makeHomeReadOnly();
+    expectOldCopyStays();
+}
+
+TEST_F(NoTrashTest, aWorkingCopyOfBeforeStaysWhenTheTrashIsAFile) {
+    writeBytes(files.trash(), "no folder");
+    expectOldCopyStays();
+}
+
+TEST_F(NoTrashTest, aHomeThatIsNotThereIsNotMade) {
+    const std::string path = files.writeDamaged("cut.xml");
+    const std::string home = files.path("no home");
+    ProgramSettings settings = files.repairer({path});
+    settings.environment.front() = "HOME=" + home;
+    const ProgramResult result = runProgram(settings);
+    EXPECT_EQ(result.output, repairedReport(path));
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(readBytes(path), damagedXMEML());
+    EXPECT_FALSE(exists(home));
+}
+
+TEST_F(NoTrashTest, aSoundFileNeedsNoTrash) {
+    makeHomeReadOnly();
+    const std::string path = files.writeSound("cut.xml");
+    const ProgramResult result = files.repair({path});
+    EXPECT_EQ(result.output, soundReport(path));
+    EXPECT_EQ(result.status, 0);
+}
+
+/// A home on another volume than the files, in the machine's shared memory.
+class TrashOnAnotherVolumeTest : public ProgramTest {
+  protected:
+    void SetUp() override {
+        std::string pattern = "/dev/shm/vornic-test-XXXXXX";
+        struct stat here {};
+        struct stat there {};
+        if (mkdtemp(pattern.data()) == nullptr) {
+            GTEST_SKIP() << "there is no shared memory to put a home in";
+        }
+        home_ = pattern;
+        ASSERT_EQ(stat(home_.c_str(), &there), 0);
+        ASSERT_EQ(stat(files.folder().c_str(), &here), 0);
+        if (here.st_dev == there.st_dev) {
+            GTEST_SKIP() << "the shared memory is no volume of its own";
+        }
+    }
+
+    void TearDown() override {
+        std::error_code ignored;
+        fs::remove_all(home_, ignored);
+    }
+
+    ProgramResult repairWithHomeThere(const std::string& path) const {
+        ProgramSettings settings = files.repairer({path});
+        settings.environment.front() = "HOME=" + home_;
+        return runProgram(settings);
+    }
+
+    std::string home_;
+};
+
+TEST_F(TrashOnAnotherVolumeTest, getsACopyOfTheFileWithItsMode) {
+    const std::string path = files.writeDamaged("cut.xml");
+    ASSERT_EQ(chmod(path.c_str(), 0640), 0);
+    const FileState before = fileState(path);
+    const ProgramResult result = repairWithHomeThere(path);
+    EXPECT_EQ(result.output, repairedReport(path));
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(readBytes(path), repairedXMEML());
+    EXPECT_EQ(fileState(home_ + "/.Trash/cut.xml"), before);
+    EXPECT_THAT(namesIn(files.folder()), ElementsAre("cut.xml"));
+    EXPECT_THAT(namesIn(home_ + "/.Trash"), ElementsAre("cut.xml"));
+}
+
+TEST_F(TrashOnAnotherVolumeTest, numbersANameThatIsTaken) {
+    const std::string path = files.writeDamaged("cut.xml");
+    EXPECT_EQ(repairWithHomeThere(path).status, 0);
+    EXPECT_EQ(files.writeDamaged("cut.xml"), path);
+    EXPECT_EQ(repairWithHomeThere(path).status, 0);
+    EXPECT_THAT(namesIn(home_ + "/.Trash"), ElementsAre("cut 2.xml", "cut.xml"));
+    EXPECT_EQ(readBytes(home_ + "/.Trash/cut 2.xml"), damagedXMEML());
+}
+
+TEST_F(TrashOnAnotherVolumeTest, getsALinkAsALink) {
+    const std::string target = files.writeDamaged("target.xml");
+    const std::string path = files.path("cut.xml");
+    fs::create_symlink("target.xml", path);
+    EXPECT_EQ(repairWithHomeThere(path).status, 0);
+    EXPECT_EQ(fs::read_symlink(home_ + "/.Trash/cut.xml"), "target.xml");
+    EXPECT_EQ(readBytes(path), repairedXMEML());
+    EXPECT_EQ(readBytes(target), damagedXMEML());
+}
+
+/// A volume of the test's own, which only root can mount. The programs run unprivileged.
+class SpecialVolumeTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        if (!mounts_.isAvailable()) {
+            GTEST_SKIP() << "volumes can be mounted by root only";
+        }
+        std::string pattern = "/tmp/vornic-volume-XXXXXX";
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        volume_ = pattern;
+    }
+
+    void TearDown() override {
+        files_.reset();
+        unprivileged_.reset();
+        if (!volume_.empty()) {
+            static_cast<void>(unmountAndRemove());
+        }
+    }
+
+    /// Mounts the volume, gives root's rights up and makes a home.
+    void mount(const std::string& type, const std::string& options) {
+        ASSERT_TRUE(mounts_.mountVolume(volume_, type, options));
+        ASSERT_EQ(chmod(volume_.c_str(), 01777), 0);
+        unprivileged_ = std::make_unique<Unprivileged>();
+        files_ = std::make_unique<ProgramFiles>(material_);
+    }
+
+    [[nodiscard]] std::string onVolume(const std::string& name, const std::string& bytes) const {
+        writeBytes(volume_ + "/" + name, bytes);
+        return volume_ + "/" + name;
+    }
+
+    TestMaterial material_;
+    PrivateMounts mounts_;
+    std::unique_ptr<Unprivileged> unprivileged_;
+    std::unique_ptr<ProgramFiles> files_;
+    std::string volume_;
+
+  private:
+    [[nodiscard]] bool unmountAndRemove() const {
+        std::error_code ignored;
+        return mounts_.unmountVolume(volume_) && fs::remove(volume_, ignored);
+    }
+};
+
+TEST_F(SpecialVolumeTest, withoutRoomForAWorkingCopyTheFileStays) {
+    mount("tmpfs", "size=64k");
+    const std::string text = ofSize(damagedXMEML(), 40'000);
+    const std::string path = onVolume("cut.xml", text);
+    const ProgramResult result = files_->repair({path});
+    EXPECT_THAT(result.output, HasSubstr("Error: unable to create temporary file. "));
+    EXPECT_THAT(result.output, HasSubstr("no space left on the volume.\n"));
+    EXPECT_THAT(result.errors, HasSubstr("vornic-repair: Unable to create temporary file. "));
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(readBytes(path), text);
+    EXPECT_THAT(namesIn(volume_), ElementsAre("cut.xml"));
+}
+
+TEST_F(SpecialVolumeTest, withoutRoomForTheResultTheFileStays) {
+    mount("tmpfs", "size=128k");
+    const std::string text = ofSize(damagedXMEML(), 45'000);
+    const std::string path = onVolume("cut.xml", text);
+    const ProgramResult result = files_->repair({path});
+    EXPECT_THAT(result.output, HasSubstr("\nUnable to save file: "));
+    EXPECT_THAT(result.output, HasSubstr("\nUnable to load file attributes. "));
+    EXPECT_THAT(result.output, HasSubstr("\nUnable to repair file. "));
+    EXPECT_THAT(result.output, ::testing::EndsWith("no space left on the volume..\n"));
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(readBytes(path), text);
+    EXPECT_THAT(namesIn(volume_), ElementsAre("cut.xml"));
+}
+
+TEST_F(SpecialVolumeTest, withoutRoomForTheResultAConvertedFileStaysAsItWas) {
+    mount("tmpfs", "size=64k");
+    const std::string text = ofSize(soundXMEML(), 40'000);
+    const std::string path = onVolume("cut.xml", text);
+    const ProgramResult result = files_->convert({"-convertxmeml", "3", path});
+    const std::string reason = " cannot be written: no space left on the volume.\n";
+    EXPECT_EQ(result.output, "Unable to save file " + path + " - The file " + path + reason +
+                                 "Unable to load attributes for file " + path + " - The file " +
+                                 path + reason);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(readBytes(path), text);
+    EXPECT_THAT(namesIn(volume_), ElementsAre("cut.xml"));
+}
+
+TEST_F(SpecialVolumeTest, withoutRoomInTheTrashTheFileStaysAndItsRepairedCopyBesideIt) {
+    mount("tmpfs", "size=64k");
+    const std::string text = ofSize(damagedXMEML(), 80'000);
+    const std::string path = files_->write("cut.xml", text);
+    ProgramSettings settings = files_->repairer({path});
+    settings.environment.front() = "HOME=" + volume_;
+    const ProgramResult result = runProgram(settings);
+    EXPECT_THAT(result.output, ::testing::EndsWith(kRepaired));
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(readBytes(path), text);
+    EXPECT_EQ(readBytes(files_->path("cut-backup.xml")), ofSize(repairedXMEML(), 80'000));
+    EXPECT_THAT(namesIn(volume_ + "/.Trash"), IsEmpty());
+}
+
+TEST_F(SpecialVolumeTest, withoutRoomForTheLogAFileIsRepairedAllTheSame) {
+    mount("tmpfs", "size=8k");
+    const std::string path = files_->writeDamaged("cut.xml");
+    ProgramSettings settings = files_->repairer({path});
+    settings.environment[2] = "XDG_DATA_HOME=" + volume_;
+    writeBytes(volume_ + "/filler", std::string(8192, 'f'));
+    const ProgramResult result = runProgram(settings);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(readBytes(path), repairedXMEML());
+    EXPECT_EQ(readBytes(files_->trash() + "/cut.xml"), damagedXMEML());
+}
+
+TEST_F(SpecialVolumeTest, withoutExtendedAttributesTheCodesAreLeftOut) {
+    mount("ramfs", "");
+    const std::string path = onVolume("cut.xml", damagedXMEML());
+    if (setAttribute(path, "user.note", "x")) {
+        GTEST_SKIP() << "this volume has extended attributes after all";
+    }
+    const ProgramResult result = files_->repair({path});
+    EXPECT_EQ(result.output, repairedReport(path));
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(readBytes(path), repairedXMEML());
+    EXPECT_THAT(fileState(path).attributes, IsEmpty());
+    EXPECT_EQ(readBytes(files_->trash() + "/cut.xml"), damagedXMEML());
+}
+
+TEST_F(SpecialVolumeTest, withoutExtendedAttributesAFileIsConvertedWithoutAWord) {
+    mount("ramfs", "");
+    const std::string path = onVolume("cut.xml", soundXMEML());
+    const ProgramResult result = files_->convert({"-convertxmeml", "3", path});
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(readBytes(path), soundXMEML("3"));
+}
+
+TEST_F(SpecialVolumeTest, thatIsReadOnlyKeepsItsFile) {
+    mount("tmpfs", "size=64k");
+    const std::string path = onVolume("cut.xml", damagedXMEML());
+    unprivileged_.reset();
+    ASSERT_TRUE(mounts_.makeReadOnly(volume_));
+    unprivileged_ = std::make_unique<Unprivileged>();
+    const ProgramResult result = files_->repair({path});
+    EXPECT_THAT(result.output, ::testing::EndsWith(": the volume is read-only.\n"));
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(readBytes(path), damagedXMEML());
+    EXPECT_THAT(namesIn(volume_), ElementsAre("cut.xml"));
+}
+
+}  // namespace vornic::test
