@@ -67,9 +67,10 @@ bool agreeToLoss(const ConversionHost& host, std::int64_t current, std::int64_t 
 }
 
 bool losesInformation(const ConversionHost& host, std::int64_t current, std::int64_t target) {
+    const bool isDowngrade = target < current;
     // Compared without a sign: a negative target counts as a very high one and loses nothing.
-    return target<current&& static_cast<std::uint64_t>(
-        host.minDowngradeVersion())> static_cast<std::uint64_t>(target);
+    const auto minimum = static_cast<std::uint64_t>(host.minDowngradeVersion());
+    return isDowngrade && minimum > static_cast<std::uint64_t>(target);
 }
 
 void saveDocument(const XMLDocument& document, const std::string& path, ErrorSlot& error) {
@@ -176,6 +177,7 @@ void convertXMEMLVersion(ConversionHost& host, const std::string& version,
         return;
     }
     const std::optional<std::string> declared = document->rootElement().attribute("version");
+    // No tree of ours has an attribute without a value; whatever has none is refused.
     if (!declared) {
         refuseDocument(host, "Unable to locate version attribute node");
         return;

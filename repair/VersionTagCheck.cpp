@@ -65,6 +65,7 @@ void warnAboutElements(RepairHost& host, const XMLDocument& document, const std:
 
 void checkDeclaredVersion(RepairHost& host, const XMLDocument& document,
                           const std::optional<std::string>& version) {
+    // No tree of ours has an attribute without a value; whatever has none is reported.
     if (!version) {
         noteFault(host);
         host.appendErrorInfoText("Unable to determine XML Interchange version");

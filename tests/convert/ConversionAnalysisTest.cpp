@@ -19,6 +19,10 @@ constexpr const char* kNotRecognized =
     "The file has not been recognized as a Final Cut Pro XML file. Please try repairing it before "
     "attempting conversion.";
 
+std::string downgradeText(const std::string& title) {
+    return "Can be downgraded without changes to version: " + title;
+}
+
 class ConversionAnalysisTest : public test::EngineTest {
   protected:
     ConversionAnalysisTest() { writeUsualCatalogue(); }
@@ -57,37 +61,35 @@ TEST_F(ConversionAnalysisTest, onlyStopsTheSpinnerWithoutAFile) {
 
 TEST_F(ConversionAnalysisTest, walksTheVersionsFromTheHighestDown) {
     analyse("2", "<sequence><multiclip id=\"1\"/></sequence>");
-    EXPECT_EQ(host.calls,
-              (Strings{"start spinner",
-                       "current: Current XML version: 2 (Final Cut Pro 5+)",
-                       "clear menu",
-                       "enable",
-                       "add: 5 (Final Cut Pro 7+)",
-                       "key: 5",
-                       "add: 5 (Final Cut Pro 7+)",
-                       "key: 5",
-                       "enable",
-                       "add: 4 (Final Cut Pro 6+)",
-                       "key: 4",
-                       "add: 4 (Final Cut Pro 6+)",
-                       "key: 4",
-                       "enable",
-                       "add: 3 (Final Cut Pro 5.1.2+)",
-                       "key: 3",
-                       "add: 3 (Final Cut Pro 5.1.2+)",
-                       "key: 3",
-                       "minimum: 2",
-                       "downgrade: Can be downgraded without changes to version: 2 (Final Cut Pro "
-                       "5+)",
-                       "enable",
-                       "add: 2 (Final Cut Pro 5+)",
-                       "key: 2",
-                       "enable",
-                       "add: 1 (Final Cut Pro 4+)",
-                       "key: 1",
-                       "add: 1 (Final Cut Pro 4+)",
-                       "key: 1",
-                       "stop spinner later"}));
+    EXPECT_EQ(host.calls, (Strings{"start spinner",
+                                   "current: Current XML version: 2 (Final Cut Pro 5+)",
+                                   "clear menu",
+                                   "enable",
+                                   "add: 5 (Final Cut Pro 7+)",
+                                   "key: 5",
+                                   "add: 5 (Final Cut Pro 7+)",
+                                   "key: 5",
+                                   "enable",
+                                   "add: 4 (Final Cut Pro 6+)",
+                                   "key: 4",
+                                   "add: 4 (Final Cut Pro 6+)",
+                                   "key: 4",
+                                   "enable",
+                                   "add: 3 (Final Cut Pro 5.1.2+)",
+                                   "key: 3",
+                                   "add: 3 (Final Cut Pro 5.1.2+)",
+                                   "key: 3",
+                                   "minimum: 2",
+                                   "downgrade: " + downgradeText("2 (Final Cut Pro 5+)"),
+                                   "enable",
+                                   "add: 2 (Final Cut Pro 5+)",
+                                   "key: 2",
+                                   "enable",
+                                   "add: 1 (Final Cut Pro 4+)",
+                                   "key: 1",
+                                   "add: 1 (Final Cut Pro 4+)",
+                                   "key: 1",
+                                   "stop spinner later"}));
     EXPECT_EQ(log.entries(), (Strings{"Generating conversion data for file " + file + "...",
                                       "XMEML version: 2", "Final Cut Pro version: 5",
                                       "Found tag: <multiclip", "Minimum downgrade version: 2"}));
@@ -104,8 +106,7 @@ TEST_F(ConversionAnalysisTest, listsTheCurrentVersionOnceAndEveryOtherTwice) {
 TEST_F(ConversionAnalysisTest, takesTheHighestVersionWhoseElementsOccurAsTheMinimum) {
     analyse("5", "<multiclip>1</multiclip><metadata>1</metadata>");
     EXPECT_EQ(host.minimum, 3);
-    EXPECT_EQ(host.downgradeVersion,
-              "Can be downgraded without changes to version: 3 (Final Cut Pro 5.1.2+)");
+    EXPECT_EQ(host.downgradeVersion, downgradeText("3 (Final Cut Pro 5.1.2+)"));
 }
 
 TEST_F(ConversionAnalysisTest, goesOnTestingAfterTheMinimumIsFound) {
@@ -120,8 +121,7 @@ TEST_F(ConversionAnalysisTest, goesOnTestingAfterTheMinimumIsFound) {
 TEST_F(ConversionAnalysisTest, findsMinimumOneForAFileWithoutListedElements) {
     analyse("5", "<sequence><name>multiclip</name></sequence>");
     EXPECT_EQ(host.minimum, 1);
-    EXPECT_EQ(host.downgradeVersion,
-              "Can be downgraded without changes to version: 1 (Final Cut Pro 4+)");
+    EXPECT_EQ(host.downgradeVersion, downgradeText("1 (Final Cut Pro 4+)"));
     EXPECT_TRUE(log.contains("Minimum downgrade version: 1"));
 }
 
@@ -129,8 +129,7 @@ TEST_F(ConversionAnalysisTest, fallsBackToOneWhenTheCatalogueHasNoVersionOne) {
     catalogue.write({{"2", {"5", {{"<multiclip"}}}}});
     analyse("2", "");
     EXPECT_EQ(host.minimum, 1);
-    EXPECT_EQ(host.downgradeVersion,
-              "Can be downgraded without changes to version: 1 (Final Cut Pro 4+)");
+    EXPECT_EQ(host.downgradeVersion, downgradeText("1 (Final Cut Pro 4+)"));
     EXPECT_EQ(menuKeys(), Strings{"2"});
     EXPECT_FALSE(log.contains("Minimum downgrade version: 1"));
 }
@@ -138,13 +137,12 @@ TEST_F(ConversionAnalysisTest, fallsBackToOneWhenTheCatalogueHasNoVersionOne) {
 TEST_F(ConversionAnalysisTest, fallsBackToOneForAnEmptyCatalogue) {
     catalogue.write(std::map<std::string, test::CatalogueBundle::Version>{});
     analyse("2", "");
-    EXPECT_EQ(host.calls,
-              (Strings{"start spinner",
-                       "current: Current XML version: 2 (Final Cut Pro Unknown Version+)",
-                       "clear menu", "minimum: 1",
-                       "downgrade: Can be downgraded without changes to version: 1 (Final Cut Pro "
-                       "4+)",
-                       "stop spinner later"}));
+    EXPECT_EQ(
+        host.calls,
+        (Strings{"start spinner",
+                 "current: Current XML version: 2 (Final Cut Pro Unknown Version+)", "clear menu",
+                 "minimum: 1", "downgrade: " + downgradeText("1 (Final Cut Pro 4+)"),
+                 "stop spinner later"}));
     EXPECT_FALSE(host.isEnabled);
 }
 
@@ -160,8 +158,7 @@ TEST_F(ConversionAnalysisTest, namesACurrentVersionWithoutLabelUnknownAndShowsNu
     catalogue.write({{"1", {std::nullopt, {}}}});
     analyse("1", "");
     EXPECT_EQ(host.curVersion, "Current XML version: 1 (Final Cut Pro Unknown Version+)");
-    EXPECT_EQ(host.downgradeVersion,
-              "Can be downgraded without changes to version: 1 (Final Cut Pro (null)+)");
+    EXPECT_EQ(host.downgradeVersion, downgradeText("1 (Final Cut Pro (null)+)"));
     EXPECT_EQ(host.menu, (Menu{{"1 (Final Cut Pro (null)+)", "1"}}));
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "foundation/QMLog.h"
+#include "tests/support/LogText.h"
 #include "tests/support/Sandbox.h"
 
 namespace vornic::test {
@@ -21,7 +22,8 @@ class LogCapture {
         QMLog::createNewLog("Vornic", printing == Printing::off);
     }
 
-    /// The texts of the entries after the header, in order.
+    /// The texts of the entries after the header, in order. (The header has no version line when
+    /// the test has put a bundle of its own in place.)
     [[nodiscard]] static std::vector<std::string> entries() {
         QMLog::finishWriting();
         const std::vector<std::string> logs = QMLog::availableLogs();
@@ -29,7 +31,7 @@ class LogCapture {
             ADD_FAILURE() << "there is no log";
             return {};
         }
-        std::vector<std::string> texts = textsOf(readBytes(logs.front()));
+        std::vector<std::string> texts = logMessages(readBytes(logs.front()));
         const auto lastOfHeader = std::find(texts.begin(), texts.end(), "Running in 64-bit mode");
         EXPECT_NE(lastOfHeader, texts.end());
         texts.erase(texts.begin(), lastOfHeader == texts.end() ? lastOfHeader : lastOfHeader + 1);
@@ -38,32 +40,6 @@ class LogCapture {
     [[nodiscard]] static bool contains(std::string_view text) {
         const std::vector<std::string> texts = entries();
         return std::find(texts.begin(), texts.end(), text) != texts.end();
-    }
-
-  private:
-    /// True when an entry, "2026-11-21 07:05:00 +0000 - text", begins with the line.
-    static bool beginsEntry(std::string_view line) {
-        constexpr std::string_view kPattern = "dddd-dd-dd dd:dd:dd sdddd - ";
-        return line.size() >= kPattern.size() &&
-               std::equal(kPattern.begin(), kPattern.end(), line.begin(), [](char p, char c) {
-                   return p == 'd'   ? c >= '0' && c <= '9'
-                          : p == 's' ? c == '+' || c == '-'
-                                     : p == c;
-               });
-    }
-
-    static std::vector<std::string> textsOf(std::string_view log) {
-        std::vector<std::string> texts;
-        while (!log.empty()) {
-            const std::string_view line = log.substr(0, log.find('\n'));
-            if (beginsEntry(line)) {
-                texts.emplace_back(line.substr(line.find(" - ") + 3));
-            } else if (!texts.empty()) {
-                texts.back().append("\n").append(line);
-            }
-            log.remove_prefix(std::min(log.size(), line.size() + 1));
-        }
-        return texts;
     }
 };
 
