@@ -115,7 +115,7 @@ TextList environmentList(const Process::Environment& environment) {
     std::vector<std::string> list;
     list.reserve(environment.size());
     for (const auto& [name, value] : environment) {
-        list.push_back(name + "=" + value);
+        list.emplace_back(name).append("=").append(value);
     }
     return TextList(std::move(list));
 }

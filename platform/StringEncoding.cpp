@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <cerrno>
+#include <utility>
 
 #include <iconv.h>
 
@@ -118,6 +119,22 @@ class Converter {
     iconv_t handle_;
 };
 
+/// The system's converters let characters above the last one of Unicode through.
+bool staysWithinUnicode(std::string_view utf8) {
+    constexpr char kLastPlanes = '\xF4';
+    constexpr unsigned char kFirstLead = 0xF5;
+    constexpr unsigned char kFirstAfterLast = 0x90;
+    for (std::size_t index = 0; index < utf8.size(); ++index) {
+        const auto byte = static_cast<unsigned char>(utf8[index]);
+        if (byte >= kFirstLead ||
+            (utf8[index] == kLastPlanes && index + 1 < utf8.size() &&
+             static_cast<unsigned char>(utf8[index + 1]) >= kFirstAfterLast)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 bool isAscii(char byte) {
     return static_cast<unsigned char>(byte) < kMacRoman.size();
 }
@@ -184,7 +201,8 @@ Text decodeString(std::string_view bytes, StringEncoding encoding) {
         return decodeMacRoman(bytes);
     }
     const char* name = converterName(takeByteOrderMark(bytes, encoding));
-    return name != nullptr ? Converter(name).convert(bytes) : std::nullopt;
+    Text text = name != nullptr ? Converter(name).convert(bytes) : std::nullopt;
+    return text && staysWithinUnicode(*text) ? std::move(text) : std::nullopt;
 }
 
 }  // namespace vornic::platform

@@ -1,0 +1,141 @@
+#include <utility>
+
+#include "foundation/QMLog.h"
+#include "foundation/QMTaskEx.h"
+#include "platform/Exception.h"
+#include "platform/Pipe.h"
+#include "platform/Thread.h"
+
+namespace vornic {
+
+using platform::PipeReader;
+using platform::Process;
+using platform::StandardStream;
+
+namespace {
+
+TaskNotification wrap(std::string chunk) {
+    TaskNotification notification;
+    notification.userInfo.emplace(kFileHandleNotificationDataItem, std::move(chunk));
+    return notification;
+}
+
+void logException(const platform::Exception& exception) {
+    QMLog::appendLogAndPrint("Exception: %@", exception.reason());
+}
+
+}  // namespace
+
+void QMTaskEx::asyncDataFromTask(const std::string& path, const Arguments& arguments,
+                                 const std::shared_ptr<TaskDelegate>& delegate,
+                                 std::string selector, std::any object) {
+    asyncDataFromTask(path, arguments, delegate, std::move(selector), std::move(object),
+                      std::nullopt);
+}
+
+void QMTaskEx::asyncDataFromTask(const std::string& path, const Arguments& arguments,
+                                 const std::shared_ptr<TaskDelegate>& delegate,
+                                 std::string selector, std::any object,
+                                 const Environment& environment) {
+    try {
+        platform::Pipe output = platform::makePipe();
+        const auto process = std::make_shared<Process>();
+        process->setDescriptor(StandardStream::output, std::move(output.writingEnd));
+        process->setNullDevice(StandardStream::error);
+        process->setEnvironment(environment);
+        process->setLaunchPath(path);
+        process->setArguments(arguments);
+        startReception(process,
+                       {.delegate = delegate,
+                        .selector = std::move(selector),
+                        .object = std::move(object),
+                        .reader = std::make_shared<PipeReader>(std::move(output.readingEnd))});
+    } catch (const platform::Exception& exception) {
+        logException(exception);
+    }
+}
+
+void QMTaskEx::startReception(const std::shared_ptr<Process>& process, Reception reception) {
+    const std::shared_ptr<PipeReader> reader = reception.reader;
+    {
+        const std::lock_guard lock(mutex_);
+        std::swap(reception_, reception);
+    }
+    theTask_.set(process);
+    platform::detachNewThread([self = shared_from_this()] { self->launchAsyncTask(); },
+                              [reader] { reader->close(); });
+}
+
+void QMTaskEx::launchAsyncTask() {
+    const std::shared_ptr<Process> process = theTask_.process();
+    const std::shared_ptr<PipeReader> reader = reception().reader;
+    if (!process || !reader) {
+        QMLog::appendLogAndPrint("Unable to launch async task - no task set");
+        return;
+    }
+    if (!platform::isExecutableFile(process->launchPath())) {
+        QMLog::appendLog("Unable to launch async task - task does not exist or is not executable");
+        return;
+    }
+    try {
+        process->launch();
+        std::string chunk = reader->readAvailable();
+        // Once the owner has ended this run, another one may have begun on the instance.
+        while (!chunk.empty() && theTask_.process() == process) {
+            asyncTaskReturnData(wrap(std::move(chunk)));
+            chunk = reader->readAvailable();
+        }
+        if (theTask_.process() == process) {
+            asyncTaskReturnData(wrap(""));
+        } else {
+            // It may have been ended before the launch.
+            process->terminate();
+        }
+    } catch (const platform::Exception& exception) {
+        logException(exception);
+    }
+}
+
+void QMTaskEx::asyncTaskReturnData(const TaskNotification& notification) {
+    const auto item = notification.userInfo.find(kFileHandleNotificationDataItem);
+    const std::string chunk = item != notification.userInfo.end() ? item->second : "";
+    const Reception current = reception();
+    const std::shared_ptr<TaskDelegate> delegate = current.delegate.lock();
+    TaskDelegate::Operation operation;
+    if (delegate && !current.selector.empty()) {
+        operation = delegate->operationForSelector(current.selector);
+    }
+    if (operation) {
+        operation(chunk, *this, current.object.has_value() ? &current.object : nullptr);
+    }
+    if (chunk.empty()) {
+        terminateAsyncTask();
+    }
+}
+
+void QMTaskEx::terminateAsyncTask() {
+    Reception ended;
+    {
+        const std::lock_guard lock(mutex_);
+        std::swap(reception_, ended);
+    }
+    if (ended.reader) {
+        ended.reader->close();
+    }
+    if (const std::shared_ptr<Process> process = theTask_.process()) {
+        process->terminate();
+    }
+    theTask_.set(nullptr);
+}
+
+std::any QMTaskEx::object() const {
+    const std::lock_guard lock(mutex_);
+    return reception_.object;
+}
+
+QMTaskEx::Reception QMTaskEx::reception() const {
+    const std::lock_guard lock(mutex_);
+    return reception_;
+}
+
+}  // namespace vornic
