@@ -162,14 +162,22 @@ TEST_F(RepairCancellationTest, afterAFailedSaveEndsTheRun) {
     EXPECT_TRUE(host.calls.at(host.calls.size() - 2).starts_with("bold error: Unable to save"));
 }
 
+struct Fixture {
+    std::string name;
+    std::string text;
+    friend std::ostream& operator<<(std::ostream& stream, const Fixture& fixture) {
+        return stream << fixture.name;
+    }
+};
+
 /// Cancels when the run asks for the n-th time.
 class RepairCancelledAtPoll : public RepairCancellationTest,
-                              public ::testing::WithParamInterface<std::string> {};
+                              public ::testing::WithParamInterface<Fixture> {};
 
 TEST_P(RepairCancelledAtPoll, saysNothingMoreAndLeavesTheFileAlone) {
     const std::string path = sandbox.path("a.xml");
     for (std::size_t number = 1;; ++number) {
-        sandbox.write("a.xml", GetParam());
+        sandbox.write("a.xml", GetParam().text);
         const FileState before = fileState(path);
         host = {};
         std::size_t polls = 0;
@@ -193,10 +201,13 @@ TEST_P(RepairCancelledAtPoll, saysNothingMoreAndLeavesTheFileAlone) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Files, RepairCancelledAtPoll,
-                         ::testing::Values(std::string(kSoundXMEML), kWithoutDeclaration,
-                                           "<xmeml><sequence>\xE9</sequence></xmeml>",
-                                           "<!DOCTYPE xmeml><xmeml><a>&</a><b>&</b></xmeml>"));
+INSTANTIATE_TEST_SUITE_P(
+    Files, RepairCancelledAtPoll,
+    ::testing::Values(Fixture{"Sound", std::string(kSoundXMEML)},
+                      Fixture{"WithoutDeclaration", kWithoutDeclaration},
+                      Fixture{"NotUTF8", "<xmeml><sequence>\xE9</sequence></xmeml>"},
+                      Fixture{"Mended", "<!DOCTYPE xmeml><xmeml><a>&</a><b>&</b></xmeml>"}),
+    [](const auto& fixture) { return fixture.param.name; });
 
 class RepairPolls : public RepairCancellationTest {
   protected:
