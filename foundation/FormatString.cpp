@@ -4,111 +4,19 @@
 #include <array>
 #include <charconv>
 #include <clocale>
-#include <cmath>
 #include <cstdio>
 #include <limits>
 #include <optional>
 
 #include <locale.h>  // NOLINT(modernize-deprecated-headers): uselocale is POSIX
 
-#include "foundation/Text.h"
+#include "foundation/FormatReader.h"
+#include "foundation/FormatValues.h"
 #include "foundation/Utf8.h"
 
 namespace vornic {
 
 namespace {
-
-/// Widths and precisions above this are held here, so that no argument can ask for gigabytes.
-constexpr int kLargestField = 65535;
-
-enum class LengthWord { none, byte, half, wide };
-
-/// One conversion of a format, from its percent sign to its letter.
-struct Conversion {
-    bool leftJustified = false;
-    bool showsPlus = false;
-    bool showsBlank = false;
-    bool alternate = false;
-    bool zeroPadded = false;
-    int width = 0;
-    std::optional<int> precision;
-    LengthWord length = LengthWord::none;
-    char letter = 0;
-};
-
-/// A whole number of either kind, in 64 bits of two's complement.
-struct Integer {
-    std::uint64_t bits = 0;
-    bool isSigned = true;
-    [[nodiscard]] bool isNegative() const {
-        return isSigned && static_cast<std::int64_t>(bits) < 0;
-    }
-};
-
-template <typename Number>
-std::string plainText(Number number) {
-    std::array<char, 64> buffer{};
-    const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number).ptr;
-    return {buffer.data(), end};
-}
-
-std::int64_t truncated(double value) {
-    constexpr double kLimit = 9223372036854775808.0;  // 2^63
-    if (std::isnan(value)) {
-        return 0;
-    }
-    if (value >= kLimit) {
-        return std::numeric_limits<std::int64_t>::max();
-    }
-    return value <= -kLimit ? std::numeric_limits<std::int64_t>::min()
-                            : static_cast<std::int64_t>(value);
-}
-
-double doubleValue(std::string_view text) {
-    text = trimmed(text);
-    if (text.starts_with('+')) {
-        text.remove_prefix(1);
-    }
-    double value = 0;
-    std::from_chars(text.data(), text.data() + text.size(), value);
-    return value;
-}
-
-/// Reads an argument as the kind that its conversion wants.
-struct AsInteger {
-    Integer operator()(std::int64_t value) const {
-        return {static_cast<std::uint64_t>(value), true};
-    }
-    Integer operator()(std::uint64_t value) const { return {value, false}; }
-    Integer operator()(double value) const { return (*this)(truncated(value)); }
-    Integer operator()(std::string_view value) const { return (*this)(integerValue(value)); }
-};
-
-struct AsDouble {
-    double operator()(std::int64_t value) const { return static_cast<double>(value); }
-    double operator()(std::uint64_t value) const { return static_cast<double>(value); }
-    double operator()(double value) const { return value; }
-    double operator()(std::string_view value) const { return doubleValue(value); }
-};
-
-/// The code point that `%c` and `%C` write; a text gives its first character.
-struct AsCharacter {
-    char32_t operator()(std::string_view value) const {
-        return value.empty() ? 0 : utf8CharacterAt(value, 0).code;
-    }
-    template <typename Number>
-    char32_t operator()(Number value) const {
-        return static_cast<char32_t>(AsInteger()(value).bits);
-    }
-};
-
-int digitsOf(std::string_view digits) {
-    int value = 0;
-    for (const char digit : digits) {
-        value = std::min(value * 10 + (digit - '0'), kLargestField);
-    }
-    return value;
-}
 
 /// The decimal separator and the grouping are those of the C locale, whatever the process has set.
 class CLocale {
@@ -126,165 +34,25 @@ class CLocale {
     locale_t previous_;
 };
 
-class Formatter {
+/// Writes arguments by their conversions to the end of a text.
+class FormatWriter {
   public:
-    Formatter(std::string_view format, std::span<const FormatArgument> arguments)
-        : format_(format), arguments_(arguments) {}
+    void writeText(std::string_view text) { result_ += text; }
 
-    std::string run() {
-        while (position_ < format_.size()) {
-            const std::size_t percent = format_.find('%', position_);
-            result_.append(format_, position_, percent - position_);
-            if (percent == std::string_view::npos) {
-                break;
-            }
-            position_ = percent;
-            convertOne();
-        }
-        return std::move(result_);
-    }
-
-  private:
-    /// Handles what begins with the percent sign at `position_`. What turns out to be no conversion
-    /// with all of its arguments is written as it stands.
-    void convertOne() {
-        const std::size_t start = position_++;
-        if (position_ < format_.size() && format_[position_] == '%') {
-            ++position_;
-            result_ += '%';
-            return;
-        }
-        const std::size_t firstArgument = nextArgument_;
-        const std::optional<Conversion> conversion = parse();
-        if (conversion && write(*conversion)) {
-            return;
-        }
-        nextArgument_ = firstArgument;
-        result_.append(format_, start, position_ - start);
-    }
-
-    [[nodiscard]] char peek() const {
-        return position_ < format_.size() ? format_[position_] : '\0';
-    }
-
-    std::optional<Conversion> parse() {
-        Conversion conversion;
-        parseFlags(conversion);
-        std::optional<int> width = parseField();
-        if (!width) {
-            return std::nullopt;
-        }
-        if (*width < 0) {
-            conversion.leftJustified = true;
-            width = -*width;
-        }
-        conversion.width = *width;
-        if (peek() == '.') {
-            ++position_;
-            const std::optional<int> precision = parseField();
-            if (!precision) {
-                return std::nullopt;
-            }
-            if (*precision >= 0) {
-                conversion.precision = precision;
-            }
-        }
-        parseLength(conversion);
-        constexpr std::string_view kLetters = "@sdDiuUxXoOfFeEgGaAcC";
-        if (position_ == format_.size() || kLetters.find(peek()) == std::string_view::npos) {
-            return std::nullopt;
-        }
-        conversion.letter = format_[position_++];
-        return conversion;
-    }
-
-    void parseFlags(Conversion& conversion) {
-        for (;; ++position_) {
-            switch (peek()) {
-                case '-':
-                    conversion.leftJustified = true;
-                    break;
-                case '+':
-                    conversion.showsPlus = true;
-                    break;
-                case ' ':
-                    conversion.showsBlank = true;
-                    break;
-                case '#':
-                    conversion.alternate = true;
-                    break;
-                case '0':
-                    conversion.zeroPadded = true;
-                    break;
-                case '\'':
-                    break;
-                default:
-                    return;
-            }
-        }
-    }
-
-    /// A width or precision: digits (none mean 0) or a star that takes an argument.
-    /// @return nothing when the star has no argument left.
-    std::optional<int> parseField() {
-        if (peek() == '*') {
-            ++position_;
-            const FormatArgument* argument = takeArgument();
-            if (argument == nullptr) {
-                return std::nullopt;
-            }
-            const Integer value = std::visit(AsInteger(), argument->value());
-            const auto number = value.isSigned || value.bits <= kLargestField
-                                    ? static_cast<std::int64_t>(value.bits)
-                                    : kLargestField;
-            return static_cast<int>(
-                std::clamp<std::int64_t>(number, -kLargestField, kLargestField));
-        }
-        const std::size_t start = position_;
-        while (peek() >= '0' && peek() <= '9') {
-            ++position_;
-        }
-        return digitsOf(format_.substr(start, position_ - start));
-    }
-
-    void parseLength(Conversion& conversion) {
-        constexpr std::string_view kWideWords = "lqztjL";
-        for (; position_ < format_.size(); ++position_) {
-            if (peek() == 'h') {
-                conversion.length =
-                    conversion.length == LengthWord::half ? LengthWord::byte : LengthWord::half;
-            } else if (kWideWords.find(peek()) != std::string_view::npos) {
-                conversion.length = LengthWord::wide;
-            } else {
-                return;
-            }
-        }
-    }
-
-    const FormatArgument* takeArgument() {
-        return nextArgument_ < arguments_.size() ? &arguments_[nextArgument_++] : nullptr;
-    }
-
-    /// @return false when no argument is left.
-    bool write(const Conversion& conversion) {
-        const FormatArgument* argument = takeArgument();
-        if (argument == nullptr) {
-            return false;
-        }
-        const FormatArgument::Value& value = argument->value();
+    void write(const FormatConversion& conversion) {
         switch (conversion.letter) {
             case '@':
             case 's':
-                writeText(conversion, value);
+                writeObject(conversion);
                 break;
             case 'c':
             case 'C':
-                writeCharacter(conversion, std::visit(AsCharacter(), value));
+                writeCharacter(conversion, characterOf(*conversion.argument));
                 break;
             case 'd':
             case 'D':
             case 'i':
-                writeSigned(conversion, std::visit(AsInteger(), value));
+                writeSigned(conversion, integerOf(*conversion.argument));
                 break;
             case 'u':
             case 'U':
@@ -292,29 +60,27 @@ class Formatter {
             case 'X':
             case 'o':
             case 'O':
-                writeUnsigned(conversion, std::visit(AsInteger(), value));
+                writeUnsigned(conversion, integerOf(*conversion.argument));
                 break;
             default:
-                writeDouble(conversion, std::visit(AsDouble(), value));
+                writeDouble(conversion, doubleOf(*conversion.argument));
                 break;
         }
-        return true;
     }
 
-    void writeText(const Conversion& conversion, const FormatArgument::Value& value) {
-        if (const auto* text = std::get_if<std::string_view>(&value)) {
+    [[nodiscard]] std::string take() { return std::move(result_); }
+
+  private:
+    void writeObject(const FormatConversion& conversion) {
+        if (const auto* text = std::get_if<std::string_view>(&conversion.argument->value())) {
             writePadded(conversion, *text);
-        } else if (const auto* number = std::get_if<double>(&value)) {
-            writePadded(conversion, plainText(*number));
-        } else if (const auto* integer = std::get_if<std::int64_t>(&value)) {
-            writePadded(conversion, plainText(*integer));
         } else {
-            writePadded(conversion, plainText(std::get<std::uint64_t>(value)));
+            writePadded(conversion, plainNumber(*conversion.argument));
         }
     }
 
     /// Writes a text cut at the precision and padded to the width, both in characters.
-    void writePadded(const Conversion& conversion, std::string_view text) {
+    void writePadded(const FormatConversion& conversion, std::string_view text) {
         if (conversion.width == 0 && !conversion.precision) {
             result_ += text;
             return;
@@ -329,14 +95,14 @@ class Formatter {
         pad(conversion, characters, [&] { result_ += text.substr(0, end); });
     }
 
-    void writeCharacter(const Conversion& conversion, char32_t code) {
+    void writeCharacter(const FormatConversion& conversion, char32_t code) {
         const char32_t mask = conversion.letter == 'c' ? 0xFF : 0x1FFFFF;
         pad(conversion, 1, [&] { appendUtf8(result_, code & mask); });
     }
 
     /// Calls `append`, which writes `characters` characters, with blanks before or after it.
     template <typename Append>
-    void pad(const Conversion& conversion, std::size_t characters, const Append& append) {
+    void pad(const FormatConversion& conversion, std::size_t characters, const Append& append) {
         const auto width = static_cast<std::size_t>(conversion.width);
         const std::size_t blanks = width > characters ? width - characters : 0;
         if (!conversion.leftJustified) {
@@ -348,11 +114,11 @@ class Formatter {
         }
     }
 
-    void writeSigned(const Conversion& conversion, Integer value) {
-        if (conversion.length == LengthWord::byte) {
-            value = AsInteger()(std::int64_t{static_cast<std::int8_t>(value.bits)});
-        } else if (conversion.length == LengthWord::half) {
-            value = AsInteger()(std::int64_t{static_cast<std::int16_t>(value.bits)});
+    void writeSigned(const FormatConversion& conversion, FormatInteger value) {
+        if (conversion.length == FormatConversion::Length::byte) {
+            value = formatInteger(std::int64_t{static_cast<std::int8_t>(value.bits)});
+        } else if (conversion.length == FormatConversion::Length::half) {
+            value = formatInteger(std::int64_t{static_cast<std::int16_t>(value.bits)});
         }
         std::string_view sign;
         if (value.isNegative()) {
@@ -365,13 +131,13 @@ class Formatter {
         writeDigits(conversion, sign, value.isNegative() ? 0 - value.bits : value.bits, 10);
     }
 
-    void writeUnsigned(const Conversion& conversion, Integer value) {
+    void writeUnsigned(const FormatConversion& conversion, FormatInteger value) {
         std::uint64_t bits = value.bits;
-        if (conversion.length == LengthWord::byte) {
+        if (conversion.length == FormatConversion::Length::byte) {
             bits &= 0xFFU;
-        } else if (conversion.length == LengthWord::half) {
+        } else if (conversion.length == FormatConversion::Length::half) {
             bits &= 0xFFFFU;
-        } else if (conversion.length == LengthWord::none && value.isNegative() &&
+        } else if (conversion.length == FormatConversion::Length::none && value.isNegative() &&
                    static_cast<std::int64_t>(bits) >= std::numeric_limits<std::int32_t>::min()) {
             bits &= 0xFFFFFFFFU;
         }
@@ -392,8 +158,8 @@ class Formatter {
         }
     }
 
-    void writeDigits(const Conversion& conversion, std::string_view prefix, std::uint64_t value,
-                     int base) {
+    void writeDigits(const FormatConversion& conversion, std::string_view prefix,
+                     std::uint64_t value, int base) {
         std::array<char, 24> buffer{};
         const auto end =
             std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, base).ptr;
@@ -419,7 +185,7 @@ class Formatter {
         });
     }
 
-    void writeDouble(const Conversion& conversion, double value) {
+    void writeDouble(const FormatConversion& conversion, double value) {
         std::string format = "%";
         format += conversion.leftJustified ? "-" : "";
         format += conversion.showsPlus ? "+" : "";
@@ -447,10 +213,6 @@ class Formatter {
         result_.append(large, 0, count);
     }
 
-    std::string_view format_;
-    std::span<const FormatArgument> arguments_;
-    std::size_t position_ = 0;
-    std::size_t nextArgument_ = 0;
     std::string result_;
 };
 
@@ -458,7 +220,21 @@ class Formatter {
 
 std::string formatStringWithArguments(std::string_view format,
                                       std::span<const FormatArgument> arguments) {
-    return Formatter(format, arguments).run();
+    FormatReader reader(format, arguments);
+    FormatWriter writer;
+    while (!reader.atEnd()) {
+        writer.writeText(reader.readText());
+        if (reader.atEnd()) {
+            break;
+        }
+        std::string_view asItStands;
+        if (const std::optional<FormatConversion> conversion = reader.readConversion(asItStands)) {
+            writer.write(*conversion);
+        } else {
+            writer.writeText(asItStands);
+        }
+    }
+    return writer.take();
 }
 
 }  // namespace vornic

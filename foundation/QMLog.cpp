@@ -5,11 +5,11 @@
 #include <mutex>
 #include <utility>
 
+#include "foundation/GlobalPreferences.h"
 #include "foundation/LogBatch.h"
 #include "foundation/LogFile.h"
 #include "foundation/LogGenerations.h"
 #include "foundation/LogQueue.h"
-#include "foundation/QMLocalPaths.h"
 #include "foundation/Text.h"
 #include "foundation/UncaughtExceptions.h"
 #include "platform/Bundle.h"
@@ -17,7 +17,6 @@
 #include "platform/Exception.h"
 #include "platform/MainThread.h"
 #include "platform/ProcessInfo.h"
-#include "platform/PropertyList.h"
 #include "platform/Termination.h"
 
 namespace vornic {
@@ -54,26 +53,6 @@ std::string formatForLog(std::string_view format, std::span<const FormatArgument
 /// A format that is not there at all, as opposed to an empty one.
 bool isMissing(std::string_view format) {
     return format.data() == nullptr;
-}
-
-bool isLoggingSwitchedOff() {
-    const std::optional<std::string> folder = QMLocalPaths::prefsDirectory(true);
-    if (!folder) {
-        return false;
-    }
-    ErrorSlot ignored;
-    const std::optional<platform::PropertyList> preferences =
-        platform::PropertyList::readFile(*folder + "/com.quillmark.global.plist", ignored);
-    const platform::PropertyList* value =
-        preferences ? preferences->find("disable-logging") : nullptr;
-    if (value == nullptr) {
-        return false;
-    }
-    const auto* real = std::get_if<double>(&value->value());
-    return (value->string() != nullptr && *value->string() == "1") ||
-           (value->boolean() != nullptr && *value->boolean()) ||
-           (value->integer() != nullptr && *value->integer() == 1) ||
-           (real != nullptr && *real == 1.0);
 }
 
 }  // namespace
@@ -143,7 +122,7 @@ void QMLog::createNewLog(std::string_view name, bool noPrinting) {
         return;
     }
     state.setFile(nullptr);
-    if (isLoggingSwitchedOff()) {
+    if (isGlobalSwitchOn("disable-logging")) {
         state.print("Logging is disabled");
         state.loggingDisabled = true;
         return;

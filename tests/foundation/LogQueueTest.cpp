@@ -76,9 +76,10 @@ TEST_F(LogQueueTest, writesInTheOrderOfQueuing) {
         queue.add(std::to_string(i), 1, true);
     }
     queue.finish();
-    ASSERT_EQ(written().size(), 1000U);
-    for (std::size_t i = 0; i < 1000; ++i) {
-        ASSERT_EQ(written()[i], std::to_string(i));
+    const std::vector<std::string> all = written();
+    ASSERT_EQ(all.size(), 1000U);
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        ASSERT_EQ(all[i], std::to_string(i));
     }
 }
 

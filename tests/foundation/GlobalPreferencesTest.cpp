@@ -1,0 +1,78 @@
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "foundation/GlobalPreferences.h"
+#include "platform/PropertyList.h"
+#include "tests/support/Sandbox.h"
+#include "tests/support/Unprivileged.h"
+
+namespace vornic {
+namespace {
+
+using platform::PropertyList;
+
+class GlobalPreferencesTest : public ::testing::Test {
+  protected:
+    test::Unprivileged user;
+    test::Sandbox sandbox;
+
+    [[nodiscard]] std::string path() const {
+        return sandbox.home() + "/.local/share/quillmark/Preferences/com.quillmark.global.plist";
+    }
+    void store(const PropertyList& value) const {
+        ErrorSlot error;
+        ASSERT_TRUE(
+            PropertyList(PropertyList::Dictionary{{"switch", value}}).writeFile(path(), error));
+    }
+};
+
+TEST_F(GlobalPreferencesTest, readsAValueAnewOnEveryCall) {
+    EXPECT_EQ(globalPreference("switch"), std::nullopt);
+    store("a");
+    EXPECT_EQ(globalPreference("switch"), PropertyList("a"));
+    EXPECT_EQ(globalPreference("other"), std::nullopt);
+    store(5);
+    EXPECT_EQ(globalPreference("switch"), PropertyList(5));
+}
+
+TEST_F(GlobalPreferencesTest, readsNothingFromAFileThatIsNoDictionary) {
+    std::filesystem::create_directories(std::filesystem::path(path()).parent_path());
+    std::ofstream(path()) << "no property list";
+    EXPECT_EQ(globalPreference("switch"), std::nullopt);
+    ErrorSlot error;
+    ASSERT_TRUE(PropertyList(PropertyList::Array{"switch"}).writeFile(path(), error));
+    EXPECT_EQ(globalPreference("switch"), std::nullopt);
+    EXPECT_FALSE(isGlobalSwitchOn("switch"));
+}
+
+struct SwitchCase {
+    const char* name;
+    PropertyList value;
+    bool isOn;
+};
+
+class GlobalSwitchTest : public GlobalPreferencesTest,
+                         public ::testing::WithParamInterface<SwitchCase> {};
+
+TEST_P(GlobalSwitchTest, isOnForTheTextOneAndForTruthAlone) {
+    EXPECT_FALSE(isGlobalSwitchOn("switch"));
+    store(GetParam().value);
+    EXPECT_EQ(isGlobalSwitchOn("switch"), GetParam().isOn);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Values, GlobalSwitchTest,
+    ::testing::Values(SwitchCase{"textOne", "1", true},
+                      SwitchCase{"theBooleanTrue", PropertyList(true), true},
+                      SwitchCase{"theNumberOne", 1, true},
+                      SwitchCase{"theRealOne", PropertyList(1.0), true},
+                      SwitchCase{"textYes", "YES", false}, SwitchCase{"textZero", "0", false},
+                      SwitchCase{"textOneWithABlank", "1 ", false},
+                      SwitchCase{"theNumberZero", 0, false}, SwitchCase{"theNumberTwo", 2, false},
+                      SwitchCase{"theBooleanFalse", PropertyList(false), false},
+                      SwitchCase{"aList", PropertyList(PropertyList::Array{"1"}), false}),
+    [](const auto& parameter) { return std::string(parameter.param.name); });
+
+}  // namespace
+}  // namespace vornic
