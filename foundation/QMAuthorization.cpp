@@ -1,0 +1,366 @@
+#include "foundation/QMAuthorization.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <ctime>
+#include <filesystem>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "foundation/FormatString.h"
+#include "foundation/QMLocalPaths.h"
+#include "foundation/QMLog.h"
+#include "foundation/SystemPathGuard.h"
+#include "foundation/Text.h"
+#include "platform/Console.h"
+#include "platform/FileSystem.h"
+
+namespace vornic {
+
+namespace {
+
+using Path = QMAuthorization::Path;
+
+constexpr const char* kRemoveTool = "/bin/rm";
+constexpr const char* kMoveTool = "/bin/mv";
+constexpr const char* kCopyTool = "/bin/cp";
+constexpr const char* kCreateFolderTool = "/bin/mkdir";
+
+constexpr platform::AuthorizationFlags kWithoutAsking =
+    platform::kAuthorizationFlagExtendRights | platform::kAuthorizationFlagPreAuthorize;
+constexpr platform::AuthorizationFlags kAsking =
+    kWithoutAsking | platform::kAuthorizationFlagInteractionAllowed;
+
+template <typename... Arguments>
+void logToConsole(std::string_view format, const Arguments&... arguments) {
+    platform::consoleLog(formatString(format, arguments...));
+}
+
+/// No tool takes an absolute path for an option, wherever it runs.
+Path absolutePath(const std::string& path) {
+    if (path.empty() || path.starts_with('/')) {
+        return path.empty() ? Path() : Path(path);
+    }
+    const std::string folder = platform::currentDirectory();
+    return folder.empty() ? Path() : Path(folder + "/" + path);
+}
+
+/// @param format the refusal, with the path as its argument
+bool isRefused(const std::string& path, std::string_view format) {
+    if (!isGuardedSystemPath(path)) {
+        return false;
+    }
+    logToConsole(format, path);
+    return true;
+}
+
+/// The names in a folder, sorted; none when it cannot be read.
+std::vector<std::string> entriesOf(const std::string& folder) {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        names.push_back(entry->path().filename().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::string localTimeStamp() {
+    const std::time_t now = std::time(nullptr);
+    struct tm date {};
+    localtime_r(&now, &date);
+    std::array<char, 32> text{};
+    const std::size_t length = std::strftime(text.data(), text.size(), "%Y%m%d%H%M%S", &date);
+    return {text.data(), length};
+}
+
+struct SharedController {
+    std::mutex mutex;
+    std::shared_ptr<QMAuthorization> controller;
+};
+
+/// Never destroyed: the rights last until the process ends.
+SharedController& shared() {
+    static SharedController* const instance = new SharedController;  // NOLINT
+    return *instance;
+}
+
+}  // namespace
+
+QMAuthorization& QMAuthorization::sharedController() {
+    return sharedController(true);
+}
+
+QMAuthorization& QMAuthorization::sharedController(bool withGUI) {
+    SharedController& own = shared();
+    const std::lock_guard lock(own.mutex);
+    if (!own.controller) {
+        own.controller = std::make_shared<QMAuthorization>(withGUI);
+    }
+    return *own.controller;
+}
+
+void QMAuthorization::setSharedController(std::shared_ptr<QMAuthorization> controller) {
+    SharedController& own = shared();
+    const std::lock_guard lock(own.mutex);
+    own.controller.swap(controller);
+}
+
+QMAuthorization::QMAuthorization(bool hasGUI, std::shared_ptr<AuthorizationHost> host)
+    : host_(std::move(host)), hasGUI_(hasGUI) {
+    platform::AuthorizationRef inherited;
+    if (host_->services().copyPrivilegedReference(
+            inherited, platform::kAuthorizationFlagDefaults) == platform::kAuthorizationSuccess) {
+        authRef_ = std::move(inherited);
+    }
+    if (!host_->isSuperUser()) {
+        userDirectory_ = QMLocalPaths::userDirectory().value_or("");
+    }
+}
+
+QMAuthorization::~QMAuthorization() {
+    authEnd();
+}
+
+bool QMAuthorization::authStart() {
+    if (isAuthorized()) {
+        return true;
+    }
+    if (!hasGUI_) {
+        logToConsole("Unable to authorize");
+        return false;
+    }
+    if (host_->services().create({}, platform::kAuthorizationFlagDefaults, authRef_) !=
+        platform::kAuthorizationSuccess) {
+        authRef_ = nullptr;
+        return false;
+    }
+    return obtainRights({}, kAsking);
+}
+
+bool QMAuthorization::authStartWithUser(const std::optional<std::string>& user,
+                                        std::optional<platform::SecretText> password) {
+    if (host_->isSuperUser()) {
+        return true;
+    }
+    if (!user || !password) {
+        return false;
+    }
+    platform::AuthorizationEnvironment credentials;
+    credentials.push_back({.name = std::string(platform::kAuthorizationEnvironmentUsername),
+                           .value = platform::SecretText(std::string_view(*user))});
+    credentials.push_back({.name = std::string(platform::kAuthorizationEnvironmentPassword),
+                           .value = std::move(*password)});
+    const platform::AuthorizationStatus status =
+        host_->services().create(credentials, platform::kAuthorizationFlagDefaults, authRef_);
+    if (status != platform::kAuthorizationSuccess) {
+        logToConsole("Unable to create authRef - error %d", status);
+        authRef_ = nullptr;
+        return false;
+    }
+    if (obtainRights(credentials, kWithoutAsking)) {
+        return true;
+    }
+    logToConsole("Authorization failed. Invalid username or password");
+    QMLog::appendLog("Authorization failed. Invalid username or password");
+    return false;
+}
+
+bool QMAuthorization::obtainRights(const platform::AuthorizationEnvironment& environment,
+                                   platform::AuthorizationFlags flags) {
+    if (host_->services().copyRights(authRef_, platform::kAdministratorRight, environment, flags) ==
+        platform::kAuthorizationSuccess) {
+        return true;
+    }
+    host_->services().free(authRef_, platform::kAuthorizationFlagDefaults);
+    authRef_ = nullptr;
+    return false;
+}
+
+void QMAuthorization::authEnd() {
+    if (authRef_ && !host_->isSuperUser()) {
+        host_->services().free(authRef_, platform::kAuthorizationFlagDefaults);
+    }
+    authRef_ = nullptr;
+}
+
+bool QMAuthorization::isAuthorized() const {
+    return host_->isSuperUser() || authRef_ != nullptr;
+}
+
+bool QMAuthorization::canAuthorize() const {
+    return hasGUI_ || host_->isSuperUser();
+}
+
+bool QMAuthorization::authRemoveFile(const std::string& path) {
+    if (isRefused(path, "Unable to delete path %@ because it is a system directory.")) {
+        return false;
+    }
+    const Path removed = absolutePath(path);
+    return removed && authExecTask(kRemoveTool, {"-Rdf", *removed}) == 0;
+}
+
+bool QMAuthorization::authTrashFile(const std::string& path) {
+    return authTrashFile(path, false);
+}
+
+bool QMAuthorization::authTrashFile(const std::string& path, bool deleteOnRootAccount) {
+    if (isRefused(path, "Unable to trash path %@ because it is a system directory.")) {
+        return false;
+    }
+    const Path destination = trashDestination(path);
+    if (deletesInstead(deleteOnRootAccount)) {
+        // Required as it stands: it is the destination that goes, not the item.
+        return destination && authRemoveFile(*destination);
+    }
+    return authMoveFile(path, destination);
+}
+
+Path QMAuthorization::trashDestination(const std::string& path) const {
+    const std::string name = lastPathComponent(path);
+    Path destination;
+    if (host_->isSuperUser() && !userDirectory_.empty()) {
+        destination = userDirectory_ + formatString("/.Trash/%@", name);
+    } else if (const Path trash = QMLocalPaths::trashDirectory()) {
+        destination = appendingPathComponent(*trash, name);
+    }
+    if (destination && platform::fileExists(*destination)) {
+        destination = deletingPathExtension(*destination) +
+                      formatString("_%@.%@", localTimeStamp(), pathExtension(path));
+    }
+    return destination;
+}
+
+bool QMAuthorization::deletesInstead(bool deleteOnRootAccount) const {
+    return deleteOnRootAccount && userDirectory_.empty() && host_->isSuperUser();
+}
+
+bool QMAuthorization::authTrashFolderContents(const std::string& folder) {
+    return authTrashFolderContents(folder, false);
+}
+
+bool QMAuthorization::authTrashFolderContents(const std::string& folder, bool deleteOnRootAccount) {
+    if (isRefused(folder,
+                  "Unable to trash folder contents of path %@ because it is a system directory.")) {
+        return false;
+    }
+    bool succeeded = true;
+    for (const std::string& name : entriesOf(folder)) {
+        const std::string path = appendingPathComponent(folder, name);
+        if (!deletesInstead(deleteOnRootAccount)) {
+            succeeded = authTrashFile(path) && succeeded;
+            continue;
+        }
+        const Path removed = absolutePath(path);
+        succeeded =
+            removed &&
+            !isRefused(path, "Unable to delete path %@ because it is a system directory.") &&
+            authExecTask(kRemoveTool, {"-R", "-f", *removed}) == 0 && succeeded;
+    }
+    return succeeded;
+}
+
+bool QMAuthorization::authMoveFolderContents(const std::string& source, const std::string& toPath) {
+    if (isRefused(source, "Unable to move contents of path %@ because it is a system directory.")) {
+        return false;
+    }
+    bool succeeded = true;
+    for (const std::string& name : entriesOf(source)) {
+        succeeded = authMoveFile(appendingPathComponent(source, name),
+                                 appendingPathComponent(toPath, name)) &&
+                    succeeded;
+    }
+    return succeeded;
+}
+
+bool QMAuthorization::authMoveFile(const Path& source, const Path& toPath) {
+    if (!source) {
+        logToConsole("Error in authMoveFile: old path is null");
+        return false;
+    }
+    if (!toPath) {
+        logToConsole("Error in authMoveFile: new path is null");
+        return false;
+    }
+    if (isRefused(*source, "Unable to move path %@ because it is a system directory.") ||
+        !platform::fileExists(*source)) {
+        return false;
+    }
+    const Path moved = absolutePath(*source);
+    const Path destination = absolutePath(*toPath);
+    return moved && destination &&
+           startDirectlyOrAuthorized(kMoveTool, {"-f", *moved, *destination});
+}
+
+bool QMAuthorization::authCopyFile(const Path& source, const Path& toPath) {
+    if (!source) {
+        logToConsole("Error in authCopyFile: old path is null");
+        return false;
+    }
+    if (!toPath) {
+        logToConsole("Error in authCopyFile: new path is null");
+        return false;
+    }
+    if (!platform::fileExists(*source)) {
+        return false;
+    }
+    const Path copied = absolutePath(*source);
+    const Path destination = absolutePath(*toPath);
+    return copied && destination &&
+           startDirectlyOrAuthorized(kCopyTool, {"-f", "-p", "-R", *copied, *destination});
+}
+
+bool QMAuthorization::authCreateDir(const std::string& path) {
+    const Path folder = absolutePath(path);
+    if (!folder || !startDirectlyOrAuthorized(kCreateFolderTool, {"-p", *folder})) {
+        return false;
+    }
+    if (!host_->isSuperUser()) {
+        std::this_thread::sleep_for(std::chrono::microseconds(500));
+    }
+    return true;
+}
+
+bool QMAuthorization::startDirectlyOrAuthorized(const std::string& tool,
+                                                const Arguments& arguments) {
+    if (host_->isSuperUser()) {
+        host_->runTaskAndReturn(tool, arguments);
+        return true;
+    }
+    return authExecTask(tool, arguments) == 0;
+}
+
+std::int32_t QMAuthorization::authExecTask(const std::string& tool, const Arguments& parameters) {
+    return authExecTask(tool, parameters, true);
+}
+
+std::int32_t QMAuthorization::authExecTask(const std::string& tool, const Arguments& parameters,
+                                           bool async) {
+    constexpr std::int32_t kToolMissing = -2;
+    constexpr std::int32_t kNotAuthorized = -1;
+    if (!platform::fileExists(tool)) {
+        logToConsole("Unable to execute task: path %@ doesn't exist", tool);
+        return kToolMissing;
+    }
+    if (host_->isSuperUser()) {
+        async ? host_->runTaskAndReturn(tool, parameters) : host_->runTask(tool, parameters);
+        return 0;
+    }
+    if (!isAuthorized() && !authStart()) {
+        return kNotAuthorized;
+    }
+    std::unique_ptr<platform::CommunicationsPipe> pipe;
+    const platform::AuthorizationStatus status = host_->services().executeWithPrivileges(
+        authRef_, tool, platform::kAuthorizationFlagDefaults, parameters, async ? nullptr : &pipe);
+    if (status == platform::kAuthorizationSuccess && pipe) {
+        while (!pipe->readAvailable().empty()) {
+        }
+    }
+    return status;
+}
+
+}  // namespace vornic

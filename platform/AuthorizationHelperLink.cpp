@@ -1,0 +1,100 @@
+#include "platform/AuthorizationHelperLink.h"
+
+#include <array>
+#include <utility>
+
+#include <sys/socket.h>
+
+#include "platform/Exception.h"
+#include "platform/Pipe.h"
+
+namespace vornic::platform {
+namespace {
+
+constexpr int kNotLaunched = -1;
+
+}  // namespace
+
+/// What a run writes. Its helper serves one run at a time: when the next one comes first, what this
+/// one still had to say is lost.
+class AuthorizationHelperLink::Output : public CommunicationsPipe {
+  public:
+    Output(std::weak_ptr<AuthorizationHelperLink> link, std::size_t run)
+        : link_(std::move(link)), run_(run) {}
+
+    std::string readAvailable() override {
+        const std::shared_ptr<AuthorizationHelperLink> link = link_.lock();
+        if (!link) {
+            return "";
+        }
+        const std::lock_guard lock(link->mutex_);
+        return link->reportedRuns_ == run_ ? link->nextOutput() : "";
+    }
+
+  private:
+    std::weak_ptr<AuthorizationHelperLink> link_;
+    std::size_t run_;
+};
+
+int AuthorizationHelperLink::start(std::unique_ptr<Process> process,
+                                   std::shared_ptr<AuthorizationHelperLink>& link) {
+    std::array<int, 2> ends{};
+    if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) {
+        return kNotLaunched;
+    }
+    FileDescriptor ours(ends[0]);
+    FileDescriptor helpers(ends[1]);
+    try {
+        ours = aboveStandardStreams(std::move(ours));
+        process->setDescriptor(StandardStream::output, std::move(helpers));
+        process->setNullDevice(StandardStream::error);
+        process->launch();
+    } catch (const Exception&) {
+        return kNotLaunched;
+    }
+    if (receiveMessage(ours.get()) != kHelperGreeting) {
+        static_cast<void>(ours.close());
+        process->waitUntilExit();
+        const int status = process->terminationStatus();
+        return status != 0 ? status : kNotLaunched;
+    }
+    link = std::make_shared<AuthorizationHelperLink>(std::move(process), std::move(ours));
+    return 0;
+}
+
+AuthorizationHelperLink::AuthorizationHelperLink(std::unique_ptr<Process> process,
+                                                 FileDescriptor socket)
+    : process_(std::move(process)), socket_(std::move(socket)) {}
+
+AuthorizationStatus AuthorizationHelperLink::run(const ToolRequest& request,
+                                                 std::unique_ptr<CommunicationsPipe>* pipe) {
+    const std::optional<std::string> message = encodeRequest(request);
+    if (!message) {
+        return kAuthorizationInternalError;
+    }
+    const std::lock_guard lock(mutex_);
+    while (!nextOutput().empty()) {
+    }
+    if (!sendMessage(socket_.get(), *message)) {
+        return kAuthorizationToolExecuteFailure;
+    }
+    const AuthorizationStatus status = decodeStatus(receiveMessage(socket_.get()).value_or(""))
+                                           .value_or(kAuthorizationToolExecuteFailure);
+    if (status == kAuthorizationSuccess && request.wantsOutput) {
+        outputIsPending_ = true;
+        ++reportedRuns_;
+        *pipe = std::make_unique<Output>(weak_from_this(), reportedRuns_);
+    }
+    return status;
+}
+
+std::string AuthorizationHelperLink::nextOutput() {
+    if (!outputIsPending_) {
+        return "";
+    }
+    std::string output = decodeOutput(receiveMessage(socket_.get()).value_or("")).value_or("");
+    outputIsPending_ = !output.empty();
+    return output;
+}
+
+}  // namespace vornic::platform

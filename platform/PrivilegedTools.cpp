@@ -1,0 +1,56 @@
+#include "platform/PrivilegedTools.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
+
+namespace vornic::platform {
+namespace {
+
+struct ToolForm {
+    std::string_view tool;
+    std::vector<std::string_view> options;
+    std::size_t paths;
+    bool takesFirstPathAway;
+};
+
+const std::vector<ToolForm>& toolForms() {
+    static const std::vector<ToolForm> forms{
+        {"/bin/rm", {"-Rdf"}, 1, true},   {"/bin/rm", {"-R", "-f"}, 1, true},
+        {"/bin/mv", {"-f"}, 2, true},     {"/bin/cp", {"-f", "-p", "-R"}, 2, false},
+        {"/bin/mkdir", {"-p"}, 1, false}, {"/usr/bin/touch", {"-c"}, 1, false},
+    };
+    return forms;
+}
+
+bool isAbsolutePath(const std::string& argument) {
+    return argument.starts_with('/') && argument.find('\0') == std::string::npos;
+}
+
+bool fits(const ToolForm& form, const std::string& tool,
+          const std::vector<std::string>& arguments) {
+    const auto firstPath = static_cast<std::ptrdiff_t>(form.options.size());
+    return tool == form.tool && arguments.size() == form.options.size() + form.paths &&
+           std::equal(form.options.begin(), form.options.end(), arguments.begin()) &&
+           std::all_of(arguments.begin() + firstPath, arguments.end(), isAbsolutePath);
+}
+
+}  // namespace
+
+std::optional<PrivilegedRun> allowedPrivilegedRun(const std::string& tool,
+                                                  const std::vector<std::string>& arguments) {
+    const std::vector<ToolForm>& forms = toolForms();
+    const auto found = std::find_if(forms.begin(), forms.end(), [&](const ToolForm& form) {
+        return fits(form, tool, arguments);
+    });
+    if (found == forms.end()) {
+        return std::nullopt;
+    }
+    PrivilegedRun run;
+    if (found->takesFirstPathAway) {
+        run.takenAway = arguments[found->options.size()];
+    }
+    return run;
+}
+
+}  // namespace vornic::platform

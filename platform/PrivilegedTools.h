@@ -1,0 +1,25 @@
+#ifndef VORNIC_PLATFORM_PRIVILEGED_TOOLS_H
+#define VORNIC_PLATFORM_PRIVILEGED_TOOLS_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vornic::platform {
+
+/// A run of one of the few tools that may have root's rights.
+struct PrivilegedRun {
+    /// The path that it removes or moves away; nothing for one that only adds or touches.
+    std::optional<std::string> takenAway;
+};
+
+/// Checks a tool and its arguments against the list of what may run with root's rights: rm, mv, cp,
+/// mkdir and touch, each with its fixed options and absolute paths, so that no path is taken for an
+/// option or depends on a working folder.
+/// @return nothing for anything else.
+[[nodiscard]] std::optional<PrivilegedRun> allowedPrivilegedRun(
+    const std::string& tool, const std::vector<std::string>& arguments);
+
+}  // namespace vornic::platform
+
+#endif
