@@ -13,8 +13,9 @@ namespace vornic {
 /// @param document null when there is none. @param hasErrors when not null, set to whether any clip
 ///     was mended.
 /// @return the same document, mended in place.
-[[nodiscard]] std::unique_ptr<XMLDocument> repairFCPXDocument(
-    RepairHost& host, std::unique_ptr<XMLDocument> document, bool* hasErrors);
+[[nodiscard]] std::unique_ptr<XMLDocument> repairFCPXDocument(RepairHost& host,
+                                                              std::unique_ptr<XMLDocument> document,
+                                                              bool* hasErrors);
 
 }  // namespace vornic
 

@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -5,11 +6,14 @@
 #include <vector>
 
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
 #include "convert/VersionConversion.h"
 #include "platform/Exception.h"
 #include "platform/FileAttributes.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/EngineTest.h"
+#include "tests/support/FailingSystemCall.h"
 #include "tests/support/RecordingConversionHost.h"
 
 namespace vornic {
@@ -326,6 +330,28 @@ TEST_F(VersionConversionTest, changesNothingButTheVersionWhenTheCatalogueIsMissi
 TEST_F(VersionConversionTest, passesAnExceptionOfAnAlertOnToTheCaller) {
     alerts->onShow = [](const AlertContents&) { throw platform::Exception("Test", "raised"); };
     EXPECT_THROW(convert("<xmeml/>", "5"), platform::Exception);
+}
+
+/// A conversion on a volume that is full when the codes are written.
+class ConversionWithoutRoomForCodes : public VersionConversionTest {
+  public:
+    void TestBody() override {
+        ASSERT_TRUE(test::failSystemCall(SYS_fsetxattr, ENOSPC));
+        ASSERT_TRUE(test::failSystemCall(SYS_setxattr, ENOSPC));
+        convert(xmeml("3", ""), "5");
+        EXPECT_EQ(contents(), xmeml("5", ""));
+        EXPECT_TRUE(alerts->shown.empty());
+        const Strings entries = log.entries();
+        ASSERT_EQ(entries.size(), 1U);
+        const std::string beginning = "Unable to write file attributes to file " + file + " - ";
+        EXPECT_TRUE(entries[0].starts_with(beginning)) << entries[0];
+        EXPECT_GT(entries[0].size(), beginning.size());
+    }
+};
+
+// Suites of this name run first, while there is no other thread that a child would lack.
+TEST(VersionConversionDeathTest, reportsCodesThatCannotBeWritten) {
+    EXPECT_TRUE(test::passesInChild([] { ConversionWithoutRoomForCodes().TestBody(); }));
 }
 
 class StripTagsTest : public test::EngineTest {
