@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
 #include <cstdlib>
+#include <iterator>
 #include <utility>
 
 #include "foundation/Utf8.h"
@@ -23,27 +23,70 @@ bool isUTF8(std::string_view text) {
     return true;
 }
 
+std::string printableASCII(std::string_view bytes) {
+    std::string printable;
+    std::copy_if(bytes.begin(), bytes.end(), std::back_inserter(printable),
+                 [](char byte) { return byte >= 0x20 && byte <= 0x7E; });
+    return printable;
+}
+
+bool isWhiteSpace(char32_t character) {
+    return character == ' ' || character == '\t' || character == '\n' || character == '\r';
+}
+
 // A repair takes out what XML forbids, and everything from the surrogates on.
 bool isKept(char32_t character) {
     constexpr char32_t kFirstCut = 0xD800;
-    return character >= 0x20 && character < kFirstCut;
+    return isWhiteSpace(character) || (character >= ' ' && character < kFirstCut);
 }
 
-std::string keptCharacters(std::string_view file) {
+std::string keptCharacters(std::string_view text) {
     std::string kept;
-    if (!isUTF8(file)) {
-        std::copy_if(file.begin(), file.end(), std::back_inserter(kept),
-                     [](char byte) { return byte >= 0x20 && byte <= 0x7E; });
-        return kept;
-    }
-    for (std::size_t at = 0; at < file.size();) {
-        const Utf8Character character = utf8CharacterAt(file, at);
+    for (std::size_t at = 0; at < text.size();) {
+        const Utf8Character character = utf8CharacterAt(text, at);
         if (isKept(character.code)) {
-            kept += file.substr(at, character.length);
+            kept += isWhiteSpace(character.code) ? " " : text.substr(at, character.length);
         }
         at += character.length;
     }
     return kept;
+}
+
+/// The character that a whole reference stands for, or the reference itself.
+std::string meaning(const std::string& reference) {
+    constexpr std::array<std::pair<std::string_view, const char*>, 5> kNamed{
+        {{"&amp;", "&"}, {"&lt;", "<"}, {"&gt;", ">"}, {"&quot;", "\""}, {"&apos;", "'"}}};
+    for (const auto& [name, character] : kNamed) {
+        if (reference == name) {
+            return character;
+        }
+    }
+    constexpr int kDecimal = 10;
+    char* rest = nullptr;
+    const unsigned long code = std::strtoul(reference.c_str() + 2, &rest, kDecimal);
+    if (!reference.starts_with("&#") || *rest != ';' || code == 0) {
+        return reference;
+    }
+    std::string character;
+    appendUtf8(character, static_cast<char32_t>(code));
+    return character;
+}
+
+/// The length of the reference that begins with the text's ampersand; 0 when its semicolon is too
+/// far away, which outside a tag makes the ampersand text.
+std::size_t referenceLength(std::string_view text, bool isInTag) {
+    const int reach = isInTag ? 20 : 6;
+    constexpr char32_t kFirstOfTwoUnits = 0x10000;
+    int units = 0;
+    for (std::size_t at = 0; at < text.size() && units < reach;) {
+        if (text[at] == ';') {
+            return at + 1;
+        }
+        const Utf8Character character = utf8CharacterAt(text, at);
+        units += character.code >= kFirstOfTwoUnits ? 2 : 1;
+        at += character.length;
+    }
+    return 0;
 }
 
 void removeMarkup(std::string& text, std::string_view begin, std::string_view end) {
@@ -54,54 +97,24 @@ void removeMarkup(std::string& text, std::string_view begin, std::string_view en
     }
 }
 
-/// The character that a reference at the beginning of the text stands for, and the reference's
-/// length; 0 when there is none.
-std::pair<std::string, std::size_t> reference(std::string_view text) {
-    constexpr std::array<std::pair<std::string_view, const char*>, 5> kNamed{
-        {{"&amp;", "&"}, {"&lt;", "<"}, {"&gt;", ">"}, {"&quot;", "\""}, {"&apos;", "'"}}};
-    for (const auto& [name, character] : kNamed) {
-        if (text.starts_with(name)) {
-            return {character, name.size()};
-        }
-    }
-    // A repair takes a longer one for text.
-    constexpr std::size_t kLongest = 6;
-    const std::size_t end = text.substr(0, kLongest).find(';');
-    if (!text.starts_with("&#") || end == std::string_view::npos) {
-        return {};
-    }
-    const std::string digits(text.substr(2, end - 2));
-    char* rest = nullptr;
-    constexpr int kDecimal = 10;
-    const unsigned long code = std::strtoul(digits.c_str(), &rest, kDecimal);
-    std::string character;
-    appendUtf8(character, static_cast<char32_t>(code));
-    return *rest == '\0' && code != 0 ? std::pair(character, end + 1)
-                                      : std::pair(std::string(), std::size_t{0});
-}
-
-bool isWrittenOtherwise(char byte) {
-    return byte == ' ' || byte == '"' || byte == '\'';
-}
-
 }  // namespace
 
 std::string contentOf(std::string_view file) {
-    std::string text = keptCharacters(file);
-    removeMarkup(text, "<?xml ", "?>");
-    removeMarkup(text, "<!DOCTYPE", ">");
+    const std::string text = isUTF8(file) ? std::string(file) : printableASCII(file);
     std::string content;
+    bool isInTag = false;
     for (std::size_t at = 0; at < text.size();) {
-        auto [character, length] = reference(std::string_view(text).substr(at));
-        if (length == 0) {
-            character = text.substr(at, 1);
-            length = 1;
-        }
-        if (character.size() != 1 || !isWrittenOtherwise(character[0])) {
-            content += character;
-        }
+        const std::string_view rest = std::string_view(text).substr(at);
+        isInTag = rest[0] == '<' || (isInTag && rest[0] != '>');
+        const std::size_t reference = rest[0] == '&' ? referenceLength(rest, isInTag) : 0;
+        const std::size_t length = reference != 0 ? reference : utf8CharacterAt(text, at).length;
+        const std::string kept = keptCharacters(rest.substr(0, length));
+        content += reference != 0 ? meaning(kept) : kept;
         at += length;
     }
+    removeMarkup(content, "<?xml ", "?>");
+    removeMarkup(content, "<!DOCTYPE ", ">");
+    std::erase_if(content, [](char byte) { return byte == ' ' || byte == '"' || byte == '\''; });
     return content;
 }
 
