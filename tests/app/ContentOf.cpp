@@ -61,9 +61,10 @@ std::string meaning(const std::string& reference) {
             return character;
         }
     }
-    constexpr int kDecimal = 10;
+    const bool isHexadecimal = reference.starts_with("&#x");
     char* rest = nullptr;
-    const unsigned long code = std::strtoul(reference.c_str() + 2, &rest, kDecimal);
+    const unsigned long code =
+        std::strtoul(reference.c_str() + (isHexadecimal ? 3 : 2), &rest, isHexadecimal ? 16 : 10);
     if (!reference.starts_with("&#") || *rest != ';' || code == 0) {
         return reference;
     }
