@@ -40,18 +40,21 @@ class HelperCopy {
     std::string folder_;
 };
 
-/// True when a process has the text among its arguments.
-[[nodiscard]] inline bool someProcessHasArgument(const std::string& text) {
+/// True when a text stands in a file of some process's folder, such as "environ".
+[[nodiscard]] inline bool someProcessHas(const std::string& file, const std::string& text) {
     for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-        std::string arguments;
-        std::ifstream file(entry.path() / "cmdline");
-        for (std::string argument; std::getline(file, argument, '\0');) {
-            if (argument.find(text) != std::string::npos) {
+        std::ifstream stream(entry.path() / file);
+        for (std::string part; std::getline(stream, part, '\0');) {
+            if (part.find(text) != std::string::npos) {
                 return true;
             }
         }
     }
     return false;
+}
+
+[[nodiscard]] inline bool someProcessHasArgument(const std::string& text) {
+    return someProcessHas("cmdline", text);
 }
 
 /// Waits until the condition holds.

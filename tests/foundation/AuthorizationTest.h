@@ -1,0 +1,63 @@
+#ifndef VORNIC_TESTS_FOUNDATION_AUTHORIZATION_TEST_H
+#define VORNIC_TESTS_FOUNDATION_AUTHORIZATION_TEST_H
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "foundation/QMAuthorization.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/RecordingAuthorizationHost.h"
+#include "tests/support/Sandbox.h"
+#include "tests/support/Unprivileged.h"
+
+namespace vornic::test {
+
+/// Tests of privileged operations in which no tool is ever run.
+class AuthorizationTest : public ::testing::Test {
+  protected:
+    AuthorizationTest() { ::testing::internal::CaptureStderr(); }
+    ~AuthorizationTest() override { static_cast<void>(console()); }
+
+    /// The messages on the console so far, without date and process. Ends the capture.
+    [[nodiscard]] std::vector<std::string> console() {
+        if (!consoleTaken_) {
+            consoleTaken_ = true;
+            std::string text = ::testing::internal::GetCapturedStderr();
+            for (std::size_t end = text.find('\n'); end != std::string::npos;
+                 end = text.find('\n')) {
+                const std::string line = text.substr(0, end);
+                text.erase(0, end + 1);
+                const std::size_t message = line.find("] ");
+                console_.push_back(message == std::string::npos ? line : line.substr(message + 2));
+            }
+        }
+        return console_;
+    }
+
+    /// An instance in the recording process, which may ask the user unless it is said otherwise.
+    [[nodiscard]] std::unique_ptr<QMAuthorization> make(bool hasGUI = true) const {
+        return std::make_unique<QMAuthorization>(hasGUI, host);
+    }
+    /// An instance in a process of the super-user.
+    [[nodiscard]] std::unique_ptr<QMAuthorization> makeForSuperUser(bool hasGUI = true) const {
+        host->superUser = true;
+        return make(hasGUI);
+    }
+    [[nodiscard]] std::vector<std::string> runs() const { return host->runs(); }
+
+    Unprivileged user;
+    Sandbox sandbox;
+    LogCapture log;
+    std::shared_ptr<RecordingAuthorizationHost> host =
+        std::make_shared<RecordingAuthorizationHost>();
+
+  private:
+    bool consoleTaken_ = false;
+    std::vector<std::string> console_;
+};
+
+}  // namespace vornic::test
+
+#endif
