@@ -85,7 +85,7 @@ struct QMLog::State {
     void settleName(std::string_view name);
     void print(std::string line) const;
     void queueText(std::string_view text, bool wakesWorker);
-    std::size_t write(std::span<const LogQueue::Entry> entries);
+    std::size_t write(std::span<const LogQueue::Entry> entries) noexcept;
     std::size_t writeToFile(std::span<const LogQueue::Entry> entries);
     std::shared_ptr<LogFile> reopenedFile();
 };
@@ -322,7 +322,7 @@ void QMLog::State::queueText(std::string_view text, bool wakesWorker) {
 
 /// Deals with the first entry and as many behind it as go into the same write. @return how many
 /// entries are written, or lost with a message.
-std::size_t QMLog::State::write(std::span<const LogQueue::Entry> entries) {
+std::size_t QMLog::State::write(std::span<const LogQueue::Entry> entries) noexcept {
     if (loggingDisabled) {
         return entries.size();
     }

@@ -16,20 +16,30 @@
 namespace vornic {
 
 /// The process-wide diagnostic log: five generations of a text file for each application in the
-/// user's log folder, each line written by one serial queue in the order in which it was queued.
-/// Every class-level operation may be called from any thread; nothing raises to the caller.
+/// user's log folder (`LogGenerations.h`), each entry "DATE - TEXT" in UTF-8, written by one serial
+/// queue in the order in which the texts were queued. Every operation may be called from any
+/// thread. Nothing raises to the caller and nothing returns an error: a failure prints a line to
+/// standard output, and logging goes on as well as it can.
+///
+/// Formats are those of `formatString`, except that a percent sign before one of " .!,-;:+" stands
+/// for itself. A format that is missing (a view of nothing) does nothing. Text that is not the
+/// program's own belongs into an argument, never into the format.
 class QMLog {
   public:
     /// The one instance, made on first use; it lives until the process ends.
     static QMLog& sharedController();
 
-    /// Starts a new log generation: older ones move one place on, the oldest goes.
+    /// Starts a new log generation: older ones move one place on, the oldest goes, and the new one
+    /// begins with a header. When the family's preferences switch logging off, it stays off for the
+    /// life of the process and every later operation does nothing.
+    /// @param name counts only where neither a stored name nor the executable gives one
+    /// @param noPrinting keeps the log off standard output; the shorter forms pass false
     static void createNewLog();
     static void createNewLog(std::string_view name);
     static void createNewLog(std::string_view name, bool noPrinting);
 
-    /// Formats and queues one entry. On a thread that is not the main thread a short entry that
-    /// finds the queue nearly empty is waited for.
+    /// Formats and queues one entry. On a thread that is not the main thread an entry of 1 to 99
+    /// UTF-16 units is waited for when no more than 99 units are queued, itself included.
     template <typename... Arguments>
     static void appendLog(std::string_view format, const Arguments&... arguments) {
         const std::initializer_list<FormatArgument> list{FormatArgument(arguments)...};
@@ -41,7 +51,8 @@ class QMLog {
         const std::initializer_list<FormatArgument> list{FormatArgument(arguments)...};
         fastAppendLogWithArguments(format, {list.begin(), list.size()});
     }
-    /// `appendLog`, and the text also goes to standard output.
+    /// `appendLog` of the trimmed text, which also goes to standard output as a line of its own,
+    /// there without "%@" and NUL characters and with every other percent sign doubled.
     template <typename... Arguments>
     static void appendLogAndPrint(std::string_view format, const Arguments&... arguments) {
         const std::initializer_list<FormatArgument> list{FormatArgument(arguments)...};
@@ -57,25 +68,32 @@ class QMLog {
     template <typename... Arguments>
     static void debugPrint(std::string_view /*format*/, const Arguments&... /*arguments*/) {}
 
-    /// Doubles the percent signs of a format that begin no conversion.
+    /// Doubles the percent signs of a format that stand before one of " .!,-;:+" and are not
+    /// doubled already.
     [[nodiscard]] static std::string escapeTextForLogging(std::string_view text);
-    /// Returns when every queued entry is written.
+    /// Returns when every entry queued before the call is written; at once on the thread that is
+    /// writing one.
     static void finishWriting();
     /// The paths of the generations that exist, newest first.
     [[nodiscard]] static std::vector<std::string> availableLogs();
-    /// The observer of the application's end: writes a short queue out, drops a long one.
+    /// The observer of the application's end: writes up to 10 queued entries out, drops more, and
+    /// closes the log. What is logged afterwards is lost.
     static void willTerminate();
 
     /// Queues one text, trimmed; a text that trims to nothing is not queued.
     void appendTextToLog(std::string_view text);
-    /// The write operation that runs on the queue.
+    /// The write operation that runs on the queue. Without an open log it opens the current
+    /// generation at its end; where there is none the text is printed as lost. The entry that
+    /// brings a generation to 5,000,000 bytes starts the next one.
     void appendLogOnThread(const std::string& text);
 
     /// The stored name, or the executable's name while none is stored.
     [[nodiscard]] std::string appName() const;
     void setAppName(std::optional<std::string> name);
+    /// Bytes written to the current generation, the header included.
     [[nodiscard]] std::uint64_t bytesWritten() const;
-    /// UTF-16 units queued and not yet written.
+    /// UTF-16 units queued and not yet written; those that a disabled log or an exception kept from
+    /// being written stay in it.
     [[nodiscard]] std::uint64_t bytesInQueue() const;
     [[nodiscard]] bool loggingDisabled() const;
     [[nodiscard]] bool noPrinting() const;
