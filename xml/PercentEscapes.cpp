@@ -80,8 +80,8 @@ std::string percentDecodedPath(std::string_view path) {
 
 std::string_view pathOfURL(std::string_view url) {
     std::string_view rest = url.substr(0, url.find_first_of("?#"));
-    const std::size_t colon = rest.find_first_of(":/");
-    if (colon != std::string_view::npos && rest[colon] == ':' && isScheme(rest.substr(0, colon))) {
+    const std::size_t colon = rest.find(':');
+    if (colon != std::string_view::npos && isScheme(rest.substr(0, colon))) {
         rest.remove_prefix(colon + 1);
     }
     if (!rest.starts_with("//")) {

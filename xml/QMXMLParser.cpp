@@ -24,19 +24,17 @@ using Nodes = QMXMLParser::Nodes;
 constexpr std::string_view kEscapedAmpersand = "&amp;";
 constexpr std::string_view kJoinedEdge = "-1";
 
-/// True when the ampersand at the offset, the unit at the index, begins an "&amp;".
-bool beginsEscapedAmpersand(std::string_view query, std::size_t offset, std::size_t unitIndex,
-                            std::size_t unitLength) {
-    // Without a sign: below four units the limit is huge, and the look-ahead leaves the string.
-    if (unitIndex >= unitLength - 4) {
-        return false;
-    }
-    if (unitIndex + kEscapedAmpersand.size() > unitLength) {
+/// True when the ampersand that the text begins with begins an "&amp;".
+/// @param unitLength the length of the whole query.
+bool beginsEscapedAmpersand(std::string_view rest, std::size_t unitLength) {
+    // The look-ahead of five units is made up to the length less 4, without a sign. In a shorter
+    // query that limit is huge, and the look-ahead always leaves the query.
+    if (unitLength < kEscapedAmpersand.size() - 1) {
         throw platform::RangeException(
-            formatString("The range {%lu, %lu} is outside a string of %lu units.", unitIndex,
+            formatString("A range of %lu units is outside a string of %lu units.",
                          kEscapedAmpersand.size(), unitLength));
     }
-    return query.substr(offset, kEscapedAmpersand.size()) == kEscapedAmpersand;
+    return rest.starts_with(kEscapedAmpersand);
 }
 
 void appendUnit(std::string& result, char32_t unit) {
@@ -86,11 +84,6 @@ std::optional<std::string> textOfElement(XMLNode node, std::string_view name,
 
 void logQueryError(const Error& error) {
     QMLog::appendLog("XML parsing error: %@", error.localizedDescription());
-}
-
-bool isBlankText(XMLNode node) {
-    return node.kind() == XMLNode::Kind::text &&
-           node.stringValue().find_first_not_of(" \t\r\n") == std::string::npos;
 }
 
 enum class Direction { backward, forward };
@@ -147,17 +140,15 @@ std::string QMXMLParser::escapeQueryString(std::string_view query) {
     const std::size_t unitLength = utf16Length(query);
     std::string result;
     result.reserve(query.size());
-    std::size_t unitIndex = 0;
     for (std::size_t offset = 0; offset < query.size();) {
         const Utf8Character character = utf8CharacterAt(query, offset);
         if (character.code == '&') {
-            const bool isEscaped = beginsEscapedAmpersand(query, offset, unitIndex, unitLength);
+            const bool isEscaped = beginsEscapedAmpersand(query.substr(offset), unitLength);
             result += isEscaped ? "&" : kEscapedAmpersand;
         } else {
             appendEscaped(result, query.substr(offset, character.length), character.code);
         }
         offset += character.length;
-        unitIndex += character.code >= 0x10000 ? 2 : 1;
     }
     return result;
 }
@@ -275,11 +266,7 @@ XMLNode QMXMLParser::nodeParentWithName(XMLNode node, std::string_view name,
 
 XMLNode QMXMLParser::nextSiblingForNode(XMLNode node) {
     for (XMLNode current = node; current; current = current.parent()) {
-        XMLNode sibling = current.nextSibling();
-        while (sibling && isBlankText(sibling)) {
-            sibling = sibling.nextSibling();
-        }
-        if (sibling) {
+        if (const XMLNode sibling = current.nextSibling()) {
             return sibling;
         }
     }

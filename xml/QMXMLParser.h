@@ -81,15 +81,14 @@ class QMXMLParser {
     /// above, even when the name is wanted and a limit at once.
     [[nodiscard]] static XMLNode nodeParentWithName(XMLNode node, std::string_view name,
                                                     const std::vector<std::string>& limits);
-    /// The next node in document order that is not below the node, or none. White space between
-    /// elements is passed over.
+    /// The next node in document order that is not below the node, or none.
     [[nodiscard]] static XMLNode nextSiblingForNode(XMLNode node);
 
     /// `affectedNodesForClip` without the range.
     [[nodiscard]] static Nodes affectedNodesForClip(XMLNode clip);
     /// The chain of items that a clip item is joined to through transitions, in document order. An
-    /// edge of "-1" says that a transition lies there. Only elements are items: comments and white
-    /// space between them are passed over.
+    /// edge of "-1" says that a transition lies there. Only elements are items: comments and text
+    /// between them are passed over.
     /// @param rangeStart where the chain starts, in frames; -1 when no item tells, 0 when it is no
     ///     number. Null when not wanted.
     /// @param rangeEnd where it ends, likewise.

@@ -166,9 +166,8 @@ std::vector<XMLNode> XMLDocument::nodesForXPath(std::string_view query, XMLNode 
     }
     try {
         const pugi::xpath_query compiled(std::string(query).c_str());
-        pugi::xpath_node_set nodes =
-            compiled.evaluate_node_set(contextOf(context.node_, context.attribute_));
-        nodes.sort();
+        const std::vector<pugi::xpath_node> nodes = xmltree::inDocumentOrder(
+            compiled.evaluate_node_set(contextOf(context.node_, context.attribute_)));
         result.reserve(nodes.size());
         for (const pugi::xpath_node& node : nodes) {
             result.push_back(node.attribute() ? XMLNode(node.parent().internal_object(),
@@ -189,11 +188,16 @@ bool XMLDocument::hasNodeForXPath(std::string_view query, XMLNode context) {
     query = withoutFirstPredicate(query);
     try {
         const pugi::xpath_query compiled(std::string(query).c_str());
-        return static_cast<bool>(
-            compiled.evaluate_node(contextOf(context.node_, context.attribute_)));
+        const pugi::xpath_node found =
+            compiled.evaluate_node(contextOf(context.node_, context.attribute_));
+        if (!found || xmltree::isNodeOfXPath(found.node())) {
+            return static_cast<bool>(found);
+        }
     } catch (const pugi::xpath_exception&) {
         return false;
     }
+    ErrorSlot ignored;
+    return !nodesForXPath(query, context, ignored).empty();
 }
 
 void XMLDocument::removeNode(XMLNode node) {

@@ -60,7 +60,8 @@ class XMLNode {
     /// The element's attributes in their order.
     [[nodiscard]] std::vector<XMLNode> attributes() const;
     /// Sets an attribute of an element, making it when it is missing; one that is there keeps its
-    /// place among the others.
+    /// place among the others. Control characters that XML forbids are left out when the value is
+    /// written.
     void setAttribute(std::string_view name, std::string_view value) const;
     /// Adds an attribute only when the element has none of the name. @return true when it was
     /// added.

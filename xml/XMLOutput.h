@@ -49,7 +49,7 @@ class XMLOutput {
     [[nodiscard]] bool stopped() const { return stopped_; }
 
   private:
-    static constexpr std::size_t kSize = 256U * 1024U;
+    static constexpr std::size_t kSize = std::size_t{256} * 1024;
 
     void putInParts(std::string_view piece);
     void putEscape(char c);

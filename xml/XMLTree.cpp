@@ -1,15 +1,67 @@
 #include "xml/XMLTree.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
 #include "xml/XMLCharacters.h"
 
 namespace vornic::xmltree {
 
 namespace {
+
+using NodeKey = const pugi::xml_node_struct*;
+using AttributeKey = const pugi::xml_attribute_struct*;
+
+// Up to this many nodes are compared with each other, which may take the way to their common parent
+// and from there to both of them.
+constexpr std::size_t kFewNodes = 64;
+
+// Finds the nodes of a set one after the other by walking over the whole tree.
+class OrderedWalk {
+  public:
+    explicit OrderedWalk(const pugi::xpath_node_set& found) {
+        for (const pugi::xpath_node& node : found) {
+            if (node.attribute()) {
+                attributes_.insert(node.attribute().internal_object());
+                owners_.insert(node.parent().internal_object());
+            } else {
+                nodes_.insert(node.node().internal_object());
+            }
+        }
+        result_.reserve(found.size());
+    }
+
+    std::vector<pugi::xpath_node> over(pugi::xml_node document) {
+        for (pugi::xml_node node = document; !isNull(node); node = nextInside(node, document)) {
+            const NodeKey key = node.internal_object();
+            if (nodes_.count(key) != 0 && isNodeOfXPath(node)) {
+                result_.emplace_back(node);
+            }
+            if (owners_.count(key) != 0) {
+                addAttributes(node);
+            }
+        }
+        return std::move(result_);
+    }
+
+  private:
+    void addAttributes(pugi::xml_node node) {
+        for (const pugi::xml_attribute& attribute : node.attributes()) {
+            if (attributes_.count(attribute.internal_object()) != 0) {
+                result_.emplace_back(attribute, node);
+            }
+        }
+    }
+
+    std::unordered_set<NodeKey> nodes_;
+    std::unordered_set<NodeKey> owners_;
+    std::unordered_set<AttributeKey> attributes_;
+    std::vector<pugi::xpath_node> result_;
+};
 
 bool isBlankText(pugi::xml_node node) {
     if (node.type() != pugi::node_pcdata) {
@@ -55,8 +107,6 @@ bool isAscending(const std::vector<pugi::xml_node>& nodes) {
         return ascends;
     });
 }
-
-using NodeKey = const pugi::xml_node_struct*;
 
 // Tells for nodes whether they lie inside one of a set of nodes. What was found on the way up is
 // kept, so that many nodes below a long way up cost no more than one.
@@ -130,6 +180,24 @@ bool preservesSpace(pugi::xml_node element) {
         }
     }
     return false;
+}
+
+bool isNodeOfXPath(pugi::xml_node node) {
+    return node.type() != pugi::node_declaration && node.type() != pugi::node_doctype;
+}
+
+std::vector<pugi::xpath_node> inDocumentOrder(pugi::xpath_node_set found) {
+    if (found.type() == pugi::xpath_node_set::type_unsorted && found.size() > kFewNodes) {
+        const pugi::xpath_node first = found[0];
+        const pugi::xml_node any = first.attribute() ? first.parent() : first.node();
+        return OrderedWalk(found).over(any.root());
+    }
+    found.sort();
+    std::vector<pugi::xpath_node> result;
+    result.reserve(found.size());
+    std::copy_if(found.begin(), found.end(), std::back_inserter(result),
+                 [](const pugi::xpath_node& node) { return isNodeOfXPath(node.node()); });
+    return result;
 }
 
 void remove(pugi::xml_node node) {

@@ -40,6 +40,13 @@ namespace vornic::xmltree {
 /// xml:space="preserve".
 [[nodiscard]] bool preservesSpace(pugi::xml_node element);
 
+/// False for the declaration and the document type, which XPath does not know.
+[[nodiscard]] bool isNodeOfXPath(pugi::xml_node node);
+
+/// What an XPath query found, in document order and without what XPath does not know, in time that
+/// is linear in the tree.
+[[nodiscard]] std::vector<pugi::xpath_node> inDocumentOrder(pugi::xpath_node_set found);
+
 /// Removes a node with everything below it.
 void remove(pugi::xml_node node);
 

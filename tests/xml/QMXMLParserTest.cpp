@@ -324,9 +324,10 @@ TEST_F(NamesAndIdentifiers, takesTheAttributeIdForTheNameAtLast) {
     EXPECT_EQ(QMXMLParser::nameForNode(first("./a[3]")), std::nullopt);
 }
 
-TEST_F(NamesAndIdentifiers, passesOverANameWithoutText) {
-    use("<a id='3'><name/><b><name>inner</name></b></a>");
+TEST_F(NamesAndIdentifiers, looksNoFurtherAmongSiblingsThanTheFirstName) {
+    use("<a id='3'><name/><b><name>inner</name></b></a><a id='4'><name/><name>second</name></a>");
     EXPECT_EQ(QMXMLParser::nameForNode(first("./a")), "inner");
+    EXPECT_EQ(QMXMLParser::nameForNode(first("./a[2]")), "4");
 }
 
 TEST_F(NamesAndIdentifiers, readsANameInASection) {
@@ -424,7 +425,7 @@ TEST_F(NextSibling, takesTextAndCommentsForNodes) {
     EXPECT_EQ(QMXMLParser::nextSiblingForNode(first("./b")).kind(), XMLNode::Kind::comment);
 }
 
-TEST_F(NextSibling, passesOverWhiteSpaceWhateverElseTheDocumentHolds) {
+TEST_F(NextSibling, findsNoIndentationWhateverElseTheDocumentHolds) {
     for (const char* rest : {"", "<p>mixed <b/> content</p>"}) {
         use(std::string("<x>\n <a/>\n </x>\n <d n='1'/>") + rest);
         EXPECT_EQ(QMXMLParser::nextSiblingForNode(first("./x/a")).attribute("n"), "1") << rest;
@@ -500,6 +501,13 @@ TEST_F(AffectedNodes, takesTheEdgeOfANeighbourThatIsNoTransition) {
     expectRange(5, 33);
 }
 
+TEST_F(AffectedNodes, staysJoinedOnlyAcrossATransition) {
+    use(clip(1, "1", "-1") + clip(2, "5", "6") + clip(3, "-1", "-1") + clip(4, "7", "8") +
+        clip(5, "-1", "9"));
+    EXPECT_EQ(chainOf(3), (Strings{"2", "3", "4"}));
+    expectRange(5, 8);
+}
+
 TEST_F(AffectedNodes, keepsMinusOneWhenTheSiblingsRunOut) {
     use(transition(1, "-1", "-1") + clip(2, "-1", "-1") + transition(3, "-1", "-1"));
     EXPECT_EQ(chainOf(2), (Strings{"1", "2", "3"}));
@@ -531,7 +539,7 @@ TEST_F(AffectedNodes, takesOnlyMinusOneToTheLetterForAJoint) {
     expectRange(-1, -1);
 }
 
-TEST_F(AffectedNodes, passesOverCommentsAndWhiteSpaceBetweenItems) {
+TEST_F(AffectedNodes, passesOverCommentsAndTextBetweenItems) {
     use(clip(1, "100", "-1") + "<!-- cut -->" + transition(2, "140", "160") + " text " +
         clip(3, "-1", "200"));
     EXPECT_EQ(chainOf(3), (Strings{"1", "2", "3"}));

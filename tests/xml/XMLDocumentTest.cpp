@@ -21,6 +21,7 @@ std::unique_ptr<XMLDocument> parsed(std::string text, XMLMode mode = XMLMode::st
 
 std::vector<std::string> valuesOf(const std::vector<XMLNode>& nodes) {
     std::vector<std::string> values;
+    values.reserve(nodes.size());
     for (const XMLNode& node : nodes) {
         values.push_back(node.stringValue());
     }
@@ -185,6 +186,43 @@ TEST(XMLDocumentXPath, findsAddedAttributesInOrder) {
     elements[2].setAttribute("ref", "z");
     elements[0].setAttribute("ref", "x");
     EXPECT_EQ(valuesOf(nodesOf(".//@ref", document->rootElement())), (Values{"x", "y", "z"}));
+}
+
+TEST(XMLDocumentXPath, putsManyNodesInOrder) {
+    std::string text = "<a>";
+    for (int i = 0; i < 500; ++i) {
+        text += "<b c='" + std::to_string(3 * i) + "'>" + std::to_string(3 * i + 1) + "</b><d>" +
+                std::to_string(3 * i + 2) + "</d>";
+    }
+    const auto document = parsed(text + "</a>");
+    const std::vector<XMLNode> found = nodesOf("//d | //b | //b/@c", document->rootElement());
+    ASSERT_EQ(found.size(), 1500U);
+    // An attribute comes after its element and before what is in it.
+    for (std::size_t i = 0; i < 500; ++i) {
+        EXPECT_EQ(found[3 * i].stringValue(), std::to_string(3 * i + 1));
+        EXPECT_EQ(found[3 * i + 1].stringValue(), std::to_string(3 * i));
+        EXPECT_EQ(found[3 * i + 2].stringValue(), std::to_string(3 * i + 2));
+    }
+}
+
+TEST(XMLDocumentXPath, putsManyNodesInOrderThatItFoundBackwards) {
+    std::string text = "<a>";
+    for (int i = 0; i < 500; ++i) {
+        text += "<b>" + std::to_string(i) + "</b>";
+    }
+    const auto document = parsed(text + "<c/></a>");
+    const std::vector<XMLNode> found = nodesOf("c/preceding-sibling::b", document->rootElement());
+    ASSERT_EQ(found.size(), 500U);
+    EXPECT_EQ(found.front().stringValue(), "0");
+    EXPECT_EQ(found.back().stringValue(), "499");
+}
+
+TEST(XMLDocumentXPath, knowsNoDeclarations) {
+    const auto document = parsed("<?xml version='1.0'?><!DOCTYPE a><!--b--><a/>");
+    EXPECT_EQ(nodesOf("/node()", document->documentNode()).size(), 2U);
+    EXPECT_TRUE(XMLDocument::hasNodeForXPath("/node()", document->documentNode()));
+    EXPECT_FALSE(XMLDocument::hasNodeForXPath("/a/preceding::node()[not(self::comment())]",
+                                              document->documentNode()));
 }
 
 TEST(XMLDocumentXPath, fillsTheSlotForAMalformedQuery) {

@@ -29,6 +29,15 @@ std::string nested(const std::string& name, std::size_t depth, const std::string
     return text;
 }
 
+std::string repeated(std::string_view piece, std::size_t count) {
+    std::string text;
+    text.reserve(piece.size() * count);
+    for (std::size_t i = 0; i < count; ++i) {
+        text += piece;
+    }
+    return text;
+}
+
 std::unique_ptr<XMLDocument> parsed(std::string text) {
     ErrorSlot error;
     auto document = XMLDocument::parse(std::move(text), XMLMode::tolerant, error);
@@ -43,15 +52,6 @@ std::size_t writtenSize(const XMLDocument& document) {
         return true;
     }));
     return size;
-}
-
-std::string repeated(std::string_view piece, std::size_t count) {
-    std::string text;
-    text.reserve(piece.size() * count);
-    for (std::size_t i = 0; i < count; ++i) {
-        text += piece;
-    }
-    return text;
 }
 
 int faultCode(std::string_view text, XMLMode mode) {
@@ -98,6 +98,18 @@ TEST(XMLLimits, removeNodesInsideEachOtherInTheWrongOrder) {
     document->removeNodes(found);
     EXPECT_FALSE(XMLDocument::hasNodeForXPath(".//b", document->rootElement()));
     EXPECT_TRUE(XMLDocument::hasNodeForXPath(".//a", document->rootElement()));
+}
+
+TEST(XMLLimits, orderAHundredThousandAddedAttributes) {
+    const auto document = parsed("<r>" + repeated("<a/>", 100'000) + "</r>");
+    for (XMLNode node = document->rootElement().firstChild(); node; node = node.nextSibling()) {
+        node.setAttribute("b", "c");
+    }
+    ErrorSlot error;
+    const std::vector<XMLNode> found =
+        XMLDocument::nodesForXPath(".//@b", document->rootElement(), error);
+    ASSERT_EQ(found.size(), 100'000U);
+    EXPECT_EQ(found.back().parent().nextSibling(), XMLNode());
 }
 
 TEST(XMLLimits, takeMixedContentAtAnyDepth) {
@@ -164,7 +176,7 @@ TEST(XMLLimits, refuseMoreForbiddenCharactersThanAreWorthDropping) {
 }
 
 TEST(XMLLimits, dropARunOfForbiddenCharactersOfAnyLength) {
-    const std::string text = "<a>" + std::string(20'000'000, '\x01') + "</a>";
+    const std::string text = "<a>" + repeated("\x01", 20'000'000) + "</a>";
     const XMLReading reading = readXML(text, XMLMode::tolerant);
     EXPECT_FALSE(reading.fault.has_value());
     EXPECT_EQ(reading.edits.size(), 1U);
