@@ -7,11 +7,8 @@
 #include "foundation/QMLog.h"
 #include "foundation/Text.h"
 #include "foundation/Utf8.h"
-#include "platform/AtomicFile.h"
 #include "platform/FileAttributes.h"
-#include "platform/FileSystem.h"
 #include "platform/UserPreferences.h"
-#include "platform/Workspace.h"
 #include "repair/CharacterFilter.h"
 #include "repair/EventRepair.h"
 #include "repair/HeaderChecks.h"
@@ -25,22 +22,11 @@ namespace {
 
 constexpr int kFCPXML = 1;
 
-// The folder of a path, in a form that system calls take.
-std::string folderOf(const std::string& path) {
-    std::string folder = deletingLastPathComponent(path);
-    return folder.empty() ? "." : folder;
-}
-
 // The preferences hold text; a path may hold any bytes.
 platform::PropertyList asPreference(const std::string& path) {
     std::string text;
     appendAsValidUtf8(text, path);
     return platform::PropertyList(std::move(text));
-}
-
-bool moveToTrash(const std::string& path, ErrorSlot& error) {
-    return platform::recycle(folderOf(path), expandingTildeInPath("~/.Trash"),
-                             {lastPathComponent(path)}, error);
 }
 
 }  // namespace
@@ -73,10 +59,10 @@ RepairOutcome RepairPipeline::run(const std::string& path) && {
 bool RepairPipeline::begin() {
     host_.setProgressCancelled(false);
     host_.setXmlType(lowercased(pathExtension(path_)) == "fcpxml" ? kFCPXML : 0);
-    workingCopy_ = workingCopyPath(path_, host_.xmlType());
+    workingCopy_.emplace(path_, workingCopyPath(path_, host_.xmlType()));
     host_.startProgress();
     QMLog::appendLog("Beginning repair for file %@...", path_);
-    if (!platform::fileExists(path_)) {
+    if (!workingCopy_->sourceExists()) {
         const std::string info = formatString("The file %@ cannot be found.", path_);
         QMLog::appendLog("%@", info);
         host_.displayAlert("Unable to locate file", info);
@@ -94,14 +80,10 @@ bool RepairPipeline::begin() {
 }
 
 bool RepairPipeline::clearWorkingCopyPath() {
-    if (!platform::nodeExists(workingCopy_)) {
+    if (workingCopy_->recycleOld()) {
         return true;
     }
-    ErrorSlot trashError;
-    if (moveToTrash(workingCopy_, trashError)) {
-        return true;
-    }
-    const std::string remove = formatString("Please remove %@ manually.", workingCopy_);
+    const std::string remove = formatString("Please remove %@ manually.", workingCopy_->path());
     return stopBeforeCopy(formatString("Error: unable to remove temporary file. %@", remove),
                           "Unable to remove temporary file", remove);
 }
@@ -111,8 +93,7 @@ bool RepairPipeline::makeWorkingCopy() {
         return false;
     }
     error_.reset();
-    if (platform::copyFile(path_, workingCopy_, error_)) {
-        holdWorkingCopy();
+    if (workingCopy_->create(error_)) {
         return true;
     }
     return stopBeforeCopy(
@@ -136,7 +117,7 @@ bool RepairPipeline::readText() {
     if (cancelled()) {
         return false;
     }
-    std::optional<std::string> bytes = readWorkingCopy();
+    std::optional<std::string> bytes = workingCopy_->read(error_);
     std::optional<std::string> text =
         bytes ? textFromUTF8(std::move(*bytes), error_) : std::nullopt;
     if (cancelled()) {
@@ -152,7 +133,7 @@ bool RepairPipeline::readText() {
 bool RepairPipeline::readRawBytes() {
     error_.reset();
     host_.setFileHasErrs(true);
-    const std::optional<std::string> bytes = readWorkingCopy();
+    const std::optional<std::string> bytes = workingCopy_->read(error_);
     if (!bytes) {
         return stopCritically(slotDescription());
     }
@@ -169,20 +150,6 @@ bool RepairPipeline::readRawBytes() {
     }
     text_ = std::move(*text);
     return !cancelled();
-}
-
-// Another repair of the same file may have put its own result in the working copy's place; judged
-// by that, the user's file would pass for sound.
-std::optional<std::string> RepairPipeline::readWorkingCopy() {
-    ErrorSlot readError;
-    std::optional<std::string> bytes = platform::readFile(workingCopy_, readError);
-    if (!workingCopyIsOurs()) {
-        return ensureOwnWorkingCopy() ? platform::readFile(workingCopy_, error_) : std::nullopt;
-    }
-    if (readError) {
-        error_ = std::move(readError);
-    }
-    return bytes;
 }
 
 bool RepairPipeline::stopCritically(const std::string& reason) {
@@ -297,8 +264,8 @@ bool RepairPipeline::repairEvents() {
 }
 
 bool RepairPipeline::save() {
-    if (document_ && ensureOwnWorkingCopy()) {
-        writeWorkingCopy();
+    if (document_) {
+        workingCopy_->save(*document_, error_);
     }
     if (error_) {
         host_.setFileHasErrs(true);
@@ -308,53 +275,19 @@ bool RepairPipeline::save() {
     return !cancelled();
 }
 
-// What is saved gets its mode, owner and attributes from the working copy, and nothing that stands
-// in that one's place, a link to the user's file perhaps, may be written.
-bool RepairPipeline::ensureOwnWorkingCopy() {
-    if (workingCopyIsOurs()) {
-        return true;
-    }
-    if ((platform::nodeExists(workingCopy_) && !platform::removeFile(workingCopy_, error_)) ||
-        !platform::copyFile(path_, workingCopy_, error_)) {
-        return false;
-    }
-    holdWorkingCopy();
-    return true;
-}
-
-void RepairPipeline::holdWorkingCopy() {
-    int ignored = 0;  // what can't be held is not ours
-    ownCopy_ = platform::openForMetadata(workingCopy_, false, ignored);
-}
-
-bool RepairPipeline::writeWorkingCopy() {
-    platform::AtomicFile file;
-    const auto write = [&](std::string_view piece) { return file.write(piece, error_); };
-    // Most working copies are deleted again, so this one reaches the disk just before the swap.
-    if (!file.open(workingCopy_, error_) || !document_->serialize(write) ||
-        !file.commit(platform::Durability::buffered, error_)) {
-        return false;
-    }
-    holdWorkingCopy();
-    if (ownCopy_ && platform::identityOf(ownCopy_.get()) != file.identity()) {
-        ownCopy_ = platform::FileDescriptor();
-    }
-    return true;
-}
-
 bool RepairPipeline::updateCodes() {
     if (host_.xmlType() != 0) {
         return !cancelled();
     }
     reportAndLabel("Updating type/creator codes...");
-    const auto attributes = platform::readFileAttributes(workingCopy_, error_);
+    const auto attributes = platform::readFileAttributes(workingCopy_->path(), error_);
     if (error_) {
         reportAttributeError("Unable to load file attributes. %@");
     } else {
         platform::FileAttributes changed = attributes.value_or(platform::FileAttributes{});
         changed.hfsTypeCode = kXMLFileTypeCode;
         changed.hfsCreatorCode = kXMLFileCreatorCode;
-        platform::writeFileAttributes(workingCopy_, changed, error_);
+        platform::writeFileAttributes(workingCopy_->path(), changed, error_);
         if (error_) {
             reportAttributeError("Unable to write file attributes. %@");
         }
@@ -395,19 +328,13 @@ void RepairPipeline::finishRepaired() {
     host_.appendBoldInfoText(
         "The file was repaired successfully. Errors were found in the file and were successfully "
         "repaired.");
-    outcome_ = RepairOutcome::repairedNotSwapped;
-    ErrorSlot swapError;
-    // May wait for a slow disk, so that the look at the working copy comes after it.
-    const bool isSafe = platform::synchronizeFile(workingCopy_, swapError);
-    if (!workingCopyIsOurs()) {
+    const WorkingCopy::Swap swap = workingCopy_->swap(error_);
+    outcome_ = swap == WorkingCopy::Swap::done ? RepairOutcome::repairedAndSwapped
+                                               : RepairOutcome::repairedNotSwapped;
+    if (swap == WorkingCopy::Swap::foreign) {
         host_.appendErrorInfoText(formatString(
             "The temporary file %@ was replaced by another program. The file %@ was left as it is.",
-            workingCopy_, path_));
-    } else if (!isSafe || !moveToTrash(path_, swapError)) {
-        QMLog::appendLog("The file %@ could not be moved to the Trash. %@ The repaired file is %@.",
-                         path_, swapError ? swapError->localizedDescription() : "", workingCopy_);
-    } else if (platform::moveFile(workingCopy_, path_, error_)) {
-        outcome_ = RepairOutcome::repairedAndSwapped;
+            workingCopy_->path(), path_));
     }
     if (error_) {
         reportUnremovedCopy();
@@ -416,26 +343,16 @@ void RepairPipeline::finishRepaired() {
                        "Errors were found in the file and were successfully repaired.");
 }
 
-bool RepairPipeline::workingCopyIsOurs() const {
-    return ownCopy_ && platform::fileIdentity(workingCopy_) == platform::identityOf(ownCopy_.get());
-}
-
 void RepairPipeline::removeWorkingCopy() {
-    if (platform::nodeExists(workingCopy_) && !workingCopyIsOurs()) {
-        // Another repair of the same file works with it.
-        QMLog::appendLog("The temporary file %@ was replaced by another program and left there.",
-                         workingCopy_);
-    } else {
-        platform::removeFile(workingCopy_, error_);
-    }
+    workingCopy_->remove(error_);
     if (error_) {
         reportUnremovedCopy();
     }
 }
 
 void RepairPipeline::reportUnremovedCopy() {
-    host_.appendErrorInfoText(
-        formatString("Unable to remove temporary file %@. %@.", workingCopy_, slotDescription()));
+    host_.appendErrorInfoText(formatString("Unable to remove temporary file %@. %@.",
+                                           workingCopy_->path(), slotDescription()));
 }
 
 void RepairPipeline::reportAttributeError(const char* format) {

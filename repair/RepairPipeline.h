@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "platform/Error.h"
-#include "platform/FileDescriptor.h"
 #include "repair/RepairHost.h"
+#include "repair/WorkingCopy.h"
 #include "xml/XMLDocument.h"
 #include "xml/XMLReader.h"
 
@@ -70,11 +70,6 @@ class RepairPipeline {
     void finishSound();
     void finishUnable();
     void finishRepaired();
-    void holdWorkingCopy();
-    [[nodiscard]] bool workingCopyIsOurs() const;
-    bool ensureOwnWorkingCopy();
-    bool writeWorkingCopy();
-    std::optional<std::string> readWorkingCopy();
     void removeWorkingCopy();
 
     bool cancelled();
@@ -88,7 +83,7 @@ class RepairPipeline {
     RepairHost& host_;
     RepairOutcome outcome_ = RepairOutcome::stopped;
     std::string path_;
-    std::string workingCopy_;
+    std::optional<WorkingCopy> workingCopy_;
     // Shared by every step from the copy onwards. Cleared just before the copy and just before the
     // raw-bytes reload and nowhere else, so that an early fault is seen by all later steps.
     ErrorSlot error_;
@@ -97,9 +92,6 @@ class RepairPipeline {
     // one whose tree is looked at.
     bool hasDocument_ = false;
     std::unique_ptr<XMLDocument> document_;
-    // The file that this run last put at the path of the working copy. Held open, so that no file
-    // of another run can come by its inode number.
-    platform::FileDescriptor ownCopy_;
 };
 
 }  // namespace vornic
