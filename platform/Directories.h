@@ -34,9 +34,9 @@ enum class SearchPathDomain { user, local, system };
 [[nodiscard]] std::string homeDirectory();
 /// The login name of the real user id, or its decimal number when the user database has none.
 [[nodiscard]] std::string userName();
-/// The per-user temporary folder: `TMPDIR` when absolute, else `XDG_RUNTIME_DIR`, else a folder of
-/// mode 0700 below /tmp that the user owns (made when missing; one that is a link or another's is
-/// refused and a fresh one is made).
+/// The per-user temporary folder: `TMPDIR` when absolute, else `XDG_RUNTIME_DIR` when it is a
+/// folder of mode 0700 that the user owns, else such a folder below /tmp (made when missing; one
+/// that is a link, another's or open to others is refused and a fresh one is made for the process).
 [[nodiscard]] std::string temporaryDirectory();
 /// The system's cache folder of the user: `XDG_CACHE_HOME`, else `.cache` in the home folder;
 /// nothing without a home folder.

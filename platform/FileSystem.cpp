@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <exception>
 #include <memory>
 
 #include <fcntl.h>
@@ -105,7 +106,12 @@ std::optional<std::string> readFile(const std::string& path, ErrorSlot& error) {
         return std::nullopt;
     }
     std::string bytes;
-    errorNumber = readToEnd(file.get(), static_cast<std::size_t>(status.st_size), bytes);
+    try {
+        errorNumber = readToEnd(file.get(), static_cast<std::size_t>(status.st_size), bytes);
+    } catch (const std::exception&) {
+        // A file may claim any size; one that memory cannot hold is the file's fault.
+        errorNumber = ENOMEM;
+    }
     if (errorNumber != 0) {
         failFile(error, path, "read", errorNumber);
         return std::nullopt;

@@ -94,6 +94,20 @@ std::uint64_t bigEndian(std::string_view bytes) {
     return value;
 }
 
+/// True when a text has a NUL character, which the library takes for a reason to end the program
+/// when the text is a key.
+bool containsNul(std::string_view text, std::size_t width) {
+    if (width == 1) {
+        return text.find('\0') != std::string_view::npos;
+    }
+    for (std::size_t at = 0; at < text.size(); at += width) {
+        if (bigEndian(text.substr(at, width)) == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
 /// Walks the object table of a binary property list without recursion.
 class BinaryWalk {
   public:
@@ -194,8 +208,12 @@ std::optional<BinaryWalk::Description> BinaryWalk::describe(std::uint64_t object
         return std::nullopt;
     }
     if (kind == kData || kind == kText || kind == kWideText) {
-        const std::uint64_t width = kind == kWideText ? 3 : 1;
-        return Description{.size = kNodeSize + *count * width};
+        const std::uint64_t width = kind == kWideText ? 2 : 1;
+        if (*count > room / width ||
+            (kind != kData && containsNul(bytes_.substr(first, *count * width), width))) {
+            return std::nullopt;
+        }
+        return Description{.size = kNodeSize + *count * (2 * width - 1)};
     }
     if (kind != kArray && kind != kSet && kind != kDictionary) {
         return Description{.size = kNodeSize};

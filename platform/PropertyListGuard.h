@@ -13,8 +13,9 @@ namespace vornic::platform {
 /// long.
 [[nodiscard]] bool isHarmlessXML(std::string_view bytes);
 
-/// False when a binary property list is broken, has a container within itself, is nested more than
-/// 512 deep, or would take more than 512 MB because its objects are referred to again and again.
+/// False when a binary property list is broken, has a NUL character in a text, has a container
+/// within itself, is nested more than 512 deep, or would take more than 512 MB because its objects
+/// are referred to again and again.
 [[nodiscard]] bool isHarmlessBinary(std::string_view bytes);
 
 }  // namespace vornic::platform

@@ -358,7 +358,7 @@ TEST_F(AtomicFileTest, keepsTheOldFileWhenAWriteStopsHalfWay) {
     const std::string path = sandbox.write("file", "old");
     EXPECT_TRUE(test::passesInChild([&] {
         // The first write stops at the limit, the next one fails.
-        std::signal(SIGXFSZ, SIG_IGN);
+        ASSERT_NE(std::signal(SIGXFSZ, SIG_IGN), SIG_ERR);
         const struct rlimit limit { .rlim_cur = 100'000, .rlim_max = 100'000 };
         ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
         EXPECT_FALSE(write(path, std::string(300'000, 'x'), error));
@@ -435,6 +435,7 @@ TEST_F(AtomicFileTest, showsReadersOldOrNewContentsAndNothingBetween) {
     std::atomic<bool> stop{false};
     std::atomic<int> torn{0};
     std::vector<std::thread> readers;
+    readers.reserve(2);
     for (int count = 0; count < 2; ++count) {
         readers.emplace_back([&] {
             while (!stop) {

@@ -1,14 +1,13 @@
-#include <array>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <memory>
+#include <sstream>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "platform/Bundle.h"
 #include "platform/PropertyList.h"
+#include "tests/support/ProgramRunner.h"
 #include "tests/support/Sandbox.h"
 
 namespace vornic::platform {
@@ -28,21 +27,26 @@ class BundleTest : public test::SandboxTest {
     }
 };
 
-/// What a copy of the probe at a path tells, line by line.
+/// What the probe at a path tells, line by line.
+std::vector<std::string> tellings(const std::string& path) {
+    const test::ProgramResult result =
+        test::runProgram({.program = path, .arguments = {}, .environment = {}});
+    EXPECT_EQ(result.status, 0) << result.errors;
+    std::vector<std::string> lines;
+    std::istringstream output(result.output);
+    for (std::string line; std::getline(output, line);) {
+        lines.push_back(line);
+    }
+    EXPECT_EQ(lines.size(), 4U) << result.output;
+    lines.resize(4);
+    return lines;
+}
+
+/// What a copy of the probe at a path tells.
 std::vector<std::string> probeFrom(const std::string& path) {
     fs::create_directories(fs::path(path).parent_path());
     fs::copy_file(VORNIC_PLATFORM_PROBE, path, fs::copy_options::overwrite_existing);
-    const std::unique_ptr<FILE, decltype(&pclose)> output(popen(("'" + path + "'").c_str(), "re"),
-                                                          &pclose);
-    std::vector<std::string> lines;
-    std::array<char, 4096> line{};
-    while (output && fgets(line.data(), line.size(), output.get()) != nullptr) {
-        lines.emplace_back(line.data());
-        lines.back().pop_back();
-    }
-    EXPECT_EQ(lines.size(), 4U);
-    lines.resize(4);
-    return lines;
+    return tellings(path);
 }
 
 TEST_F(BundleTest, isFoundBesideTheFolderOfTheExecutableInABuildTree) {
@@ -96,13 +100,8 @@ TEST_F(BundleTest, resolvesALinkToTheExecutable) {
     fs::create_directories(sandbox.path("elsewhere"));
     const std::string link = sandbox.path("elsewhere/vornic");
     fs::create_symlink(sandbox.path("prefix/bin/vornic"), link);
-    const std::unique_ptr<FILE, decltype(&pclose)> output(popen(("'" + link + "'").c_str(), "re"),
-                                                          &pclose);
-    std::array<char, 4096> line{};
-    ASSERT_NE(fgets(line.data(), line.size(), output.get()), nullptr);
-    EXPECT_EQ(line.data(), sandbox.path("prefix/bin/vornic") + "\n");
-    ASSERT_NE(fgets(line.data(), line.size(), output.get()), nullptr);
-    EXPECT_EQ(line.data(), bundle + "\n");
+    EXPECT_EQ(tellings(link)[0], sandbox.path("prefix/bin/vornic"));
+    EXPECT_EQ(tellings(link)[1], bundle);
 }
 
 TEST_F(BundleTest, readsStringsOfItsInformation) {

@@ -102,6 +102,20 @@ TEST_F(FileSystemTest, readsAFileThatDoesNotTellItsSize) {
     EXPECT_TRUE(status->starts_with("Name:"));
 }
 
+TEST_F(FileSystemTest, tellsThatAFileIsTooLargeForTheMemory) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers end the program at such a request";
+#endif
+    const std::string path = sandbox.write("file", "x");
+    constexpr off_t kTerabytes = off_t{15} << 40U;
+    if (truncate(path.c_str(), kTerabytes) != 0) {
+        GTEST_SKIP() << "the volume holds no files of that size";
+    }
+    EXPECT_EQ(readFile(path, error), std::nullopt);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->description, "The file " + path + " cannot be read: not enough memory.");
+}
+
 TEST_F(FileSystemTest, readsThroughALink) {
     fs::create_symlink(sandbox.write("file", "text"), sandbox.path("link"));
     EXPECT_EQ(readFile(sandbox.path("link"), error), "text");

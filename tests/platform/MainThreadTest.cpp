@@ -213,6 +213,7 @@ TEST_F(MainThreadTest, survivesManyThreadsAndAShutdownAmongThem) {
     std::atomic<int> running{kThreads};
     int count = 0;
     std::vector<std::thread> workers;
+    workers.reserve(kThreads);
     for (int number = 0; number < kThreads; ++number) {
         workers.emplace_back([&] {
             for (int call = 0; call < 500; ++call) {

@@ -133,6 +133,16 @@ TEST(PropertyListGuardTest, refusesALargeTextSharedByMany) {
     EXPECT_TRUE(isHarmlessBinary(binary(objects)));
 }
 
+TEST(PropertyListGuardTest, refusesATextWithANulCharacter) {
+    EXPECT_FALSE(
+        isHarmlessBinary(binary({std::string("\x53"
+                                             "a\0b",
+                                             4)})));
+    EXPECT_FALSE(isHarmlessBinary(binary({std::string("\x62\0a\0\0", 5)})));
+    EXPECT_TRUE(isHarmlessBinary(binary({std::string("\x62\0a\1\0", 5)})));
+    EXPECT_TRUE(isHarmlessBinary(binary({std::string("\x41\0", 2)})));
+}
+
 TEST(PropertyListGuardTest, refusesReferencesAndCountsBeyondTheEnd) {
     EXPECT_FALSE(isHarmlessBinary(binary({array({7})})));
     EXPECT_FALSE(

@@ -132,6 +132,13 @@ TEST_F(PropertyListTest, refusesWhatIsNoPropertyList) {
     }
 }
 
+TEST_F(PropertyListTest, refusesAKeyThatANulByteCutsShort) {
+    std::string bytes = binaryList();
+    bytes[bytes.find("key") + 1] = '\0';
+    EXPECT_EQ(PropertyList::parse(bytes), std::nullopt);
+    EXPECT_EQ(PropertyList::parse(document("<dict><key>a&#0;b</key><true/></dict>")), std::nullopt);
+}
+
 TEST_F(PropertyListTest, survivesEveryCutAndEveryChangedByte) {
     for (const std::string& sound : {binaryList(), manyKinds().toXML()}) {
         for (std::size_t at = 0; at < sound.size(); ++at) {

@@ -2,6 +2,8 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <fstream>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -48,6 +50,7 @@ TEST(TerminationTest, letsAnObserverRemoveItselfAndOthers) {
 TEST(TerminationTest, takesRegistrationsFromAnyThread) {
     std::atomic<int> called{0};
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int number = 0; number < 4; ++number) {
         threads.emplace_back([&called] {
             for (int count = 0; count < 100; ++count) {
@@ -65,12 +68,12 @@ TEST(TerminationTest, takesRegistrationsFromAnyThread) {
 TEST(TerminationTest, notesTheFirstSignalAndGoesOn) {
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         EXPECT_TRUE(test::passesInChild([number] {
-            std::signal(number, SIG_DFL);
+            ASSERT_NE(std::signal(number, SIG_DFL), SIG_ERR);
             EXPECT_EQ(interruption(), 0);
             EXPECT_EQ(interruptionFlag()->load(), 0);
             catchInterruptions();
             errno = ENOENT;
-            raise(number);
+            EXPECT_EQ(raise(number), 0);
             EXPECT_EQ(errno, ENOENT);
             EXPECT_EQ(interruption(), number);
             EXPECT_EQ(interruptionFlag()->load(), number);
@@ -81,11 +84,11 @@ TEST(TerminationTest, notesTheFirstSignalAndGoesOn) {
 TEST(TerminationTest, endsAtOnceOnTheSecondSignal) {
     for (const int second : {SIGINT, SIGTERM}) {
         const int status = test::ChildProcess([second] {
-                               std::signal(SIGINT, SIG_DFL);
-                               std::signal(SIGTERM, SIG_DFL);
+                               ASSERT_NE(std::signal(SIGINT, SIG_DFL), SIG_ERR);
+                               ASSERT_NE(std::signal(SIGTERM, SIG_DFL), SIG_ERR);
                                catchInterruptions();
-                               raise(SIGINT);
-                               raise(second);
+                               EXPECT_EQ(raise(SIGINT), 0);
+                               EXPECT_EQ(raise(second), 0);
                                // Not reached.
                                _exit(0);
                            }).wait();
@@ -94,17 +97,29 @@ TEST(TerminationTest, endsAtOnceOnTheSecondSignal) {
     }
 }
 
+/// Waits until a process of one thread waits in a system call.
+void waitUntilAsleep(pid_t process) {
+    int asleep = 0;
+    while (asleep < 3) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+        std::string text;
+        std::getline(file, text);
+        // The state follows the name, which stands in parentheses.
+        asleep = text.find(") S ") != std::string::npos ? asleep + 1 : 0;
+    }
+}
+
 TEST(TerminationTest, letsSystemCallsReturnEarly) {
     EXPECT_TRUE(test::passesInChild([] {
-        std::signal(SIGTERM, SIG_DFL);
+        ASSERT_NE(std::signal(SIGTERM, SIG_DFL), SIG_ERR);
         catchInterruptions();
         std::array<int, 2> ends{};
         ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
-        const pid_t self = getpid();
-        // A process of its own, so that only the reading thread can take the signal.
-        test::ChildProcess sender([self] {
-            std::this_thread::sleep_for(std::chrono::milliseconds(200));
-            kill(self, SIGTERM);
+        const pid_t reader = getpid();
+        test::ChildProcess sender([reader] {
+            waitUntilAsleep(reader);
+            kill(reader, SIGTERM);
         });
         char byte = 0;
         EXPECT_EQ(read(ends[0], &byte, 1), -1);
@@ -115,10 +130,10 @@ TEST(TerminationTest, letsSystemCallsReturnEarly) {
 
 TEST(TerminationTest, leavesASignalIgnoredThatTheStarterIgnores) {
     EXPECT_TRUE(test::passesInChild([] {
-        std::signal(SIGHUP, SIG_IGN);
+        ASSERT_NE(std::signal(SIGHUP, SIG_IGN), SIG_ERR);
         catchInterruptions();
-        raise(SIGHUP);
-        raise(SIGHUP);
+        EXPECT_EQ(raise(SIGHUP), 0);
+        EXPECT_EQ(raise(SIGHUP), 0);
         EXPECT_EQ(interruption(), 0);
     }));
 }

@@ -113,6 +113,7 @@ TEST_F(ThreadTest, canBeWaitedForOnAnotherThread) {
 TEST_F(ThreadTest, isStartedByManyThreadsAtOnce) {
     std::atomic<int> ended{0};
     std::vector<std::thread> starters;
+    starters.reserve(4);
     for (int number = 0; number < 4; ++number) {
         starters.emplace_back([&ended] {
             for (int count = 0; count < 50; ++count) {

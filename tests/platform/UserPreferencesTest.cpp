@@ -97,6 +97,7 @@ TEST_F(UserPreferencesTest, losesNoKeyWhenManyThreadsWrite) {
     constexpr int kThreads = 4;
     constexpr int kKeys = 25;
     std::vector<std::thread> writers;
+    writers.reserve(kThreads);
     for (int writer = 0; writer < kThreads; ++writer) {
         writers.emplace_back([writer] {
             for (int key = 0; key < kKeys; ++key) {

@@ -19,11 +19,11 @@ namespace vornic::test {
 class ChildProcess {
   public:
     explicit ChildProcess(const std::function<void()>& body) {
-        std::fflush(nullptr);
+        static_cast<void>(std::fflush(nullptr));
         id_ = fork();
         if (id_ == 0) {
             body();
-            std::fflush(nullptr);
+            static_cast<void>(std::fflush(nullptr));
             _exit(::testing::Test::HasFailure() ? EXIT_FAILURE : EXIT_SUCCESS);
         }
         EXPECT_GT(id_, 0);
