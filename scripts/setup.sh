@@ -5,6 +5,9 @@
 
 oldestCMake=3.25
 
+# What one checkout has compiled serves the next one too.
+export CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1
+
 say() {
     printf '%s: %s\n' "$(basename -- "$0")" "$*" >&2
 }
