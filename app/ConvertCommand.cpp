@@ -1,7 +1,6 @@
 #include "app/ConvertCommand.h"
 
 #include <algorithm>
-#include <csignal>
 #include <cstdint>
 #include <memory>
 #include <new>
@@ -88,8 +87,6 @@ int ConvertCommand::run(const std::vector<std::string>& arguments) {
     }
     secureStandardStreams();
     platform::catchInterruptions();
-    // Whoever reads the messages may stop reading; the conversion goes on.
-    std::signal(SIGPIPE, SIG_IGN);
     QMLog::createNewLog(platform::applicationName());
     for (auto file = found + 2; file != arguments.end() && platform::interruption() == 0; ++file) {
         convertArgument(*file, version);

@@ -1,6 +1,5 @@
 #include "app/RepairCommand.h"
 
-#include <csignal>
 #include <cstdio>
 #include <memory>
 #include <new>
@@ -162,9 +161,7 @@ int RepairCommand::run(const std::vector<std::string>& arguments) {
     }
     secureStandardStreams();
     platform::catchInterruptions();
-    // Whoever reads the report may stop reading; the repair goes on.
-    std::signal(SIGPIPE, SIG_IGN);
-    QMLog::createNewLog(platform::applicationName());
+    QMLog::createNewLog(platform::applicationName(), options.quiet);
     bool allGood = true;
     for (const std::string& file : options.files) {
         if (platform::interruption() != 0) {

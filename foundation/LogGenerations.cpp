@@ -8,6 +8,7 @@
 #include "platform/AtomicFile.h"
 #include "platform/Directories.h"
 #include "platform/FileSystem.h"
+#include "platform/FolderLock.h"
 
 namespace vornic {
 
@@ -77,6 +78,8 @@ StartedGeneration startGeneration(std::string_view name) {
         ErrorSlot ignored;
         static_cast<void>(platform::createDirectory(deletingLastPathComponent(*path), ignored));
     }
+    // Programs that start their logs at the same moment would move each other's generations.
+    const platform::FolderLock turn(*folder);
     if (platform::fileExists(*path)) {
         if (std::optional<std::string> failure = moveGenerationsOn(*folder, name)) {
             return {.file = nullptr, .failure = std::move(failure)};

@@ -62,6 +62,10 @@ void QMTaskEx::startReception(const std::shared_ptr<Process>& process, Reception
         std::swap(reception_, reception);
     }
     theTask_.set(process);
+    if (reception.reader) {
+        // The run that this one takes the place of ends.
+        reception.reader->close();
+    }
     platform::detachNewThread([self = shared_from_this()] { self->launchAsyncTask(); },
                               [reader] { reader->close(); });
 }

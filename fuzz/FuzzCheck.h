@@ -1,8 +1,8 @@
 #ifndef VORNIC_FUZZ_FUZZ_CHECK_H
 #define VORNIC_FUZZ_FUZZ_CHECK_H
 
-#include <cstdio>
 #include <cstdlib>
+#include <iostream>
 #include <string>
 
 namespace vornic::fuzz {
@@ -10,7 +10,7 @@ namespace vornic::fuzz {
 /// Ends the run as a crash, which the fuzzer keeps, when a check says that something is wrong.
 inline void expectNothing(const std::string& finding) {
     if (!finding.empty()) {
-        std::fprintf(stderr, "%s\n", finding.c_str());
+        std::cerr << finding << '\n';
         std::abort();
     }
 }

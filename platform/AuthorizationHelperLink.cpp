@@ -3,6 +3,7 @@
 #include <array>
 #include <utility>
 
+#include <sys/prctl.h>
 #include <sys/socket.h>
 
 #include "platform/Exception.h"
@@ -13,7 +14,36 @@ namespace {
 
 constexpr int kNotLaunched = -1;
 
+/// How many objects keep this process untraceable, and whether it was traceable before.
+struct Traceability {
+    std::mutex mutex;
+    int holders = 0;
+    bool wasTraceable = false;
+};
+
+Traceability& traceability() {
+    static Traceability* const instance = new Traceability;  // NOLINT: threads may outlive others
+    return *instance;
+}
+
 }  // namespace
+
+Untraceable::Untraceable() {
+    Traceability& state = traceability();
+    const std::lock_guard lock(state.mutex);
+    if (state.holders++ == 0) {
+        state.wasTraceable = prctl(PR_GET_DUMPABLE, 0, 0, 0, 0) == 1;
+        prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
+    }
+}
+
+Untraceable::~Untraceable() {
+    Traceability& state = traceability();
+    const std::lock_guard lock(state.mutex);
+    if (--state.holders == 0 && state.wasTraceable) {
+        prctl(PR_SET_DUMPABLE, 1, 0, 0, 0);
+    }
+}
 
 /// What a run writes. Its helper serves one run at a time: when the next one comes first, what this
 /// one still had to say is lost.
@@ -38,6 +68,7 @@ class AuthorizationHelperLink::Output : public CommunicationsPipe {
 
 int AuthorizationHelperLink::start(std::unique_ptr<Process> process,
                                    std::shared_ptr<AuthorizationHelperLink>& link) {
+    auto untraceable = std::make_unique<Untraceable>();
     std::array<int, 2> ends{};
     if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) {
         return kNotLaunched;
@@ -58,13 +89,17 @@ int AuthorizationHelperLink::start(std::unique_ptr<Process> process,
         const int status = process->terminationStatus();
         return status != 0 ? status : kNotLaunched;
     }
-    link = std::make_shared<AuthorizationHelperLink>(std::move(process), std::move(ours));
+    link = std::make_shared<AuthorizationHelperLink>(std::move(process), std::move(ours),
+                                                     std::move(untraceable));
     return 0;
 }
 
 AuthorizationHelperLink::AuthorizationHelperLink(std::unique_ptr<Process> process,
-                                                 FileDescriptor socket)
-    : process_(std::move(process)), socket_(std::move(socket)) {}
+                                                 FileDescriptor socket,
+                                                 std::unique_ptr<Untraceable> untraceable)
+    : untraceable_(std::move(untraceable)),
+      process_(std::move(process)),
+      socket_(std::move(socket)) {}
 
 AuthorizationStatus AuthorizationHelperLink::run(const ToolRequest& request,
                                                  std::unique_ptr<CommunicationsPipe>* pipe) {

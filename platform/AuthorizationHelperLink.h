@@ -13,6 +13,16 @@
 
 namespace vornic::platform {
 
+/// Keeps other processes of the same user from looking into this one, or taking a descriptor out of
+/// it, while an object lives; debuggers and core dumps among them. Any thread.
+class Untraceable {
+  public:
+    Untraceable();
+    ~Untraceable();
+    Untraceable(const Untraceable&) = delete;
+    Untraceable& operator=(const Untraceable&) = delete;
+};
+
 /// A program's end of the socket to its root helper, which ends when this object goes. Any thread;
 /// nothing is raised.
 class AuthorizationHelperLink : public std::enable_shared_from_this<AuthorizationHelperLink> {
@@ -26,7 +36,8 @@ class AuthorizationHelperLink : public std::enable_shared_from_this<Authorizatio
     [[nodiscard]] static int start(std::unique_ptr<Process> process,
                                    std::shared_ptr<AuthorizationHelperLink>& link);
 
-    AuthorizationHelperLink(std::unique_ptr<Process> process, FileDescriptor socket);
+    AuthorizationHelperLink(std::unique_ptr<Process> process, FileDescriptor socket,
+                            std::unique_ptr<Untraceable> untraceable);
 
     /// Has the helper start a tool.
     [[nodiscard]] AuthorizationStatus run(const ToolRequest& request,
@@ -38,6 +49,7 @@ class AuthorizationHelperLink : public std::enable_shared_from_this<Authorizatio
     /// The next output of the run under way, with the lock held; "" at its end.
     std::string nextOutput();
 
+    std::unique_ptr<Untraceable> untraceable_;
     std::unique_ptr<Process> process_;
     std::mutex mutex_;
     FileDescriptor socket_;

@@ -24,6 +24,8 @@ constexpr std::chrono::milliseconds kLongestEventWait{10};
 constexpr std::chrono::milliseconds kPollInterval{200};
 /// A sleeping timer looks this often whether the program is quitting.
 constexpr std::chrono::milliseconds kTimerSlice{50};
+/// How often a new timer looks whether its alert has been asked for yet.
+constexpr std::chrono::milliseconds kGatePoll{1};
 constexpr std::int64_t kLongestTimer = std::int64_t{365} * 24 * 60 * 60;
 
 std::shared_ptr<AlertPanelFactory>& panelFactory() {
@@ -84,6 +86,7 @@ std::int64_t QMAlert::alertSheetWithMessageText(
     setIfPresent(request, "didEndSelector", selector);
     setIfPresent(request, "suppressionBinding", suppressionBinding);
     object->isWaitedFor_ = block;
+    object->isAsked_ = true;
     MainThread::performAndWait([&] { object->alertSheetWithDictionary(request); });
     return block ? object->waitForAnswer() : kNoAnswer;
 }
@@ -134,10 +137,14 @@ std::int64_t QMAlert::timedAlertSheetWithMessageText(
         return kNoAnswer;
     }
     const auto object = std::make_shared<QMAlert>();
-    object->isWaitedFor_ = true;
     try {
-        platform::detachNewThread(
-            [object, interval] { object->defaultReturnAfterTimeInterval(interval); });
+        platform::detachNewThread([object, interval] {
+            // Asking clears the answer, so none may be given before.
+            while (!object->isAsked_ && !MainThread::isShutDown()) {
+                std::this_thread::sleep_for(kGatePoll);
+            }
+            object->defaultReturnAfterTimeInterval(interval);
+        });
     } catch (const platform::Exception& exception) {
         // Without its timer the alert still waits for the user.
         QMException::logException(exception,

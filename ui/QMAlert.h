@@ -153,6 +153,7 @@ class QMAlert : public AlertDelegate, public std::enable_shared_from_this<QMAler
     bool isOwnDelegate_ = false;
     std::atomic<bool> alertEnded_ = false;
     std::atomic<std::int64_t> returnCode_ = 0;
+    std::atomic<bool> isAsked_ = false;
     std::atomic<bool> isWaitedFor_ = false;
     std::shared_ptr<AlertPanel> alert_;
 };

@@ -59,6 +59,15 @@ TEST(ElementSearch, findsAStringAtTheEndOfALongerOneThatFails) {
     EXPECT_TRUE(search.found(2));
 }
 
+TEST(ElementSearch, findsAStringInTheMiddleOfALongerOne) {
+    ElementSearch search({"<ab cd ef", "cd"});
+    search.append("<ab cd ");
+    EXPECT_FALSE(search.found(0));
+    EXPECT_TRUE(search.found(1));
+    search.append("ef>");
+    EXPECT_TRUE(search.found(0));
+}
+
 TEST(ElementSearch, findsAStringWhereverThePiecesAreCut) {
     const std::string text = "<a><name>b</name></a>";
     for (std::size_t first = 0; first <= text.size(); ++first) {
@@ -79,6 +88,13 @@ TEST(ElementSearch, saysWhenMorePiecesChangeNothing) {
     EXPECT_FALSE(search.append("<b "));
     EXPECT_FALSE(search.append("<c>"));
     EXPECT_TRUE(search.found(0));
+    EXPECT_TRUE(search.found(1));
+}
+
+TEST(ElementSearch, countsAStringOnceThatOccursWithBothEndings) {
+    ElementSearch search({"<a", "<b"});
+    EXPECT_TRUE(search.append("<a><a >"));
+    EXPECT_FALSE(search.append("<b>"));
     EXPECT_TRUE(search.found(1));
 }
 

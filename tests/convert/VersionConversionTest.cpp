@@ -176,8 +176,8 @@ TEST_F(VersionConversionTest, readsVersionsUpToTheFirstOtherCharacter) {
 TEST_F(VersionConversionTest, neverAsksWithoutAWindow) {
     host.gui = false;
     host.minimum = 4;
+    log.start(test::LogCapture::Printing::on);
     testing::internal::CaptureStdout();
-    QMLog::createNewLog("Vornic");
     convert(xmeml("5", "<color>1</color><uuid>2</uuid>"), "3");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "Downgrading XML file...\n");
     EXPECT_EQ(log.entries(),
@@ -222,8 +222,8 @@ TEST_F(VersionConversionTest, refusesADocumentWithoutVersion) {
 
 TEST_F(VersionConversionTest, refusesAnotherRootWithoutAnAlertWhenThereIsNoWindow) {
     host.gui = false;
+    log.start(test::LogCapture::Printing::on);
     testing::internal::CaptureStdout();
-    QMLog::createNewLog("Vornic");
     convert("<fcpxml version=\"1.8\"/>", "5");
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               std::string("Unable to locate XML Interchange version information. ") +
@@ -268,8 +268,8 @@ TEST_F(VersionConversionTest, reportsAFailedSaveTwice) {
 TEST_F(VersionConversionTest, printsAFailedSaveWithoutAWindow) {
     host.gui = false;
     file = sandbox.path("none/Cut.xml");
+    log.start(test::LogCapture::Printing::on);
     testing::internal::CaptureStdout();
-    QMLog::createNewLog("Vornic");
     convert(xmeml("3", ""), "5");
     const std::string printed = testing::internal::GetCapturedStdout();
     EXPECT_TRUE(printed.starts_with("Unable to save file " + file + " - ")) << printed;

@@ -240,6 +240,18 @@ TEST_F(QMTaskExAsyncTest, mayStartAgainAfterItsEnd) {
     EXPECT_THAT(receiver->chunks(), ElementsAre("one\n", "two\n", ""));
 }
 
+TEST_F(QMTaskExAsyncTest, endsTheRunWhosePlaceANewOneTakes) {
+    start("echo one; exec sleep 60");
+    ASSERT_TRUE(receiver->hasReceived(1));
+    const std::shared_ptr<platform::Process> first = task->theTask();
+    start("echo two; exec sleep 60");
+    EXPECT_TRUE(becomesTrue([&] { return !first->isRunning(); }));
+    ASSERT_TRUE(receiver->hasReceived(2));
+    EXPECT_TRUE(task->theTask()->isRunning());
+    EXPECT_THAT(receiver->chunks(), ElementsAre("one\n", "two\n"));
+    task->terminateTask();
+}
+
 TEST_F(QMTaskExAsyncTest, asksAToolToEndThatClosesItsOutput) {
     start("echo one; exec >/dev/null; exec sleep 60");
     ASSERT_TRUE(receiver->hasReceived(1));

@@ -8,6 +8,8 @@
 #include <vector>
 
 #include <gmock/gmock.h>
+#include <sys/prctl.h>
+#include <unistd.h>
 
 #include "platform/Directories.h"
 #include "platform/LinuxAuthorizationServices.h"
@@ -220,6 +222,21 @@ TEST_F(LinuxAuthorizationServicesTest, endsTheHelperWhenTheRightsAreGivenUp) {
     EXPECT_EQ(services.free(reference, 0), kAuthorizationSuccess);
     EXPECT_TRUE(becomesTrue([&] { return !isThere(process); })) << "a zombie counts too";
     EXPECT_EQ(run("/bin/mkdir", {"-p", sandbox.path("x")}), kAuthorizationInvalidReference);
+}
+
+TEST_F(LinuxAuthorizationServicesTest, keepsOthersOutOfTheProcessThatHoldsRights) {
+    const auto isTraceable = [] { return prctl(PR_GET_DUMPABLE, 0, 0, 0, 0) == 1; };
+    EXPECT_TRUE(isTraceable());
+    ASSERT_EQ(ask(), kAuthorizationSuccess);
+    EXPECT_FALSE(isTraceable());
+    const AuthorizationRef first = std::exchange(reference, nullptr);
+    ASSERT_EQ(show(userName(), kPassword), kAuthorizationSuccess);
+    EXPECT_EQ(services.free(first, 0), kAuthorizationSuccess);
+    EXPECT_FALSE(isTraceable()) << "one of two is left";
+    EXPECT_EQ(services.free(reference, 0), kAuthorizationSuccess);
+    EXPECT_TRUE(isTraceable());
+    EXPECT_EQ(show(userName(), "wrong"), kAuthorizationDenied);
+    EXPECT_TRUE(isTraceable());
 }
 
 TEST_F(LinuxAuthorizationServicesTest, endsTheHelperWhenItsProgramIsKilled) {

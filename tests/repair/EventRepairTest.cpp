@@ -98,11 +98,14 @@ TEST_F(EventRepairTest, findsClipsAtAnyDepthAndInEachEvent) {
 }
 
 TEST_F(EventRepairTest, takesOnlyAudioChildrenOfEachClipTogether) {
-    const std::string nested =
-        "<event><video><audio ref=\"r1\"/><video><audio/></video><gap><audio/></gap></video>"
-        "</event>";
-    EXPECT_EQ(repairLibrary(nested), nested);
-    EXPECT_EQ(hasErrors, false);
+    const Strings nested = {
+        "<event><video><audio "
+        "ref=\"r1\"/><video><audio/></video><gap><audio/></gap></video></event>",
+        "<event><video><audio/><video><audio ref=\"r1\"/></video></video></event>"};
+    for (const std::string& text : nested) {
+        EXPECT_EQ(repairLibrary(text), text);
+        EXPECT_EQ(hasErrors, false) << text;
+    }
 }
 
 TEST_F(EventRepairTest, remembersAMendedClipBeforeASoundOne) {

@@ -18,8 +18,14 @@ class LogCapture {
   public:
     enum class Printing { off, on };
 
-    explicit LogCapture(Printing printing = Printing::off) {
+    explicit LogCapture(Printing printing = Printing::off) { start(printing); }
+
+    /// Starts over with an empty log.
+    static void start(Printing printing) {
+        // What is still queued belongs to the log before.
+        QMLog::finishWriting();
         QMLog::createNewLog("Vornic", printing == Printing::off);
+        QMLog::finishWriting();
     }
 
     /// The texts of the entries after the header, in order. (The header has no version line when

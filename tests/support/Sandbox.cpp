@@ -1,11 +1,11 @@
 #include "tests/support/Sandbox.h"
 
-#include <sys/stat.h>
-
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+
+#include <sys/stat.h>
 
 namespace vornic::test {
 

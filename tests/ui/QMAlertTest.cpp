@@ -385,6 +385,14 @@ TEST_F(QMAlertTest, answersATimedAlertOfAnotherThreadToo) {
     EXPECT_FALSE(panels->panels.at(0)->isOnScreen);
 }
 
+TEST_F(QMAlertTest, losesNoAnswerOfATimerThatFiresAtOnce) {
+    for (int i = 0; i < 300; ++i) {
+        ASSERT_EQ(QMAlert::timedAlertSheetWithMessageText("m", std::nullopt, std::nullopt,
+                                                          std::nullopt, "i", nullptr, 0),
+                  1);
+    }
+}
+
 TEST_F(QMAlertTest, returnsTheUsersAnswerToATimedAlertWhenItComesFirst) {
     answerSoon(0);
     EXPECT_EQ(QMAlert::timedAlertSheetWithMessageText("m", "Quit", "Stay", std::nullopt, "i",

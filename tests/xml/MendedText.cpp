@@ -149,7 +149,7 @@ std::string brokenRuleOfMending(std::string_view text) {
     if (tolerant.edits.empty() && strict.fault) {
         return "tolerant mode passed over a fault: " + strict.fault->description;
     }
-    const std::string rule = brokenRuleOfEdits(text, tolerant) + brokenRuleOfMends(text, tolerant);
+    std::string rule = brokenRuleOfEdits(text, tolerant) + brokenRuleOfMends(text, tolerant);
     if (!rule.empty()) {
         return rule;
     }

@@ -216,7 +216,7 @@ TEST(XMLReader, findsARepeatedAttributeAmongMany) {
     for (const int count : {15, 16, 17, 18, 40}) {
         std::string tag = "<a";
         for (int i = 0; i < count; ++i) {
-            tag += " b" + std::to_string(i) + "=''";
+            tag.append(" b").append(std::to_string(i)).append("=''");
         }
         EXPECT_EQ(faultOf(tag + "/>"), "") << count;
         const std::size_t column = tag.size() + 2;

@@ -163,10 +163,10 @@ TEST(XMLWriter, indentsNoDeeperThanLevel64) {
         text += "</a>";
     }
     const std::string result = written(text);
-    const std::string deepest(64 * 4, ' ');
+    const std::string deepest(std::size_t{64} * 4, ' ');
     EXPECT_NE(result.find("\n" + deepest + "<b/>\n" + deepest + "</a>"), std::string::npos);
     EXPECT_EQ(result.find(deepest + " "), std::string::npos);
-    EXPECT_NE(result.find("\n" + std::string(63 * 4, ' ') + "<a>\n" + deepest + "<a>"),
+    EXPECT_NE(result.find("\n" + std::string(std::size_t{63} * 4, ' ') + "<a>\n" + deepest + "<a>"),
               std::string::npos);
 }
 
