@@ -25,8 +25,8 @@ namespace {
 constexpr int kUnimplementedStatus = -4;
 
 void printLine(std::string_view line) {
-    std::fwrite(line.data(), 1, line.size(), stdout);
-    std::fputc('\n', stdout);
+    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stdout));
+    static_cast<void>(std::fputc('\n', stdout));
 }
 
 }  // namespace
