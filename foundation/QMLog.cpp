@@ -113,7 +113,7 @@ void QMLog::createNewLog(std::string_view name) {
     createNewLog(name, false);
 }
 
-// Calls that meet are not serialised against each other.
+// Calls that meet take turns where they move files and nowhere else.
 void QMLog::createNewLog(std::string_view name, bool noPrinting) {
     QMLog& log = sharedController();
     State& state = *log.state_;

@@ -102,7 +102,7 @@ void connect(int descriptor, int number) {
 // Between fork and exec: nothing but system calls.
 [[noreturn]] void becomeProgram(const ProgramSettings& settings, int output, int errors,
                                 char* const* arguments, char* const* environment) {
-    const int input = open("/dev/null", O_RDONLY);
+    const int input = open("/dev/null", O_RDONLY | O_CLOEXEC);
     connect(input, STDIN_FILENO);
     connect(output, STDOUT_FILENO);
     connect(errors, STDERR_FILENO);
