@@ -24,6 +24,8 @@ endif()
 # A short run is mostly loading: without the C++ runtime and pugixml among the shared libraries it
 # takes about a quarter less time. Sanitizers want theirs shared.
 add_library(vornic-program-settings INTERFACE)
+# A program loads the libraries that it uses, not all that the core was built with.
+target_link_options(vornic-program-settings INTERFACE -Wl,--as-needed)
 set(VORNIC_PUGIXML pugixml::pugixml)
 if(NOT VORNIC_SANITIZE)
     target_link_options(vornic-program-settings INTERFACE

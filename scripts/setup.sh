@@ -41,6 +41,8 @@ needs=(
     'pkgconf|pkg-config|command -v pkg-config'
     'libpugixml-dev|pugixml, with headers|hasLibrary pugixml'
     'libplist-dev|libplist 2, with headers|hasLibrary libplist-2.0'
+    'libarchive-dev|libarchive, with headers|hasLibrary libarchive'
+    'libssl-dev|OpenSSL 3, with headers|hasLibrary libcrypto'
     'libgtest-dev|GoogleTest|hasLibrary gtest'
     'libgmock-dev|GoogleMock|hasLibrary gmock'
     'libbenchmark-dev|Google Benchmark|hasLibrary benchmark'
