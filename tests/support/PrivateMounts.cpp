@@ -38,6 +38,10 @@ bool PrivateMounts::mountVolume(const std::string& folder, const std::string& ty
            mount("none", folder.c_str(), type.c_str(), MS_NODEV | MS_NOSUID, options.c_str()) == 0;
 }
 
+bool PrivateMounts::bindFolder(const std::string& folder) const {
+    return isAvailable() && mount(folder.c_str(), folder.c_str(), nullptr, MS_BIND, nullptr) == 0;
+}
+
 bool PrivateMounts::makeReadOnly(const std::string& folder) const {
     return isAvailable() &&
            mount(nullptr, folder.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) == 0;

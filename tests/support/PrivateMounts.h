@@ -23,6 +23,8 @@ class PrivateMounts {
     /// @param options such as "size=1m,mode=1777".
     [[nodiscard]] bool mountVolume(const std::string& folder, const std::string& type,
                                    const std::string& options) const;
+    /// Makes a folder the mount point of what it holds.
+    [[nodiscard]] bool bindFolder(const std::string& folder) const;
     [[nodiscard]] bool makeReadOnly(const std::string& folder) const;
     [[nodiscard]] bool unmountVolume(const std::string& folder) const;
 
