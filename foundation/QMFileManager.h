@@ -1,9 +1,12 @@
 #ifndef VORNIC_FOUNDATION_QM_FILE_MANAGER_H
 #define VORNIC_FOUNDATION_QM_FILE_MANAGER_H
 
+#include <memory>
 #include <optional>
 #include <string>
 
+#include "foundation/ChecksumDelegate.h"
+#include "platform/Digest.h"
 #include "platform/PropertyList.h"
 
 namespace vornic {
@@ -15,8 +18,33 @@ class QMFileManager {
   public:
     using Path = std::optional<std::string>;
     using Dictionary = platform::PropertyList::Dictionary;
+    using Checksum = std::optional<std::string>;
 
     QMFileManager() = delete;
+
+    // Checksums: lower-case hexadecimal, two characters a byte.
+
+    /// The checksum of what the context has been fed so far; the caller's own can be fed on.
+    /// @return nothing when the context is of another kind, or the digest failed.
+    [[nodiscard]] static Checksum md5HashWithContext(platform::Digest context);
+    [[nodiscard]] static Checksum sha1HashWithContext(platform::Digest context);
+    [[nodiscard]] static Checksum sha256HashWithContext(platform::Digest context);
+    [[nodiscard]] static Checksum sha512HashWithContext(platform::Digest context);
+
+    /// The checksum of a file's contents, links followed, read in blocks of 64 KiB on the calling
+    /// thread. Anything but a regular file cannot be opened; that is told on the console, a fault
+    /// while reading in the log and on standard output.
+    /// @param delegate is asked after each 50 MiB whether to go on; null: nobody is
+    /// @return nothing on failure or when the delegate cancelled.
+    [[nodiscard]] static Checksum md5HashForFile(const std::string& path);
+    [[nodiscard]] static Checksum md5HashForFile(const std::string& path,
+                                                 const std::shared_ptr<ChecksumDelegate>& delegate);
+    [[nodiscard]] static Checksum sha1HashForFile(const std::string& path);
+    [[nodiscard]] static Checksum sha1HashForFile(
+        const std::string& path, const std::shared_ptr<ChecksumDelegate>& delegate);
+    [[nodiscard]] static Checksum sha512HashForFile(const std::string& path);
+    [[nodiscard]] static Checksum sha512HashForFile(
+        const std::string& path, const std::shared_ptr<ChecksumDelegate>& delegate);
 
     // Volumes. Paths are compared as text: links in them are not followed.
 
@@ -34,8 +62,7 @@ class QMFileManager {
     /// "WritableVolume" (a boolean). A volume without a label is called like its mount point's last
     /// component. Blocks for up to 5 seconds while the volume does not answer.
     /// @return nothing when no volume is mounted there, or it does not answer; a volume that
-    /// answers
-    ///     with an error is logged too.
+    ///     answers with an error is logged too.
     [[nodiscard]] static std::optional<Dictionary> infoForDiskAtMountpoint(
         const std::string& mountPoint);
     /// The type of the file system that the path lies on ("ext4", "apfs"); nothing when the path

@@ -93,6 +93,24 @@ FileIdentity identityOf(int descriptor) {
     return {.device = status.st_dev, .inode = status.st_ino};
 }
 
+std::size_t readBlock(int descriptor, char* buffer, std::size_t size, int& errorNumber) {
+    std::size_t length = 0;
+    while (length < size) {
+        const ssize_t got = ::read(descriptor, buffer + length, size - length);
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got < 0) {
+            errorNumber = errno;
+        }
+        if (got <= 0) {
+            break;
+        }
+        length += static_cast<std::size_t>(got);
+    }
+    return length;
+}
+
 int writeAll(int descriptor, const char* bytes, std::size_t count) {
     constexpr std::size_t kLargestWrite = std::size_t{1} << 30U;
     while (count > 0) {

@@ -56,6 +56,13 @@ class FileDescriptor {
 /// The identity of an open file.
 [[nodiscard]] FileIdentity identityOf(int descriptor);
 
+/// Reads on from the file's position until `size` bytes are there, the file ends or an error comes,
+/// through interruptions and short reads.
+/// @param errorNumber set to the errno value of the error that ended the reading, else left alone
+/// @return the number of bytes read.
+[[nodiscard]] std::size_t readBlock(int descriptor, char* buffer, std::size_t size,
+                                    int& errorNumber);
+
 /// Writes all bytes through interruptions and short writes. @return 0 or the errno value.
 [[nodiscard]] int writeAll(int descriptor, const char* bytes, std::size_t count);
 

@@ -1,0 +1,40 @@
+#ifndef VORNIC_TESTS_SUPPORT_CONSOLE_CAPTURE_H
+#define VORNIC_TESTS_SUPPORT_CONSOLE_CAPTURE_H
+
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace vornic::test {
+
+/// What is written to the console while the object lives.
+class ConsoleCapture {
+  public:
+    ConsoleCapture() { ::testing::internal::CaptureStderr(); }
+    ~ConsoleCapture() { static_cast<void>(lines()); }
+    ConsoleCapture(const ConsoleCapture&) = delete;
+    ConsoleCapture& operator=(const ConsoleCapture&) = delete;
+
+    /// Ends the capture. @return the texts of the lines, without date, time and process.
+    std::vector<std::string> lines() {
+        if (!std::exchange(taken_, true)) {
+            std::istringstream stream(::testing::internal::GetCapturedStderr());
+            for (std::string line; std::getline(stream, line);) {
+                const std::size_t process = line.find("] ");
+                lines_.push_back(process == std::string::npos ? line : line.substr(process + 2));
+            }
+        }
+        return lines_;
+    }
+
+  private:
+    bool taken_ = false;
+    std::vector<std::string> lines_;
+};
+
+}  // namespace vornic::test
+
+#endif
