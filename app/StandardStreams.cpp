@@ -17,6 +17,7 @@ void secureStandardStreams() {
         close(descriptor);
     }
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 }  // namespace vornic

@@ -18,11 +18,9 @@ bool makeTrash(const std::string& path, ErrorSlot& error) {
     if (!path.starts_with('/') || path.find('\0') != std::string::npos) {
         return failFolder(error, path, "used as the Trash", EINVAL);
     }
-    if (mkdir(path.c_str(), 0700) == 0 || isDirectory(path)) {
-        return true;
-    }
     // Only the Trash itself is made: a home folder that isn't there must not come to be by this.
-    return failFolder(error, path, "made", errno);
+    const int errorNumber = mkdir(path.c_str(), 0700) == 0 ? 0 : errno;
+    return errorNumber == 0 || isDirectory(path) || failFolder(error, path, "made", errorNumber);
 }
 
 bool isPlainName(std::string_view name) {

@@ -336,6 +336,11 @@ void RepairPipeline::finishRepaired() {
             "The temporary file %@ was replaced by another program. The file %@ was left as it is.",
             workingCopy_->path(), path_));
     }
+    if (swap == WorkingCopy::Swap::unsaved) {
+        host_.appendErrorInfoText(
+            formatString("No repaired file was saved as %@. The file %@ was left as it is.",
+                         workingCopy_->path(), path_));
+    }
     if (error_) {
         reportUnremovedCopy();
     }

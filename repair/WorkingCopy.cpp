@@ -46,6 +46,7 @@ std::optional<std::string> WorkingCopy::read(ErrorSlot& error) {
     ErrorSlot readError;
     std::optional<std::string> bytes = platform::readFile(path_, readError);
     if (!isOwn()) {
+        const platform::FolderLock lock = turn();
         return ensureOwn(error) ? platform::readFile(path_, error) : std::nullopt;
     }
     if (readError) {
@@ -57,14 +58,15 @@ std::optional<std::string> WorkingCopy::read(ErrorSlot& error) {
 void WorkingCopy::save(const XMLDocument& document, ErrorSlot& error) {
     platform::AtomicFile file;
     const auto write = [&](std::string_view piece) { return file.write(piece, error); };
-    // Most working copies are removed again, so this one reaches the disk just before the swap.
-    if (!ensureOwn(error) || !file.open(path_, error) || !document.serialize(write) ||
-        !file.commit(platform::Durability::buffered, error)) {
+    if (!openToSave(file, error) || !document.serialize(write)) {
         return;
     }
-    hold();
-    if (own_ && platform::identityOf(own_.get()) != file.identity()) {
-        own_ = platform::FileDescriptor();
+    // A run that makes its copy must not come to hold the file that is put in this place meanwhile.
+    const platform::FolderLock lock = turn();
+    // Most working copies are removed again, so this one reaches the disk just before the swap.
+    if (file.commit(platform::Durability::buffered, error)) {
+        hold();
+        isSaved_ = own_ && platform::identityOf(own_.get()) == file.identity();
     }
 }
 
@@ -85,6 +87,9 @@ WorkingCopy::Swap WorkingCopy::swap(ErrorSlot& error) const {
     const platform::FolderLock lock = turn();
     if (!isOwn()) {
         return Swap::foreign;
+    }
+    if (!isSaved_) {
+        return Swap::unsaved;
     }
     if (!isSafe || !moveToTrash(source_, trashError)) {
         QMLog::appendLog("The file %@ could not be moved to the Trash. %@ The repaired file is %@.",
@@ -112,13 +117,18 @@ bool WorkingCopy::copySource(ErrorSlot& error) {
         return false;
     }
     hold();
+    isSaved_ = false;
     return true;
 }
 
 // What is saved gets its mode, owner and attributes from the file that it replaces, and a link to
 // the user's file, say, in this place must not be written through.
-bool WorkingCopy::ensureOwn(ErrorSlot& error) {
+bool WorkingCopy::openToSave(platform::AtomicFile& file, ErrorSlot& error) {
     const platform::FolderLock lock = turn();
+    return ensureOwn(error) && file.open(path_, error);
+}
+
+bool WorkingCopy::ensureOwn(ErrorSlot& error) {
     if (isOwn()) {
         return true;
     }

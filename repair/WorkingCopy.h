@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/AtomicFile.h"
 #include "platform/Error.h"
 #include "platform/FileDescriptor.h"
 #include "platform/FolderLock.h"
@@ -23,6 +24,8 @@ class WorkingCopy {
         done,
         /// The copy was replaced by another run; nothing was touched.
         foreign,
+        /// This run has saved nothing as the copy; nothing was touched.
+        unsaved,
         /// The source could not be moved, which is in the log, or the copy could not, which is in
         /// the slot.
         failed,
@@ -51,9 +54,12 @@ class WorkingCopy {
     [[nodiscard]] platform::FolderLock turn() const;
     [[nodiscard]] bool moveToTrash(const std::string& path, ErrorSlot& error) const;
     [[nodiscard]] bool isOwn() const;
+    // These three are called in this run's turn.
     bool copySource(ErrorSlot& error);
+    // Makes the copy anew where it is not this run's own any more.
     bool ensureOwn(ErrorSlot& error);
     void hold();
+    bool openToSave(platform::AtomicFile& file, ErrorSlot& error);
 
     std::string source_;
     std::string path_;
@@ -61,6 +67,8 @@ class WorkingCopy {
     // The file that this run last put at the path. Held open, so that no file of another run can
     // come by its inode number.
     platform::FileDescriptor own_;
+    // True when that file is one that this run has saved, no mere copy of the source.
+    bool isSaved_ = false;
 };
 
 }  // namespace vornic

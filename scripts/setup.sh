@@ -69,15 +69,18 @@ isDebian() {
 asRoot() {
     if ((EUID == 0)); then
         "$@"
-    elif command -v sudo >/dev/null; then
-        sudo "$@"
     else
-        die "not root, and there is no sudo. As root: $*"
+        sudo "$@"
     fi
 }
 
+# Fails where the packages cannot be installed, which is no end if they only save time.
 installPackages() {
     local log status=0
+    if ((EUID != 0)) && ! command -v sudo >/dev/null; then
+        say "not root, and there is no sudo. As root: apt-get update && apt-get install $*"
+        return 1
+    fi
     say "installing $* (apt-get$( ((EUID == 0)) || printf ', with sudo'))"
     log=$(mktemp)
     {

@@ -200,6 +200,39 @@ TEST_F(TrashOnAnotherVolumeTest, getsALinkAsALink) {
     EXPECT_EQ(readBytes(target), damagedXMEML());
 }
 
+/// The programs under a limit of 32 KB for every file that they write.
+class FileSizeLimitTest : public ProgramTest {
+  protected:
+    static ProgramResult runLimited(ProgramSettings settings) {
+        const std::vector<std::string> shell{"-c", "ulimit -f 64; exec \"$@\"", "sh",
+                                             settings.program};
+        settings.arguments.insert(settings.arguments.begin(), shell.begin(), shell.end());
+        settings.program = "/bin/sh";
+        return runProgram(settings);
+    }
+};
+
+TEST_F(FileSizeLimitTest, withoutRoomForAWorkingCopyTheFileStays) {
+    const std::string text = ofSize(damagedXMEML(), 40'000);
+    const std::string path = files.write("cut.xml", text);
+    const ProgramResult result = runLimited(files.repairer({path}));
+    EXPECT_THAT(result.errors, HasSubstr("vornic-repair: Unable to create temporary file. "));
+    EXPECT_THAT(result.errors, HasSubstr("the file would be too large.\n"));
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(readBytes(path), text);
+    EXPECT_THAT(namesIn(files.folder()), ElementsAre("cut.xml"));
+}
+
+TEST_F(FileSizeLimitTest, aFileThatWouldGrowTooLargeIsNotConverted) {
+    const std::string text = ofSize(soundXMEML(), 40'000);
+    const std::string path = files.write("cut.xml", text);
+    const ProgramResult result = runLimited(files.converter({"-convertxmeml", "3", path}));
+    EXPECT_THAT(result.output, HasSubstr("Unable to save file " + path + " - "));
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(readBytes(path), text);
+    EXPECT_THAT(namesIn(files.folder()), ElementsAre("cut.xml"));
+}
+
 /// A volume of the test's own, which only root can mount. The programs run unprivileged.
 class SpecialVolumeTest : public ::testing::Test {
   protected:

@@ -207,6 +207,17 @@ TEST_F(WorkspaceTest, losesNoFileWhenTwoThreadsUseOneName) {
     EXPECT_EQ(contents.size(), 2U * kFiles);
 }
 
+TEST_F(WorkspacePermissionTest, saysWhyATrashCannotBeMade) {
+    const std::string trash = sandbox.home() + "/.Trash";
+    sandbox.write("Cut.xml", "x");
+    ASSERT_EQ(chmod(sandbox.home().c_str(), 0500), 0);
+    EXPECT_FALSE(recycle(sandbox.folder(), trash, {"Cut.xml"}, error));
+    ASSERT_EQ(chmod(sandbox.home().c_str(), 0700), 0);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->description, "The folder " + trash + " cannot be made: permission denied.");
+    EXPECT_TRUE(test::exists(sandbox.path("Cut.xml")));
+}
+
 TEST_F(WorkspacePermissionTest, leavesAFileWhoseFolderIsReadOnly) {
     const std::string trash = sandbox.home() + "/.Trash";
     fs::create_directory(sandbox.path("closed"));

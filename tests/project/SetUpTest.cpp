@@ -80,6 +80,8 @@ class SetUpScripts : public ::testing::Test {
         fakeTool("ccache");
     }
 
+    void removeTool(const std::string& name) const { fs::remove(tools_ + "/" + name); }
+
     // Debian, where installing means that the build tools appear.
     void fakeDebian() {
         fakeTool("dpkg");
@@ -210,8 +212,20 @@ TEST_F(SetUpScripts, saysWhatRootHasToDoWhereThereIsNoSudo) {
     fakeDebian();
     const ProgramResult result = run(checkout_ + "/run", {"a.xml"});
     EXPECT_EQ(result.status, 1);
-    EXPECT_NE(result.errors.find("not root, and there is no sudo. As root:"), std::string::npos)
+    EXPECT_NE(result.errors.find("not root, and there is no sudo. As root: apt-get update && "
+                                 "apt-get install g++ cmake ninja-build"),
+              std::string::npos)
         << result.errors;
+    EXPECT_EQ(record().find("apt-get"), std::string::npos) << record();
+}
+
+TEST_F(SetUpScripts, doesWithoutWhatOnlySavesTime) {
+    fakeDebian();
+    fakeBuildTools();
+    removeTool("ccache");
+    fakeProgram("vornic-repair");
+    const ProgramResult result = run(checkout_ + "/run", {"a.xml"});
+    EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_EQ(record().find("apt-get"), std::string::npos) << record();
 }
 

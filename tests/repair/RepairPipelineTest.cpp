@@ -477,6 +477,24 @@ TEST_F(RepairPipelineTest, goesOnWithoutADocumentWhenAHeaderCheckRaises) {
     EXPECT_TRUE(log.contains("Exception in -[Document checkXMEMLHeaderTags:]. Test - raised."));
 }
 
+TEST_F(RepairPipelineTest, leavesTheFileWhenAHeaderCheckRaisesAndNothingIsSaved) {
+    host.raiseAtCall = "error: Invalid DTD... repairing";
+    const std::string text = "<fcpxml><resources/><project/></fcpxml>";
+    const std::string path = sandbox.path("Cut.fcpxml");
+    const std::string copy = sandbox.path("Cut-backup.fcpxml");
+    EXPECT_EQ(reportOn("Cut.fcpxml", text),
+              (Strings{"info: File loaded successfully.", "info: Filtering invalid characters...",
+                       "info: Checking header tags...", "error: Invalid DTD... repairing",
+                       "info: Checking for FCPX-specific errors...", kRepairedLine,
+                       "error: No repaired file was saved as " + copy + ". The file " + path +
+                           " was left as it is."}));
+    EXPECT_EQ(outcome, RepairOutcome::repairedNotSwapped);
+    EXPECT_EQ(host.calls.back(), "end");
+    EXPECT_EQ(*(host.calls.end() - 2), kRepairedAlert);
+    EXPECT_EQ(test::readBytes(path), text);
+    EXPECT_FALSE(test::exists(trash()));
+}
+
 TEST_F(RepairPipelineTest, reportsVersionWarningsAndStillNeedsNoRepair) {
     EXPECT_EQ(
         reportOn(

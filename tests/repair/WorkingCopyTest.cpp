@@ -1,5 +1,7 @@
+#include <atomic>
 #include <filesystem>
 #include <optional>
+#include <thread>
 
 #include <sys/stat.h>
 
@@ -94,6 +96,46 @@ TEST_F(WorkingCopyTest, ofAnotherRunIsNotRemovedAndNotSwapped) {
     EXPECT_EQ(error, std::nullopt);
 }
 
+TEST_F(WorkingCopyTest, neverTakesForItsOwnWhatAnotherRunSaves) {
+    constexpr int kRounds = 3'000;
+    std::atomic<bool> isOver = false;
+    std::thread saving([&] {
+        while (!isOver) {
+            ErrorSlot ignored;
+            copy.save(*document, ignored);
+        }
+    });
+    int looks = 0;
+    for (int round = 0; round < kRounds && !HasFailure(); ++round) {
+        ErrorSlot ignored;
+        if (another.recycleOld() && another.create(ignored)) {
+            ++looks;
+            EXPECT_EQ(another.read(ignored), "the user's") << "in round " << round;
+        }
+        std::filesystem::remove_all(trash());
+    }
+    isOver = true;
+    saving.join();
+    EXPECT_GT(looks, 0);
+}
+
+TEST_F(WorkingCopyTest, thatWasNeverSavedDoesNotTakeTheSourcesPlace) {
+    ASSERT_TRUE(copy.create(error));
+    EXPECT_EQ(copy.swap(error), WorkingCopy::Swap::unsaved);
+    EXPECT_EQ(error, std::nullopt);
+    EXPECT_EQ(names(), (Strings{"Cut-backup.xml", "Cut.xml"}));
+    EXPECT_FALSE(test::exists(trash()));
+}
+
+TEST_F(WorkingCopyTest, thatWasSavedAndMadeAnewDoesNotTakeTheSourcesPlace) {
+    ASSERT_TRUE(copy.create(error));
+    copy.save(*document, error);
+    ASSERT_TRUE(another.recycleOld());
+    EXPECT_EQ(copy.read(error), "the user's");
+    EXPECT_EQ(copy.swap(error), WorkingCopy::Swap::unsaved);
+    EXPECT_EQ(error, std::nullopt);
+}
+
 TEST_F(WorkingCopyTest, isTakenForForeignAlsoWhenItsInodeNumberIsUsedAgain) {
     ASSERT_TRUE(copy.create(error));
     struct stat before {};
@@ -121,10 +163,11 @@ TEST_F(WorkingCopyTest, cannotBeSavedOverAFolder) {
 
 TEST_F(WorkingCopyTest, staysWhenTheSourceHasGone) {
     ASSERT_TRUE(copy.create(error));
+    copy.save(*document, error);
     std::filesystem::remove(source);
     EXPECT_FALSE(copy.sourceExists());
     EXPECT_EQ(copy.swap(error), WorkingCopy::Swap::failed);
-    EXPECT_EQ(test::readBytes(path), "the user's");
+    EXPECT_EQ(test::readBytes(path), kSoundXMEML);
     EXPECT_TRUE(log.entries().back().starts_with("The file " + source + " could not be moved"));
 }
 
