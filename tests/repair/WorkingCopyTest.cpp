@@ -97,7 +97,7 @@ TEST_F(WorkingCopyTest, ofAnotherRunIsNotRemovedAndNotSwapped) {
 }
 
 TEST_F(WorkingCopyTest, neverTakesForItsOwnWhatAnotherRunSaves) {
-    constexpr int kRounds = 3'000;
+    constexpr int kRounds = 300;
     std::atomic<bool> isOver = false;
     std::thread saving([&] {
         while (!isOver) {
