@@ -23,6 +23,7 @@ namespace vornic {
 namespace {
 
 using Path = QMAuthorization::Path;
+using platform::absolutePath;
 
 constexpr const char* kRemoveTool = "/bin/rm";
 constexpr const char* kMoveTool = "/bin/mv";
@@ -37,15 +38,6 @@ constexpr platform::AuthorizationFlags kAsking =
 template <typename... Arguments>
 void logToConsole(std::string_view format, const Arguments&... arguments) {
     platform::consoleLog(formatString(format, arguments...));
-}
-
-/// No tool takes an absolute path for an option, wherever it runs.
-Path absolutePath(const std::string& path) {
-    if (path.empty() || path.starts_with('/')) {
-        return path.empty() ? Path() : Path(path);
-    }
-    const std::string folder = platform::currentDirectory();
-    return folder.empty() ? Path() : Path(folder + "/" + path);
 }
 
 /// @param format the refusal, with the path as its argument

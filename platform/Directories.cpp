@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <map>
 #include <mutex>
+#include <sstream>
 #include <string_view>
 
 #include <pwd.h>
@@ -217,6 +218,22 @@ std::string temporaryDirectory() {
 
 std::optional<std::string> userCacheDirectory() {
     return baseFolder("XDG_CACHE_HOME", ".cache");
+}
+
+std::vector<std::string> sharedDataDirectories() {
+    std::vector<std::string> folders;
+    if (const Folder own = baseFolder("XDG_DATA_HOME", ".local/share")) {
+        folders.push_back(*own);
+    }
+    const char* value = std::getenv("XDG_DATA_DIRS");
+    const bool isSet = value != nullptr && value[0] != '\0';
+    std::istringstream list(isSet ? value : "/usr/local/share:/usr/share");
+    for (std::string folder; std::getline(list, folder, ':');) {
+        if (folder.starts_with('/')) {
+            folders.push_back(withoutTrailingSlashes(folder));
+        }
+    }
+    return folders;
 }
 
 unsigned realUserId() {

@@ -41,6 +41,10 @@ enum class SearchPathDomain { user, local, system };
 /// The system's cache folder of the user: `XDG_CACHE_HOME`, else `.cache` in the home folder;
 /// nothing without a home folder.
 [[nodiscard]] std::optional<std::string> userCacheDirectory();
+/// The folders in which programs look for shared data, most important first: `XDG_DATA_HOME` or
+/// `.local/share` in the home folder, then the absolute ones of `XDG_DATA_DIRS`, or else
+/// /usr/local/share and /usr/share.
+[[nodiscard]] std::vector<std::string> sharedDataDirectories();
 /// The real user id of the process; 0 is the super-user.
 [[nodiscard]] unsigned realUserId();
 

@@ -95,6 +95,14 @@ int setExtendedAttribute(int fileDescriptor, const std::string& name, std::strin
     return result == 0 ? 0 : errno;
 }
 
+int removeExtendedAttribute(int fileDescriptor, const std::string& name) {
+    int result = fremovexattr(fileDescriptor, name.c_str());
+    if (result != 0 && errno == EBADF) {
+        result = removexattr(descriptorPath(fileDescriptor).c_str(), name.c_str());
+    }
+    return result == 0 ? 0 : errno;
+}
+
 void copyExtendedAttributes(int from, int to) {
     for (const std::string& name : extendedAttributeNames(from)) {
         int ignored = 0;

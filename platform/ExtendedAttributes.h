@@ -24,6 +24,9 @@ namespace vornic::platform {
 [[nodiscard]] int setExtendedAttribute(int fileDescriptor, const std::string& name,
                                        std::string_view value);
 
+/// Removes one attribute. @return 0, or the errno value (ENODATA: no such attribute).
+[[nodiscard]] int removeExtendedAttribute(int fileDescriptor, const std::string& name);
+
 /// Gives `to` every attribute of `from`; those that the process may not set are left out.
 void copyExtendedAttributes(int from, int to);
 

@@ -1,12 +1,13 @@
 #include "platform/FileAttributes.h"
 
 #include <cerrno>
-
-#include <sys/stat.h>
+#include <functional>
+#include <string_view>
 
 #include "platform/ExtendedAttributes.h"
 #include "platform/Failure.h"
 #include "platform/FileDescriptor.h"
+#include "platform/OwnerAccess.h"
 
 namespace vornic::platform {
 namespace {
@@ -14,6 +15,11 @@ namespace {
 constexpr std::size_t kFinderInfoSize = 32;
 constexpr std::size_t kTypeOffset = 0;
 constexpr std::size_t kCreatorOffset = 4;
+/// The lower byte of the flags.
+constexpr std::size_t kLabelOffset = 9;
+constexpr unsigned kLabelBits = 0x0EU;
+constexpr unsigned kLabelShift = 1U;
+constexpr int kLargestLabel = 7;
 
 std::uint32_t codeAt(const std::string& info, std::size_t offset) {
     std::uint32_t code = 0;
@@ -34,87 +40,99 @@ bool isAbsent(int errorNumber) {
     return errorNumber == ENODATA || errorNumber == ENOTSUP || errorNumber == ENOSYS;
 }
 
-/// Lets the owner read and write the open file, and puts its mode back at the end.
-class ModeOpener {
-  public:
-    explicit ModeOpener(int descriptor) : path_(descriptorPath(descriptor)) {
-        struct stat status {};
-        if (stat(path_.c_str(), &status) == 0) {
-            mode_ = status.st_mode & 07777;
-            opened_ = chmod(path_.c_str(), mode_ | S_IRUSR | S_IWUSR) == 0;
-        }
-    }
-    ~ModeOpener() {
-        if (opened_) {
-            static_cast<void>(chmod(path_.c_str(), mode_) == 0);
-        }
-    }
-    ModeOpener(const ModeOpener&) = delete;
-    ModeOpener& operator=(const ModeOpener&) = delete;
-    [[nodiscard]] bool opened() const { return opened_; }
-
-  private:
-    std::string path_;
-    mode_t mode_ = 0;
-    bool opened_ = false;
-};
+/// The structure that one kind of value is put into.
+using Change = std::function<void(std::string& info)>;
 
 /// @return 0, also where there is nothing to write or no place to write it, or the errno value.
-int storeCodes(int descriptor, const FileAttributes& attributes) {
+int changeFinderInfo(int descriptor, const Change& change) {
     int errorNumber = 0;
-    std::optional<std::string> info =
+    const std::optional<std::string> info =
         extendedAttribute(descriptor, kFinderInfoAttribute, errorNumber);
-    if (!info && !isAbsent(errorNumber)) {
-        return errorNumber;
-    }
-    if (!info && (errorNumber != ENODATA || attributes == FileAttributes{})) {
-        return 0;
+    if (!info && errorNumber != ENODATA) {
+        return isAbsent(errorNumber) ? 0 : errorNumber;
     }
     std::string bytes = info.value_or("");
     if (bytes.size() < kFinderInfoSize) {
         bytes.resize(kFinderInfoSize, '\0');
     }
-    putCode(bytes, kTypeOffset, attributes.hfsTypeCode);
-    putCode(bytes, kCreatorOffset, attributes.hfsCreatorCode);
+    change(bytes);
+    if (!info && bytes == std::string(kFinderInfoSize, '\0')) {
+        return 0;
+    }
     errorNumber = setExtendedAttribute(descriptor, kFinderInfoAttribute, bytes);
     return isAbsent(errorNumber) ? 0 : errorNumber;
 }
 
-}  // namespace
+bool storeFinderInfo(const std::string& path, std::string_view verb, const Change& change,
+                     ErrorSlot& error) {
+    int errorNumber = 0;
+    const FileDescriptor file = openForMetadata(path, true, errorNumber);
+    if (!file) {
+        return failFile(error, path, "opened", errorNumber);
+    }
+    errorNumber = withOwnerAccess(file.get(), [&] { return changeFinderInfo(file.get(), change); });
+    return errorNumber == 0 || failFile(error, path, verb, errorNumber);
+}
 
-std::optional<FileAttributes> readFileAttributes(const std::string& path, ErrorSlot& error) {
+/// @return the structure, "" where there is none; nothing with the slot filled on failure.
+std::optional<std::string> finderInfo(const std::string& path, std::string_view verb,
+                                      ErrorSlot& error) {
     int errorNumber = 0;
     const FileDescriptor file = openForMetadata(path, true, errorNumber);
     if (!file) {
         failFile(error, path, "opened", errorNumber);
         return std::nullopt;
     }
-    const std::optional<std::string> info =
+    std::optional<std::string> info =
         extendedAttribute(file.get(), kFinderInfoAttribute, errorNumber);
     if (!info && !isAbsent(errorNumber)) {
-        failFile(error, path, "asked for its type code", errorNumber);
+        failFile(error, path, verb, errorNumber);
         return std::nullopt;
     }
-    const std::string bytes = info.value_or("");
-    return FileAttributes{.hfsTypeCode = codeAt(bytes, kTypeOffset),
-                          .hfsCreatorCode = codeAt(bytes, kCreatorOffset)};
+    return info ? info : "";
+}
+
+}  // namespace
+
+std::optional<FileAttributes> readFileAttributes(const std::string& path, ErrorSlot& error) {
+    const std::optional<std::string> info = finderInfo(path, "asked for its type code", error);
+    if (!info) {
+        return std::nullopt;
+    }
+    return FileAttributes{.hfsTypeCode = codeAt(*info, kTypeOffset),
+                          .hfsCreatorCode = codeAt(*info, kCreatorOffset)};
 }
 
 bool writeFileAttributes(const std::string& path, const FileAttributes& attributes,
                          ErrorSlot& error) {
-    int errorNumber = 0;
-    const FileDescriptor file = openForMetadata(path, true, errorNumber);
-    if (!file) {
-        return failFile(error, path, "opened", errorNumber);
+    const auto putCodes = [&](std::string& info) {
+        putCode(info, kTypeOffset, attributes.hfsTypeCode);
+        putCode(info, kCreatorOffset, attributes.hfsCreatorCode);
+    };
+    return storeFinderInfo(path, "given its type code", putCodes, error);
+}
+
+std::optional<int> readColorLabel(const std::string& path, ErrorSlot& error) {
+    const std::optional<std::string> info = finderInfo(path, "asked for its colour label", error);
+    if (!info) {
+        return std::nullopt;
     }
-    errorNumber = storeCodes(file.get(), attributes);
-    if (errorNumber == EACCES) {
-        const ModeOpener opener(file.get());
-        if (opener.opened()) {
-            errorNumber = storeCodes(file.get(), attributes);
-        }
+    const unsigned flags =
+        info->size() > kLabelOffset ? static_cast<unsigned char>((*info)[kLabelOffset]) : 0U;
+    return static_cast<int>((flags & kLabelBits) >> kLabelShift);
+}
+
+bool writeColorLabel(const std::string& path, int label, ErrorSlot& error) {
+    constexpr std::string_view kVerb = "given its colour label";
+    if (label < 0 || label > kLargestLabel) {
+        return failFile(error, path, kVerb, EINVAL);
     }
-    return errorNumber == 0 || failFile(error, path, "given its type code", errorNumber);
+    const auto putLabel = [label](std::string& info) {
+        const unsigned others = static_cast<unsigned char>(info[kLabelOffset]) & ~kLabelBits;
+        info[kLabelOffset] =
+            static_cast<char>((others | static_cast<unsigned>(label) << kLabelShift) & 0xFFU);
+    };
+    return storeFinderInfo(path, kVerb, putLabel, error);
 }
 
 }  // namespace vornic::platform

@@ -18,7 +18,8 @@ struct FileAttributes {
 };
 
 /// The name of the extended attribute that holds the codes: the 32-byte FinderInfo structure, type
-/// in bytes 0 to 3 and creator in bytes 4 to 7, most significant byte first.
+/// in bytes 0 to 3, creator in bytes 4 to 7 and flags in bytes 8 and 9, most significant byte
+/// first. Bits 1 to 3 of the flags are the number of the colour label.
 inline constexpr const char* kFinderInfoAttribute = "user.com.apple.FinderInfo";
 
 /// Reads the codes of the file (links followed). A volume without extended attributes, or a file
@@ -32,6 +33,13 @@ inline constexpr const char* kFinderInfoAttribute = "user.com.apple.FinderInfo";
 /// writable for the moment and its mode put back.
 bool writeFileAttributes(const std::string& path, const FileAttributes& attributes,
                          ErrorSlot& error);
+
+/// Reads the number of the file's colour label, 0 (none) to 7, as `readFileAttributes` reads codes.
+[[nodiscard]] std::optional<int> readColorLabel(const std::string& path, ErrorSlot& error);
+
+/// Stores the number of the file's colour label, as `writeFileAttributes` stores codes.
+/// @param label 0 to 7; any other is refused
+bool writeColorLabel(const std::string& path, int label, ErrorSlot& error);
 
 }  // namespace vornic::platform
 

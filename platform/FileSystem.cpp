@@ -93,6 +93,14 @@ std::string currentDirectory() {
     return path && path.get()[0] == '/' ? std::string(path.get()) : std::string();
 }
 
+std::optional<std::string> absolutePath(const std::string& path) {
+    if (path.empty() || path.starts_with('/')) {
+        return path.empty() ? std::nullopt : std::optional(path);
+    }
+    const std::string folder = currentDirectory();
+    return folder.empty() ? std::nullopt : std::optional(joinPath(folder, path));
+}
+
 std::optional<std::string> readFile(const std::string& path, ErrorSlot& error) {
     int errorNumber = 0;
     const FileDescriptor file = openRegularFile(path, true, errorNumber);

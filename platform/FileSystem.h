@@ -35,6 +35,11 @@ struct FileIdentity {
 /// The current working directory, or "" when it has been removed.
 [[nodiscard]] std::string currentDirectory();
 
+/// The path as it is when it is absolute, else from the working folder, so that no tool takes it
+/// for an option and it means the same wherever it is used.
+/// @return nothing for "", and for a relative path when the working folder has been removed.
+[[nodiscard]] std::optional<std::string> absolutePath(const std::string& path);
+
 /// The whole contents of a regular file, links followed. Anything but a regular file (folder, pipe,
 /// device) is refused without opening it for reading, so the call never hangs.
 /// @return nothing on failure, with the slot filled.

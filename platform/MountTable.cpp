@@ -3,21 +3,19 @@
 #include <algorithm>
 #include <fstream>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <sstream>
 #include <utility>
 
+#include "platform/Replaceable.h"
+
 namespace vornic::platform {
 namespace {
 
-struct Substitute {
-    std::mutex mutex;
-    std::function<std::vector<MountedVolume>()> table;
-};
+using Table = std::function<std::vector<MountedVolume>()>;
 
-Substitute& substitute() {
-    static Substitute instance;
+Replaceable<Table>& substitute() {
+    static Replaceable<Table> instance;
     return instance;
 }
 
@@ -75,12 +73,7 @@ std::vector<MountedVolume> systemVolumes() {
 }  // namespace
 
 std::vector<MountedVolume> mountedVolumes() {
-    Substitute& own = substitute();
-    std::function<std::vector<MountedVolume>()> table;
-    {
-        const std::lock_guard lock(own.mutex);
-        table = own.table;
-    }
+    const Table table = substitute().value();
     return table ? table() : systemVolumes();
 }
 
@@ -102,9 +95,7 @@ std::vector<MountedVolume> volumesInMountInfo(std::string_view text) {
 }
 
 void setMountTable(std::function<std::vector<MountedVolume>()> table) {
-    Substitute& own = substitute();
-    const std::lock_guard lock(own.mutex);
-    own.table.swap(table);
+    substitute().set(std::move(table));
 }
 
 }  // namespace vornic::platform

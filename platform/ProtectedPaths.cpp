@@ -33,10 +33,6 @@ bool isInTree(std::string_view path, std::string_view tree) {
     return path == tree || (path.starts_with(tree) && path[tree.size()] == '/');
 }
 
-std::string absolutePath(const std::string& path) {
-    return path.starts_with('/') ? path : joinPath(currentDirectory(), path);
-}
-
 /// The path with every link followed; nothing when it leads nowhere.
 std::optional<std::string> resolved(const std::string& path) {
     const std::unique_ptr<char, decltype(&std::free)> real(realpath(path.c_str(), nullptr),
@@ -74,7 +70,7 @@ std::vector<std::string> formsOfPath(const std::string& path) {
     if (path.empty()) {
         return forms;
     }
-    const std::string absolute = absolutePath(path);
+    const std::string absolute = absolutePath(path).value_or("/" + path);
     const std::string last = lastComponent(absolute);
     const std::optional<std::string> folder = resolved(parentFolder(absolute));
     if (!folder) {
