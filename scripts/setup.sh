@@ -43,6 +43,7 @@ needs=(
     'libplist-dev|libplist 2, with headers|hasLibrary libplist-2.0'
     'libarchive-dev|libarchive, with headers|hasLibrary libarchive'
     'libssl-dev|OpenSSL 3, with headers|hasLibrary libcrypto'
+    'shared-mime-info|the shared MIME database|test -r /usr/share/mime/globs2'
     'libgtest-dev|GoogleTest|hasLibrary gtest'
     'libgmock-dev|GoogleMock|hasLibrary gmock'
     'libbenchmark-dev|Google Benchmark|hasLibrary benchmark'

@@ -231,5 +231,23 @@ TEST_F(SharedTemporaryFolderTest, isAFreshOneWhereTheOldOneIsOpenToOthers) {
     }));
 }
 
+TEST_F(DirectoriesTest, looksForSharedDataAtTheUsersFirst) {
+    unsetenv("XDG_DATA_DIRS");
+    EXPECT_EQ(sharedDataDirectories(),
+              (std::vector<std::string>{home + "/.local/share", "/usr/local/share", "/usr/share"}));
+    unsetenv("XDG_DATA_HOME");
+    EXPECT_EQ(sharedDataDirectories().front(), home + "/.local/share");
+}
+
+TEST_F(DirectoriesTest, looksForSharedDataInAbsoluteFoldersAlone) {
+    setenv("XDG_DATA_HOME", "/own", 1);
+    setenv("XDG_DATA_DIRS", "/one/::relative:/two:./three", 1);
+    EXPECT_EQ(sharedDataDirectories(), (std::vector<std::string>{"/own", "/one", "/two"}));
+    setenv("XDG_DATA_DIRS", "", 1);
+    EXPECT_EQ(sharedDataDirectories(),
+              (std::vector<std::string>{"/own", "/usr/local/share", "/usr/share"}));
+    unsetenv("XDG_DATA_DIRS");
+}
+
 }  // namespace
 }  // namespace vornic::platform

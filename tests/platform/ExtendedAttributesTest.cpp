@@ -46,6 +46,20 @@ TEST_F(ExtendedAttributesTest, replacesAnOlderValue) {
     EXPECT_EQ(extendedAttribute(file.get(), "user.first", errorNumber), "a longer value");
 }
 
+TEST_F(ExtendedAttributesTest, removesOneAttribute) {
+    EXPECT_EQ(setExtendedAttribute(file.get(), "user.second", "two"), 0);
+    EXPECT_EQ(removeExtendedAttribute(file.get(), "user.first"), 0);
+    EXPECT_FALSE(contains(extendedAttributeNames(file.get()), "user.first"));
+    EXPECT_TRUE(contains(extendedAttributeNames(file.get()), "user.second"));
+    EXPECT_EQ(removeExtendedAttribute(file.get(), "user.first"), ENODATA);
+}
+
+TEST_F(ExtendedAttributesTest, removesThroughADescriptorForThePathAlone) {
+    const FileDescriptor pathAlone(::open(path.c_str(), O_PATH | O_CLOEXEC));
+    EXPECT_EQ(removeExtendedAttribute(pathAlone.get(), "user.first"), 0);
+    EXPECT_FALSE(contains(extendedAttributeNames(file.get()), "user.first"));
+}
+
 TEST_F(ExtendedAttributesTest, keepsAnEmptyValueApartFromNone) {
     EXPECT_EQ(setExtendedAttribute(file.get(), "user.empty", ""), 0);
     EXPECT_EQ(extendedAttribute(file.get(), "user.empty", errorNumber), "");

@@ -162,5 +162,56 @@ TEST_F(FileAttributesVolumeTest, leavesTheCodesOutOnAVolumeWithoutAttributes) {
     EXPECT_FALSE(error);
 }
 
+TEST_F(FileAttributesTest, readsNoColorLabelWhereNoneIsStored) {
+    EXPECT_EQ(readColorLabel(path, error), 0);
+    ASSERT_EQ(setxattr(path.c_str(), kFinderInfoAttribute, "XML KeyG\xFF", 9, 0), 0);
+    EXPECT_EQ(readColorLabel(path, error), 0);
+    EXPECT_FALSE(error);
+}
+
+TEST_F(FileAttributesTest, storesAColorLabelInThreeBitsAndKeepsEveryOther) {
+    std::string info(32, '\xFF');
+    ASSERT_EQ(setxattr(path.c_str(), kFinderInfoAttribute, info.data(), info.size(), 0), 0);
+    EXPECT_EQ(readColorLabel(path, error), 7);
+    EXPECT_TRUE(writeColorLabel(path, 5, error));
+    info[9] = '\xFB';
+    EXPECT_EQ(finderInfo(path), info);
+    EXPECT_EQ(readColorLabel(path, error), 5);
+    EXPECT_TRUE(writeColorLabel(path, 0, error));
+    info[9] = '\xF1';
+    EXPECT_EQ(finderInfo(path), info);
+}
+
+TEST_F(FileAttributesTest, storesNoColorLabelThatIsNone) {
+    for (const int label : {-1, 8, 256}) {
+        error.reset();
+        EXPECT_FALSE(writeColorLabel(path, label, error)) << label;
+        ASSERT_TRUE(error);
+        EXPECT_EQ(error->code, EINVAL);
+    }
+    EXPECT_EQ(finderInfo(path), "");
+}
+
+TEST_F(FileAttributesTest, makesNoAttributeForNoColorLabel) {
+    EXPECT_TRUE(writeColorLabel(path, 0, error));
+    EXPECT_EQ(getxattr(path.c_str(), kFinderInfoAttribute, nullptr, 0), -1);
+}
+
+TEST_F(FileAttributesTest, labelsAReadOnlyFileAndLeavesItSo) {
+    ASSERT_EQ(chmod(path.c_str(), 0400), 0);
+    EXPECT_TRUE(writeColorLabel(path, 4, error));
+    EXPECT_EQ(readColorLabel(path, error), 4);
+    EXPECT_EQ(modeOf(path), 0400U);
+}
+
+TEST_F(FileAttributesTest, tellsWhyAMissingFileHasNoColorLabel) {
+    EXPECT_EQ(readColorLabel(sandbox.path("missing"), error), std::nullopt);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code, ENOENT);
+    error.reset();
+    EXPECT_FALSE(writeColorLabel(sandbox.path("missing"), 1, error));
+    EXPECT_TRUE(error);
+}
+
 }  // namespace
 }  // namespace vornic::platform

@@ -86,6 +86,22 @@ TEST_F(FileSystemTest, knowsTheCurrentFolderUntilItIsRemoved) {
     }));
 }
 
+TEST_F(FileSystemTest, makesPathsAbsoluteFromTheWorkingFolder) {
+    EXPECT_EQ(absolutePath("/a/../b"), "/a/../b");
+    EXPECT_EQ(absolutePath(""), std::nullopt);
+    EXPECT_TRUE(test::passesInChild([&] {
+        const std::string folder = sandbox.path("working");
+        fs::create_directory(folder);
+        fs::current_path(folder);
+        EXPECT_EQ(absolutePath("-rf"), folder + "/-rf");
+        fs::remove(folder);
+        EXPECT_EQ(absolutePath("x"), std::nullopt);
+        EXPECT_EQ(absolutePath("/x"), "/x");
+        EXPECT_EQ(chdir("/"), 0);
+        EXPECT_EQ(absolutePath("x"), "/x");
+    }));
+}
+
 TEST_F(FileSystemTest, readsEveryByte) {
     std::string bytes;
     for (int count = 0; count < 100'000; ++count) {
