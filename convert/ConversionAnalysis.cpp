@@ -80,7 +80,7 @@ void addMenuItem(ConversionHost& host, const std::string& title, const std::stri
 
 /// Walks the versions from the highest down: finds the minimum and fills the menu.
 void offerVersions(ConversionHost& host, const VersionCatalogue& catalogue,
-                   const std::string& xmlString, const std::string& current) {
+                   const XMLDocument& document, const std::string& current) {
     const std::vector<std::string> keys = catalogue.sortedKeys();
     host.removeAllConvertVersions();
     bool minimumFound = false;
@@ -88,7 +88,7 @@ void offerVersions(ConversionHost& host, const VersionCatalogue& catalogue,
         const std::string title =
             formatString("%@ (Final Cut Pro %@+)", *key,
                          catalogue.fcpVersion(*key).value_or(std::string(kMissingLabel)));
-        if (xmlStringRequiresVersion(xmlString, *key) && !minimumFound) {
+        if (xmlStringRequiresVersion(document.xmlString(), *key) && !minimumFound) {
             host.setMinDowngradeVersion(integerValue(*key));
             showDowngradeVersion(host, title);
             minimumFound = true;
@@ -124,7 +124,7 @@ void analyse(ConversionHost& host, const std::string& path) {
         return;
     }
     showCurrentVersion(host, *catalogue, *current);
-    offerVersions(host, *catalogue, document->xmlString(), *current);
+    offerVersions(host, *catalogue, *document, *current);
 }
 
 bool holdsElementOf(std::string_view xmlString, const std::string& version) {
