@@ -1,15 +1,13 @@
 #include "foundation/QMAuthorization.h"
 
-#include <algorithm>
 #include <array>
 #include <chrono>
 #include <ctime>
-#include <filesystem>
 #include <mutex>
-#include <system_error>
 #include <thread>
 #include <utility>
 
+#include "foundation/FolderEntries.h"
 #include "foundation/FormatString.h"
 #include "foundation/QMLocalPaths.h"
 #include "foundation/QMLog.h"
@@ -47,18 +45,6 @@ bool isRefused(const std::string& path, std::string_view format) {
     }
     logToConsole(format, path);
     return true;
-}
-
-/// The names in a folder, sorted; none when it cannot be read.
-std::vector<std::string> entriesOf(const std::string& folder) {
-    std::vector<std::string> names;
-    std::error_code error;
-    for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
-         entry.increment(error)) {
-        names.push_back(entry->path().filename().string());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
 }
 
 std::string localTimeStamp() {
@@ -241,7 +227,7 @@ bool QMAuthorization::authTrashFolderContents(const std::string& folder, bool de
         return false;
     }
     bool succeeded = true;
-    for (const std::string& name : entriesOf(folder)) {
+    for (const std::string& name : folderEntries(folder)) {
         const std::string path = appendingPathComponent(folder, name);
         if (!deletesInstead(deleteOnRootAccount)) {
             succeeded = authTrashFile(path) && succeeded;
@@ -261,7 +247,7 @@ bool QMAuthorization::authMoveFolderContents(const std::string& source, const st
         return false;
     }
     bool succeeded = true;
-    for (const std::string& name : entriesOf(source)) {
+    for (const std::string& name : folderEntries(source)) {
         succeeded = authMoveFile(appendingPathComponent(source, name),
                                  appendingPathComponent(toPath, name)) &&
                     succeeded;

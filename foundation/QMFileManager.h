@@ -2,10 +2,12 @@
 #define VORNIC_FOUNDATION_QM_FILE_MANAGER_H
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "foundation/ChecksumDelegate.h"
 #include "foundation/FinderColor.h"
@@ -17,15 +19,172 @@ namespace vornic {
 
 /// The library's operations on files. Class-level, without state; any thread. Paths are byte
 /// strings as the system gives them; nothing raises to the caller: a failure is a false or missing
-/// result and, where it is said, a line in the log.
+/// result and, where it is said, a line in the log. Nothing is rolled back after a failure in the
+/// middle.
+///
+/// Changes come in three forms. The plain one is `shouldAuth` true: what the process's own rights
+/// do not allow is tried again with administrator rights (`QMAuthorization`), for which the user
+/// may be asked. The form with a timeout calls the plain one and then waits until the change can be
+/// seen: on the main thread it dispatches one pending event a round, elsewhere it sleeps 0.3 s. Its
+/// result is whether the change was seen within that time. Folders and files that belong to the
+/// system (`isGuardedSystemPath`) are never removed, trashed, moved or replaced.
 class QMFileManager {
   public:
     using Path = std::optional<std::string>;
+    using Paths = std::vector<std::string>;
     using Dictionary = platform::PropertyList::Dictionary;
     using Checksum = std::optional<std::string>;
     using Date = platform::FileDate;
 
     QMFileManager() = delete;
+
+    // Existence and kind.
+
+    /// True when anything exists at the path. A link counts as its target: a dangling one is
+    /// nothing, here and wherever an operation asks whether something exists.
+    [[nodiscard]] static bool fileExistsAtPath(const std::string& path);
+    /// True for folders, packages too, and links to them.
+    [[nodiscard]] static bool isDirectoryAtPath(const std::string& path);
+    /// True for a folder that is shown to users as one file.
+    [[nodiscard]] static bool isPackageAtPath(const std::string& path);
+    /// True for a link, a dangling one too.
+    [[nodiscard]] static bool isSymbolicLinkAtPath(const std::string& path);
+    /// Dates of the item itself, a link is not followed. Nothing without an item, and for the
+    /// creation date also where the volume does not keep it.
+    [[nodiscard]] static std::optional<Date> modificationDateForFile(const std::string& path);
+    [[nodiscard]] static std::optional<Date> creationDateForFile(const std::string& path);
+
+    // Trash.
+
+    /// Unlocks the item and moves it to the user's Trash under a free name. True when nothing
+    /// exists there. Failures are not logged.
+    static bool trashFile(const std::string& path);
+    static bool trashFile(const std::string& path, bool shouldAuth);
+    static bool trashFile(const std::string& path, std::chrono::seconds timeout);
+    /// `trashFile` for each entry of a folder. All are tried; true when none failed, hence also for
+    /// a folder that is empty or cannot be read. False for a folder of the system.
+    static bool trashDirectoryContents(const std::string& path);
+    static bool trashDirectoryContents(const std::string& path, bool shouldAuth);
+    /// Trashes the files in a folder and in the folders below it whose extension is `type`, letters
+    /// compared without their case. Folders are looked into and never trashed; links to folders are
+    /// left alone.
+    /// @return the paths, in the order of the listings, also of those that could not be trashed
+    static Paths trashFilesOfType(const std::string& type, const std::string& inFolder);
+    /// The same for the files of exactly that name.
+    static Paths trashFilesNamed(const std::string& name, const std::string& inFolder);
+
+    // Remove.
+
+    /// Unlocks the item and removes it, a folder with everything in it, a link as a link. True when
+    /// nothing exists there. A failure is logged, as followed by authorization in both forms.
+    static bool removeFile(const std::string& path);
+    static bool removeFile(const std::string& path, bool shouldAuth);
+    static bool removeFile(const std::string& path, std::chrono::seconds timeout);
+    /// True for a folder that holds nothing but ".DS_Store", "Icon\r" and folders that are empty in
+    /// the same sense, and for one that cannot be read. A link to a folder is no empty folder.
+    [[nodiscard]] static bool isFolderEmpty(const std::string& path);
+    /// `removeFile` for a folder that is empty in that sense; else false.
+    static bool removeFolderIfEmpty(const std::string& path);
+
+    // Create.
+
+    /// Makes a folder with all folders above it; one that exists is success. A path on a volume
+    /// that is not mounted is refused with a line on the console; another failure is logged.
+    static bool createDirectory(const std::string& path);
+    static bool createDirectory(const std::string& path, bool shouldAuth);
+    static bool createDirectory(const std::string& path, std::chrono::seconds timeout);
+    /// Makes, below `destination`, the folders of the path, without its last component unless it is
+    /// a folder and no package.
+    /// @return the path of the last folder, made or not
+    static std::string createDirectoryStructure(const std::string& path,
+                                                const std::string& destination);
+    /// Makes an empty file by way of the temporary folder and `moveFile`.
+    static bool createEmptyFile(const std::string& path);
+
+    // Copy and move. Nothing that exists at the destination is replaced by the process's own
+    // rights.
+
+    /// Unlocks the destination's folder and copies a file, a link as a link, or a folder with
+    /// everything in it. Failures and missing paths are logged, the latter printed too.
+    static bool copyFile(const Path& source, const Path& toPath);
+    static bool copyFile(const Path& source, const Path& toPath, bool shouldAuth);
+    static bool copyFile(const Path& source, const Path& toPath, std::chrono::seconds timeout);
+    /// `copyFile` with the timeout for each entry of a folder, up to the first failure. False for a
+    /// folder that cannot be read.
+    static bool copyContentsOfDirectory(const std::string& source, const std::string& toPath,
+                                        std::chrono::seconds timeout);
+    /// Moves a file, a link or a folder, to another volume too. A rename that changes only the case
+    /// of ASCII letters goes by way of a free name, for volumes that take both for one name; its
+    /// form with a timeout waits for nothing. Failures are logged.
+    static bool moveFile(const std::string& source, const std::string& toPath);
+    static bool moveFile(const std::string& source, const std::string& toPath, bool shouldAuth);
+    static bool moveFile(const std::string& source, const std::string& toPath,
+                         std::chrono::seconds timeout);
+
+    // Archives (zip). What exists at the destination goes to the Trash first; while it cannot,
+    // nothing is done.
+
+    /// @param includeParent whether a folder is the archive's top entry or only its contents are
+    ///     archived; true in the shorter form
+    /// @return whether the archive was made
+    static bool compressFile(const std::string& source, const std::string& toDestinationFile);
+    static bool compressFile(const std::string& source, const std::string& toDestinationFile,
+                             bool includeParent);
+    /// An archive that asks for something outside the folder is refused as a whole.
+    /// @return whether the folder was made
+    static bool decompressFile(const std::string& source, const std::string& toDestinationFolder);
+
+    // Locks and permissions. A locked item has the file system's immutable attribute, which usually
+    // only root may set and not every volume knows.
+
+    [[nodiscard]] static bool isFileLocked(const std::string& path);
+    /// Locking and unlocking fail with the same line in the log, "Unable to unlock file …".
+    /// Unlocking what is not locked is success.
+    static bool lockFile(const std::string& path);
+    static bool unlockFile(const std::string& path);
+    /// `lockFile` and `unlockFile` for whatever is no folder in the folder and the folders below;
+    /// the folders themselves are not changed.
+    static void lockFolder(const std::string& path);
+    static void unlockFolder(const std::string& path);
+    /// @param permissions the permission bits, such as 0755. A failure is logged.
+    static bool setPosixPermissions(unsigned long permissions, const std::string& forFile);
+    /// Does nothing; states an intent.
+    static void disableFileSystemCachingForFile(const std::string& path);
+
+    // Sizes.
+
+    /// Bytes of a file, of a link itself, or of everything in a folder but the folders; 0 for what
+    /// is missing or cannot be read.
+    [[nodiscard]] static std::uint64_t fileSize(const std::string& path);
+    /// "1.50 KB": powers of 1024 from B to TB, two decimals but for B.
+    [[nodiscard]] static std::string formatFileSize(double size);
+
+    // Names.
+
+    /// The name without one leading ".", white space at its ends, ":" and, when `includeSlashes`
+    /// (the shorter form), "/". "" for ".".
+    [[nodiscard]] static std::string validateFilename(std::string_view name);
+    [[nodiscard]] static std::string validateFilename(std::string_view name, bool includeSlashes);
+    /// The path itself when nothing exists there, else the first free one of "Report 2.xml",
+    /// "Report 3.xml" and so on.
+    [[nodiscard]] static std::string uniqueFilename(const std::string& path);
+
+    // Wildcards. In a component that contains "*" this stands for any run of characters and "?" for
+    // one; upper and lower case differ, and hidden files match too.
+
+    /// What exists and matches the pattern, each folder's entries sorted by name; a pattern without
+    /// "*" as it stands.
+    /// @param fromBasePath the folder that the pattern starts from; without one it starts from "/"
+    /// @param searchSubdirs is ignored
+    [[nodiscard]] static Paths filesMatchingWildcardPath(const std::string& pattern);
+    [[nodiscard]] static Paths filesMatchingWildcardPath(const std::string& pattern,
+                                                         const Path& fromBasePath);
+    [[nodiscard]] static Paths filesMatchingWildcardPath(const std::string& pattern,
+                                                         const Path& fromBasePath,
+                                                         bool searchSubdirs);
+    /// The first match; without one the base joined with the pattern as it is written.
+    [[nodiscard]] static std::string decodeWildcardPath(const std::string& pattern,
+                                                        const Path& fromBasePath);
 
     // Checksums: lower-case hexadecimal, two characters a byte.
 

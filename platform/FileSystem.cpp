@@ -87,6 +87,23 @@ std::optional<FileIdentity> fileIdentity(const std::string& path) {
     return FileIdentity{.device = status.st_dev, .inode = status.st_ino};
 }
 
+std::optional<std::vector<std::string>> namesInFolder(const std::string& path, ErrorSlot& error) {
+    const bool isPath = path.find('\0') == std::string::npos;
+    const FileDescriptor folder(
+        isPath ? ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC) : -1);
+    std::vector<std::string> names;
+    int errorNumber = isPath ? errno : EINVAL;
+    if (folder) {
+        errorNumber = listFolder(folder.get(), names);
+    }
+    if (errorNumber != 0) {
+        failFolder(error, path, "read", errorNumber);
+        return std::nullopt;
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
 std::string currentDirectory() {
     const std::unique_ptr<char, decltype(&std::free)> path(getcwd(nullptr, 0), &std::free);
     // A folder outside the process's root is told as "(unreachable)/…".
@@ -146,6 +163,14 @@ bool createDirectory(const std::string& path, ErrorSlot& error) {
         }
     }
     return errorNumber == 0 || failFolder(error, path, "made", errorNumber);
+}
+
+bool setPermissions(const std::string& path, unsigned long permissions, ErrorSlot& error) {
+    if (path.find('\0') != std::string::npos) {
+        return failFile(error, path, "given its permissions", EINVAL);
+    }
+    return chmod(path.c_str(), static_cast<mode_t>(permissions & 07777U)) == 0 ||
+           failFile(error, path, "given its permissions", errno);
 }
 
 bool synchronizeFile(const std::string& path, ErrorSlot& error) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/Error.h"
 
@@ -31,6 +32,11 @@ struct FileIdentity {
 
 /// The identity of what stands at the path itself (a link is not followed), or nothing.
 [[nodiscard]] std::optional<FileIdentity> fileIdentity(const std::string& path);
+
+/// The names in a folder (links followed), without "." and "..", sorted byte for byte.
+/// @return nothing when it is no folder or cannot be read, with the slot filled.
+[[nodiscard]] std::optional<std::vector<std::string>> namesInFolder(const std::string& path,
+                                                                    ErrorSlot& error);
 
 /// The current working directory, or "" when it has been removed.
 [[nodiscard]] std::string currentDirectory();
@@ -76,6 +82,9 @@ bool removeItem(const std::string& path, ErrorSlot& error);
 /// Makes a folder with all folders above it, with the process's usual mode. An existing folder is
 /// success.
 bool createDirectory(const std::string& path, ErrorSlot& error);
+
+/// Sets the permission bits of a file or folder (links followed); other bits are ignored.
+bool setPermissions(const std::string& path, unsigned long permissions, ErrorSlot& error);
 
 /// Writes what a file and the entry of its folder hold through to the disk (fsync of both).
 bool synchronizeFile(const std::string& path, ErrorSlot& error);

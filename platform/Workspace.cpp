@@ -1,12 +1,17 @@
 #include "platform/Workspace.h"
 
 #include <algorithm>
+#include <array>
+#include <cctype>
 #include <cerrno>
 #include <string_view>
 
 #include <sys/stat.h>
 
+#include "platform/ExtendedAttributes.h"
 #include "platform/Failure.h"
+#include "platform/FileAttributes.h"
+#include "platform/FileDescriptor.h"
 #include "platform/FileSystem.h"
 #include "platform/FileTransfer.h"
 #include "platform/PathText.h"
@@ -42,6 +47,35 @@ std::string numberedName(const std::string& name, long attempt) {
     return std::string(truncateUTF8(parts.stem, kLongestName - ending.size())) + ending;
 }
 
+constexpr std::array<std::string_view, 17> kPackageExtensions{
+    ".app",  ".bundle", ".component", ".download",  ".fcpbundle",    ".imovielibrary",
+    ".kext", ".mpkg",   ".pkg",       ".plugin",    ".prefpane",     ".qlgenerator",
+    ".rtfd", ".saver",  ".workflow",  ".xcodeproj", ".photoslibrary"};
+
+bool hasPackageExtension(const std::string& path) {
+    std::string extension = splitExtension(lastComponent(path)).extension;
+    std::transform(extension.begin(), extension.end(), extension.begin(), [](char character) {
+        return static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
+    });
+    return std::find(kPackageExtensions.begin(), kPackageExtensions.end(), extension) !=
+           kPackageExtensions.end();
+}
+
+/// The flag is in bytes 8 and 9 of the structure, most significant byte first.
+bool hasBundleFlag(const std::string& path) {
+    constexpr std::size_t kFlagsOffset = 8;
+    constexpr unsigned kHasBundle = 0x20;
+    int errorNumber = 0;
+    const FileDescriptor folder = openForMetadata(path, true, errorNumber);
+    if (!folder) {
+        return false;
+    }
+    const std::string info =
+        extendedAttribute(folder.get(), kFinderInfoAttribute, errorNumber).value_or("");
+    return info.size() > kFlagsOffset &&
+           (static_cast<unsigned char>(info[kFlagsOffset]) & kHasBundle) != 0;
+}
+
 }  // namespace
 
 bool recycle(const std::string& sourceFolder, const std::string& destination,
@@ -57,6 +91,10 @@ bool recycle(const std::string& sourceFolder, const std::string& destination,
             joinPath(sourceFolder, name), destination,
             [&name](long attempt) { return std::optional(numberedName(name, attempt)); }, error);
     });
+}
+
+bool isFilePackage(const std::string& path) {
+    return isDirectory(path) && (hasPackageExtension(path) || hasBundleFlag(path));
 }
 
 }  // namespace vornic::platform

@@ -17,6 +17,11 @@ namespace vornic::platform {
 bool recycle(const std::string& sourceFolder, const std::string& destination,
              const std::vector<std::string>& files, ErrorSlot& error);
 
+/// Whether a folder (links followed) is shown to users as one file: its name has one of the
+/// extensions of bundles and libraries ("app", "fcpbundle" and others, in any case), or its Finder
+/// flags say that it has a bundle. Any thread.
+[[nodiscard]] bool isFilePackage(const std::string& path);
+
 }  // namespace vornic::platform
 
 #endif

@@ -1,0 +1,117 @@
+#include <algorithm>
+#include <functional>
+
+#include "foundation/FolderEntries.h"
+#include "foundation/FormatString.h"
+#include "foundation/QMFileManager.h"
+#include "foundation/QMLog.h"
+#include "foundation/SystemPathGuard.h"
+#include "foundation/Text.h"
+#include "platform/Console.h"
+#include "platform/FileSystem.h"
+#include "platform/ItemStatus.h"
+
+namespace vornic {
+namespace {
+
+using Paths = QMFileManager::Paths;
+
+bool isFolderItself(const std::string& path) {
+    const auto status = platform::itemStatus(path);
+    return status && status->isFolder;
+}
+
+/// Trashes the files below a folder whose names are meant.
+void trashFiles(const std::string& folder, const std::function<bool(const std::string&)>& isMeant,
+                Paths& trashed) {
+    for (const std::string& name : folderEntries(folder)) {
+        const std::string path = appendingPathComponent(folder, name);
+        if (isFolderItself(path)) {
+            trashFiles(path, isMeant, trashed);
+        } else if (isMeant(name) && !QMFileManager::isDirectoryAtPath(path)) {
+            QMFileManager::trashFile(path);
+            trashed.push_back(path);
+        }
+    }
+}
+
+bool isFinderFile(const std::string& name) {
+    return name == ".DS_Store" || name == "Icon\r";
+}
+
+}  // namespace
+
+bool QMFileManager::trashDirectoryContents(const std::string& path) {
+    return trashDirectoryContents(path, true);
+}
+
+bool QMFileManager::trashDirectoryContents(const std::string& path, bool shouldAuth) {
+    if (isGuardedSystemPath(path)) {
+        platform::consoleLog(formatString(
+            "Unable to trash folder contents of path %@ because it is a system directory.", path));
+        return false;
+    }
+    bool succeeded = true;
+    for (const std::string& name : folderEntries(path)) {
+        succeeded = trashFile(appendingPathComponent(path, name), shouldAuth) && succeeded;
+    }
+    return succeeded;
+}
+
+Paths QMFileManager::trashFilesOfType(const std::string& type, const std::string& inFolder) {
+    const std::string extension = lowercased(type);
+    Paths trashed;
+    trashFiles(
+        inFolder,
+        [&extension](const std::string& name) {
+            return lowercased(pathExtension(name)) == extension;
+        },
+        trashed);
+    return trashed;
+}
+
+Paths QMFileManager::trashFilesNamed(const std::string& name, const std::string& inFolder) {
+    Paths trashed;
+    trashFiles(
+        inFolder, [&name](const std::string& entry) { return entry == name; }, trashed);
+    return trashed;
+}
+
+bool QMFileManager::isFolderEmpty(const std::string& path) {
+    if (fileExistsAtPath(path) && !isDirectoryAtPath(path)) {
+        return false;
+    }
+    const Paths names = folderEntries(path);
+    return std::all_of(names.begin(), names.end(), [&path](const std::string& name) {
+        const std::string entry = appendingPathComponent(path, name);
+        return isFinderFile(name) || (isFolderItself(entry) && isFolderEmpty(entry));
+    });
+}
+
+bool QMFileManager::removeFolderIfEmpty(const std::string& path) {
+    return isFolderEmpty(path) && removeFile(path);
+}
+
+std::string QMFileManager::createDirectoryStructure(const std::string& path,
+                                                    const std::string& destination) {
+    const bool isPlainFolder = isDirectoryAtPath(path) && !isPackageAtPath(path);
+    const std::string target =
+        appendingPathComponent(destination, isPlainFolder ? path : deletingLastPathComponent(path));
+    if (!fileExistsAtPath(target)) {
+        createDirectory(target);
+    }
+    return target;
+}
+
+bool QMFileManager::copyContentsOfDirectory(const std::string& source, const std::string& toPath,
+                                            std::chrono::seconds timeout) {
+    ErrorSlot unreadable;
+    const auto names = platform::namesInFolder(source, unreadable);
+    return names && std::all_of(names->begin(), names->end(), [&](const std::string& name) {
+               QMLog::fastAppendLog("File: %@", name);
+               return copyFile(appendingPathComponent(source, name),
+                               appendingPathComponent(toPath, name), timeout);
+           });
+}
+
+}  // namespace vornic

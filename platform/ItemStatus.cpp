@@ -1,0 +1,35 @@
+#include "platform/ItemStatus.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace vornic::platform {
+namespace {
+
+ItemStatus::Date dateOf(const struct statx_timestamp& time) {
+    const auto sinceEpoch =
+        std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+    return ItemStatus::Date(std::chrono::duration_cast<ItemStatus::Date::duration>(sinceEpoch));
+}
+
+}  // namespace
+
+std::optional<ItemStatus> itemStatus(const std::string& path) {
+    constexpr unsigned kAsked = STATX_BASIC_STATS | STATX_BTIME;
+    struct statx status {};
+    if (path.find('\0') != std::string::npos ||
+        statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, kAsked, &status) != 0) {
+        return std::nullopt;
+    }
+    ItemStatus result{.isFolder = S_ISDIR(status.stx_mode),
+                      .isLink = S_ISLNK(status.stx_mode),
+                      .size = status.stx_size,
+                      .modified = dateOf(status.stx_mtime),
+                      .created = std::nullopt};
+    if ((status.stx_mask & STATX_BTIME) != 0) {
+        result.created = dateOf(status.stx_btime);
+    }
+    return result;
+}
+
+}  // namespace vornic::platform
