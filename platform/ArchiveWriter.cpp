@@ -85,7 +85,9 @@ la_ssize_t writeBytes(struct archive* /*archive*/, void* client, const void* byt
                       std::size_t count) {
     auto& output = *static_cast<Output*>(client);
     const std::string_view view(static_cast<const char*>(bytes), count);
-    return output.file.write(view, output.error) ? static_cast<la_ssize_t>(count) : -1;
+    // After a failure the library tries once more, when it closes.
+    const bool written = !output.error && output.file.write(view, output.error);
+    return written ? static_cast<la_ssize_t>(count) : -1;
 }
 
 class ArchiveWriter {
@@ -93,8 +95,11 @@ class ArchiveWriter {
     explicit ArchiveWriter(ErrorSlot& error) : output_{.file = {}, .error = error} {}
 
     bool write(const std::vector<Item>& items, const std::string& destination) {
-        if (!archive_ || !output_.file.open(destination, output_.error)) {
-            return archive_ || failFile(output_.error, destination, "made", ENOMEM);
+        if (!archive_) {
+            return failFile(output_.error, destination, "made", ENOMEM);
+        }
+        if (!output_.file.open(destination, output_.error)) {
+            return false;
         }
         // Without the last one the file is filled up to a whole block.
         const bool opened =

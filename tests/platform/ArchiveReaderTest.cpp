@@ -1,0 +1,281 @@
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include <archive.h>
+#include <archive_entry.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "platform/Archive.h"
+#include "tests/support/FileState.h"
+#include "tests/support/PrivateMounts.h"
+#include "tests/support/Sandbox.h"
+#include "tests/support/Unprivileged.h"
+
+namespace vornic::platform {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// Makes archives as anybody might, entry by entry.
+class ForeignArchive {
+  public:
+    explicit ForeignArchive(const std::string& path) : archive_(archive_write_new()) {
+        EXPECT_EQ(archive_write_set_format_zip(archive_), ARCHIVE_OK);
+        EXPECT_EQ(archive_write_open_filename(archive_, path.c_str()), ARCHIVE_OK);
+    }
+    ~ForeignArchive() { EXPECT_EQ(archive_write_free(archive_), ARCHIVE_OK); }
+    ForeignArchive(const ForeignArchive&) = delete;
+    ForeignArchive& operator=(const ForeignArchive&) = delete;
+
+    ForeignArchive& file(const std::string& name, std::string_view contents, mode_t mode = 0644) {
+        return add(name, AE_IFREG | mode, contents, nullptr);
+    }
+    ForeignArchive& folder(const std::string& name, mode_t mode = 0755) {
+        return add(name, AE_IFDIR | mode, "", nullptr);
+    }
+    ForeignArchive& link(const std::string& name, const char* target) {
+        return add(name, AE_IFLNK | 0777U, "", target);
+    }
+
+  private:
+    ForeignArchive& add(const std::string& name, mode_t mode, std::string_view contents,
+                        const char* target) {
+        struct archive_entry* entry = archive_entry_new();
+        archive_entry_set_pathname(entry, name.c_str());
+        archive_entry_set_mode(entry, mode);
+        archive_entry_set_size(entry, static_cast<la_int64_t>(contents.size()));
+        archive_entry_set_mtime(entry, 1000000000, 0);
+        if (target != nullptr) {
+            archive_entry_set_symlink(entry, target);
+        }
+        EXPECT_EQ(archive_write_header(archive_, entry), ARCHIVE_OK);
+        EXPECT_EQ(archive_write_data(archive_, contents.data(), contents.size()),
+                  static_cast<la_ssize_t>(contents.size()));
+        archive_entry_free(entry);
+        return *this;
+    }
+
+    struct archive* archive_;
+};
+
+class ArchiveReaderTest : public ::testing::Test {
+  protected:
+    bool extract() { return extractArchive(archive, destination, error); }
+    [[nodiscard]] std::string extracted(std::string_view name) const {
+        return destination + "/" + std::string(name);
+    }
+    /// Neither the folder nor anything else but what stood there before.
+    void expectNothingMade() const {
+        EXPECT_THAT(test::namesIn(sandbox.folder()), ElementsAre("made.zip"));
+        EXPECT_THAT(test::namesIn(fs::path(sandbox.folder()).parent_path().string()),
+                    ElementsAre("files", "home", "tmp"));
+    }
+
+    test::Unprivileged user;
+    test::Sandbox sandbox;
+    std::string archive = sandbox.path("made.zip");
+    std::string destination = sandbox.path("Out");
+    ErrorSlot error;
+};
+
+TEST_F(ArchiveReaderTest, bringsBackWhatWasArchived) {
+    fs::create_directories(sandbox.path("Project/Empty"));
+    sandbox.write("Project/sch\xC3\xB6n.xml", "<xmeml/>");
+    sandbox.write("Project/sch\xF6n", "bytes");
+    sandbox.write("Project/empty", "");
+    fs::create_symlink("sch\xC3\xB6n.xml", sandbox.path("Project/link"));
+    fs::create_symlink("no/such", sandbox.path("Project/dangling"));
+    fs::permissions(sandbox.path("Project/sch\xC3\xB6n.xml"), fs::perms(0751));
+    fs::permissions(sandbox.path("Project/Empty"), fs::perms(0500));
+    ASSERT_TRUE(compressItem(sandbox.path("Project"), archive, true, error));
+    ASSERT_TRUE(extract()) << error->description;
+    EXPECT_EQ(test::namesIn(extracted("Project")), test::namesIn(sandbox.path("Project")));
+    for (const std::string& name : test::namesIn(sandbox.path("Project"))) {
+        const auto before = test::fileState(sandbox.path("Project/" + name));
+        EXPECT_EQ(test::fileState(extracted("Project/" + name)), before) << name;
+    }
+}
+
+TEST_F(ArchiveReaderTest, keepsTimesOfFilesFoldersAndLinks) {
+    ForeignArchive(archive).folder("d").link("d/link", "file").file("d/file", "x");
+    ASSERT_TRUE(extract());
+    for (const char* name : {"d", "d/file", "d/link"}) {
+        struct stat status {};
+        ASSERT_EQ(lstat(extracted(name).c_str(), &status), 0);
+        EXPECT_EQ(status.st_mtim.tv_sec, 1000000000) << name;
+    }
+}
+
+TEST_F(ArchiveReaderTest, fillsFoldersBeforeTheyAreClosed) {
+    ForeignArchive(archive).folder("d", 0500).folder("d/e", 0500).file("d/e/file", "x", 0400);
+    ASSERT_TRUE(extract()) << error->description;
+    EXPECT_EQ(test::readBytes(extracted("d/e/file")), "x");
+    EXPECT_EQ(fs::status(extracted("d")).permissions(), fs::perms(0500));
+    EXPECT_EQ(fs::status(extracted("d/e")).permissions(), fs::perms(0500));
+    EXPECT_EQ(fs::status(extracted("d/e/file")).permissions(), fs::perms(0400));
+    fs::permissions(extracted("d"), fs::perms(0700));
+    fs::permissions(extracted("d/e"), fs::perms(0700));
+}
+
+TEST_F(ArchiveReaderTest, makesFoldersThatHaveNoEntry) {
+    ForeignArchive(archive).file("a/b/c", "x").file("./d", "y");
+    ASSERT_TRUE(extract());
+    EXPECT_EQ(test::readBytes(extracted("a/b/c")), "x");
+    EXPECT_EQ(test::readBytes(extracted("d")), "y");
+}
+
+TEST_F(ArchiveReaderTest, makesTheFoldersAboveTheDestination) {
+    ForeignArchive(archive).file("a", "x");
+    destination = sandbox.path("new/folder/Out/");
+    ASSERT_TRUE(extract());
+    EXPECT_EQ(test::readBytes(extracted("a")), "x");
+    EXPECT_THAT(test::namesIn(sandbox.path("new/folder")), ElementsAre("Out"));
+}
+
+TEST_F(ArchiveReaderTest, givesTheFolderTheUsualMode) {
+    ForeignArchive(archive).file("a", "x");
+    fs::create_directory(sandbox.path("usual"));
+    ASSERT_TRUE(extract());
+    EXPECT_EQ(fs::status(destination).permissions(),
+              fs::status(sandbox.path("usual")).permissions());
+}
+
+TEST_F(ArchiveReaderTest, readsAnEmptyArchive) {
+    fs::create_directory(sandbox.path("Empty"));
+    ASSERT_TRUE(compressItem(sandbox.path("Empty"), archive, false, error));
+    ASSERT_TRUE(extract()) << error->description;
+    EXPECT_TRUE(fs::is_empty(destination));
+}
+
+TEST_F(ArchiveReaderTest, leavesOutTheBitsThatSpeakForAnotherUser) {
+    ForeignArchive(archive).file("a", "x", 06755);
+    ASSERT_TRUE(extract());
+    EXPECT_EQ(fs::status(extracted("a")).permissions(), fs::perms(0755));
+}
+
+TEST_F(ArchiveReaderTest, takesTheLaterOfTwoFilesOfOneName) {
+    ForeignArchive(archive).file("a", "first", 0400).file("a", "second");
+    ASSERT_TRUE(extract()) << error->description;
+    EXPECT_EQ(test::readBytes(extracted("a")), "second");
+}
+
+TEST_F(ArchiveReaderTest, refusesAnAbsoluteName) {
+    ForeignArchive(archive).file("good", "x").file(sandbox.path("stolen"), "x");
+    EXPECT_FALSE(extract());
+    EXPECT_EQ(error->description, "The file " + archive + " cannot be extracted: its entry " +
+                                      sandbox.path("stolen") + " leads out of the folder.");
+    expectNothingMade();
+}
+
+TEST_F(ArchiveReaderTest, refusesDotsInAName) {
+    for (const char* name : {"../stolen", "a/../../stolen", "a/../b", ".."}) {
+        ForeignArchive(archive).file("good", "x").file(name, "x");
+        EXPECT_FALSE(extract()) << name;
+        expectNothingMade();
+    }
+}
+
+TEST_F(ArchiveReaderTest, refusesLinksThatLeaveTheFolder) {
+    for (const std::string& target :
+         {std::string("/etc/hosts"), std::string(".."), std::string("../made.zip"),
+          std::string("a/../../x"), destination + "/a"}) {
+        ForeignArchive(archive).file("a", "x").link("link", target.c_str());
+        EXPECT_FALSE(extract()) << target;
+        EXPECT_EQ(error->description, "The file " + archive +
+                                          " cannot be extracted: its entry link is a link that "
+                                          "leads out of the folder.");
+        expectNothingMade();
+    }
+}
+
+TEST_F(ArchiveReaderTest, refusesALinkThatLeavesThroughAnEarlierOne) {
+    ForeignArchive(archive)
+        .folder("d")
+        .folder("d/e")
+        .link("d/e/up", "../..")
+        .link("d/e/x", "up/../stolen");
+    EXPECT_FALSE(extract());
+    expectNothingMade();
+}
+
+TEST_F(ArchiveReaderTest, writesNothingThroughALink) {
+    for (const char* target : {"..", "/tmp", "inside"}) {
+        ForeignArchive(archive).folder("inside").link("link", target).file("link/stolen", "x");
+        EXPECT_FALSE(extract()) << target;
+        expectNothingMade();
+    }
+}
+
+TEST_F(ArchiveReaderTest, writesNoFileOverALink) {
+    ForeignArchive(archive).file("a", "x").link("link", "a").file("link", "other");
+    EXPECT_FALSE(extract());
+    expectNothingMade();
+}
+
+TEST_F(ArchiveReaderTest, refusesALinkWithoutATarget) {
+    ForeignArchive(archive).link("link", "");
+    EXPECT_FALSE(extract());
+    expectNothingMade();
+}
+
+TEST_F(ArchiveReaderTest, refusesADestinationThatExists) {
+    ForeignArchive(archive).file("a", "x");
+    fs::create_directory(destination);
+    EXPECT_FALSE(extract());
+    EXPECT_EQ(error->code, EEXIST);
+    EXPECT_TRUE(fs::is_empty(destination));
+    EXPECT_FALSE(extractArchive(archive, "", error));
+    EXPECT_FALSE(extractArchive(archive, std::string("a\0b", 3), error));
+}
+
+TEST_F(ArchiveReaderTest, leavesNothingOfADamagedArchive) {
+    std::string noise(100000, '\0');
+    std::ifstream("/dev/urandom").read(noise.data(), static_cast<std::streamsize>(noise.size()));
+    ForeignArchive(archive).file("a", "x").file("b", noise);
+    const std::string whole = test::readBytes(archive);
+    std::string flipped = whole;
+    flipped[whole.size() / 2] = static_cast<char>(flipped[whole.size() / 2] ^ 1);
+    for (const std::string& damaged :
+         {whole.substr(0, whole.size() / 2), flipped, std::string("no archive"), std::string()}) {
+        sandbox.write("made.zip", damaged);
+        error.reset();
+        EXPECT_FALSE(extract()) << damaged.size();
+        EXPECT_TRUE(error);
+        expectNothingMade();
+    }
+}
+
+TEST_F(ArchiveReaderTest, tellsOfAMissingArchiveAndOfWhatIsNone) {
+    EXPECT_FALSE(extract());
+    EXPECT_EQ(error->code, ENOENT);
+    ASSERT_EQ(mkfifo(archive.c_str(), 0600), 0);
+    EXPECT_FALSE(extract()) << "nobody is waited for";
+    expectNothingMade();
+}
+
+TEST(ArchiveReaderVolumeTest, leavesNothingOnAFullVolume) {
+    const test::PrivateMounts mounts;
+    if (!mounts.isAvailable()) {
+        GTEST_SKIP() << "needs root and the right to mount";
+    }
+    const test::Sandbox sandbox;
+    fs::create_directory(sandbox.path("small"));
+    ASSERT_TRUE(mounts.mountVolume(sandbox.path("small"), "tmpfs", "size=64k"));
+    ForeignArchive(sandbox.path("made.zip")).file("a", "x").file("b", std::string(1 << 20, 'x'));
+    ErrorSlot error;
+    EXPECT_FALSE(extractArchive(sandbox.path("made.zip"), sandbox.path("small/Out"), error));
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code, ENOSPC);
+    EXPECT_THAT(test::namesIn(sandbox.path("small")), IsEmpty());
+}
+
+}  // namespace
+}  // namespace vornic::platform
