@@ -1,0 +1,84 @@
+#ifndef VORNIC_TESTS_FOUNDATION_FILE_MANAGER_TEST_H
+#define VORNIC_TESTS_FOUNDATION_FILE_MANAGER_TEST_H
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "foundation/QMAuthorization.h"
+#include "foundation/QMFileManager.h"
+#include "tests/support/FileState.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/RecordingAuthorizationHost.h"
+#include "tests/support/Sandbox.h"
+#include "tests/support/Unprivileged.h"
+
+namespace vornic::test {
+
+/// Tests of operations on real files by an ordinary user. What they ask for with administrator
+/// rights is recorded and never run.
+class FileManagerTest : public ::testing::Test {
+  protected:
+    FileManagerTest() {
+        QMAuthorization::setSharedController(std::make_shared<QMAuthorization>(true, host));
+    }
+    ~FileManagerTest() override {
+        openFolders();
+        QMAuthorization::setSharedController(nullptr);
+    }
+
+    /// A file in a folder in which the user may change nothing.
+    std::string writeInClosedFolder(std::string_view name) {
+        const std::string folder = sandbox.path("closed");
+        std::filesystem::create_directory(folder);
+        std::string path = sandbox.write("closed/" + std::string(name), "x");
+        std::filesystem::permissions(folder, std::filesystem::perms(0500));
+        return path;
+    }
+    std::string makeFolder(std::string_view name) const {
+        std::string path = sandbox.path(name);
+        std::filesystem::create_directories(path);
+        return path;
+    }
+    [[nodiscard]] std::string trash(std::string_view name = "") const {
+        return sandbox.home() + "/.Trash" + (name.empty() ? "" : "/" + std::string(name));
+    }
+    /// What would have run with administrator rights.
+    [[nodiscard]] std::vector<std::string> runs() const { return host->runs(); }
+
+    Unprivileged user;
+    Sandbox sandbox;
+    LogCapture log;
+    std::shared_ptr<RecordingAuthorizationHost> host =
+        std::make_shared<RecordingAuthorizationHost>();
+
+  private:
+    void openFolders() const {
+        std::error_code missing;
+        std::filesystem::permissions(sandbox.path("closed"), std::filesystem::perms(0700), missing);
+    }
+};
+
+/// Root's rights for a moment, in a process that gave them up by `Unprivileged`.
+class RightsOfRoot {
+  public:
+    RightsOfRoot() : user_(geteuid()), available_(seteuid(0) == 0) {}
+    ~RightsOfRoot() { EXPECT_EQ(seteuid(user_), 0); }
+    RightsOfRoot(const RightsOfRoot&) = delete;
+    RightsOfRoot& operator=(const RightsOfRoot&) = delete;
+    [[nodiscard]] bool available() const { return available_; }
+
+  private:
+    uid_t user_;
+    bool available_;
+};
+
+}  // namespace vornic::test
+
+#endif
