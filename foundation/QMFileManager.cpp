@@ -5,6 +5,7 @@
 #include "foundation/QMLog.h"
 #include "foundation/Text.h"
 #include "platform/Error.h"
+#include "platform/FileDates.h"
 #include "platform/FileSystem.h"
 #include "platform/ImmutableFlag.h"
 #include "platform/ItemStatus.h"
@@ -59,13 +60,14 @@ bool QMFileManager::isSymbolicLinkAtPath(const std::string& path) {
 }
 
 std::optional<QMFileManager::Date> QMFileManager::modificationDateForFile(const std::string& path) {
-    const auto status = platform::itemStatus(path);
-    return status ? std::optional(status->modified) : std::nullopt;
+    return platform::modificationDate(path);
 }
 
 std::optional<QMFileManager::Date> QMFileManager::creationDateForFile(const std::string& path) {
     const auto status = platform::itemStatus(path);
-    return status ? status->created : std::nullopt;
+    const auto chosen =
+        status && !status->isLink ? platform::chosenCreationDate(path) : std::nullopt;
+    return chosen || !status ? chosen : status->created;
 }
 
 bool QMFileManager::isFileLocked(const std::string& path) {

@@ -49,8 +49,9 @@ class QMFileManager {
     [[nodiscard]] static bool isPackageAtPath(const std::string& path);
     /// True for a link, a dangling one too.
     [[nodiscard]] static bool isSymbolicLinkAtPath(const std::string& path);
-    /// Dates of the item itself, a link is not followed. Nothing without an item, and for the
-    /// creation date also where the volume does not keep it.
+    /// Dates of the item itself, a link is not followed. The creation date is the one that was
+    /// chosen for the item, else the true one. Nothing without an item, and without a chosen date
+    /// also where the volume does not keep the true one.
     [[nodiscard]] static std::optional<Date> modificationDateForFile(const std::string& path);
     [[nodiscard]] static std::optional<Date> creationDateForFile(const std::string& path);
 

@@ -1,15 +1,17 @@
 #include "platform/ItemStatus.h"
 
+#include <chrono>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 
 namespace vornic::platform {
 namespace {
 
-ItemStatus::Date dateOf(const struct statx_timestamp& time) {
+FileDate dateOf(const struct statx_timestamp& time) {
     const auto sinceEpoch =
         std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
-    return ItemStatus::Date(std::chrono::duration_cast<ItemStatus::Date::duration>(sinceEpoch));
+    return FileDate(std::chrono::duration_cast<FileDate::duration>(sinceEpoch));
 }
 
 }  // namespace
@@ -24,7 +26,6 @@ std::optional<ItemStatus> itemStatus(const std::string& path) {
     ItemStatus result{.isFolder = S_ISDIR(status.stx_mode),
                       .isLink = S_ISLNK(status.stx_mode),
                       .size = status.stx_size,
-                      .modified = dateOf(status.stx_mtime),
                       .created = std::nullopt};
     if ((status.stx_mask & STATX_BTIME) != 0) {
         result.created = dateOf(status.stx_btime);

@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 
 #include "foundation/QMFileManager.h"
+#include "platform/FileDates.h"
 #include "tests/foundation/FileManagerTest.h"
 
 namespace vornic {
@@ -78,6 +79,11 @@ TEST_F(QMFileManagerTest, tellsTheDatesOfTheItemItself) {
     EXPECT_GT(QMFileManager::modificationDateForFile(sandbox.path("link")), modified);
     const auto created = QMFileManager::creationDateForFile(sandbox.path("file"));
     EXPECT_TRUE(!created || *created > *modified);
+    ErrorSlot error;
+    if (platform::setCreationDate(sandbox.path("file"), *modified, error)) {
+        EXPECT_EQ(QMFileManager::creationDateForFile(sandbox.path("file")), modified);
+        EXPECT_NE(QMFileManager::creationDateForFile(sandbox.path("link")), modified);
+    }
     EXPECT_FALSE(QMFileManager::modificationDateForFile(sandbox.path("missing")));
     EXPECT_FALSE(QMFileManager::creationDateForFile(sandbox.path("missing")));
 }
