@@ -103,8 +103,9 @@ std::string complaintAbout(RepairOutcome outcome, const std::string& path, int x
                                        path)
                                  : alert;
         case RepairOutcome::repairedNotSwapped:
-            return formatString("The repaired file %@ could not take the place of the file %@.",
-                                RepairPipeline::workingCopyPath(path, xmlType), path);
+            return formatString(
+                "The repaired file %@ could not take the place of the file %@; the log says why.",
+                RepairPipeline::workingCopyPath(path, xmlType), path);
         default:
             return {};
     }

@@ -45,9 +45,9 @@ class NoTrashTest : public ProgramTest {
         const FileState before = fileState(path);
         const ProgramResult result = files.repair({path});
         EXPECT_EQ(result.output, repairedReport(path));
-        EXPECT_EQ(result.errors, "vornic-repair: The repaired file " +
-                                     files.path("cut-backup.xml") +
-                                     " could not take the place of the file " + path + ".\n");
+        EXPECT_EQ(result.errors,
+                  "vornic-repair: The repaired file " + files.path("cut-backup.xml") +
+                      " could not take the place of the file " + path + "; the log says why.\n");
         EXPECT_EQ(result.status, 1);
         EXPECT_EQ(fileState(path), before);
         FileState copy = before;
