@@ -1,6 +1,7 @@
 #ifndef VORNIC_FOUNDATION_QM_FILE_MANAGER_H
 #define VORNIC_FOUNDATION_QM_FILE_MANAGER_H
 
+#include <any>
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "foundation/ChecksumDelegate.h"
+#include "foundation/FileCopyDelegate.h"
 #include "foundation/FinderColor.h"
 #include "platform/Digest.h"
 #include "platform/FileDates.h"
@@ -210,6 +212,49 @@ class QMFileManager {
     [[nodiscard]] static Checksum sha512HashForFile(const std::string& path);
     [[nodiscard]] static Checksum sha512HashForFile(
         const std::string& path, const std::shared_ptr<ChecksumDelegate>& delegate);
+
+    // Copies with progress and verification.
+
+    /// Copies a file to one or more files, of which it is read once. Existing destinations are
+    /// replaced in place, missing folders above them made. The destinations get the source's owner
+    /// (where permitted), extended attributes, mode and times. A destination that is the source
+    /// itself, or a link to it, is refused before anything is changed; only regular files are
+    /// copied and written. Runs on the calling thread, which should not be the main thread. Faults
+    /// are told on the console.
+    /// @param verificationType `kVerifyMD5` and the like: each block is read back from each
+    ///     destination after it was written, and the checksums are compared at the end. Any other
+    ///     number: the copies are not verified
+    /// @param delegate may be null
+    /// @param object objects for the settings that the delegate gets; empty: none
+    /// @return false when the copy could not be begun, was cancelled, or the source could not be
+    ///     read to its end; what was written then stays. A destination that could not be written
+    ///     whole is told by the console and the verification alone.
+    static bool copyFileWithProgress(const std::string& source,
+                                     const std::vector<std::string>& destinations,
+                                     std::int32_t verificationType,
+                                     const std::shared_ptr<FileCopyDelegate>& delegate,
+                                     std::any object, std::any object2);
+    /// The same with one destination and without verification.
+    static bool copyFileWithProgress(const std::string& source, const std::string& destination,
+                                     const std::shared_ptr<FileCopyDelegate>& delegate,
+                                     std::any object, std::any object2);
+    static bool copyFileWithProgress(const std::string& source, const std::string& destination,
+                                     const std::shared_ptr<FileCopyDelegate>& delegate,
+                                     std::any object);
+    static constexpr std::int32_t kVerifyNothing = 0;
+    static constexpr std::int32_t kVerifyMD5 = 1;
+    static constexpr std::int32_t kVerifySHA1 = 2;
+    static constexpr std::int32_t kVerifySHA256 = 3;
+    static constexpr std::int32_t kVerifySHA512 = 4;
+
+    /// Writes the contents of the files one after the other into one file, which is replaced. A
+    /// single file is moved there, whatever `deleteSourceFiles` says. Links are followed. A
+    /// destination that is one of the sources is refused before anything is changed. Faults are
+    /// told on the console.
+    /// @param deleteSourceFiles removes each source once it was written whole
+    /// @return false when a file is missing or could not be opened, read or moved.
+    static bool combineFiles(const std::vector<std::string>& sources, const Path& destination,
+                             bool deleteSourceFiles);
 
     // Volumes. Paths are compared as text: links in them are not followed.
 

@@ -1,9 +1,9 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <new>
 #include <string_view>
 
+#include "foundation/FileBlock.h"
 #include "foundation/QMFileManager.h"
 #include "foundation/QMLog.h"
 #include "platform/BackgroundQueue.h"
@@ -16,7 +16,6 @@ namespace {
 using platform::Digest;
 using platform::DigestKind;
 
-constexpr std::size_t kBlockSize = std::size_t{64} * 1024;
 /// How much is read between two questions whether to go on.
 constexpr std::uint64_t kQuestionInterval = std::uint64_t{50} * 1024 * 1024;
 
@@ -76,7 +75,7 @@ QMFileManager::Checksum hashForFile(const std::string& path, DigestKind kind,
         return std::nullopt;
     }
     std::optional<Digest> digest = Digest::create(kind);
-    const std::unique_ptr<char[]> buffer(new (std::nothrow) char[kBlockSize]);
+    const FileBlock buffer = makeFileBlock();
     if (!digest || !buffer) {
         QMLog::appendLogAndPrint("Error reading file %@ - out of memory", path);
         return std::nullopt;
@@ -86,7 +85,7 @@ QMFileManager::Checksum hashForFile(const std::string& path, DigestKind kind,
     while (!continuation.isCancelled()) {
         errorNumber = 0;
         const std::size_t count =
-            platform::readBlock(file.get(), buffer.get(), kBlockSize, errorNumber);
+            platform::readBlock(file.get(), buffer.get(), kFileBlockSize, errorNumber);
         if (count == 0 && errorNumber == 0) {
             return checksumOf(*digest, kind);
         }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <string>
 #include <vector>
 
@@ -40,18 +41,18 @@ void dropInheritedAccessList(int from, int to) {
 
 }  // namespace
 
-void copyOwnerAttributesAndMode(int from, const struct stat& status, int to) {
+int copyOwnerAttributesAndMode(int from, const struct stat& status, int to) {
     const bool ownerKept = copyOwner(status, to);
     copyExtendedAttributes(from, to);
     dropInheritedAccessList(from, to);
     // The mode comes last, because a change of the owner clears some of its bits.
     const mode_t kept = ownerKept ? 07777 : 01777;
-    static_cast<void>(fchmod(to, status.st_mode & kept) == 0);
+    return fchmod(to, status.st_mode & kept) == 0 ? 0 : errno;
 }
 
-void copyTimes(const struct stat& status, int to) {
+int copyTimes(const struct stat& status, int to) {
     const std::array<struct timespec, 2> times{status.st_atim, status.st_mtim};
-    static_cast<void>(futimens(to, times.data()) == 0);
+    return futimens(to, times.data()) == 0 ? 0 : errno;
 }
 
 }  // namespace vornic::platform

@@ -9,10 +9,12 @@ namespace vornic::platform {
 /// control lists, and mode. What cannot be kept is left out; without the owner, the set-user-id and
 /// set-group-id bits are left out too, for they would speak for another user.
 /// @param status of `from`
-void copyOwnerAttributesAndMode(int from, const struct stat& status, int to);
+/// @return 0, or the errno value for which the mode could not be kept; an owner or attribute that
+/// cannot be kept is no failure.
+int copyOwnerAttributesAndMode(int from, const struct stat& status, int to);
 
-/// Sets access and modification times as in `status`.
-void copyTimes(const struct stat& status, int to);
+/// Sets access and modification times as in `status`. @return 0 or the errno value.
+int copyTimes(const struct stat& status, int to);
 
 }  // namespace vornic::platform
 

@@ -15,6 +15,7 @@
 #include "tests/platform/SecondVolume.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/FailingSystemCall.h"
+#include "tests/support/ManyBytes.h"
 #include "tests/support/PrivateMounts.h"
 #include "tests/support/Sandbox.h"
 #include "tests/support/Unprivileged.h"
@@ -23,16 +24,7 @@ namespace vornic::platform {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string manyBytes(std::size_t size) {
-    std::string bytes(size, '\0');
-    std::uint32_t state = 1;
-    for (char& byte : bytes) {
-        state = state * 1664525U + 1013904223U;
-        byte = static_cast<char>(state >> 24U);
-    }
-    return bytes;
-}
+using test::manyBytes;
 
 struct stat statusOf(const std::string& path) {
     struct stat status {};

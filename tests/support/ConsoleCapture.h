@@ -10,6 +10,17 @@
 
 namespace vornic::test {
 
+/// The texts of the lines of a console, without date, time and process.
+[[nodiscard]] inline std::vector<std::string> consoleTexts(const std::string& console) {
+    std::vector<std::string> texts;
+    std::istringstream stream(console);
+    for (std::string line; std::getline(stream, line);) {
+        const std::size_t process = line.find("] ");
+        texts.push_back(process == std::string::npos ? line : line.substr(process + 2));
+    }
+    return texts;
+}
+
 /// What is written to the console while the object lives.
 class ConsoleCapture {
   public:
@@ -18,14 +29,10 @@ class ConsoleCapture {
     ConsoleCapture(const ConsoleCapture&) = delete;
     ConsoleCapture& operator=(const ConsoleCapture&) = delete;
 
-    /// Ends the capture. @return the texts of the lines, without date, time and process.
+    /// Ends the capture. @return `consoleTexts`.
     std::vector<std::string> lines() {
         if (!std::exchange(taken_, true)) {
-            std::istringstream stream(::testing::internal::GetCapturedStderr());
-            for (std::string line; std::getline(stream, line);) {
-                const std::size_t process = line.find("] ");
-                lines_.push_back(process == std::string::npos ? line : line.substr(process + 2));
-            }
+            lines_ = consoleTexts(::testing::internal::GetCapturedStderr());
         }
         return lines_;
     }
