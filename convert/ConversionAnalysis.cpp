@@ -42,9 +42,8 @@ std::unique_ptr<XMLDocument> loadDocument(const std::string& path) {
 
 /// The version that an XMEML document declares; nothing, after telling it, when it declares none.
 std::optional<std::string> declaredVersion(const XMLDocument& document) {
-    const XMLNode root = document.rootElement();
     std::optional<std::string> version =
-        root.name() == "xmeml" ? root.attribute("version") : std::nullopt;
+        document.rootName() == "xmeml" ? document.rootAttribute("version") : std::nullopt;
     if (!version) {
         QMLog::appendLog(
             "Unable to locate XML Interchange version information. The file has not been "

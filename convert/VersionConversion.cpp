@@ -38,8 +38,8 @@ void refuseDocument(const ConversionHost& host, std::string_view message) {
 }
 
 bool isVersionedXMEML(const XMLDocument* document) {
-    return document != nullptr && document->rootElement().name() == "xmeml" &&
-           document->rootElement().attribute("version");
+    return document != nullptr && document->rootName() == "xmeml" &&
+           document->rootAttribute("version");
 }
 
 /// Asks whether elements may be removed. A question that could not be put to anybody is not agreed
@@ -176,7 +176,7 @@ void convertXMEMLVersion(ConversionHost& host, const std::string& version,
         refuseDocument(host, "Unable to locate XML Interchange version information");
         return;
     }
-    const std::optional<std::string> declared = document->rootElement().attribute("version");
+    const std::optional<std::string> declared = document->rootAttribute("version");
     // No tree of ours has an attribute without a value; whatever has none is refused.
     if (!declared) {
         refuseDocument(host, "Unable to locate version attribute node");
@@ -191,7 +191,7 @@ void convertXMEMLVersion(ConversionHost& host, const std::string& version,
         document = stripTagsFromXMLDoc(std::move(document), version);
     }
     if (document) {
-        document->rootElement().setAttribute("version", version);
+        document->setRootAttribute("version", version);
     }
     saveInPlace(host, document.get(), filePath);
 }

@@ -34,7 +34,7 @@ void mendDocumentType(RepairHost& host, XMLDocument* document, std::string_view 
 }
 
 void checkRootElement(RepairHost& host, const XMLDocument* document, std::string_view name) {
-    if (document == nullptr || document->rootElement().name() != name) {
+    if (document == nullptr || document->rootName() != name) {
         reportFault(host, formatString("Root element should be <%@> node", name));
     }
 }
@@ -46,11 +46,11 @@ void checkHead(RepairHost& host, XMLDocument* document, std::string_view name) {
     checkRootElement(host, document, name);
 }
 
-/// Reports it when the query, from the root element, finds nothing. @return true when it finds
-/// something.
-bool checkContent(RepairHost& host, const XMLDocument* document, std::string_view query,
+/// Reports it when there is no such element anywhere inside the root element. @return true when
+/// there is one.
+bool checkContent(RepairHost& host, const XMLDocument* document, std::string_view element,
                   std::string_view message) {
-    if (document != nullptr && XMLDocument::hasNodeForXPath(query, document->rootElement())) {
+    if (document != nullptr && document->hasElementInRoot(element)) {
         return true;
     }
     reportFault(host, message);
@@ -62,7 +62,7 @@ bool checkContent(RepairHost& host, const XMLDocument* document, std::string_vie
 DocumentPointer checkXMEMLHeaderTags(RepairHost& host, DocumentPointer document) {
     try {
         checkHead(host, document.get(), "xmeml");
-        checkContent(host, document.get(), ".//sequence", "No sequences found in file");
+        checkContent(host, document.get(), "sequence", "No sequences found in file");
     } catch (const platform::Exception& exception) {
         QMException::logException(exception, "-[Document checkXMEMLHeaderTags:]");
         return nullptr;
@@ -73,8 +73,8 @@ DocumentPointer checkXMEMLHeaderTags(RepairHost& host, DocumentPointer document)
 DocumentPointer checkFCPXMLHeaderTags(RepairHost& host, DocumentPointer document) {
     try {
         checkHead(host, document.get(), "fcpxml");
-        if (checkContent(host, document.get(), ".//project[1]", "No project node found in file")) {
-            checkContent(host, document.get(), ".//resources[1]", "No resource node found in file");
+        if (checkContent(host, document.get(), "project", "No project node found in file")) {
+            checkContent(host, document.get(), "resources", "No resource node found in file");
         }
     } catch (const platform::Exception& exception) {
         QMException::logException(exception, "-[Document checkFCPXMLHeaderTags:]");

@@ -23,8 +23,8 @@ void noteFault(RepairHost& host) {
 }
 
 bool declaresVersion(const XMLDocument* document) {
-    return document != nullptr && document->rootElement().name() == "xmeml" &&
-           document->rootElement().attribute("version");
+    return document != nullptr && document->rootName() == "xmeml" &&
+           document->rootAttribute("version");
 }
 
 /// The elements that the versions introduced, in order, up to the first version that lists none.
@@ -93,7 +93,7 @@ void checkVersionTags(RepairHost& host, const XMLDocument* document) {
     try {
         QMLog::appendLog("Checking version tags...");
         if (declaresVersion(document)) {
-            checkDeclaredVersion(host, *document, document->rootElement().attribute("version"));
+            checkDeclaredVersion(host, *document, document->rootAttribute("version"));
             return;
         }
         noteFault(host);

@@ -52,6 +52,7 @@ void XMLContentReader::read() {
     readXMLDeclaration(in_);
     readMisc(true);
     readStartTag();
+    in_.reading().contentOffset = open_.empty() ? 0 : in_.mendedOffsetOf(in_.at());
     readContent();
     readMisc(false);
 }

@@ -14,8 +14,6 @@
 
 namespace vornic {
 
-// The tree is built when it is first asked for: whoever only wants to know whether a text is
-// well-formed does not pay for it.
 struct XMLDocument::State {
     // The tree's names and values lie in the text, which therefore stays where it is.
     std::string text;
@@ -23,19 +21,42 @@ struct XMLDocument::State {
     std::size_t offset = 0;
     XMLReading reading;
     XMLSourceFacts facts;
-    pugi::xml_document tree;
-    bool isBuilt = false;
 
-    pugi::xml_document& builtTree() {
-        if (!isBuilt) {
+    /// The whole document.
+    pugi::xml_document& tree() {
+        if (!isBuilt_) {
             buildTree();
-            isBuilt = true;
         }
-        return tree;
+        return tree_;
+    }
+    /// The document type declaration, the root element with its attributes, and what stands before
+    /// them; the rest only if the tree has been built.
+    pugi::xml_document& head() {
+        if (!isBuilt_ && !head_.first_child()) {
+            buildHead();
+        }
+        return isBuilt_ ? tree_ : head_;
+    }
+    pugi::xml_node root() { return head().document_element(); }
+    /// True when everything inside the root element is as the text has it.
+    [[nodiscard]] bool isInText() const { return !isBuilt_ && reading.contentOffset != 0; }
+    /// What follows the root element's start tag. For a document that is in the text.
+    std::string_view content() {
+        applyEdits();
+        return std::string_view(text).substr(offset + reading.contentOffset);
     }
 
   private:
+    void applyEdits();
     void buildTree();
+    void buildHead();
+    void parse(char* begin, std::size_t length, pugi::xml_document& into);
+    void adoptHead();
+
+    pugi::xml_document tree_;
+    bool isBuilt_ = false;
+    std::string headText_;
+    pugi::xml_document head_;
 };
 
 namespace {
@@ -51,6 +72,40 @@ pugi::xml_node documentTypeOf(const pugi::xml_document& tree) {
         }
     }
     return {};
+}
+
+void setDocumentTypeOf(pugi::xml_document& tree, std::string_view declaration) {
+    pugi::xml_node type = documentTypeOf(tree);
+    if (!type) {
+        type = tree.insert_child_before(pugi::node_doctype, tree.document_element());
+    }
+    type.set_value(declaration.data(), declaration.size());
+}
+
+// True when a tag in the content of a root element, a text that `readXML` has passed, begins an
+// element of that name.
+bool hasStartTag(std::string_view content, std::string_view name) {
+    std::size_t at = content.find('<');
+    while (at != std::string_view::npos) {
+        const std::string_view markup = content.substr(at + 1);
+        std::string_view end = "<";
+        if (markup.starts_with("!--")) {
+            end = "-->";
+        } else if (markup.starts_with("![CDATA[")) {
+            end = "]]>";
+        } else if (markup.starts_with('?')) {
+            end = "?>";
+        } else if (markup.starts_with(name) &&
+                   xmlchars::nameTokenLength(markup.data(), markup.data() + markup.size()) ==
+                       name.size()) {
+            return true;
+        }
+        at = content.find(end, at + 1);
+        if (at != std::string_view::npos && end != "<") {
+            at = content.find('<', at);
+        }
+    }
+    return false;
 }
 
 // Whether there is a first node is whether there is one at all, which is found out sooner. Only
@@ -77,28 +132,70 @@ pugi::xpath_node contextOf(pugi::xml_node_struct* node, pugi::xml_attribute_stru
 
 }  // namespace
 
-void XMLDocument::State::buildTree() {
+void XMLDocument::State::applyEdits() {
     if (!reading.edits.empty()) {
         text = applyXMLEdits(std::string_view(text).substr(offset), reading.edits);
         offset = 0;
         reading.edits = {};
     }
+}
+
+void XMLDocument::State::buildTree() {
+    applyEdits();
+    parse(text.data() + offset, text.size() - offset, tree_);
+    if (facts.hasMixedContent) {
+        xmltree::removeBlanksBetweenNodes(tree_, reading.referencedBlanks);
+    }
+    isBuilt_ = true;
+    adoptHead();
+}
+
+void XMLDocument::State::buildHead() {
+    if (reading.contentOffset == 0) {
+        buildTree();
+        return;
+    }
+    applyEdits();
+    headText_ = std::string_view(text).substr(offset, reading.contentOffset);
+    // An element that is closed at once needs no end tag.
+    headText_.back() = '/';
+    headText_ += '>';
+    parse(headText_.data(), headText_.size(), head_);
+}
+
+void XMLDocument::State::parse(char* begin, std::size_t length, pugi::xml_document& into) {
     const unsigned blanks =
         facts.hasMixedContent ? pugi::parse_ws_pcdata : pugi::parse_ws_pcdata_single;
-    const pugi::xml_parse_result result = tree.load_buffer_inplace(
-        text.data() + offset, text.size() - offset, pugi::parse_full | blanks, pugi::encoding_utf8);
-    if (!result) {
-        // What is left of the text must not be taken for the document.
-        text.clear();
-        offset = 0;
-        if (result.status == pugi::status_out_of_memory) {
-            throw std::bad_alloc();
-        }
-        throw platform::Exception("XMLTreeException", result.description());
+    const pugi::xml_parse_result result =
+        into.load_buffer_inplace(begin, length, pugi::parse_full | blanks, pugi::encoding_utf8);
+    if (result) {
+        return;
     }
-    if (facts.hasMixedContent) {
-        xmltree::removeBlanksBetweenNodes(tree, reading.referencedBlanks);
+    // What is left of the text must not be taken for the document.
+    text.clear();
+    offset = 0;
+    reading.contentOffset = 0;
+    if (result.status == pugi::status_out_of_memory) {
+        throw std::bad_alloc();
     }
+    throw platform::Exception("XMLTreeException", result.description());
+}
+
+// What has been changed in the head so far is changed in the tree, too.
+void XMLDocument::State::adoptHead() {
+    const pugi::xml_node changedRoot = head_.document_element();
+    if (!changedRoot) {
+        return;
+    }
+    for (const pugi::xml_attribute& attribute : changedRoot.attributes()) {
+        XMLNode(tree_.document_element().internal_object())
+            .setAttribute(attribute.name(), attribute.value());
+    }
+    if (const pugi::xml_node type = documentTypeOf(head_)) {
+        setDocumentTypeOf(tree_, type.value());
+    }
+    head_.reset();
+    headText_ = {};
 }
 
 XMLDocument::XMLDocument(std::unique_ptr<State> state) : state_(std::move(state)) {}
@@ -133,15 +230,32 @@ const std::vector<XMLMend>& XMLDocument::mends() const {
 }
 
 XMLNode XMLDocument::documentNode() const {
-    return XMLNode(state_->builtTree().internal_object());
+    return XMLNode(state_->tree().internal_object());
 }
 
 XMLNode XMLDocument::rootElement() const {
-    return XMLNode(state_->builtTree().document_element().internal_object());
+    return XMLNode(state_->tree().document_element().internal_object());
+}
+
+std::string XMLDocument::rootName() const {
+    return state_->root().name();
+}
+
+std::optional<std::string> XMLDocument::rootAttribute(std::string_view name) const {
+    return XMLNode(state_->root().internal_object()).attribute(name);
+}
+
+void XMLDocument::setRootAttribute(std::string_view name, std::string_view value) {
+    XMLNode(state_->root().internal_object()).setAttribute(name, value);
+}
+
+bool XMLDocument::hasElementInRoot(std::string_view name) const {
+    return state_->isInText() ? hasStartTag(state_->content(), name)
+                              : hasNodeForXPath(".//" + std::string(name), rootElement());
 }
 
 std::optional<std::string> XMLDocument::documentTypeName() const {
-    const pugi::xml_node type = documentTypeOf(state_->builtTree());
+    const pugi::xml_node type = documentTypeOf(state_->head());
     if (!type) {
         return std::nullopt;
     }
@@ -150,12 +264,7 @@ std::optional<std::string> XMLDocument::documentTypeName() const {
 }
 
 void XMLDocument::setDocumentType(std::string_view name) {
-    pugi::xml_document& tree = state_->builtTree();
-    pugi::xml_node type = documentTypeOf(tree);
-    if (!type) {
-        type = tree.insert_child_before(pugi::node_doctype, tree.document_element());
-    }
-    type.set_value(name.data(), name.size());
+    setDocumentTypeOf(state_->head(), name);
 }
 
 std::vector<XMLNode> XMLDocument::nodesForXPath(std::string_view query, XMLNode context,
@@ -221,7 +330,10 @@ void XMLDocument::removeNodes(const std::vector<XMLNode>& nodes) {
 }
 
 bool XMLDocument::serialize(const XMLSink& sink) const {
-    return XMLWriter(sink, state_->facts).write(state_->builtTree());
+    XMLWriter writer(sink, state_->facts);
+    return state_->isInText() && !state_->facts.hasMixedContent
+               ? writer.write(state_->head(), state_->content())
+               : writer.write(state_->tree());
 }
 
 std::string XMLDocument::xmlString() const {

@@ -17,9 +17,9 @@ namespace vornic {
 /// Takes the next piece of a serialised document. @return false to stop the serialisation.
 using XMLSink = std::function<bool(std::string_view piece)>;
 
-/// A parsed document: tree, XPath 1.0 queries, serialisation. Built only from text that `readXML`
-/// has passed, and only when an operation first asks for it: parsing alone costs one pass over the
-/// text. One thread at a time.
+/// A parsed document: tree, XPath 1.0 queries, serialisation. The tree is built only from text that
+/// `readXML` has passed, and only when an operation first hands out a node of it: parsing costs one
+/// pass over the text, and the operations that say so work without the tree. One thread at a time.
 class XMLDocument {
   public:
     /// Parses text that is text already: whatever encoding its declaration names, it is UTF-8. A
@@ -44,10 +44,22 @@ class XMLDocument {
     /// The root element; every parsed document has one.
     [[nodiscard]] XMLNode rootElement() const;
 
-    /// The name in the document type declaration, or nothing when there is no declaration.
+    /// The name of the root element. Needs no tree.
+    [[nodiscard]] std::string rootName() const;
+    /// The value of an attribute of the root element, or nothing when it has none of that name.
+    /// Needs no tree.
+    [[nodiscard]] std::optional<std::string> rootAttribute(std::string_view name) const;
+    /// Sets an attribute of the root element, which is added when it is not there. Needs no tree.
+    void setRootAttribute(std::string_view name, std::string_view value);
+    /// True when the root element has an element of that name somewhere inside, which is what the
+    /// query `.//name` finds from there. Needs no tree.
+    [[nodiscard]] bool hasElementInRoot(std::string_view name) const;
+
+    /// The name in the document type declaration, or nothing when there is no declaration. Needs no
+    /// tree.
     [[nodiscard]] std::optional<std::string> documentTypeName() const;
     /// Replaces the document type declaration, or adds one before the root element, by one with the
-    /// name and nothing else (`<!DOCTYPE name>`).
+    /// name and nothing else (`<!DOCTYPE name>`). Needs no tree.
     void setDocumentType(std::string_view name);
 
     /// Evaluates an XPath 1.0 expression that yields nodes. The context carries all that is needed,
@@ -70,6 +82,7 @@ class XMLDocument {
     /// (version and standalone as they were): four blanks a level down to level 64 and no deeper,
     /// text and mixed content to the letter, `<name/>` and `<name></name>` each as it was. Writing
     /// what was written changes nothing. Pieces are large, so that the sink may be slow to call.
+    /// Needs no tree unless an element has text beside other nodes.
     /// @return false when the sink stopped it.
     bool serialize(const XMLSink& sink) const;
     /// `serialize` into one string.

@@ -1,5 +1,6 @@
 #include "xml/XMLOutput.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -34,7 +35,21 @@ const char* runEnd(const char* at, const StopTable& stops) {
     return at;
 }
 
+constexpr std::size_t kBlanksPerLevel = 4;
+constexpr std::size_t kDeepestIndentation = 64;
+
+constexpr auto kLineBeginning = [] {
+    std::array<char, 1 + kDeepestIndentation * kBlanksPerLevel> text{};
+    text.fill(' ');
+    text[0] = '\n';
+    return text;
+}();
+
 }  // namespace
+
+std::string_view xmlLineBeginning(std::size_t depth) {
+    return {kLineBeginning.data(), 1 + std::min(depth, kDeepestIndentation) * kBlanksPerLevel};
+}
 
 void XMLOutput::putText(const char* text) {
     for (;;) {
@@ -96,16 +111,17 @@ void XMLOutput::putEscape(char c) {
     }
 }
 
-void XMLOutput::putInParts(std::string_view piece) {
-    while (piece.size() > kSize - used_) {
-        const std::size_t part = kSize - used_;
-        std::memcpy(buffer_.data() + used_, piece.data(), part);
-        used_ += part;
-        piece.remove_prefix(part);
-        flush();
+// What would fill the buffer several times is handed over where it stands.
+void XMLOutput::putLong(std::string_view piece) {
+    const std::size_t part = kSize - used_;
+    std::memcpy(buffer_.data() + used_, piece.data(), part);
+    used_ = kSize;
+    flush();
+    for (piece.remove_prefix(part); piece.size() >= kSize; piece.remove_prefix(kSize)) {
+        stopped_ = stopped_ || !sink_(piece.substr(0, kSize));
     }
-    std::memcpy(buffer_.data() + used_, piece.data(), piece.size());
-    used_ += piece.size();
+    std::memcpy(buffer_.data(), piece.data(), piece.size());
+    used_ = piece.size();
 }
 
 void XMLOutput::flush() {

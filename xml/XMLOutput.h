@@ -10,6 +10,10 @@
 
 namespace vornic {
 
+/// A line end and four blanks for each level, down to level 64 and no deeper, so that indentation
+/// does not grow with the square of the depth.
+[[nodiscard]] std::string_view xmlLineBeginning(std::size_t depth);
+
 /// Collects what is written and hands it to a sink in large pieces. Once the sink has stopped it,
 /// everything else is dropped.
 class XMLOutput {
@@ -24,7 +28,7 @@ class XMLOutput {
     }
     void put(std::string_view piece) {
         if (piece.size() > kSize - used_) {
-            putInParts(piece);
+            putLong(piece);
             return;
         }
         std::memcpy(buffer_.data() + used_, piece.data(), piece.size());
@@ -51,7 +55,7 @@ class XMLOutput {
   private:
     static constexpr std::size_t kSize = std::size_t{256} * 1024;
 
-    void putInParts(std::string_view piece);
+    void putLong(std::string_view piece);
     void putEscape(char c);
 
     const XMLSink& sink_;

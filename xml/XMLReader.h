@@ -61,6 +61,9 @@ struct XMLReading {
     /// True when some element has text beside child elements, comments or other nodes, or an
     /// xml:space="preserve" attribute.
     bool hasMixedContent = false;
+    /// The offset behind the root element's start tag in the text with the edits applied; 0 when
+    /// the element is closed at once (`<name/>`).
+    std::size_t contentOffset = 0;
     /// The offsets, ascending, of the names of elements written as a start tag that an end tag
     /// follows at once (`<name></name>`), in the text with the edits applied.
     std::vector<std::size_t> emptyPairs;

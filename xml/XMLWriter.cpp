@@ -1,9 +1,8 @@
 #include "xml/XMLWriter.h"
 
-#include <algorithm>
-#include <array>
 #include <cstring>
 
+#include "xml/XMLTextWriter.h"
 #include "xml/XMLTree.h"
 
 namespace vornic {
@@ -11,17 +10,6 @@ namespace vornic {
 namespace {
 
 using xmltree::isNull;
-
-constexpr std::size_t kBlanksPerLevel = 4;
-constexpr std::size_t kDeepestIndentation = 64;
-
-// A line end and the blanks of the deepest indentation.
-constexpr auto kLineBeginning = [] {
-    std::array<char, 1 + kDeepestIndentation * kBlanksPerLevel> text{};
-    text.fill(' ');
-    text[0] = '\n';
-    return text;
-}();
 
 bool isWhiteSpace(const char* text) {
     return text[std::strspn(text, " \t\r\n")] == '\0';
@@ -51,6 +39,24 @@ bool XMLWriter::write(pugi::xml_node document) {
             out_.put('\n');
         }
     }
+    out_.flush();
+    return !out_.stopped();
+}
+
+bool XMLWriter::write(pugi::xml_node head, std::string_view afterRootTag) {
+    writeDeclaration(head);
+    pugi::xml_node root = head.first_child();
+    for (; root.type() != pugi::node_element; root = root.next_sibling()) {
+        if (root.type() != pugi::node_declaration) {
+            writeNode(root);
+            out_.put('\n');
+        }
+    }
+    out_.put('<');
+    out_.putName(root.name());
+    writeAttributes(root);
+    out_.put('>');
+    XMLTextWriter(out_).write(afterRootTag);
     out_.flush();
     return !out_.stopped();
 }
@@ -239,8 +245,7 @@ void XMLWriter::writeDocumentType(pugi::xml_node node) {
 }
 
 void XMLWriter::beginLine() {
-    const std::size_t blanks = std::min(depth_, kDeepestIndentation) * kBlanksPerLevel;
-    out_.put(std::string_view(kLineBeginning.data(), 1 + blanks));
+    out_.put(xmlLineBeginning(depth_));
 }
 
 bool XMLWriter::isEmptyPair(pugi::xml_node element) {

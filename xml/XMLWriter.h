@@ -2,6 +2,7 @@
 #define VORNIC_XML_XML_WRITER_H
 
 #include <cstddef>
+#include <string_view>
 #include <vector>
 
 #include <pugixml.hpp>
@@ -26,6 +27,9 @@ class XMLWriter {
 
     /// @return false when the sink stopped it.
     bool write(pugi::xml_node document);
+    /// Writes a document of which only the head, up to the root element's start tag, is a tree; see
+    /// `XMLTextWriter` for the rest. @return false when the sink stopped it.
+    bool write(pugi::xml_node head, std::string_view afterRootTag);
 
   private:
     void writeDeclaration(pugi::xml_node document);

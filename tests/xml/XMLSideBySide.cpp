@@ -150,8 +150,13 @@ std::string differenceAfterWriting(const std::string& text) {
     if (again->xmlString() != written) {
         return "what is written differs the second time";
     }
-    return differenceOf("the text", contentLinesOfTree(document->documentNode()),
-                        "the written text", contentLinesOfTree(again->documentNode()));
+    // From here on the tree is there, and what is written is written from it.
+    const XMLNode tree = document->documentNode();
+    if (document->xmlString() != written) {
+        return "what is written from the tree differs from what is written from the text";
+    }
+    return differenceOf("the text", contentLinesOfTree(tree), "the written text",
+                        contentLinesOfTree(again->documentNode()));
 }
 
 }  // namespace vornic::test

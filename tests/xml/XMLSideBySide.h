@@ -25,8 +25,8 @@ using ContentLines = std::vector<std::string>;
 [[nodiscard]] std::string differenceOfReaderAndTree(const std::string& text);
 
 /// What is wrong with reading a text in strict mode, writing it, and reading and writing that
-/// again: content that differs, or a second writing that does. "" when nothing is, or when the text
-/// is refused.
+/// again: content that differs, or a second writing that does, or one from the tree. "" when
+/// nothing is, or when the text is refused.
 [[nodiscard]] std::string differenceAfterWriting(const std::string& text);
 
 }  // namespace vornic::test

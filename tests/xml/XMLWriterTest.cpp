@@ -22,9 +22,13 @@ std::unique_ptr<XMLDocument> parsed(const std::string& text) {
 }
 
 // The text written for a text, without the declaration that every text begins with. What was
-// written has the same content and is not changed by being read and written again.
+// written has the same content and is not changed by being read and written again, and it is the
+// same whether there is a tree or not.
 std::string written(const std::string& text) {
-    const std::string result = parsed(text)->xmlString();
+    const auto document = parsed(text);
+    const std::string result = document->xmlString();
+    EXPECT_TRUE(document->documentNode());
+    EXPECT_EQ(document->xmlString(), result);
     const auto again = parsed(result);
     EXPECT_EQ(again->xmlString(), result);
     EXPECT_EQ(contentLinesOfTree(again->documentNode()),
