@@ -109,13 +109,15 @@ std::int64_t integerValue(std::string_view text) {
 
 std::size_t utf16Length(std::string_view text) {
     std::size_t length = 0;
-    for (std::size_t i = 0; i < text.size(); ++length) {
+    for (std::size_t i = 0; i < text.size();) {
         if (isAscii(text[i])) {
-            ++i;
+            const std::size_t run = asciiPrefixLength(text.substr(i));
+            length += run;
+            i += run;
             continue;
         }
         const Utf8Character character = utf8CharacterAt(text, i);
-        length += character.length == 4 ? 1U : 0U;
+        length += character.length == 4 ? 2U : 1U;
         i += character.length;
     }
     return length;

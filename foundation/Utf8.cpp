@@ -1,6 +1,9 @@
 #include "foundation/Utf8.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
 
 namespace vornic {
 
@@ -72,6 +75,27 @@ Utf8Character utf8CharacterBefore(std::string_view text, std::size_t end) {
         return character.length == length ? character : kInvalidByte;
     }
     return kInvalidByte;
+}
+
+std::size_t asciiPrefixLength(std::string_view text) {
+    constexpr std::size_t kWords = 8;
+    constexpr std::uint64_t kHighBits = 0x8080808080808080;
+    std::array<std::uint64_t, kWords> block{};
+    std::size_t length = 0;
+    for (; text.size() - length >= sizeof block; length += sizeof block) {
+        std::memcpy(block.data(), text.data() + length, sizeof block);
+        std::uint64_t all = 0;
+        for (const std::uint64_t word : block) {
+            all |= word;
+        }
+        if ((all & kHighBits) != 0) {
+            break;
+        }
+    }
+    while (length < text.size() && static_cast<unsigned char>(text[length]) < 0x80) {
+        ++length;
+    }
+    return length;
 }
 
 void appendUtf8(std::string& text, char32_t code) {

@@ -24,6 +24,9 @@ struct Utf8Character {
 /// Reads the character that ends just before `end`, which must be above 0 and not above the length.
 [[nodiscard]] Utf8Character utf8CharacterBefore(std::string_view text, std::size_t end);
 
+/// The length of the run of ASCII characters that the text begins with.
+[[nodiscard]] std::size_t asciiPrefixLength(std::string_view text);
+
 /// Appends a code point; what no UTF-8 can hold (a surrogate, say) is appended as U+FFFD.
 void appendUtf8(std::string& text, char32_t code);
 

@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdint>
-#include <cstring>
 
 #include <iconv.h>
 
+#include "foundation/Utf8.h"
 #include "xml/TextPlace.h"
 #include "xml/XMLCharacters.h"
 #include "xml/XMLErrorCode.h"
@@ -15,8 +14,6 @@
 namespace vornic {
 
 namespace {
-
-constexpr std::uint64_t kHighBits = 0x8080808080808080ULL;
 
 Error encodingError(XMLErrorCode code, std::string description) {
     return {std::string(kXMLErrorDomain), static_cast<int>(code), std::move(description)};
@@ -209,28 +206,16 @@ std::optional<std::string> decodeDeclared(std::string bytes, ErrorSlot& error) {
 }  // namespace
 
 std::optional<std::size_t> firstInvalidUTF8(std::string_view bytes) {
-    const char* const begin = bytes.data();
-    const char* const end = begin + bytes.size();
-    const char* at = begin;
-    while (at != end) {
-        while (end - at >= 8) {
-            std::uint64_t block = 0;
-            std::memcpy(&block, at, sizeof block);
-            if ((block & kHighBits) != 0) {
-                break;
-            }
-            at += 8;
+    const char* const end = bytes.data() + bytes.size();
+    std::size_t offset = 0;
+    while (offset != bytes.size()) {
+        const char* const at = bytes.data() + offset;
+        const std::size_t length = xmlchars::isASCII(*at) ? asciiPrefixLength(bytes.substr(offset))
+                                                          : xmlchars::decode(at, end).length;
+        if (length == 0) {
+            return offset;
         }
-        while (at != end && xmlchars::isASCII(*at)) {
-            ++at;
-        }
-        while (at != end && !xmlchars::isASCII(*at)) {
-            const std::size_t length = xmlchars::decode(at, end).length;
-            if (length == 0) {
-                return static_cast<std::size_t>(at - begin);
-            }
-            at += length;
-        }
+        offset += length;
     }
     return std::nullopt;
 }

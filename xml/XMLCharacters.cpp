@@ -1,6 +1,11 @@
 #include "xml/XMLCharacters.h"
 
 #include <algorithm>
+#include <bit>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace vornic::xmlchars {
 
@@ -33,6 +38,26 @@ char32_t payload(char byte) {
 }
 
 }  // namespace
+
+const char* afterLongSpace(const char* at, const char* end) {
+#if defined(__SSE2__)
+    const auto each = [](char byte) { return _mm_set1_epi8(byte); };
+    for (; end - at >= static_cast<std::ptrdiff_t>(sizeof(__m128i)); at += sizeof(__m128i)) {
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+        const __m128i space = _mm_or_si128(
+            _mm_or_si128(_mm_cmpeq_epi8(block, each(' ')), _mm_cmpeq_epi8(block, each('\t'))),
+            _mm_or_si128(_mm_cmpeq_epi8(block, each('\n')), _mm_cmpeq_epi8(block, each('\r'))));
+        const unsigned others = static_cast<unsigned>(_mm_movemask_epi8(space)) ^ 0xFFFFU;
+        if (others != 0) {
+            return at + std::countr_zero(others);
+        }
+    }
+#endif
+    while (at != end && is(*at, kSpace)) {
+        ++at;
+    }
+    return at;
+}
 
 Decoded decode(const char* at, const char* end) {
     const auto lead = static_cast<unsigned char>(*at);

@@ -65,6 +65,16 @@ inline constexpr std::array<std::uint8_t, 256> kByteClasses = byteClasses();
     return static_cast<unsigned char>(byte) < 0x80;
 }
 
+/// The place after the white space that begins at `at`.
+[[nodiscard]] const char* afterLongSpace(const char* at, const char* end);
+[[nodiscard]] inline const char* afterSpace(const char* at, const char* end) {
+    // Where white space may stand there is mostly none, or an indentation.
+    if (at == end || !is(*at, kSpace)) {
+        return at;
+    }
+    return ++at == end || !is(*at, kSpace) ? at : afterLongSpace(at, end);
+}
+
 /// A character decoded from UTF-8. `length` is 0 when the bytes are not well-formed.
 struct Decoded {
     char32_t character = 0;

@@ -71,10 +71,7 @@ class XMLInput {
         return at_ != start;
     }
     [[nodiscard]] const char* afterSpace(const char* place) const {
-        while (place != end_ && xmlchars::is(*place, xmlchars::kSpace)) {
-            ++place;
-        }
-        return place;
+        return xmlchars::afterSpace(place, end_);
     }
     /// Reads a name; "" when none begins at the position.
     [[nodiscard]] std::string_view readName();

@@ -17,18 +17,12 @@ namespace vornic {
 
 namespace {
 
+using xmlchars::afterSpace;
 using xmlchars::is;
 
 constexpr std::string_view kCDATAStart = "<![CDATA[";
 // What has been passed is handed on in pieces of about this length.
 constexpr std::ptrdiff_t kPieceLength = std::ptrdiff_t{256} * 1024;
-
-const char* afterSpace(const char* at, const char* end) {
-    while (at != end && is(*at, xmlchars::kSpace)) {
-        ++at;
-    }
-    return at;
-}
 
 bool isSpecialInText(char c) {
     return c == '<' || c == '&' || c == '>' || c == '\r';
@@ -88,10 +82,10 @@ void XMLTextWriter::write(std::string_view afterRootTag) {
     while (depth_ != 0 && !out_.stopped()) {
         takeNode();
     }
-    takeBlank(0);
+    takeBlank(afterSpace(at_, end_), 0);
     while (at_ != end_ && !out_.stopped()) {
         takeMarkup();
-        takeBlank(0);
+        takeBlank(afterSpace(at_, end_), 0);
     }
     copyPassed();
 }
@@ -121,13 +115,13 @@ void XMLTextWriter::takeNode() {
         copyPassed();
     }
     const char* const markup = afterSpace(at_, end_);
-    if (markup[1] == '/') {
-        takeBlank(depth_ - 1);
+    const bool isEnd = markup[1] == '/';
+    takeBlank(markup, isEnd ? depth_ - 1 : depth_);
+    if (isEnd) {
         takeEndTag();
-        return;
+    } else {
+        takeMarkup();
     }
-    takeBlank(depth_);
-    takeMarkup();
 }
 
 void XMLTextWriter::takeMarkup() {
@@ -273,8 +267,7 @@ void XMLTextWriter::takeRaw(const char* content, std::string_view mark) {
 }
 
 // The white space before a node, which goes to a line of its own.
-void XMLTextWriter::takeBlank(std::size_t depth) {
-    const char* const markup = afterSpace(at_, end_);
+void XMLTextWriter::takeBlank(const char* markup, std::size_t depth) {
     const std::string_view beginning = xmlLineBeginning(depth);
     if (std::string_view(at_, static_cast<std::size_t>(markup - at_)) == beginning) {
         at_ = markup;

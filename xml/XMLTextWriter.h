@@ -33,7 +33,7 @@ class XMLTextWriter {
     void takeReference(Place place);
     void takeInstruction();
     void takeRaw(const char* content, std::string_view mark);
-    void takeBlank(std::size_t depth);
+    void takeBlank(const char* markup, std::size_t depth);
     void passName(std::ptrdiff_t opening);
     void replaceUpTo(const char* end, std::string_view replacement);
     void copyPassed();
