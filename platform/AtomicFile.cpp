@@ -38,6 +38,7 @@ struct AtomicFile::State {
     /// @return 0 or the errno value.
     [[nodiscard]] int findTarget();
     [[nodiscard]] int makeTemporary();
+    [[nodiscard]] int takeName(Durability durability);
     [[nodiscard]] int putInPlace(Durability durability, FileIdentity& identity);
 };
 
@@ -91,6 +92,30 @@ int AtomicFile::State::makeTemporary() {
     return EEXIST;
 }
 
+// Gives the temporary file the name of the target. File systems take a rename over another file for
+// a program that wants its data safe, and send them to the disk; an exchange writes nothing.
+int AtomicFile::State::takeName(Durability durability) {
+    const auto exchange = [this] {
+        return renameat2(AT_FDCWD, temporary.c_str(), AT_FDCWD, target.c_str(), RENAME_EXCHANGE) ==
+               0;
+    };
+    if (durability == Durability::passing && exchange()) {
+        if (unlink(temporary.c_str()) == 0) {
+            temporary.clear();
+            return 0;
+        }
+        // What has come in the target's place meanwhile, a folder say, stays there.
+        const int errorNumber = errno;
+        static_cast<void>(exchange());
+        return errorNumber;
+    }
+    if (std::rename(temporary.c_str(), target.c_str()) != 0) {
+        return errno;
+    }
+    temporary.clear();
+    return 0;
+}
+
 int AtomicFile::State::putInPlace(Durability durability, FileIdentity& identity) {
     struct stat status {};
     if (old && fstat(old.get(), &status) == 0) {
@@ -105,10 +130,10 @@ int AtomicFile::State::putInPlace(Durability durability, FileIdentity& identity)
     if (errorNumber != 0) {
         return errorNumber;
     }
-    if (std::rename(temporary.c_str(), target.c_str()) != 0) {
-        return errno;
+    errorNumber = takeName(durability);
+    if (errorNumber != 0) {
+        return errorNumber;
     }
-    temporary.clear();
     if (durability == Durability::synced) {
         // The new contents are in place and safe on the disk; a folder that cannot be synced can
         // at worst bring the old ones back after a loss of power, so that this is no failure.

@@ -19,6 +19,10 @@ enum class Durability {
     /// The swap of old and new is atomic for every process, but not yet safe from a loss of power.
     /// For files that can be made again, and for those that `synchronizeFile` secures later.
     buffered,
+    /// Like `buffered`, and nothing is sent on its way to the disk: for a file that will most
+    /// likely
+    /// be removed again soon, which would have to wait for that.
+    passing,
 };
 
 /// Replaces the contents of a file as a whole: whoever opens the path sees the old bytes or the new

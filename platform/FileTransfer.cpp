@@ -61,7 +61,7 @@ int copyInsideKernel(int from, int to) {
 }
 
 int copyThroughBuffer(int from, int to) {
-    const auto buffer = std::make_unique<char[]>(kBufferSize);
+    const auto buffer = std::make_unique_for_overwrite<char[]>(kBufferSize);
     for (;;) {
         const ssize_t got = ::read(from, buffer.get(), kBufferSize);
         if (got == 0) {
@@ -247,8 +247,8 @@ int compareWithSource(int source, int written) {
         return errorNumber;
     }
     static_cast<void>(posix_fadvise(written, 0, 0, POSIX_FADV_DONTNEED));
-    const auto first = std::make_unique<char[]>(kBufferSize);
-    const auto second = std::make_unique<char[]>(kBufferSize);
+    const auto first = std::make_unique_for_overwrite<char[]>(kBufferSize);
+    const auto second = std::make_unique_for_overwrite<char[]>(kBufferSize);
     for (off_t offset = 0;; offset += static_cast<off_t>(kBufferSize)) {
         const ssize_t expected = readFully(source, first.get(), kBufferSize, offset);
         const ssize_t got =

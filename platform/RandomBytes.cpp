@@ -17,7 +17,10 @@ void fillWithRandomBytes(unsigned char* bytes, std::size_t count) {
             break;
         }
     }
-    // A system without the call still has a random device or instruction.
+    if (filled == count) {
+        return;
+    }
+    // A system without the call still has a random device or instruction, slow to set up.
     std::random_device device;
     for (; filled < count; ++filled) {
         bytes[filled] = static_cast<unsigned char>(device());

@@ -100,6 +100,10 @@ bool UserPreferences::setValue(const std::string& key, const PropertyList& value
     if (!entries) {
         return false;
     }
+    const auto stored = entries->find(key);
+    if (stored != entries->end() && stored->second == value) {
+        return true;
+    }
     entries->insert_or_assign(key, value);
     return PropertyList(std::move(*entries)).writeFile(*file, error);
 }

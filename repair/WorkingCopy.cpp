@@ -64,7 +64,7 @@ void WorkingCopy::save(const XMLDocument& document, ErrorSlot& error) {
     // A run that makes its copy must not come to hold the file that is put in this place meanwhile.
     const platform::FolderLock lock = turn();
     // Most working copies are removed again, so this one reaches the disk just before the swap.
-    if (file.commit(platform::Durability::buffered, error)) {
+    if (file.commit(platform::Durability::passing, error)) {
         hold();
         isSaved_ = own_ && platform::identityOf(own_.get()) == file.identity();
     }

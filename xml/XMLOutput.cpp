@@ -114,19 +114,19 @@ void XMLOutput::putEscape(char c) {
 // What would fill the buffer several times is handed over where it stands.
 void XMLOutput::putLong(std::string_view piece) {
     const std::size_t part = kSize - used_;
-    std::memcpy(buffer_.data() + used_, piece.data(), part);
+    std::memcpy(buffer_.get() + used_, piece.data(), part);
     used_ = kSize;
     flush();
     for (piece.remove_prefix(part); piece.size() >= kSize; piece.remove_prefix(kSize)) {
         stopped_ = stopped_ || !sink_(piece.substr(0, kSize));
     }
-    std::memcpy(buffer_.data(), piece.data(), piece.size());
+    std::memcpy(buffer_.get(), piece.data(), piece.size());
     used_ = piece.size();
 }
 
 void XMLOutput::flush() {
     if (used_ != 0 && !stopped_) {
-        stopped_ = !sink_({buffer_.data(), used_});
+        stopped_ = !sink_({buffer_.get(), used_});
     }
     used_ = 0;
 }

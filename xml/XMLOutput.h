@@ -3,7 +3,7 @@
 
 #include <cstddef>
 #include <cstring>
-#include <string>
+#include <memory>
 #include <string_view>
 
 #include "xml/XMLDocument.h"
@@ -18,7 +18,8 @@ namespace vornic {
 /// everything else is dropped.
 class XMLOutput {
   public:
-    explicit XMLOutput(const XMLSink& sink) : sink_(sink), buffer_(kSize, '\0') {}
+    explicit XMLOutput(const XMLSink& sink)
+        : sink_(sink), buffer_(std::make_unique_for_overwrite<char[]>(kSize)) {}
 
     void put(char c) {
         if (used_ == kSize) {
@@ -31,7 +32,7 @@ class XMLOutput {
             putLong(piece);
             return;
         }
-        std::memcpy(buffer_.data() + used_, piece.data(), piece.size());
+        std::memcpy(buffer_.get() + used_, piece.data(), piece.size());
         used_ += piece.size();
     }
     /// Writes a C string of which nobody knows the length yet; meant for short ones, such as names.
@@ -59,7 +60,7 @@ class XMLOutput {
     void putEscape(char c);
 
     const XMLSink& sink_;
-    std::string buffer_;
+    std::unique_ptr<char[]> buffer_;
     std::size_t used_ = 0;
     bool stopped_ = false;
 };

@@ -42,6 +42,16 @@ TEST(Utf8, writesAReplacementForWhatCannotBeWritten) {
     EXPECT_EQ(encoded(0x110000), "\uFFFD");
 }
 
+TEST(Utf8, findsTheEndOfARunOfASCII) {
+    EXPECT_EQ(asciiPrefixLength(""), 0U);
+    EXPECT_EQ(asciiPrefixLength("\x80"), 0U);
+    for (std::size_t length = 1; length < 200; ++length) {
+        const std::string run(length, '\x7F');
+        ASSERT_EQ(asciiPrefixLength(run), length);
+        ASSERT_EQ(asciiPrefixLength(run + "\xC3\xA9" + run), length);
+    }
+}
+
 TEST(Utf8, readsABadByteByItself) {
     for (const std::string_view text :
          {"\x80", "\xC1\x81", "\xC3", "\xC3(", "\xE0\x9F\xBF", "\xED\xA0\x80", "\xE2\x82",

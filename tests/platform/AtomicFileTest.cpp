@@ -100,6 +100,30 @@ TEST_F(AtomicFileTest, tellsTheIdentityOfTheNewFile) {
     EXPECT_NE(file.identity(), before);
 }
 
+TEST_F(AtomicFileTest, putsAPassingFileInPlaceAsWell) {
+    const std::string path = sandbox.path("file.xml");
+    EXPECT_TRUE(writeFileAtomically(path, "first", Durability::passing, error));
+    EXPECT_EQ(test::readBytes(path), "first");
+    EXPECT_TRUE(writeFileAtomically(path, "second", Durability::passing, error));
+    EXPECT_EQ(test::readBytes(path), "second");
+    EXPECT_EQ(entriesIn(sandbox.folder()), 1U);
+    EXPECT_FALSE(error);
+}
+
+TEST_F(AtomicFileTest, leavesAFolderThatHasComeInThePlaceOfAPassingFile) {
+    const std::string path = sandbox.write("file.xml", "old");
+    AtomicFile file;
+    ASSERT_TRUE(file.open(path, error));
+    ASSERT_TRUE(file.write("new", error));
+    fs::remove(path);
+    fs::create_directory(path);
+    std::ofstream(path + "/kept") << "x";
+    EXPECT_FALSE(file.commit(Durability::passing, error));
+    EXPECT_TRUE(error);
+    EXPECT_EQ(test::readBytes(path + "/kept"), "x");
+    EXPECT_EQ(entriesIn(sandbox.folder()), 1U);
+}
+
 TEST_F(AtomicFileTest, gives0666LessTheUmaskToANewFile) {
     const mode_t before = umask(027);
     EXPECT_TRUE(write(sandbox.path("new"), "x", error));

@@ -70,6 +70,17 @@ TEST_F(UserPreferencesTest, keepsAllOtherKeys) {
     EXPECT_EQ(preferences.value("b"), PropertyList(PropertyList::Value(true)));
 }
 
+TEST_F(UserPreferencesTest, writesNothingWhenTheValueIsThereAlready) {
+    const UserPreferences preferences;
+    ASSERT_TRUE(preferences.setValue("key", "value", error));
+    const auto before = fileIdentity(*preferences.path());
+    EXPECT_TRUE(preferences.setValue("key", "value", error));
+    EXPECT_EQ(fileIdentity(*preferences.path()), before);
+    EXPECT_TRUE(preferences.setValue("key", "other", error));
+    EXPECT_NE(fileIdentity(*preferences.path()), before);
+    EXPECT_EQ(preferences.value("key"), PropertyList("other"));
+}
+
 TEST_F(UserPreferencesTest, keepsDomainsApart) {
     EXPECT_TRUE(UserPreferences("one").setValue("a", 1, error));
     EXPECT_EQ(UserPreferences("two").value("a"), std::nullopt);

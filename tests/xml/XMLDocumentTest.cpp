@@ -145,6 +145,77 @@ TEST(XMLDocumentType, isReplacedWithEverythingInIt) {
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE fcpxml>\n<a/>\n");
 }
 
+TEST(XMLDocumentHead, isReadAndChangedWithoutATree) {
+    const auto document = parsed("<?xml version='1.0'?><!--c--><a b = 'c&amp;' ><d/></a>");
+    EXPECT_EQ(document->rootName(), "a");
+    EXPECT_EQ(document->rootAttribute("b"), "c&");
+    EXPECT_EQ(document->rootAttribute("e"), std::nullopt);
+    document->setRootAttribute("b", "<");
+    document->setRootAttribute("e", "f");
+    document->setDocumentType("a");
+    EXPECT_EQ(document->rootAttribute("b"), "<");
+    EXPECT_EQ(document->documentTypeName(), "a");
+    EXPECT_EQ(document->xmlString(),
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!--c-->\n<!DOCTYPE a>\n"
+              "<a b=\"&lt;\" e=\"f\">\n    <d/>\n</a>\n");
+}
+
+TEST(XMLDocumentHead, keepsItsChangesWhenTheTreeIsBuilt) {
+    const auto document = parsed("<!DOCTYPE x><a b='c'><d/></a>");
+    document->setDocumentType("a");
+    document->setRootAttribute("b", "1");
+    document->setRootAttribute("e", "2");
+    const std::string written = document->xmlString();
+    EXPECT_EQ(document->rootElement().attribute("b"), "1");
+    EXPECT_EQ(document->rootElement().attribute("e"), "2");
+    EXPECT_EQ(document->documentTypeName(), "a");
+    EXPECT_EQ(document->xmlString(), written);
+    document->setRootAttribute("b", "3");
+    EXPECT_EQ(document->rootAttribute("b"), "3");
+}
+
+TEST(XMLDocumentHead, showsWhatHasBeenChangedInTheTree) {
+    const auto document = parsed("<a b='c'><d/></a>");
+    document->rootElement().setAttribute("b", "1");
+    EXPECT_EQ(document->rootAttribute("b"), "1");
+    EXPECT_EQ(document->rootName(), "a");
+}
+
+TEST(XMLDocumentHead, isTheWholeOfAnEmptyDocument) {
+    const auto document = parsed("<a b='c'/>");
+    EXPECT_EQ(document->rootName(), "a");
+    EXPECT_EQ(document->rootAttribute("b"), "c");
+    EXPECT_FALSE(document->hasElementInRoot("a"));
+    EXPECT_TRUE(document->xmlString().ends_with("<a b=\"c\"/>\n"));
+}
+
+TEST(XMLDocumentHead, isThatOfTheMendedText) {
+    ErrorSlot error;
+    const auto document = XMLDocument::parse("\n<?xml version='1.0'?><a b=c d><e>&f</e></a>",
+                                             XMLMode::tolerant, error);
+    ASSERT_NE(document, nullptr);
+    EXPECT_EQ(document->rootAttribute("b"), "c");
+    EXPECT_EQ(document->rootAttribute("d"), "");
+    EXPECT_TRUE(document->hasElementInRoot("e"));
+    EXPECT_TRUE(document->xmlString().ends_with("<a b=\"c\" d=\"\">\n    <e>&amp;f</e>\n</a>\n"));
+}
+
+TEST(XMLDocumentHead, knowsTheElementsInTheRoot) {
+    const std::string text =
+        "<!--<c/>--><a c='&lt;c>'><!-- <c/> --><![CDATA[<c>]]><?p <c/>?><cc/><b:c/>"
+        "<d>&lt;c/></d><e\n/></a><!--<c/>-->";
+    for (const bool withTree : {false, true}) {
+        const auto document = parsed(text);
+        EXPECT_TRUE(!withTree || document->rootElement());
+        EXPECT_FALSE(document->hasElementInRoot("c"));
+        EXPECT_FALSE(document->hasElementInRoot("a"));
+        EXPECT_FALSE(document->hasElementInRoot("p"));
+        EXPECT_TRUE(document->hasElementInRoot("cc"));
+        EXPECT_TRUE(document->hasElementInRoot("d"));
+        EXPECT_TRUE(document->hasElementInRoot("e"));
+    }
+}
+
 TEST(XMLDocumentXPath, findsNodesInDocumentOrder) {
     const auto document = parsed("<a><b>1</b><c><b>2</b></c><b>3</b></a>");
     EXPECT_EQ(valuesOf(nodesOf(".//b", document->rootElement())), (Values{"1", "2", "3"}));

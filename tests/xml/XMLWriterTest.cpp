@@ -49,6 +49,28 @@ TEST(XMLWriter, replacesTheIndentationOfTheSource) {
               "<a>\n    <b>\n        <c/>\n    </b>\n</a>\n");
 }
 
+TEST(XMLWriter, tidiesTagsUp) {
+    EXPECT_EQ(written("<a  b = 'c\"d'\n\te=\"f'\"\t><g h='1' /><i\n></i\n></a >"),
+              "<a b=\"c&quot;d\" e=\"f'\">\n    <g h=\"1\"/>\n    <i></i>\n</a>\n");
+    EXPECT_EQ(written("<a><b c='1\t2\r\n3\n4&#9;5&#10;6&#13;7&#x41;8&apos;&quot;&lt;>'/></a>"),
+              "<a>\n    <b c=\"1 2 3 4&#9;5&#10;6&#13;7A8'&quot;&lt;&gt;\"/>\n</a>\n");
+}
+
+TEST(XMLWriter, replacesReferencesAndLineEndsInText) {
+    EXPECT_EQ(
+        written("<a>1&amp;2&lt;3&gt;4>5&quot;6&apos;7&#65;8&#x1F600;9&#38;0&#13;1\r\n2\r3</a>"),
+        "<a>1&amp;2&lt;3&gt;4&gt;5\"6'7A8\U0001F6009&amp;0&#13;1\n2\n3</a>\n");
+    EXPECT_EQ(written("<a>\r\n<b>\r\n</b>\r\n</a>"), "<a>\n    <b>\n</b>\n</a>\n");
+    EXPECT_EQ(written("<a><b>&#32;</b></a>"), "<a>\n    <b> </b>\n</a>\n");
+}
+
+TEST(XMLWriter, takesLineEndsInOtherMarkup) {
+    EXPECT_EQ(written("<a><!--1\r\n2\r3--><?p  1\r\n2 ?><?q?><?r ?><b><![CDATA[1\r\n>]]></b></a>"
+                      "<!--d--><?e f?>\n\n"),
+              "<a>\n    <!--1\n2\n3-->\n    <?p 1\n2 ?>\n    <?q?>\n    <?r?>\n"
+              "    <b><![CDATA[1\n>]]></b>\n</a>\n<!--d-->\n<?e f?>\n");
+}
+
 TEST(XMLWriter, keepsEmptyElementsAsTheyWere) {
     EXPECT_EQ(written("<a><b/><c></c><d ></d ><e f='g'></e><h i='j' /></a>"),
               "<a>\n    <b/>\n    <c></c>\n    <d></d>\n    <e f=\"g\"></e>\n    <h i=\"j\"/>\n"
