@@ -11,6 +11,7 @@
 #include "foundation/SystemPathGuard.h"
 #include "platform/AuthorizationHelper.h"
 #include "platform/Pipe.h"
+#include "platform/ProtectedPaths.h"
 #include "platform/Thread.h"
 
 // Runs as root for a program that its user has authorized. Standard output is one end of a socket
@@ -50,7 +51,9 @@ int serve() {
     if (!socket || !leaveStreamsBehind() || chdir("/") != 0) {
         return EXIT_FAILURE;
     }
-    return vornic::platform::serveAuthorizedTools(socket.get(), vornic::isGuardedSystemPath);
+    return vornic::platform::serveAuthorizedTools(
+        socket.get(), {.takingAway = vornic::isGuardedSystemPath,
+                       .replacing = vornic::platform::leadsToProtectedPath});
 }
 
 }  // namespace

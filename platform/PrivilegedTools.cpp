@@ -12,13 +12,14 @@ struct ToolForm {
     std::vector<std::string_view> options;
     std::size_t paths;
     bool takesFirstPathAway;
+    bool replacesLastPath;
 };
 
 const std::vector<ToolForm>& toolForms() {
     static const std::vector<ToolForm> forms{
-        {"/bin/rm", {"-Rdf"}, 1, true},   {"/bin/rm", {"-R", "-f"}, 1, true},
-        {"/bin/mv", {"-f"}, 2, true},     {"/bin/cp", {"-f", "-p", "-R"}, 2, false},
-        {"/bin/mkdir", {"-p"}, 1, false}, {"/usr/bin/touch", {"-c"}, 1, false},
+        {"/bin/rm", {"-Rdf"}, 1, true, false},   {"/bin/rm", {"-R", "-f"}, 1, true, false},
+        {"/bin/mv", {"-f"}, 2, true, true},      {"/bin/cp", {"-f", "-p", "-R"}, 2, false, true},
+        {"/bin/mkdir", {"-p"}, 1, false, false}, {"/usr/bin/touch", {"-c"}, 1, false, false},
     };
     return forms;
 }
@@ -48,7 +49,10 @@ std::optional<PrivilegedRun> allowedPrivilegedRun(const std::string& tool,
     }
     PrivilegedRun run;
     if (found->takesFirstPathAway) {
-        run.takenAway = arguments[found->options.size()];
+        run.takenAway = found->options.size();
+    }
+    if (found->replacesLastPath) {
+        run.replaced = arguments.size() - 1;
     }
     return run;
 }

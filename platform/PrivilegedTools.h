@@ -1,16 +1,19 @@
 #ifndef VORNIC_PLATFORM_PRIVILEGED_TOOLS_H
 #define VORNIC_PLATFORM_PRIVILEGED_TOOLS_H
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace vornic::platform {
 
-/// A run of one of the few tools that may have root's rights.
+/// A run of one of the few tools that may have root's rights: which of its arguments name what.
 struct PrivilegedRun {
-    /// The path that it removes or moves away; nothing for one that only adds or touches.
-    std::optional<std::string> takenAway;
+    /// What it removes or moves away; nothing for one that only adds or touches.
+    std::optional<std::size_t> takenAway;
+    /// What it writes over where something stands; nothing for one that replaces nothing.
+    std::optional<std::size_t> replaced;
 };
 
 /// Checks a tool and its arguments against the list of what may run with root's rights: rm, mv, cp,

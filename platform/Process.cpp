@@ -19,6 +19,7 @@ namespace vornic::platform {
 namespace {
 
 constexpr const char* kExceptionName = "NSInvalidArgumentException";
+constexpr int kFirstFurtherDescriptor = STDERR_FILENO + 1;
 
 [[noreturn]] void raiseNotStarted(const std::string& path, int errorNumber) {
     throw Exception(kExceptionName,
@@ -40,9 +41,9 @@ class SpawnActions {
         check(posix_spawn_file_actions_adddup2(&actions_, descriptor, number));
     }
     /// Also against libraries that open files without the close-on-exec flag.
-    void closeEverythingElse() {
+    void closeEverythingFrom([[maybe_unused]] int number) {
 #if __GLIBC_PREREQ(2, 34)
-        check(posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1));
+        check(posix_spawn_file_actions_addclosefrom_np(&actions_, number));
 #endif
     }
     [[nodiscard]] const posix_spawn_file_actions_t* get() const {
@@ -153,12 +154,25 @@ void Process::setDescriptor(StandardStream stream, FileDescriptor descriptor) {
         .isNullDevice = false, .descriptor = aboveStandardStreams(std::move(descriptor))};
 }
 
+int Process::addDescriptor(FileDescriptor descriptor) {
+    // Beyond the numbers that the child's get, so that none takes another's place on the way.
+    constexpr int kBeyond = 64;
+    FileDescriptor higher(fcntl(descriptor.get(), F_DUPFD_CLOEXEC, kBeyond));
+    if (!higher) {
+        throw Exception(kExceptionName,
+                        posixError("A descriptor cannot be duplicated", errno).description);
+    }
+    furtherDescriptors_.push_back(std::move(higher));
+    return kFirstFurtherDescriptor + static_cast<int>(furtherDescriptors_.size()) - 1;
+}
+
 void Process::launch() {
     const std::lock_guard lock(mutex_);
     if (spawned_) {
         throw Exception(kExceptionName, "The tool " + launchPath_ + " was started already.");
     }
     SpawnActions actions;
+    int next = kFirstFurtherDescriptor;
     for (std::size_t number = 0; number < streams_.size(); ++number) {
         const Stream& stream = streams_[number];
         if (stream.isNullDevice) {
@@ -167,7 +181,10 @@ void Process::launch() {
             actions.duplicate(stream.descriptor.get(), static_cast<int>(number));
         }
     }
-    actions.closeEverythingElse();
+    for (const FileDescriptor& descriptor : furtherDescriptors_) {
+        actions.duplicate(descriptor.get(), next++);
+    }
+    actions.closeEverythingFrom(next);
     const SpawnAttributes attributes;
     const TextList arguments = argumentList(launchPath_, arguments_);
     const std::optional<TextList> environment =
@@ -182,6 +199,7 @@ void Process::launch() {
     }
     spawned_ = std::make_shared<SpawnedProcess>(identifier);
     streams_ = {};
+    furtherDescriptors_.clear();
 }
 
 bool Process::isRunning() const {

@@ -23,10 +23,10 @@ enum class StandardStream : std::size_t { input = 0, output = 1, error = 2 };
 [[nodiscard]] bool isExecutableFile(const std::string& path);
 
 /// An external program: set it up, launch it once, look after it. The child gets its three standard
-/// streams and no other descriptor, the default dispositions of all signals and an empty signal
-/// mask, and shares this process's working folder, group and terminal. An object that goes leaves
-/// its process running; the end of the process is then fetched in the background, so that no zombie
-/// stays.
+/// streams, what `addDescriptor` gives it and no other descriptor, the default dispositions of all
+/// signals and an empty signal mask, and shares this process's working folder, group and terminal.
+/// An object that goes leaves its process running; the end of the process is then fetched in the
+/// background, so that no zombie stays.
 ///
 /// The set-up is for one thread, before the launch; everything else for any thread at any time.
 class Process {
@@ -52,6 +52,12 @@ class Process {
     void setNullDevice(StandardStream stream);
     /// Joins a stream to an open file, whose descriptor is closed here once the child has it.
     void setDescriptor(StandardStream stream, FileDescriptor descriptor);
+
+    /// Gives the child an open file besides its standard streams. Its descriptor is closed here
+    /// once the child has it.
+    /// @return the number that it has in the child: 3 for the first one.
+    /// @throws Exception when the system has no descriptor to give.
+    int addDescriptor(FileDescriptor descriptor);
 
     /// Starts the program.
     /// @throws Exception when it cannot be started, or was already.
@@ -88,6 +94,7 @@ class Process {
     std::vector<std::string> arguments_;
     std::optional<Environment> environment_;
     std::array<Stream, 3> streams_;
+    std::vector<FileDescriptor> furtherDescriptors_;
     mutable std::mutex mutex_;
     std::shared_ptr<SpawnedProcess> spawned_;
 };

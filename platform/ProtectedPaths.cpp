@@ -84,4 +84,14 @@ std::vector<std::string> formsOfPath(const std::string& path) {
     return forms;
 }
 
+bool leadsToProtectedPath(const std::string& path) {
+    std::vector<std::string> forms = formsOfPath(path);
+    int errorNumber = 0;
+    const std::optional<std::string> target = resolveFinalLink(path, errorNumber);
+    for (const std::string& form : formsOfPath(target.value_or(path))) {
+        add(forms, form);
+    }
+    return std::any_of(forms.begin(), forms.end(), isProtectedPath);
+}
+
 }  // namespace vornic::platform

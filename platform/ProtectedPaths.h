@@ -20,6 +20,11 @@ namespace vornic::platform {
 /// Looks at the disk; any thread. An empty path has no form but itself.
 [[nodiscard]] std::vector<std::string> formsOfPath(const std::string& path);
 
+/// Whether writing to a path would put something in the place of a protected path or into it. Asks
+/// about the forms of the path and, as a tool that writes follows a link at its end, of what that
+/// leads to. Looks at the disk; any thread.
+[[nodiscard]] bool leadsToProtectedPath(const std::string& path);
+
 }  // namespace vornic::platform
 
 #endif

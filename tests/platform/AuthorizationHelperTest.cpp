@@ -1,12 +1,17 @@
 #include <array>
 #include <chrono>
 #include <filesystem>
+#include <fstream>
+#include <functional>
+#include <future>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 
 #include "platform/AuthorizationHelper.h"
 #include "platform/AuthorizationProtocol.h"
@@ -30,10 +35,21 @@ class AuthorizationHelperTest : public test::SandboxTest {
         socket = FileDescriptor(ends[0]);
         helper = std::thread([this, end = ends[1]] {
             const FileDescriptor own(end);
-            status = serveAuthorizedTools(own.get(), [this](const std::string& path) {
-                asked.push_back(path);
+            const auto isForbidden = [this](std::vector<std::string>& questions,
+                                            const std::string& path) {
+                questions.push_back(path);
+                if (whenAsked) {
+                    whenAsked(path);
+                }
                 return path == forbidden;
-            });
+            };
+            const PathGuards guards{
+                .takingAway = [&](const std::string& path) { return isForbidden(asked, path); },
+                .replacing =
+                    [&](const std::string& path) {
+                        return isForbidden(askedAboutReplacing, path);
+                    }};
+            status = serveAuthorizedTools(own.get(), guards);
         });
         EXPECT_EQ(receiveMessage(socket.get()), kHelperGreeting);
     }
@@ -70,6 +86,46 @@ class AuthorizationHelperTest : public test::SandboxTest {
         EXPECT_TRUE(message && sendMessage(socket.get(), *message));
         return decodeStatus(receiveMessage(socket.get()).value_or("")).value_or(1);
     }
+    /// While a guard is asked about "folder", a link to "target" takes its place, as somebody might
+    /// do who wants to see another file go. @return the file of the same name in "target".
+    std::string swapWhenAsked() {
+        fs::create_directory(sandbox.path("folder"));
+        fs::create_directory(sandbox.path("target"));
+        sandbox.write("folder/file", "goes");
+        whenAsked = [this](const std::string& path) {
+            if (path == sandbox.path("folder/file")) {
+                fs::rename(sandbox.path("folder"), sandbox.path("moved"));
+                fs::create_directory_symlink(sandbox.path("target"), sandbox.path("folder"));
+            }
+        };
+        return sandbox.write("target/file", "kept");
+    }
+    /// The /proc folder of a running cp that has an argument which ends so, "" without one.
+    [[nodiscard]] static std::string findTool(const std::string& argumentsEnd) {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (std::chrono::steady_clock::now() < deadline) {
+            for (const auto& entry : fs::directory_iterator("/proc")) {
+                std::ifstream arguments(entry.path() / "cmdline");
+                std::string name;
+                std::getline(arguments, name, '\0');
+                for (std::string text; name == "/bin/cp" && std::getline(arguments, text, '\0');) {
+                    if (text.ends_with(argumentsEnd)) {
+                        return entry.path().string();
+                    }
+                }
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+        return "";
+    }
+    [[nodiscard]] static bool anyOpenSocket(const std::string& process) {
+        for (const auto& entry : fs::directory_iterator(process + "/fd")) {
+            if (fs::read_symlink(entry.path()).string().starts_with("socket:")) {
+                return true;
+            }
+        }
+        return false;
+    }
     std::string nextOutput() {
         const std::optional<std::string> chunk =
             decodeOutput(receiveMessage(socket.get()).value_or(""));
@@ -82,7 +138,10 @@ class AuthorizationHelperTest : public test::SandboxTest {
     int status = -1;
     std::string output = "nothing was read";
     std::string forbidden;
+    /// Called by the guards on the helper's thread.
+    std::function<void(const std::string& path)> whenAsked;
     std::vector<std::string> asked;
+    std::vector<std::string> askedAboutReplacing;
 };
 
 TEST_F(AuthorizationHelperTest, removesFoldersWithEverythingInThem) {
@@ -108,6 +167,8 @@ TEST_F(AuthorizationHelperTest, runsEachToolThatIsAllowed) {
     EXPECT_EQ(run("/bin/rm", {"-R", "-f", sandbox.path("a")}), 0);
     EXPECT_FALSE(test::exists(sandbox.path("a")));
     EXPECT_THAT(asked, ElementsAre(file, sandbox.path("a"))) << "only what goes is asked about";
+    EXPECT_THAT(askedAboutReplacing,
+                ElementsAre(sandbox.path("a/b/copy"), sandbox.path("a/moved")));
 }
 
 TEST_F(AuthorizationHelperTest, doesNotWaitForAToolWhoseOutputNobodyWants) {
@@ -144,6 +205,95 @@ TEST_F(AuthorizationHelperTest, refusesToTakeAwayWhatTheGuardForbids) {
     EXPECT_EQ(run("/bin/mv", {"-f", forbidden, sandbox.path("x")}), kAuthorizationDenied);
     EXPECT_EQ(test::readBytes(forbidden), "text");
     EXPECT_THAT(asked, ElementsAre(forbidden, forbidden, forbidden));
+}
+
+TEST_F(AuthorizationHelperTest, refusesToReplaceWhatTheGuardForbids) {
+    const std::string file = sandbox.write("file", "other");
+    forbidden = sandbox.write("kept", "text");
+    EXPECT_EQ(run("/bin/mv", {"-f", file, forbidden}), kAuthorizationDenied);
+    EXPECT_EQ(run("/bin/cp", {"-f", "-p", "-R", file, forbidden}), kAuthorizationDenied);
+    EXPECT_EQ(test::readBytes(forbidden), "text");
+    EXPECT_THAT(askedAboutReplacing, ElementsAre(forbidden, forbidden));
+}
+
+TEST_F(AuthorizationHelperTest, asksAboutThePathWithItsFolderResolvedToo) {
+    fs::create_directory(sandbox.path("real"));
+    forbidden = sandbox.write("real/kept", "text");
+    fs::create_directory_symlink(sandbox.path("real"), sandbox.path("link"));
+    const std::string given = sandbox.path("link/kept");
+    const std::string other = sandbox.write("other", "x");
+    EXPECT_EQ(run("/bin/rm", {"-Rdf", given}), kAuthorizationDenied);
+    EXPECT_EQ(run("/bin/mv", {"-f", other, given}), kAuthorizationDenied);
+    EXPECT_EQ(test::readBytes(forbidden), "text");
+    EXPECT_THAT(asked, ElementsAre(given, forbidden, other));
+    EXPECT_THAT(askedAboutReplacing, ElementsAre(given, forbidden));
+}
+
+TEST_F(AuthorizationHelperTest, removesInTheFolderThatWasAskedAboutThoughALinkTakesItsPlace) {
+    const std::string kept = swapWhenAsked();
+    EXPECT_EQ(run("/bin/rm", {"-Rdf", sandbox.path("folder/file")}), kAuthorizationSuccess);
+    EXPECT_EQ(test::readBytes(kept), "kept");
+    EXPECT_FALSE(test::exists(sandbox.path("moved/file")));
+}
+
+TEST_F(AuthorizationHelperTest, movesOutOfTheFolderThatWasAskedAboutThoughALinkTakesItsPlace) {
+    const std::string kept = swapWhenAsked();
+    EXPECT_EQ(run("/bin/mv", {"-f", sandbox.path("folder/file"), sandbox.path("taken")}),
+              kAuthorizationSuccess);
+    EXPECT_EQ(test::readBytes(kept), "kept");
+    EXPECT_EQ(test::readBytes(sandbox.path("taken")), "goes");
+}
+
+TEST_F(AuthorizationHelperTest, writesIntoTheFolderThatWasAskedAboutThoughALinkTakesItsPlace) {
+    const std::string kept = swapWhenAsked();
+    const std::string source = sandbox.write("source", "new");
+    EXPECT_EQ(run("/bin/cp", {"-f", "-p", "-R", source, sandbox.path("folder/file")}),
+              kAuthorizationSuccess);
+    EXPECT_EQ(test::readBytes(kept), "kept");
+    EXPECT_EQ(test::readBytes(sandbox.path("moved/file")), "new");
+}
+
+TEST_F(AuthorizationHelperTest, runsNothingOnAPathWhoseFolderCannotBeReached) {
+    const std::string path = sandbox.path("missing/file");
+    EXPECT_EQ(run("/bin/rm", {"-Rdf", path}), kAuthorizationToolExecuteFailure);
+    EXPECT_EQ(run("/bin/rm", {"-Rdf", sandbox.folder() + "/."}), kAuthorizationToolExecuteFailure);
+    forbidden = path;
+    EXPECT_EQ(run("/bin/rm", {"-Rdf", path}), kAuthorizationDenied);
+    EXPECT_TRUE(fs::exists(sandbox.folder()));
+}
+
+TEST_F(AuthorizationHelperTest, removesALinkAndNotWhatItLeadsToThoughThePathSaysFolder) {
+    fs::create_directory(sandbox.path("real"));
+    sandbox.write("real/kept", "text");
+    fs::create_directory_symlink(sandbox.path("real"), sandbox.path("link"));
+    EXPECT_EQ(run("/bin/rm", {"-Rdf", sandbox.path("link/")}), kAuthorizationSuccess);
+    EXPECT_EQ(test::readBytes(sandbox.path("real/kept")), "text");
+    EXPECT_FALSE(test::exists(sandbox.path("link")));
+}
+
+TEST_F(AuthorizationHelperTest, givesToolsNoneOfItsDescriptorsButTheFoldersTheyNeed) {
+    // A tool that cannot go on: it waits for a reader.
+    const std::string source = sandbox.write("source", "x");
+    const std::string fifo = sandbox.path("fifo");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    EXPECT_EQ(request("/bin/cp", {"-f", "-p", "-R", source, fifo}, true), kAuthorizationSuccess);
+    const std::string process = findTool(source);
+    ASSERT_NE(process, "");
+    EXPECT_EQ(fs::read_symlink(process + "/fd/3"), sandbox.folder());
+    EXPECT_FALSE(anyOpenSocket(process));
+    const FileDescriptor reader(::open(fifo.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    EXPECT_EQ(nextOutput(), "");
+}
+
+TEST_F(AuthorizationHelperTest, endsWithTheOtherEndThoughAToolStillRuns) {
+    const std::string source = sandbox.write("source", "x");
+    const std::string fifo = sandbox.path("fifo");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    EXPECT_EQ(request("/bin/cp", {"-f", "-p", "-R", source, fifo}, true), kAuthorizationSuccess);
+    std::future<int> ended = std::async(std::launch::async, [this] { return stop(); });
+    EXPECT_EQ(ended.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+    const FileDescriptor reader(::open(fifo.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    EXPECT_EQ(ended.get(), 0);
 }
 
 TEST_F(AuthorizationHelperTest, endsWhenTheOtherEndGoes) {

@@ -12,11 +12,18 @@ bool isAllowed(const std::string& tool, const std::vector<std::string>& argument
     return allowedPrivilegedRun(tool, arguments).has_value();
 }
 
-std::optional<std::string> takenAway(const std::string& tool,
-                                     const std::vector<std::string>& arguments) {
+using Argument = std::optional<std::size_t>;
+
+Argument takenAway(const std::string& tool, const std::vector<std::string>& arguments) {
     const std::optional<PrivilegedRun> run = allowedPrivilegedRun(tool, arguments);
     EXPECT_TRUE(run.has_value());
     return run ? run->takenAway : std::nullopt;
+}
+
+Argument replaced(const std::string& tool, const std::vector<std::string>& arguments) {
+    const std::optional<PrivilegedRun> run = allowedPrivilegedRun(tool, arguments);
+    EXPECT_TRUE(run.has_value());
+    return run ? run->replaced : std::nullopt;
 }
 
 TEST(PrivilegedToolsTest, allowsEachToolInItsForm) {
@@ -29,12 +36,21 @@ TEST(PrivilegedToolsTest, allowsEachToolInItsForm) {
 }
 
 TEST(PrivilegedToolsTest, tellsWhichPathARunTakesAway) {
-    EXPECT_EQ(takenAway("/bin/rm", {"-Rdf", "/a"}), "/a");
-    EXPECT_EQ(takenAway("/bin/rm", {"-R", "-f", "/a"}), "/a");
-    EXPECT_EQ(takenAway("/bin/mv", {"-f", "/a", "/b"}), "/a");
+    EXPECT_EQ(takenAway("/bin/rm", {"-Rdf", "/a"}), 1U);
+    EXPECT_EQ(takenAway("/bin/rm", {"-R", "-f", "/a"}), 2U);
+    EXPECT_EQ(takenAway("/bin/mv", {"-f", "/a", "/b"}), 1U);
     EXPECT_EQ(takenAway("/bin/cp", {"-f", "-p", "-R", "/a", "/b"}), std::nullopt);
     EXPECT_EQ(takenAway("/bin/mkdir", {"-p", "/a"}), std::nullopt);
     EXPECT_EQ(takenAway("/usr/bin/touch", {"-c", "/a"}), std::nullopt);
+}
+
+TEST(PrivilegedToolsTest, tellsWhichPathARunReplaces) {
+    EXPECT_EQ(replaced("/bin/rm", {"-Rdf", "/a"}), std::nullopt);
+    EXPECT_EQ(replaced("/bin/rm", {"-R", "-f", "/a"}), std::nullopt);
+    EXPECT_EQ(replaced("/bin/mv", {"-f", "/a", "/b"}), 2U);
+    EXPECT_EQ(replaced("/bin/cp", {"-f", "-p", "-R", "/a", "/b"}), 4U);
+    EXPECT_EQ(replaced("/bin/mkdir", {"-p", "/a"}), std::nullopt);
+    EXPECT_EQ(replaced("/usr/bin/touch", {"-c", "/a"}), std::nullopt);
 }
 
 TEST(PrivilegedToolsTest, allowsNoOtherTool) {

@@ -178,6 +178,36 @@ TEST(ProcessTest, leaksNoDescriptorThatALibraryLeftInheritable) {
     EXPECT_THAT(words(outputOf("/bin/ls", {"/proc/self/fd"})), ElementsAre("0", "1", "2", "3"));
 }
 
+TEST(ProcessTest, givesFurtherDescriptorsFromThreeOnAndNoOther) {
+    const test::Sandbox sandbox;
+    const FileDescriptor careless(open("/dev/null", O_RDONLY));  // NOLINT: on purpose
+    Process process;
+    for (const char* name : {"first", "second", "third"}) {
+        const std::string path = sandbox.write(name, name);
+        process.addDescriptor(FileDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC)));
+    }
+    process.setLaunchPath(kShell);
+    process.setArguments({"-c", "cat <&3; cat <&4; cat <&5; ls -x /proc/self/fd"});
+    // The last one is the folder that ls itself looks at.
+    EXPECT_EQ(outputOf(process), "firstsecondthird0  1  2  3  4  5  6\n");
+}
+
+TEST(ProcessTest, tellsTheNumberOfAFurtherDescriptorAndClosesItAtTheLaunch) {
+    const FileDescriptor probe(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    Process process;
+    EXPECT_EQ(process.addDescriptor(FileDescriptor(dup(probe.get()))), 3);
+    EXPECT_EQ(process.addDescriptor(FileDescriptor(dup(probe.get()))), 4);
+    EXPECT_THROW(process.addDescriptor(FileDescriptor()), Exception);
+    const auto openHere = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    };
+    const auto before = openHere();
+    launchShell(process, "exit 0");
+    // The descriptor by which the process's end is told has come instead.
+    EXPECT_EQ(openHere(), before - 2 + 1);
+    process.waitUntilExit();
+}
+
 TEST(ProcessTest, leaksNoPipeBetweenConcurrentLaunches) {
     constexpr int kThreads = 6;
     constexpr int kRounds = 15;

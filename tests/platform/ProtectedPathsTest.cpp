@@ -116,5 +116,27 @@ TEST_F(FormsOfPathTest, startsRelativePathsInTheWorkingFolder) {
     fs::current_path(before);
 }
 
+class LeadsToProtectedPathTest : public test::SandboxTest {};
+
+TEST_F(LeadsToProtectedPathTest, isTrueForProtectedPathsThemselves) {
+    EXPECT_TRUE(leadsToProtectedPath("/etc/passwd"));
+    EXPECT_TRUE(leadsToProtectedPath("/etc/no such file"));
+    EXPECT_TRUE(leadsToProtectedPath("/home"));
+    EXPECT_FALSE(leadsToProtectedPath(sandbox.path("file")));
+    EXPECT_FALSE(leadsToProtectedPath(sandbox.write("there", "x")));
+    EXPECT_FALSE(leadsToProtectedPath("/opt/no such folder/file"));
+}
+
+TEST_F(LeadsToProtectedPathTest, isTrueForALinkToOneAndForWhatLiesBehindALink) {
+    std::filesystem::create_symlink("/etc/passwd", sandbox.path("file"));
+    std::filesystem::create_symlink("/etc/no such file", sandbox.path("dangling"));
+    std::filesystem::create_symlink("/etc", sandbox.path("folder"));
+    std::filesystem::create_symlink("folder", sandbox.path("chain"));
+    for (const char* name :
+         {"file", "dangling", "folder", "chain", "folder/x", "chain/x", "folder/../etc/x"}) {
+        EXPECT_TRUE(leadsToProtectedPath(sandbox.path(name))) << name;
+    }
+}
+
 }  // namespace
 }  // namespace vornic::platform
