@@ -15,6 +15,7 @@
 #include "foundation/QMFileManager.h"
 #include "tests/support/FileState.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/PrivateMounts.h"
 #include "tests/support/RecordingAuthorizationHost.h"
 #include "tests/support/Sandbox.h"
 #include "tests/support/Unprivileged.h"
@@ -77,6 +78,30 @@ class RightsOfRoot {
   private:
     uid_t user_;
     bool available_;
+};
+
+/// The machine's volumes must be left while the process still has root's rights.
+struct OwnMounts {
+    PrivateMounts mounts;
+};
+
+/// `FileManagerTest` with a second volume.
+class SecondVolumeTest : protected OwnMounts, public FileManagerTest {
+  protected:
+    void SetUp() override {
+        const RightsOfRoot root;
+        mounted_ = mounts.mountVolume(makeFolder("volume"), "tmpfs", "mode=1777,size=16m");
+        if (!mounted_) {
+            GTEST_SKIP() << "needs root and the right to mount";
+        }
+    }
+    void TearDown() override {
+        const RightsOfRoot root;
+        EXPECT_TRUE(!mounted_ || mounts.unmountVolume(sandbox.path("volume")));
+    }
+
+  private:
+    bool mounted_ = false;
 };
 
 }  // namespace vornic::test
