@@ -1,6 +1,8 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <string>
+#include <vector>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -231,6 +233,45 @@ TEST_F(FileSystemTest, keepsAnErrorThatAnotherOperationLeft) {
     EXPECT_EQ(readFile(sandbox.write("file", "x"), error), "x");
     ASSERT_TRUE(error);
     EXPECT_EQ(error->code, EIO);
+}
+
+TEST_F(FileSystemTest, listsAFolderByteForByte) {
+    for (const char* name : {"b", "B", "a\xFF", ".hidden", "Icon\r"}) {
+        sandbox.write(name, "");
+    }
+    fs::create_symlink(sandbox.folder(), sandbox.path("link"));
+    const std::vector<std::string> names{".hidden", "B", "Icon\r", "a\xFF", "b", "link"};
+    EXPECT_EQ(namesInFolder(sandbox.folder(), error), names);
+    EXPECT_EQ(namesInFolder(sandbox.path("link"), error), names);
+}
+
+TEST_F(FileSystemTest, listsNothingButFolders) {
+    EXPECT_EQ(namesInFolder(sandbox.write("file", ""), error), std::nullopt);
+    EXPECT_EQ(error->code, ENOTDIR);
+    EXPECT_EQ(namesInFolder(sandbox.path("missing"), error), std::nullopt);
+    EXPECT_EQ(error->code, ENOENT);
+    EXPECT_EQ(namesInFolder(sandbox.folder() + std::string("\0x", 2), error), std::nullopt);
+    EXPECT_EQ(error->code, EINVAL);
+}
+
+TEST_F(FileSystemPermissionTest, tellsOfAFolderThatCannotBeListed) {
+    fs::create_directory(sandbox.path("shut"));
+    fs::permissions(sandbox.path("shut"), fs::perms::none);
+    EXPECT_EQ(namesInFolder(sandbox.path("shut"), error), std::nullopt);
+    EXPECT_EQ(error->code, EACCES);
+    EXPECT_EQ(error->description,
+              "The folder " + sandbox.path("shut") + " cannot be read: permission denied.");
+}
+
+TEST_F(FileSystemTest, setsPermissionBitsOfALinksTarget) {
+    const std::string file = sandbox.write("file", "x");
+    fs::create_symlink("file", sandbox.path("link"));
+    EXPECT_TRUE(setPermissions(sandbox.path("link"), 0100604, error));
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0604));
+    EXPECT_FALSE(setPermissions(sandbox.path("missing"), 0604, error));
+    EXPECT_EQ(error->code, ENOENT);
+    EXPECT_FALSE(setPermissions(std::string("a\0b", 3), 0604, error));
+    EXPECT_EQ(error->code, EINVAL);
 }
 
 }  // namespace

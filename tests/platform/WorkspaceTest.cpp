@@ -11,6 +11,7 @@
 #include "platform/FileSystem.h"
 #include "platform/Workspace.h"
 #include "tests/platform/SecondVolume.h"
+#include "tests/support/FileState.h"
 #include "tests/support/Sandbox.h"
 #include "tests/support/Unprivileged.h"
 
@@ -229,6 +230,34 @@ TEST_F(WorkspacePermissionTest, leavesAFileWhoseFolderIsReadOnly) {
     EXPECT_TRUE(fs::is_empty(trash));
     EXPECT_TRUE(test::exists(sandbox.path("closed/Cut.xml")));
     ASSERT_EQ(chmod(sandbox.path("closed").c_str(), 0700), 0);
+}
+
+TEST_F(WorkspaceTest, knowsPackagesByTheirExtensions) {
+    for (const char* name : {"Vornic.app", "Library.FCPBundle", "My Photos.photoslibrary"}) {
+        fs::create_directory(sandbox.path(name));
+        EXPECT_TRUE(isFilePackage(sandbox.path(name))) << name;
+        EXPECT_TRUE(isFilePackage(sandbox.path(name) + "/")) << name;
+    }
+    fs::create_symlink("Vornic.app", sandbox.path("link.app"));
+    EXPECT_TRUE(isFilePackage(sandbox.path("link.app")));
+    for (const char* name : {"Folder", "Folder.xml", "app", ".app"}) {
+        fs::create_directory(sandbox.path(name));
+        EXPECT_FALSE(isFilePackage(sandbox.path(name))) << name;
+    }
+    EXPECT_FALSE(isFilePackage(sandbox.write("file.app", "x")));
+    EXPECT_FALSE(isFilePackage(sandbox.path("missing.app")));
+}
+
+TEST_F(WorkspaceTest, knowsPackagesByTheirFinderFlag) {
+    fs::create_directory(sandbox.path("Folder"));
+    std::string info(32, '\0');
+    if (!test::setAttribute(sandbox.path("Folder"), test::kFinderInfo, info)) {
+        GTEST_SKIP() << "the volume has no extended attributes";
+    }
+    EXPECT_FALSE(isFilePackage(sandbox.path("Folder")));
+    info[8] = 0x20;
+    ASSERT_TRUE(test::setAttribute(sandbox.path("Folder"), test::kFinderInfo, info));
+    EXPECT_TRUE(isFilePackage(sandbox.path("Folder")));
 }
 
 }  // namespace
