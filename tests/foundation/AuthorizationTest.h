@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "foundation/QMAuthorization.h"
+#include "tests/support/ConsoleCapture.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/RecordingAuthorizationHost.h"
 #include "tests/support/Sandbox.h"
@@ -17,24 +18,8 @@ namespace vornic::test {
 /// Tests of privileged operations in which no tool is ever run.
 class AuthorizationTest : public ::testing::Test {
   protected:
-    AuthorizationTest() { ::testing::internal::CaptureStderr(); }
-    ~AuthorizationTest() override { static_cast<void>(console()); }
-
     /// The messages on the console so far, without date and process. Ends the capture.
-    [[nodiscard]] std::vector<std::string> console() {
-        if (!consoleTaken_) {
-            consoleTaken_ = true;
-            std::string text = ::testing::internal::GetCapturedStderr();
-            for (std::size_t end = text.find('\n'); end != std::string::npos;
-                 end = text.find('\n')) {
-                const std::string line = text.substr(0, end);
-                text.erase(0, end + 1);
-                const std::size_t message = line.find("] ");
-                console_.push_back(message == std::string::npos ? line : line.substr(message + 2));
-            }
-        }
-        return console_;
-    }
+    [[nodiscard]] std::vector<std::string> console() { return console_.lines(); }
 
     /// An instance in the recording process, which may ask the user unless it is said otherwise.
     [[nodiscard]] std::unique_ptr<QMAuthorization> make(bool hasGUI = true) const {
@@ -54,8 +39,7 @@ class AuthorizationTest : public ::testing::Test {
         std::make_shared<RecordingAuthorizationHost>();
 
   private:
-    bool consoleTaken_ = false;
-    std::vector<std::string> console_;
+    ConsoleCapture console_;
 };
 
 }  // namespace vornic::test

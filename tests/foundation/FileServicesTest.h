@@ -7,14 +7,11 @@
 #include <string_view>
 #include <vector>
 
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include "platform/Thread.h"
+#include "tests/foundation/FileManagerTest.h"
 #include "tests/support/ConsoleCapture.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/Sandbox.h"
-#include "tests/support/Unprivileged.h"
 
 namespace vornic::test {
 
@@ -22,8 +19,9 @@ namespace vornic::test {
 using Lines = std::vector<std::string>;
 
 /// Tests of what reads and writes large files, with a log that prints, as an ordinary user.
-class FileServicesTest : public ::testing::Test {
+class FileServicesTest : public FileManagerTest {
   protected:
+    FileServicesTest() { LogCapture::start(LogCapture::Printing::on); }
     ~FileServicesTest() override { waitForBackgroundCalls(); }
 
     static void waitForBackgroundCalls() {
@@ -36,10 +34,6 @@ class FileServicesTest : public ::testing::Test {
         EXPECT_EQ(truncate(path.c_str(), static_cast<off_t>(size)), 0);
         return path;
     }
-
-    Unprivileged user;
-    Sandbox sandbox;
-    LogCapture log{LogCapture::Printing::on};
 };
 
 }  // namespace vornic::test

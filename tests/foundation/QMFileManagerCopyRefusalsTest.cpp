@@ -73,11 +73,12 @@ TEST_F(QMFileManagerCopyRefusalsTest, refusesASourceThatIsNoRegularFile) {
 TEST_F(QMFileManagerCopyRefusalsTest, refusesADestinationWhoseFolderCannotBeMade) {
     const std::string folder = older + "/folder";
     test::ConsoleCapture console;
-    // As if it had to be made with administrator rights, which nobody gives.
+    host->executeStatus = -1;
     EXPECT_FALSE(copyRecorded(source, {fresh, folder + "/copy"}, 1, recording));
     EXPECT_EQ(console.lines().back(), "Unable to copy file " + source +
                                           " - destination directory " + folder +
                                           " doesn't exist. Aborting copy process...");
+    EXPECT_EQ(runs(), Lines{"execute /bin/mkdir -p " + folder});
     EXPECT_EQ(recording.finished, 0);
     EXPECT_FALSE(exists(fresh));
     EXPECT_EQ(readBytes(older), "an older file");
