@@ -6,15 +6,32 @@
 #include <unistd.h>
 
 #include "foundation/FormatString.h"
+#include "foundation/SystemPathGuard.h"
 #include "platform/Console.h"
 #include "platform/FileMetadata.h"
+#include "platform/PathText.h"
 
 namespace vornic {
 
 using platform::consoleLog;
 
+namespace {
+
+/// Whether the path leads to a file of the system that must keep its contents.
+bool leadsToGuardedFile(const std::string& path) {
+    int ignored = 0;
+    const std::optional<std::string> target = platform::resolveFinalLink(path, ignored);
+    return platform::fileExists(path) &&
+           (isGuardedSystemPath(path) || (target && isGuardedSystemPath(*target)));
+}
+
+}  // namespace
+
 bool FileCopyDestination::open(mode_t modeOfNew) {
     if (path_.find('\0') != std::string::npos) {
+        return false;
+    }
+    if (leadsToGuardedFile(path_)) {
         return false;
     }
     struct stat status {};

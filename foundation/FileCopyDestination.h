@@ -23,7 +23,8 @@ class FileCopyDestination {
 
     [[nodiscard]] const std::string& path() const { return path_; }
     /// Opens for reading and writing, links followed, and changes nothing in a file that exists.
-    /// Only regular files can be opened.
+    /// Only regular files can be opened, and no file of the system that exists
+    /// (`isGuardedSystemPath`).
     /// @param modeOfNew of a file that did not exist, before the umask
     [[nodiscard]] bool open(mode_t modeOfNew);
     [[nodiscard]] platform::FileIdentity identity() const { return identity_; }

@@ -1,6 +1,7 @@
 #include <sys/stat.h>
 
 #include "tests/foundation/CopyTest.h"
+#include "tests/platform/SecondVolume.h"
 #include "tests/support/FileState.h"
 
 namespace vornic {
@@ -107,6 +108,19 @@ TEST_F(QMFileManagerCopyRefusalsTest, refusesADestinationThatIsNoRegularFile) {
     expectRefusal(source, {older, sandbox.folder()}, unopenable(sandbox.folder()));
     expectRefusal(source, {older, "/dev/null"}, unopenable("/dev/null"));
     expectRefusal(source, {older, std::string("a\0b", 3)}, unopenable(std::string("a\0b", 3)));
+    EXPECT_EQ(readBytes(older), "an older file");
+}
+
+TEST_F(QMFileManagerCopyRefusalsTest, refusesToReplaceAFileOfTheSystem) {
+    // All of "/dev" counts as the system's, and here is a part that anyone may write.
+    const test::SecondVolume volume;
+    const std::string guarded = volume.path("file");
+    test::writeBytes(guarded, "the system's");
+    const std::string soft = sandbox.path("soft");
+    ASSERT_EQ(symlink(guarded.c_str(), soft.c_str()), 0);
+    expectRefusal(source, {older, guarded}, unopenable(guarded));
+    expectRefusal(source, {older, soft}, unopenable(soft));
+    EXPECT_EQ(readBytes(guarded), "the system's");
     EXPECT_EQ(readBytes(older), "an older file");
 }
 
