@@ -3,6 +3,7 @@
 #include <array>
 #include <chrono>
 #include <ctime>
+#include <functional>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -54,6 +55,19 @@ std::string localTimeStamp() {
     std::array<char, 32> text{};
     const std::size_t length = std::strftime(text.data(), text.size(), "%Y%m%d%H%M%S", &date);
     return {text.data(), length};
+}
+
+/// A path with a time stamp at which nothing stands. What was put there within the same second
+/// would be overwritten, hence the next second is waited for.
+std::string freeStampedPath(const std::function<std::string()>& stampedPath) {
+    constexpr std::chrono::milliseconds kStep(20);
+    constexpr int kMostSteps = 100;
+    std::string path = stampedPath();
+    for (int step = 0; step < kMostSteps && platform::nodeExists(path); ++step) {
+        std::this_thread::sleep_for(kStep);
+        path = stampedPath();
+    }
+    return path;
 }
 
 struct SharedController {
@@ -206,11 +220,13 @@ Path QMAuthorization::trashDestination(const std::string& path) const {
     } else if (const Path trash = QMLocalPaths::trashDirectory()) {
         destination = appendingPathComponent(*trash, name);
     }
-    if (destination && platform::fileExists(*destination)) {
-        destination = deletingPathExtension(*destination) +
-                      formatString("_%@.%@", localTimeStamp(), pathExtension(path));
+    if (!destination || !platform::fileExists(*destination)) {
+        return destination;
     }
-    return destination;
+    const std::string stem = deletingPathExtension(*destination);
+    const std::string extension = pathExtension(path);
+    return freeStampedPath(
+        [&] { return stem + formatString("_%@.%@", localTimeStamp(), extension); });
 }
 
 bool QMAuthorization::deletesInstead(bool deleteOnRootAccount) const {

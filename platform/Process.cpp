@@ -155,8 +155,12 @@ void Process::setDescriptor(StandardStream stream, FileDescriptor descriptor) {
 }
 
 int Process::addDescriptor(FileDescriptor descriptor) {
+    constexpr std::size_t kMost = 16;
+    if (furtherDescriptors_.size() == kMost) {
+        throw Exception(kExceptionName, "A tool cannot be given so many descriptors.");
+    }
     // Beyond the numbers that the child's get, so that none takes another's place on the way.
-    constexpr int kBeyond = 64;
+    constexpr int kBeyond = kFirstFurtherDescriptor + static_cast<int>(kMost);
     FileDescriptor higher(fcntl(descriptor.get(), F_DUPFD_CLOEXEC, kBeyond));
     if (!higher) {
         throw Exception(kExceptionName,

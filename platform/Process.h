@@ -56,7 +56,7 @@ class Process {
     /// Gives the child an open file besides its standard streams. Its descriptor is closed here
     /// once the child has it.
     /// @return the number that it has in the child: 3 for the first one.
-    /// @throws Exception when the system has no descriptor to give.
+    /// @throws Exception when the system has no descriptor to give, or the child 16 already.
     int addDescriptor(FileDescriptor descriptor);
 
     /// Starts the program.

@@ -418,6 +418,17 @@ TEST_F(AuthTrashTest, putsTheLocalTimeBehindANameThatIsTaken) {
     EXPECT_LE(run.substr(start.size(), 14), after);
 }
 
+TEST_F(AuthTrashTest, replacesNothingThatWasTrashedInTheSameSecond) {
+    const std::string file = sandbox.write("Cut.txt", "x");
+    putIntoTrash("Cut.txt");
+    const std::string taken = "Cut_" + stampNow() + ".txt";
+    putIntoTrash(taken);
+    EXPECT_TRUE(make()->authTrashFile(file));
+    ASSERT_EQ(runs().size(), 1U);
+    EXPECT_THAT(runs()[0], MatchesRegex(".*/\\.Trash/Cut_[0-9]{14}\\.txt"));
+    EXPECT_FALSE(runs()[0].ends_with(taken)) << runs()[0];
+}
+
 TEST_F(AuthTrashTest, endsATakenNameWithoutExtensionInADot) {
     const std::string file = sandbox.write("Cut", "x");
     putIntoTrash("Cut");

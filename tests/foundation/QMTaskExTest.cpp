@@ -56,6 +56,9 @@ TEST_F(QMTaskExTest, throwsTheOutputOfARunAway) {
     testing::internal::CaptureStderr();
     EXPECT_TRUE(QMTaskEx::runTask(kShell, script("echo out; echo err >&2")));
     EXPECT_EQ(QMTaskEx::terminationCodeFromTask(kShell, script("echo out; echo err >&2")), 0);
+    const std::string mark = sandbox.path("mark");
+    QMTaskEx::runTaskAndReturn(kShell, script("echo out; echo err >&2; mkdir " + mark));
+    EXPECT_TRUE(becomesTrue([&] { return std::filesystem::exists(mark); }));
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     EXPECT_EQ(printed.text(), "");
 }

@@ -192,6 +192,24 @@ TEST(ProcessTest, givesFurtherDescriptorsFromThreeOnAndNoOther) {
     EXPECT_EQ(outputOf(process), "firstsecondthird0  1  2  3  4  5  6\n");
 }
 
+TEST(ProcessTest, givesSixteenFurtherDescriptorsWithoutMixingThemUp) {
+    const test::Sandbox sandbox;
+    Process process;
+    std::string expected;
+    std::string script;
+    for (int number = 3; number < 3 + 16; ++number) {
+        const std::string path = sandbox.write(std::to_string(number), std::to_string(number));
+        EXPECT_EQ(process.addDescriptor(FileDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC))),
+                  number);
+        expected += std::to_string(number) + " ";
+        script += "cat /proc/self/fd/" + std::to_string(number) + "; printf ' ';";
+    }
+    EXPECT_THROW(process.addDescriptor(FileDescriptor(dup(0))), Exception);
+    process.setLaunchPath(kShell);
+    process.setArguments({"-c", script});
+    EXPECT_EQ(outputOf(process), expected);
+}
+
 TEST(ProcessTest, tellsTheNumberOfAFurtherDescriptorAndClosesItAtTheLaunch) {
     const FileDescriptor probe(open("/dev/null", O_RDONLY | O_CLOEXEC));
     Process process;
