@@ -177,6 +177,10 @@ void MainThread::perform(std::function<void()> function) {
     hub().loop()->post(std::move(function));
 }
 
+void MainThread::performAfter(std::chrono::milliseconds delay, std::function<void()> function) {
+    hub().loop()->postAfter(delay, std::move(function));
+}
+
 bool MainThread::dispatchOne(std::chrono::milliseconds limit) {
     return hub().loop()->dispatchOne(limit);
 }

@@ -14,6 +14,11 @@ class MainThreadLoop {
     virtual ~MainThreadLoop() = default;
     /// Queues a function for the main thread. Any thread; returns at once.
     virtual void post(std::function<void()> function) = 0;
+    /// Queues a function that the main thread runs once the delay has passed, at the next turn of
+    /// the loop; a delay below zero counts as zero. Functions with the same due time run in the
+    /// order of the calls. What is not due when the loop ends is never run. Any thread; returns at
+    /// once.
+    virtual void postAfter(std::chrono::milliseconds delay, std::function<void()> function) = 0;
     /// On the main thread: runs at most one pending event, waiting at most `limit` for one.
     /// @return true when one was run.
     virtual bool dispatchOne(std::chrono::milliseconds limit) = 0;
@@ -25,6 +30,7 @@ class PlainRunLoop : public MainThreadLoop {
     PlainRunLoop();
     ~PlainRunLoop() override;
     void post(std::function<void()> function) override;
+    void postAfter(std::chrono::milliseconds delay, std::function<void()> function) override;
     bool dispatchOne(std::chrono::milliseconds limit) override;
 
   private:
@@ -48,6 +54,9 @@ class MainThread {
     static void performAndWait(const std::function<void()>& function);
     /// Hands the function over and returns at once, on the main thread too.
     static void perform(std::function<void()> function);
+    /// Hands the function over, to be run on the main thread once the delay has passed, and returns
+    /// at once. `MainThreadLoop::postAfter` of the loop in place. Any thread.
+    static void performAfter(std::chrono::milliseconds delay, std::function<void()> function);
     /// `MainThreadLoop::dispatchOne` of the loop in place.
     static bool dispatchOne(std::chrono::milliseconds limit);
 

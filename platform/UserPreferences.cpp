@@ -2,6 +2,8 @@
 
 #include <cerrno>
 #include <chrono>
+#include <map>
+#include <mutex>
 #include <thread>
 #include <utility>
 
@@ -60,6 +62,72 @@ FileDescriptor lockDomain(const std::string& path, ErrorSlot& error) {
     return file;
 }
 
+using Path = std::optional<std::string>;
+
+Path preferencesFile(const std::string& domain, SearchPathDomain owner) {
+    const std::vector<std::string> library =
+        searchPathForDirectories(SearchPathDirectory::library, owner);
+    if (library.empty() || domain.empty() || domain.find('/') != std::string::npos) {
+        return std::nullopt;
+    }
+    return joinPath(joinPath(library.front(), "Preferences"), domain + ".plist");
+}
+
+std::optional<PropertyList> storedValue(const Path& file, const std::string& key) {
+    ErrorSlot ignored;
+    const std::optional<PropertyList> list =
+        file ? PropertyList::readFile(*file, ignored) : std::nullopt;
+    const PropertyList* found = list ? list->find(key) : nullptr;
+    return found != nullptr ? std::optional(*found) : std::nullopt;
+}
+
+/// Stores the value of a key, or takes the key away where there is no value.
+bool storeValue(const std::string& file, const std::string& key,
+                const std::optional<PropertyList>& value, ErrorSlot& error) {
+    if (!createDirectory(parentFolder(file), error)) {
+        return false;
+    }
+    const FileDescriptor lock = lockDomain(file, error);
+    std::optional<PropertyList::Dictionary> entries =
+        lock ? storedEntries(file, error) : std::nullopt;
+    if (!entries) {
+        return false;
+    }
+    const auto stored = entries->find(key);
+    const bool isStored = stored != entries->end();
+    if (value ? isStored && stored->second == *value : !isStored) {
+        return true;
+    }
+    if (value) {
+        entries->insert_or_assign(key, *value);
+    } else {
+        entries->erase(stored);
+    }
+    return PropertyList(std::move(*entries)).writeFile(file, error);
+}
+
+/// Guards and holds what every instance has registered.
+struct RegisteredDefaults {
+    std::mutex mutex;
+    std::map<std::string, PropertyList::Dictionary> byDomain;
+};
+
+RegisteredDefaults& registeredDefaults() {
+    static RegisteredDefaults registered;
+    return registered;
+}
+
+std::optional<PropertyList> registeredDefault(const std::string& domain, const std::string& key) {
+    RegisteredDefaults& registered = registeredDefaults();
+    const std::lock_guard lock(registered.mutex);
+    const auto defaults = registered.byDomain.find(domain);
+    if (defaults == registered.byDomain.end()) {
+        return std::nullopt;
+    }
+    const auto found = defaults->second.find(key);
+    return found != defaults->second.end() ? std::optional(found->second) : std::nullopt;
+}
+
 }  // namespace
 
 UserPreferences::UserPreferences() : UserPreferences(kApplicationDomain) {}
@@ -67,21 +135,21 @@ UserPreferences::UserPreferences() : UserPreferences(kApplicationDomain) {}
 UserPreferences::UserPreferences(std::string domain) : domain_(std::move(domain)) {}
 
 std::optional<std::string> UserPreferences::path() const {
-    const std::vector<std::string> library =
-        searchPathForDirectories(SearchPathDirectory::library, SearchPathDomain::user);
-    if (library.empty() || domain_.empty() || domain_.find('/') != std::string::npos) {
-        return std::nullopt;
-    }
-    return joinPath(joinPath(library.front(), "Preferences"), domain_ + ".plist");
+    return preferencesFile(domain_, SearchPathDomain::user);
+}
+
+std::optional<std::string> UserPreferences::anyUserPath() const {
+    return preferencesFile(domain_, SearchPathDomain::local);
 }
 
 std::optional<PropertyList> UserPreferences::value(const std::string& key) const {
-    const std::optional<std::string> file = path();
-    ErrorSlot ignored;
-    const std::optional<PropertyList> list =
-        file ? PropertyList::readFile(*file, ignored) : std::nullopt;
-    const PropertyList* found = list ? list->find(key) : nullptr;
-    return found != nullptr ? std::optional(*found) : std::nullopt;
+    if (std::optional<PropertyList> own = storedValue(path(), key)) {
+        return own;
+    }
+    if (std::optional<PropertyList> anyUsers = storedValue(anyUserPath(), key)) {
+        return anyUsers;
+    }
+    return registeredDefault(domain_, key);
 }
 
 bool UserPreferences::setValue(const std::string& key, const PropertyList& value,
@@ -91,21 +159,26 @@ bool UserPreferences::setValue(const std::string& key, const PropertyList& value
         error = posixError("There is no folder for the preferences of " + domain_, ENOENT);
         return false;
     }
-    if (!createDirectory(parentFolder(*file), error)) {
-        return false;
+    return storeValue(*file, key, value, error);
+}
+
+bool UserPreferences::setValueForAnyUser(const std::string& key, const PropertyList& value,
+                                         ErrorSlot& error) const {
+    const std::optional<std::string> machines = anyUserPath();
+    ErrorSlot notWritable;
+    if (!machines || !storeValue(*machines, key, value, notWritable)) {
+        return setValue(key, value, error);
     }
-    const FileDescriptor lock = lockDomain(*file, error);
-    std::optional<PropertyList::Dictionary> entries =
-        lock ? storedEntries(*file, error) : std::nullopt;
-    if (!entries) {
-        return false;
+    const std::optional<std::string> own = path();
+    return !own || !storedValue(own, key) || storeValue(*own, key, std::nullopt, error);
+}
+
+void UserPreferences::registerDefaults(const PropertyList::Dictionary& defaults) const {
+    RegisteredDefaults& registered = registeredDefaults();
+    const std::lock_guard lock(registered.mutex);
+    for (const auto& [key, value] : defaults) {
+        registered.byDomain[domain_].insert_or_assign(key, value);
     }
-    const auto stored = entries->find(key);
-    if (stored != entries->end() && stored->second == value) {
-        return true;
-    }
-    entries->insert_or_assign(key, value);
-    return PropertyList(std::move(*entries)).writeFile(*file, error);
 }
 
 }  // namespace vornic::platform

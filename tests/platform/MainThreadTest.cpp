@@ -101,6 +101,19 @@ TEST_F(MainThreadTest, performsLaterAndInOrder) {
     EXPECT_EQ(ran, (std::vector<int>{1, 2}));
 }
 
+TEST_F(MainThreadTest, performsAfterADelayOnTheMainThread) {
+    std::atomic<bool> done{false};
+    std::thread([&] {
+        MainThread::performAfter(milliseconds(10), [&] {
+            EXPECT_TRUE(MainThread::isCurrent());
+            done = true;
+        });
+    }).join();
+    EXPECT_FALSE(done);
+    dispatchUntil(done);
+    EXPECT_TRUE(done);
+}
+
 TEST_F(MainThreadTest, keepsTheOrderOfAThreadsHandOvers) {
     std::atomic<bool> done{false};
     std::vector<int> ran;
@@ -123,6 +136,9 @@ class CountingLoop : public MainThreadLoop {
     void post(std::function<void()> function) override {
         inner_.post(std::move(function));
         ++posted;
+    }
+    void postAfter(milliseconds delay, std::function<void()> function) override {
+        inner_.postAfter(delay, std::move(function));
     }
     bool dispatchOne(milliseconds limit) override { return inner_.dispatchOne(limit); }
     std::atomic<int> posted{0};
