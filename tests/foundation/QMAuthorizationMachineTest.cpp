@@ -10,9 +10,11 @@
 #include <string_view>
 
 #include <gmock/gmock.h>
+#include <sys/mount.h>
 #include <unistd.h>
 
 #include "foundation/QMAuthorization.h"
+#include "foundation/QMFileManager.h"
 #include "platform/LinuxAuthorizationServices.h"
 #include "tests/support/AuthorizationMachine.h"
 #include "tests/support/CapturedChild.h"
@@ -154,6 +156,50 @@ TEST_F(SudoTest, doesTheOperations) {
         return fs::is_directory(secret() + "/made") && fs::exists(secret() + "/copy") &&
                !fs::exists(secret() + "/file");
     }));
+}
+
+TEST_F(SudoTest, touchesAFileThatTheUserMayNotWrite) {
+    const std::string file = secret() + "/file";
+    fs::last_write_time(file, fs::file_time_type{});
+    const test::ChildOutcome outcome = asUser([&](QMAuthorization& authorization) {
+        ASSERT_TRUE(show(authorization, AuthorizationMachine::kPassword));
+        const std::shared_ptr<QMAuthorization> shared(&authorization, [](QMAuthorization*) {});
+        QMAuthorization::setSharedController(shared);
+        EXPECT_TRUE(QMFileManager::touchFile(file, true));
+        EXPECT_TRUE(QMFileManager::touchFile(secret() + "/missing"));
+        QMAuthorization::setSharedController(nullptr);
+    });
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_NE(fs::last_write_time(file), fs::file_time_type{});
+    EXPECT_FALSE(fs::exists(secret() + "/missing"));
+}
+
+TEST_F(SudoTest, hasAHelperThatKeepsItsHandsOffTheSystem) {
+    // An empty folder in the place of the machine's own, should a guard be missing.
+    ASSERT_EQ(mount("none", "/boot", "tmpfs", 0, nullptr), 0);
+    std::ofstream("/boot/kept") << "text";
+    fs::create_directory_symlink("/boot", secret() + "/link");
+    const test::ChildOutcome outcome = asUser([](QMAuthorization& authorization) {
+        ASSERT_TRUE(show(authorization, AuthorizationMachine::kPassword));
+        const std::string file = secret() + "/file";
+        for (const std::string& path : {std::string("/boot/kept"), secret() + "/link/kept"}) {
+            EXPECT_EQ(authorization.authExecTask("/bin/rm", {"-Rdf", path}, false),
+                      platform::kAuthorizationDenied);
+            EXPECT_EQ(authorization.authExecTask("/bin/mv", {"-f", path, file}, false),
+                      platform::kAuthorizationDenied);
+            EXPECT_EQ(authorization.authExecTask("/bin/mv", {"-f", file, path}, false),
+                      platform::kAuthorizationDenied);
+            EXPECT_EQ(authorization.authExecTask("/bin/cp", {"-f", "-p", "-R", file, path}, false),
+                      platform::kAuthorizationDenied);
+        }
+        EXPECT_EQ(authorization.authExecTask("/bin/cp",
+                                             {"-f", "-p", "-R", file, secret() + "/link"}, false),
+                  platform::kAuthorizationDenied);
+    });
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(test::readBytes("/boot/kept"), "text");
+    EXPECT_FALSE(fs::exists("/boot/file"));
+    EXPECT_TRUE(fs::exists(secret() + "/file"));
 }
 
 TEST_F(SudoTest, refusesAWrongPassword) {

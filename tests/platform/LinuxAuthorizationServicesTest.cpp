@@ -24,6 +24,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using test::becomesTrue;
+using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -259,6 +260,15 @@ TEST_F(LinuxAuthorizationServicesTest, outlivesTheKeysThatInterruptTheProgram) {
         kill(processOf("pkexec"), number);
     }
     EXPECT_EQ(run("/bin/mkdir", {"-p", sandbox.path("x")}), kAuthorizationSuccess);
+}
+
+TEST_F(LinuxAuthorizationServicesTest, hasAHelperThatDumpsNoCoreAndLetsNobodyElseWrite) {
+    LinuxAuthorizationServices careless = withPkexec("umask 000; exec \"$1\"");
+    ASSERT_EQ(ask(careless), kAuthorizationSuccess);
+    const std::string folder = "/proc/" + std::to_string(processOf("other"));
+    EXPECT_THAT(test::readBytes(folder + "/limits"),
+                ContainsRegex("Max core file size +0 +0 +bytes"));
+    EXPECT_THAT(test::readBytes(folder + "/status"), HasSubstr("Umask:\t0022"));
 }
 
 TEST_F(LinuxAuthorizationServicesTest, tellsWhenTheHelperIsGone) {
