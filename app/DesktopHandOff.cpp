@@ -21,15 +21,15 @@ int runDesktopProgram(char* const* arguments) {
         if (platform::fileExists(program)) {
             execv(program.c_str(), arguments);
             const Error error = posixError("The program " + program + " cannot be started", errno);
-            std::fprintf(stderr, "vornic: %s\n", error.description.c_str());
+            static_cast<void>(std::fprintf(stderr, "vornic: %s\n", error.description.c_str()));
             return 1;
         }
     }
-    std::fputs(
-        "vornic: The desktop program (vornic-desktop) is not installed.\n"
-        "To convert files without it: vornic -convertxmeml VERSION FILE...\n"
-        "To repair files without it: vornic-repair FILE...\n",
-        stderr);
+    static_cast<void>(
+        std::fputs("vornic: The desktop program (vornic-desktop) is not installed.\n"
+                   "To convert files without it: vornic -convertxmeml VERSION FILE...\n"
+                   "To repair files without it: vornic-repair FILE...\n",
+                   stderr));
     return 1;
 }
 

@@ -76,7 +76,7 @@ Options parse(const std::vector<std::string>& arguments) {
 }
 
 int print(std::FILE* stream, std::string_view text, int status) {
-    std::fwrite(text.data(), 1, text.size(), stream);
+    static_cast<void>(std::fwrite(text.data(), 1, text.size(), stream));
     return status;
 }
 
@@ -139,7 +139,7 @@ bool repairFile(const std::string& path, bool quiet) {
         complaint = formatString("There is not enough memory to repair the file %@.", path);
         QMLog::appendLog("%@", complaint);
     }
-    std::fflush(stdout);
+    static_cast<void>(std::fflush(stdout));
     if (!complaint.empty()) {
         complain(complaint);
     }

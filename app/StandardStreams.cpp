@@ -16,8 +16,8 @@ void secureStandardStreams() {
     if (descriptor >= 0) {
         close(descriptor);
     }
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+    static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
 }
 
 }  // namespace vornic

@@ -54,10 +54,10 @@ TerminalProgress::~TerminalProgress() {
 void TerminalProgress::printLine(std::string_view line) {
     const std::lock_guard lock(mutex_);
     erase();
-    std::fwrite(line.data(), 1, line.size(), stdout);
-    std::fputc('\n', stdout);
+    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stdout));
+    static_cast<void>(std::fputc('\n', stdout));
     if (!stdoutIsFile_) {
-        std::fflush(stdout);
+        static_cast<void>(std::fflush(stdout));
     }
 }
 
@@ -76,14 +76,14 @@ void TerminalProgress::draw() {
     std::unique_lock lock(mutex_);
     while (!wake_.wait_for(lock, kRepaintInterval, [this] { return ending_; })) {
         const std::string text = bar(document_->progressValue(), document_->progressMax());
-        std::fprintf(stderr, "%s%s", kEraseLine, text.c_str());
+        static_cast<void>(std::fprintf(stderr, "%s%s", kEraseLine, text.c_str()));
         drawn_ = true;
     }
 }
 
 void TerminalProgress::erase() {
     if (drawn_) {
-        std::fputs(kEraseLine, stderr);
+        static_cast<void>(std::fputs(kEraseLine, stderr));
         drawn_ = false;
     }
 }

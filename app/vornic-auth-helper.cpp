@@ -41,7 +41,7 @@ void leaveTheUsersSettingsBehind() {
     umask(S_IWGRP | S_IWOTH);
     // The keys that interrupt the program are not meant for the helper, which ends with it.
     for (const int number : {SIGINT, SIGQUIT, SIGHUP, SIGTSTP, SIGPIPE}) {
-        std::signal(number, SIG_IGN);
+        static_cast<void>(std::signal(number, SIG_IGN));
     }
 }
 

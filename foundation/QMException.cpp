@@ -6,7 +6,7 @@
 namespace vornic {
 
 std::string QMException::logException(const platform::Exception& exception, const char* forMethod) {
-    const std::string message =
+    std::string message =
         formatString("Exception in %s. %@ - %@.", forMethod, exception.name(), exception.reason());
     QMLog::appendLogAndPrint("%@", message);
     return message;

@@ -20,8 +20,8 @@ enum class RepairOutcome {
     sound,
     /// The user's file is in the Trash and the repaired one has its path.
     repairedAndSwapped,
-    /// The file was repaired, but the user's file could not be moved to the Trash or the repaired
-    /// one not to its path; neither is lost.
+    /// The file counts as repaired, but nothing took its place: the user's file could not be moved
+    /// to the Trash, the repaired one not to its path, or none was saved. Neither is lost.
     repairedNotSwapped,
     /// Something could not be mended; the user's file is as it was.
     unable,
