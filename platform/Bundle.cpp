@@ -10,6 +10,7 @@
 
 #include "platform/FileSystem.h"
 #include "platform/PathText.h"
+#include "platform/Process.h"
 #include "platform/PropertyList.h"
 
 namespace vornic::platform {
@@ -79,7 +80,7 @@ Bundle Bundle::mainBundle() {
             return *chosen.bundle;
         }
     }
-    const std::string folder = parentFolder(executablePath());
+    const std::string folder = parentFolder(platform::executablePath());
     std::vector<std::string> resources;
     for (const std::string& prefix : prefixes(folder)) {
         resources.push_back(joinPath(prefix, "share/vornic"));
@@ -104,6 +105,16 @@ std::optional<std::string> Bundle::infoString(std::string_view key) const {
     const PropertyList* value = information ? information->find(key) : nullptr;
     const std::string* text = value != nullptr ? value->string() : nullptr;
     return text != nullptr ? std::optional(*text) : std::nullopt;
+}
+
+std::optional<std::string> Bundle::executablePath() const {
+    const std::string name =
+        infoString("CFBundleExecutable").value_or(splitExtension(lastComponent(path_)).stem);
+    std::string executable = joinPath(joinPath(path_, "Contents/MacOS"), name);
+    if (!isPlainName(name) || !isExecutableFile(executable)) {
+        return std::nullopt;
+    }
+    return executable;
 }
 
 std::optional<std::string> Bundle::pathForResource(std::string_view name,

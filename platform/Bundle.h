@@ -31,6 +31,10 @@ class Bundle {
     [[nodiscard]] bool exists() const;
     /// A string of the information property list, or nothing.
     [[nodiscard]] std::optional<std::string> infoString(std::string_view key) const;
+    /// The executable file in `Contents/MacOS` that the information names as "CFBundleExecutable",
+    /// or else has the bundle's name without its extension. @return nothing when it is not there or
+    /// cannot be run.
+    [[nodiscard]] std::optional<std::string> executablePath() const;
     /// The path of a resource `name.type`, or nothing when there is none.
     [[nodiscard]] std::optional<std::string> pathForResource(std::string_view name,
                                                              std::string_view type) const;

@@ -44,6 +44,11 @@ std::string joinPath(std::string_view folder, std::string_view name) {
     return joined.append(name);
 }
 
+bool isPlainName(std::string_view name) {
+    return !name.empty() && name != "." && name != ".." &&
+           name.find('/') == std::string_view::npos && name.find('\0') == std::string_view::npos;
+}
+
 SplitName splitExtension(std::string_view name) {
     const std::size_t dot = name.rfind('.');
     if (dot == std::string_view::npos || dot == 0 || dot + 1 == name.size() ||

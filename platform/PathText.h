@@ -24,6 +24,9 @@ inline constexpr std::size_t kLongestName = 255;
 /// `folder` and `name` with exactly one slash between them.
 [[nodiscard]] std::string joinPath(std::string_view folder, std::string_view name);
 
+/// True for a name that a folder entry may have: not "", "." or "..", without slash and NUL.
+[[nodiscard]] bool isPlainName(std::string_view name);
+
 /// A name before and after the dot of its extension: "Cut" and ".xml". A name that begins with its
 /// only dot, ends with a dot, or has a blank after the dot has no extension.
 struct SplitName {

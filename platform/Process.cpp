@@ -64,7 +64,7 @@ class SpawnActions {
 /// With which signals the child starts: all at their defaults, none held back.
 class SpawnAttributes {
   public:
-    SpawnAttributes() {
+    explicit SpawnAttributes(bool ownSession) {
         posix_spawnattr_init(&attributes_);
         sigset_t signals;
         sigemptyset(&signals);
@@ -73,7 +73,9 @@ class SpawnAttributes {
         sigdelset(&signals, SIGKILL);
         sigdelset(&signals, SIGSTOP);
         posix_spawnattr_setsigdefault(&attributes_, &signals);
-        posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+        const int session = ownSession ? POSIX_SPAWN_SETSID : 0;
+        posix_spawnattr_setflags(&attributes_, static_cast<short>(POSIX_SPAWN_SETSIGMASK |
+                                                                  POSIX_SPAWN_SETSIGDEF | session));
     }
     ~SpawnAttributes() { posix_spawnattr_destroy(&attributes_); }
     SpawnAttributes(const SpawnAttributes&) = delete;
@@ -189,7 +191,7 @@ void Process::launch() {
         actions.duplicate(descriptor.get(), next++);
     }
     actions.closeEverythingFrom(next);
-    const SpawnAttributes attributes;
+    const SpawnAttributes attributes(ownSession_);
     const TextList arguments = argumentList(launchPath_, arguments_);
     const std::optional<TextList> environment =
         environment_ ? std::optional(environmentList(*environment_)) : std::nullopt;

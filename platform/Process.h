@@ -24,9 +24,9 @@ enum class StandardStream : std::size_t { input = 0, output = 1, error = 2 };
 
 /// An external program: set it up, launch it once, look after it. The child gets its three standard
 /// streams, what `addDescriptor` gives it and no other descriptor, the default dispositions of all
-/// signals and an empty signal mask, and shares this process's working folder, group and terminal.
-/// An object that goes leaves its process running; the end of the process is then fetched in the
-/// background, so that no zombie stays.
+/// signals and an empty signal mask, and shares this process's working folder and, unless it is
+/// given a session of its own, its group and terminal. An object that goes leaves its process
+/// running; the end of the process is then fetched in the background, so that no zombie stays.
 ///
 /// The set-up is for one thread, before the launch; everything else for any thread at any time.
 class Process {
@@ -47,6 +47,10 @@ class Process {
     void setEnvironment(std::optional<Environment> environment) {
         environment_ = std::move(environment);
     }
+
+    /// Gives the child a session of its own, so that it goes on when this program's terminal closes
+    /// or is interrupted.
+    void setOwnSession(bool ownSession) { ownSession_ = ownSession; }
 
     /// Joins a stream to the null device. Streams that nobody set are this process's own.
     void setNullDevice(StandardStream stream);
@@ -95,6 +99,7 @@ class Process {
     std::optional<Environment> environment_;
     std::array<Stream, 3> streams_;
     std::vector<FileDescriptor> furtherDescriptors_;
+    bool ownSession_ = false;
     mutable std::mutex mutex_;
     std::shared_ptr<SpawnedProcess> spawned_;
 };

@@ -28,11 +28,6 @@ bool makeTrash(const std::string& path, ErrorSlot& error) {
     return errorNumber == 0 || isDirectory(path) || failFolder(error, path, "made", errorNumber);
 }
 
-bool isPlainName(std::string_view name) {
-    return !name.empty() && name != "." && name != ".." &&
-           name.find('/') == std::string_view::npos && name.find('\0') == std::string_view::npos;
-}
-
 /// "Cut.xml", then "Cut 2.xml", "Cut 3.xml" and so on, each short enough for a folder entry.
 std::string numberedName(const std::string& name, long attempt) {
     if (attempt == 1) {

@@ -148,5 +148,49 @@ TEST_F(BundleTest, knowsApplicationAndExecutable) {
     EXPECT_EQ(executablePath(), fs::read_symlink("/proc/self/exe"));
 }
 
+class BundleExecutableTest : public BundleTest {
+  protected:
+    std::string path = makeBundle("apps");
+
+    std::string makeExecutable(const std::string& name) const {
+        const std::string file = path + "/Contents/MacOS/" + name;
+        std::ofstream(file) << "#!/bin/sh\n";
+        fs::permissions(file, fs::perms::owner_all);
+        return file;
+    }
+    void nameExecutable(const char* name) const {
+        ErrorSlot error;
+        PropertyList::Dictionary information;
+        information["CFBundleExecutable"] = name;
+        ASSERT_TRUE(PropertyList(information).writeFile(path + "/Contents/Info.plist", error));
+    }
+};
+
+TEST_F(BundleExecutableTest, isTheOneThatTheInformationNames) {
+    const std::string file = makeExecutable("main");
+    nameExecutable("main");
+    EXPECT_EQ(Bundle(path).executablePath(), file);
+}
+
+TEST_F(BundleExecutableTest, hasTheBundlesNameWhenTheInformationNamesNone) {
+    const std::string file = makeExecutable("Vornic");
+    EXPECT_EQ(Bundle(path).executablePath(), file);
+}
+
+TEST_F(BundleExecutableTest, isNothingWhenItIsMissingOrCannotBeRun) {
+    EXPECT_EQ(Bundle(path).executablePath(), std::nullopt);
+    const std::string file = makeExecutable("Vornic");
+    fs::permissions(file, fs::perms::owner_read);
+    EXPECT_EQ(Bundle(path).executablePath(), std::nullopt);
+    fs::remove(file);
+    fs::create_directory(file);
+    EXPECT_EQ(Bundle(path).executablePath(), std::nullopt);
+}
+
+TEST_F(BundleExecutableTest, liesInTheBundleItself) {
+    nameExecutable("../../../../../../../../../bin/sh");
+    EXPECT_EQ(Bundle(path).executablePath(), std::nullopt);
+}
+
 }  // namespace
 }  // namespace vornic::platform

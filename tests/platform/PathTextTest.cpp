@@ -93,5 +93,15 @@ TEST_F(PathTextTest, noticesLinksThatLeadInACircle) {
     EXPECT_EQ(errorNumber, ELOOP);
 }
 
+TEST_F(PathTextTest, knowsWhatNameAFolderEntryMayHave) {
+    for (const char* name : {"a", "...", "a.b", " ", "\xFF"}) {
+        EXPECT_TRUE(isPlainName(name)) << name;
+    }
+    for (const std::string_view name : {"", ".", "..", "/", "a/b", "a/"}) {
+        EXPECT_FALSE(isPlainName(name)) << name;
+    }
+    EXPECT_FALSE(isPlainName(std::string_view("a\0b", 3)));
+}
+
 }  // namespace
 }  // namespace vornic::platform

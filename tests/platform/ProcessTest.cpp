@@ -274,6 +274,20 @@ TEST(ProcessTest, startsTheChildWithDefaultSignals) {
     }));
 }
 
+TEST(ProcessTest, sharesItsSessionUnlessTheChildGetsOneOfItsOwn) {
+    for (const bool ownSession : {false, true}) {
+        Process process;
+        process.setLaunchPath("/bin/sleep");
+        process.setArguments({"10"});
+        process.setOwnSession(ownSession);
+        process.launch();
+        EXPECT_EQ(getsid(process.processIdentifier()),
+                  ownSession ? process.processIdentifier() : getsid(0));
+        process.kill();
+        process.waitUntilExit();
+    }
+}
+
 TEST(ProcessTest, yieldsTheExitStatus) {
     EXPECT_EQ(statusOf("exit 0"), 0);
     EXPECT_EQ(statusOf("exit 7"), 7);
