@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "foundation/QMFileManager.h"
+#include "foundation/QMTaskEx.h"
 #include "platform/MountTable.h"
 #include "platform/Thread.h"
 #include "tests/support/ChildProcess.h"
@@ -167,6 +168,30 @@ TEST_F(QMFileManagerVolumeInfo, measuresASecondVolume) {
     EXPECT_EQ(QMFileManager::volumeMountPointForPath(folder + "/a"), folder);
     EXPECT_EQ(QMFileManager::filesystemForPath(folder + "/a"), "tmpfs");
     joinThreads();
+}
+
+/// A volume on a block device, with a label.
+TEST_F(QMFileManagerVolumeInfo, callsAVolumeByItsLabelAndNamesItsDevice) {
+    const test::PrivateMounts mounts;
+    const std::string folder = sandbox.path("folder");
+    const std::string image = sandbox.path("image");
+    fs::create_directory(folder);
+    const std::string make = "exec 2>/dev/null; truncate -s 1M " + image +
+                             " && mke2fs -q -F -t ext4 -O ^has_journal -L 'Media Drive' " + image +
+                             " && mount -o loop " + image + " " + folder;
+    if (!mounts.isAvailable() || QMTaskEx::terminationCodeFromTask("/bin/sh", {"-c", make}) != 0) {
+        GTEST_SKIP() << "may not mount, or there are no loop devices";
+    }
+    const auto info = QMFileManager::infoForDiskAtMountpoint(folder);
+    joinThreads();
+    EXPECT_TRUE(mounts.unmountVolume(folder));
+    ASSERT_TRUE(info);
+    EXPECT_EQ(text(*info, "VolumeName"), "Media Drive");
+    EXPECT_EQ(text(*info, "FilesystemType"), "ext4");
+    EXPECT_THAT(text(*info, "DeviceIdentifier"), testing::StartsWith("loop"));
+    EXPECT_EQ(*info->at("WritableVolume").boolean(), true);
+    EXPECT_GT(number(*info, "FreeSpace"), 0);
+    EXPECT_LT(number(*info, "FreeSpace"), number(*info, "TotalSize"));
 }
 
 TEST_F(QMFileManagerVolumeInfo, waitsFiveSecondsForAVolumeThatDoesNotAnswer) {
