@@ -16,11 +16,6 @@ namespace {
 
 constexpr int kOldestGeneration = 5;
 
-std::optional<std::string> logFolder(bool userDomain) {
-    const std::optional<std::string> library = QMLocalPaths::libraryDirectory(userDomain);
-    return library ? std::optional(*library + "/Logs/Quillmark") : std::nullopt;
-}
-
 std::string generationPath(std::string_view folder, std::string_view name, int generation) {
     return formatString("%@/%@.%li.log", folder, name, generation);
 }
@@ -46,6 +41,11 @@ std::optional<std::string> moveGenerationsOn(std::string_view folder, std::strin
 }
 
 }  // namespace
+
+std::optional<std::string> logFolder(bool userDomain) {
+    const std::optional<std::string> library = QMLocalPaths::libraryDirectory(userDomain);
+    return library ? std::optional(*library + "/Logs/Quillmark") : std::nullopt;
+}
 
 std::optional<std::string> currentLogPath(std::string_view name) {
     const std::optional<std::string> folder = logFolder(platform::realUserId() != 0);

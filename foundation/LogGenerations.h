@@ -14,6 +14,10 @@
 /// while his folder check and his older generations stay in the user's. Any thread.
 namespace vornic {
 
+/// The folder of the logs of the whole family, of the user or of the machine; nothing when the
+/// platform knows none.
+[[nodiscard]] std::optional<std::string> logFolder(bool userDomain);
+
 /// The path of the current generation; nothing when the platform knows no folder for it.
 [[nodiscard]] std::optional<std::string> currentLogPath(std::string_view name);
 

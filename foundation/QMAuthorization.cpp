@@ -1,15 +1,13 @@
 #include "foundation/QMAuthorization.h"
 
-#include <array>
 #include <chrono>
-#include <ctime>
-#include <functional>
 #include <mutex>
 #include <thread>
 #include <utility>
 
 #include "foundation/FolderEntries.h"
 #include "foundation/FormatString.h"
+#include "foundation/LocalTimeStamp.h"
 #include "foundation/QMLocalPaths.h"
 #include "foundation/QMLog.h"
 #include "foundation/SystemPathGuard.h"
@@ -46,28 +44,6 @@ bool isRefused(const std::string& path, std::string_view format) {
     }
     logToConsole(format, path);
     return true;
-}
-
-std::string localTimeStamp() {
-    const std::time_t now = std::time(nullptr);
-    struct tm date {};
-    localtime_r(&now, &date);
-    std::array<char, 32> text{};
-    const std::size_t length = std::strftime(text.data(), text.size(), "%Y%m%d%H%M%S", &date);
-    return {text.data(), length};
-}
-
-/// A path with a time stamp at which nothing stands. What was put there within the same second
-/// would be overwritten, hence the next second is waited for.
-std::string freeStampedPath(const std::function<std::string()>& stampedPath) {
-    constexpr std::chrono::milliseconds kStep(20);
-    constexpr int kMostSteps = 100;
-    std::string path = stampedPath();
-    for (int step = 0; step < kMostSteps && platform::nodeExists(path); ++step) {
-        std::this_thread::sleep_for(kStep);
-        path = stampedPath();
-    }
-    return path;
 }
 
 struct SharedController {

@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "platform/FileSystem.h"
+#include "platform/OwnFolder.h"
 #include "platform/PathText.h"
 #include "platform/ShellAssignments.h"
 
@@ -150,13 +151,6 @@ Folder systemFolder(SearchPathDirectory directory) {
         default:
             return std::nullopt;
     }
-}
-
-/// A folder that exists and in which nobody else can put files in this user's way.
-bool isPrivateFolder(const std::string& path) {
-    struct stat status {};
-    return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
-           status.st_uid == geteuid() && (status.st_mode & 0777) == 0700;
 }
 
 /// A folder below /tmp for this user and, where its name is taken, for this process.
