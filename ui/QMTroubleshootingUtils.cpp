@@ -1,0 +1,146 @@
+#include "ui/QMTroubleshootingUtils.h"
+
+#include <optional>
+#include <string_view>
+
+#include "foundation/FormatString.h"
+#include "foundation/LocalTimeStamp.h"
+#include "foundation/LogGenerations.h"
+#include "foundation/QMFileManager.h"
+#include "foundation/QMLocalPaths.h"
+#include "foundation/QMLog.h"
+#include "foundation/Text.h"
+#include "platform/Console.h"
+#include "platform/FileSystem.h"
+#include "platform/FolderLock.h"
+#include "platform/OwnFolder.h"
+#include "ui/LogCollection.h"
+#include "ui/QMAlert.h"
+
+namespace vornic {
+
+namespace {
+
+/// What came of gathering.
+enum class Gathering { failed, foundNothing, archived, notArchived };
+
+void showAlert(const char* messageText, const char* informativeText) {
+    QMAlert::alertSheetWithMessageText(messageText, informativeText, nullptr);
+}
+
+bool fail(std::string_view message, const ErrorSlot& error) {
+    platform::consoleLog(formatString(message, error ? error->localizedDescription() : ""));
+    return false;
+}
+
+/// Removes what an earlier run left. What somebody else may have put there is not touched.
+bool removeStagingFolder(const std::string& folder, ErrorSlot& error) {
+    if (!platform::isOwnItem(folder)) {
+        error = Error{.domain = std::string(kPosixErrorDomain),
+                      .description = folder + " does not belong to this user."};
+        return false;
+    }
+    return platform::removeItem(folder, error);
+}
+
+bool prepareStagingFolder(const std::string& folder) {
+    ErrorSlot error;
+    if (platform::nodeExists(folder) && !removeStagingFolder(folder, error)) {
+        return fail("Error removing existing folder: %@", error);
+    }
+    return platform::createPrivateFolder(folder, error) ||
+           fail("Error creating temp folder: %@", error);
+}
+
+/// The path of the archive; nothing when there is no desktop.
+std::optional<std::string> archivePath(const std::string& appName) {
+    const std::optional<std::string> desktop = QMLocalPaths::desktopDirectory();
+    if (!desktop) {
+        return std::nullopt;
+    }
+    std::string path = *desktop + formatString("/%@ Logs.zip", appName);
+    if (platform::nodeExists(path)) {
+        path = deletingPathExtension(path) + formatString("_%@.zip", localTimeStamp());
+    }
+    return path;
+}
+
+/// Makes the archive, and the desktop's folder with it where nobody has needed that yet.
+bool archive(const std::string& folder, const std::string& appName) {
+    const std::optional<std::string> path = archivePath(appName);
+    if (!path) {
+        return false;
+    }
+    ErrorSlot tellsWithTheArchive;
+    static_cast<void>(
+        platform::createDirectory(*QMLocalPaths::desktopDirectory(), tellsWithTheArchive));
+    return QMFileManager::compressFile(folder, *path);
+}
+
+Gathering gather(const QMTroubleshootingUtils::Names& appNames,
+                 const QMTroubleshootingUtils::Paths& additionalFiles) {
+    const std::string temporaryFolder = QMLocalPaths::tempDirectory();
+    const std::string folder = appendingPathComponent(temporaryFolder, "QM_App_Logs");
+    const platform::FolderLock turn(temporaryFolder);
+    if (!prepareStagingFolder(folder)) {
+        return Gathering::failed;
+    }
+    LogCollection collection(folder, appNames);
+    if (!collection.addLogs() || !collection.addFiles(additionalFiles)) {
+        return Gathering::failed;
+    }
+    if (collection.count() == 0) {
+        return Gathering::foundNothing;
+    }
+    const bool isArchived = archive(folder, appNames.front());
+    ErrorSlot staysBehind;
+    static_cast<void>(platform::removeItem(folder, staysBehind));
+    return isArchived ? Gathering::archived : Gathering::notArchived;
+}
+
+void showOutcome(Gathering outcome) {
+    switch (outcome) {
+        case Gathering::failed:
+            break;
+        case Gathering::foundNothing:
+            showAlert("No logs found", "There were no logs available to gather.");
+            break;
+        case Gathering::archived:
+            showAlert("Logs gathered successfully",
+                      "The gathered logs were placed on your desktop.");
+            break;
+        case Gathering::notArchived:
+            showAlert("Logs could not be gathered", "Please check your file permissions.");
+            break;
+    }
+}
+
+}  // namespace
+
+bool QMTroubleshootingUtils::gatherLogsForAppsWithNames(const Names& appNames, bool silent,
+                                                        const Paths& additionalFiles) {
+    if (appNames.empty()) {
+        return false;
+    }
+    // What is still queued belongs to the logs that are gathered.
+    QMLog::finishWriting();
+    const Gathering outcome = gather(appNames, additionalFiles);
+    if (!silent) {
+        showOutcome(outcome);
+    }
+    return outcome == Gathering::archived;
+}
+
+bool QMTroubleshootingUtils::gatherLogsForAppsWithNames(const Names& appNames, bool silent) {
+    return gatherLogsForAppsWithNames(appNames, silent, {});
+}
+
+bool QMTroubleshootingUtils::gatherLogsForAppsWithNames(const Names& appNames) {
+    return gatherLogsForAppsWithNames(appNames, false);
+}
+
+bool QMTroubleshootingUtils::gatherLogsForAppWithName(const std::string& appName) {
+    return !appName.empty() && gatherLogsForAppsWithNames({appName});
+}
+
+}  // namespace vornic
