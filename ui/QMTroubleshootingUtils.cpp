@@ -60,7 +60,9 @@ std::optional<std::string> archivePath(const std::string& appName) {
     }
     std::string path = *desktop + formatString("/%@ Logs.zip", appName);
     if (platform::nodeExists(path)) {
-        path = deletingPathExtension(path) + formatString("_%@.zip", localTimeStamp());
+        return freeStampedPath([stem = deletingPathExtension(path)] {
+            return stem + formatString("_%@.zip", localTimeStamp());
+        });
     }
     return path;
 }

@@ -107,6 +107,15 @@ TEST_F(QMTroubleshootingUtilsTest, putsATimeStampIntoANameThatIsTaken) {
     EXPECT_EQ(filesIn(desktop(names[1])).size(), 1U);
 }
 
+TEST_F(QMTroubleshootingUtilsTest, keepsArchivesApartThatAreMadeWithinTheSameSecond) {
+    make(logs(), "Reel.1.log");
+    for (int run = 0; run < 3; ++run) {
+        EXPECT_TRUE(Utils::gatherLogsForAppsWithNames({"Reel"}, true));
+    }
+    EXPECT_EQ(test::namesIn(desktop()).size(), 3U);
+    EXPECT_THAT(test::namesIn(trash()), IsEmpty());
+}
+
 TEST_F(QMTroubleshootingUtilsTest, takesANameWithADanglingLinkForTaken) {
     make(logs(), "Reel.1.log");
     fs::create_symlink("missing", desktop("Reel Logs.zip"));
