@@ -117,7 +117,7 @@ class QMFileManager {
     static bool copyContentsOfDirectory(const std::string& source, const std::string& toPath,
                                         std::chrono::seconds timeout);
     /// Moves a file, a link or a folder, to another volume too. A rename that changes only the case
-    /// of ASCII letters goes by way of a free name, for volumes that take both for one name; its
+    /// of letters goes by way of a free name, for volumes that take both for one name; its
     /// form with a timeout waits for nothing. Failures are logged.
     static bool moveFile(const std::string& source, const std::string& toPath);
     static bool moveFile(const std::string& source, const std::string& toPath, bool shouldAuth);

@@ -87,7 +87,7 @@ bool waitUntilExists(const std::string& path, bool expected, std::chrono::second
 }
 
 bool differsInCaseAtMost(const std::string& source, const std::string& destination) {
-    return lowercased(source) == lowercased(destination);
+    return lowercasedLetters(source) == lowercasedLetters(destination);
 }
 
 /// By way of a name that is free, since a volume may take both names for one.

@@ -59,12 +59,12 @@ bool QMFileManager::trashDirectoryContents(const std::string& path, bool shouldA
 }
 
 Paths QMFileManager::trashFilesOfType(const std::string& type, const std::string& inFolder) {
-    const std::string extension = lowercased(type);
+    const std::string extension = lowercasedLetters(type);
     Paths trashed;
     trashFiles(
         inFolder,
         [&extension](const std::string& name) {
-            return lowercased(pathExtension(name)) == extension;
+            return lowercasedLetters(pathExtension(name)) == extension;
         },
         trashed);
     return trashed;
@@ -95,7 +95,7 @@ bool QMFileManager::removeFolderIfEmpty(const std::string& path) {
 std::string QMFileManager::createDirectoryStructure(const std::string& path,
                                                     const std::string& destination) {
     const bool isPlainFolder = isDirectoryAtPath(path) && !isPackageAtPath(path);
-    const std::string target =
+    std::string target =
         appendingPathComponent(destination, isPlainFolder ? path : deletingLastPathComponent(path));
     if (!fileExistsAtPath(target)) {
         createDirectory(target);

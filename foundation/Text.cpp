@@ -1,7 +1,10 @@
 #include "foundation/Text.h"
 
 #include <algorithm>
+#include <cwctype>
 #include <limits>
+
+#include <locale.h>  // NOLINT(modernize-deprecated-headers): newlocale is POSIX
 
 #include "foundation/Utf8.h"
 #include "platform/Directories.h"
@@ -145,6 +148,24 @@ std::string lowercased(std::string_view text) {
     std::string result(text);
     std::transform(result.begin(), result.end(), result.begin(),
                    [](char character) { return lowercased(character); });
+    return result;
+}
+
+std::string lowercasedLetters(std::string_view text) {
+    // Without that locale only ASCII letters change.
+    static const locale_t kUnicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    std::string result;
+    for (std::size_t i = 0; i < text.size();) {
+        const Utf8Character character = utf8CharacterAt(text, i);
+        if (character.length == 1) {
+            result += lowercased(text[i]);
+        } else if (kUnicode == nullptr) {
+            result += text.substr(i, character.length);
+        } else {
+            appendUtf8(result, static_cast<char32_t>(towlower_l(wint_t{character.code}, kUnicode)));
+        }
+        i += character.length;
+    }
     return result;
 }
 

@@ -24,6 +24,10 @@ namespace vornic {
 /// ASCII letters in lower case, everything else as it is.
 [[nodiscard]] std::string lowercased(std::string_view text);
 
+/// Letters of every script in lower case, as far as one character stands for one; bytes that are no
+/// UTF-8 as they are.
+[[nodiscard]] std::string lowercasedLetters(std::string_view text);
+
 /// Orders two texts without regard to the case of ASCII letters: below, equal to or above 0.
 [[nodiscard]] int caseInsensitiveCompare(std::string_view left, std::string_view right);
 

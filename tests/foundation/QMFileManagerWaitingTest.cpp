@@ -183,6 +183,17 @@ TEST_F(QMFileManagerWaitingTest, doesNotWaitForARenameToAnotherCase) {
     EXPECT_TRUE(test::exists(path));
 }
 
+TEST_F(QMFileManagerWaitingTest, takesLettersOfEveryScriptForTheSameInAnotherCase) {
+    openClosedFolder();
+    const std::string accented = sandbox.write("closed/\xC3\xA9.xml", "x");
+    fs::permissions(sandbox.path("closed"), fs::perms(0500));
+    EXPECT_TRUE(QMFileManager::moveFile(accented, sandbox.path("closed/\xC3\x89.xml"), seconds(0)));
+    EXPECT_EQ(loop->rounds, 0);
+    EXPECT_FALSE(
+        QMFileManager::moveFile(accented, sandbox.path("closed/\xC3\x88.xml"), seconds(0)));
+    EXPECT_EQ(loop->rounds, 1) << "another name is waited for";
+}
+
 TEST_F(QMFileManagerWaitingTest, outlivesAnEventThatFails) {
     MainThread::perform([] { throw platform::RangeException("no such clip"); });
     MainThread::perform([this] {

@@ -77,6 +77,12 @@ TEST(Text, lowersAsciiLettersOnly) {
     EXPECT_EQ(lowercased("FCPXML Ä[@`{"), "fcpxml Ä[@`{");
 }
 
+TEST(Text, lowersLettersOfEveryScript) {
+    EXPECT_EQ(lowercasedLetters("AbC-ÉЖΩß1"), "abc-éжωß1");
+    EXPECT_EQ(lowercasedLetters("X\xFF\xC3🎬Y"), "x\xFF\xC3🎬y") << "other bytes stay";
+    EXPECT_EQ(lowercasedLetters(""), "");
+}
+
 TEST(Text, comparesWithoutRegardToCase) {
     EXPECT_EQ(caseInsensitiveCompare("YES", "yes"), 0);
     EXPECT_LT(caseInsensitiveCompare("1", "2"), 0);
