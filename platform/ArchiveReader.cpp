@@ -72,8 +72,9 @@ class Extraction {
                                reason == nullptr ? "it cannot be read" : reason);
     }
     bool refuse(const std::string& name, std::string_view reason) {
-        return failFileBecause(error_, path_, "extracted", EINVAL,
-                               "its entry " + name + " " + std::string(reason));
+        return failFileBecause(
+            error_, path_, "extracted", EINVAL,
+            (name.empty() ? "an entry " : "its entry " + name + " ") + std::string(reason));
     }
 
     bool open() {
@@ -108,7 +109,10 @@ class Extraction {
         const char* text = archive_entry_pathname(entry);
         const std::string given = text == nullptr ? "" : text;
         const std::optional<std::string> name = nameInsideFolder(given);
-        if (!name || given.empty()) {
+        if (given.empty()) {
+            return refuse(given, "has no name that can be read");
+        }
+        if (!name) {
             return refuse(given, "leads out of the folder");
         }
         if (archive_entry_hardlink(entry) != nullptr) {

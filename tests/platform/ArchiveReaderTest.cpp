@@ -167,6 +167,30 @@ TEST_F(ArchiveReaderTest, takesTheLaterOfTwoFilesOfOneName) {
     EXPECT_EQ(test::readBytes(extracted("a")), "second");
 }
 
+TEST_F(ArchiveReaderTest, refusesANameThatIsMarkedWrongly) {
+    ForeignArchive(archive).file("sch\xF6n", "x").file("b", "y");
+    std::string bytes = test::readBytes(archive);
+    for (const std::string& header : {std::string("PK\x03\x04"), std::string("PK\x01\x02")}) {
+        // Says that the first name is UTF-8.
+        bytes[bytes.find(header) + (header[2] == '\x03' ? 7 : 9)] |= '\x08';
+    }
+    sandbox.write("made.zip", bytes);
+    EXPECT_FALSE(extract());
+    EXPECT_THAT(error->description, testing::HasSubstr("has no name that can be read"));
+    expectNothingMade();
+}
+
+TEST_F(ArchiveReaderTest, refusesAnEntryWithoutAName) {
+    ForeignArchive(archive).file("a", "x").file("b", "y");
+    std::string bytes = test::readBytes(archive);
+    for (std::size_t at = bytes.find('b'); at != std::string::npos; at = bytes.find('b', at + 1)) {
+        bytes[at] = '\0';
+    }
+    sandbox.write("made.zip", bytes);
+    EXPECT_FALSE(extract());
+    expectNothingMade();
+}
+
 TEST_F(ArchiveReaderTest, refusesAnAbsoluteName) {
     ForeignArchive(archive).file("good", "x").file(sandbox.path("stolen"), "x");
     EXPECT_FALSE(extract());
