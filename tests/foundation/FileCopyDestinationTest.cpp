@@ -1,9 +1,13 @@
 #include <array>
+#include <cerrno>
 
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
 #include "foundation/FileCopyDestination.h"
+#include "tests/support/CapturedChild.h"
 #include "tests/support/ConsoleCapture.h"
+#include "tests/support/FailingSystemCall.h"
 #include "tests/support/FileState.h"
 #include "tests/support/Sandbox.h"
 
@@ -42,6 +46,23 @@ TEST_F(FileCopyDestinationTest, readsBackLessThanWasMeantToBeWritten) {
     ASSERT_TRUE(destination.open(0600) && destination.truncate());
     EXPECT_TRUE(destination.write("first", 5));
     EXPECT_EQ(readBack(destination, 50), "first");
+}
+
+/// A double for volumes that cannot seek, of which there is no other at hand.
+TEST_F(FileCopyDestinationTest, tellsThatItCannotSeekAndReadsOn) {
+    const std::string path = sandbox.path("file");
+    const test::ChildOutcome outcome = test::runInChild([&] {
+        ASSERT_TRUE(test::failSystemCall(SYS_lseek, ESPIPE));
+        FileCopyDestination destination(path);
+        ASSERT_TRUE(destination.open(0600) && destination.truncate());
+        EXPECT_TRUE(destination.write("first", 5));
+        EXPECT_EQ(readBack(destination, 5), "");
+    });
+    EXPECT_EQ(test::consoleTexts(outcome.errors),
+              (std::vector<std::string>{"Error: unable to seek within file " + path,
+                                        "cur pos: 18446744073709551615", "read size: 5",
+                                        "errno: 29", "err: 0"}));
+    EXPECT_EQ(test::readBytes(path), "first");
 }
 
 TEST_F(FileCopyDestinationTest, changesNothingBeforeItIsTruncated) {

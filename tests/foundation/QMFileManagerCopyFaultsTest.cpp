@@ -5,11 +5,8 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 
 #include "tests/foundation/CopyTest.h"
-#include "tests/support/CapturedChild.h"
-#include "tests/support/FailingSystemCall.h"
 #include "tests/support/FileState.h"
 #include "tests/support/HeldFile.h"
 #include "tests/support/PrivateMounts.h"
@@ -129,25 +126,6 @@ TEST_F(QMFileManagerCopyFaultsTest, leavesAFileAloneThatTookTheDestinationsPlace
     EXPECT_EQ(test::fileState(sandbox.path("a")), before);
 }
 
-/// A double for volumes that cannot seek, of which there is no other at hand.
-TEST(QMFileManagerCopySeekTest, tellsWhenADestinationCannotSeek) {
-    const test::Sandbox sandbox;
-    const std::string source = sandbox.write("source", "abc");
-    const std::string copy = sandbox.path("copy");
-    const test::ChildOutcome outcome = test::runInChild([&] {
-        ASSERT_TRUE(test::failSystemCall(SYS_lseek, ESPIPE));
-        const test::RecordingCopyDelegate recording;
-        EXPECT_TRUE(copyRecorded(source, {copy}, 1, recording));
-        // Nothing could be read back.
-        EXPECT_EQ(recording.mismatches, Lines{copy});
-        EXPECT_EQ(recording.mismatchedChecksums, Lines{test::kMD5OfNothing});
-    });
-    EXPECT_EQ(test::consoleTexts(outcome.errors),
-              (Lines{"Error: unable to seek within file " + copy, "cur pos: 18446744073709551615",
-                     "read size: 3", "errno: 29", "err: 0"}));
-    EXPECT_EQ(readBytes(copy), "abc");
-}
-
 /// Faults that need a volume of one's own.
 class QMFileManagerCopyVolumesTest : public ::testing::Test {
   protected:
@@ -244,8 +222,8 @@ TEST_F(QMFileManagerCopyVolumesTest, canBeCancelledAtEveryProgressPoint) {
                 return true;
             }
             answering = std::thread([&read] {
-                // When the answer itself has been given.
-                std::this_thread::sleep_for(std::chrono::milliseconds(100));
+                // Not before the answer has arrived.
+                EXPECT_TRUE(platform::joinDetachedThreads(std::chrono::seconds(60)));
                 read.answer();
             });
             return false;
