@@ -85,9 +85,12 @@ la_ssize_t writeBytes(struct archive* /*archive*/, void* client, const void* byt
                       std::size_t count) {
     auto& output = *static_cast<Output*>(client);
     const std::string_view view(static_cast<const char*>(bytes), count);
-    // After a failure the library tries once more, when it closes.
-    const bool written = !output.error && output.file.write(view, output.error);
-    return written ? static_cast<la_ssize_t>(count) : -1;
+    // The library is not told of a failure, for it gives its memory back only when an entry ends
+    // well; whoever waits for the archive looks at the slot.
+    if (!output.error) {
+        static_cast<void>(output.file.write(view, output.error));
+    }
+    return static_cast<la_ssize_t>(count);
 }
 
 class ArchiveWriter {
@@ -113,7 +116,7 @@ class ArchiveWriter {
         return std::all_of(items.begin(), items.end(),
                            [this](const Item& item) { return writeItem(item); }) &&
                (archive_write_close(archive_.get()) == ARCHIVE_OK || fail(destination)) &&
-               output_.file.commit(Durability::synced, output_.error);
+               !output_.error && output_.file.commit(Durability::synced, output_.error);
     }
 
   private:
@@ -193,7 +196,7 @@ class ArchiveWriter {
                                        "it was shortened in the meantime");
             }
             const auto count = static_cast<std::size_t>(got);
-            if (archive_write_data(archive_.get(), buffer_.get(), count) != got) {
+            if (archive_write_data(archive_.get(), buffer_.get(), count) != got || output_.error) {
                 return fail(path);
             }
             left -= count;
