@@ -193,10 +193,10 @@ class QMFileManager {
 
     /// The checksum of what the context has been fed so far; the caller's own can be fed on.
     /// @return nothing when the context is of another kind, or the digest failed.
-    [[nodiscard]] static Checksum md5HashWithContext(platform::Digest context);
-    [[nodiscard]] static Checksum sha1HashWithContext(platform::Digest context);
-    [[nodiscard]] static Checksum sha256HashWithContext(platform::Digest context);
-    [[nodiscard]] static Checksum sha512HashWithContext(platform::Digest context);
+    [[nodiscard]] static Checksum md5HashWithContext(const platform::Digest& context);
+    [[nodiscard]] static Checksum sha1HashWithContext(const platform::Digest& context);
+    [[nodiscard]] static Checksum sha256HashWithContext(const platform::Digest& context);
+    [[nodiscard]] static Checksum sha512HashWithContext(const platform::Digest& context);
 
     /// The checksum of a file's contents, links followed, read in blocks of 64 KiB on the calling
     /// thread. Anything but a regular file cannot be opened; that is told on the console, a fault

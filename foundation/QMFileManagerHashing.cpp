@@ -102,19 +102,19 @@ QMFileManager::Checksum hashForFile(const std::string& path, DigestKind kind,
 
 }  // namespace
 
-QMFileManager::Checksum QMFileManager::md5HashWithContext(Digest context) {
+QMFileManager::Checksum QMFileManager::md5HashWithContext(const Digest& context) {
     return checksumOf(context, DigestKind::md5);
 }
 
-QMFileManager::Checksum QMFileManager::sha1HashWithContext(Digest context) {
+QMFileManager::Checksum QMFileManager::sha1HashWithContext(const Digest& context) {
     return checksumOf(context, DigestKind::sha1);
 }
 
-QMFileManager::Checksum QMFileManager::sha256HashWithContext(Digest context) {
+QMFileManager::Checksum QMFileManager::sha256HashWithContext(const Digest& context) {
     return checksumOf(context, DigestKind::sha256);
 }
 
-QMFileManager::Checksum QMFileManager::sha512HashWithContext(Digest context) {
+QMFileManager::Checksum QMFileManager::sha512HashWithContext(const Digest& context) {
     return checksumOf(context, DigestKind::sha512);
 }
 

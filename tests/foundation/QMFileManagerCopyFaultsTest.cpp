@@ -233,8 +233,9 @@ TEST_F(QMFileManagerCopyVolumesTest, canBeCancelledAtEveryProgressPoint) {
         answering.join();
         EXPECT_EQ(console.lines(), point < 5 ? Lines{wrongSize(file.path())} : Lines{});
         EXPECT_EQ(questions, point);
-        // The block that was being read meanwhile is the last one.
-        EXPECT_EQ(told.totals().back(), std::min(place + 65'536, AnsweredRead::kSize));
+        // The next block may have been asked for before the answer came, but no more than that.
+        EXPECT_GE(told.totals().back(), place);
+        EXPECT_LE(told.totals().back(), std::min(place + 65'536, AnsweredRead::kSize));
         EXPECT_EQ(sizeOf(sandbox.path("copy")), told.totals().back());
         EXPECT_EQ(told.finished, 1);
     }
