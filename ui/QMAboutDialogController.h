@@ -1,6 +1,8 @@
 #ifndef VORNIC_UI_QM_ABOUT_DIALOG_CONTROLLER_H
 #define VORNIC_UI_QM_ABOUT_DIALOG_CONTROLLER_H
 
+#include <string>
+
 #include "ui/AboutPanel.h"
 
 namespace vornic {
@@ -18,7 +20,7 @@ class QMAboutDialogController {
     void awakeFromNib();
 
   private:
-    void showCredits();
+    void showCredits(const std::string& path);
 
     AboutPanel& panel_;
 };
