@@ -1,8 +1,8 @@
 #include "foundation/GlobalPreferences.h"
 
 #include <string>
-#include <variant>
 
+#include "foundation/PreferenceValues.h"
 #include "foundation/QMLocalPaths.h"
 #include "foundation/Text.h"
 #include "platform/Error.h"
@@ -23,14 +23,8 @@ std::optional<platform::PropertyList> globalPreference(std::string_view key) {
 
 bool isGlobalSwitchOn(std::string_view key) {
     const std::optional<platform::PropertyList> value = globalPreference(key);
-    if (!value) {
-        return false;
-    }
-    const auto* real = std::get_if<double>(&value->value());
-    return (value->string() != nullptr && *value->string() == "1") ||
-           (value->boolean() != nullptr && *value->boolean()) ||
-           (value->integer() != nullptr && *value->integer() == 1) ||
-           (real != nullptr && *real == 1.0);
+    const std::string* text = value ? value->string() : nullptr;
+    return (text != nullptr && *text == "1") || isNumberEqualTo(value, 1);
 }
 
 }  // namespace vornic

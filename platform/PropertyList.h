@@ -1,6 +1,7 @@
 #ifndef VORNIC_PLATFORM_PROPERTY_LIST_H
 #define VORNIC_PLATFORM_PROPERTY_LIST_H
 
+#include <concepts>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -37,7 +38,10 @@ class PropertyList {
     PropertyList() : value_(Dictionary{}) {}
     PropertyList(Value value) : value_(std::move(value)) {}  // NOLINT: a value is a property list
     PropertyList(const char* text) : value_(std::string(text)) {}  // NOLINT: likewise
-    PropertyList(int number) : value_(std::int64_t{number}) {}     // NOLINT: likewise
+    PropertyList(bool boolean) : value_(boolean) {}                // NOLINT: likewise
+    PropertyList(double number) : value_(number) {}                // NOLINT: likewise
+    template <std::integral T>
+    PropertyList(T number) : value_(static_cast<std::int64_t>(number)) {}  // NOLINT: likewise
 
     [[nodiscard]] const Value& value() const { return value_; }
     [[nodiscard]] Value& value() { return value_; }

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "foundation/QMLog.h"
+#include "foundation/PreferenceValues.h"
 #include "foundation/Text.h"
 #include "platform/PropertyList.h"
 #include "platform/UserPreferences.h"
@@ -29,8 +29,7 @@ bool SuppressionPreference::isTicked() const {
 void SuppressionPreference::setTicked(bool ticked) const {
     ErrorSlot error;
     if (!platform::UserPreferences().setValue(key_, platform::PropertyList(ticked), error)) {
-        QMLog::appendLog("Unable to save preference %@. %@", key_,
-                         error ? error->localizedDescription() : std::string());
+        logUnsavedPreference(key_, error);
     }
 }
 

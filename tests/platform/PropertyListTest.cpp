@@ -48,6 +48,16 @@ class PropertyListTest : public test::SandboxTest {
     ErrorSlot error;
 };
 
+TEST_F(PropertyListTest, keepsTheKindOfTheNumberThatItIsMadeFrom) {
+    ASSERT_NE(PropertyList(true).boolean(), nullptr);
+    EXPECT_TRUE(*PropertyList(true).boolean());
+    constexpr std::int64_t kLarge = std::int64_t{1} << 40U;
+    ASSERT_NE(PropertyList(kLarge).integer(), nullptr);
+    EXPECT_EQ(*PropertyList(kLarge).integer(), kLarge);
+    EXPECT_EQ(PropertyList(7U), PropertyList(7));
+    EXPECT_EQ(std::get<double>(PropertyList(1.5).value()), 1.5);
+}
+
 TEST_F(PropertyListTest, isAnEmptyDictionaryAtFirst) {
     ASSERT_NE(PropertyList().dictionary(), nullptr);
     EXPECT_TRUE(PropertyList().dictionary()->empty());

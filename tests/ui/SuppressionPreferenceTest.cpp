@@ -52,6 +52,8 @@ TEST_F(SuppressionPreferenceTest, writesABooleanAtOnceAndKeepsTheOtherKeys) {
     ErrorSlot error;
     ASSERT_TRUE(preferences.setValue("filepath", "/a", error));
     SuppressionPreference("dontAsk").setTicked(true);
+    ASSERT_TRUE(preferences.value("dontAsk"));
+    EXPECT_NE(preferences.value("dontAsk")->boolean(), nullptr);
     EXPECT_EQ(preferences.value("dontAsk"), platform::PropertyList(true));
     SuppressionPreference("dontAsk").setTicked(false);
     EXPECT_EQ(preferences.value("dontAsk"), platform::PropertyList(false));
