@@ -1,0 +1,173 @@
+#include "app/AppController.h"
+
+#include <chrono>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "foundation/PreferenceValues.h"
+#include "foundation/QMAuthorization.h"
+#include "foundation/QMLocalPaths.h"
+#include "foundation/QMLog.h"
+#include "foundation/Text.h"
+#include "platform/Bundle.h"
+#include "platform/FileSystem.h"
+#include "platform/MainThread.h"
+#include "platform/UserPreferences.h"
+#include "platform/WorkspaceOpener.h"
+#include "ui/QMTroubleshootingUtils.h"
+
+namespace vornic {
+namespace {
+
+using platform::PropertyList;
+using platform::UserPreferences;
+
+constexpr const char* kApplicationName = "Vornic";
+constexpr const char* kUserManual = "Documentation/Quillmark/Brindle Tools User Manual.pdf";
+constexpr std::chrono::seconds kStartupCheckDelay{1};
+constexpr int kXMEML = 0;
+
+OpenPanelSettings openPanelSettings() {
+    using Kind = AllowedFileType::Kind;
+    return {.canChooseFiles = true,
+            .canChooseDirectories = false,
+            .canCreateDirectories = false,
+            .allowsMultipleSelection = true,
+            .message = "Browse for a Final Cut Pro 7 or X XML file",
+            .allowedFileTypes = {{Kind::extension, "xml"},
+                                 {Kind::extension, "fcpxml"},
+                                 {Kind::typeCode, "XML "},
+                                 {Kind::typeIdentifier, "com.apple.finalcutpro.xml"}}};
+}
+
+/// Opens something by an operation of the opener; a failure is logged.
+template <typename Operation>
+void open(Operation operation, const std::string& what) {
+    ErrorSlot error;
+    if (!((*platform::WorkspaceOpener::shared()).*operation)(what, error)) {
+        QMLog::appendLog("Unable to open %@. %@", what,
+                         error ? error->localizedDescription() : std::string());
+    }
+}
+
+}  // namespace
+
+std::shared_ptr<AppController> AppController::init(ApplicationHost& host) {
+    std::shared_ptr<AppController> controller(new AppController(host, true));
+    QMLog::createNewLog();
+    UserPreferences().registerDefaults({{kShowOpenDialogPreference, 1}});
+    return controller;
+}
+
+std::shared_ptr<AppController> AppController::initWithoutGUI(ApplicationHost& host) {
+    std::shared_ptr<AppController> controller(new AppController(host, false));
+    QMLog::createNewLog(kApplicationName);
+    QMAuthorization::sharedController(false);
+    return controller;
+}
+
+void AppController::setPrefsAdminPass(std::shared_ptr<CheckBoxItem> item) {
+    prefsAdminPass_ = std::move(item);
+}
+
+void AppController::awakeFromNib() {
+    ++awakeCount_;
+    const bool isMainInterface = awakeCount_ == 1;
+    if (!isMainInterface ||
+        !isNumberEqualTo(UserPreferences().value(kRequireAdminPasswordPreference), 1)) {
+        return;
+    }
+    if (prefsAdminPass_) {
+        prefsAdminPass_->setState(true);
+    }
+    if (!QMAuthorization::sharedController().authStart()) {
+        isTerminating_ = true;
+        host_.terminate();
+    }
+}
+
+bool AppController::applicationShouldOpenUntitledFile() {
+    performStartupAction();
+    return false;
+}
+
+void AppController::applicationDidFinishLaunching() {
+    platform::MainThread::performAfter(kStartupCheckDelay, [weak = weak_from_this()] {
+        const std::shared_ptr<AppController> controller = weak.lock();
+        if (controller && !controller->host_.hasKeyWindow()) {
+            controller->performStartupAction();
+        }
+    });
+}
+
+void AppController::performStartupAction() {
+    if (hasGUI_ && integerPreference(UserPreferences().value(kShowOpenDialogPreference)) == 1) {
+        openFile();
+    }
+}
+
+bool AppController::applicationOpenFile(const std::string& path) {
+    return !isTerminating_ && host_.openDocument(path);
+}
+
+void AppController::applicationWillTerminate() {}
+
+void AppController::openFile() {
+    if (isTerminating_) {
+        return;
+    }
+    const auto paths = host_.runOpenPanel(openPanelSettings());
+    for (const std::string& path : paths.value_or(std::vector<std::string>{})) {
+        host_.openDocument(path);
+    }
+}
+
+void AppController::showConvertDialog() {
+    if (const std::shared_ptr<Document> document = host_.currentDocument()) {
+        document->showConvertDialog();
+    }
+}
+
+bool AppController::validateUserInterfaceItem(std::string_view action) const {
+    if (action != kShowConvertDialogAction) {
+        return true;
+    }
+    const std::shared_ptr<Document> document = host_.currentDocument();
+    return document && document->xmlType() == kXMEML;
+}
+
+void AppController::prefsToggleAdminPass(CheckBoxItem& sender) {
+    const std::optional<bool> isOn = sender.state();
+    if (!isOn) {
+        return;
+    }
+    if (!*isOn && !QMAuthorization::sharedController().authStart()) {
+        sender.setState(true);
+        return;
+    }
+    ErrorSlot error;
+    if (!UserPreferences().setValueForAnyUser(kRequireAdminPasswordPreference, *isOn ? 1 : 0,
+                                              error)) {
+        logUnsavedPreference(kRequireAdminPasswordPreference, error);
+        sender.setState(!*isOn);
+    }
+}
+
+void AppController::helpUserManual() {
+    const QMLocalPaths::Path library = QMLocalPaths::libraryDirectory(false);
+    const std::string manual = library ? appendingPathComponent(*library, kUserManual) : "";
+    if (platform::fileExists(manual)) {
+        open(&platform::WorkspaceOpener::openFile, manual);
+    }
+}
+
+void AppController::showAboutDialog() {
+    host_.showAboutPanel();
+}
+
+void AppController::gatherLogs() {
+    QMTroubleshootingUtils::gatherLogsForAppWithName(kApplicationName);
+}
+
+}  // namespace vornic
