@@ -115,6 +115,8 @@ TEST_F(QMFileManagerChangesTest, trashesWithRightsWhatItMayNotMove) {
 TEST_F(QMFileManagerChangesTest, unlocksWhatItTrashesAndRemoves) {
     const std::string first = sandbox.write("first", "x");
     const std::string second = sandbox.write("second", "x");
+    // The user's own, so that it can be emptied at the end.
+    fs::create_directory(trash());
     const test::RightsOfRoot root;
     if (!root.available() || !QMFileManager::lockFile(first)) {
         GTEST_SKIP() << "needs root and a volume with the attribute";

@@ -299,6 +299,7 @@ TEST(ArchiveReaderVolumeTest, leavesNothingOnAFullVolume) {
     ASSERT_TRUE(error);
     EXPECT_EQ(error->code, ENOSPC);
     EXPECT_THAT(test::namesIn(sandbox.path("small")), IsEmpty());
+    EXPECT_TRUE(mounts.unmountVolume(sandbox.path("small")));
 }
 
 }  // namespace

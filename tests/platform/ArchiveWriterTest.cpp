@@ -251,6 +251,7 @@ TEST(ArchiveWriterVolumeTest, leavesNothingOnAFullVolume) {
     ASSERT_TRUE(error);
     EXPECT_EQ(error->code, ENOSPC);
     EXPECT_THAT(test::namesIn(sandbox.path("small")), IsEmpty());
+    EXPECT_TRUE(mounts.unmountVolume(sandbox.path("small")));
 }
 
 }  // namespace
