@@ -16,6 +16,7 @@
 #include "platform/FileSystem.h"
 #include "platform/Termination.h"
 #include "repair/Document.h"
+#include "ui/CrashReports.h"
 #include "xml/XMLDocument.h"
 
 namespace vornic {
@@ -86,6 +87,7 @@ int ConvertCommand::run(const std::vector<std::string>& arguments) {
         return fail("Error: XMEML version must be between 1 and 5");
     }
     secureStandardStreams();
+    startCrashReports(kConvertProgram);
     platform::catchInterruptions();
     QMLog::createNewLog(platform::applicationName());
     for (auto file = found + 2; file != arguments.end() && platform::interruption() == 0; ++file) {

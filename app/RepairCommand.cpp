@@ -16,6 +16,7 @@
 #include "platform/Termination.h"
 #include "repair/Document.h"
 #include "repair/RepairPipeline.h"
+#include "ui/CrashReports.h"
 
 #ifndef VORNIC_VERSION
 #error "VORNIC_VERSION is the project's version"
@@ -161,6 +162,7 @@ int RepairCommand::run(const std::vector<std::string>& arguments) {
         return print(stderr, kUsage, kWrongUsage);
     }
     secureStandardStreams();
+    startCrashReports(kRepairProgram);
     platform::catchInterruptions();
     QMLog::createNewLog(platform::applicationName(), options.quiet);
     bool allGood = true;

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "foundation/FormatString.h"
+#include "platform/CrashStack.h"
 
 namespace vornic {
 
@@ -73,6 +74,7 @@ std::string TerminalProgress::bar(std::int64_t value, std::int64_t maximum) {
 }
 
 void TerminalProgress::draw() {
+    const platform::CrashStack crashStack;
     std::unique_lock lock(mutex_);
     while (!wake_.wait_for(lock, kRepaintInterval, [this] { return ending_; })) {
         const std::string text = bar(document_->progressValue(), document_->progressMax());

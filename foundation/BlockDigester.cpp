@@ -3,6 +3,8 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/CrashStack.h"
+
 namespace vornic {
 
 bool BlockDigester::allocate(std::size_t blocks) {
@@ -60,6 +62,7 @@ void BlockDigester::finish() {
 }
 
 void BlockDigester::run() {
+    const platform::CrashStack crashStack;
     std::vector<Work> taken;
     std::unique_lock lock(mutex_);
     for (;;) {

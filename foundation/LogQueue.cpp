@@ -5,6 +5,8 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/CrashStack.h"
+
 namespace vornic {
 
 namespace {
@@ -96,6 +98,7 @@ void LogQueue::startWorker() {
 }
 
 void LogQueue::run() {
+    const platform::CrashStack crashStack;
     Lock lock(mutex_);
     int looks = 0;
     while (!isClosed_) {

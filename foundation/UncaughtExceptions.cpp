@@ -3,10 +3,9 @@
 #include <atomic>
 #include <cstdlib>
 #include <exception>
-#include <string>
 
 #include "foundation/QMLog.h"
-#include "platform/Exception.h"
+#include "platform/ExceptionReason.h"
 
 namespace vornic {
 
@@ -14,26 +13,11 @@ namespace {
 
 std::terminate_handler previousHandler = nullptr;
 
-std::string reasonOf(const std::exception_ptr& pointer) {
-    if (!pointer) {
-        return "terminated without an exception";
-    }
-    try {
-        std::rethrow_exception(pointer);
-    } catch (const platform::Exception& exception) {
-        return exception.reason();
-    } catch (const std::exception& exception) {
-        return exception.what();
-    } catch (...) {
-        return "exception of an unknown type";
-    }
-}
-
 void logAndDie() {
     // A second fault while the first is being logged must not start over.
     static std::atomic<bool> isLogging = false;
     if (!isLogging.exchange(true)) {
-        QMLog::appendLogAndPrint("%@", reasonOf(std::current_exception()));
+        QMLog::appendLogAndPrint("%@", platform::reasonOf(std::current_exception()));
         QMLog::finishWriting();
     }
     if (previousHandler != nullptr) {

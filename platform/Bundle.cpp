@@ -10,7 +10,6 @@
 
 #include "platform/FileSystem.h"
 #include "platform/PathText.h"
-#include "platform/Process.h"
 #include "platform/PropertyList.h"
 
 namespace vornic::platform {

@@ -79,6 +79,12 @@ bool isDirectory(const std::string& path) {
     return statusOf(path, status, 0) == 0 && S_ISDIR(status.st_mode);
 }
 
+bool isExecutableFile(const std::string& path) {
+    struct stat status {};
+    return statusOf(path, status, 0) == 0 && S_ISREG(status.st_mode) &&
+           faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS) == 0;
+}
+
 std::optional<FileIdentity> fileIdentity(const std::string& path) {
     struct stat status {};
     if (statusOf(path, status, AT_SYMLINK_NOFOLLOW) != 0) {

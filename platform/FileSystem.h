@@ -30,6 +30,10 @@ struct FileIdentity {
 /// True when the path, links followed, is a folder.
 [[nodiscard]] bool isDirectory(const std::string& path);
 
+/// True when the path, links followed, is an executable file that this process may run. A folder is
+/// none, whatever its mode, and so is a bundle.
+[[nodiscard]] bool isExecutableFile(const std::string& path);
+
 /// The identity of what stands at the path itself (a link is not followed), or nothing.
 [[nodiscard]] std::optional<FileIdentity> fileIdentity(const std::string& path);
 

@@ -6,7 +6,6 @@
 
 #include <fcntl.h>
 #include <spawn.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -136,12 +135,6 @@ void keepEndsOfChildren() {
 }
 
 }  // namespace
-
-bool isExecutableFile(const std::string& path) {
-    struct stat status {};
-    return path.find('\0') == std::string::npos && stat(path.c_str(), &status) == 0 &&
-           S_ISREG(status.st_mode) && faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS) == 0;
-}
 
 Process::~Process() {
     reapInBackground();

@@ -18,10 +18,6 @@ namespace vornic::platform {
 /// The standard streams of a process, by their descriptors' numbers.
 enum class StandardStream : std::size_t { input = 0, output = 1, error = 2 };
 
-/// True when the path, links followed, is an executable file that this process may run. A folder is
-/// none, whatever its mode, and so is a bundle.
-[[nodiscard]] bool isExecutableFile(const std::string& path);
-
 /// An external program: set it up, launch it once, look after it. The child gets its three standard
 /// streams, what `addDescriptor` gives it and no other descriptor, the default dispositions of all
 /// signals and an empty signal mask, and shares this process's working folder and, unless it is

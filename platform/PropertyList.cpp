@@ -216,6 +216,33 @@ Node parseNode(std::string_view bytes) {
     return Node(node);
 }
 
+/// The list with every date cut to whole seconds.
+PropertyList withWholeSeconds(PropertyList list) {
+    if (auto* date = std::get_if<PropertyList::Date>(&list.value())) {
+        date->secondsSince1970 = std::floor(date->secondsSince1970);
+    } else if (auto* items = std::get_if<PropertyList::Array>(&list.value())) {
+        std::transform(items->begin(), items->end(), items->begin(), withWholeSeconds);
+    } else if (auto* entries = std::get_if<PropertyList::Dictionary>(&list.value())) {
+        for (auto& [key, value] : *entries) {
+            value = withWholeSeconds(std::move(value));
+        }
+    }
+    return list;
+}
+
+/// What a file is to hold of the list.
+std::string fileForm(const PropertyList& list) {
+    const PropertyList whole = withWholeSeconds(list);
+    if (whole != list) {
+        std::string binary = list.toBinary();
+        const std::optional<PropertyList> kept = PropertyList::parse(binary);
+        if (kept && withWholeSeconds(*kept) == whole) {
+            return binary;
+        }
+    }
+    return list.toXML();
+}
+
 }  // namespace
 
 const PropertyList* PropertyList::find(std::string_view key) const {
@@ -258,9 +285,19 @@ std::string PropertyList::toXML() const {
     return text != nullptr ? std::string(text, length) : std::string();
 }
 
+std::string PropertyList::toBinary() const {
+    const PointLocale locale;
+    const Node node = toNode(*this);
+    char* bytes = nullptr;
+    std::uint32_t length = 0;
+    plist_to_bin(node.get(), &bytes, &length);
+    const Memory<char> owner(bytes);
+    return bytes != nullptr ? std::string(bytes, length) : std::string();
+}
+
 bool PropertyList::writeFile(const std::string& path, ErrorSlot& error) const {
     return createDirectory(parentFolder(path), error) &&
-           writeFileAtomically(path, toXML(), Durability::buffered, error);
+           writeFileAtomically(path, fileForm(*this), Durability::buffered, error);
 }
 
 }  // namespace vornic::platform

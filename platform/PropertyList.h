@@ -19,7 +19,7 @@ class PropertyList;
 
 /// A value of a property list. Strings are UTF-8; dates are seconds since 1970-01-01 UTC. Integers
 /// above the range of `std::int64_t` wrap around to negative ones. Written, a string or key ends
-/// before its first NUL byte, and a date keeps whole seconds between 1932 and 2069.
+/// before its first NUL byte, and a date lies between 1932 and 2069.
 class PropertyList {
   public:
     using Dictionary = std::map<std::string, PropertyList>;
@@ -67,9 +67,13 @@ class PropertyList {
     /// file cannot be read or holds no property list.
     [[nodiscard]] static std::optional<PropertyList> readFile(const std::string& path,
                                                               ErrorSlot& error);
-    /// The XML form.
+    /// The XML form, in which dates have whole seconds.
     [[nodiscard]] std::string toXML() const;
-    /// Writes the XML form atomically, not synced; folders above it are made.
+    /// The binary form, in which dates have microseconds, but which cannot hold a string that is no
+    /// UTF-8. "" when it cannot be made.
+    [[nodiscard]] std::string toBinary() const;
+    /// Writes the list atomically, not synced; folders above it are made. The form is XML, or the
+    /// binary one where a date has a part of a second and nothing is lost by it.
     bool writeFile(const std::string& path, ErrorSlot& error) const;
 
   private:

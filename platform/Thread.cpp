@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/CrashStack.h"
 #include "platform/Exception.h"
 #include "platform/MainThread.h"
 
@@ -128,6 +129,7 @@ void detachNewThread(std::function<void()> function, std::function<void()> askTo
     try {
         self->askToEnd = std::move(askToEnd);
         self->thread = std::thread([&threads, self, function = std::move(function)]() mutable {
+            const CrashStack crashStack;
             function();
             function = nullptr;
             noteEnd(threads, self);

@@ -48,6 +48,25 @@ TEST_F(FileSystemTest, takesADanglingLinkForNothingButANode) {
     EXPECT_FALSE(nodeExists(sandbox.path("missing")));
 }
 
+TEST_F(FileSystemTest, takesAProgramAndALinkToOneForExecutable) {
+    fs::create_symlink("/bin/sh", sandbox.path("link"));
+    EXPECT_TRUE(isExecutableFile("/bin/sh"));
+    EXPECT_TRUE(isExecutableFile(sandbox.path("link")));
+}
+
+TEST_F(FileSystemTest, takesNothingElseForExecutable) {
+    EXPECT_FALSE(isExecutableFile(sandbox.write("plain", "text")));
+    EXPECT_FALSE(isExecutableFile(sandbox.path("missing")));
+    EXPECT_FALSE(isExecutableFile(""));
+    EXPECT_FALSE(isExecutableFile(std::string("/bin/sh\0x", 9)));
+}
+
+TEST_F(FileSystemTest, takesNoFolderThatMayBeEnteredForExecutable) {
+    fs::create_directories(sandbox.path("Tool.app/Contents/MacOS"));
+    EXPECT_FALSE(isExecutableFile(sandbox.path("Tool.app")));
+    EXPECT_FALSE(isExecutableFile("/usr/bin"));
+}
+
 TEST_F(FileSystemTest, findsNothingAtAnEmptyPathOrOneWithANulByte) {
     EXPECT_FALSE(fileExists(""));
     const std::string path = sandbox.write("file", "x") + std::string(1, '\0') + "more";

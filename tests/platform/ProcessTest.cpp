@@ -508,26 +508,5 @@ TEST(ProcessTest, worksWithoutStandardStreamsOfItsOwn) {
     }));
 }
 
-class IsExecutableFileTest : public test::SandboxTest {};
-
-TEST_F(IsExecutableFileTest, isTrueForAProgramAndForALinkToOne) {
-    std::filesystem::create_symlink("/bin/sh", sandbox.path("link"));
-    EXPECT_TRUE(isExecutableFile("/bin/sh"));
-    EXPECT_TRUE(isExecutableFile(sandbox.path("link")));
-}
-
-TEST_F(IsExecutableFileTest, isFalseForWhatCannotBeRun) {
-    EXPECT_FALSE(isExecutableFile(sandbox.write("plain", "text")));
-    EXPECT_FALSE(isExecutableFile(sandbox.path("missing")));
-    EXPECT_FALSE(isExecutableFile(""));
-    EXPECT_FALSE(isExecutableFile(std::string("/bin/sh\0x", 9)));
-}
-
-TEST_F(IsExecutableFileTest, isFalseForFoldersThatMayBeEntered) {
-    std::filesystem::create_directories(sandbox.path("Tool.app/Contents/MacOS"));
-    EXPECT_FALSE(isExecutableFile(sandbox.path("Tool.app")));
-    EXPECT_FALSE(isExecutableFile("/usr/bin"));
-}
-
 }  // namespace
 }  // namespace vornic::platform

@@ -213,5 +213,50 @@ TEST_F(PropertyListTest, tellsWhyAFileCannotBeWritten) {
     EXPECT_TRUE(error);
 }
 
+class PropertyListDatesTest : public test::SandboxTest {
+  protected:
+    /// The bytes of the file that is written of a list, and what is read from it.
+    std::string written(const PropertyList& list) {
+        const std::string path = sandbox.path("list.plist");
+        EXPECT_TRUE(list.writeFile(path, error));
+        read = PropertyList::readFile(path, error).value_or(PropertyList());
+        return test::readBytes(path);
+    }
+    static PropertyList listWith(double date, const std::string& text) {
+        PropertyList::Dictionary entries;
+        entries["date"] = PropertyList(PropertyList::Value(PropertyList::Date{date}));
+        entries["text"] = PropertyList(PropertyList::Value(text));
+        return PropertyList(PropertyList::Value(PropertyList::Array{PropertyList(entries)}));
+    }
+
+    ErrorSlot error;
+    PropertyList read;
+};
+
+TEST_F(PropertyListDatesTest, keepsPartsOfSecondsInAFileOfTheBinaryForm) {
+    const PropertyList list = listWith(1'700'000'000.75, "t\xC3\xA9xt");
+    EXPECT_TRUE(written(list).starts_with("bplist00"));
+    EXPECT_EQ(read, list);
+}
+
+TEST_F(PropertyListDatesTest, keepsMicroseconds) {
+    static_cast<void>(written(listWith(1'700'000'000.123456, "")));
+    const auto* date =
+        std::get_if<PropertyList::Date>(&read.array()->front().find("date")->value());
+    ASSERT_NE(date, nullptr);
+    EXPECT_NEAR(date->secondsSince1970, 1'700'000'000.123456, 2.5e-6);
+}
+
+TEST_F(PropertyListDatesTest, writesWholeSecondsInTheReadableForm) {
+    const PropertyList list = listWith(1'700'000'000, "text");
+    EXPECT_TRUE(written(list).starts_with("<?xml"));
+    EXPECT_EQ(read, list);
+}
+
+TEST_F(PropertyListDatesTest, ratherLosesAPartOfASecondThanAText) {
+    EXPECT_TRUE(written(listWith(1'700'000'000.75, "no UTF-8: \xFF")).starts_with("<?xml"));
+    EXPECT_EQ(read, listWith(1'700'000'000, "no UTF-8: \xFF"));
+}
+
 }  // namespace
 }  // namespace vornic::platform

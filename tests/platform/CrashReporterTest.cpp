@@ -1,0 +1,349 @@
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <ctime>
+#include <exception>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "platform/CrashBacktrace.h"
+#include "platform/CrashReporter.h"
+#include "platform/Exception.h"
+#include "platform/FileDates.h"
+#include "platform/Thread.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/FileState.h"
+#include "tests/support/Sandbox.h"
+#include "tests/support/Unprivileged.h"
+
+namespace vornic::platform {
+namespace {
+
+using ::testing::ContainsRegex;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::MatchesRegex;
+using ::testing::Not;
+
+// What the optimizer must not see through.
+volatile int* volatile nowhere = reinterpret_cast<volatile int*>(8);
+volatile int depthWanted = 1'000'000'000;
+
+extern "C" [[gnu::noinline]] void crashingFunction() {
+    *nowhere = 1;
+}
+
+extern "C" [[gnu::noinline]] void callerOfTheCrashingFunction() {
+    crashingFunction();
+    depthWanted = 5;
+}
+
+extern "C" [[gnu::noinline]] int endlessRecursion(int depth) {
+    volatile char room[256] = {};
+    room[depth % 256] = 1;
+    return depth < depthWanted ? endlessRecursion(depth + 1) + room[0] : 0;
+}
+
+extern "C" [[gnu::noinline]] void jumpToNowhere() {
+    reinterpret_cast<void (*)()>(const_cast<int*>(nowhere))();
+    depthWanted = 5;
+}
+
+/// Lets an exception out of a function that promises that there is none: nobody catches it.
+void throwUncaught(const std::runtime_error& exception) noexcept {
+    std::rethrow_exception(std::make_exception_ptr(exception));
+}
+
+class CrashReporterTest : public test::SandboxTest {
+  protected:
+    /// Runs a function in a child that reports its crashes.
+    /// @return the number of the signal that ended the child, or minus its exit status.
+    int crash(const std::function<void()>& function) const {
+        test::ChildProcess child([&] {
+            const rlimit none{.rlim_cur = 0, .rlim_max = 0};
+            setrlimit(RLIMIT_CORE, &none);
+            installCrashReporter(settings);
+            function();
+        });
+        const int status = child.wait();
+        return WIFSIGNALED(status) ? WTERMSIG(status) : -WEXITSTATUS(status);
+    }
+    [[nodiscard]] std::vector<std::string> reports() const {
+        return test::namesIn(settings.folder);
+    }
+    /// The text of the only report.
+    [[nodiscard]] std::string report() const {
+        const std::vector<std::string> names = reports();
+        if (names.size() != 1) {
+            ADD_FAILURE() << names.size() << " reports";
+            return "";
+        }
+        return test::readBytes(settings.folder + "/" + names.front());
+    }
+
+    CrashReportSettings settings{.program = "probe",
+                                 .version = "1.2.3",
+                                 .folder = sandbox.path("Logs/DiagnosticReports"),
+                                 .log = "/a/Vornic.1.log"};
+};
+
+// What is reported
+
+TEST_F(CrashReporterTest, tellsProgramPlaceAndCauseOfACrash) {
+    EXPECT_EQ(crash(callerOfTheCrashingFunction), SIGSEGV);
+    EXPECT_THAT(report(),
+                ContainsRegex("^Program: probe\n"
+                              "Version: 1\\.2\\.3\n"
+                              "Path: /.*/test-crashes\n"
+                              "Process: [0-9]+, thread [0-9]+\n"
+                              "Date: [0-9]{4}-[0-9]{2}-[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2} "
+                              "\\+0000\n"
+                              "Signal: SIGSEGV \\(11\\), code 1\n"
+                              "Faulting address: 0x8\n"
+                              "Log: /a/Vornic\\.1\\.log\n"
+                              "\n"
+                              "Backtrace:\n"
+                              "0  0x[0-9a-f]{16}  /.*/test-crashes \\+ 0x[0-9a-f]+  "
+                              "crashingFunction\n"
+                              "1  0x[0-9a-f]{16}  /.*/test-crashes \\+ 0x[0-9a-f]+  "
+                              "callerOfTheCrashingFunction\n"
+                              "2  0x"));
+}
+
+TEST_F(CrashReporterTest, followsTheStackToTheProgramsStart) {
+    crash(callerOfTheCrashingFunction);
+    EXPECT_THAT(report(), ContainsRegex("\n[0-9]+  0x[0-9a-f]{16}  /.*/test-crashes \\+ "
+                                        "0x[0-9a-f]+  main\n"));
+    EXPECT_THAT(report(), HasSubstr("libc.so.6 + 0x"));
+    EXPECT_THAT(report(), Not(HasSubstr("Further frames")));
+}
+
+TEST_F(CrashReporterTest, namesTheReportByProgramAndTime) {
+    crash(crashingFunction);
+    ASSERT_EQ(reports().size(), 1U);
+    EXPECT_THAT(reports().front(),
+                MatchesRegex("probe_[0-9]{4}-[0-9]{2}-[0-9]{2}-[0-9]{6}-[0-9]{6}\\.crash"));
+    const std::time_t now = std::time(nullptr);
+    std::tm time{};
+    gmtime_r(&now, &time);
+    std::string day(16, '\0');
+    day.resize(std::strftime(day.data(), day.size(), "probe_%Y-%m-%d", &time));
+    EXPECT_EQ(reports().front().substr(0, day.size()), day);
+}
+
+TEST_F(CrashReporterTest, sortsReportsByTheirTime) {
+    crash(crashingFunction);
+    const std::string first = reports().front();
+    crash(crashingFunction);
+    ASSERT_EQ(reports().size(), 2U);
+    EXPECT_EQ(reports().front(), first);
+}
+
+TEST_F(CrashReporterTest, diesOfEachFatalSignalAndReportsIt) {
+    for (const int number : {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT, SIGTRAP, SIGSYS}) {
+        const std::size_t before = reports().size();
+        EXPECT_EQ(crash([number] { raise(number); }), number);
+        ASSERT_EQ(reports().size(), before + 1);
+        EXPECT_THAT(test::readBytes(settings.folder + "/" + reports().back()),
+                    HasSubstr("(" + std::to_string(number) + "), code -6\n"));
+    }
+}
+
+TEST_F(CrashReporterTest, reportsAnAbort) {
+    EXPECT_EQ(crash([] { std::abort(); }), SIGABRT);
+    EXPECT_THAT(report(), HasSubstr("\nSignal: SIGABRT (6), code -6\nLog: "));
+}
+
+TEST_F(CrashReporterTest, reportsAnEndByAnotherProgramAsSuch) {
+    EXPECT_EQ(crash([] { kill(getpid(), SIGBUS); }), SIGBUS);
+    EXPECT_THAT(report(), HasSubstr("\nSignal: SIGBUS (7), code 0\nSent by process: "));
+    EXPECT_THAT(report(), Not(HasSubstr("Faulting address")));
+}
+
+TEST_F(CrashReporterTest, reportsNothingOfAKill) {
+    EXPECT_EQ(crash([] { raise(SIGKILL); }), SIGKILL);
+    EXPECT_THAT(reports(), IsEmpty());
+}
+
+TEST_F(CrashReporterTest, reportsNothingOfAPlainEnd) {
+    EXPECT_EQ(crash([] {}), 0);
+    EXPECT_EQ(crash([] { raise(SIGTERM); }), SIGTERM);
+    EXPECT_FALSE(test::exists(sandbox.path("Logs")));
+}
+
+// Exceptions
+
+TEST_F(CrashReporterTest, tellsTheReasonOfAnExceptionThatNobodyCaught) {
+    EXPECT_EQ(crash([] { std::thread([] { throw Exception("Name", "a\nreason, 100%"); }).join(); }),
+              SIGABRT);
+    EXPECT_THAT(report(),
+                HasSubstr("\nSignal: SIGABRT (6), code -6\nReason: a reason, 100%\nLog: "));
+}
+
+TEST_F(CrashReporterTest, tellsWhatAnExceptionOfTheLanguageSays) {
+    EXPECT_EQ(crash([] { throwUncaught(std::runtime_error("a runtime error")); }), SIGABRT);
+    EXPECT_THAT(report(), HasSubstr("\nReason: a runtime error\n"));
+}
+
+TEST_F(CrashReporterTest, cutsAReasonThatIsTooLong) {
+    EXPECT_EQ(crash([] { throwUncaught(std::runtime_error(std::string(600, 'x'))); }), SIGABRT);
+    EXPECT_THAT(report(), HasSubstr("\nReason: " + std::string(512, 'x') + "\n"));
+}
+
+TEST_F(CrashReporterTest, leavesTheEndToTheHandlerThatWasThereBefore) {
+    test::ChildProcess child([&] {
+        std::set_terminate([] { _exit(42); });
+        installCrashReporter(settings);
+        std::terminate();
+    });
+    const int status = child.wait();
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 42);
+    EXPECT_THAT(reports(), IsEmpty());
+}
+
+// Stacks and threads
+
+TEST_F(CrashReporterTest, reportsAFullStack) {
+    EXPECT_EQ(crash([] { depthWanted = endlessRecursion(0); }), SIGSEGV);
+    const std::string text = report();
+    EXPECT_THAT(text, HasSubstr("\n" + std::to_string(kMostCrashFrames - 1) + "  0x"));
+    EXPECT_THAT(text, Not(HasSubstr("\n" + std::to_string(kMostCrashFrames) + "  0x")));
+    EXPECT_TRUE(text.ends_with("  endlessRecursion\nFurther frames are left out.\n"));
+}
+
+TEST_F(CrashReporterTest, reportsAFullStackOfAThread) {
+    EXPECT_EQ(crash([] {
+                  detachNewThread([] { depthWanted = endlessRecursion(0); });
+                  joinDetachedThreads(std::chrono::seconds(60));
+              }),
+              SIGSEGV);
+    EXPECT_THAT(report(), HasSubstr("endlessRecursion\nFurther frames"));
+}
+
+TEST_F(CrashReporterTest, reportsTheCrashOfASecondThread) {
+    EXPECT_EQ(crash([] { std::thread(callerOfTheCrashingFunction).join(); }), SIGSEGV);
+    const std::string text = report();
+    EXPECT_THAT(text, HasSubstr("  crashingFunction\n1  0x"));
+    EXPECT_THAT(text, HasSubstr("  callerOfTheCrashingFunction\n2  0x"));
+    EXPECT_THAT(text, Not(HasSubstr("  main\n")));
+    const auto numberAfter = [&text](const std::string& word) {
+        return std::stoi(text.substr(text.find(word) + word.size()));
+    };
+    EXPECT_NE(numberAfter("\nProcess: "), numberAfter(", thread "));
+}
+
+TEST_F(CrashReporterTest, writesOneReportThoughManyThreadsCrashAtOnce) {
+    EXPECT_EQ(crash([] {
+                  std::atomic<int> ready{0};
+                  std::vector<std::thread> threads;
+                  for (int number = 0; number < 8; ++number) {
+                      threads.emplace_back([&ready] {
+                          ++ready;
+                          while (ready < 8) {
+                          }
+                          crashingFunction();
+                      });
+                  }
+                  for (std::thread& thread : threads) {
+                      thread.join();
+                  }
+              }),
+              SIGSEGV);
+    EXPECT_THAT(report(), HasSubstr("  crashingFunction\n"));
+}
+
+TEST_F(CrashReporterTest, tellsWhoJumpedToNowhere) {
+    EXPECT_EQ(crash(jumpToNowhere), SIGSEGV);
+    EXPECT_THAT(report(), ContainsRegex("\nBacktrace:\n0  0x0000000000000008\n"
+                                        "1  0x[0-9a-f]{16}  /.*/test-crashes \\+ 0x[0-9a-f]+  "
+                                        "jumpToNowhere\n$"));
+}
+
+TEST_F(CrashReporterTest, needsNoMemoryFromTheProgram) {
+    const int signal = crash([] {
+        // The allocator's notes around a block are destroyed, so that it fails in its own code.
+        auto* const block = new std::size_t[64];
+        for (int index = 64; index < 1024; ++index) {
+            const_cast<volatile std::size_t*>(block)[index] = ~std::size_t{0};
+        }
+        for (std::size_t size = 8; size < 8192; size += 8) {
+            static_cast<void>(operator new(size));
+        }
+        _exit(0);
+    });
+    EXPECT_THAT(signal, ::testing::AnyOf(SIGABRT, SIGSEGV));
+    EXPECT_THAT(report(), HasSubstr("  main\n"));
+}
+
+// Where it goes
+
+TEST_F(CrashReporterTest, isReadableByItsOwnerAlone) {
+    crash(crashingFunction);
+    ASSERT_EQ(reports().size(), 1U);
+    EXPECT_EQ(test::fileState(settings.folder + "/" + reports().front()).mode, S_IFREG | 0600U);
+    struct stat status {};
+    ASSERT_EQ(stat(sandbox.path("Logs").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode, S_IFDIR | 0700U);
+}
+
+TEST_F(CrashReporterTest, isNoOlderThanTheMomentBeforeTheCrash) {
+    for (int attempt = 0; attempt < 10; ++attempt) {
+        std::optional<FileDate> before;
+        crash([&] {
+            before = FileDate::clock::now();
+            test::writeBytes(sandbox.path("before"),
+                             std::to_string(before->time_since_epoch().count()));
+            crashingFunction();
+        });
+        const auto changed = modificationDate(settings.folder + "/" + reports().back());
+        ASSERT_TRUE(changed);
+        EXPECT_GE(changed->time_since_epoch().count(),
+                  std::stoll(test::readBytes(sandbox.path("before"))));
+    }
+}
+
+TEST_F(CrashReporterTest, leavesOutALogThatThereIsNot) {
+    settings.log = "";
+    crash(crashingFunction);
+    EXPECT_THAT(report(), HasSubstr("Faulting address: 0x8\n\nBacktrace:\n"));
+}
+
+TEST_F(CrashReporterTest, diesOfTheSignalThoughNoReportCanBeWritten) {
+    sandbox.write("Logs", "a file in the folder's place");
+    EXPECT_EQ(crash(crashingFunction), SIGSEGV);
+    EXPECT_EQ(test::readBytes(sandbox.path("Logs")), "a file in the folder's place");
+    settings.folder = "/" + std::string(5000, 'x');
+    EXPECT_EQ(crash(crashingFunction), SIGSEGV);
+}
+
+TEST_F(CrashReporterTest, diesOfTheSignalWhenTheDiskIsFull) {
+    EXPECT_EQ(crash([] {
+                  // No file may grow beyond a few bytes.
+                  std::signal(SIGXFSZ, SIG_IGN);
+                  const rlimit little{.rlim_cur = 64, .rlim_max = 64};
+                  setrlimit(RLIMIT_FSIZE, &little);
+                  crashingFunction();
+              }),
+              SIGSEGV);
+    EXPECT_EQ(report().size(), 64U);
+}
+
+TEST_F(CrashReporterTest, isInstalledOnlyWhereItWasAskedFor) {
+    EXPECT_FALSE(isCrashReporterInstalled());
+    EXPECT_TRUE(test::passesInChild([&] {
+        installCrashReporter(settings);
+        EXPECT_TRUE(isCrashReporterInstalled());
+    }));
+}
+
+}  // namespace
+}  // namespace vornic::platform

@@ -1,0 +1,30 @@
+#include "ui/CrashReports.h"
+
+#include <string>
+
+#include "foundation/LogGenerations.h"
+#include "foundation/QMLocalPaths.h"
+#include "foundation/Text.h"
+#include "platform/Bundle.h"
+#include "platform/CrashReporter.h"
+#include "ui/CrashReportFolders.h"
+
+#ifndef VORNIC_VERSION
+#error "VORNIC_VERSION is the project's version"
+#endif
+
+namespace vornic {
+
+void startCrashReports(std::string_view program) {
+    const QMLocalPaths::Path logs = QMLocalPaths::logDirectory(true);
+    if (!logs) {
+        return;
+    }
+    platform::installCrashReporter(
+        {.program = std::string(program),
+         .version = VORNIC_VERSION,
+         .folder = appendingPathComponent(*logs, kDiagnosticReportsFolder),
+         .log = currentLogPath(platform::applicationName()).value_or("")});
+}
+
+}  // namespace vornic
