@@ -27,4 +27,8 @@ bool isGlobalSwitchOn(std::string_view key) {
     return (text != nullptr && *text == "1") || isNumberEqualTo(value, 1);
 }
 
+bool isGlobalSwitchOff(std::string_view key) {
+    return isNumberEqualTo(globalPreference(key), 0);
+}
+
 }  // namespace vornic

@@ -16,6 +16,9 @@ namespace vornic {
 /// True when the key holds the text "1" or a number equal to true, and for nothing else.
 [[nodiscard]] bool isGlobalSwitchOn(std::string_view key);
 
+/// True when the key holds a number equal to false, and for nothing else: texts do not switch off.
+[[nodiscard]] bool isGlobalSwitchOff(std::string_view key);
+
 }  // namespace vornic
 
 #endif

@@ -1,12 +1,12 @@
 #include "platform/DesktopEntry.h"
 
 #include <algorithm>
-#include <cctype>
 #include <utility>
 
 #include "platform/Directories.h"
 #include "platform/FileSystem.h"
 #include "platform/PathText.h"
+#include "platform/PercentEncoding.h"
 
 namespace vornic::platform {
 namespace {
@@ -231,18 +231,7 @@ std::vector<std::vector<std::string>> commandLines(const DesktopEntry& entry,
 }
 
 std::string fileURL(std::string_view path) {
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
-    constexpr std::string_view kPlain = "-._~/";
-    std::string url = "file://";
-    for (const char character : path) {
-        const auto byte = static_cast<unsigned char>(character);
-        if ((byte < 0x80 && std::isalnum(byte) != 0) || kPlain.find(character) != kPlain.npos) {
-            url += character;
-        } else {
-            url.append({'%', kDigits[byte >> 4U], kDigits[byte & 0xFU]});
-        }
-    }
-    return url;
+    return "file://" + percentEncoded(path, "/");
 }
 
 }  // namespace vornic::platform

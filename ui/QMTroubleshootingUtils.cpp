@@ -14,6 +14,7 @@
 #include "platform/FileSystem.h"
 #include "platform/FolderLock.h"
 #include "platform/OwnFolder.h"
+#include "platform/WorkspaceOpener.h"
 #include "ui/LogCollection.h"
 #include "ui/QMAlert.h"
 
@@ -117,6 +118,20 @@ void showOutcome(Gathering outcome) {
     }
 }
 
+/// Opens a file of the user's log folder.
+/// @param advice how to come by the file, told when it is not there
+bool viewLog(const std::string& name, const char* advice) {
+    // What is still queued belongs to what the user wants to see.
+    QMLog::finishWriting();
+    const std::optional<std::string> folder = logFolder(true);
+    if (!folder || !platform::fileExists(*folder + "/" + name)) {
+        showAlert("No log found", advice);
+        return false;
+    }
+    ErrorSlot error;
+    return platform::WorkspaceOpener::shared()->openFile(*folder + "/" + name, error);
+}
+
 }  // namespace
 
 bool QMTroubleshootingUtils::gatherLogsForAppsWithNames(const Names& appNames, bool silent,
@@ -143,6 +158,17 @@ bool QMTroubleshootingUtils::gatherLogsForAppsWithNames(const Names& appNames) {
 
 bool QMTroubleshootingUtils::gatherLogsForAppWithName(const std::string& appName) {
     return !appName.empty() && gatherLogsForAppsWithNames({appName});
+}
+
+bool QMTroubleshootingUtils::viewLogForApp(const std::string& appName) {
+    return viewLog(formatString("%@.1.log", appName),
+                   "You must perform a task before viewing the log.");
+}
+
+bool QMTroubleshootingUtils::viewTaskLogForApp(const std::string& appName) {
+    return viewLog(formatString("%@.1.task.log", appName),
+                   "You must run the application as a task (e.g. through Chore Runner) before "
+                   "viewing a log.");
 }
 
 }  // namespace vornic

@@ -6,7 +6,7 @@
 
 namespace vornic {
 
-/// What the troubleshooting commands do: gather everything that helps support.
+/// What the troubleshooting commands do: gather everything that helps support, and show logs.
 /// Class-level, without state; any thread. Alerts are free-standing, and a call that shows one
 /// waits for its answer.
 class QMTroubleshootingUtils {
@@ -38,6 +38,13 @@ class QMTroubleshootingUtils {
     static bool gatherLogsForAppsWithNames(const Names& appNames);
     /// With alerts; nothing is done for an empty name.
     static bool gatherLogsForAppWithName(const std::string& appName);
+
+    /// Opens the current log of an application, from the user's log folder, with the default
+    /// application for it. Without a log an alert tells how to come by one.
+    /// @return true when it was opened
+    static bool viewLogForApp(const std::string& appName);
+    /// The same for the log that the application writes when it runs as a scheduled task.
+    static bool viewTaskLogForApp(const std::string& appName);
 };
 
 }  // namespace vornic

@@ -9,7 +9,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "foundation/QMAuthorization.h"
 #include "foundation/QMFileManager.h"
@@ -17,6 +16,7 @@
 #include "tests/support/LogCapture.h"
 #include "tests/support/PrivateMounts.h"
 #include "tests/support/RecordingAuthorizationHost.h"
+#include "tests/support/RightsOfRoot.h"
 #include "tests/support/Sandbox.h"
 #include "tests/support/Unprivileged.h"
 
@@ -64,25 +64,6 @@ class FileManagerTest : public ::testing::Test {
         std::error_code missing;
         std::filesystem::permissions(sandbox.path("closed"), std::filesystem::perms(0700), missing);
     }
-};
-
-/// Root's rights for a moment, in a process that gave them up by `Unprivileged`.
-class RightsOfRoot {
-  public:
-    RightsOfRoot() : user_(geteuid()), available_(seteuid(0) == 0) {}
-    ~RightsOfRoot() { EXPECT_EQ(seteuid(user_), 0); }
-    RightsOfRoot(const RightsOfRoot&) = delete;
-    RightsOfRoot& operator=(const RightsOfRoot&) = delete;
-    [[nodiscard]] bool available() const { return available_; }
-
-  private:
-    uid_t user_;
-    bool available_;
-};
-
-/// The machine's volumes must be left while the process still has root's rights.
-struct OwnMounts {
-    PrivateMounts mounts;
 };
 
 /// `FileManagerTest` with a second volume.

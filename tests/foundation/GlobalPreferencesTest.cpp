@@ -50,6 +50,7 @@ struct SwitchCase {
     const char* name;
     PropertyList value;
     bool isOn;
+    bool isOff = false;
 };
 
 class GlobalSwitchTest : public GlobalPreferencesTest,
@@ -61,17 +62,24 @@ TEST_P(GlobalSwitchTest, isOnForTheTextOneAndForTruthAlone) {
     EXPECT_EQ(isGlobalSwitchOn("switch"), GetParam().isOn);
 }
 
+TEST_P(GlobalSwitchTest, isOffForFalsehoodAloneAndNotWhenItIsMissing) {
+    EXPECT_FALSE(isGlobalSwitchOff("switch"));
+    store(GetParam().value);
+    EXPECT_EQ(isGlobalSwitchOff("switch"), GetParam().isOff);
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Values, GlobalSwitchTest,
-    ::testing::Values(SwitchCase{"textOne", "1", true},
-                      SwitchCase{"theBooleanTrue", PropertyList(true), true},
-                      SwitchCase{"theNumberOne", 1, true},
-                      SwitchCase{"theRealOne", PropertyList(1.0), true},
-                      SwitchCase{"textYes", "YES", false}, SwitchCase{"textZero", "0", false},
-                      SwitchCase{"textOneWithABlank", "1 ", false},
-                      SwitchCase{"theNumberZero", 0, false}, SwitchCase{"theNumberTwo", 2, false},
-                      SwitchCase{"theBooleanFalse", PropertyList(false), false},
-                      SwitchCase{"aList", PropertyList(PropertyList::Array{"1"}), false}),
+    ::testing::Values(
+        SwitchCase{"textOne", "1", true}, SwitchCase{"theBooleanTrue", PropertyList(true), true},
+        SwitchCase{"theNumberOne", 1, true}, SwitchCase{"theRealOne", PropertyList(1.0), true},
+        SwitchCase{"textYes", "YES", false}, SwitchCase{"textZero", "0", false},
+        SwitchCase{"textOneWithABlank", "1 ", false}, SwitchCase{"theNumberZero", 0, false, true},
+        SwitchCase{"theNumberTwo", 2, false},
+        SwitchCase{"theBooleanFalse", PropertyList(false), false, true},
+        SwitchCase{"theRealZero", PropertyList(0.0), false, true},
+        SwitchCase{"theRealHalf", PropertyList(0.5), false}, SwitchCase{"textNo", "NO", false},
+        SwitchCase{"aList", PropertyList(PropertyList::Array{"1"}), false}),
     [](const auto& parameter) { return std::string(parameter.param.name); });
 
 }  // namespace

@@ -33,6 +33,12 @@ class PrivateMounts {
     bool mayMount_ = false;
 };
 
+/// A base class for fixtures whose own members give root's rights up: the machine's volumes must be
+/// left after that has been undone.
+struct OwnMounts {
+    PrivateMounts mounts;
+};
+
 }  // namespace vornic::test
 
 #endif

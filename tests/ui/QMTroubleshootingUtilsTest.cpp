@@ -16,6 +16,7 @@
 #include "tests/support/PrivateMounts.h"
 #include "tests/support/ProgramRunner.h"
 #include "tests/support/RecordingAlertPanels.h"
+#include "tests/support/RecordingWorkspaceOpener.h"
 #include "tests/ui/TroubleshootingTest.h"
 #include "ui/QMTroubleshootingUtils.h"
 
@@ -60,6 +61,7 @@ class QMTroubleshootingUtilsTest : public test::TroubleshootingTest {
     }
 
     test::InstalledAlertPanels panels;
+    test::InstalledWorkspaceOpener opener;
 };
 
 // The archive
@@ -369,6 +371,62 @@ TEST_F(QMTroubleshootingUtilsTest, givesEachOfTwoRunsAtOnceACompleteArchive) {
     EXPECT_EQ(filesIn(desktop("One Logs.zip")), expected);
     EXPECT_EQ(filesIn(desktop("Other Logs.zip")), expected);
 }
+
+// Viewing
+
+TEST_F(QMTroubleshootingUtilsTest, opensTheCurrentLog) {
+    const std::string reelLog = make(logs(), "My Reel.1.log");
+    make(logs(), "My Reel.2.log");
+    EXPECT_TRUE(Utils::viewLogForApp("My Reel"));
+    EXPECT_THAT(opener->opened, ElementsAre("file " + reelLog));
+    EXPECT_THAT(panels->texts(), IsEmpty());
+}
+
+TEST_F(QMTroubleshootingUtilsTest, opensTheTaskLog) {
+    const std::string taskLog = make(logs(), "Reel.1.task.log");
+    EXPECT_TRUE(Utils::viewTaskLogForApp("Reel"));
+    EXPECT_THAT(opener->opened, ElementsAre("file " + taskLog));
+    EXPECT_THAT(panels->texts(), IsEmpty());
+}
+
+TEST_F(QMTroubleshootingUtilsTest, opensALogWithAllThatIsStillQueuedForIt) {
+    for (int line = 1; line <= 200; ++line) {
+        QMLog::fastAppendLog("line %d of the log", line);
+    }
+    EXPECT_TRUE(Utils::viewLogForApp("Vornic"));
+    EXPECT_TRUE(test::readBytes(logs() + "/Vornic.1.log").ends_with("line 200 of the log\n"));
+}
+
+TEST_F(QMTroubleshootingUtilsTest, tellsHowToComeByALog) {
+    make(logs(), "Reel.2.log");
+    make(logs(), "Reel.1.task.log");
+    EXPECT_FALSE(Utils::viewLogForApp("Reel"));
+    EXPECT_THAT(panels->texts(),
+                ElementsAre("No log found | You must perform a task before viewing the log."));
+    EXPECT_EQ(panels->shown[0].parentWindow, nullptr);
+    EXPECT_THAT(opener->opened, IsEmpty());
+}
+
+TEST_F(QMTroubleshootingUtilsTest, tellsHowToComeByATaskLog) {
+    make(logs(), "Reel.1.log");
+    EXPECT_FALSE(Utils::viewTaskLogForApp("Reel"));
+    EXPECT_THAT(panels->texts(),
+                ElementsAre("No log found | You must run the application as a task (e.g. through "
+                            "Chore Runner) before viewing a log."));
+    EXPECT_THAT(opener->opened, IsEmpty());
+}
+
+TEST_F(QMTroubleshootingUtilsTest, answersWhatThePlatformAnswersToOpeningALog) {
+    make(logs(), "Reel.1.log");
+    make(logs(), "Reel.1.task.log");
+    opener->answer = false;
+    EXPECT_FALSE(Utils::viewLogForApp("Reel"));
+    EXPECT_FALSE(Utils::viewTaskLogForApp("Reel"));
+    EXPECT_EQ(opener->opened.size(), 2U);
+    EXPECT_THAT(panels->texts(), IsEmpty());
+}
+
+// A volume that is full
 
 TEST(QMTroubleshootingUtilsOnAFullVolume, makesNoArchiveOfHalfTheLogs) {
     const test::PrivateMounts mounts;
