@@ -187,5 +187,46 @@ TEST_F(LinuxWorkspaceOpenerTest, startsProgramsOnASessionOfTheirOwnWithoutItsStr
                 ElementsAre("/dev/null", "/dev/null", "/dev/null"));
 }
 
+/// With the system's own `xdg-open`, and a stand-in that the user has chosen for addresses and
+/// documents.
+class DesktopsOwnOpenerTest : public LinuxWorkspaceOpenerTest {
+  protected:
+    void SetUp() override {
+        setenv("PATH", searchPath.c_str(), 1);
+        if (std::system("command -v xdg-open file > /dev/null") != 0) {
+            GTEST_SKIP() << "xdg-open is not installed";
+        }
+        // No desktop that has an opener of its own, and a screen that is never asked for.
+        for (const char* name : {"XDG_CURRENT_DESKTOP", "DESKTOP_SESSION", "BROWSER"}) {
+            unsetenv(name);
+        }
+        setenv("DISPLAY", ":99", 1);
+        const std::string applications = sandbox.home() + "/.local/share/applications";
+        fs::create_directories(applications);
+        fs::create_directories(sandbox.home() + "/.config");
+        test::writeBytes(applications + "/stand-in.desktop",
+                         "[Desktop Entry]\nType=Application\nName=Stand-in\nExec=" +
+                             sandbox.path("viewer") + " %u\n");
+        test::writeBytes(sandbox.home() + "/.config/mimeapps.list",
+                         "[Default Applications]\nx-scheme-handler/https=stand-in.desktop\n"
+                         "application/pdf=stand-in.desktop\n");
+    }
+    void TearDown() override { unsetenv("DISPLAY"); }
+};
+
+TEST_F(DesktopsOwnOpenerTest, opensAnAddressInTheUsersProgramForIt) {
+    const StandInProgram viewer = standIn("viewer");
+    const std::string address = "https://a.example/support/x/bugreport/?app=y&version=2%201";
+    EXPECT_TRUE(opener.openURL(address, error));
+    EXPECT_THAT(viewer.takeArguments(), ElementsAre(address));
+}
+
+TEST_F(DesktopsOwnOpenerTest, opensADocumentInTheUsersProgramForIt) {
+    const StandInProgram viewer = standIn("viewer");
+    const std::string manual = sandbox.write("User Manual.pdf", "%PDF-1.4\n");
+    EXPECT_TRUE(opener.openFile(manual, error));
+    EXPECT_THAT(viewer.takeArguments(), ElementsAre(manual));
+}
+
 }  // namespace
 }  // namespace vornic::platform
