@@ -1,6 +1,8 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <optional>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -14,6 +16,7 @@
 #include "platform/FileSystem.h"
 #include "platform/UserPreferences.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/OwnMachineLibrary.h"
 #include "tests/support/Sandbox.h"
 #include "tests/support/Unprivileged.h"
 
@@ -173,6 +176,111 @@ TEST_F(UserPreferencesPermissionTest, keepsAFileThatItCannotRead) {
     EXPECT_EQ(error->code, EACCES);
     ASSERT_EQ(chmod(preferences.path()->c_str(), 0600), 0);
     EXPECT_EQ(preferences.value("a"), PropertyList(1));
+}
+
+TEST_F(UserPreferencesTest, fallsBackOnTheDefaultThatIsRegistered) {
+    const UserPreferences preferences("com.example.Defaults");
+    preferences.registerDefaults({{"a", 1}, {"b", 2}});
+    EXPECT_EQ(preferences.value("a"), PropertyList(1));
+    EXPECT_FALSE(test::exists(folder)) << "a default is not stored";
+    ASSERT_TRUE(preferences.setValue("a", 5, error));
+    EXPECT_EQ(preferences.value("a"), PropertyList(5));
+    EXPECT_EQ(preferences.value("b"), PropertyList(2));
+}
+
+TEST_F(UserPreferencesTest, keepsOtherDefaultsWhenMoreAreRegistered) {
+    const UserPreferences preferences("com.example.MoreDefaults");
+    preferences.registerDefaults({{"a", 1}, {"b", 2}});
+    preferences.registerDefaults({{"b", 3}});
+    EXPECT_EQ(preferences.value("a"), PropertyList(1));
+    EXPECT_EQ(preferences.value("b"), PropertyList(3));
+    EXPECT_EQ(UserPreferences("com.example.Without").value("a"), std::nullopt);
+}
+
+TEST_F(UserPreferencesTest, keepsAnyUsersValuesInTheMachinesPreferencesFolder) {
+    EXPECT_EQ(UserPreferences().anyUserPath(),
+              "/var/lib/quillmark/Preferences/com.quillmark.Vornic.plist");
+    EXPECT_EQ(UserPreferences("a/b").anyUserPath(), std::nullopt);
+}
+
+TEST_F(UserPreferencesTest, storesNothingForAnyUserOfADomainThatIsAPath) {
+    EXPECT_FALSE(UserPreferences("a/b").setValueForAnyUser("a", 1, error));
+    EXPECT_TRUE(error);
+}
+
+/// The values of any user, on a machine whose Library everybody may write.
+class AnyUserPreferencesTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        if (!machine.isMounted()) {
+            GTEST_SKIP() << "needs root and the right to mount";
+        }
+    }
+
+    /// What stands in a file of preferences under the key.
+    [[nodiscard]] static std::optional<PropertyList> storedIn(
+        const std::optional<std::string>& path, const std::string& key) {
+        ErrorSlot ignored;
+        const auto list = PropertyList::readFile(path.value_or(""), ignored);
+        const PropertyList* found = list ? list->find(key) : nullptr;
+        return found != nullptr ? std::optional(*found) : std::nullopt;
+    }
+
+    test::OwnMachineLibrary machine;
+    test::Unprivileged user;
+    test::Sandbox sandbox;
+    UserPreferences preferences;
+    ErrorSlot error;
+};
+
+TEST_F(AnyUserPreferencesTest, storesInTheMachinesFolderWhereItCanBeWritten) {
+    EXPECT_TRUE(preferences.setValueForAnyUser("lock", 1, error));
+    EXPECT_EQ(storedIn(preferences.anyUserPath(), "lock"), PropertyList(1));
+    EXPECT_FALSE(test::exists(*preferences.path()));
+    EXPECT_EQ(preferences.value("lock"), PropertyList(1));
+}
+
+TEST_F(AnyUserPreferencesTest, readsTheUsersOwnValueFirst) {
+    ASSERT_TRUE(preferences.setValueForAnyUser("lock", 1, error));
+    ASSERT_TRUE(preferences.setValue("lock", 0, error));
+    EXPECT_EQ(preferences.value("lock"), PropertyList(0));
+}
+
+TEST_F(AnyUserPreferencesTest, readsAnyUsersValueBeforeTheDefault) {
+    const UserPreferences own("com.example.Order");
+    own.registerDefaults({{"a", 1}});
+    ASSERT_TRUE(own.setValueForAnyUser("a", 2, error));
+    EXPECT_EQ(own.value("a"), PropertyList(2));
+}
+
+TEST_F(AnyUserPreferencesTest, takesTheUsersOwnValueAwayThatWouldHideIt) {
+    ASSERT_TRUE(preferences.setValue("lock", 0, error));
+    ASSERT_TRUE(preferences.setValue("other", "kept", error));
+    EXPECT_TRUE(preferences.setValueForAnyUser("lock", 1, error));
+    EXPECT_EQ(preferences.value("lock"), PropertyList(1));
+    EXPECT_EQ(storedIn(preferences.path(), "lock"), std::nullopt);
+    EXPECT_EQ(preferences.value("other"), PropertyList("kept"));
+}
+
+TEST_F(AnyUserPreferencesTest, storesForTheUserWhereTheMachinesFolderCannotBeWritten) {
+    ASSERT_TRUE(preferences.setValueForAnyUser("lock", 1, error));
+    const std::string machines = fs::path(*preferences.anyUserPath()).parent_path();
+    ASSERT_EQ(chmod(preferences.anyUserPath()->c_str(), 0444), 0);
+    ASSERT_EQ(chmod(machines.c_str(), 0555), 0);
+    ASSERT_EQ(chmod((machines + "/.com.quillmark.Vornic.plist.lock").c_str(), 0400), 0);
+    EXPECT_TRUE(preferences.setValueForAnyUser("lock", 0, error));
+    EXPECT_FALSE(error);
+    EXPECT_EQ(storedIn(preferences.anyUserPath(), "lock"), PropertyList(1));
+    EXPECT_EQ(storedIn(preferences.path(), "lock"), PropertyList(0));
+    EXPECT_EQ(preferences.value("lock"), PropertyList(0));
+    ASSERT_EQ(chmod(machines.c_str(), 0755), 0);
+}
+
+TEST_F(AnyUserPreferencesTest, keepsOtherKeysOfTheMachine) {
+    ASSERT_TRUE(preferences.setValueForAnyUser("a", 1, error));
+    ASSERT_TRUE(preferences.setValueForAnyUser("b", 2, error));
+    EXPECT_EQ(preferences.value("a"), PropertyList(1));
+    EXPECT_EQ(preferences.value("b"), PropertyList(2));
 }
 
 }  // namespace
