@@ -15,15 +15,18 @@
 #include "platform/MainThread.h"
 #include "platform/UserPreferences.h"
 #include "platform/WorkspaceOpener.h"
+#include "ui/QMBugReporter.h"
+#include "ui/QMSiteLinks.h"
 #include "ui/QMTroubleshootingUtils.h"
 
 namespace vornic {
 namespace {
 
-using platform::PropertyList;
 using platform::UserPreferences;
 
 constexpr const char* kApplicationName = "Vornic";
+constexpr const char* kFamilyShortName = "brindletools";
+constexpr const char* kPreferenceFileName = "com.quillmark.Vornic.plist";
 constexpr const char* kUserManual = "Documentation/Quillmark/Brindle Tools User Manual.pdf";
 constexpr std::chrono::seconds kStartupCheckDelay{1};
 constexpr int kXMEML = 0;
@@ -41,13 +44,33 @@ OpenPanelSettings openPanelSettings() {
                                  {Kind::typeIdentifier, "com.apple.finalcutpro.xml"}}};
 }
 
-/// Opens something by an operation of the opener; a failure is logged.
-template <typename Operation>
-void open(Operation operation, const std::string& what) {
+/// The file of the application's own preferences, for a program that has no bundle to name it.
+QMLocalPaths::Path preferenceFile() {
+    const QMLocalPaths::Path folder = QMLocalPaths::prefsDirectory(true);
+    return folder ? QMLocalPaths::Path(appendingPathComponent(*folder, kPreferenceFileName))
+                  : std::nullopt;
+}
+
+std::string applicationShortName() {
+    return platform::Bundle::mainBundle().infoString("QMShortName").value_or("brindle_tools");
+}
+
+void logUnopened(const std::string& what, const ErrorSlot& error) {
+    QMLog::appendLog("Unable to open %@. %@", what,
+                     error ? error->localizedDescription() : std::string());
+}
+
+void openPage(const std::string& address) {
     ErrorSlot error;
-    if (!((*platform::WorkspaceOpener::shared()).*operation)(what, error)) {
-        QMLog::appendLog("Unable to open %@. %@", what,
-                         error ? error->localizedDescription() : std::string());
+    if (!platform::WorkspaceOpener::shared()->openURL(address, error)) {
+        logUnopened(address, error);
+    }
+}
+
+void openFileWithItsApplication(const std::string& path) {
+    ErrorSlot error;
+    if (!platform::WorkspaceOpener::shared()->openFile(path, error)) {
+        logUnopened(path, error);
     }
 }
 
@@ -55,6 +78,7 @@ void open(Operation operation, const std::string& what) {
 
 std::shared_ptr<AppController> AppController::init(ApplicationHost& host) {
     std::shared_ptr<AppController> controller(new AppController(host, true));
+    QMBugReporter::startBugReporter();
     QMLog::createNewLog();
     UserPreferences().registerDefaults({{kShowOpenDialogPreference, 1}});
     return controller;
@@ -62,6 +86,7 @@ std::shared_ptr<AppController> AppController::init(ApplicationHost& host) {
 
 std::shared_ptr<AppController> AppController::initWithoutGUI(ApplicationHost& host) {
     std::shared_ptr<AppController> controller(new AppController(host, false));
+    QMBugReporter::startBugReporter(kApplicationName, preferenceFile());
     QMLog::createNewLog(kApplicationName);
     QMAuthorization::sharedController(false);
     return controller;
@@ -111,7 +136,9 @@ bool AppController::applicationOpenFile(const std::string& path) {
     return !isTerminating_ && host_.openDocument(path);
 }
 
-void AppController::applicationWillTerminate() {}
+void AppController::applicationWillTerminate() {
+    QMBugReporter::stopBugReporter();
+}
 
 void AppController::openFile() {
     if (isTerminating_) {
@@ -158,12 +185,40 @@ void AppController::helpUserManual() {
     const QMLocalPaths::Path library = QMLocalPaths::libraryDirectory(false);
     const std::string manual = library ? appendingPathComponent(*library, kUserManual) : "";
     if (platform::fileExists(manual)) {
-        open(&platform::WorkspaceOpener::openFile, manual);
+        openFileWithItsApplication(manual);
     }
+}
+
+void AppController::helpSuiteHome() {
+    openPage(QMSiteLinks::brindleToolsURL());
+}
+
+void AppController::helpReportBug() {
+    openPage(QMSiteLinks::bugReportURLWithAppName(kFamilyShortName, applicationShortName()));
+}
+
+void AppController::helpSuggestFeature() {
+    openPage(QMSiteLinks::featureRequestURLWithAppName(kFamilyShortName, applicationShortName()));
+}
+
+void AppController::helpSupport() {
+    openPage(QMSiteLinks::supportURLForAppName(kFamilyShortName));
+}
+
+void AppController::helpQMHome() {
+    openPage(QMSiteLinks::quillmarkURL());
 }
 
 void AppController::showAboutDialog() {
     host_.showAboutPanel();
+}
+
+void AppController::viewLog() {
+    QMTroubleshootingUtils::viewLogForApp(kApplicationName);
+}
+
+void AppController::viewTaskLog() {
+    QMTroubleshootingUtils::viewTaskLogForApp(kApplicationName);
 }
 
 void AppController::gatherLogs() {
