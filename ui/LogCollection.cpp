@@ -15,6 +15,7 @@
 #include "platform/Console.h"
 #include "platform/FileSystem.h"
 #include "platform/PathText.h"
+#include "ui/CrashReportFolders.h"
 
 namespace vornic {
 
@@ -72,8 +73,8 @@ bool LogCollection::addLogsOfDomain(bool userDomain) {
         return true;
     }
     return addMatches(*family, &isLogOf) &&
-           addMatches(appendingPathComponent(*logs, "CrashReporter"), &isCrashReportOf) &&
-           addMatches(appendingPathComponent(*logs, "DiagnosticReports"), &isCrashReportOf) &&
+           addMatches(appendingPathComponent(*logs, kCrashReporterFolder), &isCrashReportOf) &&
+           addMatches(appendingPathComponent(*logs, kDiagnosticReportsFolder), &isCrashReportOf) &&
            addPreferences(*preferences);
 }
 

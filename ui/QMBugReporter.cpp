@@ -200,7 +200,7 @@ QMBugReporter::Text QMBugReporter::checkForCrashes(const Text& applicationName,
     if (!name || (exit && *exit >= *launch)) {
         return std::nullopt;
     }
-    const Text report = findReport(*name, *launch);
+    Text report = findReport(*name, *launch);
     if (!report) {
         return std::nullopt;
     }

@@ -284,6 +284,40 @@ TEST_F(CrashReporterTest, needsNoMemoryFromTheProgram) {
     EXPECT_THAT(report(), HasSubstr("  main\n"));
 }
 
+#if defined(__x86_64__)
+TEST_F(CrashReporterTest, keepsWhatItKnowsOfAThreadWhoseStackIsLost) {
+    EXPECT_EQ(crash([] {
+                  asm volatile(
+                      "movq $16, %%rbp\n"
+                      "movq $16, %%rsp\n"
+                      "movq $0, 8\n"
+                      :
+                      :
+                      : "memory");
+              }),
+              SIGSEGV);
+    EXPECT_THAT(report(), ContainsRegex("Faulting address: 0x8\n.*\n\nBacktrace:\n"
+                                        "0  0x[0-9a-f]{16}  /.*/test-crashes \\+ "));
+}
+#endif
+
+TEST_F(CrashReporterTest, leavesACoreDumpAsThereWouldHaveBeenWithoutIt) {
+    const auto dumpsCore = [&](bool withReporter) {
+        test::ChildProcess child([&] {
+            const rlimit enough{.rlim_cur = 1U << 28U, .rlim_max = RLIM_INFINITY};
+            setrlimit(RLIMIT_CORE, &enough);
+            EXPECT_EQ(chdir(sandbox.folder().c_str()), 0);
+            if (withReporter) {
+                installCrashReporter(settings);
+            }
+            crashingFunction();
+        });
+        return WCOREDUMP(child.wait()) != 0;
+    };
+    EXPECT_EQ(dumpsCore(true), dumpsCore(false));
+    EXPECT_EQ(reports().size(), 1U);
+}
+
 // Where it goes
 
 TEST_F(CrashReporterTest, isReadableByItsOwnerAlone) {

@@ -130,6 +130,12 @@ INSTANTIATE_TEST_SUITE_P(
         return name;
     });
 
+TEST_F(CrashReportsTest, leaveTheReasonOfAnExceptionInTheLogToo) {
+    const test::ProgramResult result = run("exception");
+    EXPECT_EQ(result.output, "nobody catches this\n");
+    EXPECT_THAT(log(), ElementsAre("nobody catches this"));
+}
+
 TEST_F(CrashReportsTest, tellTheNewestOfManyCrashes) {
     run("memory");
     EXPECT_EQ(run("abort").output, "crashed: " + reports().front() + "\n");
