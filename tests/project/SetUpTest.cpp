@@ -229,6 +229,27 @@ TEST_F(SetUpScripts, doesWithoutWhatOnlySavesTime) {
     EXPECT_EQ(record().find("apt-get"), std::string::npos) << record();
 }
 
+TEST_F(SetUpScripts, installsOtherPeoplesToolsForTheTests) {
+    fakeDebian();
+    fakeBuildTools();
+    fakeTool("sudo", "exec \"$@\"");
+    fakeTool("ctest");
+    EXPECT_EQ(run(checkout_ + "/test").status, 0);
+    EXPECT_NE(record().find("install unzip libarchive-tools xdg-utils file xvfb\n"),
+              std::string::npos)
+        << record();
+}
+
+TEST_F(SetUpScripts, testsWithoutOtherPeoplesToolsWhereTheyCannotBeHad) {
+    fakeTool("dpkg");
+    fakeBuildTools();
+    fakeTool("sudo", "exec \"$@\"");
+    fakeTool("apt-get", "exit 100");
+    fakeTool("ctest");
+    EXPECT_EQ(run(checkout_ + "/test").status, 0);
+    EXPECT_NE(record().find("ctest "), std::string::npos) << record();
+}
+
 TEST_F(SetUpScripts, givesUpWhenTheInstallationFails) {
     fakeTool("dpkg");
     fakeTool("sudo", "exec \"$@\"");
