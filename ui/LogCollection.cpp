@@ -3,16 +3,15 @@
 #include <algorithm>
 #include <filesystem>
 #include <optional>
-#include <string_view>
 #include <utility>
 
+#include "foundation/ConsoleFailure.h"
 #include "foundation/FolderEntries.h"
 #include "foundation/FormatString.h"
 #include "foundation/LogGenerations.h"
 #include "foundation/QMFileManager.h"
 #include "foundation/QMLocalPaths.h"
 #include "foundation/Text.h"
-#include "platform/Console.h"
 #include "platform/FileSystem.h"
 #include "platform/PathText.h"
 #include "ui/CrashReportFolders.h"
@@ -40,11 +39,6 @@ std::optional<std::string> preferenceFileOf(const std::string& folder, const std
         }
     }
     return std::nullopt;
-}
-
-bool fail(std::string_view message, const ErrorSlot& error) {
-    platform::consoleLog(formatString(message, error ? error->localizedDescription() : ""));
-    return false;
 }
 
 /// What a link leads to in the end; a dangling link and what is no link as they are.
@@ -105,7 +99,7 @@ bool LogCollection::addLog(const std::string& path) {
     ErrorSlot error;
     if (!platform::createDirectory(platform::parentFolder(copy), error) ||
         !platform::copyItem(resolved(path), copy, error)) {
-        return fail("Unable to copy log: %@", error);
+        return failOnConsole("Unable to copy log: %@", error);
     }
     ++count_;
     return true;
@@ -124,7 +118,7 @@ bool LogCollection::addFile(const std::string& path) {
     }
     ErrorSlot error;
     if (!platform::copyItem(path, copy, error)) {
-        return fail("Unable to copy file: %@", error);
+        return failOnConsole("Unable to copy file: %@", error);
     }
     ++count_;
     return true;

@@ -115,11 +115,11 @@ void QMSoftwareUpdate::launchSoftwareUpdate() {
 }
 
 std::optional<std::string> QMSoftwareUpdate::updaterPath() {
-    if (const std::optional<std::string> installed = installedUpdater()) {
+    if (std::optional<std::string> installed = installedUpdater()) {
         return installed;
     }
     const std::optional<std::string> own = ownUpdater();
-    const std::optional<std::string> copy = own ? copyToTemporaryFolder(*own) : std::nullopt;
+    std::optional<std::string> copy = own ? copyToTemporaryFolder(*own) : std::nullopt;
     if (!copy) {
         QMLog::appendLogAndPrint("Error: unable to find software updater");
     }

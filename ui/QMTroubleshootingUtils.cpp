@@ -1,8 +1,8 @@
 #include "ui/QMTroubleshootingUtils.h"
 
 #include <optional>
-#include <string_view>
 
+#include "foundation/ConsoleFailure.h"
 #include "foundation/FormatString.h"
 #include "foundation/LocalTimeStamp.h"
 #include "foundation/LogGenerations.h"
@@ -10,7 +10,6 @@
 #include "foundation/QMLocalPaths.h"
 #include "foundation/QMLog.h"
 #include "foundation/Text.h"
-#include "platform/Console.h"
 #include "platform/FileSystem.h"
 #include "platform/FolderLock.h"
 #include "platform/OwnFolder.h"
@@ -29,11 +28,6 @@ void showAlert(const char* messageText, const char* informativeText) {
     QMAlert::alertSheetWithMessageText(messageText, informativeText, nullptr);
 }
 
-bool fail(std::string_view message, const ErrorSlot& error) {
-    platform::consoleLog(formatString(message, error ? error->localizedDescription() : ""));
-    return false;
-}
-
 /// Removes what an earlier run left. What somebody else may have put there is not touched.
 bool removeStagingFolder(const std::string& folder, ErrorSlot& error) {
     if (!platform::isOwnItem(folder)) {
@@ -47,10 +41,10 @@ bool removeStagingFolder(const std::string& folder, ErrorSlot& error) {
 bool prepareStagingFolder(const std::string& folder) {
     ErrorSlot error;
     if (platform::nodeExists(folder) && !removeStagingFolder(folder, error)) {
-        return fail("Error removing existing folder: %@", error);
+        return failOnConsole("Error removing existing folder: %@", error);
     }
     return platform::createPrivateFolder(folder, error) ||
-           fail("Error creating temp folder: %@", error);
+           failOnConsole("Error creating temp folder: %@", error);
 }
 
 /// The path of the archive; nothing when there is no desktop.
@@ -74,9 +68,8 @@ bool archive(const std::string& folder, const std::string& appName) {
     if (!path) {
         return false;
     }
-    ErrorSlot tellsWithTheArchive;
-    static_cast<void>(
-        platform::createDirectory(*QMLocalPaths::desktopDirectory(), tellsWithTheArchive));
+    ErrorSlot ignored;
+    static_cast<void>(platform::createDirectory(*QMLocalPaths::desktopDirectory(), ignored));
     return QMFileManager::compressFile(folder, *path);
 }
 
@@ -96,8 +89,8 @@ Gathering gather(const QMTroubleshootingUtils::Names& appNames,
         return Gathering::foundNothing;
     }
     const bool isArchived = archive(folder, appNames.front());
-    ErrorSlot staysBehind;
-    static_cast<void>(platform::removeItem(folder, staysBehind));
+    ErrorSlot ignored;
+    static_cast<void>(platform::removeItem(folder, ignored));
     return isArchived ? Gathering::archived : Gathering::notArchived;
 }
 

@@ -34,6 +34,11 @@ class LogGenerationsTest : public test::LogTest {
     }
 };
 
+TEST_F(LogGenerationsTest, knowsTheFoldersOfTheUserAndOfTheMachine) {
+    EXPECT_EQ(vornic::logFolder(true), logFolder());
+    EXPECT_EQ(vornic::logFolder(false), "/var/lib/quillmark/Logs/Quillmark");
+}
+
 // The header
 
 TEST_F(LogGenerationsTest, beginsALogWithItsHeader) {
