@@ -1,5 +1,5 @@
+#include <algorithm>
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,6 +14,7 @@
 #include "tests/support/Sandbox.h"
 #include "tests/support/Unprivileged.h"
 #include "ui/QMAboutDialogController.h"
+#include "ui/RichTextReader.h"
 
 namespace vornic {
 namespace {
@@ -22,7 +23,8 @@ using platform::PropertyList;
 using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
 
 /// A panel that writes down what it is told, in words.
 class RecordingAboutPanel : public AboutPanel {
@@ -181,6 +183,36 @@ TEST_F(QMAboutDialogControllerTest, takesPercentSignsAsText) {
     write(kInformation, {{"CFBundleExecutable", "100%@"}, {"CFBundleShortVersionString", "%d"}});
     EXPECT_THAT(fill(), Contains("title About 100%@"));
     EXPECT_EQ(panel.version, "%d ()\n\nBrindle Tools 5.0 (88)");
+}
+
+// What the program ships with, in the bundle of the build tree
+
+TEST(ShippedAboutBoxTest, hasAllVersions) {
+    RecordingAboutPanel panel;
+    QMAboutDialogController(panel).awakeFromNib();
+    EXPECT_THAT(panel.version,
+                MatchesRegex("[0-9.]+ \\([0-9]+\\)\n\nBrindle Tools [0-9.]+ \\([0-9]+\\)"));
+    EXPECT_THAT(panel.calls, Contains("title About Vornic"));
+}
+
+TEST(ShippedAboutBoxTest, hasCreditsThatBeginWithABoldName) {
+    RecordingAboutPanel panel;
+    QMAboutDialogController(panel).awakeFromNib();
+    const auto insertion =
+        std::find_if(panel.calls.begin(), panel.calls.end(),
+                     [](const std::string& call) { return call.starts_with("insert "); });
+    ASSERT_NE(insertion, panel.calls.end());
+    const auto runs = readRichText(insertion->substr(std::string("insert ").size()));
+    ASSERT_TRUE(runs);
+    ASSERT_GT(runs->size(), 1U);
+    EXPECT_EQ(runs->front(), (StyledRun{.text = "Vornic", .isBold = true}));
+    std::string text;
+    for (const StyledRun& run : *runs) {
+        text += run.text;
+    }
+    EXPECT_THAT(text, HasSubstr("\npugixml \u2013 the XML tree"));
+    EXPECT_THAT(text, HasSubstr("the desktop\u2019s database"));
+    EXPECT_EQ(text.find_first_of("\\{}"), std::string::npos) << text;
 }
 
 }  // namespace
