@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 const std::map<std::string, int>& floors() {
     static const std::map<std::string, int> map = {
         {"platform", 0}, {"foundation", 1}, {"xml", 2},     {"ui", 2},
-        {"convert", 3},  {"repair", 3},     {"desktop", 4}, {"app", 5}};
+        {"convert", 3},  {"repair", 3},     {"app", 4}, {"desktop", 5}};
     return map;
 }
 

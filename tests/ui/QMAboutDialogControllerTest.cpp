@@ -155,6 +155,18 @@ TEST_F(QMAboutDialogControllerTest, keepsTheFamilysLineWithoutItsPropertyList) {
     EXPECT_EQ(panel.version, "2.1 (347)\n\nBrindle Tools  ()");
 }
 
+TEST_F(QMAboutDialogControllerTest, findsWhatIsInstalledBesideTheBundle) {
+    remove(kUpdates);
+    static_cast<void>(sandbox.write("Credits.rtf", "installed"));
+    ErrorSlot error;
+    ASSERT_TRUE(PropertyList(PropertyList::Dictionary{{"QMGroupVersion", "9"}})
+                    .writeFile(sandbox.path("QMUpdates.plist"), error));
+    platform::Bundle::setMainBundle(
+        platform::Bundle(sandbox.path("Vornic.app"), {sandbox.folder()}));
+    EXPECT_THAT(fill(), Contains("insert installed"));
+    EXPECT_EQ(panel.version, "2.1 (347)\n\nBrindle Tools  (9)");
+}
+
 TEST_F(QMAboutDialogControllerTest, showsNothingForAPropertyListThatIsDamaged) {
     writeBytes(kUpdates, "<plist");
     fill();
