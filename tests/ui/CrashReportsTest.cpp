@@ -55,6 +55,12 @@ class CrashReportsTest : public ::testing::Test {
         }
         return paths;
     }
+    /// The path of a report, the oldest being the first.
+    [[nodiscard]] std::string report(std::size_t index = 0) const {
+        const std::vector<std::string> paths = reports();
+        EXPECT_LT(index, paths.size());
+        return index < paths.size() ? paths[index] : "";
+    }
     [[nodiscard]] std::vector<std::string> log() const {
         return test::withoutLogHeader(
             test::logMessages(test::readBytes(library + "/Logs/Quillmark/Vornic.1.log")));
@@ -97,17 +103,17 @@ TEST_P(EveryCrashTest, isFoundByTheNextStartAndHandedToTheReporterOnce) {
     const test::ProgramResult crash = run(GetParam().way);
     EXPECT_EQ(crash.signal, GetParam().signal) << crash.errors;
     ASSERT_EQ(reports().size(), 1U);
-    const std::string report = reports().front();
-    EXPECT_THAT(fs::path(report).filename(), MatchesRegex("Vornic_[-0-9]{24}\\.crash"));
-    EXPECT_THAT(test::readBytes(report), HasSubstr(GetParam().reportSays));
-    EXPECT_THAT(test::readBytes(report),
+    const std::string path = report();
+    EXPECT_THAT(fs::path(path).filename(), MatchesRegex("Vornic_[-0-9]{24}\\.crash"));
+    EXPECT_THAT(test::readBytes(path), HasSubstr(GetParam().reportSays));
+    EXPECT_THAT(test::readBytes(path),
                 HasSubstr("\nLog: " + library + "/Logs/Quillmark/Vornic.1.log\n"));
     EXPECT_FALSE(reporter.wasRun());
 
     const test::ProgramResult next = run("cleanly");
-    EXPECT_EQ(next.output, "crashed: " + report + "\n");
+    EXPECT_EQ(next.output, "crashed: " + path + "\n");
     EXPECT_THAT(log(), ElementsAre("Application crashed on last launch"));
-    EXPECT_THAT(reporter.takeArguments(), ElementsAre(report));
+    EXPECT_THAT(reporter.takeArguments(), ElementsAre(path));
 
     EXPECT_EQ(run("cleanly").output, "");
     EXPECT_THAT(log(), IsEmpty());
@@ -117,11 +123,11 @@ TEST_P(EveryCrashTest, isFoundByTheNextStartAndHandedToTheReporterOnce) {
 INSTANTIATE_TEST_SUITE_P(
     CrashReportsTest, EveryCrashTest,
     ::testing::Values(Crash{"memory", SIGSEGV,
-                            "Signal: SIGSEGV (11), code 1\nFaulting address: 0x0\n"},
+                            "Signal: SIGSEGV (11), code 1\nFaulting address: 0x8\n"},
                       Crash{"abort", SIGABRT, "Signal: SIGABRT (6)"},
                       Crash{"exception", SIGABRT, "\nReason: nobody catches this\n"},
                       Crash{"stack", SIGSEGV, "\nFurther frames are left out.\n"},
-                      Crash{"memory on a thread", SIGSEGV, "\nFaulting address: 0x0\n"},
+                      Crash{"memory on a thread", SIGSEGV, "\nFaulting address: 0x8\n"},
                       Crash{"stack on a thread", SIGSEGV, "\nFurther frames are left out.\n"},
                       Crash{"exception on a thread", SIGABRT, "\nReason: nobody catches this\n"}),
     [](const ::testing::TestParamInfo<Crash>& crash) {
@@ -138,11 +144,11 @@ TEST_F(CrashReportsTest, leaveTheReasonOfAnExceptionInTheLogToo) {
 
 TEST_F(CrashReportsTest, tellTheNewestOfManyCrashes) {
     run("memory");
-    EXPECT_EQ(run("abort").output, "crashed: " + reports().front() + "\n");
-    EXPECT_THAT(reporter.takeArguments(), ElementsAre(reports().front()));
+    EXPECT_EQ(run("abort").output, "crashed: " + report() + "\n");
+    EXPECT_THAT(reporter.takeArguments(), ElementsAre(report()));
     ASSERT_EQ(reports().size(), 2U);
-    EXPECT_EQ(run("cleanly").output, "crashed: " + reports().back() + "\n");
-    EXPECT_THAT(reporter.takeArguments(), ElementsAre(reports().back()));
+    EXPECT_EQ(run("cleanly").output, "crashed: " + report(1) + "\n");
+    EXPECT_THAT(reporter.takeArguments(), ElementsAre(report(1)));
 }
 
 TEST_F(CrashReportsTest, tellNothingOfARunThatWasKilled) {
@@ -164,7 +170,7 @@ TEST_F(CrashReportsTest, tellAnOldCrashNotAgainWhenALaterRunIsKilled) {
         running.sendSignal(SIGKILL);
         running.finish();
     }
-    EXPECT_THAT(reporter.takeArguments(), ElementsAre(reports().front()));
+    EXPECT_THAT(reporter.takeArguments(), ElementsAre(report()));
     EXPECT_EQ(run("cleanly").output, "");
     EXPECT_FALSE(reporter.wasRun());
 }
@@ -175,9 +181,9 @@ TEST_F(CrashReportsTest, tellOfARunThatAnotherProgramEndedByAFatalSignal) {
     running.sendSignal(SIGSEGV);
     EXPECT_EQ(running.finish().signal, SIGSEGV);
     ASSERT_EQ(reports().size(), 1U);
-    EXPECT_THAT(test::readBytes(reports().front()),
+    EXPECT_THAT(test::readBytes(report()),
                 HasSubstr("\nSent by process: " + std::to_string(getpid()) + "\n"));
-    EXPECT_EQ(run("cleanly").output, "crashed: " + reports().front() + "\n");
+    EXPECT_EQ(run("cleanly").output, "crashed: " + report() + "\n");
 }
 
 TEST_F(CrashReportsTest, beginWithTheNameOfTheirProgram) {
@@ -188,7 +194,7 @@ TEST_F(CrashReportsTest, beginWithTheNameOfTheirProgram) {
 
 TEST_F(CrashReportsTest, areNotMistakenForThoseOfTheCommandLineTools) {
     run("memory");
-    const std::string own = reports().front();
+    const std::string own = report();
     fs::rename(own, folder + "/vornic-repair_" + fs::path(own).filename().string());
     EXPECT_EQ(run("cleanly").output, "");
     EXPECT_FALSE(reporter.wasRun());

@@ -21,7 +21,7 @@ namespace {
 using namespace vornic;
 
 // What the optimizer must not see through.
-volatile int* volatile nowhere = nullptr;
+volatile int* volatile nowhere = reinterpret_cast<volatile int*>(8);
 volatile int depthWanted = 1'000'000'000;
 
 int recurse(int depth) {
