@@ -151,17 +151,18 @@ TEST_F(AppControllerTest, showsNoPanelAtStartupWithoutAUserInterface) {
 
 TEST_F(AppControllerTest, showsThePanelASecondAfterTheLaunchWithoutAKeyWindow) {
     const auto controller = made();
+    const auto launch = std::chrono::steady_clock::now();
     controller->applicationDidFinishLaunching();
-    runLoopFor(milliseconds(800));
     EXPECT_THAT(host.calls, IsEmpty());
-    runLoopFor(milliseconds(1200));
+    ASSERT_TRUE(platform::MainThread::dispatchOne(std::chrono::minutes(1)));
+    EXPECT_GE(std::chrono::steady_clock::now() - launch, std::chrono::seconds(1));
     EXPECT_THAT(host.calls, ElementsAre("panel"));
+    EXPECT_FALSE(platform::MainThread::dispatchOne(milliseconds(0)));
 }
 
 TEST_F(AppControllerTest, showsNoPanelWhenADocumentHasOpenedMeanwhile) {
     const auto controller = made();
     controller->applicationDidFinishLaunching();
-    runLoopFor(milliseconds(100));
     host.isKeyWindowUp = true;
     runLoopFor(milliseconds(1500));
     EXPECT_THAT(host.calls, IsEmpty());
