@@ -3,7 +3,6 @@
 #include <csignal>
 #include <ctime>
 #include <exception>
-#include <functional>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -15,86 +14,31 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "platform/CrashBacktrace.h"
 #include "platform/CrashReporter.h"
 #include "platform/Exception.h"
 #include "platform/FileDates.h"
 #include "platform/Thread.h"
-#include "tests/support/ChildProcess.h"
-#include "tests/support/FileState.h"
-#include "tests/support/Sandbox.h"
-#include "tests/support/Unprivileged.h"
+#include "tests/platform/CrashTest.h"
 
 namespace vornic::platform {
 namespace {
 
+using test::callerOfTheCrashingFunction;
+using test::crashingFunction;
+using test::depthWanted;
+using test::endlessRecursion;
 using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::MatchesRegex;
 using ::testing::Not;
 
-// What the optimizer must not see through.
-volatile int* volatile nowhere = reinterpret_cast<volatile int*>(8);
-volatile int depthWanted = 1'000'000'000;
-
-extern "C" [[gnu::noinline]] void crashingFunction() {
-    *nowhere = 1;
-}
-
-extern "C" [[gnu::noinline]] void callerOfTheCrashingFunction() {
-    crashingFunction();
-    depthWanted = 5;
-}
-
-extern "C" [[gnu::noinline]] int endlessRecursion(int depth) {
-    volatile char room[256] = {};
-    room[depth % 256] = 1;
-    return depth < depthWanted ? endlessRecursion(depth + 1) + room[0] : 0;
-}
-
-extern "C" [[gnu::noinline]] void jumpToNowhere() {
-    reinterpret_cast<void (*)()>(const_cast<int*>(nowhere))();
-    depthWanted = 5;
-}
+using CrashReporterTest = test::CrashTest;
 
 /// Lets an exception out of a function that promises that there is none: nobody catches it.
 void throwUncaught(const std::runtime_error& exception) noexcept {
     std::rethrow_exception(std::make_exception_ptr(exception));
 }
-
-class CrashReporterTest : public test::SandboxTest {
-  protected:
-    /// Runs a function in a child that reports its crashes.
-    /// @return the number of the signal that ended the child, or minus its exit status.
-    int crash(const std::function<void()>& function) const {
-        test::ChildProcess child([&] {
-            const rlimit none{.rlim_cur = 0, .rlim_max = 0};
-            setrlimit(RLIMIT_CORE, &none);
-            installCrashReporter(settings);
-            function();
-        });
-        const int status = child.wait();
-        return WIFSIGNALED(status) ? WTERMSIG(status) : -WEXITSTATUS(status);
-    }
-    [[nodiscard]] std::vector<std::string> reports() const {
-        return test::namesIn(settings.folder);
-    }
-    /// The text of the only report.
-    [[nodiscard]] std::string report() const {
-        const std::vector<std::string> names = reports();
-        if (names.size() != 1) {
-            ADD_FAILURE() << names.size() << " reports";
-            return "";
-        }
-        return test::readBytes(settings.folder + "/" + names.front());
-    }
-
-    CrashReportSettings settings{.program = "probe",
-                                 .version = "1.2.3",
-                                 .folder = sandbox.path("Logs/DiagnosticReports"),
-                                 .log = "/a/Vornic.1.log"};
-};
 
 // What is reported
 
@@ -117,14 +61,6 @@ TEST_F(CrashReporterTest, tellsProgramPlaceAndCauseOfACrash) {
                               "1  0x[0-9a-f]{16}  /.*/test-crashes \\+ 0x[0-9a-f]+  "
                               "callerOfTheCrashingFunction\n"
                               "2  0x"));
-}
-
-TEST_F(CrashReporterTest, followsTheStackToTheProgramsStart) {
-    crash(callerOfTheCrashingFunction);
-    EXPECT_THAT(report(), ContainsRegex("\n[0-9]+  0x[0-9a-f]{16}  /.*/test-crashes \\+ "
-                                        "0x[0-9a-f]+  main\n"));
-    EXPECT_THAT(report(), HasSubstr("libc.so.6 + 0x"));
-    EXPECT_THAT(report(), Not(HasSubstr("Further frames")));
 }
 
 TEST_F(CrashReporterTest, namesTheReportByProgramAndTime) {
@@ -212,14 +148,6 @@ TEST_F(CrashReporterTest, leavesTheEndToTheHandlerThatWasThereBefore) {
 
 // Stacks and threads
 
-TEST_F(CrashReporterTest, reportsAFullStack) {
-    EXPECT_EQ(crash([] { depthWanted = endlessRecursion(0); }), SIGSEGV);
-    const std::string text = report();
-    EXPECT_THAT(text, HasSubstr("\n" + std::to_string(kMostCrashFrames - 1) + "  0x"));
-    EXPECT_THAT(text, Not(HasSubstr("\n" + std::to_string(kMostCrashFrames) + "  0x")));
-    EXPECT_TRUE(text.ends_with("  endlessRecursion\nFurther frames are left out.\n"));
-}
-
 TEST_F(CrashReporterTest, reportsAFullStackOfAThread) {
     EXPECT_EQ(crash([] {
                   detachNewThread([] { depthWanted = endlessRecursion(0); });
@@ -261,13 +189,6 @@ TEST_F(CrashReporterTest, writesOneReportThoughManyThreadsCrashAtOnce) {
     EXPECT_THAT(report(), HasSubstr("  crashingFunction\n"));
 }
 
-TEST_F(CrashReporterTest, tellsWhoJumpedToNowhere) {
-    EXPECT_EQ(crash(jumpToNowhere), SIGSEGV);
-    EXPECT_THAT(report(), ContainsRegex("\nBacktrace:\n0  0x0000000000000008\n"
-                                        "1  0x[0-9a-f]{16}  /.*/test-crashes \\+ 0x[0-9a-f]+  "
-                                        "jumpToNowhere\n$"));
-}
-
 TEST_F(CrashReporterTest, needsNoMemoryFromTheProgram) {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "the sanitizer has an allocator of its own";
@@ -286,23 +207,6 @@ TEST_F(CrashReporterTest, needsNoMemoryFromTheProgram) {
     EXPECT_THAT(signal, ::testing::AnyOf(SIGABRT, SIGSEGV));
     EXPECT_THAT(report(), HasSubstr("  main\n"));
 }
-
-#if defined(__x86_64__)
-TEST_F(CrashReporterTest, keepsWhatItKnowsOfAThreadWhoseStackIsLost) {
-    EXPECT_EQ(crash([] {
-                  asm volatile(
-                      "movq $16, %%rbp\n"
-                      "movq $16, %%rsp\n"
-                      "movq $0, 8\n"
-                      :
-                      :
-                      : "memory");
-              }),
-              SIGSEGV);
-    EXPECT_THAT(report(), ContainsRegex("Faulting address: 0x8\n.*\n\nBacktrace:\n"
-                                        "0  0x[0-9a-f]{16}  /.*/test-crashes \\+ "));
-}
-#endif
 
 TEST_F(CrashReporterTest, leavesACoreDumpAsThereWouldHaveBeenWithoutIt) {
     const auto dumpsCore = [&](bool withReporter) {
