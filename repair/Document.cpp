@@ -109,7 +109,16 @@ void Document::runDetached(std::function<void(Document&)> work, const char* forM
 }
 
 RepairOutcome Document::startRepair(const std::string& path) {
-    return RepairPipeline(*this).run(path);
+    const auto show = [this](RepairOutcome outcome) {
+        inWindow([outcome](DocumentWindow& window) { window.showOutcome(outcome); });
+        return outcome;
+    };
+    try {
+        return show(RepairPipeline(*this).run(path));
+    } catch (...) {
+        show(RepairOutcome::stopped);
+        throw;
+    }
 }
 
 std::string Document::stripInvalidCharsFromData(std::string_view data) {
@@ -148,6 +157,11 @@ void Document::convertVersion() {
         QMException::logException(exception, "-[Document convertVersion:]");
         stopConvertSpinner();
     }
+}
+
+void Document::convertVersionOnThread() {
+    runDetached([](Document& document) { document.convertVersion(); },
+                "-[Document convertVersion:]");
 }
 
 void Document::convertFile(const std::string& path) {

@@ -78,9 +78,12 @@ class Document : public std::enable_shared_from_this<Document>,
     void showConvertDialog();
     /// Closes the conversion dialog. Main thread.
     void closeConvertDialog();
-    /// The action of the convert button: converts the document's file to the version chosen in the
-    /// menu, then analyses it again, all on the calling thread.
+    /// Converts the document's file to the version chosen in the menu, then analyses it again, all
+    /// on the calling thread.
     void convertVersion();
+    /// The action of the convert button: `convertVersion` on a new thread, so that the window stays
+    /// alive meanwhile.
+    void convertVersionOnThread();
     void convertXMEMLVersion(const std::string& version, std::unique_ptr<XMLDocument> forDocument,
                              const std::string& filePath);
     [[nodiscard]] std::unique_ptr<XMLDocument> stripTagsFromXMLDoc(

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "repair/RepairPipeline.h"
 #include "ui/QMAlert.h"
 
 namespace vornic {
@@ -34,6 +35,8 @@ class DocumentWindow : public AlertWindow {
     [[nodiscard]] virtual bool progressSheetIsSheet() const = 0;
     virtual void beginProgressSheet() = 0;
     virtual void endProgressSheet() = 0;
+    /// Tells how a run has ended, after its sheet is gone.
+    virtual void showOutcome(RepairOutcome outcome) = 0;
 
     /// Shows a sheet with the standard button and returns at once.
     virtual void beginAlertSheet(std::string_view message, std::string_view info) = 0;

@@ -44,6 +44,7 @@ needs=(
     'libarchive-dev|libarchive, with headers|hasLibrary libarchive'
     'libssl-dev|OpenSSL 3, with headers|hasLibrary libcrypto'
     'shared-mime-info|the shared MIME database|test -r /usr/share/mime/globs2'
+    'qt6-base-dev|Qt 6.4 or newer (Widgets, Network)|hasLibrary Qt6Widgets'
     'libgtest-dev|GoogleTest|hasLibrary gtest'
     'libgmock-dev|GoogleMock|hasLibrary gmock'
     'libbenchmark-dev|Google Benchmark|hasLibrary benchmark'

@@ -32,6 +32,8 @@ class RecordingDocumentWindow : public DocumentWindow {
     /// "end convert", "start spinner", "stop spinner", "current: TEXT", "downgrade: TEXT",
     /// "clear menu", "add: TITLE", "key: KEY", "menu on", "menu off", "button on", "button off".
     std::vector<std::string> calls;
+    /// How runs have ended, in order.
+    std::vector<RepairOutcome> outcomes;
     /// When set, runs after each call, which it is given; may raise.
     std::function<void(const std::string& call)> onCall;
 
@@ -83,6 +85,7 @@ class RecordingDocumentWindow : public DocumentWindow {
         sheetIsSheet = false;
         note("end sheet");
     }
+    void showOutcome(RepairOutcome outcome) override { outcomes.push_back(outcome); }
     void beginAlertSheet(std::string_view message, std::string_view info) override {
         note("alert: ", std::string(message).append(" | ").append(info));
     }

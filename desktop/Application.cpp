@@ -1,0 +1,358 @@
+#include "desktop/Application.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <QApplication>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QFileSystemModel>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QSortFilterProxyModel>
+#include <QUrl>
+#include <sys/stat.h>
+
+#include "desktop/MainMenu.h"
+#include "desktop/QtText.h"
+#include "desktop/RecentFiles.h"
+#include "foundation/QMLocalPaths.h"
+#include "foundation/QMLog.h"
+#include "foundation/Text.h"
+#include "platform/FileSystem.h"
+#include "platform/MainThread.h"
+#include "platform/WorkspaceOpener.h"
+
+namespace vornic {
+
+namespace {
+
+// Shows folders, and the files that the settings allow.
+class AllowedFiles : public QSortFilterProxyModel {
+  public:
+    explicit AllowedFiles(OpenPanelSettings settings) : settings_(std::move(settings)) {}
+
+  protected:
+    [[nodiscard]] bool filterAcceptsRow(int row, const QModelIndex& parent) const override {
+        const QModelIndex index = sourceModel()->index(row, 0, parent);
+        const QString path = index.data(QFileSystemModel::FilePathRole).toString();
+        const auto* const files = dynamic_cast<const QFileSystemModel*>(sourceModel());
+        return (files != nullptr && files->isDir(index)) ||
+               settings_.allowsFile(pathFromQString(path));
+    }
+
+  private:
+    OpenPanelSettings settings_;
+};
+
+std::vector<std::string> pathsOf(const QMimeData& data) {
+    std::vector<std::string> paths;
+    for (const QUrl& url : data.urls()) {
+        if (url.isLocalFile()) {
+            paths.push_back(pathFromQString(url.toLocalFile()));
+        }
+    }
+    return paths;
+}
+
+}  // namespace
+
+Application::Application() {
+    qApp->installEventFilter(this);
+}
+
+Application::~Application() {
+    qApp->removeEventFilter(this);
+}
+
+void Application::launch(const std::vector<std::string>& paths) {
+    controller_ = AppController::init(*this);
+    preferences_ = std::make_unique<PreferencesWindow>(
+        [this](CheckBoxItem& sender) { controller_->prefsToggleAdminPass(sender); });
+    controller_->setPrefsAdminPass(preferences_->prefsAdminPass());
+    controller_->awakeFromNib();
+    if (controller_->isTerminating()) {
+        return;
+    }
+    for (const std::string& path : paths) {
+        controller_->applicationOpenFile(path);
+    }
+    if (paths.empty()) {
+        controller_->applicationShouldOpenUntitledFile();
+    }
+    controller_->applicationDidFinishLaunching();
+    showStartWindow();
+}
+
+void Application::receive(const std::vector<std::string>& paths) {
+    if (isEnding_) {
+        return;
+    }
+    for (const std::string& path : paths) {
+        controller_->applicationOpenFile(path);
+    }
+    if (DocumentMainWindow* const window = currentWindow()) {
+        window->makeKeyAndOrderFront();
+    } else if (startWindow_) {
+        startWindow_->raise();
+        startWindow_->activateWindow();
+    }
+}
+
+void Application::finish() {
+    isEnding_ = true;
+    controller_->applicationWillTerminate();
+    for (const WindowPointer& window : std::exchange(windows_, {})) {
+        if (const auto document = window->document()) {
+            document->close();
+        }
+    }
+    preferences_.reset();
+    about_.reset();
+    startWindow_.reset();
+}
+
+bool Application::hasKeyWindow() const {
+    const QWidgetList all = QApplication::topLevelWidgets();
+    return std::any_of(all.begin(), all.end(), [this](const QWidget* widget) {
+        return widget->isVisible() && widget != startWindow_.get() &&
+               (widget->windowType() == Qt::Window || widget->windowType() == Qt::Dialog);
+    });
+}
+
+std::optional<std::vector<std::string>> Application::runOpenPanel(
+    const OpenPanelSettings& settings) {
+    QFileDialog panel(nullptr, toQString(settings.message));
+    panel.setObjectName(QStringLiteral("openPanel"));
+    panel.setAcceptMode(QFileDialog::AcceptOpen);
+    panel.setFileMode(settings.allowsMultipleSelection ? QFileDialog::ExistingFiles
+                                                       : QFileDialog::ExistingFile);
+    panel.setOption(QFileDialog::ReadOnly, !settings.canCreateDirectories);
+    panel.setOption(QFileDialog::DontUseNativeDialog);
+    AllowedFiles allowed(settings);
+    panel.setProxyModel(&allowed);
+    ++openPanels_;
+    const bool confirmed = panel.exec() == QDialog::Accepted;
+    --openPanels_;
+    if (!confirmed || isEnding_) {
+        return std::nullopt;
+    }
+    std::vector<std::string> paths;
+    for (const QString& path : panel.selectedFiles()) {
+        paths.push_back(pathFromQString(path));
+    }
+    return paths;
+}
+
+bool Application::openDocument(const std::string& path) {
+    if (DocumentMainWindow* const open = windowOf(path)) {
+        open->makeKeyAndOrderFront();
+        return true;
+    }
+    struct stat status {};
+    const bool exists = stat(path.c_str(), &status) == 0;
+    if (!exists || S_ISDIR(status.st_mode)) {
+        const QString name = pathToQString(lastPathComponent(path));
+        presentError(tr("The document “%1” could not be opened.").arg(name),
+                     exists ? tr("It is a folder: %1").arg(pathToQString(path))
+                            : tr("There is no such file: %1").arg(pathToQString(path)));
+        return false;
+    }
+    const std::shared_ptr<Document> document = Document::create();
+    document->setFilePath(path);
+    const WindowPointer window(
+        new DocumentMainWindow(document,
+                               [this](DocumentMainWindow& closed) { closeDocument(closed); }),
+        [](DocumentMainWindow* gone) {
+            gone->hide();
+            gone->deleteLater();
+        });
+    document->setWindow(window);
+    makeMainMenu(*window, *this);
+    // The window keeps its document; the document's threads keep it, too.
+    window->keepDocument(document);
+    windows_.push_back(window);
+    window->show();
+    if (startWindow_) {
+        startWindow_->hide();
+    }
+    RecentFiles::add(path);
+    Error ignored;  // filled although the document opens
+    return document->readFromURL(path, "", &ignored);
+}
+
+std::shared_ptr<Document> Application::currentDocument() const {
+    const DocumentMainWindow* const window = currentWindow();
+    return window != nullptr ? window->document() : nullptr;
+}
+
+DocumentMainWindow* Application::currentWindow() const {
+    return windows_.empty() ? nullptr : windows_.back().get();
+}
+
+void Application::showAboutPanel() {
+    if (!about_) {
+        about_ = std::make_unique<AboutWindow>();
+    }
+    about_->show();
+    about_->raise();
+    about_->activateWindow();
+}
+
+void Application::terminate() {
+    isEnding_ = true;
+    // Posted, so that it ends a loop that has yet to begin, too.
+    QMetaObject::invokeMethod(qApp, &QApplication::quit, Qt::QueuedConnection);
+}
+
+void Application::openDocuments(const std::vector<std::string>& paths) {
+    for (const std::string& path : paths) {
+        controller_->applicationOpenFile(path);
+    }
+}
+
+void Application::showPreferences() {
+    preferences_->show();
+    preferences_->raise();
+    preferences_->activateWindow();
+}
+
+void Application::showInFileManager() {
+    if (const DocumentMainWindow* const window = currentWindow()) {
+        openInFileManager(deletingLastPathComponent(window->path()));
+    }
+}
+
+void Application::showTrash() {
+    const std::string trash = QMLocalPaths::trashDirectory().value_or("");
+    if (!platform::fileExists(trash)) {
+        presentError(tr("The Trash is empty."), QString());
+        return;
+    }
+    openInFileManager(trash);
+}
+
+void Application::quit() {
+    while (!windows_.empty()) {
+        const std::size_t before = windows_.size();
+        windows_.back()->close();
+        if (windows_.size() == before) {
+            return;
+        }
+    }
+    terminate();
+}
+
+bool Application::eventFilter(QObject* object, QEvent* event) {
+    switch (event->type()) {
+        case QEvent::WindowActivate: {
+            const auto found =
+                std::find_if(windows_.begin(), windows_.end(), [object](const WindowPointer& each) {
+                    return each.get() == object;
+                });
+            if (found != windows_.end()) {
+                std::rotate(found, found + 1, windows_.end());
+            }
+            break;
+        }
+        case QEvent::DragEnter: {
+            auto* const drag = static_cast<QDragEnterEvent*>(event);
+            if (object->isWidgetType() && !pathsOf(*drag->mimeData()).empty()) {
+                drag->acceptProposedAction();
+                return true;
+            }
+            break;
+        }
+        case QEvent::Drop: {
+            auto* const drop = static_cast<QDropEvent*>(event);
+            const std::vector<std::string> paths = pathsOf(*drop->mimeData());
+            if (object->isWidgetType() && !paths.empty()) {
+                drop->acceptProposedAction();
+                // The program that the files come from waits until the drop is done.
+                platform::MainThread::perform([this, paths] { openDocuments(paths); });
+                return true;
+            }
+            break;
+        }
+        default:
+            break;
+    }
+    return QObject::eventFilter(object, event);
+}
+
+DocumentMainWindow* Application::windowOf(const std::string& path) const {
+    const auto identity = platform::fileIdentity(path);
+    const auto found =
+        std::find_if(windows_.begin(), windows_.end(), [&](const WindowPointer& window) {
+            return window->path() == path ||
+                   (identity && platform::fileIdentity(window->path()) == identity);
+        });
+    return found != windows_.end() ? found->get() : nullptr;
+}
+
+void Application::showStartWindow() {
+    if (isEnding_ || !windows_.empty()) {
+        return;
+    }
+    if (!startWindow_) {
+        startWindow_ = std::make_unique<StartWindow>(
+            [this] { controller_->openFile(); },
+            [this](const std::string& path) { openDocuments({path}); },
+            [this] { endWhenNothingIsOpen(); });
+        makeMainMenu(*startWindow_, *this);
+    }
+    startWindow_->showRecentFiles();
+    startWindow_->show();
+}
+
+void Application::closeDocument(DocumentMainWindow& window) {
+    const auto found =
+        std::find_if(windows_.begin(), windows_.end(),
+                     [&window](const WindowPointer& each) { return each.get() == &window; });
+    if (found == windows_.end()) {
+        return;
+    }
+    const WindowPointer closed = std::move(*found);
+    windows_.erase(found);
+    if (const auto document = closed->document()) {
+        document->close();
+    }
+    closed->keepDocument(nullptr);
+    platform::MainThread::perform([this] { endWhenNothingIsOpen(); });
+}
+
+void Application::endWhenNothingIsOpen() {
+    const QWidgetList all = QApplication::topLevelWidgets();
+    const bool isOpen = std::any_of(all.begin(), all.end(), [](const QWidget* widget) {
+        return widget->isVisible() && widget->isWindow();
+    });
+    if (windows_.empty() && openPanels_ == 0 && !isOpen) {
+        terminate();
+    }
+}
+
+void Application::presentError(const QString& message, const QString& info) {
+    QMLog::appendLog("%@. %@", message.toStdString(), info.toStdString());
+    auto* const box = new QMessageBox(QMessageBox::Warning, QStringLiteral("Vornic"), message,
+                                      QMessageBox::Ok);
+    box->setObjectName(QStringLiteral("alert"));
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setTextFormat(Qt::PlainText);
+    box->setInformativeText(info);
+    connect(box, &QMessageBox::finished, this, [this] {
+        platform::MainThread::perform([this] { endWhenNothingIsOpen(); });
+    });
+    box->setModal(false);
+    box->show();
+}
+
+void Application::openInFileManager(const std::string& folder) {
+    ErrorSlot error;
+    if (!platform::WorkspaceOpener::shared()->openFile(folder, error)) {
+        presentError(tr("The folder could not be shown."),
+                     error ? toQString(error->localizedDescription()) : QString());
+    }
+}
+
+}  // namespace vornic

@@ -1,0 +1,80 @@
+#ifndef VORNIC_DESKTOP_APPLICATION_H
+#define VORNIC_DESKTOP_APPLICATION_H
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <QObject>
+
+#include "app/AppController.h"
+#include "app/ApplicationHost.h"
+#include "desktop/AboutWindow.h"
+#include "desktop/DocumentMainWindow.h"
+#include "desktop/PreferencesWindow.h"
+#include "desktop/StartWindow.h"
+
+namespace vornic {
+
+/// The desktop application: its documents and windows. Main thread only.
+class Application : public QObject, public ApplicationHost {
+  public:
+    Application();
+    ~Application() override;
+    Application(const Application&) = delete;
+    Application& operator=(const Application&) = delete;
+
+    /// Starts the controller and opens what the program was started with.
+    /// @param paths absolute.
+    void launch(const std::vector<std::string>& paths);
+    /// Opens what a later start of the program was given, and comes to the front.
+    void receive(const std::vector<std::string>& paths);
+    /// Closes what is left, after the event loop.
+    void finish();
+
+    [[nodiscard]] bool hasKeyWindow() const override;
+    [[nodiscard]] std::optional<std::vector<std::string>> runOpenPanel(
+        const OpenPanelSettings& settings) override;
+    bool openDocument(const std::string& path) override;
+    [[nodiscard]] std::shared_ptr<Document> currentDocument() const override;
+    void showAboutPanel() override;
+    void terminate() override;
+
+    [[nodiscard]] AppController& controller() { return *controller_; }
+    /// The window of the current document, or null.
+    [[nodiscard]] DocumentMainWindow* currentWindow() const;
+    void openDocuments(const std::vector<std::string>& paths);
+    void showPreferences();
+    /// Shows the folder of the current document's file.
+    void showInFileManager();
+    void showTrash();
+    /// Asks about runs that are going on, one window after the other, and ends the application
+    /// unless the user wants one to go on.
+    void quit();
+
+    bool eventFilter(QObject* object, QEvent* event) override;
+
+  private:
+    using WindowPointer = std::shared_ptr<DocumentMainWindow>;
+
+    [[nodiscard]] DocumentMainWindow* windowOf(const std::string& path) const;
+    void showStartWindow();
+    void closeDocument(DocumentMainWindow& window);
+    void endWhenNothingIsOpen();
+    void presentError(const QString& message, const QString& info);
+    void openInFileManager(const std::string& folder);
+
+    std::shared_ptr<AppController> controller_;
+    // Those that the user looked at last come last.
+    std::vector<WindowPointer> windows_;
+    std::unique_ptr<StartWindow> startWindow_;
+    std::unique_ptr<PreferencesWindow> preferences_;
+    std::unique_ptr<AboutWindow> about_;
+    bool isEnding_ = false;
+    int openPanels_ = 0;
+};
+
+}  // namespace vornic
+
+#endif

@@ -1,0 +1,126 @@
+#include "desktop/ConvertSheet.h"
+
+#include <utility>
+
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QVBoxLayout>
+
+#include "desktop/QtText.h"
+
+namespace vornic {
+
+namespace {
+
+constexpr int kWidth = 440;
+
+QLabel* makeLabel(const QString& objectName, const QString& accessibleName, QWidget* parent) {
+    auto* const label = new QLabel(parent);
+    label->setObjectName(objectName);
+    label->setAccessibleName(accessibleName);
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    return label;
+}
+
+}  // namespace
+
+ConvertSheet::ConvertSheet(QWidget* window, std::function<void()> convert,
+                           std::function<void()> close)
+    : QDialog(window),
+      close_(std::move(close)),
+      curVersion_(makeLabel(QStringLiteral("convertCurVersion"), tr("Current version"), this)),
+      downgradeVersion_(makeLabel(QStringLiteral("convertDowngradeVersion"),
+                                  tr("Lowest version without a loss"), this)),
+      versions_(new QComboBox(this)),
+      spinner_(new QProgressBar(this)),
+      convertButton_(new QPushButton(tr("Con&vert"), this)) {
+    setObjectName(QStringLiteral("windowConvert"));
+    setWindowTitle(tr("Convert XML Interchange Version"));
+    setAccessibleName(windowTitle());
+    setMinimumWidth(kWidth);
+    versions_->setObjectName(QStringLiteral("convertVersionPopUp"));
+    versions_->setAccessibleName(tr("Version to convert to"));
+    versions_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    spinner_->setObjectName(QStringLiteral("convertSpinner"));
+    spinner_->setAccessibleName(tr("Busy"));
+    spinner_->setRange(0, 0);
+    spinner_->setTextVisible(false);
+    spinner_->setMaximumWidth(kWidth / 4);
+    QSizePolicy policy = spinner_->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    spinner_->setSizePolicy(policy);
+    convertButton_->setObjectName(QStringLiteral("convertBtn"));
+    convertButton_->setAccessibleName(tr("Convert the file"));
+    convertButton_->setDefault(true);
+    auto* const closeButton = new QPushButton(tr("Close"), this);
+    closeButton->setObjectName(QStringLiteral("convertCloseBtn"));
+    closeButton->setAccessibleName(tr("Close without converting"));
+    closeButton->setAutoDefault(false);
+
+    auto* const column = new QVBoxLayout(this);
+    column->addWidget(curVersion_);
+    column->addWidget(downgradeVersion_);
+    auto* const form = new QFormLayout;
+    form->addRow(tr("Convert &to version:"), versions_);
+    column->addLayout(form);
+    auto* const row = new QHBoxLayout;
+    row->addWidget(spinner_);
+    row->addStretch();
+    row->addWidget(closeButton);
+    row->addWidget(convertButton_);
+    column->addLayout(row);
+
+    connect(convertButton_, &QPushButton::clicked, this, std::move(convert));
+    connect(closeButton, &QPushButton::clicked, this, [this] { close_(); });
+    clear();
+    setSpinning(false);
+}
+
+void ConvertSheet::clear() {
+    setCurVersion("");
+    setDowngradeVersion("");
+    removeAllVersions();
+    setMenuEnabled(false);
+    setButtonEnabled(false);
+}
+
+void ConvertSheet::setSpinning(bool spinning) {
+    isSpinning_ = spinning;
+    spinner_->setVisible(spinning);
+    updateButton();
+}
+
+void ConvertSheet::setCurVersion(std::string_view text) {
+    curVersion_->setText(toQString(text));
+}
+
+void ConvertSheet::setDowngradeVersion(std::string_view text) {
+    downgradeVersion_->setText(toQString(text));
+}
+
+void ConvertSheet::addVersion(std::string_view title) {
+    versions_->addItem(toQString(title));
+}
+
+void ConvertSheet::setLastVersionKey(std::string_view key) {
+    versions_->setItemData(versions_->count() - 1, toQString(key));
+}
+
+std::optional<std::string> ConvertSheet::selectedVersionKey() const {
+    const QVariant key = versions_->currentData();
+    return key.isValid() ? std::optional(key.toString().toStdString()) : std::nullopt;
+}
+
+void ConvertSheet::setButtonEnabled(bool enabled) {
+    isButtonEnabled_ = enabled;
+    updateButton();
+}
+
+// A conversion that is going on is not started a second time.
+void ConvertSheet::updateButton() {
+    convertButton_->setEnabled(isButtonEnabled_ && !isSpinning_);
+}
+
+}  // namespace vornic

@@ -1,0 +1,332 @@
+#include "desktop/DocumentMainWindow.h"
+
+#include <utility>
+
+#include <QCloseEvent>
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QMessageBox>
+#include <QVBoxLayout>
+
+#include "desktop/QtText.h"
+#include "desktop/Sheet.h"
+#include "desktop/WindowSize.h"
+#include "foundation/Text.h"
+#include "platform/AtomicFile.h"
+
+namespace vornic {
+
+namespace {
+
+constexpr QSize kDefaultSize(760, 560);
+constexpr QSize kSmallestSize(420, 320);
+
+QString kindOf(const std::string& path) {
+    return lowercased(pathExtension(path)) == "fcpxml"
+               ? DocumentMainWindow::tr("Final Cut Pro X file (FCPXML)")
+               : DocumentMainWindow::tr("Final Cut Pro 7 file (XMEML)");
+}
+
+}  // namespace
+
+DocumentMainWindow::DocumentMainWindow(const std::shared_ptr<Document>& document,
+                                       std::function<void(DocumentMainWindow&)> closed)
+    : document_(document),
+      path_(document->filePath().value_or("")),
+      closed_(std::move(closed)),
+      report_(new ReportView(this)),
+      findBar_(new FindBar(report_, this)),
+      progress_(new ProgressSheet(
+          this,
+          [this] {
+              const auto shown = document_.lock();
+              return shown ? ProgressSheet::State(shown->progressMax(), shown->progressValue())
+                           : ProgressSheet::State();
+          },
+          [this] {
+              if (const auto shown = document_.lock()) {
+                  shown->cancelProgress();
+              }
+          })),
+      convert_(new ConvertSheet(
+          this,
+          [this] {
+              if (const auto shown = document_.lock()) {
+                  shown->convertVersionOnThread();
+              }
+          },
+          [this] {
+              if (const auto shown = document_.lock()) {
+                  shown->closeConvertDialog();
+              }
+          })) {
+    setObjectName(QStringLiteral("windowMain"));
+    setAcceptDrops(true);
+    setMinimumSize(kSmallestSize);
+    setWindowFilePath(pathToQString(path_));
+    setWindowTitle(pathToQString(lastPathComponent(path_)) + QStringLiteral(" — Vornic"));
+
+    auto* const content = new QWidget(this);
+    auto* const column = new QVBoxLayout(content);
+    column->addWidget(makeHead());
+    column->addWidget(report_, 1);
+    column->addWidget(findBar_);
+    column->addWidget(makeFoot());
+    setCentralWidget(content);
+    setTabOrder(report_, repairButton_);
+    report_->setFocus();
+    restoreWindowSize(*this, kDefaultSize);
+}
+
+QWidget* DocumentMainWindow::makeHead() {
+    auto* const head = new QWidget(this);
+    auto* const column = new QVBoxLayout(head);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(2);
+    nameLabel_ = new QLabel(head);
+    nameLabel_->setObjectName(QStringLiteral("fileNameLabel"));
+    nameLabel_->setAccessibleName(tr("File"));
+    nameLabel_->setTextFormat(Qt::PlainText);
+    nameLabel_->setToolTip(pathToQString(path_));
+    // A name of any length must not make the window wider.
+    nameLabel_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    QFont large = nameLabel_->font();
+    large.setPointSizeF(large.pointSizeF() * 1.4);
+    large.setBold(true);
+    nameLabel_->setFont(large);
+    kindLabel_ = new QLabel(kindOf(path_), head);
+    kindLabel_->setObjectName(QStringLiteral("fileKindLabel"));
+    kindLabel_->setAccessibleName(tr("Kind of file"));
+    column->addWidget(nameLabel_);
+    column->addWidget(kindLabel_);
+    return head;
+}
+
+QWidget* DocumentMainWindow::makeFoot() {
+    auto* const foot = new QWidget(this);
+    auto* const row = new QHBoxLayout(foot);
+    row->setContentsMargins(0, 0, 0, 0);
+    outcomeLabel_ = new QLabel(foot);
+    outcomeLabel_->setObjectName(QStringLiteral("outcomeLabel"));
+    outcomeLabel_->setAccessibleName(tr("Outcome of the repair"));
+    outcomeLabel_->setTextFormat(Qt::PlainText);
+    outcomeLabel_->setWordWrap(true);
+    repairButton_ = new QPushButton(tr("&Repair"), foot);
+    repairButton_->setObjectName(QStringLiteral("repairBtn"));
+    repairButton_->setAccessibleName(tr("Repair the file"));
+    connect(repairButton_, &QPushButton::clicked, this, [this] {
+        if (const auto shown = document_.lock()) {
+            shown->repair();
+        }
+    });
+    row->addWidget(outcomeLabel_, 1);
+    row->addWidget(repairButton_);
+    return foot;
+}
+
+void DocumentMainWindow::showName() {
+    const QString name = pathToQString(lastPathComponent(path_));
+    nameLabel_->setText(
+        nameLabel_->fontMetrics().elidedText(name, Qt::ElideMiddle, nameLabel_->width()));
+}
+
+void DocumentMainWindow::saveReport() {
+    const QString proposal =
+        pathToQString(deletingPathExtension(path_)) + tr(" report") + QStringLiteral(".txt");
+    const QString chosen = QFileDialog::getSaveFileName(this, tr("Save Report"), proposal,
+                                                        tr("Text files (*.txt);;All files (*)"));
+    if (chosen.isEmpty()) {
+        return;
+    }
+    ErrorSlot error;
+    const std::string text = report_->toPlainText().toStdString() + "\n";
+    if (!platform::writeFileAtomically(pathFromQString(chosen), text,
+                                       platform::Durability::synced, error)) {
+        beginAlertSheet("Unable to save the report",
+                        error ? error->localizedDescription() : std::string());
+    }
+}
+
+bool DocumentMainWindow::hasAttachedSheet() const {
+    return hasSheet(*this);
+}
+
+void DocumentMainWindow::makeKeyAndOrderFront() {
+    if (isMinimized()) {
+        showNormal();
+    }
+    show();
+    raise();
+    activateWindow();
+}
+
+void DocumentMainWindow::clearReport() {
+    report_->clear();
+}
+
+bool DocumentMainWindow::reportIsEmpty() const {
+    return report_->isEmpty();
+}
+
+void DocumentMainWindow::insertReportText(std::string_view text, bool isError, bool isBold) {
+    report_->append(text, isError, isBold);
+}
+
+void DocumentMainWindow::setProgressCancelEnabled(bool enabled) {
+    progress_->setCancelEnabled(enabled);
+}
+
+void DocumentMainWindow::startProgressAnimation() {
+    progress_->setAnimated(true);
+}
+
+void DocumentMainWindow::stopProgressAnimation() {
+    progress_->setAnimated(false);
+}
+
+void DocumentMainWindow::setProgressIndeterminate(bool indeterminate) {
+    progress_->setIndeterminate(indeterminate);
+}
+
+void DocumentMainWindow::setProgressStatusText(std::string_view text) {
+    progress_->setStatusText(text);
+}
+
+bool DocumentMainWindow::progressSheetIsVisible() const {
+    return progress_->isVisible();
+}
+
+bool DocumentMainWindow::progressSheetIsSheet() const {
+    return progress_->isVisible() && progress_->windowModality() == Qt::WindowModal;
+}
+
+void DocumentMainWindow::beginProgressSheet() {
+    outcomeLabel_->clear();
+    repairButton_->setEnabled(false);
+    beginSheet(*progress_);
+}
+
+void DocumentMainWindow::endProgressSheet() {
+    progress_->hide();
+}
+
+void DocumentMainWindow::showOutcome(RepairOutcome outcome) {
+    repairButton_->setEnabled(true);
+    switch (outcome) {
+        case RepairOutcome::sound:
+            setOutcome(QStringLiteral("✓"), tr("The file is sound."), "good");
+            break;
+        case RepairOutcome::repairedAndSwapped:
+            setOutcome(QStringLiteral("✓"),
+                       tr("Repaired. The original file is in the Trash."), "good");
+            break;
+        case RepairOutcome::repairedNotSwapped:
+            setOutcome(QStringLiteral("⚠"),
+                       tr("Repaired, but the repaired file could not take the place of the "
+                          "original; it is beside it."),
+                       "warning");
+            break;
+        case RepairOutcome::unable:
+            setOutcome(QStringLiteral("✕"),
+                       tr("Unable to repair. The file is as it was."), "bad");
+            break;
+        case RepairOutcome::cancelled:
+            setOutcome(QStringLiteral("–"), tr("Cancelled. The file is as it was."), "neutral");
+            break;
+        case RepairOutcome::stopped:
+            setOutcome(QStringLiteral("✕"),
+                       tr("The repair could not be carried out. The file is as it was."), "bad");
+            break;
+    }
+}
+
+void DocumentMainWindow::setOutcome(const QString& symbol, const QString& text,
+                                    const char* kind) {
+    outcomeLabel_->setText(symbol + QStringLiteral("  ") + text);
+    outcomeLabel_->setProperty("outcome", QString::fromLatin1(kind));
+}
+
+void DocumentMainWindow::beginAlertSheet(std::string_view message, std::string_view info) {
+    auto* const box = new QMessageBox(this);
+    box->setObjectName(QStringLiteral("alert"));
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setTextFormat(Qt::PlainText);
+    box->setWindowTitle(QStringLiteral("Vornic"));
+    box->setText(toQString(message));
+    box->setInformativeText(toQString(info));
+    box->setStandardButtons(QMessageBox::Ok);
+    beginSheet(*box);
+}
+
+void DocumentMainWindow::beginConvertSheet() {
+    convert_->clear();
+    beginSheet(*convert_);
+}
+
+void DocumentMainWindow::endConvertSheet() {
+    convert_->hide();
+}
+
+void DocumentMainWindow::startConvertSpinner() {
+    convert_->setSpinning(true);
+}
+
+void DocumentMainWindow::stopConvertSpinner() {
+    convert_->setSpinning(false);
+}
+
+void DocumentMainWindow::setConvertCurVersion(std::string_view text) {
+    convert_->setCurVersion(text);
+}
+
+void DocumentMainWindow::setConvertDowngradeVersion(std::string_view text) {
+    convert_->setDowngradeVersion(text);
+}
+
+void DocumentMainWindow::removeAllConvertVersions() {
+    convert_->removeAllVersions();
+}
+
+void DocumentMainWindow::addConvertVersion(std::string_view title) {
+    convert_->addVersion(title);
+}
+
+void DocumentMainWindow::setLastConvertVersionKey(std::string_view key) {
+    convert_->setLastVersionKey(key);
+}
+
+std::optional<std::string> DocumentMainWindow::selectedConvertVersionKey() const {
+    return convert_->selectedVersionKey();
+}
+
+void DocumentMainWindow::setConvertVersionMenuEnabled(bool enabled) {
+    convert_->setMenuEnabled(enabled);
+}
+
+void DocumentMainWindow::setConvertButtonEnabled(bool enabled) {
+    convert_->setButtonEnabled(enabled);
+}
+
+void DocumentMainWindow::closeEvent(QCloseEvent* event) {
+    const std::shared_ptr<Document> shown = document_.lock();
+    event->ignore();
+    // Asked once, however often the close button is pressed meanwhile.
+    if (!shown || isAskingToClose_) {
+        return;
+    }
+    isAskingToClose_ = true;
+    const bool closes = shown->windowShouldClose();
+    isAskingToClose_ = false;
+    if (closes) {
+        event->accept();
+        saveWindowSize(*this);
+        closed_(*this);
+    }
+}
+
+void DocumentMainWindow::resizeEvent(QResizeEvent* event) {
+    QMainWindow::resizeEvent(event);
+    showName();
+}
+
+}  // namespace vornic

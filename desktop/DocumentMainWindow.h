@@ -1,0 +1,103 @@
+#ifndef VORNIC_DESKTOP_DOCUMENT_MAIN_WINDOW_H
+#define VORNIC_DESKTOP_DOCUMENT_MAIN_WINDOW_H
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include <QLabel>
+#include <QMainWindow>
+#include <QPushButton>
+
+#include "desktop/ConvertSheet.h"
+#include "desktop/FindBar.h"
+#include "desktop/ProgressSheet.h"
+#include "desktop/ReportView.h"
+#include "repair/Document.h"
+
+namespace vornic {
+
+/// The window of a document (`windowMain`): the file's name and kind, the report, how the last run
+/// ended, and the repair button. Its sheets are modal to it alone.
+class DocumentMainWindow : public QMainWindow, public DocumentWindow {
+  public:
+    /// @param closed called once, when the window has been closed, after which the document goes.
+    DocumentMainWindow(const std::shared_ptr<Document>& document,
+                       std::function<void(DocumentMainWindow&)> closed);
+
+    /// Makes the window an owner of its document, which knows the window as long, or gives that up
+    /// (null).
+    void keepDocument(std::shared_ptr<Document> document) { kept_ = std::move(document); }
+    /// The document; null once it has gone.
+    [[nodiscard]] std::shared_ptr<Document> document() const { return document_.lock(); }
+    [[nodiscard]] const std::string& path() const { return path_; }
+    [[nodiscard]] ReportView& report() { return *report_; }
+    [[nodiscard]] FindBar& findBar() { return *findBar_; }
+    /// Asks where to, and writes the report there as plain text.
+    void saveReport();
+
+    [[nodiscard]] bool hasAttachedSheet() const override;
+    void makeKeyAndOrderFront() override;
+
+    void clearReport() override;
+    [[nodiscard]] bool reportIsEmpty() const override;
+    void insertReportText(std::string_view text, bool isError, bool isBold) override;
+
+    void setProgressCancelEnabled(bool enabled) override;
+    void startProgressAnimation() override;
+    void stopProgressAnimation() override;
+    void setProgressIndeterminate(bool indeterminate) override;
+    void setProgressStatusText(std::string_view text) override;
+    [[nodiscard]] bool progressSheetIsVisible() const override;
+    [[nodiscard]] bool progressSheetIsSheet() const override;
+    void beginProgressSheet() override;
+    void endProgressSheet() override;
+    void showOutcome(RepairOutcome outcome) override;
+
+    void beginAlertSheet(std::string_view message, std::string_view info) override;
+
+    void beginConvertSheet() override;
+    void endConvertSheet() override;
+    void startConvertSpinner() override;
+    void stopConvertSpinner() override;
+    void setConvertCurVersion(std::string_view text) override;
+    void setConvertDowngradeVersion(std::string_view text) override;
+    void removeAllConvertVersions() override;
+    void addConvertVersion(std::string_view title) override;
+    void setLastConvertVersionKey(std::string_view key) override;
+    [[nodiscard]] std::optional<std::string> selectedConvertVersionKey() const override;
+    void setConvertVersionMenuEnabled(bool enabled) override;
+    void setConvertButtonEnabled(bool enabled) override;
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+  private:
+    QWidget* makeHead();
+    QWidget* makeFoot();
+    void showName();
+    void setOutcome(const QString& symbol, const QString& text, const char* kind);
+
+    std::weak_ptr<Document> document_;
+    std::shared_ptr<Document> kept_;
+    std::string path_;
+    std::function<void(DocumentMainWindow&)> closed_;
+    bool isAskingToClose_ = false;
+
+    QLabel* nameLabel_ = nullptr;
+    QLabel* kindLabel_ = nullptr;
+    QLabel* outcomeLabel_ = nullptr;
+    QPushButton* repairButton_ = nullptr;
+    ReportView* report_;
+    FindBar* findBar_;
+    ProgressSheet* progress_;
+    ConvertSheet* convert_;
+};
+
+}  // namespace vornic
+
+#endif

@@ -1,0 +1,36 @@
+#ifndef VORNIC_DESKTOP_FIND_BAR_H
+#define VORNIC_DESKTOP_FIND_BAR_H
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QWidget>
+
+#include "desktop/ReportView.h"
+
+namespace vornic {
+
+/// Searches a report: hidden until it is wanted, closed with Escape.
+class FindBar : public QWidget {
+  public:
+    FindBar(ReportView* report, QWidget* parent);
+
+    /// Shows the bar, ready to be typed into.
+    void begin();
+    void findNext() { find(false); }
+    void findPrevious() { find(true); }
+
+  protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
+  private:
+    void find(bool backwards);
+    void end();
+
+    ReportView* report_;
+    QLineEdit* text_;
+    QLabel* notFound_;
+};
+
+}  // namespace vornic
+
+#endif

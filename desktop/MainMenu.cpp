@@ -1,0 +1,204 @@
+#include "desktop/MainMenu.h"
+
+#include <functional>
+#include <utility>
+
+#include <QAction>
+#include <QKeySequence>
+#include <QMenu>
+#include <QMenuBar>
+
+#include "desktop/Application.h"
+#include "desktop/QtText.h"
+#include "desktop/RecentFiles.h"
+#include "foundation/Text.h"
+
+namespace vornic {
+
+namespace {
+
+QString tr(const char* text) {
+    return QCoreApplication::translate("MainMenu", text);
+}
+
+// Builds the menus of one window.
+class MenuBuilder {
+  public:
+    MenuBuilder(QMainWindow& window, Application& application)
+        : window_(window), application_(application) {}
+
+    void build() {
+        buildFileMenu();
+        buildEditMenu();
+        buildToolsMenu();
+        buildTroubleshootingMenu();
+        buildHelpMenu();
+    }
+
+  private:
+    using Command = std::function<void()>;
+    using DocumentCommand = std::function<void(DocumentMainWindow&)>;
+
+    QMenu& begin(const QString& title, const char* id) {
+        QMenu* const menu = window_.menuBar()->addMenu(title);
+        menu->setObjectName(QString::fromLatin1(id));
+        return *menu;
+    }
+
+    QAction& add(QMenu& menu, const char* id, const QString& title, const QKeySequence& keys,
+                 Command command) {
+        QAction* const action = menu.addAction(title);
+        action->setObjectName(QString::fromLatin1(id));
+        action->setShortcut(keys);
+        QObject::connect(action, &QAction::triggered, &window_,
+                         [command = std::move(command)] { command(); });
+        return *action;
+    }
+
+    // A command for the window's own document; disabled where there is none.
+    QAction& addForDocument(QMenu& menu, const char* id, const QString& title,
+                            const QKeySequence& keys, DocumentCommand command) {
+        auto* const own = dynamic_cast<DocumentMainWindow*>(&window_);
+        QAction& action = add(menu, id, title, keys, [own, command = std::move(command)] {
+            if (own != nullptr) {
+                command(*own);
+            }
+        });
+        action.setEnabled(own != nullptr);
+        return action;
+    }
+
+    void buildFileMenu() {
+        AppController& controller = application_.controller();
+        QMenu& menu = begin(tr("&File"), "fileMenu");
+        add(menu, "fileOpen", tr("&Open…"), QKeySequence::Open,
+            [&controller] { controller.openFile(); });
+        buildRecentMenu(menu);
+        menu.addSeparator();
+        addForDocument(menu, "fileSaveReport", tr("&Save Report…"), QKeySequence::Save,
+                       [](DocumentMainWindow& window) { window.saveReport(); });
+        addForDocument(menu, "fileShowInFileManager", tr("Show in &File Manager"), {},
+                       [application = &application_](DocumentMainWindow&) { application->showInFileManager(); });
+        add(menu, "fileShowTrash", tr("Show &Trash"), {},
+            [application = &application_] { application->showTrash(); });
+        menu.addSeparator();
+        add(menu, "fileClose", tr("&Close"), QKeySequence::Close,
+            [window = &window_] { window->close(); });
+        add(menu, "fileQuit", tr("&Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q),
+            [application = &application_] { application->quit(); })
+            .setMenuRole(QAction::QuitRole);
+    }
+
+    void buildRecentMenu(QMenu& menu) {
+        QMenu* const recent = menu.addMenu(tr("Open &Recent"));
+        recent->setObjectName(QStringLiteral("fileOpenRecent"));
+        Application* const application = &application_;
+        QObject::connect(recent, &QMenu::aboutToShow, &window_, [recent, application] {
+            recent->clear();
+            for (const std::string& path : RecentFiles::paths()) {
+                QAction* const action = recent->addAction(
+                    pathToQString(lastPathComponent(path)).replace(u'&', QStringLiteral("&&")));
+                action->setToolTip(pathToQString(path));
+                QObject::connect(action, &QAction::triggered, recent,
+                                 [application, path] { application->openDocuments({path}); });
+            }
+            if (recent->isEmpty()) {
+                recent->addAction(tr("No recent files"))->setEnabled(false);
+                return;
+            }
+            recent->addSeparator();
+            QObject::connect(recent->addAction(tr("&Clear Menu")), &QAction::triggered, recent,
+                             [] { RecentFiles::clear(); });
+        });
+    }
+
+    void buildEditMenu() {
+        QMenu& menu = begin(tr("&Edit"), "editMenu");
+        addForDocument(menu, "editCopy", tr("&Copy"), QKeySequence::Copy,
+                       [](DocumentMainWindow& window) { window.report().copy(); });
+        addForDocument(menu, "editSelectAll", tr("Select &All"), QKeySequence::SelectAll,
+                       [](DocumentMainWindow& window) { window.report().selectAll(); });
+        menu.addSeparator();
+        addForDocument(menu, "editFind", tr("&Find…"), QKeySequence::Find,
+                       [](DocumentMainWindow& window) { window.findBar().begin(); });
+        addForDocument(menu, "editFindNext", tr("Find &Next"), QKeySequence::FindNext,
+                       [](DocumentMainWindow& window) { window.findBar().findNext(); });
+        addForDocument(menu, "editFindPrevious", tr("Find &Previous"), QKeySequence::FindPrevious,
+                       [](DocumentMainWindow& window) { window.findBar().findPrevious(); });
+        menu.addSeparator();
+        add(menu, "editPreferences", tr("Pr&eferences…"), QKeySequence(Qt::CTRL | Qt::Key_Comma),
+            [application = &application_] { application->showPreferences(); })
+            .setMenuRole(QAction::PreferencesRole);
+    }
+
+    void buildToolsMenu() {
+        AppController& controller = application_.controller();
+        QMenu& menu = begin(tr("&Tools"), "toolsMenu");
+        addForDocument(menu, "toolsRepair", tr("&Repair"), QKeySequence(Qt::CTRL | Qt::Key_R),
+                       [](DocumentMainWindow& window) {
+                           const auto document = window.document();
+                           if (document && !document->isRunning()) {
+                               document->repair();
+                           }
+                       });
+        const auto isEnabled = [&controller] {
+            return controller.validateUserInterfaceItem(AppController::kShowConvertDialogAction);
+        };
+        QAction& convert =
+            addForDocument(menu, "toolsConvert", tr("&Convert XML Interchange Version"),
+                           QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C),
+                           [&controller, isEnabled](DocumentMainWindow&) {
+                               if (isEnabled()) {
+                                   controller.showConvertDialog();
+                               }
+                           });
+        QObject::connect(&menu, &QMenu::aboutToShow, &window_,
+                         [&convert, isEnabled] { convert.setEnabled(isEnabled()); });
+        // Its shortcut asks again, whatever was shown last.
+        QObject::connect(&menu, &QMenu::aboutToHide, &window_,
+                         [&convert] { convert.setEnabled(true); });
+    }
+
+    void buildTroubleshootingMenu() {
+        AppController& controller = application_.controller();
+        QMenu& menu = begin(tr("Tr&oubleshooting"), "troubleshootingMenu");
+        add(menu, "troubleshootingViewLog", tr("View &Log"), {},
+            [&controller] { controller.viewLog(); });
+        add(menu, "troubleshootingViewTaskLog", tr("View &Task Log"), {},
+            [&controller] { controller.viewTaskLog(); });
+        add(menu, "troubleshootingGatherLogs", tr("&Gather Logs…"), {},
+            [&controller] { controller.gatherLogs(); });
+    }
+
+    void buildHelpMenu() {
+        AppController& controller = application_.controller();
+        QMenu& menu = begin(tr("&Help"), "helpMenu");
+        add(menu, "helpUserManual", tr("User &Manual"), QKeySequence::HelpContents,
+            [&controller] { controller.helpUserManual(); });
+        add(menu, "helpSuiteHome", tr("&Brindle Tools on the Web"), {},
+            [&controller] { controller.helpSuiteHome(); });
+        add(menu, "helpSupport", tr("&Support"), {}, [&controller] { controller.helpSupport(); });
+        add(menu, "helpQMHome", tr("&Quillmark on the Web"), {},
+            [&controller] { controller.helpQMHome(); });
+        menu.addSeparator();
+        add(menu, "helpReportBug", tr("&Report a Bug"), {},
+            [&controller] { controller.helpReportBug(); });
+        add(menu, "helpSuggestFeature", tr("Suggest a &Feature"), {},
+            [&controller] { controller.helpSuggestFeature(); });
+        menu.addSeparator();
+        add(menu, "helpAbout", tr("&About Vornic"), {},
+            [&controller] { controller.showAboutDialog(); })
+            .setMenuRole(QAction::AboutRole);
+    }
+
+    QMainWindow& window_;
+    Application& application_;
+};
+
+}  // namespace
+
+void makeMainMenu(QMainWindow& window, Application& application) {
+    MenuBuilder(window, application).build();
+}
+
+}  // namespace vornic

@@ -1,0 +1,125 @@
+#include "desktop/QtAlertPanel.h"
+
+#include <cstdint>
+#include <utility>
+
+#include <QCheckBox>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+
+#include "desktop/QtText.h"
+#include "desktop/Sheet.h"
+#include "ui/SuppressionPreference.h"
+
+namespace vornic {
+
+namespace {
+
+constexpr std::int64_t kDefaultReturn = 1;
+constexpr std::int64_t kAlternateReturn = 0;
+constexpr std::int64_t kOtherReturn = -1;
+
+class QtAlertPanel : public AlertPanel {
+  public:
+    explicit QtAlertPanel(const AlertContents& contents) : box_(new QMessageBox) {
+        box_->setObjectName(QStringLiteral("alert"));
+        box_->setTextFormat(Qt::PlainText);
+        box_->setText(toQString(contents.messageText));
+        box_->setInformativeText(toQString(contents.informativeText));
+        box_->setWindowTitle(QStringLiteral("Vornic"));
+        addButtons(contents);
+    }
+
+    ~QtAlertPanel() override {
+        if (box_) {
+            box_->disconnect();
+            box_->hide();
+            box_->deleteLater();
+        }
+    }
+    QtAlertPanel(const QtAlertPanel&) = delete;
+    QtAlertPanel& operator=(const QtAlertPanel&) = delete;
+
+    void showSuppressionCheckBox(const std::string& preferenceKey) override {
+        const SuppressionPreference preference(preferenceKey);
+        auto* const box = new QCheckBox(QStringLiteral("Do not show this message again"), box_);
+        box->setChecked(preference.isTicked());
+        QObject::connect(box, &QCheckBox::toggled,
+                         [preference](bool ticked) { preference.setTicked(ticked); });
+        box_->setCheckBox(box);
+    }
+
+    void begin(const std::shared_ptr<AlertWindow>& parentWindow,
+               std::function<void(std::int64_t)> didEnd) override {
+        auto* const window = dynamic_cast<QWidget*>(parentWindow.get());
+        QMessageBox& box = *box_;
+        if (window != nullptr) {
+            box.setParent(window, box.windowFlags() | Qt::Dialog);
+        }
+        QObject::connect(&box, &QMessageBox::finished, [this, didEnd = std::move(didEnd)](int) {
+            didEnd(answer());
+        });
+        if (window != nullptr) {
+            beginSheet(box);
+        } else {
+            box.setWindowModality(Qt::NonModal);
+            box.show();
+            box.raise();
+            box.activateWindow();
+        }
+    }
+
+    [[nodiscard]] bool isVisible() const override { return box_ && box_->isVisible(); }
+    void orderOut() override {
+        if (box_) {
+            box_->disconnect();
+            box_->hide();
+        }
+    }
+
+  private:
+    void addButtons(const AlertContents& contents) {
+        default_ = contents.defaultButtonTitle
+                       ? box_->addButton(toQString(*contents.defaultButtonTitle),
+                                         QMessageBox::AcceptRole)
+                       : box_->addButton(QMessageBox::Ok);
+        box_->setDefaultButton(default_);
+        if (contents.alternateButtonTitle) {
+            alternate_ = box_->addButton(toQString(*contents.alternateButtonTitle),
+                                         QMessageBox::RejectRole);
+            box_->setEscapeButton(alternate_);
+        } else {
+            box_->setEscapeButton(default_);
+        }
+        if (contents.otherButtonTitle) {
+            other_ = box_->addButton(toQString(*contents.otherButtonTitle),
+                                     QMessageBox::DestructiveRole);
+        }
+    }
+
+    [[nodiscard]] std::int64_t answer() const {
+        const QAbstractButton* const clicked = box_->clickedButton();
+        if (clicked != nullptr && clicked == other_) {
+            return kOtherReturn;
+        }
+        // Closed by the window manager or with Escape, it has been answered by its escape button.
+        const bool isAlternate =
+            clicked == alternate_ || (clicked == nullptr && alternate_ != nullptr);
+        return alternate_ != nullptr && isAlternate ? kAlternateReturn : kDefaultReturn;
+    }
+
+    // A window takes the sheets on it along when it is destroyed.
+    QPointer<QMessageBox> box_;
+    QPushButton* default_ = nullptr;
+    QPushButton* alternate_ = nullptr;
+    QPushButton* other_ = nullptr;
+};
+
+}  // namespace
+
+std::shared_ptr<AlertPanel> QtAlertPanelFactory::makePanel(const AlertContents& contents) {
+    return std::make_shared<QtAlertPanel>(contents);
+}
+
+}  // namespace vornic

@@ -1,0 +1,29 @@
+#ifndef VORNIC_DESKTOP_QT_TEXT_H
+#define VORNIC_DESKTOP_QT_TEXT_H
+
+#include <string>
+#include <string_view>
+
+#include <QFile>
+#include <QString>
+
+namespace vornic {
+
+/// Text of the library, which is UTF-8, as the toolkit has it. Bytes that are no UTF-8 show as
+/// U+FFFD.
+[[nodiscard]] inline QString toQString(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+/// A path as the toolkit has it: to be shown only, since not every path is text.
+[[nodiscard]] inline QString pathToQString(const std::string& path) {
+    return QFile::decodeName(QByteArray::fromStdString(path));
+}
+
+[[nodiscard]] inline std::string pathFromQString(const QString& path) {
+    return QFile::encodeName(path).toStdString();
+}
+
+}  // namespace vornic
+
+#endif

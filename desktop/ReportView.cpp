@@ -1,0 +1,108 @@
+#include "desktop/ReportView.h"
+
+#include <QEvent>
+#include <QScrollBar>
+#include <QTextBlock>
+
+#include "desktop/QtText.h"
+
+namespace vornic {
+
+namespace {
+
+constexpr int kFontSize = 12;
+// Marks the text of an error, whose colour follows the palette.
+constexpr int kIsError = QTextFormat::UserProperty + 1;
+constexpr int kMiddleGray = 128;
+
+}  // namespace
+
+ReportView::ReportView(QWidget* parent) : QPlainTextEdit(parent) {
+    setObjectName(QStringLiteral("infoText"));
+    setAccessibleName(tr("Report"));
+    setReadOnly(true);
+    setUndoRedoEnabled(false);
+    setTabChangesFocus(true);
+    setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    QFont plain = font();
+    plain.setPointSize(kFontSize);
+    setFont(plain);
+}
+
+// An entry is one block of the text: the line end that sets it apart from the one before is a break
+// inside the block, since a block costs far more memory than a line.
+void ReportView::append(std::string_view text, bool isError, bool isBold) {
+    QScrollBar* const bar = verticalScrollBar();
+    const bool wasAtEnd = bar->value() == bar->maximum();
+    QTextCharFormat format;
+    format.setFontWeight(isBold ? QFont::Bold : QFont::Normal);
+    if (isError) {
+        format.setForeground(errorColor());
+        format.setProperty(kIsError, true);
+    }
+    QTextCursor cursor(document());
+    cursor.movePosition(QTextCursor::End);
+    cursor.beginEditBlock();
+    if (text.starts_with("\n")) {
+        text.remove_prefix(1);
+        cursor.insertBlock();
+    }
+    QString entry = toQString(text);
+    entry.replace(QLatin1Char('\n'), QChar::LineSeparator);
+    cursor.insertText(entry, format);
+    cursor.endEditBlock();
+    if (wasAtEnd) {
+        bar->setValue(bar->maximum());
+    }
+}
+
+bool ReportView::findText(const QString& text, bool backwards) {
+    const QTextDocument::FindFlags flags =
+        backwards ? QTextDocument::FindBackward : QTextDocument::FindFlags();
+    if (text.isEmpty() || find(text, flags)) {
+        return true;
+    }
+    const QTextCursor before = textCursor();
+    QTextCursor start(document());
+    start.movePosition(backwards ? QTextCursor::End : QTextCursor::Start);
+    setTextCursor(start);
+    if (find(text, flags)) {
+        return true;
+    }
+    setTextCursor(before);
+    return false;
+}
+
+void ReportView::changeEvent(QEvent* event) {
+    QPlainTextEdit::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+        recolorErrors();
+    }
+}
+
+// Red that can be read on the background.
+QColor ReportView::errorColor() const {
+    const bool isDark = palette().color(QPalette::Base).lightness() < kMiddleGray;
+    return isDark ? QColor(255, 105, 97) : QColor(200, 0, 0);
+}
+
+void ReportView::recolorErrors() {
+    QTextCursor cursor(document());
+    cursor.beginEditBlock();
+    for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
+        for (auto part = block.begin(); !part.atEnd(); ++part) {
+            if (part.fragment().charFormat().boolProperty(kIsError)) {
+                cursor.setPosition(part.fragment().position());
+                cursor.setPosition(part.fragment().position() + part.fragment().length(),
+                                   QTextCursor::KeepAnchor);
+                QTextCharFormat change;
+                change.setForeground(errorColor());
+                cursor.mergeCharFormat(change);
+                break;
+            }
+        }
+    }
+    cursor.endEditBlock();
+}
+
+}  // namespace vornic

@@ -1,0 +1,35 @@
+#ifndef VORNIC_DESKTOP_START_WINDOW_H
+#define VORNIC_DESKTOP_START_WINDOW_H
+
+#include <functional>
+#include <string>
+
+#include <QListWidget>
+#include <QMainWindow>
+
+namespace vornic {
+
+/// What is on the screen while nothing is open: a button that opens files, a place to drop them,
+/// and the files that were opened last. It is no document.
+class StartWindow : public QMainWindow {
+  public:
+    StartWindow(std::function<void()> browse, std::function<void(const std::string&)> open,
+                std::function<void()> closed);
+
+    /// Lists the files that were opened last.
+    void showRecentFiles();
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+
+  private:
+    void openItem(const QListWidgetItem* item);
+
+    std::function<void(const std::string&)> open_;
+    std::function<void()> closed_;
+    QListWidget* recentFiles_;
+};
+
+}  // namespace vornic
+
+#endif

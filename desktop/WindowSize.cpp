@@ -1,0 +1,42 @@
+#include "desktop/WindowSize.h"
+
+#include <string>
+
+#include "platform/UserPreferences.h"
+
+namespace vornic {
+
+namespace {
+
+// Sizes beyond every screen are not to be believed.
+constexpr int kLargest = 16384;
+
+std::string keyOf(const QWidget& window, const char* side) {
+    return "window." + window.objectName().toStdString() + "." + side;
+}
+
+int storedLength(const std::string& key, int otherwise) {
+    const std::optional<platform::PropertyList> value = platform::UserPreferences().value(key);
+    const std::int64_t* const length = value ? value->integer() : nullptr;
+    return length != nullptr && *length > 0 && *length < kLargest ? static_cast<int>(*length)
+                                                                  : otherwise;
+}
+
+}  // namespace
+
+void restoreWindowSize(QWidget& window, QSize otherwise) {
+    window.resize(storedLength(keyOf(window, "width"), otherwise.width()),
+                  storedLength(keyOf(window, "height"), otherwise.height()));
+}
+
+void saveWindowSize(const QWidget& window) {
+    if (window.isMaximized() || window.isFullScreen()) {
+        return;
+    }
+    const platform::UserPreferences preferences;
+    ErrorSlot ignored;  // the next window has the default size, then
+    preferences.setValue(keyOf(window, "width"), window.width(), ignored);
+    preferences.setValue(keyOf(window, "height"), window.height(), ignored);
+}
+
+}  // namespace vornic

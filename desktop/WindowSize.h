@@ -1,0 +1,16 @@
+#ifndef VORNIC_DESKTOP_WINDOW_SIZE_H
+#define VORNIC_DESKTOP_WINDOW_SIZE_H
+
+#include <QSize>
+#include <QWidget>
+
+namespace vornic {
+
+/// Gives a window the size that the last one with its object name had, or the given one.
+void restoreWindowSize(QWidget& window, QSize otherwise);
+/// Remembers a window's size for the next one with its object name.
+void saveWindowSize(const QWidget& window);
+
+}  // namespace vornic
+
+#endif

@@ -1,0 +1,102 @@
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include <QApplication>
+#include <QIcon>
+#include <unistd.h>
+
+#include "app/StandardStreams.h"
+#include "desktop/Application.h"
+#include "desktop/InstanceLink.h"
+#include "desktop/QtAlertPanel.h"
+#include "desktop/QtRunLoop.h"
+#include "foundation/QMLog.h"
+#include "platform/MainThread.h"
+#include "platform/Thread.h"
+
+namespace {
+
+// Long enough for a run on a slow disk to reach its next check point.
+constexpr std::chrono::seconds kLongestEnd{60};
+
+bool hasDisplay() {
+    const auto isSet = [](const char* name) {
+        const char* const value = std::getenv(name);
+        return value != nullptr && *value != '\0';
+    };
+    return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY") || isSet("QT_QPA_PLATFORM");
+}
+
+// The files that the program is started with, as bytes, whatever the locale makes of them. What
+// begins with a hyphen, and the toolkit's own options, are none, but for what follows "--".
+std::vector<std::string> filesOf(int argc, char** argv) {
+    std::vector<std::string> paths;
+    char* const folder = getcwd(nullptr, 0);
+    const std::string workingFolder = folder != nullptr ? folder : "";
+    std::free(folder);  // NOLINT(cppcoreguidelines-no-malloc): getcwd allocates
+    bool onlyFiles = false;
+    for (int i = 1; i < argc; ++i) {
+        const std::string argument = argv[i];
+        if (!onlyFiles && argument == "--") {
+            onlyFiles = true;
+        } else if (!argument.empty() && (onlyFiles || argument.front() != '-')) {
+            paths.push_back(argument.front() == '/' ? argument : workingFolder + "/" + argument);
+        }
+    }
+    return paths;
+}
+
+QIcon makeIcon() {
+    QIcon icon;
+    for (const char* const size : {"16", "32", "48", "64", "128", "256"}) {
+        icon.addFile(QStringLiteral(":/icons/vornic-%1.png").arg(QLatin1String(size)));
+    }
+    return icon;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    vornic::secureStandardStreams();
+    if (!hasDisplay()) {
+        std::fputs(
+            "vornic: There is no display to open a window on (DISPLAY and WAYLAND_DISPLAY are not "
+            "set).\nTo repair files without one: vornic-repair FILE...\n",
+            stderr);
+        return EXIT_FAILURE;
+    }
+    QApplication toolkit(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Vornic"));
+    QApplication::setDesktopFileName(QStringLiteral("com.quillmark.Vornic"));
+    QApplication::setWindowIcon(makeIcon());
+    QApplication::setQuitOnLastWindowClosed(false);
+    const std::vector<std::string> files = filesOf(argc, argv);
+
+    vornic::InstanceLink link(vornic::InstanceLink::defaultFolder());
+    const bool isAlone = std::getenv("VORNIC_NEW_INSTANCE") != nullptr;
+    if (!isAlone && link.handOver(files)) {
+        return EXIT_SUCCESS;
+    }
+    vornic::platform::MainThread::adopt();
+    vornic::platform::MainThread::setLoop(std::make_shared<vornic::QtRunLoop>());
+    vornic::QMAlert::setPanelFactory(std::make_shared<vornic::QtAlertPanelFactory>());
+    {
+        vornic::Application application;
+        application.launch(files);
+        if (!isAlone) {
+            link.listen([&application](const std::vector<std::string>& paths) {
+                application.receive(paths);
+            });
+        }
+        QApplication::exec();
+        application.finish();
+        vornic::platform::MainThread::shutdown();
+        vornic::platform::joinDetachedThreads(kLongestEnd);
+        vornic::QMLog::finishWriting();
+    }
+    vornic::platform::MainThread::setLoop(nullptr);
+    return EXIT_SUCCESS;
+}
