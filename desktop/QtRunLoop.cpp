@@ -1,5 +1,6 @@
 #include "desktop/QtRunLoop.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <QEventLoop>
@@ -9,6 +10,14 @@ namespace vornic {
 
 void QtRunLoop::post(std::function<void()> function) {
     QMetaObject::invokeMethod(&receiver_, std::move(function), Qt::QueuedConnection);
+}
+
+void QtRunLoop::postAfter(std::chrono::milliseconds delay, std::function<void()> function) {
+    // A timer belongs to the thread that starts it.
+    post([this, delay, function = std::move(function)] {
+        QTimer::singleShot(std::max(delay, std::chrono::milliseconds::zero()), &receiver_,
+                           function);
+    });
 }
 
 bool QtRunLoop::dispatchOne(std::chrono::milliseconds limit) {

@@ -12,6 +12,7 @@ namespace vornic {
 class QtRunLoop : public platform::MainThreadLoop {
   public:
     void post(std::function<void()> function) override;
+    void postAfter(std::chrono::milliseconds delay, std::function<void()> function) override;
     /// Handles what is pending, which the toolkit does in one go; waits when nothing is.
     bool dispatchOne(std::chrono::milliseconds limit) override;
 
