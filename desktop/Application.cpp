@@ -1,8 +1,5 @@
 #include "desktop/Application.h"
 
-#include <algorithm>
-#include <utility>
-
 #include <QApplication>
 #include <QDragEnterEvent>
 #include <QDropEvent>
@@ -12,6 +9,9 @@
 #include <QMimeData>
 #include <QSortFilterProxyModel>
 #include <QUrl>
+#include <algorithm>
+#include <utility>
+
 #include <sys/stat.h>
 
 #include "desktop/MainMenu.h"
@@ -248,9 +248,8 @@ bool Application::eventFilter(QObject* object, QEvent* event) {
     switch (event->type()) {
         case QEvent::WindowActivate: {
             const auto found =
-                std::find_if(windows_.begin(), windows_.end(), [object](const WindowPointer& each) {
-                    return each.get() == object;
-                });
+                std::find_if(windows_.begin(), windows_.end(),
+                             [object](const WindowPointer& each) { return each.get() == object; });
             if (found != windows_.end()) {
                 std::rotate(found, found + 1, windows_.end());
             }
@@ -334,15 +333,14 @@ void Application::endWhenNothingIsOpen() {
 
 void Application::presentError(const QString& message, const QString& info) {
     QMLog::appendLog("%@. %@", message.toStdString(), info.toStdString());
-    auto* const box = new QMessageBox(QMessageBox::Warning, QStringLiteral("Vornic"), message,
-                                      QMessageBox::Ok);
+    auto* const box =
+        new QMessageBox(QMessageBox::Warning, QStringLiteral("Vornic"), message, QMessageBox::Ok);
     box->setObjectName(QStringLiteral("alert"));
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setTextFormat(Qt::PlainText);
     box->setInformativeText(info);
-    connect(box, &QMessageBox::finished, this, [this] {
-        platform::MainThread::perform([this] { endWhenNothingIsOpen(); });
-    });
+    connect(box, &QMessageBox::finished, this,
+            [this] { platform::MainThread::perform([this] { endWhenNothingIsOpen(); }); });
     box->setModal(false);
     box->show();
 }

@@ -1,12 +1,11 @@
 #ifndef VORNIC_DESKTOP_APPLICATION_H
 #define VORNIC_DESKTOP_APPLICATION_H
 
+#include <QObject>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include <QObject>
 
 #include "app/AppController.h"
 #include "app/ApplicationHost.h"

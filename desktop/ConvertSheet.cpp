@@ -1,10 +1,9 @@
 #include "desktop/ConvertSheet.h"
 
-#include <utility>
-
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "desktop/QtText.h"
 

@@ -1,16 +1,15 @@
 #ifndef VORNIC_DESKTOP_CONVERT_SHEET_H
 #define VORNIC_DESKTOP_CONVERT_SHEET_H
 
-#include <functional>
-#include <optional>
-#include <string>
-#include <string_view>
-
 #include <QComboBox>
 #include <QDialog>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
 
 namespace vornic {
 

@@ -1,12 +1,11 @@
 #include "desktop/DocumentMainWindow.h"
 
-#include <utility>
-
 #include <QCloseEvent>
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QMessageBox>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "desktop/QtText.h"
 #include "desktop/Sheet.h"
@@ -138,10 +137,11 @@ void DocumentMainWindow::saveReport() {
     if (chosen.isEmpty()) {
         return;
     }
+    report_->flush();
     ErrorSlot error;
     const std::string text = report_->toPlainText().toStdString() + "\n";
-    if (!platform::writeFileAtomically(pathFromQString(chosen), text,
-                                       platform::Durability::synced, error)) {
+    if (!platform::writeFileAtomically(pathFromQString(chosen), text, platform::Durability::synced,
+                                       error)) {
         beginAlertSheet("Unable to save the report",
                         error ? error->localizedDescription() : std::string());
     }
@@ -161,7 +161,7 @@ void DocumentMainWindow::makeKeyAndOrderFront() {
 }
 
 void DocumentMainWindow::clearReport() {
-    report_->clear();
+    report_->clearReport();
 }
 
 bool DocumentMainWindow::reportIsEmpty() const {
@@ -217,8 +217,8 @@ void DocumentMainWindow::showOutcome(RepairOutcome outcome) {
             setOutcome(QStringLiteral("✓"), tr("The file is sound."), "good");
             break;
         case RepairOutcome::repairedAndSwapped:
-            setOutcome(QStringLiteral("✓"),
-                       tr("Repaired. The original file is in the Trash."), "good");
+            setOutcome(QStringLiteral("✓"), tr("Repaired. The original file is in the Trash."),
+                       "good");
             break;
         case RepairOutcome::repairedNotSwapped:
             setOutcome(QStringLiteral("⚠"),
@@ -227,8 +227,7 @@ void DocumentMainWindow::showOutcome(RepairOutcome outcome) {
                        "warning");
             break;
         case RepairOutcome::unable:
-            setOutcome(QStringLiteral("✕"),
-                       tr("Unable to repair. The file is as it was."), "bad");
+            setOutcome(QStringLiteral("✕"), tr("Unable to repair. The file is as it was."), "bad");
             break;
         case RepairOutcome::cancelled:
             setOutcome(QStringLiteral("–"), tr("Cancelled. The file is as it was."), "neutral");
@@ -240,8 +239,7 @@ void DocumentMainWindow::showOutcome(RepairOutcome outcome) {
     }
 }
 
-void DocumentMainWindow::setOutcome(const QString& symbol, const QString& text,
-                                    const char* kind) {
+void DocumentMainWindow::setOutcome(const QString& symbol, const QString& text, const char* kind) {
     outcomeLabel_->setText(symbol + QStringLiteral("  ") + text);
     outcomeLabel_->setProperty("outcome", QString::fromLatin1(kind));
 }

@@ -1,16 +1,15 @@
 #ifndef VORNIC_DESKTOP_DOCUMENT_MAIN_WINDOW_H
 #define VORNIC_DESKTOP_DOCUMENT_MAIN_WINDOW_H
 
+#include <QLabel>
+#include <QMainWindow>
+#include <QPushButton>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
-
-#include <QLabel>
-#include <QMainWindow>
-#include <QPushButton>
 
 #include "desktop/ConvertSheet.h"
 #include "desktop/FindBar.h"

@@ -1,10 +1,10 @@
 #include "desktop/InstanceLink.h"
 
+#include <QLocalSocket>
 #include <chrono>
 #include <thread>
 #include <utility>
 
-#include <QLocalSocket>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -41,9 +41,8 @@ bool InstanceLink::makeFolder() const {
 }
 
 bool InstanceLink::lock() {
-    platform::FileDescriptor file(open((folder_ + "/lock").c_str(),
-                                       O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW,
-                                       S_IRUSR | S_IWUSR));
+    platform::FileDescriptor file(open(
+        (folder_ + "/lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
     if (!file || flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
         return false;
     }

@@ -1,11 +1,10 @@
 #ifndef VORNIC_DESKTOP_INSTANCE_LINK_H
 #define VORNIC_DESKTOP_INSTANCE_LINK_H
 
+#include <QLocalServer>
 #include <functional>
 #include <string>
 #include <vector>
-
-#include <QLocalServer>
 
 #include "platform/FileDescriptor.h"
 

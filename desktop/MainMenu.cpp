@@ -1,13 +1,12 @@
 #include "desktop/MainMenu.h"
 
-#include <functional>
-#include <utility>
-
 #include <QAction>
 #include <QCoreApplication>
 #include <QKeySequence>
 #include <QMenu>
 #include <QMenuBar>
+#include <functional>
+#include <utility>
 
 #include "desktop/Application.h"
 #include "desktop/QtText.h"
@@ -79,7 +78,9 @@ class MenuBuilder {
         addForDocument(menu, "fileSaveReport", tr("&Save Report…"), QKeySequence::Save,
                        [](DocumentMainWindow& window) { window.saveReport(); });
         addForDocument(menu, "fileShowInFileManager", tr("Show in &File Manager"), {},
-                       [application = &application_](DocumentMainWindow&) { application->showInFileManager(); });
+                       [application = &application_](DocumentMainWindow&) {
+                           application->showInFileManager();
+                       });
         add(menu, "fileShowTrash", tr("Show &Trash"), {},
             [application = &application_] { application->showTrash(); });
         menu.addSeparator();
@@ -187,9 +188,9 @@ class MenuBuilder {
         add(menu, "helpSuggestFeature", tr("Suggest a &Feature"), {},
             [&controller] { controller.helpSuggestFeature(); });
         menu.addSeparator();
-        add(menu, "helpAbout", tr("&About Vornic"), {},
-            [&controller] { controller.showAboutDialog(); })
-            .setMenuRole(QAction::AboutRole);
+        add(menu, "helpAbout", tr("&About Vornic"), {}, [&controller] {
+            controller.showAboutDialog();
+        }).setMenuRole(QAction::AboutRole);
     }
 
     QMainWindow& window_;

@@ -1,10 +1,9 @@
 #include "desktop/PreferencesWindow.h"
 
-#include <utility>
-
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "app/AppController.h"
 #include "platform/UserPreferences.h"
@@ -33,8 +32,7 @@ bool showsOpenPanel() {
 }  // namespace
 
 PreferencesWindow::PreferencesWindow(std::function<void(CheckBoxItem&)> toggleAdminPass)
-    : showOpenPanel_(
-          new QCheckBox(tr("Show the &open panel when the application starts"), this)),
+    : showOpenPanel_(new QCheckBox(tr("Show the &open panel when the application starts"), this)),
       adminPass_(new QCheckBox(tr("Require an administrator &password at the start"), this)) {
     setObjectName(QStringLiteral("preferencesWindow"));
     setWindowTitle(tr("Preferences"));
@@ -51,8 +49,8 @@ PreferencesWindow::PreferencesWindow(std::function<void(CheckBoxItem&)> toggleAd
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::hide);
     connect(showOpenPanel_, &QCheckBox::clicked, this, [](bool on) {
         ErrorSlot ignored;  // the box shows what is stored the next time
-        platform::UserPreferences().setValue(AppController::kShowOpenDialogPreference,
-                                             on ? 1 : 0, ignored);
+        platform::UserPreferences().setValue(AppController::kShowOpenDialogPreference, on ? 1 : 0,
+                                             ignored);
     });
     connect(adminPass_, &QCheckBox::clicked, this,
             [this, toggle = std::move(toggleAdminPass)] { toggle(*prefsAdminPass()); });

@@ -1,11 +1,10 @@
 #ifndef VORNIC_DESKTOP_PREFERENCES_WINDOW_H
 #define VORNIC_DESKTOP_PREFERENCES_WINDOW_H
 
-#include <functional>
-#include <memory>
-
 #include <QCheckBox>
 #include <QDialog>
+#include <functional>
+#include <memory>
 
 #include "app/CheckBoxItem.h"
 

@@ -1,10 +1,9 @@
 #include "desktop/ProgressSheet.h"
 
-#include <algorithm>
-#include <chrono>
-
 #include <QHBoxLayout>
 #include <QVBoxLayout>
+#include <algorithm>
+#include <chrono>
 
 #include "desktop/QtText.h"
 

@@ -1,16 +1,15 @@
 #ifndef VORNIC_DESKTOP_PROGRESS_SHEET_H
 #define VORNIC_DESKTOP_PROGRESS_SHEET_H
 
-#include <cstdint>
-#include <functional>
-#include <string_view>
-#include <utility>
-
 #include <QDialog>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTimer>
+#include <cstdint>
+#include <functional>
+#include <string_view>
+#include <utility>
 
 namespace vornic {
 

@@ -1,12 +1,11 @@
 #include "desktop/QtAlertPanel.h"
 
-#include <cstdint>
-#include <utility>
-
 #include <QCheckBox>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
+#include <cstdint>
+#include <utility>
 
 #include "desktop/QtText.h"
 #include "desktop/Sheet.h"
@@ -57,9 +56,8 @@ class QtAlertPanel : public AlertPanel {
         if (window != nullptr) {
             box.setParent(window, box.windowFlags() | Qt::Dialog);
         }
-        QObject::connect(&box, &QMessageBox::finished, [this, didEnd = std::move(didEnd)](int) {
-            didEnd(answer());
-        });
+        QObject::connect(&box, &QMessageBox::finished,
+                         [this, didEnd = std::move(didEnd)](int) { didEnd(answer()); });
         if (window != nullptr) {
             beginSheet(box);
         } else {
@@ -80,14 +78,14 @@ class QtAlertPanel : public AlertPanel {
 
   private:
     void addButtons(const AlertContents& contents) {
-        default_ = contents.defaultButtonTitle
-                       ? box_->addButton(toQString(*contents.defaultButtonTitle),
-                                         QMessageBox::AcceptRole)
-                       : box_->addButton(QMessageBox::Ok);
+        default_ =
+            contents.defaultButtonTitle
+                ? box_->addButton(toQString(*contents.defaultButtonTitle), QMessageBox::AcceptRole)
+                : box_->addButton(QMessageBox::Ok);
         box_->setDefaultButton(default_);
         if (contents.alternateButtonTitle) {
-            alternate_ = box_->addButton(toQString(*contents.alternateButtonTitle),
-                                         QMessageBox::RejectRole);
+            alternate_ =
+                box_->addButton(toQString(*contents.alternateButtonTitle), QMessageBox::RejectRole);
             box_->setEscapeButton(alternate_);
         } else {
             box_->setEscapeButton(default_);

@@ -1,10 +1,9 @@
 #include "desktop/QtRunLoop.h"
 
-#include <algorithm>
-#include <utility>
-
 #include <QEventLoop>
 #include <QTimer>
+#include <algorithm>
+#include <utility>
 
 namespace vornic {
 

@@ -1,11 +1,10 @@
 #ifndef VORNIC_DESKTOP_QT_TEXT_H
 #define VORNIC_DESKTOP_QT_TEXT_H
 
-#include <string>
-#include <string_view>
-
 #include <QFile>
 #include <QString>
+#include <string>
+#include <string_view>
 
 namespace vornic {
 

@@ -3,6 +3,8 @@
 #include <QEvent>
 #include <QScrollBar>
 #include <QTextBlock>
+#include <chrono>
+#include <utility>
 
 #include "desktop/QtText.h"
 
@@ -13,6 +15,9 @@ namespace {
 constexpr int kFontSize = 12;
 // Marks the text of an error, whose colour follows the palette.
 constexpr int kIsError = QTextFormat::UserProperty + 1;
+// Enough to be worth it, few enough for no pause to be felt.
+constexpr std::size_t kMostWaiting = 500;
+constexpr std::chrono::milliseconds kLongestWait{20};
 constexpr int kMiddleGray = 128;
 
 }  // namespace
@@ -27,36 +32,62 @@ ReportView::ReportView(QWidget* parent) : QPlainTextEdit(parent) {
     QFont plain = font();
     plain.setPointSize(kFontSize);
     setFont(plain);
+    clock_.setSingleShot(true);
+    connect(&clock_, &QTimer::timeout, this, [this] { flush(); });
 }
 
-// An entry is one block of the text: the line end that sets it apart from the one before is a break
-// inside the block, since a block costs far more memory than a line.
 void ReportView::append(std::string_view text, bool isError, bool isBold) {
+    waiting_.push_back({std::string(text), isError, isBold});
+    if (waiting_.size() >= kMostWaiting) {
+        flush();
+    } else if (!clock_.isActive()) {
+        clock_.start(kLongestWait);
+    }
+}
+
+void ReportView::clearReport() {
+    waiting_.clear();
+    clear();
+}
+
+void ReportView::flush() {
+    clock_.stop();
+    if (waiting_.empty()) {
+        return;
+    }
     QScrollBar* const bar = verticalScrollBar();
     const bool wasAtEnd = bar->value() == bar->maximum();
-    QTextCharFormat format;
-    format.setFontWeight(isBold ? QFont::Bold : QFont::Normal);
-    if (isError) {
-        format.setForeground(errorColor());
-        format.setProperty(kIsError, true);
-    }
     QTextCursor cursor(document());
     cursor.movePosition(QTextCursor::End);
     cursor.beginEditBlock();
-    if (text.starts_with("\n")) {
-        text.remove_prefix(1);
-        cursor.insertBlock();
+    for (const Entry& entry : std::exchange(waiting_, {})) {
+        insert(cursor, entry);
     }
-    QString entry = toQString(text);
-    entry.replace(QLatin1Char('\n'), QChar::LineSeparator);
-    cursor.insertText(entry, format);
     cursor.endEditBlock();
     if (wasAtEnd) {
         bar->setValue(bar->maximum());
     }
 }
 
+// An entry is one block of the text: the line end that sets it apart from the one before is a break
+// inside the block, since a block costs far more memory than a line.
+void ReportView::insert(QTextCursor& cursor, const Entry& entry) {
+    QTextCharFormat format;
+    format.setFontWeight(entry.isBold ? QFont::Bold : QFont::Normal);
+    if (entry.isError) {
+        format.setForeground(errorColor());
+        format.setProperty(kIsError, true);
+    }
+    std::string_view text = entry.text;
+    if (text.starts_with("\n")) {
+        text.remove_prefix(1);
+        cursor.insertBlock();
+    }
+    cursor.insertText(toQString(text).replace(QLatin1Char('\n'), QChar::LineSeparator), format);
+}
+
 bool ReportView::findText(const QString& text, bool backwards) {
+    flush();
     const QTextDocument::FindFlags flags =
         backwards ? QTextDocument::FindBackward : QTextDocument::FindFlags();
     if (text.isEmpty() || find(text, flags)) {

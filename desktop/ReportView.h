@@ -1,9 +1,11 @@
 #ifndef VORNIC_DESKTOP_REPORT_VIEW_H
 #define VORNIC_DESKTOP_REPORT_VIEW_H
 
-#include <string_view>
-
 #include <QPlainTextEdit>
+#include <QTimer>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace vornic {
 
@@ -14,9 +16,14 @@ class ReportView : public QPlainTextEdit {
   public:
     explicit ReportView(QWidget* parent);
 
-    /// Puts text at the end. While the end is in view it stays there.
+    /// Puts text at the end, on the screen within a fiftieth of a second. While the end is in view
+    /// it stays there.
     void append(std::string_view text, bool isError, bool isBold);
-    [[nodiscard]] bool isEmpty() const { return document()->isEmpty(); }
+    /// Takes all text away.
+    void clearReport();
+    [[nodiscard]] bool isEmpty() const { return waiting_.empty() && document()->isEmpty(); }
+    /// Puts what has been appended into the text now.
+    void flush();
 
     /// Selects the next place of a text, upper and lower case alike, from the selection on, and
     /// from the other end when there is none. @return false when it is nowhere.
@@ -26,8 +33,20 @@ class ReportView : public QPlainTextEdit {
     void changeEvent(QEvent* event) override;
 
   private:
+    // An entry that has yet to be put into the text: a change of the text makes the view measure
+    // what it shows, which is done once for many entries.
+    struct Entry {
+        std::string text;
+        bool isError;
+        bool isBold;
+    };
+
+    void insert(QTextCursor& cursor, const Entry& entry);
     [[nodiscard]] QColor errorColor() const;
     void recolorErrors();
+
+    std::vector<Entry> waiting_;
+    QTimer clock_;
 };
 
 }  // namespace vornic

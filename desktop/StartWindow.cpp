@@ -1,12 +1,11 @@
 #include "desktop/StartWindow.h"
 
-#include <utility>
-
 #include <QApplication>
 #include <QCloseEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "desktop/QtText.h"
 #include "desktop/RecentFiles.h"
@@ -24,9 +23,7 @@ constexpr int kIconSize = 64;
 
 StartWindow::StartWindow(std::function<void()> browse, std::function<void(const std::string&)> open,
                          std::function<void()> closed)
-    : open_(std::move(open)),
-      closed_(std::move(closed)),
-      recentFiles_(new QListWidget(this)) {
+    : open_(std::move(open)), closed_(std::move(closed)), recentFiles_(new QListWidget(this)) {
     setObjectName(QStringLiteral("startWindow"));
     setWindowTitle(QStringLiteral("Vornic"));
     setAcceptDrops(true);

@@ -1,11 +1,10 @@
 #ifndef VORNIC_DESKTOP_START_WINDOW_H
 #define VORNIC_DESKTOP_START_WINDOW_H
 
-#include <functional>
-#include <string>
-
 #include <QListWidget>
 #include <QMainWindow>
+#include <functional>
+#include <string>
 
 namespace vornic {
 

@@ -1,11 +1,11 @@
+#include <QApplication>
+#include <QIcon>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <vector>
 
-#include <QApplication>
-#include <QIcon>
 #include <unistd.h>
 
 #include "app/StandardStreams.h"

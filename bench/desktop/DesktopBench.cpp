@@ -2,6 +2,9 @@
 // during a repair, how much longer a repair takes than without a window, and what a long report
 // costs. Draws on whatever platform the toolkit is given (QT_QPA_PLATFORM=offscreen).
 
+#include <QApplication>
+#include <QScrollBar>
+#include <QTimer>
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -14,9 +17,6 @@
 #include <thread>
 #include <vector>
 
-#include <QApplication>
-#include <QScrollBar>
-#include <QTimer>
 #include <unistd.h>
 
 #include "bench/SampleProject.h"
@@ -58,8 +58,8 @@ class PauseWatch {
 };
 
 double median(std::vector<double> values) {
-    std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2),
-                     values.end());
+    std::nth_element(values.begin(),
+                     values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2), values.end());
     return values[values.size() / 2];
 }
 
@@ -86,8 +86,7 @@ struct Shown {
 Shown repairInWindow(const std::string& path) {
     const auto document = Document::create();
     document->setFilePath(path);
-    const auto window =
-        std::make_shared<DocumentMainWindow>(document, [](DocumentMainWindow&) {});
+    const auto window = std::make_shared<DocumentMainWindow>(document, [](DocumentMainWindow&) {});
     document->setWindow(window);
     window->show();
     QApplication::processEvents();
@@ -115,9 +114,10 @@ bool compareRepairs(const std::string& path, const char* what) {
     }
     const double ratio = median(shown) / median(headless);
     const double longest = *std::max_element(pauses.begin(), pauses.end());
-    std::printf("%-28s headless %7.1f ms, in a window %7.1f ms, ratio %.2f (at most 1.3); longest "
-                "pause %.1f ms (at most 50)\n",
-                what, median(headless), median(shown), ratio, longest);
+    std::printf(
+        "%-28s headless %7.1f ms, in a window %7.1f ms, ratio %.2f (at most 1.3); longest "
+        "pause %.1f ms (at most 50)\n",
+        what, median(headless), median(shown), ratio, longest);
     return ratio <= 1.3 && longest <= 50;
 }
 
@@ -155,9 +155,10 @@ bool measureReport(int lines) {
         slowest = std::max(slowest, Milliseconds(Clock::now() - begin).count());
     }
     const long used = residentMegabytes();
-    std::printf("report of %d entries: filled in %.0f ms, slowest scrolling %.1f ms, %ld MB more, "
-                "%ld MB in all (at most 300)\n",
-                lines, filled, slowest, used - before, used);
+    std::printf(
+        "report of %d entries: filled in %.0f ms, slowest scrolling %.1f ms, %ld MB more, "
+        "%ld MB in all (at most 300)\n",
+        lines, filled, slowest, used - before, used);
     return used <= 300 && slowest <= 50;
 }
 
