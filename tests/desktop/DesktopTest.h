@@ -1,0 +1,34 @@
+#ifndef VORNIC_TESTS_DESKTOP_DESKTOP_TEST_H
+#define VORNIC_TESTS_DESKTOP_DESKTOP_TEST_H
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <chrono>
+#include <functional>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/Sandbox.h"
+
+namespace vornic::test {
+
+/// Lets the event loop run until something holds. @return false when it does not within the limit.
+inline bool waitUntil(const std::function<bool()>& holds,
+                      std::chrono::milliseconds limit = std::chrono::seconds(20)) {
+    QElapsedTimer elapsed;
+    elapsed.start();
+    while (!holds()) {
+        if (elapsed.hasExpired(limit.count())) {
+            return false;
+        }
+        QApplication::processEvents(QEventLoop::AllEvents, 10);
+    }
+    return true;
+}
+
+/// Base class of tests with windows and a home folder of their own.
+class DesktopTest : public SandboxTest {};
+
+}  // namespace vornic::test
+
+#endif
