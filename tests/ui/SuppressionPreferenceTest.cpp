@@ -27,6 +27,14 @@ class SuppressionPreferenceTest : public ::testing::Test {
     }
 };
 
+TEST_F(SuppressionPreferenceTest, isStoredAsABoolean) {
+    SuppressionPreference("dontAsk").setTicked(true);
+    const auto stored = platform::UserPreferences().value("dontAsk");
+    ASSERT_TRUE(stored.has_value());
+    ASSERT_NE(stored->boolean(), nullptr);
+    EXPECT_TRUE(*stored->boolean());
+}
+
 TEST_F(SuppressionPreferenceTest, isNotTickedUntilThePreferenceIsSet) {
     EXPECT_FALSE(SuppressionPreference("dontAsk").isTicked());
 }
