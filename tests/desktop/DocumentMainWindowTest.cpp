@@ -1,0 +1,248 @@
+#include <QComboBox>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTest>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include "desktop/DocumentMainWindow.h"
+#include "platform/MainThread.h"
+#include "tests/desktop/DesktopTest.h"
+
+// Real documents in their windows.
+
+namespace vornic::test {
+namespace {
+
+constexpr const char* kSound =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n<xmeml version=\"5\">\n"
+    "    <sequence>\n        <name>Cut</name>\n    </sequence>\n</xmeml>\n";
+
+std::string damaged(std::string text) {
+    return text.replace(text.find("Cut"), 3, "C\x0But");
+}
+
+class DocumentMainWindowTest : public DesktopTest {
+  protected:
+    ~DocumentMainWindowTest() override {
+        if (document) {
+            document->close();
+            window->keepDocument(nullptr);
+        }
+        document.reset();
+        window.reset();
+        QApplication::processEvents();
+    }
+
+    void open(const std::string& path) {
+        document = Document::create();
+        document->setFilePath(path);
+        window = std::make_shared<DocumentMainWindow>(document,
+                                                      [this](DocumentMainWindow&) { ++closings; });
+        document->setWindow(window);
+        window->keepDocument(document);
+        window->show();
+        document->readFromURL(path, "", nullptr);
+    }
+
+    template <typename Widget>
+    Widget& child(const char* objectName) {
+        auto* const found = window->findChild<Widget*>(QString::fromLatin1(objectName));
+        EXPECT_NE(found, nullptr) << objectName;
+        return *found;
+    }
+
+    QMessageBox* alert() {
+        auto* const box = window->findChild<QMessageBox*>();
+        return box != nullptr && box->isVisible() ? box : nullptr;
+    }
+
+    // Waits for the end of a run and for its alert, which is answered.
+    QString alertAtTheEnd() {
+        EXPECT_TRUE(waitUntil([this] {
+            return !child<QLabel>("outcomeLabel").text().isEmpty() && alert() != nullptr;
+        }));
+        const QString text = alert() != nullptr ? alert()->text() : QString();
+        if (alert() != nullptr) {
+            QTest::keyClick(alert(), Qt::Key_Return);
+        }
+        return text;
+    }
+
+    QString report() {
+        window->report().flush();
+        return window->report().toPlainText();
+    }
+
+    std::shared_ptr<Document> document;
+    std::shared_ptr<DocumentMainWindow> window;
+    int closings = 0;
+};
+
+TEST_F(DocumentMainWindowTest, showsASoundFileAndItsOutcome) {
+    open(sandbox.write("My cut.xml", kSound));
+    EXPECT_EQ(alertAtTheEnd(), QStringLiteral("No repair was necessary"));
+    EXPECT_TRUE(report().startsWith(QStringLiteral("Starting repair for file ")));
+    EXPECT_TRUE(report().contains(QStringLiteral("...\n\nCreating temporary file...\n\n")));
+    EXPECT_TRUE(report().endsWith(
+        QStringLiteral("No repair was necessary. No critical errors were found in the file.")));
+    EXPECT_EQ(child<QLabel>("outcomeLabel").property("outcome").toString(), QStringLiteral("good"));
+    EXPECT_TRUE(window->windowTitle().startsWith(QStringLiteral("My cut.xml")));
+    EXPECT_EQ(child<QLabel>("fileNameLabel").text(), QStringLiteral("My cut.xml"));
+    EXPECT_TRUE(child<QLabel>("fileKindLabel").text().contains(QStringLiteral("XMEML")));
+    EXPECT_FALSE(window->progressSheetIsVisible());
+}
+
+TEST_F(DocumentMainWindowTest, repairsADamagedFile) {
+    const std::string path = sandbox.write("cut.xml", damaged(kSound));
+    open(path);
+    EXPECT_EQ(alertAtTheEnd(), QStringLiteral("The file was repaired successfully"));
+    EXPECT_EQ(readBytes(path), kSound);
+    EXPECT_EQ(child<QLabel>("outcomeLabel").property("outcome").toString(), QStringLiteral("good"));
+    EXPECT_TRUE(report().contains(QStringLiteral("Invalid character at byte 110 removed.")) ||
+                report().contains(QStringLiteral("removed.")));
+}
+
+TEST_F(DocumentMainWindowTest, tellsWhenItCannotRepair) {
+    const std::string path = sandbox.write("cut.xml", "<xmeml version=\"5\"><sequence>");
+    open(path);
+    EXPECT_EQ(alertAtTheEnd(), QStringLiteral("Unable to repair file"));
+    EXPECT_EQ(child<QLabel>("outcomeLabel").property("outcome").toString(), QStringLiteral("bad"));
+    EXPECT_EQ(readBytes(path), "<xmeml version=\"5\"><sequence>");
+}
+
+TEST_F(DocumentMainWindowTest, tellsTheKindOfAFinalCutProXFile) {
+    open(sandbox.write("cut.FCPXML", "<fcpxml/>"));
+    alertAtTheEnd();
+    EXPECT_TRUE(child<QLabel>("fileKindLabel").text().contains(QStringLiteral("FCPXML")));
+}
+
+TEST_F(DocumentMainWindowTest, repairsAgainByItsButton) {
+    const std::string path = sandbox.write("cut.xml", kSound);
+    open(path);
+    alertAtTheEnd();
+    sandbox.write("cut.xml", damaged(kSound));
+    EXPECT_TRUE(child<QPushButton>("repairBtn").isEnabled());
+    child<QPushButton>("repairBtn").click();
+    EXPECT_EQ(alertAtTheEnd(), QStringLiteral("The file was repaired successfully"));
+    EXPECT_EQ(readBytes(path), kSound);
+}
+
+TEST_F(DocumentMainWindowTest, tellsThatTheFileHasGone) {
+    const std::string path = sandbox.write("cut.xml", kSound);
+    open(path);
+    alertAtTheEnd();
+    ASSERT_EQ(std::remove(path.c_str()), 0);
+    child<QPushButton>("repairBtn").click();
+    EXPECT_TRUE(waitUntil([this] { return alert() != nullptr; }));
+    EXPECT_EQ(alert()->text(), QStringLiteral("Unable to locate file"));
+}
+
+TEST_F(DocumentMainWindowTest, closesAtOnceWhenNothingRuns) {
+    open(sandbox.write("cut.xml", kSound));
+    alertAtTheEnd();
+    EXPECT_TRUE(window->close());
+    EXPECT_EQ(closings, 1);
+}
+
+TEST_F(DocumentMainWindowTest, asksBeforeItClosesDuringARun) {
+    open(sandbox.write("cut.xml", kSound));
+    alertAtTheEnd();
+    document->startProgress();
+    for (const bool quits : {false, true}) {
+        platform::MainThread::performAfter(std::chrono::milliseconds(20), [this, quits] {
+            ASSERT_NE(alert(), nullptr);
+            EXPECT_EQ(alert()->text(),
+                      QStringLiteral("A repair is running. Are you sure you wish to quit?"));
+            EXPECT_EQ(alert()->informativeText(), QStringLiteral("This will cancel the repair."));
+            // Asked once, however often it is to be closed meanwhile.
+            EXPECT_FALSE(window->close());
+            QTest::keyClick(alert(), quits ? Qt::Key_Return : Qt::Key_Escape);
+        });
+        document->endProgress();
+        document->startProgress();
+        window->endProgressSheet();
+        EXPECT_EQ(window->close(), quits);
+    }
+    EXPECT_EQ(closings, 1);
+    document->endProgress();
+}
+
+TEST_F(DocumentMainWindowTest, showsTheVersionsOfTheFileInTheConversionDialog) {
+    open(sandbox.write("cut.xml", kSound));
+    alertAtTheEnd();
+    document->showConvertDialog();
+    auto& menu = child<QComboBox>("convertVersionPopUp");
+    EXPECT_TRUE(waitUntil([&menu] { return menu.isEnabled() && menu.count() > 4; }));
+    EXPECT_TRUE(child<QLabel>("convertCurVersion")
+                    .text()
+                    .startsWith(QStringLiteral("Current XML version: 5 (Final Cut Pro ")));
+    EXPECT_TRUE(window->hasAttachedSheet());
+    document->closeConvertDialog();
+    EXPECT_FALSE(window->hasAttachedSheet());
+}
+
+TEST_F(DocumentMainWindowTest, convertsTheFileToTheChosenVersion) {
+    const std::string path = sandbox.write("cut.xml", kSound);
+    open(path);
+    alertAtTheEnd();
+    document->showConvertDialog();
+    auto& menu = child<QComboBox>("convertVersionPopUp");
+    EXPECT_TRUE(waitUntil([&menu] { return menu.findData(QStringLiteral("4")) >= 0; }));
+    auto& button = child<QPushButton>("convertBtn");
+    EXPECT_TRUE(waitUntil([&button] { return button.isEnabled(); }));
+    menu.setCurrentIndex(menu.findData(QStringLiteral("4")));
+    button.click();
+    EXPECT_TRUE(waitUntil([this] {
+        return child<QLabel>("convertCurVersion")
+            .text()
+            .startsWith(QStringLiteral("Current XML version: 4"));
+    }));
+    EXPECT_NE(readBytes(path).find("<xmeml version=\"4\">"), std::string::npos);
+}
+
+TEST_F(DocumentMainWindowTest, showsNoDialogForAFileThatHasGone) {
+    const std::string path = sandbox.write("cut.xml", kSound);
+    open(path);
+    alertAtTheEnd();
+    ASSERT_EQ(std::remove(path.c_str()), 0);
+    document->showConvertDialog();
+    EXPECT_TRUE(waitUntil([this] { return alert() != nullptr; }));
+    EXPECT_EQ(alert()->text(), QStringLiteral("Unable to locate file"));
+    EXPECT_FALSE(child<QDialog>("windowConvert").isVisible());
+}
+
+TEST_F(DocumentMainWindowTest, keepsItsSizeForTheNextOne) {
+    open(sandbox.write("cut.xml", kSound));
+    alertAtTheEnd();
+    window->resize(701, 555);
+    EXPECT_TRUE(window->close());
+    DocumentMainWindow next(document, [](DocumentMainWindow&) {});
+    EXPECT_EQ(next.size(), QSize(701, 555));
+}
+
+TEST_F(DocumentMainWindowTest, isNotMadeWiderByALongName) {
+    const std::string name = std::string(200, 'n') + ".xml";
+    open(sandbox.write(name, kSound));
+    alertAtTheEnd();
+    EXPECT_LT(window->minimumSizeHint().width(), 600);
+    EXPECT_TRUE(child<QLabel>("fileNameLabel").text().contains(u'…'));
+    EXPECT_TRUE(child<QLabel>("fileNameLabel").toolTip().endsWith(QString::fromStdString(name)));
+}
+
+TEST_F(DocumentMainWindowTest, givesEveryControlANameForThoseWhoCannotSeeIt) {
+    open(sandbox.write("cut.xml", kSound));
+    alertAtTheEnd();
+    for (const char* const name :
+         {"infoText", "repairBtn", "progressBar", "progressCancelBtn", "progressStatusText",
+          "convertCurVersion", "convertDowngradeVersion", "convertVersionPopUp", "convertBtn",
+          "convertSpinner", "windowProgress", "windowConvert"}) {
+        EXPECT_FALSE(child<QWidget>(name).accessibleName().isEmpty()) << name;
+    }
+    EXPECT_EQ(window->objectName(), QStringLiteral("windowMain"));
+}
+
+}  // namespace
+}  // namespace vornic::test

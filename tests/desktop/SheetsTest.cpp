@@ -1,0 +1,151 @@
+#include <QComboBox>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTest>
+#include <optional>
+
+#include "desktop/ConvertSheet.h"
+#include "desktop/ProgressSheet.h"
+#include "desktop/Sheet.h"
+#include "tests/desktop/DesktopTest.h"
+
+// The progress sheet and the conversion dialog.
+
+namespace vornic::test {
+namespace {
+
+template <typename Widget>
+Widget& child(const QWidget& parent, const char* objectName) {
+    auto* const found = parent.findChild<Widget*>(QString::fromLatin1(objectName));
+    EXPECT_NE(found, nullptr) << objectName;
+    return *found;
+}
+
+class ProgressSheetTest : public DesktopTest {
+  protected:
+    QWidget window;
+    ProgressSheet::State state{0, 0};
+    int cancellations = 0;
+    ProgressSheet sheet{&window, [this] { return state; }, [this] { ++cancellations; }};
+    QProgressBar& bar = child<QProgressBar>(sheet, "progressBar");
+};
+
+TEST_F(ProgressSheetTest, isModalToItsWindowAlone) {
+    window.resize(600, 400);
+    window.show();
+    EXPECT_FALSE(hasSheet(window));
+    beginSheet(sheet);
+    EXPECT_TRUE(hasSheet(window));
+    EXPECT_EQ(sheet.windowModality(), Qt::WindowModal);
+    EXPECT_TRUE(window.geometry().contains(sheet.geometry().center()));
+    sheet.hide();
+    EXPECT_FALSE(hasSheet(window));
+}
+
+TEST_F(ProgressSheetTest, showsTheShareOfWhatIsDone) {
+    sheet.setIndeterminate(false);
+    sheet.setAnimated(true);
+    state = {4'000'000'000, 1'000'000'000};
+    EXPECT_TRUE(waitUntil([this] { return bar.value() * 4 == bar.maximum(); }));
+    state.second = state.first + 5;
+    EXPECT_TRUE(waitUntil([this] { return bar.value() == bar.maximum(); }));
+}
+
+TEST_F(ProgressSheetTest, isBusyWithoutAMeasureWhileIndeterminate) {
+    EXPECT_EQ(bar.maximum(), 0);
+    sheet.setIndeterminate(false);
+    EXPECT_GT(bar.maximum(), 0);
+    EXPECT_EQ(bar.value(), 0);
+    sheet.setIndeterminate(true);
+    EXPECT_EQ(bar.maximum(), 0);
+}
+
+TEST_F(ProgressSheetTest, cancelsByItsButtonAndByEscape) {
+    beginSheet(sheet);
+    QTest::keyClick(&sheet, Qt::Key_Escape);
+    EXPECT_EQ(cancellations, 1);
+    EXPECT_TRUE(sheet.isVisible());
+    child<QPushButton>(sheet, "progressCancelBtn").click();
+    EXPECT_EQ(cancellations, 2);
+    sheet.setCancelEnabled(false);
+    QTest::keyClick(&sheet, Qt::Key_Escape);
+    EXPECT_EQ(cancellations, 2);
+    EXPECT_TRUE(sheet.isVisible());
+}
+
+TEST_F(ProgressSheetTest, keepsALongLabelInside) {
+    beginSheet(sheet);
+    const int width = sheet.width();
+    const std::string path = "Starting repair for file /" + std::string(4000, 'x') + ".xml...";
+    sheet.setStatusText(path);
+    EXPECT_TRUE(waitUntil([] { return true; }));
+    EXPECT_EQ(sheet.width(), width);
+    EXPECT_EQ(child<QLabel>(sheet, "progressStatusText").toolTip().toStdString(), path);
+    sheet.setStatusText("Repairing...");
+    EXPECT_EQ(child<QLabel>(sheet, "progressStatusText").text(), QStringLiteral("Repairing..."));
+}
+
+class ConvertSheetTest : public DesktopTest {
+  protected:
+    QWidget window;
+    int conversions = 0;
+    int closings = 0;
+    ConvertSheet sheet{&window, [this] { ++conversions; }, [this] { ++closings; }};
+    QPushButton& button = child<QPushButton>(sheet, "convertBtn");
+    QComboBox& menu = child<QComboBox>(sheet, "convertVersionPopUp");
+};
+
+TEST_F(ConvertSheetTest, isEmptyAndDisabledAtFirst) {
+    EXPECT_FALSE(button.isEnabled());
+    EXPECT_FALSE(menu.isEnabled());
+    EXPECT_EQ(menu.count(), 0);
+    EXPECT_EQ(child<QLabel>(sheet, "convertCurVersion").text(), QString());
+    EXPECT_EQ(child<QLabel>(sheet, "convertDowngradeVersion").text(), QString());
+    EXPECT_EQ(sheet.selectedVersionKey(), std::nullopt);
+}
+
+TEST_F(ConvertSheetTest, knowsTheKeyOfTheChosenVersion) {
+    sheet.addVersion("5 (Final Cut Pro 6+)");
+    EXPECT_EQ(sheet.selectedVersionKey(), std::nullopt);
+    sheet.setLastVersionKey("5");
+    sheet.addVersion("4 (Final Cut Pro 5.1+)");
+    sheet.setLastVersionKey("4");
+    EXPECT_EQ(sheet.selectedVersionKey(), "5");
+    menu.setCurrentIndex(1);
+    EXPECT_EQ(sheet.selectedVersionKey(), "4");
+    sheet.removeAllVersions();
+    EXPECT_EQ(sheet.selectedVersionKey(), std::nullopt);
+}
+
+TEST_F(ConvertSheetTest, startsNoSecondConversionWhileItIsBusy) {
+    sheet.setButtonEnabled(true);
+    EXPECT_TRUE(button.isEnabled());
+    sheet.setSpinning(true);
+    EXPECT_FALSE(button.isEnabled());
+    button.click();
+    EXPECT_EQ(conversions, 0);
+    sheet.setSpinning(false);
+    button.click();
+    EXPECT_EQ(conversions, 1);
+}
+
+TEST_F(ConvertSheetTest, showsThatItIsBusy) {
+    beginSheet(sheet);
+    auto& spinner = child<QProgressBar>(sheet, "convertSpinner");
+    EXPECT_FALSE(spinner.isVisible());
+    sheet.setSpinning(true);
+    EXPECT_TRUE(spinner.isVisible());
+}
+
+TEST_F(ConvertSheetTest, isClosedByItsDocument) {
+    beginSheet(sheet);
+    QTest::keyClick(&sheet, Qt::Key_Escape);
+    EXPECT_EQ(closings, 1);
+    EXPECT_TRUE(sheet.isVisible());
+    child<QPushButton>(sheet, "convertCloseBtn").click();
+    EXPECT_EQ(closings, 2);
+}
+
+}  // namespace
+}  // namespace vornic::test
