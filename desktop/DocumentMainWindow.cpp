@@ -20,6 +20,26 @@ namespace {
 constexpr QSize kDefaultSize(760, 560);
 constexpr QSize kSmallestSize(420, 320);
 
+// One line of text that is shortened in the middle where there is no room for it, so that no text
+// makes the window wider.
+class ElidedLabel : public QLabel {
+  public:
+    ElidedLabel(QString text, QWidget* parent) : QLabel(parent), whole_(std::move(text)) {
+        setTextFormat(Qt::PlainText);
+        setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        setText(whole_);
+    }
+
+  protected:
+    void resizeEvent(QResizeEvent* event) override {
+        QLabel::resizeEvent(event);
+        setText(fontMetrics().elidedText(whole_, Qt::ElideMiddle, width()));
+    }
+
+  private:
+    QString whole_;
+};
+
 QString kindOf(const std::string& path) {
     return lowercased(pathExtension(path)) == "fcpxml"
                ? DocumentMainWindow::tr("Final Cut Pro X file (FCPXML)")
@@ -82,22 +102,19 @@ QWidget* DocumentMainWindow::makeHead() {
     auto* const column = new QVBoxLayout(head);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(2);
-    nameLabel_ = new QLabel(head);
-    nameLabel_->setObjectName(QStringLiteral("fileNameLabel"));
-    nameLabel_->setAccessibleName(tr("File"));
-    nameLabel_->setTextFormat(Qt::PlainText);
-    nameLabel_->setToolTip(pathToQString(path_));
-    // A name of any length must not make the window wider.
-    nameLabel_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    QFont large = nameLabel_->font();
+    auto* const name = new ElidedLabel(pathToQString(lastPathComponent(path_)), head);
+    name->setObjectName(QStringLiteral("fileNameLabel"));
+    name->setAccessibleName(tr("File"));
+    name->setToolTip(pathToQString(path_));
+    QFont large = name->font();
     large.setPointSizeF(large.pointSizeF() * 1.4);
     large.setBold(true);
-    nameLabel_->setFont(large);
-    kindLabel_ = new QLabel(kindOf(path_), head);
-    kindLabel_->setObjectName(QStringLiteral("fileKindLabel"));
-    kindLabel_->setAccessibleName(tr("Kind of file"));
-    column->addWidget(nameLabel_);
-    column->addWidget(kindLabel_);
+    name->setFont(large);
+    auto* const kind = new QLabel(kindOf(path_), head);
+    kind->setObjectName(QStringLiteral("fileKindLabel"));
+    kind->setAccessibleName(tr("Kind of file"));
+    column->addWidget(name);
+    column->addWidget(kind);
     return head;
 }
 
@@ -121,12 +138,6 @@ QWidget* DocumentMainWindow::makeFoot() {
     row->addWidget(outcomeLabel_, 1);
     row->addWidget(repairButton_);
     return foot;
-}
-
-void DocumentMainWindow::showName() {
-    const QString name = pathToQString(lastPathComponent(path_));
-    nameLabel_->setText(
-        nameLabel_->fontMetrics().elidedText(name, Qt::ElideMiddle, nameLabel_->width()));
 }
 
 void DocumentMainWindow::saveReport() {
@@ -308,23 +319,11 @@ void DocumentMainWindow::setConvertButtonEnabled(bool enabled) {
 void DocumentMainWindow::closeEvent(QCloseEvent* event) {
     const std::shared_ptr<Document> shown = document_.lock();
     event->ignore();
-    // Asked once, however often the close button is pressed meanwhile.
-    if (!shown || isAskingToClose_) {
-        return;
-    }
-    isAskingToClose_ = true;
-    const bool closes = shown->windowShouldClose();
-    isAskingToClose_ = false;
-    if (closes) {
+    if (shown && shown->windowShouldClose()) {
         event->accept();
         saveWindowSize(*this);
         closed_(*this);
     }
-}
-
-void DocumentMainWindow::resizeEvent(QResizeEvent* event) {
-    QMainWindow::resizeEvent(event);
-    showName();
 }
 
 }  // namespace vornic

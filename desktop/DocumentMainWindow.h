@@ -73,22 +73,17 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
 
   protected:
     void closeEvent(QCloseEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
 
   private:
     QWidget* makeHead();
     QWidget* makeFoot();
-    void showName();
     void setOutcome(const QString& symbol, const QString& text, const char* kind);
 
     std::weak_ptr<Document> document_;
     std::shared_ptr<Document> kept_;
     std::string path_;
     std::function<void(DocumentMainWindow&)> closed_;
-    bool isAskingToClose_ = false;
 
-    QLabel* nameLabel_ = nullptr;
-    QLabel* kindLabel_ = nullptr;
     QLabel* outcomeLabel_ = nullptr;
     QPushButton* repairButton_ = nullptr;
     ReportView* report_;
