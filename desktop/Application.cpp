@@ -23,6 +23,7 @@
 #include "platform/FileSystem.h"
 #include "platform/MainThread.h"
 #include "platform/WorkspaceOpener.h"
+#include "ui/QMSoftwareUpdate.h"
 
 namespace vornic {
 
@@ -82,6 +83,7 @@ void Application::launch(const std::vector<std::string>& paths) {
         controller_->applicationShouldOpenUntitledFile();
     }
     controller_->applicationDidFinishLaunching();
+    QMSoftwareUpdate().awakeFromNib();
     showStartWindow();
 }
 

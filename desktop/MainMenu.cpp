@@ -12,6 +12,7 @@
 #include "desktop/QtText.h"
 #include "desktop/RecentFiles.h"
 #include "foundation/Text.h"
+#include "ui/QMSoftwareUpdate.h"
 
 namespace vornic {
 
@@ -188,6 +189,8 @@ class MenuBuilder {
         add(menu, "helpSuggestFeature", tr("Suggest a &Feature"), {},
             [&controller] { controller.helpSuggestFeature(); });
         menu.addSeparator();
+        add(menu, "helpCheckForUpdates", tr("Check for &Updates…"), {},
+            [] { QMSoftwareUpdate().manualUpdateCheck(); });
         add(menu, "helpAbout", tr("&About Vornic"), {}, [&controller] {
             controller.showAboutDialog();
         }).setMenuRole(QAction::AboutRole);

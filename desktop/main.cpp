@@ -1,6 +1,6 @@
 #include <QApplication>
 #include <QIcon>
-#include <clocale>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -15,6 +15,7 @@
 #include "desktop/QtRunLoop.h"
 #include "foundation/QMLog.h"
 #include "platform/MainThread.h"
+#include "platform/Termination.h"
 #include "platform/Thread.h"
 
 namespace {
@@ -96,6 +97,7 @@ int main(int argc, char** argv) {
         vornic::platform::MainThread::shutdown();
         vornic::platform::joinDetachedThreads(kLongestEnd);
         vornic::QMLog::finishWriting();
+        vornic::platform::postWillTerminate();
     }
     vornic::platform::MainThread::setLoop(nullptr);
     return EXIT_SUCCESS;
