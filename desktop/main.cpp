@@ -17,6 +17,7 @@
 #include "platform/MainThread.h"
 #include "platform/Termination.h"
 #include "platform/Thread.h"
+#include "ui/CrashReports.h"
 
 namespace {
 
@@ -62,6 +63,7 @@ QIcon makeIcon() {
 
 int main(int argc, char** argv) {
     vornic::secureStandardStreams();
+    vornic::startCrashReports(vornic::kDesktopProgram);
     if (!hasDisplay()) {
         std::fputs(
             "vornic: There is no display to open a window on (DISPLAY and WAYLAND_DISPLAY are not "
