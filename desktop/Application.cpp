@@ -14,6 +14,7 @@
 
 #include <sys/stat.h>
 
+#include "desktop/AlertBox.h"
 #include "desktop/MainMenu.h"
 #include "desktop/QtText.h"
 #include "desktop/RecentFiles.h"

@@ -7,6 +7,7 @@
 #include <QVBoxLayout>
 #include <utility>
 
+#include "desktop/AlertBox.h"
 #include "desktop/QtText.h"
 #include "desktop/Sheet.h"
 #include "desktop/WindowSize.h"
@@ -253,14 +254,15 @@ void DocumentMainWindow::showOutcome(RepairOutcome outcome) {
 void DocumentMainWindow::setOutcome(const QString& symbol, const QString& text, const char* kind) {
     outcomeLabel_->setText(symbol + QStringLiteral("  ") + text);
     outcomeLabel_->setProperty("outcome", QString::fromLatin1(kind));
+    QFont bold = outcomeLabel_->font();
+    bold.setBold(true);
+    outcomeLabel_->setFont(bold);
 }
 
 void DocumentMainWindow::beginAlertSheet(std::string_view message, std::string_view info) {
     auto* const box = new QMessageBox(this);
-    box->setObjectName(QStringLiteral("alert"));
+    prepareAlertBox(*box);
     box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setTextFormat(Qt::PlainText);
-    box->setWindowTitle(QStringLiteral("Vornic"));
     box->setText(toQString(message));
     box->setInformativeText(toQString(info));
     box->setStandardButtons(QMessageBox::Ok);

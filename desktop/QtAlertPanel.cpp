@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "desktop/AlertBox.h"
 #include "desktop/QtText.h"
 #include "desktop/Sheet.h"
 #include "ui/SuppressionPreference.h"
@@ -22,11 +23,9 @@ constexpr std::int64_t kOtherReturn = -1;
 class QtAlertPanel : public AlertPanel {
   public:
     explicit QtAlertPanel(const AlertContents& contents) : box_(new QMessageBox) {
-        box_->setObjectName(QStringLiteral("alert"));
-        box_->setTextFormat(Qt::PlainText);
         box_->setText(toQString(contents.messageText));
         box_->setInformativeText(toQString(contents.informativeText));
-        box_->setWindowTitle(QStringLiteral("Vornic"));
+        prepareAlertBox(*box_);
         addButtons(contents);
     }
 
