@@ -15,8 +15,8 @@ namespace {
 /// The kind and the permission bits of what this user owns at a path; 0 when that is nothing.
 mode_t ownMode(const std::string& path) {
     struct stat status {};
-    const bool isOwn = lstat(path.c_str(), &status) == 0 && !S_ISLNK(status.st_mode) &&
-                       status.st_uid == geteuid();
+    const bool isOwn =
+        lstat(path.c_str(), &status) == 0 && !S_ISLNK(status.st_mode) && status.st_uid == geteuid();
     return isOwn ? status.st_mode : 0;
 }
 
