@@ -48,6 +48,14 @@ class AllowedFiles : public QSortFilterProxyModel {
     OpenPanelSettings settings_;
 };
 
+// Ends the document's life on the screen; a run that is going on ends at its next check point.
+void letGo(DocumentMainWindow& window) {
+    if (const auto document = window.document()) {
+        document->close();
+    }
+    window.keepDocument(nullptr);
+}
+
 std::vector<std::string> pathsOf(const QMimeData& data) {
     std::vector<std::string> paths;
     for (const QUrl& url : data.urls()) {
@@ -107,9 +115,7 @@ void Application::finish() {
     isEnding_ = true;
     controller_->applicationWillTerminate();
     for (const WindowPointer& window : std::exchange(windows_, {})) {
-        if (const auto document = window->document()) {
-            document->close();
-        }
+        letGo(*window);
     }
     preferences_.reset();
     about_.reset();
@@ -133,8 +139,7 @@ std::optional<std::vector<std::string>> Application::runOpenPanel(
                                                        : QFileDialog::ExistingFile);
     panel.setOption(QFileDialog::ReadOnly, !settings.canCreateDirectories);
     panel.setOption(QFileDialog::DontUseNativeDialog);
-    AllowedFiles allowed(settings);
-    panel.setProxyModel(&allowed);
+    panel.setProxyModel(new AllowedFiles(settings));  // which the panel owns
     ++openPanels_;
     const bool confirmed = panel.exec() == QDialog::Accepted;
     --openPanels_;
@@ -317,10 +322,7 @@ void Application::closeDocument(DocumentMainWindow& window) {
     }
     const WindowPointer closed = std::move(*found);
     windows_.erase(found);
-    if (const auto document = closed->document()) {
-        document->close();
-    }
-    closed->keepDocument(nullptr);
+    letGo(*closed);
     platform::MainThread::perform([this] { endWhenNothingIsOpen(); });
 }
 

@@ -1,0 +1,251 @@
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QLabel>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QTest>
+#include <QUrl>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "desktop/Application.h"
+#include "foundation/QMLog.h"
+#include "platform/MainThread.h"
+#include "platform/Thread.h"
+#include "platform/UserPreferences.h"
+#include "tests/desktop/DesktopTest.h"
+
+// The application with real documents.
+
+namespace vornic::test {
+namespace {
+
+constexpr const char* kSound =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n<xmeml version=\"5\">\n"
+    "    <sequence>\n        <name>Cut</name>\n    </sequence>\n</xmeml>\n";
+
+template <typename Widget>
+Widget* visible() {
+    for (QWidget* const widget : QApplication::allWidgets()) {
+        auto* const found = dynamic_cast<Widget*>(widget);
+        if (found != nullptr && found->isVisible()) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+class ApplicationTest : public DesktopTest {
+  protected:
+    ApplicationTest() { showOpenPanelAtStart(false); }
+    ~ApplicationTest() override {
+        application.finish();
+        platform::joinDetachedThreads(std::chrono::seconds(20));
+        QMLog::finishWriting();
+        while (platform::MainThread::dispatchOne(std::chrono::milliseconds(0))) {
+        }
+    }
+
+    void showOpenPanelAtStart(bool shows) {
+        ErrorSlot error;
+        EXPECT_TRUE(platform::UserPreferences().setValue(AppController::kShowOpenDialogPreference,
+                                                         shows ? 1 : 0, error));
+    }
+
+    // Opens a file and waits for the end of its repair; the alert is answered.
+    DocumentMainWindow* opened(const std::string& path) {
+        EXPECT_TRUE(application.openDocument(path));
+        DocumentMainWindow* const window = application.currentWindow();
+        auto* const outcome = window->findChild<QLabel*>(QStringLiteral("outcomeLabel"));
+        EXPECT_TRUE(waitUntil(
+            [&] { return !outcome->text().isEmpty() && visible<QMessageBox>() != nullptr; }));
+        QTest::keyClick(visible<QMessageBox>(), Qt::Key_Return);
+        return window;
+    }
+
+    static QAction* action(const QWidget& window, const char* id) {
+        auto* const found = window.findChild<QAction*>(QString::fromLatin1(id));
+        EXPECT_NE(found, nullptr) << id;
+        return found;
+    }
+
+    Application application;
+};
+
+TEST_F(ApplicationTest, offersToOpenSomethingWhenNothingIsOpen) {
+    application.launch({});
+    ASSERT_NE(visible<StartWindow>(), nullptr);
+    EXPECT_EQ(visible<QFileDialog>(), nullptr);
+    EXPECT_FALSE(application.hasKeyWindow());
+    EXPECT_EQ(application.currentDocument(), nullptr);
+}
+
+TEST_F(ApplicationTest, showsTheOpenPanelAndGoesOnWhenItIsCancelled) {
+    showOpenPanelAtStart(true);
+    platform::MainThread::performAfter(std::chrono::milliseconds(100), [this] {
+        QFileDialog* const panel = visible<QFileDialog>();
+        ASSERT_NE(panel, nullptr);
+        EXPECT_TRUE(application.hasKeyWindow());
+        EXPECT_EQ(panel->windowTitle(),
+                  QStringLiteral("Browse for a Final Cut Pro 7 or X XML file"));
+        EXPECT_EQ(panel->fileMode(), QFileDialog::ExistingFiles);
+        panel->reject();
+    });
+    application.launch({});
+    EXPECT_NE(visible<StartWindow>(), nullptr);
+}
+
+TEST_F(ApplicationTest, opensTheFilesThatItIsStartedWith) {
+    const std::string first = sandbox.write("a.xml", kSound);
+    const std::string second = sandbox.write("b.fcpxml", "<fcpxml/>");
+    application.launch({first, second});
+    EXPECT_EQ(visible<StartWindow>(), nullptr);
+    EXPECT_TRUE(application.hasKeyWindow());
+    ASSERT_NE(application.currentDocument(), nullptr);
+    EXPECT_EQ(application.currentDocument()->filePath(), second);
+}
+
+TEST_F(ApplicationTest, opensAFileOnce) {
+    application.launch({});
+    const std::string path = sandbox.write("a.xml", kSound);
+    DocumentMainWindow* const window = opened(path);
+    EXPECT_TRUE(application.openDocument(sandbox.path("./a.xml")));
+    EXPECT_EQ(application.currentWindow(), window);
+}
+
+TEST_F(ApplicationTest, tellsThatAFileCannotBeOpened) {
+    application.launch({});
+    EXPECT_FALSE(application.openDocument(sandbox.path("gone.xml")));
+    ASSERT_NE(visible<QMessageBox>(), nullptr);
+    EXPECT_TRUE(visible<QMessageBox>()->text().contains(QStringLiteral("gone.xml")));
+    visible<QMessageBox>()->close();
+    EXPECT_FALSE(application.openDocument(sandbox.folder()));
+    ASSERT_NE(visible<QMessageBox>(), nullptr);
+    visible<QMessageBox>()->close();
+    EXPECT_EQ(application.currentWindow(), nullptr);
+}
+
+TEST_F(ApplicationTest, givesEveryCommandAnIdOfItsOwn) {
+    application.launch({});
+    DocumentMainWindow* const window = opened(sandbox.write("a.xml", kSound));
+    std::set<QString> ids;
+    for (const QAction* const menu : window->menuBar()->actions()) {
+        for (const QAction* const item : menu->menu()->actions()) {
+            if (!item->isSeparator() && item->menu() == nullptr) {
+                EXPECT_FALSE(item->objectName().isEmpty()) << item->text().toStdString();
+                EXPECT_TRUE(ids.insert(item->objectName()).second);
+            }
+        }
+    }
+    for (const char* const id :
+         {"fileOpen", "toolsRepair", "toolsConvert", "troubleshootingViewLog",
+          "troubleshootingViewTaskLog", "troubleshootingGatherLogs", "helpUserManual",
+          "helpSuiteHome", "helpReportBug", "helpSuggestFeature", "helpSupport", "helpQMHome",
+          "helpAbout", "editPreferences"}) {
+        EXPECT_EQ(ids.count(QString::fromLatin1(id)), 1U) << id;
+    }
+}
+
+TEST_F(ApplicationTest, convertsOnlyFilesOfFinalCutPro7) {
+    application.launch({});
+    DocumentMainWindow* window = opened(sandbox.write("a.xml", kSound));
+    action(*window, "toolsConvert")->trigger();
+    EXPECT_TRUE(window->hasAttachedSheet());
+    window->document()->closeConvertDialog();
+    window = opened(sandbox.write("b.fcpxml", "<fcpxml/>"));
+    action(*window, "toolsConvert")->trigger();
+    EXPECT_FALSE(window->hasAttachedSheet());
+}
+
+TEST_F(ApplicationTest, opensWhatIsDroppedOnAWindow) {
+    application.launch({});
+    const std::string path = sandbox.write("a b.xml", kSound);
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(QString::fromStdString(path))});
+    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(visible<StartWindow>(), &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(visible<StartWindow>(), &drop);
+    EXPECT_TRUE(drop.isAccepted());
+    ASSERT_TRUE(waitUntil([this] { return application.currentWindow() != nullptr; }));
+    EXPECT_EQ(application.currentDocument()->filePath(), path);
+    EXPECT_EQ(visible<StartWindow>(), nullptr);
+}
+
+TEST_F(ApplicationTest, opensTheFilesOfALaterStart) {
+    application.launch({});
+    const std::string path = sandbox.write("a.xml", kSound);
+    application.receive({path});
+    ASSERT_NE(application.currentDocument(), nullptr);
+    EXPECT_EQ(application.currentDocument()->filePath(), path);
+}
+
+TEST_F(ApplicationTest, knowsTheWindowInFront) {
+    application.launch({});
+    DocumentMainWindow* const first = opened(sandbox.write("a.xml", kSound));
+    DocumentMainWindow* const second = opened(sandbox.write("b.xml", kSound));
+    EXPECT_EQ(application.currentWindow(), second);
+    QEvent activation(QEvent::WindowActivate);
+    QApplication::sendEvent(first, &activation);
+    EXPECT_EQ(application.currentWindow(), first);
+}
+
+TEST_F(ApplicationTest, forgetsAClosedDocument) {
+    application.launch({});
+    DocumentMainWindow* const window = opened(sandbox.write("a.xml", kSound));
+    const std::weak_ptr<Document> document = window->document();
+    EXPECT_TRUE(window->close());
+    EXPECT_EQ(application.currentWindow(), nullptr);
+    EXPECT_TRUE(waitUntil([&document] { return document.expired(); }));
+}
+
+TEST_F(ApplicationTest, survivesTheClosingOfADocumentThatIsBeingRepaired) {
+    application.launch({});
+    std::string large =
+        "<?xml version=\"1.0\"?>\n<!DOCTYPE xmeml>\n<xmeml version=\"5\"><sequence>";
+    for (int clip = 0; clip < 200000; ++clip) {
+        large += "<name>Cut</name>";
+    }
+    const std::string path = sandbox.write("a.xml", large + "</sequence></xmeml>");
+    EXPECT_TRUE(application.openDocument(path));
+    const std::weak_ptr<Document> document = application.currentDocument();
+    application.finish();
+    EXPECT_TRUE(waitUntil([&document] { return document.expired(); }));
+    EXPECT_EQ(readBytes(path).size(), large.size() + 19);
+    EXPECT_FALSE(exists(sandbox.path("a-backup.xml")));
+}
+
+TEST_F(ApplicationTest, storesPreferencesAtOnce) {
+    application.launch({});
+    application.showPreferences();
+    auto* const window = visible<PreferencesWindow>();
+    ASSERT_NE(window, nullptr);
+    auto* const box = window->findChild<QCheckBox*>(QStringLiteral("prefsShowOpenPanel"));
+    ASSERT_NE(box, nullptr);
+    EXPECT_FALSE(box->isChecked());
+    box->click();
+    const auto stored = platform::UserPreferences().value(AppController::kShowOpenDialogPreference);
+    EXPECT_EQ(stored, platform::PropertyList(1));
+}
+
+TEST_F(ApplicationTest, showsTheAboutPanel) {
+    application.launch({});
+    application.controller().showAboutDialog();
+    auto* const about = visible<AboutWindow>();
+    ASSERT_NE(about, nullptr);
+    EXPECT_EQ(about->windowTitle(), QStringLiteral("About Vornic"));
+    EXPECT_EQ(about->findChild<QLabel*>(QStringLiteral("appNameLabel"))->text(),
+              QStringLiteral("Vornic"));
+    EXPECT_TRUE(about->findChild<QLabel*>(QStringLiteral("verLabel"))
+                    ->text()
+                    .contains(QStringLiteral(")\n\nBrindle Tools ")));
+    EXPECT_FALSE(
+        about->findChild<QTextEdit*>(QStringLiteral("creditsTextView"))->toPlainText().isEmpty());
+}
+
+}  // namespace
+}  // namespace vornic::test
