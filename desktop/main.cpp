@@ -32,6 +32,15 @@ bool hasDisplay() {
     return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY") || isSet("QT_QPA_PLATFORM");
 }
 
+// Ends the program, which has nothing to lose yet, with what the toolkit says and without a crash.
+void refuseToStart(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text) {
+    if (type == QtFatalMsg) {
+        std::fprintf(stderr, "vornic: No window can be opened. %s\n",
+                     qPrintable(text.section(u'\n', 0, 0)));
+        std::_Exit(EXIT_FAILURE);
+    }
+}
+
 // The files that the program is started with, as bytes, whatever the locale makes of them. What
 // begins with a hyphen, and the toolkit's own options, are none, but for what follows "--".
 std::vector<std::string> filesOf(int argc, char** argv) {
@@ -71,7 +80,9 @@ int main(int argc, char** argv) {
             stderr);
         return EXIT_FAILURE;
     }
+    qInstallMessageHandler(refuseToStart);
     QApplication toolkit(argc, argv);
+    qInstallMessageHandler(nullptr);
     QApplication::setApplicationName(QStringLiteral("Vornic"));
     QApplication::setDesktopFileName(QStringLiteral("com.quillmark.Vornic"));
     QApplication::setWindowIcon(makeIcon());

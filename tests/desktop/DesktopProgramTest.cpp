@@ -1,0 +1,133 @@
+#include <chrono>
+#include <csignal>
+#include <string>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/ProgramRunner.h"
+#include "tests/support/Sandbox.h"
+#include "tests/support/VirtualScreen.h"
+
+// The built program in a real window on a display server of its own.
+
+namespace vornic::test {
+namespace {
+
+using ::testing::HasSubstr;
+
+constexpr const char* kDamaged =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n<xmeml version=\"5\">\n"
+    "    <sequence>\n        <name>C\vut</name>\n    </sequence>\n</xmeml>\n";
+constexpr const char* kTool = "/usr/bin/xdotool";
+
+class DesktopProgramTest : public SandboxTest {
+  protected:
+    [[nodiscard]] ProgramSettings settings(const std::string& display,
+                                           std::vector<std::string> arguments) const {
+        ProgramSettings program{.program = VORNIC_DESKTOP_PROGRAM,
+                                .arguments = std::move(arguments),
+                                .environment = {"HOME=" + sandbox.home(), "PATH=/usr/bin:/bin",
+                                                "TMPDIR=" + sandbox.folder(), "LANG=C.UTF-8"}};
+        if (!display.empty()) {
+            program.environment.push_back("DISPLAY=" + display);
+        }
+        return program;
+    }
+
+    // Runs xdotool. @return what it prints; "" when it fails.
+    [[nodiscard]] std::string act(const std::string& display,
+                                  std::vector<std::string> arguments) const {
+        const ProgramResult result =
+            RunningProgram({.program = kTool,
+                            .arguments = std::move(arguments),
+                            .environment = {"DISPLAY=" + display, "PATH=/usr/bin:/bin"}})
+                .finish();
+        return result.status == 0 ? result.output : "";
+    }
+
+    // Waits for a window whose title holds a text. @return its number; "" when it does not come.
+    [[nodiscard]] std::string windowNamed(const std::string& display,
+                                          const std::string& name) const {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        while (std::chrono::steady_clock::now() < deadline) {
+            const std::string found = act(display, {"search", "--onlyvisible", "--name", name});
+            if (!found.empty()) {
+                return found.substr(0, found.find('\n'));
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        }
+        return "";
+    }
+
+    // Presses a key in a window until the program has ended. @return false when it does not.
+    bool pressUntil(const std::string& display, const std::string& window, const std::string& key,
+                    const std::string& goneName) const {
+        for (int attempt = 0; attempt < 100; ++attempt) {
+            static_cast<void>(act(display, {"windowfocus", window, "key", key}));
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            if (act(display, {"search", "--onlyvisible", "--name", goneName}).empty()) {
+                return true;
+            }
+        }
+        return false;
+    }
+};
+
+TEST_F(DesktopProgramTest, tellsThatThereIsNoDisplay) {
+    const ProgramResult result = RunningProgram(settings("", {})).finish();
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.errors, HasSubstr("There is no display"));
+}
+
+TEST_F(DesktopProgramTest, tellsThatItsDisplayCannotBeReached) {
+    const ProgramResult result = RunningProgram(settings(":4711", {})).finish();
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.errors, HasSubstr("vornic: No window can be opened."));
+    EXPECT_FALSE(exists(sandbox.home() + "/.local/share/quillmark/Logs/DiagnosticReports"));
+}
+
+class RealWindowTest : public DesktopProgramTest {
+  protected:
+    void SetUp() override {
+        if (!screen.display() || !exists(kTool)) {
+            GTEST_SKIP() << "needs Xvfb and xdotool";
+        }
+        display = *screen.display();
+    }
+
+    VirtualScreen screen{sandbox.path("display")};
+    std::string display;
+};
+
+TEST_F(RealWindowTest, repairsTheFileThatItIsStartedWithAndQuits) {
+    const std::string path = sandbox.write("cut.xml", kDamaged);
+    RunningProgram program(settings(display, {path}));
+    const std::string alert = windowNamed(display, "^Vornic$");
+    ASSERT_NE(alert, "");
+    std::string sound = kDamaged;
+    sound.erase(sound.find('\v'), 1);
+    EXPECT_EQ(readBytes(path), sound);
+    EXPECT_EQ(readBytes(sandbox.home() + "/.Trash/cut.xml"), kDamaged);
+    EXPECT_TRUE(pressUntil(display, alert, "Return", "^Vornic$"));
+    const std::string window = windowNamed(display, "cut.xml");
+    EXPECT_TRUE(pressUntil(display, window, "ctrl+q", "cut.xml"));
+    const ProgramResult result = program.finish();
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.signal, 0);
+}
+
+TEST_F(RealWindowTest, takesTheFilesOfALaterStart) {
+    RunningProgram first(settings(display, {sandbox.write("one.xml", kDamaged)}));
+    ASSERT_NE(windowNamed(display, "one.xml"), "");
+    const std::string path = sandbox.write("two.xml", kDamaged);
+    const ProgramResult second = RunningProgram(settings(display, {path})).finish();
+    EXPECT_EQ(second.status, 0);
+    EXPECT_NE(windowNamed(display, "two.xml"), "");
+    first.sendSignal(SIGTERM);
+    first.finish();
+}
+
+}  // namespace
+}  // namespace vornic::test
