@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-/// Desktop entries (freedesktop Desktop Entry Specification 1.5): how installed applications are
+/// Desktop entries (freedesktop, version 1.5): how installed applications are
 /// started. Any thread.
 namespace vornic::platform {
 
