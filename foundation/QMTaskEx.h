@@ -156,6 +156,8 @@ class QMTaskEx : public std::enable_shared_from_this<QMTaskEx> {
     template <typename Result>
     Result runWithin(const std::string& path, Timeout timeout, Result neutral,
                      const std::function<Result()>& run);
+    bool handOn(const std::string& chunk, const std::shared_ptr<platform::Process>& ofRun);
+    void endRun(const std::shared_ptr<platform::Process>& process);
     void startReception(const std::shared_ptr<platform::Process>& process, Reception reception);
     [[nodiscard]] Reception reception() const;
 

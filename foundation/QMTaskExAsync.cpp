@@ -14,12 +14,6 @@ using platform::StandardStream;
 
 namespace {
 
-TaskNotification wrap(std::string chunk) {
-    TaskNotification notification;
-    notification.userInfo.emplace(kFileHandleNotificationDataItem, std::move(chunk));
-    return notification;
-}
-
 void logException(const platform::Exception& exception) {
     QMLog::appendLogAndPrint("Exception: %@", exception.reason());
 }
@@ -60,8 +54,8 @@ void QMTaskEx::startReception(const std::shared_ptr<Process>& process, Reception
     {
         const std::lock_guard lock(mutex_);
         std::swap(reception_, reception);
+        theTask_.set(process);
     }
-    theTask_.set(process);
     if (reception.reader) {
         // The run that this one takes the place of ends.
         reception.reader->close();
@@ -83,15 +77,14 @@ void QMTaskEx::launchAsyncTask() {
     }
     try {
         process->launch();
-        std::string chunk = reader->readAvailable();
-        // Once the owner has ended this run, another one may have begun on the instance.
-        while (!chunk.empty() && theTask_.process() == process) {
-            asyncTaskReturnData(wrap(std::move(chunk)));
-            chunk = reader->readAvailable();
+        bool hasEnded = false;
+        bool isCurrent = true;
+        while (!hasEnded && isCurrent) {
+            const std::string chunk = reader->readAvailable();
+            hasEnded = chunk.empty();
+            isCurrent = handOn(chunk, process);
         }
-        if (theTask_.process() == process) {
-            asyncTaskReturnData(wrap(""));
-        } else {
+        if (!isCurrent) {
             // It may have been ended before the launch.
             process->terminate();
         }
@@ -102,8 +95,21 @@ void QMTaskEx::launchAsyncTask() {
 
 void QMTaskEx::asyncTaskReturnData(const TaskNotification& notification) {
     const auto item = notification.userInfo.find(kFileHandleNotificationDataItem);
-    const std::string chunk = item != notification.userInfo.end() ? item->second : "";
-    const Reception current = reception();
+    static_cast<void>(
+        handOn(item != notification.userInfo.end() ? item->second : "", theTask_.process()));
+}
+
+// Hands what a run has written on to the delegate, and ends the run when that is nothing.
+// Returns false when the run has been ended: another one may have begun on the instance.
+bool QMTaskEx::handOn(const std::string& chunk, const std::shared_ptr<Process>& ofRun) {
+    Reception current;
+    {
+        const std::lock_guard lock(mutex_);
+        if (theTask_.process() != ofRun) {
+            return false;
+        }
+        current = reception_;
+    }
     const std::shared_ptr<TaskDelegate> delegate = current.delegate.lock();
     TaskDelegate::Operation operation;
     if (delegate && !current.selector.empty()) {
@@ -113,23 +119,31 @@ void QMTaskEx::asyncTaskReturnData(const TaskNotification& notification) {
         operation(chunk, *this, current.object.has_value() ? &current.object : nullptr);
     }
     if (chunk.empty()) {
-        terminateAsyncTask();
+        endRun(ofRun);
     }
+    return true;
 }
 
 void QMTaskEx::terminateAsyncTask() {
+    endRun(theTask_.process());
+}
+
+void QMTaskEx::endRun(const std::shared_ptr<Process>& process) {
     Reception ended;
     {
         const std::lock_guard lock(mutex_);
+        if (theTask_.process() != process) {
+            return;
+        }
         std::swap(reception_, ended);
+        theTask_.set(nullptr);
     }
     if (ended.reader) {
         ended.reader->close();
     }
-    if (const std::shared_ptr<Process> process = theTask_.process()) {
+    if (process) {
         process->terminate();
     }
-    theTask_.set(nullptr);
 }
 
 std::any QMTaskEx::object() const {
