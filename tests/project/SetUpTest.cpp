@@ -270,15 +270,6 @@ TEST_F(SetUpScripts, repairsFilesOfTheCallersFolderThroughALink) {
     EXPECT_EQ(result.output, "<" + sandbox.folder() + ">\n<a file.xml>\n<--quiet>\n<b'.xml>\n");
 }
 
-TEST_F(SetUpScripts, saysThatThereIsNoDesktopProgram) {
-    fakeBuildTools();
-    const ProgramResult result = run(checkout_ + "/run", {"--desktop", "a.xml"});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_NE(result.errors.find("run: there is no desktop program in this version yet"),
-              std::string::npos)
-        << result.errors;
-}
-
 TEST_F(SetUpScripts, startsTheDesktopProgramThroughTheEntryPoint) {
     fakeBuildTools();
     fakeProgram("vornic");
