@@ -61,9 +61,12 @@ class Comparison {
         for (const auto& [megabytes, runs] : {std::pair{1, 21}, {10, 11}, {50, 5}, {200, 5}}) {
             const std::string size = std::to_string(megabytes) + " MB";
             const std::string file = make(size, {.bytes = megabytes * kMegabyte});
-            compare(
-                {"repair a sound file, " + size, repairSound(file), format(file), 0.6, true, runs});
-            compare({"convert 5 to 4, " + size, convert(file, 4), format(file), 0.4, false, runs});
+            // The aims are set for 50 MB; no size is to be slower than the rival.
+            const bool isMeasure = megabytes == 50;
+            compare({"repair a sound file, " + size, repairSound(file), format(file),
+                     isMeasure ? 0.6 : 1, true, runs});
+            compare({"convert 5 to 4, " + size, convert(file, 4), format(file), isMeasure ? 0.4 : 1,
+                     false, runs});
         }
         const std::string version4 =
             make("50 MB, version 4", {.bytes = 50 * kMegabyte, .version = 4});
