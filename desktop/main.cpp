@@ -35,8 +35,8 @@ bool hasDisplay() {
 // Ends the program, which has nothing to lose yet, with what the toolkit says and without a crash.
 void refuseToStart(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text) {
     if (type == QtFatalMsg) {
-        std::fprintf(stderr, "vornic: No window can be opened. %s\n",
-                     qPrintable(text.section(u'\n', 0, 0)));
+        static_cast<void>(std::fprintf(stderr, "vornic: No window can be opened. %s\n",
+                                       qPrintable(text.section(u'\n', 0, 0))));
         std::_Exit(EXIT_FAILURE);
     }
 }
@@ -46,7 +46,7 @@ void refuseToStart(QtMsgType type, const QMessageLogContext& /*context*/, const 
 std::vector<std::string> filesOf(int argc, char** argv) {
     std::vector<std::string> paths;
     char* const folder = getcwd(nullptr, 0);
-    const std::string workingFolder = folder != nullptr ? folder : "";
+    const std::string workingFolder = std::string(folder != nullptr ? folder : "") + "/";
     std::free(folder);  // NOLINT(cppcoreguidelines-no-malloc): getcwd allocates
     bool onlyFiles = false;
     for (int i = 1; i < argc; ++i) {
@@ -54,7 +54,7 @@ std::vector<std::string> filesOf(int argc, char** argv) {
         if (!onlyFiles && argument == "--") {
             onlyFiles = true;
         } else if (!argument.empty() && (onlyFiles || argument.front() != '-')) {
-            paths.push_back(argument.front() == '/' ? argument : workingFolder + "/" + argument);
+            paths.push_back(argument.front() == '/' ? argument : workingFolder + argument);
         }
     }
     return paths;
@@ -74,10 +74,10 @@ int main(int argc, char** argv) {
     vornic::secureStandardStreams();
     vornic::startCrashReports(vornic::kDesktopProgram);
     if (!hasDisplay()) {
-        std::fputs(
+        static_cast<void>(std::fputs(
             "vornic: There is no display to open a window on (DISPLAY and WAYLAND_DISPLAY are not "
             "set).\nTo repair files without one: vornic-repair FILE...\n",
-            stderr);
+            stderr));
         return EXIT_FAILURE;
     }
     qInstallMessageHandler(refuseToStart);
