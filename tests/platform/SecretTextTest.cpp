@@ -41,7 +41,7 @@ TEST(SecretTextTest, holdsAText) {
 }
 
 TEST(SecretTextTest, isNeitherDumpedNorInherited) {
-#ifdef __SANITIZE_ADDRESS__
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "the sanitizer takes the locking of memory for a wish";
 #endif
     const SecretText secret("open sesame");
