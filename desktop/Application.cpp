@@ -338,16 +338,17 @@ void Application::endWhenNothingIsOpen() {
 
 void Application::presentError(const QString& message, const QString& info) {
     QMLog::appendLog("%@. %@", message.toStdString(), info.toStdString());
-    auto* const box =
-        new QMessageBox(QMessageBox::Warning, QStringLiteral("Vornic"), message, QMessageBox::Ok);
-    box->setObjectName(QStringLiteral("alert"));
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setTextFormat(Qt::PlainText);
+    auto box = std::make_unique<QMessageBox>();
+    prepareAlertBox(*box);
+    box->setText(message);
     box->setInformativeText(info);
-    connect(box, &QMessageBox::finished, this,
-            [this] { platform::MainThread::perform([this] { endWhenNothingIsOpen(); }); });
+    box->setStandardButtons(QMessageBox::Ok);
     box->setModal(false);
-    box->show();
+    connect(box.get(), &QMessageBox::finished, this,
+            [this] { platform::MainThread::perform([this] { endWhenNothingIsOpen(); }); });
+    // From here on it belongs to the screen.
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box.release()->show();
 }
 
 void Application::openInFileManager(const std::string& folder) {
