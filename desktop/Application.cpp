@@ -3,18 +3,19 @@
 #include <QApplication>
 #include <QDragEnterEvent>
 #include <QDropEvent>
-#include <QFileDialog>
 #include <QFileSystemModel>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QSortFilterProxyModel>
 #include <QUrl>
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include <sys/stat.h>
 
 #include "desktop/AlertBox.h"
+#include "desktop/FileManager.h"
 #include "desktop/MainMenu.h"
 #include "desktop/QtText.h"
 #include "desktop/RecentFiles.h"
@@ -56,6 +57,13 @@ void letGo(DocumentMainWindow& window) {
     window.keepDocument(nullptr);
 }
 
+// Whether an object is a window or a panel, unlike menus and tool tips.
+bool isWindow(const QObject& object) {
+    const auto* const widget = qobject_cast<const QWidget*>(&object);
+    return widget != nullptr &&
+           (widget->windowType() == Qt::Window || widget->windowType() == Qt::Dialog);
+}
+
 std::vector<std::string> pathsOf(const QMimeData& data) {
     std::vector<std::string> paths;
     for (const QUrl& url : data.urls()) {
@@ -85,25 +93,39 @@ void Application::launch(const std::vector<std::string>& paths) {
     if (controller_->isTerminating()) {
         return;
     }
-    for (const std::string& path : paths) {
-        controller_->applicationOpenFile(path);
-    }
-    if (paths.empty()) {
+    mayOpen_ = true;
+    std::vector<std::string> all = paths;
+    std::move(waiting_.begin(), waiting_.end(), std::back_inserter(all));
+    openDocuments(all);
+    if (all.empty()) {
         controller_->applicationShouldOpenUntitledFile();
     }
     controller_->applicationDidFinishLaunching();
     QMSoftwareUpdate().awakeFromNib();
     showStartWindow();
+    isLaunched_ = true;
 }
 
 void Application::receive(const std::vector<std::string>& paths) {
     if (isEnding_) {
         return;
     }
-    for (const std::string& path : paths) {
-        controller_->applicationOpenFile(path);
+    if (!mayOpen_) {
+        waiting_.insert(waiting_.end(), paths.begin(), paths.end());
+        return;
     }
-    if (DocumentMainWindow* const window = currentWindow()) {
+    if (openPanel_ && !paths.empty()) {
+        openPanel_->reject();
+    }
+    openDocuments(paths);
+    bringToFront();
+}
+
+void Application::bringToFront() {
+    if (openPanel_) {
+        openPanel_->raise();
+        openPanel_->activateWindow();
+    } else if (DocumentMainWindow* const window = currentWindow()) {
         window->makeKeyAndOrderFront();
     } else if (startWindow_) {
         startWindow_->raise();
@@ -125,8 +147,7 @@ void Application::finish() {
 bool Application::hasKeyWindow() const {
     const QWidgetList all = QApplication::topLevelWidgets();
     return std::any_of(all.begin(), all.end(), [this](const QWidget* widget) {
-        return widget->isVisible() && widget != startWindow_.get() &&
-               (widget->windowType() == Qt::Window || widget->windowType() == Qt::Dialog);
+        return widget->isVisible() && widget != startWindow_.get() && isWindow(*widget);
     });
 }
 
@@ -140,9 +161,9 @@ std::optional<std::vector<std::string>> Application::runOpenPanel(
     panel.setOption(QFileDialog::ReadOnly, !settings.canCreateDirectories);
     panel.setOption(QFileDialog::DontUseNativeDialog);
     panel.setProxyModel(new AllowedFiles(settings));  // which the panel owns
-    ++openPanels_;
+    openPanel_ = &panel;
     const bool confirmed = panel.exec() == QDialog::Accepted;
-    --openPanels_;
+    openPanel_ = nullptr;
     if (!confirmed || isEnding_) {
         return std::nullopt;
     }
@@ -170,8 +191,10 @@ bool Application::openDocument(const std::string& path) {
     const std::shared_ptr<Document> document = Document::create();
     document->setFilePath(path);
     const WindowPointer window(
-        new DocumentMainWindow(document,
-                               [this](DocumentMainWindow& closed) { closeDocument(closed); }),
+        new DocumentMainWindow(
+            document, {.closed = [this](DocumentMainWindow& closed) { closeDocument(closed); },
+                       .showFile = [this](DocumentMainWindow& shown) { showInFileManager(shown); },
+                       .showTrash = [this] { showTrash(); }}),
         [](DocumentMainWindow* gone) {
             gone->hide();
             gone->deleteLater();
@@ -226,10 +249,10 @@ void Application::showPreferences() {
     preferences_->activateWindow();
 }
 
-void Application::showInFileManager() {
-    if (const DocumentMainWindow* const window = currentWindow()) {
-        openInFileManager(deletingLastPathComponent(window->path()));
-    }
+void Application::showInFileManager(const DocumentMainWindow& window) {
+    revealInFileManager(window.path(), this, [this, path = window.path()] {
+        openInFileManager(deletingLastPathComponent(path));
+    });
 }
 
 void Application::showTrash() {
@@ -263,6 +286,16 @@ bool Application::eventFilter(QObject* object, QEvent* event) {
             }
             break;
         }
+        case QEvent::Show:
+            if (isWindow(*object)) {
+                static_cast<QWidget*>(object)->setAcceptDrops(true);
+            }
+            break;
+        case QEvent::Hide:
+            if (isLaunched_ && isWindow(*object)) {
+                platform::MainThread::perform([this] { endWhenNothingIsOpen(); });
+            }
+            break;
         case QEvent::DragEnter: {
             auto* const drag = static_cast<QDragEnterEvent*>(event);
             if (object->isWidgetType() && !pathsOf(*drag->mimeData()).empty()) {
@@ -305,8 +338,7 @@ void Application::showStartWindow() {
     if (!startWindow_) {
         startWindow_ = std::make_unique<StartWindow>(
             [this] { controller_->openFile(); },
-            [this](const std::string& path) { openDocuments({path}); },
-            [this] { endWhenNothingIsOpen(); });
+            [this](const std::string& path) { openDocuments({path}); });
         makeMainMenu(*startWindow_, *this);
     }
     startWindow_->showRecentFiles();
@@ -323,7 +355,6 @@ void Application::closeDocument(DocumentMainWindow& window) {
     const WindowPointer closed = std::move(*found);
     windows_.erase(found);
     letGo(*closed);
-    platform::MainThread::perform([this] { endWhenNothingIsOpen(); });
 }
 
 void Application::endWhenNothingIsOpen() {
@@ -331,7 +362,7 @@ void Application::endWhenNothingIsOpen() {
     const bool isOpen = std::any_of(all.begin(), all.end(), [](const QWidget* widget) {
         return widget->isVisible() && widget->isWindow();
     });
-    if (windows_.empty() && openPanels_ == 0 && !isOpen) {
+    if (windows_.empty() && !openPanel_ && !isOpen) {
         terminate();
     }
 }
@@ -344,8 +375,6 @@ void Application::presentError(const QString& message, const QString& info) {
     box->setInformativeText(info);
     box->setStandardButtons(QMessageBox::Ok);
     box->setModal(false);
-    connect(box.get(), &QMessageBox::finished, this,
-            [this] { platform::MainThread::perform([this] { endWhenNothingIsOpen(); }); });
     // From here on it belongs to the screen.
     box->setAttribute(Qt::WA_DeleteOnClose);
     box.release()->show();

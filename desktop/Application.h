@@ -1,7 +1,9 @@
 #ifndef VORNIC_DESKTOP_APPLICATION_H
 #define VORNIC_DESKTOP_APPLICATION_H
 
+#include <QFileDialog>
 #include <QObject>
+#include <QPointer>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,7 +29,8 @@ class Application : public QObject, public ApplicationHost {
     /// Starts the controller and opens what the program was started with.
     /// @param paths absolute.
     void launch(const std::vector<std::string>& paths);
-    /// Opens what a later start of the program was given, and comes to the front.
+    /// Opens what a later start of the program was given, instead of what an open panel asks for,
+    /// and comes to the front. What comes before the application may open anything waits.
     void receive(const std::vector<std::string>& paths);
     /// Closes what is left, after the event loop.
     void finish();
@@ -45,8 +48,8 @@ class Application : public QObject, public ApplicationHost {
     [[nodiscard]] DocumentMainWindow* currentWindow() const;
     void openDocuments(const std::vector<std::string>& paths);
     void showPreferences();
-    /// Shows the folder of the current document's file.
-    void showInFileManager();
+    /// Shows the file of a document in its folder.
+    void showInFileManager(const DocumentMainWindow& window);
     void showTrash();
     /// Asks about runs that are going on, one window after the other, and ends the application
     /// unless the user wants one to go on.
@@ -60,6 +63,7 @@ class Application : public QObject, public ApplicationHost {
     [[nodiscard]] DocumentMainWindow* windowOf(const std::string& path) const;
     void showStartWindow();
     void closeDocument(DocumentMainWindow& window);
+    void bringToFront();
     void endWhenNothingIsOpen();
     void presentError(const QString& message, const QString& info);
     void openInFileManager(const std::string& folder);
@@ -70,8 +74,11 @@ class Application : public QObject, public ApplicationHost {
     std::unique_ptr<StartWindow> startWindow_;
     std::unique_ptr<PreferencesWindow> preferences_;
     std::unique_ptr<AboutWindow> about_;
+    QPointer<QFileDialog> openPanel_;
+    std::vector<std::string> waiting_;
+    bool mayOpen_ = false;
+    bool isLaunched_ = false;
     bool isEnding_ = false;
-    int openPanels_ = 0;
 };
 
 }  // namespace vornic

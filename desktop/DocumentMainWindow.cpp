@@ -41,6 +41,14 @@ class ElidedLabel : public QLabel {
     QString whole_;
 };
 
+QPushButton* makeButton(const char* objectName, const QString& text, const QString& accessibleName,
+                        QWidget* parent) {
+    auto* const button = new QPushButton(text, parent);
+    button->setObjectName(QString::fromLatin1(objectName));
+    button->setAccessibleName(accessibleName);
+    return button;
+}
+
 QString kindOf(const std::string& path) {
     return lowercased(pathExtension(path)) == "fcpxml"
                ? DocumentMainWindow::tr("Final Cut Pro X file (FCPXML)")
@@ -49,11 +57,10 @@ QString kindOf(const std::string& path) {
 
 }  // namespace
 
-DocumentMainWindow::DocumentMainWindow(const std::shared_ptr<Document>& document,
-                                       std::function<void(DocumentMainWindow&)> closed)
+DocumentMainWindow::DocumentMainWindow(const std::shared_ptr<Document>& document, Actions actions)
     : document_(document),
       path_(document->filePath().value_or("")),
-      closed_(std::move(closed)),
+      actions_(std::move(actions)),
       report_(new ReportView(this)),
       findBar_(new FindBar(report_, this)),
       progress_(new ProgressSheet(
@@ -84,7 +91,9 @@ DocumentMainWindow::DocumentMainWindow(const std::shared_ptr<Document>& document
     setAcceptDrops(true);
     setMinimumSize(kSmallestSize);
     setWindowFilePath(pathToQString(path_));
-    setWindowTitle(pathToQString(lastPathComponent(path_)) + QStringLiteral(" — Vornic"));
+    // The toolkit takes "[*]" for the place of a mark.
+    setWindowTitle(fileNameOf(path_).replace(QLatin1String("[*]"), QLatin1String("[*][*]")) +
+                   QStringLiteral(" — Vornic"));
 
     auto* const content = new QWidget(this);
     auto* const column = new QVBoxLayout(content);
@@ -93,7 +102,9 @@ DocumentMainWindow::DocumentMainWindow(const std::shared_ptr<Document>& document
     column->addWidget(findBar_);
     column->addWidget(makeFoot());
     setCentralWidget(content);
-    setTabOrder(report_, repairButton_);
+    setTabOrder(report_, showFileButton_);
+    setTabOrder(showFileButton_, showTrashButton_);
+    setTabOrder(showTrashButton_, repairButton_);
     report_->setFocus();
     restoreWindowSize(*this, kDefaultSize);
 }
@@ -103,10 +114,10 @@ QWidget* DocumentMainWindow::makeHead() {
     auto* const column = new QVBoxLayout(head);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(2);
-    auto* const name = new ElidedLabel(pathToQString(lastPathComponent(path_)), head);
+    auto* const name = new ElidedLabel(fileNameOf(path_), head);
     name->setObjectName(QStringLiteral("fileNameLabel"));
     name->setAccessibleName(tr("File"));
-    name->setToolTip(pathToQString(path_));
+    name->setToolTip(toolTipOf(path_));
     QFont large = name->font();
     large.setPointSizeF(large.pointSizeF() * 1.4);
     large.setBold(true);
@@ -128,32 +139,51 @@ QWidget* DocumentMainWindow::makeFoot() {
     outcomeLabel_->setAccessibleName(tr("Outcome of the repair"));
     outcomeLabel_->setTextFormat(Qt::PlainText);
     outcomeLabel_->setWordWrap(true);
-    repairButton_ = new QPushButton(tr("&Repair"), foot);
-    repairButton_->setObjectName(QStringLiteral("repairBtn"));
-    repairButton_->setAccessibleName(tr("Repair the file"));
+    showFileButton_ =
+        makeButton("showFileBtn", tr("&Show File"), tr("Show the file in its folder"), foot);
+    showTrashButton_ = makeButton("showTrashBtn", tr("Show T&rash"),
+                                  tr("Show the Trash, where the original file is"), foot);
+    repairButton_ = makeButton("repairBtn", tr("&Repair"), tr("Repair the file"), foot);
+    connect(showFileButton_, &QPushButton::clicked, this, [this] { actions_.showFile(*this); });
+    connect(showTrashButton_, &QPushButton::clicked, this, [this] { actions_.showTrash(); });
     connect(repairButton_, &QPushButton::clicked, this, [this] {
         if (const auto shown = document_.lock()) {
             shown->repair();
         }
     });
     row->addWidget(outcomeLabel_, 1);
+    row->addWidget(showFileButton_);
+    row->addWidget(showTrashButton_);
     row->addWidget(repairButton_);
+    showPlaces(false, false);
     return foot;
+}
+
+void DocumentMainWindow::showPlaces(bool showsFile, bool showsTrash) {
+    showFileButton_->setVisible(showsFile);
+    showTrashButton_->setVisible(showsTrash);
 }
 
 void DocumentMainWindow::saveReport() {
     const QString proposal =
         pathToQString(deletingPathExtension(path_)) + tr(" report") + QStringLiteral(".txt");
-    const QString chosen = QFileDialog::getSaveFileName(this, tr("Save Report"), proposal,
-                                                        tr("Text files (*.txt);;All files (*)"));
-    if (chosen.isEmpty()) {
-        return;
-    }
+    auto* const panel = new QFileDialog(this, tr("Save Report"));
+    panel->setObjectName(QStringLiteral("saveReportPanel"));
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    panel->setAcceptMode(QFileDialog::AcceptSave);
+    panel->setNameFilters({tr("Text files (*.txt)"), tr("All files (*)")});
+    panel->setDefaultSuffix(QStringLiteral("txt"));
+    panel->selectFile(proposal);
+    connect(panel, &QFileDialog::fileSelected, this,
+            [this](const QString& chosen) { writeReport(pathFromQString(chosen)); });
+    panel->open();
+}
+
+void DocumentMainWindow::writeReport(const std::string& path) {
     report_->flush();
     ErrorSlot error;
     const std::string text = report_->toPlainText().toStdString() + "\n";
-    if (!platform::writeFileAtomically(pathFromQString(chosen), text, platform::Durability::synced,
-                                       error)) {
+    if (!platform::writeFileAtomically(path, text, platform::Durability::synced, error)) {
         beginAlertSheet("Unable to save the report",
                         error ? error->localizedDescription() : std::string());
     }
@@ -215,6 +245,7 @@ bool DocumentMainWindow::progressSheetIsSheet() const {
 void DocumentMainWindow::beginProgressSheet() {
     outcomeLabel_->clear();
     repairButton_->setEnabled(false);
+    showPlaces(false, false);
     beginSheet(*progress_);
 }
 
@@ -224,6 +255,9 @@ void DocumentMainWindow::endProgressSheet() {
 
 void DocumentMainWindow::showOutcome(RepairOutcome outcome) {
     repairButton_->setEnabled(true);
+    showPlaces(outcome == RepairOutcome::repairedAndSwapped ||
+                   outcome == RepairOutcome::repairedNotSwapped,
+               outcome == RepairOutcome::repairedAndSwapped);
     switch (outcome) {
         case RepairOutcome::sound:
             setOutcome(QStringLiteral("✓"), tr("The file is sound."), "good");
@@ -324,7 +358,7 @@ void DocumentMainWindow::closeEvent(QCloseEvent* event) {
     if (shown && shown->windowShouldClose()) {
         event->accept();
         saveWindowSize(*this);
-        closed_(*this);
+        actions_.closed(*this);
     }
 }
 

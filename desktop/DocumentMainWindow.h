@@ -23,9 +23,15 @@ namespace vornic {
 /// ended, and the repair button. Its sheets are modal to it alone.
 class DocumentMainWindow : public QMainWindow, public DocumentWindow {
   public:
-    /// @param closed called once, when the window has been closed, after which the document goes.
-    DocumentMainWindow(const std::shared_ptr<Document>& document,
-                       std::function<void(DocumentMainWindow&)> closed);
+    /// What the window asks the application for.
+    struct Actions {
+        /// The window has been closed; the document goes. Called once.
+        std::function<void(DocumentMainWindow&)> closed;
+        std::function<void(DocumentMainWindow&)> showFile;
+        std::function<void()> showTrash;
+    };
+
+    DocumentMainWindow(const std::shared_ptr<Document>& document, Actions actions);
 
     /// Makes the window an owner of its document, which knows the window as long, or gives that up
     /// (null).
@@ -35,7 +41,7 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     [[nodiscard]] const std::string& path() const { return path_; }
     [[nodiscard]] ReportView& report() { return *report_; }
     [[nodiscard]] FindBar& findBar() { return *findBar_; }
-    /// Asks where to, and writes the report there as plain text.
+    /// Asks where to on a sheet, and writes the report there as plain text.
     void saveReport();
 
     [[nodiscard]] bool hasAttachedSheet() const override;
@@ -78,13 +84,18 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     QWidget* makeHead();
     QWidget* makeFoot();
     void setOutcome(const QString& symbol, const QString& text, const char* kind);
+    // The ways to the places that a repair has put files in.
+    void showPlaces(bool showsFile, bool showsTrash);
+    void writeReport(const std::string& path);
 
     std::weak_ptr<Document> document_;
     std::shared_ptr<Document> kept_;
     std::string path_;
-    std::function<void(DocumentMainWindow&)> closed_;
+    Actions actions_;
 
     QLabel* outcomeLabel_ = nullptr;
+    QPushButton* showFileButton_ = nullptr;
+    QPushButton* showTrashButton_ = nullptr;
     QPushButton* repairButton_ = nullptr;
     ReportView* report_;
     FindBar* findBar_;

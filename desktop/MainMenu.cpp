@@ -11,7 +11,6 @@
 #include "desktop/Application.h"
 #include "desktop/QtText.h"
 #include "desktop/RecentFiles.h"
-#include "foundation/Text.h"
 #include "ui/QMSoftwareUpdate.h"
 
 namespace vornic {
@@ -79,8 +78,8 @@ class MenuBuilder {
         addForDocument(menu, "fileSaveReport", tr("&Save Report…"), QKeySequence::Save,
                        [](DocumentMainWindow& window) { window.saveReport(); });
         addForDocument(menu, "fileShowInFileManager", tr("Show in &File Manager"), {},
-                       [application = &application_](DocumentMainWindow&) {
-                           application->showInFileManager();
+                       [application = &application_](DocumentMainWindow& window) {
+                           application->showInFileManager(window);
                        });
         add(menu, "fileShowTrash", tr("Show &Trash"), {},
             [application = &application_] { application->showTrash(); });
@@ -99,9 +98,9 @@ class MenuBuilder {
         QObject::connect(recent, &QMenu::aboutToShow, &window_, [recent, application] {
             recent->clear();
             for (const std::string& path : RecentFiles::paths()) {
-                QAction* const action = recent->addAction(
-                    pathToQString(lastPathComponent(path)).replace(u'&', QStringLiteral("&&")));
-                action->setToolTip(pathToQString(path));
+                QAction* const action =
+                    recent->addAction(fileNameOf(path).replace(u'&', QStringLiteral("&&")));
+                action->setToolTip(toolTipOf(path));
                 QObject::connect(action, &QAction::triggered, recent,
                                  [application, path] { application->openDocuments({path}); });
             }

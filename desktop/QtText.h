@@ -19,6 +19,12 @@ namespace vornic {
     return QFile::decodeName(QByteArray::fromStdString(path));
 }
 
+/// The name of the file at a path, to be shown on one line: control characters, and those that turn
+/// the direction of the text around, show as U+FFFD.
+[[nodiscard]] QString fileNameOf(const std::string& path);
+/// A path as a tool tip, which wraps where it is long; nothing in it is taken for markup.
+[[nodiscard]] QString toolTipOf(const std::string& path);
+
 [[nodiscard]] inline std::string pathFromQString(const QString& path) {
     return QFile::encodeName(path).toStdString();
 }

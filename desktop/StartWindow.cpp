@@ -10,7 +10,6 @@
 #include "desktop/QtText.h"
 #include "desktop/RecentFiles.h"
 #include "desktop/WindowSize.h"
-#include "foundation/Text.h"
 
 namespace vornic {
 
@@ -21,9 +20,8 @@ constexpr int kIconSize = 64;
 
 }  // namespace
 
-StartWindow::StartWindow(std::function<void()> browse, std::function<void(const std::string&)> open,
-                         std::function<void()> closed)
-    : open_(std::move(open)), closed_(std::move(closed)), recentFiles_(new QListWidget(this)) {
+StartWindow::StartWindow(std::function<void()> browse, std::function<void(const std::string&)> open)
+    : open_(std::move(open)), recentFiles_(new QListWidget(this)) {
     setObjectName(QStringLiteral("startWindow"));
     setWindowTitle(QStringLiteral("Vornic"));
     setAcceptDrops(true);
@@ -71,9 +69,8 @@ StartWindow::StartWindow(std::function<void()> browse, std::function<void(const 
 void StartWindow::showRecentFiles() {
     recentFiles_->clear();
     for (const std::string& path : RecentFiles::paths()) {
-        auto* const item =
-            new QListWidgetItem(pathToQString(lastPathComponent(path)), recentFiles_);
-        item->setToolTip(pathToQString(path));
+        auto* const item = new QListWidgetItem(fileNameOf(path), recentFiles_);
+        item->setToolTip(toolTipOf(path));
         item->setData(Qt::UserRole, QByteArray::fromStdString(path));
     }
     if (recentFiles_->count() > 0) {
@@ -84,7 +81,6 @@ void StartWindow::showRecentFiles() {
 void StartWindow::closeEvent(QCloseEvent* event) {
     event->accept();
     saveWindowSize(*this);
-    closed_();
 }
 
 void StartWindow::openItem(const QListWidgetItem* item) {

@@ -12,8 +12,7 @@ namespace vornic {
 /// and the files that were opened last. It is no document.
 class StartWindow : public QMainWindow {
   public:
-    StartWindow(std::function<void()> browse, std::function<void(const std::string&)> open,
-                std::function<void()> closed);
+    StartWindow(std::function<void()> browse, std::function<void(const std::string&)> open);
 
     /// Lists the files that were opened last.
     void showRecentFiles();
@@ -25,7 +24,6 @@ class StartWindow : public QMainWindow {
     void openItem(const QListWidgetItem* item);
 
     std::function<void(const std::string&)> open_;
-    std::function<void()> closed_;
     QListWidget* recentFiles_;
 };
 

@@ -99,12 +99,12 @@ int main(int argc, char** argv) {
     vornic::QMAlert::setPanelFactory(std::make_shared<vornic::QtAlertPanelFactory>());
     {
         vornic::Application application;
-        application.launch(files);
         if (!isAlone) {
             link.listen([&application](const std::vector<std::string>& paths) {
                 application.receive(paths);
             });
         }
+        application.launch(files);
         QApplication::exec();
         application.finish();
         vornic::platform::MainThread::shutdown();

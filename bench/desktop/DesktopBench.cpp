@@ -86,7 +86,8 @@ struct Shown {
 Shown repairInWindow(const std::string& path) {
     const auto document = Document::create();
     document->setFilePath(path);
-    const auto window = std::make_shared<DocumentMainWindow>(document, [](DocumentMainWindow&) {});
+    const auto window =
+        std::make_shared<DocumentMainWindow>(document, DocumentMainWindow::Actions());
     document->setWindow(window);
     window->show();
     QApplication::processEvents();

@@ -5,6 +5,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QTest>
+#include <QTimer>
 #include <QUrl>
 #include <memory>
 #include <set>
@@ -182,6 +183,85 @@ TEST_F(ApplicationTest, opensTheFilesOfALaterStart) {
     application.receive({path});
     ASSERT_NE(application.currentDocument(), nullptr);
     EXPECT_EQ(application.currentDocument()->filePath(), path);
+}
+
+TEST_F(ApplicationTest, opensTheFilesOfALaterStartInsteadOfWhatThePanelAsksFor) {
+    showOpenPanelAtStart(true);
+    const std::string path = sandbox.write("a.xml", kSound);
+    platform::MainThread::performAfter(std::chrono::milliseconds(100), [this, path] {
+        application.receive({});
+        EXPECT_NE(visible<QFileDialog>(), nullptr);
+        application.receive({path});
+    });
+    application.launch({});
+    EXPECT_EQ(visible<QFileDialog>(), nullptr);
+    EXPECT_EQ(visible<StartWindow>(), nullptr);
+    ASSERT_NE(application.currentDocument(), nullptr);
+    EXPECT_EQ(application.currentDocument()->filePath(), path);
+}
+
+TEST_F(ApplicationTest, keepsWhatItIsHandedBeforeItMayOpenAnything) {
+    const std::string path = sandbox.write("a.xml", kSound);
+    application.receive({path});
+    EXPECT_EQ(application.currentWindow(), nullptr);
+    application.launch({});
+    ASSERT_NE(application.currentDocument(), nullptr);
+    EXPECT_EQ(application.currentDocument()->filePath(), path);
+}
+
+class LastWindowTest : public ApplicationTest {
+  protected:
+    // Whether the application ends within a moment.
+    static bool ends() {
+        constexpr int kGoesOn = 7;
+        QTimer timer;
+        QObject::connect(&timer, &QTimer::timeout, [] { QApplication::exit(kGoesOn); });
+        timer.start(std::chrono::milliseconds(300));
+        return QApplication::exec() != kGoesOn;
+    }
+};
+
+TEST_F(LastWindowTest, endsWithAPanelThatWasLeftOpen) {
+    application.launch({});
+    DocumentMainWindow* const window = opened(sandbox.write("a.xml", kSound));
+    application.showPreferences();
+    EXPECT_TRUE(window->close());
+    EXPECT_FALSE(ends());
+    visible<PreferencesWindow>()->reject();
+    EXPECT_TRUE(ends());
+}
+
+TEST_F(LastWindowTest, endsWithTheStartWindow) {
+    application.launch({});
+    EXPECT_FALSE(ends());
+    visible<StartWindow>()->close();
+    EXPECT_TRUE(ends());
+}
+
+TEST_F(ApplicationTest, takesDropsOnEveryWindow) {
+    application.launch({});
+    application.showPreferences();
+    application.showAboutPanel();
+    EXPECT_TRUE(visible<PreferencesWindow>()->acceptDrops());
+    EXPECT_TRUE(visible<AboutWindow>()->acceptDrops());
+    EXPECT_TRUE(opened(sandbox.write("a.xml", kSound))->acceptDrops());
+}
+
+TEST_F(ApplicationTest, asksOnlyOnceWhetherARunIsToBeEnded) {
+    application.launch({});
+    DocumentMainWindow* const window = opened(sandbox.write("a.xml", kSound));
+    window->document()->startProgress();
+    int questions = 0;
+    platform::MainThread::performAfter(std::chrono::milliseconds(100), [&] {
+        window->close();
+        for (const QWidget* const widget : QApplication::topLevelWidgets()) {
+            questions += widget->isVisible() && qobject_cast<const QMessageBox*>(widget) ? 1 : 0;
+        }
+        QTest::keyClick(visible<QMessageBox>(), Qt::Key_Escape);
+    });
+    EXPECT_FALSE(window->close());
+    EXPECT_EQ(questions, 1);
+    window->document()->endProgress();
 }
 
 TEST_F(ApplicationTest, knowsTheWindowInFront) {

@@ -1,4 +1,5 @@
 #include <QComboBox>
+#include <QFileDialog>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
@@ -39,8 +40,12 @@ class DocumentMainWindowTest : public DesktopTest {
     void open(const std::string& path) {
         document = Document::create();
         document->setFilePath(path);
-        window = std::make_shared<DocumentMainWindow>(document,
-                                                      [this](DocumentMainWindow&) { ++closings; });
+        window = std::make_shared<DocumentMainWindow>(
+            document,
+            DocumentMainWindow::Actions{
+                .closed = [this](DocumentMainWindow&) { ++closings; },
+                .showFile = [this](DocumentMainWindow& shown) { shownFile = shown.path(); },
+                .showTrash = [this] { ++trashShown; }});
         document->setWindow(window);
         window->keepDocument(document);
         window->show();
@@ -85,6 +90,8 @@ class DocumentMainWindowTest : public DesktopTest {
     std::shared_ptr<Document> document;
     std::shared_ptr<DocumentMainWindow> window;
     int closings = 0;
+    std::string shownFile;
+    int trashShown = 0;
 };
 
 TEST_F(DocumentMainWindowTest, showsASoundFileAndItsOutcome) {
@@ -99,6 +106,8 @@ TEST_F(DocumentMainWindowTest, showsASoundFileAndItsOutcome) {
     EXPECT_EQ(child<QLabel>("fileNameLabel").text(), QStringLiteral("My cut.xml"));
     EXPECT_TRUE(child<QLabel>("fileKindLabel").text().contains(QStringLiteral("XMEML")));
     EXPECT_FALSE(window->progressSheetIsVisible());
+    EXPECT_FALSE(child<QPushButton>("showFileBtn").isVisible());
+    EXPECT_FALSE(child<QPushButton>("showTrashBtn").isVisible());
 }
 
 TEST_F(DocumentMainWindowTest, repairsADamagedFile) {
@@ -110,6 +119,54 @@ TEST_F(DocumentMainWindowTest, repairsADamagedFile) {
     const std::size_t place = damaged(kSound).find('\v');
     EXPECT_TRUE(
         report().contains(QStringLiteral("Invalid character at byte %1 removed.").arg(place)));
+}
+
+TEST_F(DocumentMainWindowTest, leadsToTheRepairedFileAndToTheTrash) {
+    const std::string path = sandbox.write("cut.xml", damaged(kSound));
+    open(path);
+    alertAtTheEnd();
+    ASSERT_TRUE(child<QPushButton>("showFileBtn").isVisible());
+    ASSERT_TRUE(child<QPushButton>("showTrashBtn").isVisible());
+    child<QPushButton>("showFileBtn").click();
+    EXPECT_EQ(shownFile, path);
+    child<QPushButton>("showTrashBtn").click();
+    EXPECT_EQ(trashShown, 1);
+    child<QPushButton>("repairBtn").click();
+    EXPECT_EQ(alertAtTheEnd(), QStringLiteral("No repair was necessary"));
+    EXPECT_FALSE(child<QPushButton>("showTrashBtn").isVisible());
+}
+
+TEST_F(DocumentMainWindowTest, savesTheReport) {
+    open(sandbox.write("cut.xml", kSound));
+    alertAtTheEnd();
+    window->saveReport();
+    auto& panel = child<QFileDialog>("saveReportPanel");
+    EXPECT_EQ(panel.windowModality(), Qt::WindowModal);
+    EXPECT_TRUE(panel.selectedFiles().first().endsWith(QStringLiteral("/cut report.txt")));
+    panel.selectFile(QStringLiteral("mine.txt"));
+    QTest::keyClick(&panel, Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([this] { return exists(sandbox.path("mine.txt")); }));
+    EXPECT_EQ(readBytes(sandbox.path("mine.txt")), report().toStdString() + "\n");
+}
+
+TEST_F(DocumentMainWindowTest, tellsWhyTheReportCannotBeSaved) {
+    open(sandbox.write("cut.xml", kSound));
+    alertAtTheEnd();
+    window->saveReport();
+    auto& panel = child<QFileDialog>("saveReportPanel");
+    Q_EMIT panel.fileSelected(QString::fromStdString(sandbox.path("no folder/report.txt")));
+    ASSERT_NE(alert(), nullptr);
+    EXPECT_EQ(alert()->text(), QStringLiteral("Unable to save the report"));
+    EXPECT_FALSE(alert()->informativeText().isEmpty());
+}
+
+TEST_F(DocumentMainWindowTest, showsANameThatLooksLikeMarkupAsItIs) {
+    open(sandbox.write("<b>[*]\n.xml", kSound));
+    alertAtTheEnd();
+    EXPECT_EQ(child<QLabel>("fileNameLabel").text(), QStringLiteral("<b>[*]\uFFFD.xml"));
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("<b>[*][*]\uFFFD.xml — Vornic"));
+    EXPECT_TRUE(
+        child<QLabel>("fileNameLabel").toolTip().contains(QStringLiteral("&lt;b&gt;[*]\n.xml")));
 }
 
 TEST_F(DocumentMainWindowTest, tellsWhenItCannotRepair) {
@@ -226,7 +283,7 @@ TEST_F(DocumentMainWindowTest, keepsItsSizeForTheNextOne) {
     alertAtTheEnd();
     window->resize(701, 555);
     EXPECT_TRUE(window->close());
-    DocumentMainWindow next(document, [](DocumentMainWindow&) {});
+    DocumentMainWindow next(document, {});
     EXPECT_EQ(next.size(), QSize(701, 555));
 }
 
@@ -236,7 +293,7 @@ TEST_F(DocumentMainWindowTest, isNotMadeWiderByALongName) {
     alertAtTheEnd();
     EXPECT_LT(window->minimumSizeHint().width(), 600);
     EXPECT_TRUE(child<QLabel>("fileNameLabel").text().contains(u'…'));
-    EXPECT_TRUE(child<QLabel>("fileNameLabel").toolTip().endsWith(QString::fromStdString(name)));
+    EXPECT_TRUE(child<QLabel>("fileNameLabel").toolTip().contains(QString::fromStdString(name)));
 }
 
 TEST_F(DocumentMainWindowTest, givesEveryControlANameForThoseWhoCannotSeeIt) {

@@ -88,7 +88,8 @@ TEST_F(QtAlertPanelTest, hasOneStandardButtonWithoutTitles) {
 
 TEST_F(QtAlertPanelTest, isASheetOnAWindow) {
     const auto document = Document::create();
-    const auto window = std::make_shared<DocumentMainWindow>(document, [](DocumentMainWindow&) {});
+    const auto window =
+        std::make_shared<DocumentMainWindow>(document, DocumentMainWindow::Actions());
     window->show();
     EXPECT_FALSE(window->hasAttachedSheet());
     EXPECT_EQ(askAnd(
@@ -105,7 +106,8 @@ TEST_F(QtAlertPanelTest, isASheetOnAWindow) {
 
 TEST_F(QtAlertPanelTest, standsByItselfWhereASheetIsAlready) {
     const auto document = Document::create();
-    const auto window = std::make_shared<DocumentMainWindow>(document, [](DocumentMainWindow&) {});
+    const auto window =
+        std::make_shared<DocumentMainWindow>(document, DocumentMainWindow::Actions());
     window->show();
     window->beginProgressSheet();
     EXPECT_EQ(askAnd(

@@ -1,0 +1,44 @@
+#include "desktop/QtText.h"
+
+#include <QChar>
+
+#include "foundation/Text.h"
+
+namespace vornic {
+
+namespace {
+
+bool misleads(QChar character) {
+    switch (character.direction()) {
+        case QChar::DirLRE:
+        case QChar::DirRLE:
+        case QChar::DirPDF:
+        case QChar::DirLRO:
+        case QChar::DirRLO:
+        case QChar::DirLRI:
+        case QChar::DirRLI:
+        case QChar::DirFSI:
+        case QChar::DirPDI:
+            return true;
+        default:
+            return character.category() == QChar::Other_Control;
+    }
+}
+
+}  // namespace
+
+QString fileNameOf(const std::string& path) {
+    QString name = pathToQString(lastPathComponent(path));
+    for (QChar& character : name) {
+        if (misleads(character)) {
+            character = QChar::ReplacementCharacter;
+        }
+    }
+    return name;
+}
+
+QString toolTipOf(const std::string& path) {
+    return QStringLiteral("<p>%1</p>").arg(pathToQString(path).toHtmlEscaped());
+}
+
+}  // namespace vornic
