@@ -118,6 +118,19 @@ class AuthorizationHelperTest : public test::SandboxTest {
         }
         return "";
     }
+    /// Waits until a process, named by its /proc folder, has ended. @return false when it goes on.
+    [[nodiscard]] static bool waitUntilGone(const std::string& process) {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (std::chrono::steady_clock::now() < deadline) {
+            std::string arguments;
+            std::getline(std::ifstream(process + "/cmdline"), arguments);
+            if (arguments.empty()) {
+                return true;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+        return false;
+    }
     [[nodiscard]] static bool anyOpenSocket(const std::string& process) {
         for (const auto& entry : fs::directory_iterator(process + "/fd")) {
             if (fs::read_symlink(entry.path()).string().starts_with("socket:")) {
@@ -290,10 +303,14 @@ TEST_F(AuthorizationHelperTest, endsWithTheOtherEndThoughAToolStillRuns) {
     const std::string fifo = sandbox.path("fifo");
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     EXPECT_EQ(request("/bin/cp", {"-f", "-p", "-R", source, fifo}, true), kAuthorizationSuccess);
+    const std::string process = findTool("/fifo");
+    ASSERT_NE(process, "");
     std::future<int> ended = std::async(std::launch::async, [this] { return stop(); });
     EXPECT_EQ(ended.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+    // Lets the tool end, whether it has come to the pipe yet or not.
     const FileDescriptor reader(::open(fifo.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     EXPECT_EQ(ended.get(), 0);
+    EXPECT_TRUE(waitUntilGone(process));
 }
 
 TEST_F(AuthorizationHelperTest, endsWhenTheOtherEndGoes) {
