@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 
 #include "bench/MeasuredProcess.h"
 
@@ -24,10 +26,9 @@ double median(std::vector<double> values) {
 bool runOnce(const Contender& contender, const std::string& outputPath, Figures* figures) {
     contender.prepare();
     const MeasuredProcess process = runMeasured(contender.arguments, outputPath);
-    std::string fault = contender.fault(outputPath);
-    if (process.status != 0) {
-        fault = "it ended with status " + std::to_string(process.status);
-    }
+    const std::string fault = process.status == 0
+                                  ? contender.fault(outputPath)
+                                  : "it ended with status " + std::to_string(process.status);
     if (!fault.empty()) {
         std::printf("%s did not do its work: %s\n", contender.arguments[0].c_str(), fault.c_str());
         return false;
@@ -73,6 +74,18 @@ bool runContest(const Contest& contest, const std::string& outputPath) {
                 contest.hasMemoryTarget ? verdict(smallEnough) : "");
     std::fflush(stdout);
     return fastEnough && (smallEnough || !contest.hasMemoryTarget);
+}
+
+int runInScratchFolder(const std::string& parent,
+                       const std::function<bool(const std::string& folder)>& comparison) {
+    std::string folder = parent + "/vornic-bench-XXXXXX";
+    if (mkdtemp(folder.data()) == nullptr) {
+        std::perror(folder.c_str());
+        return EXIT_FAILURE;
+    }
+    const bool isGood = comparison(folder);
+    std::filesystem::remove_all(folder);
+    return isGood ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 }  // namespace vornic::bench

@@ -37,6 +37,12 @@ void printContestHeading();
 /// @return true when every target was reached and every run did its work.
 bool runContest(const Contest& contest, const std::string& outputPath);
 
+/// Runs a comparison with a folder of its own, which is removed afterwards.
+/// @param parent where the folder is made.
+/// @return the exit status for the program: success when the comparison returned true.
+int runInScratchFolder(const std::string& parent,
+                       const std::function<bool(const std::string& folder)>& comparison);
+
 }  // namespace vornic::bench
 
 #endif

@@ -10,7 +10,6 @@
 #include <string>
 #include <vector>
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include "bench/Contest.h"
@@ -130,13 +129,7 @@ int main(int argc, char** argv) {
         std::fputs("Usage: bench-compare-copy PROGRAM FOLDER\n", stderr);
         return vornic::bench::kWrongUsage;
     }
-    namespace fs = std::filesystem;
-    std::string folder = std::string(argv[2]) + "/vornic-bench-XXXXXX";
-    if (mkdtemp(folder.data()) == nullptr) {
-        std::perror(folder.c_str());
-        return EXIT_FAILURE;
-    }
-    const bool allReached = vornic::bench::Comparison(argv[1], folder).run();
-    fs::remove_all(folder);
-    return allReached ? EXIT_SUCCESS : EXIT_FAILURE;
+    return vornic::bench::runInScratchFolder(argv[2], [&](const std::string& folder) {
+        return vornic::bench::Comparison(argv[1], folder).run();
+    });
 }

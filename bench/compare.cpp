@@ -10,7 +10,6 @@
 #include <vector>
 
 #include <fcntl.h>
-#include <sys/utsname.h>
 #include <unistd.h>
 
 #include "bench/Contest.h"
@@ -173,13 +172,8 @@ int main(int argc, char** argv) {
         std::fputs("Usage: bench-compare FOLDER_OF_THE_PROGRAMS\n", stderr);
         return vornic::bench::kWrongUsage;
     }
-    namespace fs = std::filesystem;
-    std::string folder = (fs::temp_directory_path() / "vornic-bench-XXXXXX").string();
-    if (mkdtemp(folder.data()) == nullptr) {
-        std::perror(folder.c_str());
-        return EXIT_FAILURE;
-    }
-    const bool allReached = vornic::bench::Comparison(argv[1], folder).run();
-    fs::remove_all(folder);
-    return allReached ? EXIT_SUCCESS : EXIT_FAILURE;
+    return vornic::bench::runInScratchFolder(
+        std::filesystem::temp_directory_path(), [&](const std::string& folder) {
+            return vornic::bench::Comparison(argv[1], folder).run();
+        });
 }
