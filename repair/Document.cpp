@@ -24,6 +24,10 @@ namespace {
 // The platform's status of a routine that is not implemented.
 constexpr int kUnimplementedStatus = -4;
 
+void logAlert(std::string_view message, std::string_view info) {
+    QMLog::appendLog("%@. %@", message, info);
+}
+
 void printLine(std::string_view line) {
     static_cast<void>(std::fwrite(line.data(), 1, line.size(), stdout));
     static_cast<void>(std::fputc('\n', stdout));
@@ -147,21 +151,25 @@ void Document::closeConvertDialog() {
 }
 
 void Document::convertVersion() {
+    convertVersionOf(filePath_);
+}
+
+void Document::convertVersionOnThread() {
+    runDetached([path = filePath_](Document& document) { document.convertVersionOf(path); },
+                "-[Document convertVersion:]");
+}
+
+void Document::convertVersionOf(const Text& path) {
     try {
         startConvertSpinner();
-        if (filePath_ && !filePath_->empty()) {
-            convertFile(*filePath_);
+        if (path && !path->empty()) {
+            convertFile(*path);
         }
         stopConvertSpinner();
     } catch (const platform::Exception& exception) {
         QMException::logException(exception, "-[Document convertVersion:]");
         stopConvertSpinner();
     }
-}
-
-void Document::convertVersionOnThread() {
-    runDetached([](Document& document) { document.convertVersion(); },
-                "-[Document convertVersion:]");
 }
 
 void Document::convertFile(const std::string& path) {
@@ -378,7 +386,15 @@ void Document::appendInfoText(std::string_view text, bool isError, bool isBold) 
         appendInPlace(text, isError, isBold);
         return;
     }
-    MainThread::performAndWait([&] { appendInPlace(text, isError, isBold); });
+    bool isAppended = false;
+    MainThread::performAndWait([&] {
+        isAppended = true;
+        appendInPlace(text, isError, isBold);
+    });
+    if (!isAppended) {
+        // The program ends, and what the run still does belongs into the log.
+        QMLog::appendLog("%@", text);
+    }
 }
 
 void Document::appendInPlace(std::string_view text, bool isError, bool isBold) {
@@ -410,7 +426,14 @@ void Document::displayAlert(std::optional<std::string_view> message,
         displayAlertOnMainThread(dictionary);
         return;
     }
-    MainThread::performAndWait([&] { displayAlertOnMainThread(dictionary); });
+    bool isDisplayed = false;
+    MainThread::performAndWait([&] {
+        isDisplayed = true;
+        displayAlertOnMainThread(dictionary);
+    });
+    if (!isDisplayed) {
+        logAlert(dictionary.at("message"), dictionary.at("infotext"));
+    }
 }
 
 void Document::displayAlertOnMainThread(const AlertDictionary& dictionary) {
@@ -420,7 +443,7 @@ void Document::displayAlertOnMainThread(const AlertDictionary& dictionary) {
     }
     const auto entry = dictionary.find("infotext");
     const std::string info = entry == dictionary.end() ? std::string() : entry->second;
-    QMLog::appendLog("%@. %@", message->second, info);
+    logAlert(message->second, info);
     if (!hasGUI_) {
         if (alertOutput_) {
             alertOutput_(message->second, info);

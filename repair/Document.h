@@ -178,6 +178,7 @@ class Document : public std::enable_shared_from_this<Document>,
     void startRepairOnThread(const std::string& path, const char* forMethod);
     // Runs the work on a new thread. @param forMethod logged when the system has no thread to give.
     void runDetached(std::function<void(Document&)> work, const char* forMethod);
+    void convertVersionOf(const Text& path);
     void convertFile(const std::string& path);
 
     std::atomic<bool> hasGUI_ = true;

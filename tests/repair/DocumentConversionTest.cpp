@@ -146,6 +146,17 @@ TEST_F(DocumentConversionTest, convertingRewritesTheFileAndFillsTheDialogAgain) 
     EXPECT_NE(test::readBytes(path).find("<multiclip>a</multiclip>"), std::string::npos);
 }
 
+TEST_F(DocumentConversionTest, aThreadConvertsTheFileThatTheDocumentHadWhenItWasStarted) {
+    const std::string path = sandbox.write("Cut.xml", kVersion5);
+    document->setFilePath(path);
+    window->selectedKey = "4";
+    document->convertVersionOnThread();
+    document->setFilePath(std::nullopt);
+    EXPECT_EQ(window->calls, Strings{}) << "it waited for the conversion";
+    waitForThreads();
+    EXPECT_NE(test::readBytes(path).find("<xmeml version=\"4\">"), std::string::npos);
+}
+
 TEST_F(DocumentConversionTest, aDowngradeThatLosesSomethingIsAskedForAndStrips) {
     const std::string path = sandbox.write("Cut.xml", kVersion5);
     document->setFilePath(path);

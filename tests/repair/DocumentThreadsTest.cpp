@@ -256,6 +256,18 @@ TEST_F(DocumentThreadsTest, aShutDownMainThreadKeepsNoRunWaiting) {
     EXPECT_EQ(test::readBytes(sandbox.path("Cut.xml")), kSoundXMEML);
 }
 
+TEST_F(DocumentThreadsTest, aShutDownMainThreadLosesNothingThatIsToBeLogged) {
+    MainThread::shutdown();
+    std::thread([this] {
+        document->appendErrorInfoText("late, 100%d");
+        document->displayAlert("Message", "Info");
+        document->displayAlert(std::nullopt, "Info");
+    }).join();
+    MainThread::restart();
+    EXPECT_EQ(window->calls, Strings{});
+    EXPECT_EQ(log.entries(), (Strings{"late, 100%d", "Message. Info"}));
+}
+
 TEST_F(DocumentThreadsTest, anExceptionOfAnotherKindEndsTheRunAndNotTheProgram) {
     document->setFilePath(sandbox.write("Cut.xml", kSoundXMEML));
     window->onCall = [](const std::string& call) {
