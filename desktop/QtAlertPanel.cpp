@@ -55,8 +55,10 @@ class QtAlertPanel : public AlertPanel {
         if (window != nullptr) {
             box.setParent(window, box.windowFlags() | Qt::Dialog);
         }
-        QObject::connect(&box, &QMessageBox::finished,
-                         [this, didEnd = std::move(didEnd)](int) { didEnd(answer()); });
+        // Once: what is told keeps the alert alive, which keeps this panel.
+        QObject::connect(
+            &box, &QMessageBox::finished, &box,
+            [this, didEnd = std::move(didEnd)] { didEnd(answer()); }, Qt::SingleShotConnection);
         if (window != nullptr) {
             beginSheet(box);
         } else {

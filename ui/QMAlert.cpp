@@ -158,6 +158,9 @@ std::int64_t QMAlert::timedAlertSheetWithMessageText(
 }
 
 void QMAlert::alertSheetWithDictionary(const Dictionary& dictionary) {
+    if (!panelFactory()) {
+        return;
+    }
     const AlertContents contents{
         .messageText = valueOf(dictionary, "messageText").value_or(""),
         .defaultButtonTitle = valueOf(dictionary, "defaultButtonTitle"),

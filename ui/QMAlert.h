@@ -86,8 +86,17 @@ class QMAlert : public AlertDelegate, public std::enable_shared_from_this<QMAler
     QMAlert() = default;
     ~QMAlert() override = default;
 
-    /// The designated operation. @return the answer (1 default, 0 alternate, -1 other) when `block`
-    /// is true, else -1; -1 also when the delegate does not respond to the selector.
+    /// The designated operation. The shorter forms leave something out; all may be called from any
+    /// thread.
+    /// @param parentWindow the alert is free-standing when it is null or has a sheet already
+    /// @param delegate null for the alert object itself
+    /// @param didEndSelector absent for `kDidEndSelector`
+    /// @param block whether to wait for the answer
+    /// @param alertObject null for a new one
+    /// @param suppressionBinding the preference of a check box; absent for none
+    /// @return the answer (1 default, 0 alternate, -1 other) when `block` is true, else -1; -1 also
+    /// when the program quits before the answer, and when nothing is shown because the delegate
+    /// does not respond to the selector, which the console is told, or there is no factory.
     static std::int64_t alertSheetWithMessageText(
         const Text& messageText, const Text& defaultButton, const Text& alternateButton,
         const Text& otherButton, const Text& informativeText, const Window& parentWindow,
@@ -120,17 +129,20 @@ class QMAlert : public AlertDelegate, public std::enable_shared_from_this<QMAler
         const Text& otherButton, const Text& informativeText, const Window& parentWindow,
         std::int64_t interval);
 
-    /// Shows the alert of a request. Main thread.
+    /// Shows the alert of a request and returns at once; without a factory nothing happens. The
+    /// object must be owned by a shared pointer. Main thread.
     void alertSheetWithDictionary(const Dictionary& dictionary);
     /// The built-in end handler: stores the code and marks the alert ended.
     void alertDidEnd(std::int64_t returnCode);
-    /// The body of the timer thread: sleeps, then answers with the default button.
+    /// The body of the timer thread: sleeps, then answers with the default button. Returns early,
+    /// without an answer, when the program quits.
     void defaultReturnAfterTimeInterval(std::int64_t seconds);
     /// Takes the alert off the screen, if it is there, and lets go of it. Main thread.
     void closeAlert();
 
     [[nodiscard]] const Window& parentWindow() const { return parentWindow_; }
     void setParentWindow(Window window) { parentWindow_ = std::move(window); }
+    /// Who is told the answer; the alert itself unless another was given, null before it is asked.
     [[nodiscard]] std::shared_ptr<AlertDelegate> delegate() const;
     void setDelegate(std::shared_ptr<AlertDelegate> delegate);
     [[nodiscard]] bool alertEnded() const { return alertEnded_; }

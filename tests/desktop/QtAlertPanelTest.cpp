@@ -143,6 +143,19 @@ TEST_F(QtAlertPanelTest, answersItselfAfterItsTime) {
     EXPECT_EQ(shownBox(), nullptr);
 }
 
+TEST_F(QtAlertPanelTest, isGoneOnceAnAlertIsAnsweredThatNobodyWaitsFor) {
+    auto object = std::make_shared<QMAlert>();
+    const std::weak_ptr<QMAlert> alert = object;
+    EXPECT_EQ(QMAlert::alertSheetWithMessageText("Message", "Yes", "No", std::nullopt, "", nullptr,
+                                                 nullptr, std::nullopt, false, object),
+              -1);
+    object.reset();
+    ASSERT_NE(shownBox(), nullptr);
+    ASSERT_FALSE(alert.expired());
+    buttonNamed(*shownBox(), QStringLiteral("No"))->click();
+    EXPECT_TRUE(alert.expired());
+}
+
 TEST_F(QtAlertPanelTest, writesTheSuppressionAtOnce) {
     const platform::UserPreferences preferences;
     platform::MainThread::performAfter(std::chrono::milliseconds(10), [&preferences] {

@@ -460,6 +460,9 @@ TEST_F(QMAlertTest, returnsAtOnceInAProgramWithoutPanels) {
               -1);
     EXPECT_EQ(onAnotherThread([this] { return ask(nullptr, std::nullopt, true, nullptr); }), -1);
     EXPECT_TRUE(platform::joinDetachedThreads(1s)) << "a timer runs for nobody";
+    const auto object = std::make_shared<QMAlert>();
+    object->alertSheetWithDictionary({});
+    EXPECT_EQ(object->alert(), nullptr);
 }
 
 }  // namespace
