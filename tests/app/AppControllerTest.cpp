@@ -106,6 +106,17 @@ TEST_F(AppControllerTest, recordsTheLaunchInTheNamedFileWithoutAUserInterface) {
     EXPECT_FALSE(log().empty());
 }
 
+TEST_F(AppControllerTest, looksForACrashUnderItsOwnNameWithoutAUserInterface) {
+    QMLog::createNewLog("Vornic", true);
+    writeInformation({{"CFBundleName", "Other"}});
+    store("launch", PropertyList(PropertyList::Date{1000}));
+    const std::string reports = sandbox.home() + "/.local/share/quillmark/Logs/DiagnosticReports";
+    std::filesystem::create_directories(reports);
+    std::ofstream(reports + "/Vornic_1.crash") << "crash";
+    const auto controller = AppController::initWithoutGUI(host);
+    EXPECT_EQ(opener->opened.size(), 1U);
+}
+
 TEST_F(AppControllerTest, mayNotAskForRightsWithoutAUserInterface) {
     QMAuthorization::setSharedController(nullptr);
     const auto controller = AppController::initWithoutGUI(host);

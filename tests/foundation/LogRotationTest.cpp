@@ -136,6 +136,27 @@ TEST_F(LogRotationTest, startsTheNextGenerationFromAnyThreadThatWrites) {
                             ::testing::_, "9 short enough to be waited for"));
 }
 
+TEST_F(LogRotationTest, goesOnInAFullGenerationThatCannotBeMovedOn) {
+    fs::create_directories(generation(5));
+    writeGeneration(4, "old 4");
+    const test::ChildOutcome outcome = inChild([this] {
+        QMLog::createNewLog();
+        fillTo(kFull);
+        EXPECT_EQ(QMLog::sharedController().bytesInQueue(), 0U);
+        QMLog::appendLog("next");
+        QMLog::finishWriting();
+        EXPECT_TRUE(QMLog::sharedController().hasFileHandle());
+        EXPECT_LT(QMLog::sharedController().bytesWritten(), 1000U) << "counts from the limit on";
+    });
+    EXPECT_EQ(outcome.output,
+              "Unable to move file " + generation(4) + " to " + generation(5) + ".\n");
+    const std::vector<std::string> lines = entries();
+    ASSERT_GE(lines.size(), 3U);
+    EXPECT_THAT(std::vector<std::string>(lines.end() - 2, lines.end()),
+                ElementsAre("Log truncated at 500KB", "next"));
+    EXPECT_GT(fs::file_size(generation(1)), kFull);
+}
+
 TEST_F(LogRotationTest, isDisabledByAFullGenerationWhenTheSwitchWasSetMeanwhile) {
     const test::ChildOutcome outcome = inChild([this] {
         QMLog::createNewLog();

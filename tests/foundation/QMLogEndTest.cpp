@@ -37,6 +37,16 @@ TEST_F(QMLogEndTest, writesWhatIsQueuedWhenTheApplicationEnds) {
     EXPECT_EQ(outcome.output, "");
 }
 
+TEST_F(QMLogEndTest, isToldOfOneEndOnly) {
+    static_cast<void>(inChild([] {
+        QMLog::createNewLog();
+        QMLog::willTerminate();
+        QMLog::sharedController().setAppName("Later");
+        platform::postWillTerminate();
+        EXPECT_EQ(QMLog::sharedController().appName(), "Later");
+    }));
+}
+
 TEST_F(QMLogEndTest, dropsWhatIsLoggedAfterTheEnd) {
     const test::ChildOutcome outcome = inChild([] {
         QMLog::createNewLog();

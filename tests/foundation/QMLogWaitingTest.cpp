@@ -105,6 +105,27 @@ TEST_F(QMLogWaitingTest, waitsOnAnotherThreadForAShortMessage) {
     }));
 }
 
+TEST_F(QMLogWaitingTest, waitsOnAnotherThreadForAShortMessageThatIsPrintedToo) {
+    const test::ChildOutcome outcome = inChild([this] {
+        const Caller caller([] { QMLog::appendLogAndPrint("printed"); });
+        EXPECT_FALSE(caller.goesOnWithin(kAMoment));
+        const int pipe = openPipe();
+        EXPECT_TRUE(caller.goesOnWithin(kSoon));
+        EXPECT_THAT(messagesIn(pipe), ElementsAre("printed"));
+    });
+    EXPECT_EQ(outcome.output, "printed\n");
+}
+
+TEST_F(QMLogWaitingTest, waitsOnAnotherThreadForAShortMessageOfDebugOutput) {
+    static_cast<void>(inChild([this] {
+        const Caller caller([] { QMLog::appendLogAndDebugPrint("short"); });
+        EXPECT_FALSE(caller.goesOnWithin(kAMoment));
+        const int pipe = openPipe();
+        EXPECT_TRUE(caller.goesOnWithin(kSoon));
+        EXPECT_THAT(messagesIn(pipe), ElementsAre("short"));
+    }));
+}
+
 TEST_F(QMLogWaitingTest, neverWaitsForAFastMessage) {
     static_cast<void>(inChild([this] {
         const Caller caller([] { QMLog::fastAppendLog("short"); });
