@@ -17,12 +17,12 @@ class Bundle {
     /// searched after its own.
     explicit Bundle(std::string path, std::vector<std::string> furtherResourceFolders = {});
 
-    /// The bundle of the running program: `Vornic.app` beside the folder of the executable (build
-    /// tree), else in the library folder of the install prefix (`../lib/vornic`), with the
-    /// installed data folder (`../share/vornic`) as further resource folder.
+    /// The bundle of the running program: `Vornic.app` in the library folder of the install prefix
+    /// (`../lib/vornic`), else in the executable's own folder or one of the four above it (build
+    /// tree), with the installed data folder (`../share/vornic`) as further resource folder.
     [[nodiscard]] static Bundle mainBundle();
     /// Makes `mainBundle` answer with this bundle from now on (for programs that embed the library
-    /// and for tests); nothing undoes it.
+    /// and for tests), or with the running program's own again when there is none given.
     static void setMainBundle(const std::optional<Bundle>& bundle);
 
     /// The bundle's folder, without a trailing slash.

@@ -20,7 +20,7 @@ struct PanelFrame {
 class AboutPanel {
   public:
     virtual ~AboutPanel() = default;
-    /// Nothing while there is no panel on the screen's side.
+    /// Nothing where the panel itself is missing.
     [[nodiscard]] virtual std::optional<PanelFrame> frame() const = 0;
     virtual void setFrame(const PanelFrame& frame) = 0;
     virtual void setTitle(std::string_view title) = 0;

@@ -215,6 +215,7 @@ QMBugReporter::Text QMBugReporter::checkForCrashes(const Text& applicationName,
 }
 
 void QMBugReporter::chownPlist(const std::string& path) {
+    // A limit in name only: this form of `runTask` waits for the tool, however long it takes.
     constexpr QMTaskEx::Timeout kLongestRun{5.0};
     const std::vector<std::string_view> components = componentsOf(path);
     const auto users = std::find(components.begin(), components.end(), "Users");
