@@ -81,6 +81,25 @@ std::size_t extensionLength(std::string_view component) {
     return component.size() - dot;
 }
 
+/// The text with each letter of any script as the conversion gives it.
+std::string withLetters(std::string_view text, wint_t (*convert)(wint_t, locale_t)) {
+    // Without that locale only ASCII letters change.
+    static const locale_t kUnicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    static const locale_t kPlain = newlocale(LC_CTYPE_MASK, "C", nullptr);
+    std::string result;
+    for (std::size_t i = 0; i < text.size();) {
+        const Utf8Character character = utf8CharacterAt(text, i);
+        if (character.isValid) {
+            const locale_t locale = kUnicode != nullptr ? kUnicode : kPlain;
+            appendUtf8(result, static_cast<char32_t>(convert(wint_t{character.code}, locale)));
+        } else {
+            result += text[i];
+        }
+        i += character.length;
+    }
+    return result;
+}
+
 }  // namespace
 
 std::int64_t integerValue(std::string_view text) {
@@ -152,21 +171,11 @@ std::string lowercased(std::string_view text) {
 }
 
 std::string lowercasedLetters(std::string_view text) {
-    // Without that locale only ASCII letters change.
-    static const locale_t kUnicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-    std::string result;
-    for (std::size_t i = 0; i < text.size();) {
-        const Utf8Character character = utf8CharacterAt(text, i);
-        if (character.length == 1) {
-            result += lowercased(text[i]);
-        } else if (kUnicode == nullptr) {
-            result += text.substr(i, character.length);
-        } else {
-            appendUtf8(result, static_cast<char32_t>(towlower_l(wint_t{character.code}, kUnicode)));
-        }
-        i += character.length;
-    }
-    return result;
+    return withLetters(text, towlower_l);
+}
+
+std::string uppercasedLetters(std::string_view text) {
+    return withLetters(text, towupper_l);
 }
 
 int caseInsensitiveCompare(std::string_view left, std::string_view right) {

@@ -28,6 +28,9 @@ namespace vornic {
 /// UTF-8 as they are.
 [[nodiscard]] std::string lowercasedLetters(std::string_view text);
 
+/// The same in upper case; a letter that only two would stand for, as the sharp s, stays.
+[[nodiscard]] std::string uppercasedLetters(std::string_view text);
+
 /// Orders two texts without regard to the case of ASCII letters: below, equal to or above 0.
 [[nodiscard]] int caseInsensitiveCompare(std::string_view left, std::string_view right);
 

@@ -4,15 +4,10 @@
 #include <chrono>
 #include <map>
 #include <mutex>
-#include <thread>
 #include <utility>
 
-#include <fcntl.h>
-#include <sys/file.h>
-
 #include "platform/Directories.h"
-#include "platform/Failure.h"
-#include "platform/FileDescriptor.h"
+#include "platform/FileLock.h"
 #include "platform/FileSystem.h"
 #include "platform/PathText.h"
 
@@ -36,31 +31,7 @@ std::optional<PropertyList::Dictionary> storedEntries(const std::string& path, E
     return entries != nullptr ? *entries : PropertyList::Dictionary{};
 }
 
-/// Waits for the lock, but not for a program that never gives it back.
-/// @return an empty object with the slot filled when it could not be had.
-FileDescriptor lockDomain(const std::string& path, ErrorSlot& error) {
-    constexpr std::chrono::seconds kLongestWait{5};
-    constexpr std::chrono::milliseconds kPause{5};
-    const std::string lockPath = joinPath(parentFolder(path), "." + lastComponent(path) + ".lock");
-    FileDescriptor file(::open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
-    if (!file) {
-        failFile(error, lockPath, "opened", errno);
-        return {};
-    }
-    const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
-    while (flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
-        if (errno == ENOLCK || errno == ENOSYS || errno == EOPNOTSUPP) {
-            break;  // A volume without locks: the write itself is still atomic.
-        }
-        const bool busy = errno == EWOULDBLOCK || errno == EINTR;
-        if (!busy || std::chrono::steady_clock::now() >= deadline) {
-            failFile(error, lockPath, "locked", errno);
-            return {};
-        }
-        std::this_thread::sleep_for(kPause);
-    }
-    return file;
-}
+constexpr std::chrono::seconds kLongestWaitForLock{5};
 
 using Path = std::optional<std::string>;
 
@@ -87,7 +58,7 @@ bool storeValue(const std::string& file, const std::string& key,
     if (!createDirectory(parentFolder(file), error)) {
         return false;
     }
-    const FileDescriptor lock = lockDomain(file, error);
+    const std::optional<FileLock> lock = FileLock::acquire(file, kLongestWaitForLock, error);
     std::optional<PropertyList::Dictionary> entries =
         lock ? storedEntries(file, error) : std::nullopt;
     if (!entries) {

@@ -83,6 +83,13 @@ TEST(Text, lowersLettersOfEveryScript) {
     EXPECT_EQ(lowercasedLetters(""), "");
 }
 
+TEST(Text, putsLettersOfEveryScriptIntoUpperCase) {
+    EXPECT_EQ(uppercasedLetters("aBc-éжω1"), "ABC-ÉЖΩ1");
+    EXPECT_EQ(uppercasedLetters("ß"), "ß") << "two letters would stand for it";
+    EXPECT_EQ(uppercasedLetters("x\xFF\xC3🎬y"), "X\xFF\xC3🎬Y") << "other bytes stay";
+    EXPECT_EQ(uppercasedLetters(""), "");
+}
+
 TEST(Text, comparesWithoutRegardToCase) {
     EXPECT_EQ(caseInsensitiveCompare("YES", "yes"), 0);
     EXPECT_LT(caseInsensitiveCompare("1", "2"), 0);

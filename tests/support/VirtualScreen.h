@@ -14,6 +14,7 @@
 namespace vornic::test {
 
 /// A display server without a screen (Xvfb), with a free number of its own, while the object lives.
+/// What a program sets on it stays when that program ends.
 class VirtualScreen {
   public:
     /// @param number the path of a file in which the server leaves its number
@@ -23,8 +24,8 @@ class VirtualScreen {
         }
         server_ = std::make_unique<RunningProgram>(ProgramSettings{
             .program = "/bin/sh",
-            .arguments = {"-c", "exec " + std::string(kServer) + " -displayfd 3 -nolisten tcp 3>'" +
-                                    number + "'"},
+            .arguments = {"-c", "exec " + std::string(kServer) +
+                                    " -displayfd 3 -noreset -nolisten tcp 3>'" + number + "'"},
             .environment = {"PATH=/usr/bin:/bin"}});
         waitFor(number);
     }
