@@ -64,11 +64,13 @@ class Document : public std::enable_shared_from_this<Document>,
     // Repair.
 
     /// The user's action: starts a repair of the document's file on a new thread. Does nothing
-    /// without a file.
+    /// without a file. Main thread.
     void repair();
-    /// Runs the whole repair on the calling thread. @return how it ended.
+    /// Runs the whole repair of a file on the calling thread. @return how it ended.
     RepairOutcome startRepair(const std::string& path);
+    /// The function of the same name for any document.
     [[nodiscard]] std::string stripInvalidCharsFromData(std::string_view data);
+    /// The function of the same name for this document. @return nothing when it was cancelled.
     [[nodiscard]] Text filterInvalidCharsInString(std::string_view text);
 
     // Conversion.
@@ -79,11 +81,12 @@ class Document : public std::enable_shared_from_this<Document>,
     /// Closes the conversion dialog. Main thread.
     void closeConvertDialog();
     /// Converts the document's file to the version chosen in the menu, then analyses it again, all
-    /// on the calling thread.
+    /// on the calling thread. Does nothing without a file. Main thread.
     void convertVersion();
     /// The action of the convert button: `convertVersion` on a new thread, so that the window stays
-    /// alive meanwhile.
+    /// alive meanwhile. Main thread.
     void convertVersionOnThread();
+    /// The functions of the same names for this document. The calling thread, which may be any.
     void convertXMEMLVersion(const std::string& version, std::unique_ptr<XMLDocument> forDocument,
                              const std::string& filePath);
     [[nodiscard]] std::unique_ptr<XMLDocument> stripTagsFromXMLDoc(
@@ -110,39 +113,52 @@ class Document : public std::enable_shared_from_this<Document>,
     [[nodiscard]] std::int64_t minDowngradeVersion() const override;
     void setMinDowngradeVersion(std::int64_t version) override;
 
-    // Progress.
+    // Progress. Any thread; "busy" is a bar without a measure.
 
+    /// Marks a run as going on and not cancelled, and shows the busy progress sheet.
     void startProgress() override;
+    /// Takes the sheet away and marks the run as ended.
     void endProgress() override;
     void setProgressLabel(std::string_view text) override;
+    /// Gives the bar a measure from 0, where it stands now, to a maximum in units of the caller.
     void setProgressMax(std::int64_t maximum) override;
+    /// Makes the bar busy again.
     void setIndeterminateProgress() override;
+    /// Adds 1 to the bar's value.
     void incrementProgress();
     void setProgressValue(std::int64_t value) override;
+    /// Sets the last of the values; it never looks for a cancellation. @return true.
     bool setProgressValues(std::int64_t first, std::int64_t last, std::int64_t except) override;
-    /// The action of the cancel button. Main thread.
+    /// The action of the cancel button: asks the run to end, which takes the sheet away when it
+    /// does. Main thread.
     void cancelProgress();
-    /// The bar as it stands: its maximum (0 while it is indeterminate) and its value. Any thread.
+    /// The bar as it stands: its maximum (0 while it is busy) and its value.
     [[nodiscard]] std::int64_t progressMax() const;
     [[nodiscard]] std::int64_t progressValue() const;
 
-    // The report text.
+    // The report text. Any thread. A line is also written to the log, whatever the window shows.
 
     void clearInfoText() override;
     void appendInfoText(std::string_view text) override;
     void appendBoldInfoText(std::string_view text) override;
     void appendErrorInfoText(std::string_view text) override;
     void appendBoldErrorInfoText(std::string_view text) override;
+    /// Puts an entry at the end of the report, red for an error and bold when asked, with an empty
+    /// line before it when it is not the first; without a window it is a line of standard output.
     void appendInfoText(std::string_view text, bool isError, bool isBold);
 
     // Alerts.
 
+    /// Logs an alert and shows it as a sheet without waiting for its answer. Any thread.
+    /// @param message nothing: neither logged nor shown
+    /// @param info nothing: the empty text. It is read as a format without arguments.
     void displayAlert(std::optional<std::string_view> message,
                       std::optional<std::string_view> info) override;
     /// Shows the alert of a dictionary with the keys "message" and "infotext". Main thread.
     void displayAlertOnMainThread(const AlertDictionary& dictionary);
 
-    // The conversion dialog, as the conversion engines drive it.
+    // The conversion dialog, as the conversion engines drive it. Any thread; without a window
+    // nothing happens.
 
     [[nodiscard]] QMAlert::Window windowMain() const override;
     void startConvertSpinner() override;

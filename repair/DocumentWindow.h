@@ -27,13 +27,17 @@ class DocumentWindow : public AlertWindow {
     // The progress sheet (`windowProgress`, `progressBar`, `progressStatusText`,
     // `progressCancelBtn`).
     virtual void setProgressCancelEnabled(bool enabled) = 0;
+    /// While animated, the bar moves (busy) or follows the document's value.
     virtual void startProgressAnimation() = 0;
     virtual void stopProgressAnimation() = 0;
     virtual void setProgressIndeterminate(bool indeterminate) = 0;
     virtual void setProgressStatusText(std::string_view text) = 0;
     [[nodiscard]] virtual bool progressSheetIsVisible() const = 0;
+    /// Whether it is attached to this window.
     [[nodiscard]] virtual bool progressSheetIsSheet() const = 0;
+    /// Attaches the sheet to this window, in front, and returns at once.
     virtual void beginProgressSheet() = 0;
+    /// Takes it off the screen.
     virtual void endProgressSheet() = 0;
     /// Tells how a run has ended, after its sheet is gone.
     virtual void showOutcome(RepairOutcome outcome) = 0;
@@ -43,6 +47,7 @@ class DocumentWindow : public AlertWindow {
 
     // The conversion dialog (`windowConvert`, `convertCurVersion`, `convertDowngradeVersion`,
     // `convertVersionPopUp`, `convertBtn`, `convertSpinner`).
+    /// Shows the dialog, empty and disabled, as a sheet in front and returns at once.
     virtual void beginConvertSheet() = 0;
     virtual void endConvertSheet() = 0;
     virtual void startConvertSpinner() = 0;
@@ -50,7 +55,9 @@ class DocumentWindow : public AlertWindow {
     virtual void setConvertCurVersion(std::string_view text) = 0;
     virtual void setConvertDowngradeVersion(std::string_view text) = 0;
     virtual void removeAllConvertVersions() = 0;
+    /// Adds an item at the end of the version menu.
     virtual void addConvertVersion(std::string_view title) = 0;
+    /// Gives the last item of the menu a key, the version that it stands for.
     virtual void setLastConvertVersionKey(std::string_view key) = 0;
     /// The key of the selected item of the version menu, or nothing.
     [[nodiscard]] virtual std::optional<std::string> selectedConvertVersionKey() const = 0;

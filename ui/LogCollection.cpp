@@ -31,7 +31,7 @@ bool isCrashReportOf(const std::string& entry, const std::string& appName) {
 
 std::optional<std::string> preferenceFileOf(const std::string& folder, const std::string& appName) {
     const std::string name = replacingOccurrences(appName, " ", "");
-    for (const std::string& spelling : {name, lowercased(name)}) {
+    for (const std::string& spelling : {name, lowercasedLetters(name)}) {
         std::string path =
             appendingPathComponent(folder, formatString("com.quillmark.%@.plist", spelling));
         if (platform::fileExists(path)) {

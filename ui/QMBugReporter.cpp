@@ -93,14 +93,14 @@ std::optional<std::string> lastReport(const std::string& folder, const std::stri
     const std::vector<std::string> names =
         platform::namesInFolder(folder, ignored).value_or(std::vector<std::string>());
     const auto last = std::find_if(names.rbegin(), names.rend(), [&](const std::string& name) {
-        return lowercased(name).starts_with(beginning);
+        return lowercasedLetters(name).starts_with(beginning);
     });
     return last != names.rend() ? std::optional(appendingPathComponent(folder, *last))
                                 : std::nullopt;
 }
 
 std::optional<std::string> findReport(const std::string& applicationName, double launch) {
-    const std::string beginning = lowercased(applicationName) + "_";
+    const std::string beginning = lowercasedLetters(applicationName) + "_";
     for (const std::string& folder : reportFolders()) {
         std::optional<std::string> report = lastReport(folder, beginning);
         const std::optional<platform::FileDate> changed =

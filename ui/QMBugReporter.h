@@ -36,10 +36,10 @@ class QMBugReporter {
 
     /// Looks for the crash report of a run that has a "launch" and no "exit" at or after it: in the
     /// folders "CrashReporter" and "DiagnosticReports" of the user's log folder, then of the
-    /// machine's, the last file whose name begins with the application's name (ASCII letters in any
-    /// case) and "_", when it was changed after the launch. One that is found is logged and opened
-    /// in the bug reporting application, unless the family's preferences switch that off
-    /// ("disable-crash-reporter").
+    /// machine's, the last file whose name begins with the application's name (letters in any case)
+    /// and "_", when it was changed after the launch. A crash that is found is logged and its
+    /// report opened in the bug reporting application, unless the family's preferences switch that
+    /// off ("disable-crash-reporter").
     /// @param applicationName nothing: the "CFBundleName" of the application's bundle
     /// @return the report's path, or nothing.
     static Text checkForCrashes();

@@ -163,6 +163,12 @@ TEST_F(LogCollectionTest, looksForAPreferenceFileInLowerCaseWhenThereIsNoOther) 
     EXPECT_THAT(collected({"My App"}), ElementsAre(Pair(path, "com.quillmark.myapp.plist")));
 }
 
+TEST_F(LogCollectionTest, knowsTheLowerCaseOfEveryLetter) {
+    const std::string path = make(preferences(), "com.quillmark.übungsrolle.plist");
+    EXPECT_THAT(collected({"Übungs Rolle"}),
+                ElementsAre(Pair(path, "com.quillmark.übungsrolle.plist")));
+}
+
 TEST_F(LogCollectionTest, leavesThePreferenceFileInLowerCaseWhenThereIsTheOther) {
     const std::string path = make(preferences(), "com.quillmark.MyApp.plist");
     make(preferences(), "com.quillmark.myapp.plist");

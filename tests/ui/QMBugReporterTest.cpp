@@ -224,6 +224,12 @@ TEST_F(QMBugReporterTest, looksForTheNameThatItIsGiven) {
     EXPECT_EQ(QMBugReporter::checkForCrashes("Third Tool", std::nullopt), std::nullopt);
 }
 
+TEST_F(QMBugReporterTest, knowsTheCaseOfEveryLetter) {
+    stamp("launch", kLaunch);
+    const std::string report = makeReport("DiagnosticReports", "ÜBUNG_1.crash");
+    EXPECT_EQ(QMBugReporter::checkForCrashes("Übung", std::nullopt), report);
+}
+
 TEST_F(QMBugReporterTest, findsNothingWithoutAName) {
     stamp("launch", kLaunch);
     makeReport("DiagnosticReports", "Vornic_1.crash");
