@@ -20,6 +20,20 @@ std::shared_ptr<LogFile> LogFile::open(const std::string& path) {
 }
 
 LogFile::Appended LogFile::append(std::string_view bytes) {
+    if (endsInsideLine_) {
+        const Appended lineEnd = write("\n");
+        if (lineEnd.byteCount == 0) {
+            return lineEnd;
+        }
+        endsInsideLine_ = false;
+    }
+    const Appended result = write(bytes);
+    const bool isCut = result.byteCount > 0 && result.byteCount < bytes.size();
+    endsInsideLine_ = isCut && bytes[result.byteCount - 1] != '\n';
+    return result;
+}
+
+LogFile::Appended LogFile::write(std::string_view bytes) {
     Appended result;
     while (result.byteCount < bytes.size()) {
         const std::string_view rest = bytes.substr(result.byteCount);

@@ -26,10 +26,6 @@ bool isOwnItem(const std::string& path) {
     return ownMode(path) != 0;
 }
 
-bool isOwnFolder(const std::string& path) {
-    return S_ISDIR(ownMode(path));
-}
-
 bool isPrivateFolder(const std::string& path) {
     const mode_t mode = ownMode(path);
     return S_ISDIR(mode) && (mode & 0777U) == 0700;

@@ -13,10 +13,8 @@ namespace vornic::platform {
 /// belongs to nobody.
 [[nodiscard]] bool isOwnItem(const std::string& path);
 
-/// True for a folder that is the user's own in that sense.
-[[nodiscard]] bool isOwnFolder(const std::string& path);
-
-/// True for such a folder in which nobody else can put files in this user's way (mode 0700).
+/// True for a folder that is the user's own in that sense and in which nobody else can put files in
+/// this user's way (mode 0700).
 [[nodiscard]] bool isPrivateFolder(const std::string& path);
 
 /// Makes a folder for this user alone, with mode 0700, and all folders above it. It must be new:

@@ -33,6 +33,7 @@ class AlertPanel {
     virtual void begin(const std::shared_ptr<AlertWindow>& parentWindow,
                        std::function<void(std::int64_t returnCode)> didEnd) = 0;
     [[nodiscard]] virtual bool isVisible() const = 0;
+    /// Takes the alert off the screen without an answer: `didEnd` is told nothing any more.
     virtual void orderOut() = 0;
 };
 

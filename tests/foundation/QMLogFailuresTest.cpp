@@ -112,6 +112,27 @@ TEST_F(QMLogFailuresTest, losesOnlyTheLinesForWhichThereIsNoRoom) {
     EXPECT_EQ(std::count(outcome.output.begin(), outcome.output.end(), '\n'), 2);
 }
 
+TEST_F(QMLogFailuresTest, beginsANewLineBehindOneForWhichThereWasTooLittleRoom) {
+    static_cast<void>(inChild([] {
+        QMLog::createNewLog();
+        QMLog::finishWriting();
+        limitFileSize(QMLog::sharedController().bytesWritten() + 30 + 10);
+        QMLog::fastAppendLog("1");
+        QMLog::fastAppendLog("2");
+        QMLog::finishWriting();
+        QMLog::fastAppendLog("3");
+        QMLog::finishWriting();
+        limitFileSize(RLIM_INFINITY);
+        QMLog::appendLog("4");
+        QMLog::appendLog("5");
+        QMLog::finishWriting();
+    }));
+    const std::string date = "....-..-.. ..:..:.. .0000 - ";
+    EXPECT_THAT(
+        test::readBytes(generation(1)),
+        ::testing::ContainsRegex("\n" + date + "1\n....-..-..\n" + date + "4\n" + date + "5\n$"));
+}
+
 TEST_F(QMLogFailuresTest, losesAnExceptionOfWritingSilentlyWithoutPrinting) {
     const test::ChildOutcome outcome = inChild([] {
         QMLog::createNewLog("Vornic", true);

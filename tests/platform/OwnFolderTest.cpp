@@ -24,18 +24,21 @@ class OwnFolderTest : public ::testing::Test {
 
 TEST_F(OwnFolderTest, knowsAFolderOfThisUser) {
     fs::create_directory(path);
-    EXPECT_TRUE(isOwnFolder(path));
+    EXPECT_TRUE(isOwnItem(path));
 }
 
 TEST_F(OwnFolderTest, takesNoLinkForTheFolderThatItLeadsTo) {
+    fs::permissions(sandbox.home(), fs::perms(0700));
     fs::create_directory_symlink(sandbox.home(), path);
-    EXPECT_FALSE(isOwnFolder(path));
+    EXPECT_FALSE(isOwnItem(path));
     EXPECT_FALSE(isPrivateFolder(path));
 }
 
 TEST_F(OwnFolderTest, takesNoFileAndNothingMissingForAFolder) {
-    EXPECT_FALSE(isOwnFolder(path));
-    EXPECT_FALSE(isOwnFolder(sandbox.write("file", "")));
+    EXPECT_FALSE(isPrivateFolder(path));
+    const std::string file = sandbox.write("file", "");
+    fs::permissions(file, fs::perms(0700));
+    EXPECT_FALSE(isPrivateFolder(file));
 }
 
 TEST_F(OwnFolderTest, knowsAFileOfThisUserAndNoLinkToIt) {
@@ -49,7 +52,6 @@ TEST_F(OwnFolderTest, knowsAFolderOfAnotherUser) {
     if (geteuid() == 0) {
         GTEST_SKIP() << "everything is root's here";
     }
-    EXPECT_FALSE(isOwnFolder("/usr"));
     EXPECT_FALSE(isOwnItem("/usr"));
 }
 

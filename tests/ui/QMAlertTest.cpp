@@ -143,6 +143,30 @@ TEST_F(QMAlertTest, showsTheSuppressionCheckBoxOnlyForAKey) {
                                                 "window to the front", "begin on the window"));
 }
 
+TEST_F(QMAlertTest, showsARequestByItsKeys) {
+    const auto object = std::make_shared<QMAlert>();
+    const auto delegate = std::make_shared<TestDelegate>();
+    object->setDelegate(delegate);
+    object->alertSheetWithDictionary({{"messageText", "message"},
+                                      {"defaultButtonTitle", "Yes"},
+                                      {"alternateButtonTitle", "No"},
+                                      {"otherButtonTitle", "Cancel"},
+                                      {"informativeText", "information"},
+                                      {"didEndSelector", "questionDidEnd:"},
+                                      {"suppressionBinding", "dontAskAgain"}});
+    const AlertContents& contents = panels->panels.at(0)->contents;
+    EXPECT_EQ(contents.messageText, "message");
+    EXPECT_EQ(contents.defaultButtonTitle, "Yes");
+    EXPECT_EQ(contents.alternateButtonTitle, "No");
+    EXPECT_EQ(contents.otherButtonTitle, "Cancel");
+    EXPECT_EQ(contents.informativeText, "information");
+    EXPECT_THAT(panels->happenings,
+                ElementsAre("make panel", "check box for dontAskAgain", "begin free-standing"));
+    panels->panels[0]->answer(-1);
+    EXPECT_THAT(delegate->told, ElementsAre("questionDidEnd: -1"));
+    object->closeAlert();
+}
+
 TEST_F(QMAlertTest, showsARequestThatHasNoKey) {
     const auto object = std::make_shared<QMAlert>();
     object->alertSheetWithDictionary({});
