@@ -11,7 +11,8 @@ namespace vornic::platform {
 using WillTerminateObserver = std::function<void()>;
 /// Registers an observer and returns its token. Any thread.
 std::size_t addWillTerminateObserver(WillTerminateObserver observer);
-/// Removes an observer; an unknown token is ignored.
+/// Removes an observer, which may be the one that is being called; an unknown token is ignored. Any
+/// thread.
 void removeWillTerminateObserver(std::size_t token);
 /// Calls every observer in the order of registration, on the calling thread.
 void postWillTerminate();
