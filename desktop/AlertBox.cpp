@@ -1,7 +1,9 @@
 #include "desktop/AlertBox.h"
 
 #include <QApplication>
+#include <QFont>
 #include <QIcon>
+#include <QLabel>
 
 namespace vornic {
 
@@ -11,7 +13,11 @@ void prepareAlertBox(QMessageBox& box) {
     box.setWindowTitle(QStringLiteral("Vornic"));
     box.setTextFormat(Qt::PlainText);
     box.setIconPixmap(QApplication::windowIcon().pixmap(kIconSize));
-    box.setStyleSheet(QStringLiteral("QLabel#qt_msgbox_label { font-weight: bold; }"));
+    if (auto* const headline = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
+        QFont bold = headline->font();
+        bold.setBold(true);
+        headline->setFont(bold);
+    }
 }
 
 }  // namespace vornic

@@ -4,9 +4,11 @@
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileSystemModel>
+#include <QHeaderView>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QSortFilterProxyModel>
+#include <QTreeView>
 #include <QUrl>
 #include <algorithm>
 #include <iterator>
@@ -19,6 +21,7 @@
 #include "desktop/MainMenu.h"
 #include "desktop/QtText.h"
 #include "desktop/RecentFiles.h"
+#include "desktop/Sheet.h"
 #include "foundation/QMLocalPaths.h"
 #include "foundation/QMLog.h"
 #include "foundation/Text.h"
@@ -30,6 +33,8 @@
 namespace vornic {
 
 namespace {
+
+constexpr QSize kOpenPanelSize(820, 520);
 
 // Shows folders, and the files that the settings allow.
 class AllowedFiles : public QSortFilterProxyModel {
@@ -161,6 +166,13 @@ std::optional<std::vector<std::string>> Application::runOpenPanel(
     panel.setOption(QFileDialog::ReadOnly, !settings.canCreateDirectories);
     panel.setOption(QFileDialog::DontUseNativeDialog);
     panel.setProxyModel(new AllowedFiles(settings));  // which the panel owns
+    panel.setNameFilter(tr("Final Cut Pro XML files (*)"));
+    panel.setOption(QFileDialog::HideNameFilterDetails);
+    panel.resize(kOpenPanelSize);
+    if (const auto* const list = panel.findChild<QTreeView*>()) {
+        list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+        list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    }
     openPanel_ = &panel;
     const bool confirmed = panel.exec() == QDialog::Accepted;
     openPanel_ = nullptr;
@@ -342,6 +354,8 @@ void Application::showStartWindow() {
         makeMainMenu(*startWindow_, *this);
     }
     startWindow_->showRecentFiles();
+    // What has to be told comes first.
+    startWindow_->setAttribute(Qt::WA_ShowWithoutActivating, hasKeyWindow());
     startWindow_->show();
 }
 
@@ -377,7 +391,7 @@ void Application::presentError(const QString& message, const QString& info) {
     box->setModal(false);
     // From here on it belongs to the screen.
     box->setAttribute(Qt::WA_DeleteOnClose);
-    box.release()->show();
+    beginAlone(*box.release());
 }
 
 void Application::openInFileManager(const std::string& folder) {

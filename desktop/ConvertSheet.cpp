@@ -61,9 +61,11 @@ ConvertSheet::ConvertSheet(QWidget* window, std::function<void()> convert,
     auto* const column = new QVBoxLayout(this);
     column->addWidget(curVersion_);
     column->addWidget(downgradeVersion_);
+    column->addSpacing(column->spacing());
     auto* const form = new QFormLayout;
     form->addRow(tr("Convert &to version:"), versions_);
     column->addLayout(form);
+    column->addSpacing(column->spacing());
     auto* const row = new QHBoxLayout;
     row->addWidget(spinner_);
     row->addStretch();

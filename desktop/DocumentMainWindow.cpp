@@ -134,14 +134,18 @@ QWidget* DocumentMainWindow::makeFoot() {
     auto* const foot = new QWidget(this);
     auto* const row = new QHBoxLayout(foot);
     row->setContentsMargins(0, 0, 0, 0);
+    outcomeBadge_ = new OutcomeBadge(foot);
     outcomeLabel_ = new QLabel(foot);
     outcomeLabel_->setObjectName(QStringLiteral("outcomeLabel"));
     outcomeLabel_->setAccessibleName(tr("Outcome of the repair"));
     outcomeLabel_->setTextFormat(Qt::PlainText);
     outcomeLabel_->setWordWrap(true);
+    QFont bold = outcomeLabel_->font();
+    bold.setBold(true);
+    outcomeLabel_->setFont(bold);
     showFileButton_ =
         makeButton("showFileBtn", tr("&Show File"), tr("Show the file in its folder"), foot);
-    showTrashButton_ = makeButton("showTrashBtn", tr("Show T&rash"),
+    showTrashButton_ = makeButton("showTrashBtn", tr("Show Tr&ash"),
                                   tr("Show the Trash, where the original file is"), foot);
     repairButton_ = makeButton("repairBtn", tr("&Repair"), tr("Repair the file"), foot);
     connect(showFileButton_, &QPushButton::clicked, this, [this] { actions_.showFile(*this); });
@@ -151,6 +155,7 @@ QWidget* DocumentMainWindow::makeFoot() {
             shown->repair();
         }
     });
+    row->addWidget(outcomeBadge_);
     row->addWidget(outcomeLabel_, 1);
     row->addWidget(showFileButton_);
     row->addWidget(showTrashButton_);
@@ -243,7 +248,7 @@ bool DocumentMainWindow::progressSheetIsSheet() const {
 }
 
 void DocumentMainWindow::beginProgressSheet() {
-    outcomeLabel_->clear();
+    setOutcome(OutcomeBadge::Kind::none, QString());
     repairButton_->setEnabled(false);
     showPlaces(false, false);
     beginSheet(*progress_);
@@ -254,43 +259,39 @@ void DocumentMainWindow::endProgressSheet() {
 }
 
 void DocumentMainWindow::showOutcome(RepairOutcome outcome) {
+    using Kind = OutcomeBadge::Kind;
     repairButton_->setEnabled(true);
     showPlaces(outcome == RepairOutcome::repairedAndSwapped ||
                    outcome == RepairOutcome::repairedNotSwapped,
                outcome == RepairOutcome::repairedAndSwapped);
     switch (outcome) {
         case RepairOutcome::sound:
-            setOutcome(QStringLiteral("✓"), tr("The file is sound."), "good");
+            setOutcome(Kind::good, tr("The file is sound."));
             break;
         case RepairOutcome::repairedAndSwapped:
-            setOutcome(QStringLiteral("✓"), tr("Repaired. The original file is in the Trash."),
-                       "good");
+            setOutcome(Kind::good, tr("Repaired. The original file is in the Trash."));
             break;
         case RepairOutcome::repairedNotSwapped:
-            setOutcome(QStringLiteral("⚠"),
+            setOutcome(Kind::warning,
                        tr("Repaired, but the repaired file could not take the place of the "
-                          "original; it is beside it."),
-                       "warning");
+                          "original; it is beside it."));
             break;
         case RepairOutcome::unable:
-            setOutcome(QStringLiteral("✕"), tr("Unable to repair. The file is as it was."), "bad");
+            setOutcome(Kind::bad, tr("Unable to repair. The file is as it was."));
             break;
         case RepairOutcome::cancelled:
-            setOutcome(QStringLiteral("–"), tr("Cancelled. The file is as it was."), "neutral");
+            setOutcome(Kind::neutral, tr("Cancelled. The file is as it was."));
             break;
         case RepairOutcome::stopped:
-            setOutcome(QStringLiteral("✕"),
-                       tr("The repair could not be carried out. The file is as it was."), "bad");
+            setOutcome(Kind::bad,
+                       tr("The repair could not be carried out. The file is as it was."));
             break;
     }
 }
 
-void DocumentMainWindow::setOutcome(const QString& symbol, const QString& text, const char* kind) {
-    outcomeLabel_->setText(symbol + QStringLiteral("  ") + text);
-    outcomeLabel_->setProperty("outcome", QString::fromLatin1(kind));
-    QFont bold = outcomeLabel_->font();
-    bold.setBold(true);
-    outcomeLabel_->setFont(bold);
+void DocumentMainWindow::setOutcome(OutcomeBadge::Kind kind, const QString& text) {
+    outcomeBadge_->setKind(kind);
+    outcomeLabel_->setText(text);
 }
 
 void DocumentMainWindow::beginAlertSheet(std::string_view message, std::string_view info) {

@@ -13,6 +13,7 @@
 
 #include "desktop/ConvertSheet.h"
 #include "desktop/FindBar.h"
+#include "desktop/OutcomeBadge.h"
 #include "desktop/ProgressSheet.h"
 #include "desktop/ReportView.h"
 #include "repair/Document.h"
@@ -83,7 +84,7 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
   private:
     QWidget* makeHead();
     QWidget* makeFoot();
-    void setOutcome(const QString& symbol, const QString& text, const char* kind);
+    void setOutcome(OutcomeBadge::Kind kind, const QString& text);
     // The ways to the places that a repair has put files in.
     void showPlaces(bool showsFile, bool showsTrash);
     void writeReport(const std::string& path);
@@ -93,6 +94,7 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     std::string path_;
     Actions actions_;
 
+    OutcomeBadge* outcomeBadge_ = nullptr;
     QLabel* outcomeLabel_ = nullptr;
     QPushButton* showFileButton_ = nullptr;
     QPushButton* showTrashButton_ = nullptr;

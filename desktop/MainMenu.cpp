@@ -163,7 +163,7 @@ class MenuBuilder {
 
     void buildTroubleshootingMenu() {
         AppController& controller = application_.controller();
-        QMenu& menu = begin(tr("Tr&oubleshooting"), "troubleshootingMenu");
+        QMenu& menu = begin(tr("Trou&bleshooting"), "troubleshootingMenu");
         add(menu, "troubleshootingViewLog", tr("View &Log"), {},
             [&controller] { controller.viewLog(); });
         add(menu, "troubleshootingViewTaskLog", tr("View &Task Log"), {},

@@ -62,10 +62,7 @@ class QtAlertPanel : public AlertPanel {
         if (window != nullptr) {
             beginSheet(box);
         } else {
-            box.setWindowModality(Qt::NonModal);
-            box.show();
-            box.raise();
-            box.activateWindow();
+            beginAlone(box);
         }
     }
 

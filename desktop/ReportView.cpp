@@ -6,6 +6,7 @@
 #include <chrono>
 #include <utility>
 
+#include "desktop/ColorScheme.h"
 #include "desktop/QtText.h"
 
 namespace vornic {
@@ -13,12 +14,12 @@ namespace vornic {
 namespace {
 
 constexpr int kFontSize = 12;
+constexpr int kMargin = 8;
 // Marks the text of an error, whose colour follows the palette.
 constexpr int kIsError = QTextFormat::UserProperty + 1;
 // Enough to be worth it, few enough for no pause to be felt.
 constexpr std::size_t kMostWaiting = 500;
 constexpr std::chrono::milliseconds kLongestWait{20};
-constexpr int kMiddleGray = 128;
 
 }  // namespace
 
@@ -32,6 +33,7 @@ ReportView::ReportView(QWidget* parent) : QPlainTextEdit(parent) {
     QFont plain = font();
     plain.setPointSize(kFontSize);
     setFont(plain);
+    document()->setDocumentMargin(kMargin);
     clock_.setSingleShot(true);
     connect(&clock_, &QTimer::timeout, this, [this] { flush(); });
 }
@@ -75,7 +77,7 @@ void ReportView::insert(QTextCursor& cursor, const Entry& entry) {
     QTextCharFormat format;
     format.setFontWeight(entry.isBold ? QFont::Bold : QFont::Normal);
     if (entry.isError) {
-        format.setForeground(errorColor());
+        format.setForeground(errorColorOn(palette()));
         format.setProperty(kIsError, true);
     }
     std::string_view text = entry.text;
@@ -111,12 +113,6 @@ void ReportView::changeEvent(QEvent* event) {
     }
 }
 
-// Red that can be read on the background.
-QColor ReportView::errorColor() const {
-    const bool isDark = palette().color(QPalette::Base).lightness() < kMiddleGray;
-    return isDark ? QColor(255, 105, 97) : QColor(200, 0, 0);
-}
-
 void ReportView::recolorErrors() {
     QTextCursor cursor(document());
     cursor.beginEditBlock();
@@ -127,7 +123,7 @@ void ReportView::recolorErrors() {
                 cursor.setPosition(part.fragment().position() + part.fragment().length(),
                                    QTextCursor::KeepAnchor);
                 QTextCharFormat change;
-                change.setForeground(errorColor());
+                change.setForeground(errorColorOn(palette()));
                 cursor.mergeCharFormat(change);
                 break;
             }

@@ -42,7 +42,6 @@ class ReportView : public QPlainTextEdit {
     };
 
     void insert(QTextCursor& cursor, const Entry& entry);
-    [[nodiscard]] QColor errorColor() const;
     void recolorErrors();
 
     std::vector<Entry> waiting_;

@@ -7,8 +7,11 @@
 namespace vornic {
 
 /// Shows a dialog as a sheet: modal to its parent window alone, at the top of that window, in the
-/// middle.
+/// middle, where it stays when the window is moved.
 void beginSheet(QDialog& dialog);
+
+/// Shows a dialog as a window of its own, over the middle of the document's window that is in use.
+void beginAlone(QDialog& dialog);
 
 /// True when a dialog that is modal to the window is on the screen.
 [[nodiscard]] bool hasSheet(const QWidget& window);

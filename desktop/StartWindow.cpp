@@ -2,11 +2,11 @@
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
 #include <utility>
 
+#include "desktop/DropArea.h"
 #include "desktop/QtText.h"
 #include "desktop/RecentFiles.h"
 #include "desktop/WindowSize.h"
@@ -17,6 +17,7 @@ namespace {
 
 constexpr QSize kDefaultSize(460, 420);
 constexpr int kIconSize = 64;
+constexpr int kItemSpacing = 2;
 
 }  // namespace
 
@@ -26,35 +27,40 @@ StartWindow::StartWindow(std::function<void()> browse, std::function<void(const 
     setWindowTitle(QStringLiteral("Vornic"));
     setAcceptDrops(true);
     auto* const content = new QWidget(this);
-    auto* const icon = new QLabel(content);
+    auto* const area = new DropArea(content);
+    auto* const icon = new QLabel(area);
     icon->setPixmap(QApplication::windowIcon().pixmap(kIconSize));
     icon->setAlignment(Qt::AlignCenter);
     auto* const invitation =
-        new QLabel(tr("Drop Final Cut Pro XML files here to repair them."), content);
+        new QLabel(tr("Drop Final Cut Pro XML files here to repair them."), area);
     invitation->setObjectName(QStringLiteral("dropLabel"));
     invitation->setAlignment(Qt::AlignCenter);
     invitation->setWordWrap(true);
-    auto* const button = new QPushButton(tr("&Open Files…"), content);
+    auto* const button = new QPushButton(tr("&Open Files…"), area);
     button->setObjectName(QStringLiteral("startOpenBtn"));
     button->setAccessibleName(tr("Open files to repair"));
     button->setDefault(true);
-    auto* const heading = new QLabel(tr("&Recent files"), content);
-    heading->setBuddy(recentFiles_);
+    recentHeading_ = new QLabel(tr("&Recent files"), content);
+    recentHeading_->setBuddy(recentFiles_);
     recentFiles_->setObjectName(QStringLiteral("recentFilesList"));
     recentFiles_->setAccessibleName(tr("Recent files"));
     recentFiles_->setTextElideMode(Qt::ElideMiddle);
     recentFiles_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    recentFiles_->setSpacing(kItemSpacing);
     recentFiles_->setAcceptDrops(false);
     recentFiles_->viewport()->setAcceptDrops(false);
 
     auto* const column = new QVBoxLayout(content);
-    column->addSpacing(column->spacing());
-    column->addWidget(icon);
-    column->addWidget(invitation);
-    column->addWidget(button, 0, Qt::AlignHCenter);
-    column->addSpacing(column->spacing());
-    column->addWidget(heading);
+    column->addWidget(area, 1);
+    column->addWidget(recentHeading_);
     column->addWidget(recentFiles_, 1);
+    auto* const invitationColumn = new QVBoxLayout(area);
+    invitationColumn->setSpacing(2 * column->spacing());
+    invitationColumn->addStretch();
+    invitationColumn->addWidget(icon);
+    invitationColumn->addWidget(invitation);
+    invitationColumn->addWidget(button, 0, Qt::AlignHCenter);
+    invitationColumn->addStretch();
     setCentralWidget(content);
     setTabOrder(button, recentFiles_);
     button->setFocus();
@@ -73,9 +79,13 @@ void StartWindow::showRecentFiles() {
         item->setToolTip(toolTipOf(path));
         item->setData(Qt::UserRole, QByteArray::fromStdString(path));
     }
-    if (recentFiles_->count() > 0) {
-        recentFiles_->setCurrentRow(0);
+    const bool hasFiles = recentFiles_->count() > 0;
+    if (hasFiles) {
+        // Ready for the keyboard, but not marked before it comes there.
+        recentFiles_->setCurrentRow(0, QItemSelectionModel::NoUpdate);
     }
+    recentHeading_->setVisible(hasFiles);
+    recentFiles_->setVisible(hasFiles);
 }
 
 void StartWindow::closeEvent(QCloseEvent* event) {

@@ -1,6 +1,7 @@
 #ifndef VORNIC_DESKTOP_START_WINDOW_H
 #define VORNIC_DESKTOP_START_WINDOW_H
 
+#include <QLabel>
 #include <QListWidget>
 #include <QMainWindow>
 #include <functional>
@@ -14,7 +15,7 @@ class StartWindow : public QMainWindow {
   public:
     StartWindow(std::function<void()> browse, std::function<void(const std::string&)> open);
 
-    /// Lists the files that were opened last.
+    /// Lists the files that were opened last; there is no list where there are none.
     void showRecentFiles();
 
   protected:
@@ -24,6 +25,7 @@ class StartWindow : public QMainWindow {
     void openItem(const QListWidgetItem* item);
 
     std::function<void(const std::string&)> open_;
+    QLabel* recentHeading_ = nullptr;
     QListWidget* recentFiles_;
 };
 

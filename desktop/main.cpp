@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "app/StandardStreams.h"
+#include "desktop/Appearance.h"
 #include "desktop/Application.h"
 #include "desktop/InstanceLink.h"
 #include "desktop/QtAlertPanel.h"
@@ -94,6 +95,7 @@ int main(int argc, char** argv) {
     if (!isAlone && link.handOver(files)) {
         return EXIT_SUCCESS;
     }
+    const vornic::Appearance appearance(vornic::SettingsPortal::sessionBus());
     vornic::platform::MainThread::adopt();
     vornic::platform::MainThread::setLoop(std::make_shared<vornic::QtRunLoop>());
     vornic::QMAlert::setPanelFactory(std::make_shared<vornic::QtAlertPanelFactory>());

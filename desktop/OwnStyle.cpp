@@ -1,0 +1,47 @@
+#include "desktop/OwnStyle.h"
+
+#include <QDialogButtonBox>
+#include <QPainter>
+#include <QStyleOption>
+
+namespace vornic {
+
+namespace {
+
+void drawEdge(const QStyleOption& option, QPalette::ColorRole role, qreal radius,
+              QPainter& painter) {
+    constexpr qreal kHalfLine = 0.5;
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(option.palette.color(role));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(
+        QRectF(option.rect).adjusted(kHalfLine, kHalfLine, -kHalfLine, -kHalfLine), radius, radius);
+    painter.restore();
+}
+
+}  // namespace
+
+int OwnStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                        QStyleHintReturn* data) const {
+    switch (hint) {
+        case SH_DialogButtonBox_ButtonsHaveIcons:
+            return 0;
+        case SH_DialogButtonLayout:
+            return QDialogButtonBox::GnomeLayout;
+        default:
+            return QProxyStyle::styleHint(hint, option, widget, data);
+    }
+}
+
+void OwnStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option,
+                             QPainter* painter, const QWidget* widget) const {
+    QProxyStyle::drawPrimitive(element, option, painter, widget);
+    if (element == PE_IndicatorCheckBox && (option->state & State_HasFocus) == 0) {
+        drawEdge(*option, QPalette::PlaceholderText, 2, *painter);
+    } else if (element == PE_FrameMenu) {
+        drawEdge(*option, QPalette::Mid, 0, *painter);
+    }
+}
+
+}  // namespace vornic
