@@ -135,6 +135,7 @@ QWidget* DocumentMainWindow::makeFoot() {
     auto* const row = new QHBoxLayout(foot);
     row->setContentsMargins(0, 0, 0, 0);
     outcomeBadge_ = new OutcomeBadge(foot);
+    outcomeBadge_->setObjectName(QStringLiteral("outcomeBadge"));
     outcomeLabel_ = new QLabel(foot);
     outcomeLabel_->setObjectName(QStringLiteral("outcomeLabel"));
     outcomeLabel_->setAccessibleName(tr("Outcome of the repair"));

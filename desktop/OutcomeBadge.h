@@ -15,6 +15,7 @@ class OutcomeBadge : public QWidget {
 
     /// A badge of the kind `none` keeps its place and shows nothing.
     void setKind(Kind kind);
+    [[nodiscard]] Kind kind() const { return kind_; }
 
     /// The colour of the disc on a palette's windows, and the one of the mark on the disc.
     [[nodiscard]] static QColor discColor(Kind kind, const QPalette& palette);

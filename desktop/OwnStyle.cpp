@@ -34,10 +34,18 @@ int OwnStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidge
     }
 }
 
+int OwnStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,
+                          const QWidget* widget) const {
+    // Else there is no room for the edge.
+    return metric == PM_MenuPanelWidth ? 1 : QProxyStyle::pixelMetric(metric, option, widget);
+}
+
 void OwnStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option,
                              QPainter* painter, const QWidget* widget) const {
     QProxyStyle::drawPrimitive(element, option, painter, widget);
-    if (element == PE_IndicatorCheckBox && (option->state & State_HasFocus) == 0) {
+    const bool showsFocus =
+        option->state.testFlag(State_HasFocus) && option->state.testFlag(State_KeyboardFocusChange);
+    if (element == PE_IndicatorCheckBox && !showsFocus) {
         drawEdge(*option, QPalette::PlaceholderText, 2, *painter);
     } else if (element == PE_FrameMenu) {
         drawEdge(*option, QPalette::Mid, 0, *painter);

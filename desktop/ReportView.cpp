@@ -2,7 +2,6 @@
 
 #include <QEvent>
 #include <QScrollBar>
-#include <QTextBlock>
 #include <chrono>
 #include <utility>
 
@@ -20,6 +19,8 @@ constexpr int kIsError = QTextFormat::UserProperty + 1;
 // Enough to be worth it, few enough for no pause to be felt.
 constexpr std::size_t kMostWaiting = 500;
 constexpr std::chrono::milliseconds kLongestWait{20};
+constexpr int kBlocksAtOnce = 500;
+constexpr int kBlocksInView = 100;
 
 }  // namespace
 
@@ -36,6 +37,7 @@ ReportView::ReportView(QWidget* parent) : QPlainTextEdit(parent) {
     document()->setDocumentMargin(kMargin);
     clock_.setSingleShot(true);
     connect(&clock_, &QTimer::timeout, this, [this] { flush(); });
+    connect(&recolorClock_, &QTimer::timeout, this, [this] { recolorSome(); });
 }
 
 void ReportView::append(std::string_view text, bool isError, bool isBold) {
@@ -113,20 +115,33 @@ void ReportView::changeEvent(QEvent* event) {
     }
 }
 
+// What is in view comes first, the rest by and by: a long report would hold the window up.
 void ReportView::recolorErrors() {
+    nextToRecolor_ = 0;
+    recolorSome();
+    recolorClock_.start();
+}
+
+void ReportView::recolorSome() {
+    recolor(firstVisibleBlock(), kBlocksInView);
+    recolor(document()->findBlockByNumber(nextToRecolor_), kBlocksAtOnce);
+    nextToRecolor_ += kBlocksAtOnce;
+    if (nextToRecolor_ >= document()->blockCount()) {
+        recolorClock_.stop();
+    }
+}
+
+void ReportView::recolor(QTextBlock block, int count) {
+    QTextCharFormat change;
+    change.setForeground(errorColorOn(palette()));
     QTextCursor cursor(document());
     cursor.beginEditBlock();
-    for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
-        for (auto part = block.begin(); !part.atEnd(); ++part) {
-            if (part.fragment().charFormat().boolProperty(kIsError)) {
-                cursor.setPosition(part.fragment().position());
-                cursor.setPosition(part.fragment().position() + part.fragment().length(),
-                                   QTextCursor::KeepAnchor);
-                QTextCharFormat change;
-                change.setForeground(errorColorOn(palette()));
-                cursor.mergeCharFormat(change);
-                break;
-            }
+    for (; block.isValid() && count > 0; block = block.next(), --count) {
+        // A block is one entry, which has one format.
+        cursor.setPosition(block.position());
+        cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+        if (cursor.charFormat().boolProperty(kIsError)) {
+            cursor.mergeCharFormat(change);
         }
     }
     cursor.endEditBlock();

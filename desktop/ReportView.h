@@ -2,6 +2,7 @@
 #define VORNIC_DESKTOP_REPORT_VIEW_H
 
 #include <QPlainTextEdit>
+#include <QTextBlock>
 #include <QTimer>
 #include <string>
 #include <string_view>
@@ -43,9 +44,15 @@ class ReportView : public QPlainTextEdit {
 
     void insert(QTextCursor& cursor, const Entry& entry);
     void recolorErrors();
+    void recolorSome();
+    // @param block the first one; the ones after it up to the count follow.
+    void recolor(QTextBlock block, int count);
 
     std::vector<Entry> waiting_;
     QTimer clock_;
+    // After the palette has changed: the first block that may still have the old colour.
+    int nextToRecolor_ = 0;
+    QTimer recolorClock_;
 };
 
 }  // namespace vornic

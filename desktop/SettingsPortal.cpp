@@ -38,8 +38,11 @@ QString colorScheme() {
 SettingsPortal::SettingsPortal(const QDBusConnection& bus, Listener listener)
     : listener_(std::move(listener)) {
     QDBusConnection connection = bus;
+    // Must be written as the toolkit itself would write it.
+    const QByteArray slot =
+        QMetaObject::normalizedSignature(SLOT(settingChanged(QString, QString, QDBusVariant)));
     connection.connect(service(), object(), interface(), QStringLiteral("SettingChanged"), this,
-                       SLOT(settingChanged(QString, QString, QDBusVariant)));
+                       slot.constData());
     QDBusMessage question =
         QDBusMessage::createMethodCall(service(), object(), interface(), QStringLiteral("Read"));
     question << appearance() << colorScheme();

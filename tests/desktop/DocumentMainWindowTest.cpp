@@ -101,7 +101,7 @@ TEST_F(DocumentMainWindowTest, showsASoundFileAndItsOutcome) {
     EXPECT_TRUE(report().contains(QStringLiteral("...\n\nCreating temporary file...\n\n")));
     EXPECT_TRUE(report().endsWith(
         QStringLiteral("No repair was necessary. No critical errors were found in the file.")));
-    EXPECT_EQ(child<QLabel>("outcomeLabel").property("outcome").toString(), QStringLiteral("good"));
+    EXPECT_EQ(child<OutcomeBadge>("outcomeBadge").kind(), OutcomeBadge::Kind::good);
     EXPECT_TRUE(window->windowTitle().startsWith(QStringLiteral("My cut.xml")));
     EXPECT_EQ(child<QLabel>("fileNameLabel").text(), QStringLiteral("My cut.xml"));
     EXPECT_TRUE(child<QLabel>("fileKindLabel").text().contains(QStringLiteral("XMEML")));
@@ -115,7 +115,7 @@ TEST_F(DocumentMainWindowTest, repairsADamagedFile) {
     open(path);
     EXPECT_EQ(alertAtTheEnd(), QStringLiteral("The file was repaired successfully"));
     EXPECT_EQ(readBytes(path), kSound);
-    EXPECT_EQ(child<QLabel>("outcomeLabel").property("outcome").toString(), QStringLiteral("good"));
+    EXPECT_EQ(child<OutcomeBadge>("outcomeBadge").kind(), OutcomeBadge::Kind::good);
     const std::size_t place = damaged(kSound).find('\v');
     EXPECT_TRUE(
         report().contains(QStringLiteral("Invalid character at byte %1 removed.").arg(place)));
@@ -173,7 +173,7 @@ TEST_F(DocumentMainWindowTest, tellsWhenItCannotRepair) {
     const std::string path = sandbox.write("cut.xml", "<xmeml version=\"5\"><sequence>");
     open(path);
     EXPECT_EQ(alertAtTheEnd(), QStringLiteral("Unable to repair file"));
-    EXPECT_EQ(child<QLabel>("outcomeLabel").property("outcome").toString(), QStringLiteral("bad"));
+    EXPECT_EQ(child<OutcomeBadge>("outcomeBadge").kind(), OutcomeBadge::Kind::bad);
     EXPECT_EQ(readBytes(path), "<xmeml version=\"5\"><sequence>");
 }
 

@@ -4,6 +4,7 @@
 #include <QTextBlock>
 #include <string>
 
+#include "desktop/ColorScheme.h"
 #include "desktop/ReportView.h"
 #include "tests/desktop/DesktopTest.h"
 
@@ -78,6 +79,28 @@ TEST_F(ReportViewTest, brightensItsRedOnADarkGround) {
     dark.setColor(QPalette::Text, Qt::white);
     view.setPalette(dark);
     EXPECT_GT(formatOf(QStringLiteral("fault")).foreground().color().lightness(), before);
+}
+
+TEST_F(ReportViewTest, takesTheColorsOfAnotherPaletteThroughoutALongReport) {
+    constexpr int kEntries = 3000;
+    for (int entry = 0; entry < kEntries; ++entry) {
+        view.append((entry == 0 ? "fault" : "\n\nfault") + std::to_string(entry), entry % 2 == 0,
+                    false);
+    }
+    view.flush();
+    const auto colorAt = [this](int entry) {
+        return view.document()->findBlockByNumber(entry).begin().fragment().charFormat();
+    };
+    for (const ColorScheme scheme : {ColorScheme::dark, ColorScheme::light}) {
+        const QPalette palette = paletteOf(scheme);
+        view.setPalette(palette);
+        ASSERT_TRUE(waitUntil([&] {
+            return colorAt(0).foreground().color() == errorColorOn(palette) &&
+                   colorAt(kEntries - 2).foreground().color() == errorColorOn(palette);
+        }));
+        EXPECT_EQ(colorAt(kEntries / 2).foreground().color(), errorColorOn(palette));
+        EXPECT_EQ(colorAt(1).foreground().style(), Qt::NoBrush);
+    }
 }
 
 TEST_F(ReportViewTest, cannotBeTypedInto) {

@@ -1,0 +1,55 @@
+#include <QDialogButtonBox>
+#include <QImage>
+#include <QMessageBox>
+#include <QPainter>
+#include <QPushButton>
+#include <QStyleOptionButton>
+
+#include "desktop/ColorScheme.h"
+#include "desktop/OwnStyle.h"
+#include "tests/desktop/Contrast.h"
+#include "tests/desktop/DesktopTest.h"
+
+namespace vornic::test {
+namespace {
+
+class OwnStyleTest : public DesktopTest {
+  protected:
+    OwnStyle style;
+};
+
+TEST_F(OwnStyleTest, putsTheDefaultButtonRightmostAndNoIconsOnButtons) {
+    QMessageBox box;
+    box.setStyle(&style);
+    auto* const buttons = box.findChild<QDialogButtonBox*>();
+    ASSERT_NE(buttons, nullptr);
+    buttons->setStyle(&style);
+    QPushButton* const cancel = box.addButton(QStringLiteral("Cancel"), QMessageBox::RejectRole);
+    QPushButton* const agree = box.addButton(QStringLiteral("Go on"), QMessageBox::AcceptRole);
+    QPushButton* const ok = box.addButton(QMessageBox::Ok);
+    box.show();
+    EXPECT_GT(agree->x(), cancel->x());
+    EXPECT_GT(ok->x(), cancel->x());
+    EXPECT_TRUE(ok->icon().isNull());
+}
+
+TEST_F(OwnStyleTest, edgesAnEmptyCheckBoxVisibly) {
+    for (const ColorScheme scheme : {ColorScheme::light, ColorScheme::dark}) {
+        constexpr int kSide = 16;
+        QStyleOptionButton option;
+        option.rect = QRect(0, 0, kSide, kSide);
+        option.palette = paletteOf(scheme);
+        option.state = QStyle::State_Enabled | QStyle::State_Off;
+        QImage picture(kSide, kSide, QImage::Format_ARGB32);
+        const QColor ground = option.palette.color(QPalette::Window);
+        picture.fill(ground);
+        QPainter painter(&picture);
+        style.drawPrimitive(QStyle::PE_IndicatorCheckBox, &option, &painter, nullptr);
+        painter.end();
+        EXPECT_GE(contrast(picture.pixelColor(0, kSide / 2), ground), kVisible);
+        EXPECT_GE(contrast(picture.pixelColor(kSide / 2, 0), ground), kVisible);
+    }
+}
+
+}  // namespace
+}  // namespace vornic::test

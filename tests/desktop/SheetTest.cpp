@@ -1,0 +1,70 @@
+#include <QDialog>
+#include <QVBoxLayout>
+
+#include "desktop/Sheet.h"
+#include "tests/desktop/DesktopTest.h"
+
+namespace vornic::test {
+namespace {
+
+class SheetTest : public DesktopTest {
+  protected:
+    SheetTest() {
+        window.setGeometry(100, 80, 600, 400);
+        sheet.setMinimumSize(200, 100);
+    }
+
+    // Whether the sheet is in the middle of the window, below its head, and inside.
+    void expectInPlace() const {
+        EXPECT_NEAR(sheet.geometry().center().x(), window.geometry().center().x(), 1);
+        EXPECT_GT(sheet.geometry().top(), window.geometry().top());
+        EXPECT_TRUE(window.geometry().contains(sheet.geometry()));
+    }
+
+    QWidget window;
+    QDialog sheet{&window};
+};
+
+TEST_F(SheetTest, isPlacedInTheMiddleOfItsWindow) {
+    window.show();
+    beginSheet(sheet);
+    expectInPlace();
+}
+
+TEST_F(SheetTest, followsAWindowThatIsMovedAfterwards) {
+    window.show();
+    beginSheet(sheet);
+    window.move(300, 200);
+    ASSERT_TRUE(waitUntil([this] { return window.pos() == QPoint(300, 200); }));
+    expectInPlace();
+    window.resize(800, 500);
+    QApplication::processEvents();
+    expectInPlace();
+}
+
+TEST_F(SheetTest, aloneIsShownOverTheWindowInUse) {
+    window.show();
+    window.activateWindow();
+    ASSERT_TRUE(waitUntil([this] { return window.isActiveWindow(); }));
+    QDialog alone;
+    alone.setMinimumSize(200, 100);
+    beginAlone(alone);
+    EXPECT_TRUE(alone.isVisible());
+    EXPECT_EQ(alone.windowModality(), Qt::NonModal);
+    EXPECT_NEAR(alone.geometry().center().x(), window.geometry().center().x(), 1);
+    EXPECT_NEAR(alone.geometry().center().y(), window.geometry().center().y(), 1);
+    EXPECT_FALSE(hasSheet(window));
+}
+
+TEST_F(SheetTest, aloneIsShownOverTheDocumentWhoseSheetIsInUse) {
+    window.show();
+    beginSheet(sheet);
+    ASSERT_TRUE(waitUntil([this] { return sheet.isActiveWindow(); }));
+    QDialog alone;
+    alone.setMinimumSize(200, 100);
+    beginAlone(alone);
+    EXPECT_NEAR(alone.geometry().center().y(), window.geometry().center().y(), 1);
+}
+
+}  // namespace
+}  // namespace vornic::test
