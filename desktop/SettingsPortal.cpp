@@ -1,8 +1,8 @@
 #include "desktop/SettingsPortal.h"
 
-#include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusVariant>
 #include <QFile>
 #include <utility>
 
@@ -38,11 +38,8 @@ QString colorScheme() {
 SettingsPortal::SettingsPortal(const QDBusConnection& bus, Listener listener)
     : listener_(std::move(listener)) {
     QDBusConnection connection = bus;
-    // Must be written as the toolkit itself would write it.
-    const QByteArray slot =
-        QMetaObject::normalizedSignature(SLOT(settingChanged(QString, QString, QDBusVariant)));
     connection.connect(service(), object(), interface(), QStringLiteral("SettingChanged"), this,
-                       slot.constData());
+                       SLOT(settingChanged(QDBusMessage)));
     QDBusMessage question =
         QDBusMessage::createMethodCall(service(), object(), interface(), QStringLiteral("Read"));
     question << appearance() << colorScheme();
@@ -63,17 +60,17 @@ std::optional<QDBusConnection> SettingsPortal::sessionBus() {
     return isThere ? std::optional(QDBusConnection::sessionBus()) : std::nullopt;
 }
 
-void SettingsPortal::settingChanged(const QString& group, const QString& key,
-                                    const QDBusVariant& value) {
-    if (group == appearance() && key == colorScheme()) {
-        tell(value.variant());
+void SettingsPortal::settingChanged(const QDBusMessage& news) {
+    const QVariantList arguments = news.arguments();
+    if (arguments.size() == 3 && arguments[0] == appearance() && arguments[1] == colorScheme()) {
+        tell(arguments[2]);
     }
 }
 
 void SettingsPortal::tell(const QVariant& value) {
     QVariant scheme = value;
-    // The answer is packed once more than the news is.
-    if (scheme.canConvert<QDBusVariant>()) {
+    // How often it is packed depends on the way that it came.
+    while (scheme.metaType() == QMetaType::fromType<QDBusVariant>()) {
         scheme = scheme.value<QDBusVariant>().variant();
     }
     switch (scheme.toUInt()) {

@@ -2,7 +2,7 @@
 #define VORNIC_DESKTOP_SETTINGS_PORTAL_H
 
 #include <QDBusConnection>
-#include <QDBusVariant>
+#include <QDBusMessage>
 #include <QObject>
 #include <functional>
 #include <optional>
@@ -30,8 +30,8 @@ class SettingsPortal : public QObject {
     [[nodiscard]] static std::optional<QDBusConnection> sessionBus();
 
   private:
-    // Has a name that the bus can be given.
-    Q_SLOT void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+    // A slot by name, which the bus wants.
+    Q_SLOT void settingChanged(const QDBusMessage& news);
     void tell(const QVariant& value);
 
     Listener listener_;

@@ -55,7 +55,7 @@ class MainMenuTest : public DesktopTest {
 
 TEST_F(MainMenuTest, hasNoTwoCommandsUnderOneLetter) {
     application.launch({});
-    StartWindow start([] {}, [](const std::string&) {}, [] {});
+    StartWindow start([] {}, [](const std::string&) {});
     makeMainMenu(start, application);
     Mnemonics window;
     addWidgets(*start.centralWidget(), window);
@@ -73,14 +73,14 @@ TEST_F(MainMenuTest, hasNoTwoCommandsUnderOneLetter) {
 TEST_F(MainMenuTest, hasNoMenuUnderALetterOfTheDocumentsWindow) {
     application.launch({});
     const auto document = Document::create();
-    DocumentMainWindow documents(document, [](DocumentMainWindow&) {});
+    DocumentMainWindow documents(document, {});
     makeMainMenu(documents, application);
     Mnemonics window;
     addWidgets(*documents.centralWidget(), window);
     for (const QAction* const menu : documents.menuBar()->actions()) {
         window.add(menu->text());
     }
-    EXPECT_EQ(window.count(), 6);
+    EXPECT_EQ(window.count(), 8);
 }
 
 }  // namespace

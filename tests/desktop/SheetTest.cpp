@@ -7,6 +7,9 @@
 namespace vornic::test {
 namespace {
 
+// What a frame may add on one side.
+constexpr int kFrame = 4;
+
 class SheetTest : public DesktopTest {
   protected:
     SheetTest() {
@@ -16,7 +19,7 @@ class SheetTest : public DesktopTest {
 
     // Whether the sheet is in the middle of the window, below its head, and inside.
     void expectInPlace() const {
-        EXPECT_NEAR(sheet.geometry().center().x(), window.geometry().center().x(), 1);
+        EXPECT_NEAR(sheet.geometry().center().x(), window.geometry().center().x(), kFrame);
         EXPECT_GT(sheet.geometry().top(), window.geometry().top());
         EXPECT_TRUE(window.geometry().contains(sheet.geometry()));
     }
@@ -51,8 +54,8 @@ TEST_F(SheetTest, aloneIsShownOverTheWindowInUse) {
     beginAlone(alone);
     EXPECT_TRUE(alone.isVisible());
     EXPECT_EQ(alone.windowModality(), Qt::NonModal);
-    EXPECT_NEAR(alone.geometry().center().x(), window.geometry().center().x(), 1);
-    EXPECT_NEAR(alone.geometry().center().y(), window.geometry().center().y(), 1);
+    EXPECT_NEAR(alone.geometry().center().x(), window.geometry().center().x(), kFrame);
+    EXPECT_NEAR(alone.geometry().center().y(), window.geometry().center().y(), kFrame);
     EXPECT_FALSE(hasSheet(window));
 }
 
@@ -63,7 +66,7 @@ TEST_F(SheetTest, aloneIsShownOverTheDocumentWhoseSheetIsInUse) {
     QDialog alone;
     alone.setMinimumSize(200, 100);
     beginAlone(alone);
-    EXPECT_NEAR(alone.geometry().center().y(), window.geometry().center().y(), 1);
+    EXPECT_NEAR(alone.geometry().center().y(), window.geometry().center().y(), kFrame);
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ class StartWindowTest : public DesktopTest {
     std::vector<std::string> opened;
     int browsed = 0;
     StartWindow window{[this] { ++browsed; },
-                       [this](const std::string& path) { opened.push_back(path); }, [] {}};
+                       [this](const std::string& path) { opened.push_back(path); }};
 };
 
 TEST_F(StartWindowTest, hasNoListWhereNothingWasOpened) {
