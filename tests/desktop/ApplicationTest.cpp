@@ -44,10 +44,7 @@ class ApplicationTest : public DesktopTest {
     ApplicationTest() { showOpenPanelAtStart(false); }
     ~ApplicationTest() override {
         application.finish();
-        platform::joinDetachedThreads(std::chrono::seconds(20));
-        QMLog::finishWriting();
-        while (platform::MainThread::dispatchOne(std::chrono::milliseconds(0))) {
-        }
+        settle();
     }
 
     void showOpenPanelAtStart(bool shows) {

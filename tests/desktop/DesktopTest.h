@@ -8,6 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include "foundation/QMLog.h"
+#include "platform/MainThread.h"
+#include "platform/Thread.h"
 #include "tests/support/Sandbox.h"
 
 namespace vornic::test {
@@ -24,6 +27,14 @@ inline bool waitUntil(const std::function<bool()>& holds,
         QApplication::processEvents(QEventLoop::AllEvents, 10);
     }
     return true;
+}
+
+/// Waits until nothing of an application is going on any more.
+inline void settle() {
+    platform::joinDetachedThreads(std::chrono::seconds(20));
+    QMLog::finishWriting();
+    while (platform::MainThread::dispatchOne(std::chrono::milliseconds(0))) {
+    }
 }
 
 /// Base class of tests with windows and a home folder of their own.

@@ -48,7 +48,10 @@ class MainMenuTest : public DesktopTest {
         EXPECT_TRUE(platform::UserPreferences().setValue(AppController::kShowOpenDialogPreference,
                                                          0, error));
     }
-    ~MainMenuTest() override { application.finish(); }
+    ~MainMenuTest() override {
+        application.finish();
+        settle();
+    }
 
     Application application;
 };
