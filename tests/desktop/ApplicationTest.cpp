@@ -1,12 +1,15 @@
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
+#include <QListView>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QTest>
 #include <QTimer>
 #include <QUrl>
+#include <filesystem>
 #include <memory>
 #include <set>
 #include <string>
@@ -94,6 +97,44 @@ TEST_F(ApplicationTest, showsTheOpenPanelAndGoesOnWhenItIsCancelled) {
     });
     application.launch({});
     EXPECT_NE(visible<StartWindow>(), nullptr);
+}
+
+TEST_F(ApplicationTest, offersFoldersAndTheFilesThatMayBeOpened) {
+    const std::string folder = sandbox.path("offered");
+    std::filesystem::create_directories(folder + "/folder");
+    for (const char* const name : {"a.xml", "b.FCPXML", "c.txt", "d"}) {
+        sandbox.write(std::string("offered/") + name, "");
+    }
+    platform::MainThread::performAfter(std::chrono::milliseconds(100), [&folder] {
+        QFileDialog* const panel = visible<QFileDialog>();
+        ASSERT_NE(panel, nullptr);
+        EXPECT_TRUE(panel->testOption(QFileDialog::ReadOnly)) << "no folder may be made";
+        panel->setDirectory(QString::fromStdString(folder));
+        auto* const list = panel->findChild<QListView*>(QStringLiteral("listView"));
+        QStringList names;
+        EXPECT_TRUE(waitUntil([list, &names] {
+            names.clear();
+            for (int row = 0; row < list->model()->rowCount(list->rootIndex()); ++row) {
+                names << list->model()->index(row, 0, list->rootIndex()).data().toString();
+            }
+            names.sort();
+            return names.size() == 3;
+        })) << names.join(u' ').toStdString();
+        EXPECT_EQ(names, (QStringList{QStringLiteral("a.xml"), QStringLiteral("b.FCPXML"),
+                                      QStringLiteral("folder")}));
+        auto* const name = panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        name->setText(QStringLiteral("b.FCPXML"));
+        QTest::keyClick(name, Qt::Key_Return);
+        if (panel->isVisible()) {
+            ADD_FAILURE() << "the panel is still there";
+            panel->reject();
+        }
+    });
+    using Kind = AllowedFileType::Kind;
+    const auto chosen = application.runOpenPanel(
+        {.message = "Choose",
+         .allowedFileTypes = {{Kind::extension, "xml"}, {Kind::extension, "fcpxml"}}});
+    EXPECT_EQ(chosen, std::vector<std::string>{folder + "/b.FCPXML"});
 }
 
 TEST_F(ApplicationTest, opensTheFilesThatItIsStartedWith) {

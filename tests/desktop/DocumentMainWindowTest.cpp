@@ -264,6 +264,31 @@ TEST_F(DocumentMainWindowTest, convertsTheFileToTheChosenVersion) {
             .startsWith(QStringLiteral("Current XML version: 4"));
     }));
     EXPECT_NE(readBytes(path).find("<xmeml version=\"4\">"), std::string::npos);
+    EXPECT_TRUE(waitUntil([&button] { return button.isEnabled(); }));
+    EXPECT_TRUE(child<QDialog>("windowConvert").isVisible()) << "it closes by its button alone";
+}
+
+TEST_F(DocumentMainWindowTest, showsAnEmptyDialogForAFileThatCannotBeAnalysed) {
+    const std::string path = sandbox.write("cut.xml", kSound);
+    open(path);
+    alertAtTheEnd();
+    document->showConvertDialog();
+    auto& button = child<QPushButton>("convertBtn");
+    EXPECT_TRUE(waitUntil([&button] { return button.isEnabled(); }));
+    document->closeConvertDialog();
+    sandbox.write("cut.xml", "<other/>");
+    document->showConvertDialog();
+    EXPECT_TRUE(waitUntil([] { return alert() != nullptr; }));
+    ASSERT_NE(alert(), nullptr);
+    QTest::keyClick(alert(), Qt::Key_Return);
+    auto& spinner = child<QWidget>("convertSpinner");
+    EXPECT_TRUE(waitUntil([&spinner] { return !spinner.isVisible(); }));
+    EXPECT_TRUE(child<QDialog>("windowConvert").isVisible());
+    EXPECT_EQ(child<QLabel>("convertCurVersion").text(), QString());
+    EXPECT_EQ(child<QLabel>("convertDowngradeVersion").text(), QString());
+    EXPECT_EQ(child<QComboBox>("convertVersionPopUp").count(), 0);
+    EXPECT_FALSE(child<QComboBox>("convertVersionPopUp").isEnabled());
+    EXPECT_FALSE(button.isEnabled());
 }
 
 TEST_F(DocumentMainWindowTest, showsNoDialogForAFileThatHasGone) {
