@@ -1,6 +1,8 @@
 #include "app/AppController.h"
 
+#include <atomic>
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -13,6 +15,7 @@
 #include "platform/Bundle.h"
 #include "platform/FileSystem.h"
 #include "platform/MainThread.h"
+#include "platform/Thread.h"
 #include "platform/UserPreferences.h"
 #include "platform/WorkspaceOpener.h"
 #include "ui/QMBugReporter.h"
@@ -106,10 +109,23 @@ void AppController::awakeFromNib() {
     if (prefsAdminPass_) {
         prefsAdminPass_->setState(true);
     }
-    if (!QMAuthorization::sharedController().authStart()) {
+    if (!authorize()) {
         isTerminating_ = true;
         host_.terminate();
     }
+}
+
+// Asks the user for an administrator's authorization, one question at a time.
+bool AppController::authorize() {
+    if (isAuthorizing_) {
+        return false;
+    }
+    isAuthorizing_ = true;
+    const auto isGiven = std::make_shared<std::atomic<bool>>(false);
+    platform::performWhileDispatching(
+        [isGiven] { *isGiven = QMAuthorization::sharedController().authStart(); });
+    isAuthorizing_ = false;
+    return *isGiven;
 }
 
 bool AppController::applicationShouldOpenUntitledFile() {
@@ -169,15 +185,17 @@ void AppController::prefsToggleAdminPass(CheckBoxItem& sender) {
     if (!isOn) {
         return;
     }
-    if (!*isOn && !QMAuthorization::sharedController().authStart()) {
+    if (!*isOn && !authorize()) {
         sender.setState(true);
         return;
     }
+    // What it is now: the user may have changed it again while being asked.
+    const bool isLocked = sender.state().value_or(*isOn);
     ErrorSlot error;
-    if (!UserPreferences().setValueForAnyUser(kRequireAdminPasswordPreference, *isOn ? 1 : 0,
+    if (!UserPreferences().setValueForAnyUser(kRequireAdminPasswordPreference, isLocked ? 1 : 0,
                                               error)) {
         logUnsavedPreference(kRequireAdminPasswordPreference, error);
-        sender.setState(!*isOn);
+        sender.setState(!isLocked);
     }
 }
 

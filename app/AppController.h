@@ -46,7 +46,7 @@ class AppController : public std::enable_shared_from_this<AppController> {
     /// Called once for each interface that names the controller. The first call, the main
     /// interface's, checks the administrator lock: with the lock on the check box is switched on
     /// and an administrator must authorize, else the application is terminated. Later calls only
-    /// count.
+    /// count. While the administrator is asked the main thread dispatches its events.
     void awakeFromNib();
     /// Calls `performStartupAction`. @return false: no empty document is ever made.
     bool applicationShouldOpenUntitledFile();
@@ -71,7 +71,8 @@ class AppController : public std::enable_shared_from_this<AppController> {
     [[nodiscard]] bool validateUserInterfaceItem(std::string_view action) const;
     /// The action of the check box, whose state has already changed: stores it. Turning the lock
     /// off needs an administrator's authorization; without it the box is set back on and nothing is
-    /// stored. Does nothing for a sender that has no state.
+    /// stored. Does nothing for a sender that has no state. While the administrator is asked the
+    /// main thread dispatches its events; turning the lock off once more meanwhile is refused.
     void prefsToggleAdminPass(CheckBoxItem& sender);
 
     // The Help menu. Web pages are opened in the browser.
@@ -102,8 +103,11 @@ class AppController : public std::enable_shared_from_this<AppController> {
   private:
     AppController(ApplicationHost& host, bool hasGUI) : host_(host), hasGUI_(hasGUI) {}
 
+    bool authorize();
+
     ApplicationHost& host_;
     bool hasGUI_;
+    bool isAuthorizing_ = false;
     bool isTerminating_ = false;
     unsigned awakeCount_ = 0;
     std::shared_ptr<CheckBoxItem> prefsAdminPass_;

@@ -12,7 +12,7 @@ namespace vornic {
 
 namespace {
 
-constexpr QSize kSize(420, 456);
+constexpr QSize kSize(420, 484);
 constexpr int kIconSize = 96;
 
 QLabel* makeLabel(const char* objectName, const QString& accessibleName, QWidget* parent) {

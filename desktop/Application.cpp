@@ -95,7 +95,9 @@ void Application::launch(const std::vector<std::string>& paths) {
         [this](CheckBoxItem& sender) { controller_->prefsToggleAdminPass(sender); });
     controller_->setPrefsAdminPass(preferences_->prefsAdminPass());
     controller_->awakeFromNib();
-    if (controller_->isTerminating()) {
+    if (isEnding_) {
+        // Once more: while an administrator was asked, there was no loop to be ended.
+        terminate();
         return;
     }
     mayOpen_ = true;

@@ -95,6 +95,7 @@ QMAuthorization::~QMAuthorization() {
 }
 
 bool QMAuthorization::authStart() {
+    const std::lock_guard lock(mutex_);
     if (isAuthorized()) {
         return true;
     }
@@ -112,6 +113,7 @@ bool QMAuthorization::authStart() {
 
 bool QMAuthorization::authStartWithUser(const std::optional<std::string>& user,
                                         std::optional<platform::SecretText> password) {
+    const std::lock_guard lock(mutex_);
     if (host_->isSuperUser()) {
         return true;
     }
@@ -150,6 +152,7 @@ bool QMAuthorization::obtainRights(const platform::AuthorizationEnvironment& env
 }
 
 void QMAuthorization::authEnd() {
+    const std::lock_guard lock(mutex_);
     if (authRef_ && !host_->isSuperUser()) {
         host_->services().free(authRef_, platform::kAuthorizationFlagDefaults);
     }
@@ -157,6 +160,7 @@ void QMAuthorization::authEnd() {
 }
 
 bool QMAuthorization::isAuthorized() const {
+    const std::lock_guard lock(mutex_);
     return host_->isSuperUser() || authRef_ != nullptr;
 }
 
@@ -310,6 +314,7 @@ std::int32_t QMAuthorization::authExecTask(const std::string& tool, const Argume
 
 std::int32_t QMAuthorization::authExecTask(const std::string& tool, const Arguments& parameters,
                                            bool async) {
+    const std::lock_guard lock(mutex_);
     constexpr std::int32_t kToolMissing = -2;
     constexpr std::int32_t kNotAuthorized = -1;
     if (!platform::fileExists(tool)) {

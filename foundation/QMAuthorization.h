@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -20,8 +21,8 @@ namespace vornic {
 /// Operations that remove or move something are refused for system folders. Refusals and faults go
 /// to the console and yield false or a status; nothing raises. Tools are started and not waited for
 /// unless it is said, hence true tells no more than that the tool was started. A relative path is
-/// taken from the working folder; an empty one is refused. Nothing here is locked: use an instance
-/// from the main thread, or from one other thread at a time.
+/// taken from the working folder; an empty one is refused. Any thread; while one asks for rights or
+/// runs a tool, others that want to wait for it.
 class QMAuthorization {
   public:
     using Arguments = std::vector<std::string>;
@@ -88,6 +89,8 @@ class QMAuthorization {
                       platform::AuthorizationFlags flags);
 
     std::shared_ptr<AuthorizationHost> host_;
+    /// Guards the authorization; held while the user is asked.
+    mutable std::recursive_mutex mutex_;
     platform::AuthorizationRef authRef_;
     const bool hasGUI_;
     /// The user's home folder; empty for the super-user.

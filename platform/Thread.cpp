@@ -4,6 +4,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <list>
+#include <memory>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -138,6 +139,27 @@ void detachNewThread(std::function<void()> function, std::function<void()> askTo
         threads.running.erase(self);
         throw Exception("NSGenericException",
                         std::string("A new thread cannot be started: ") + failure.what());
+    }
+}
+
+void performWhileDispatching(const std::function<void()>& function) {
+    if (!MainThread::isCurrent()) {
+        function();
+        return;
+    }
+    constexpr std::chrono::milliseconds kLongestEventWait(10);
+    const auto hasEnded = std::make_shared<std::atomic<bool>>(false);
+    try {
+        detachNewThread([function, hasEnded] {
+            function();
+            *hasEnded = true;
+        });
+    } catch (const Exception&) {
+        function();
+        return;
+    }
+    while (!*hasEnded) {
+        MainThread::dispatchOne(kLongestEventWait);
     }
 }
 

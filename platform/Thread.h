@@ -16,6 +16,12 @@ void detachNewThread(std::function<void()> function);
 /// thread has ended and must neither block nor throw.
 void detachNewThread(std::function<void()> function, std::function<void()> askToEnd);
 
+/// Runs a function that may wait for long, such as for an answer of the user, and returns when it
+/// has ended. Called on the main thread, it runs the function on another one, where there is one to
+/// be had, and dispatches the main thread's events meanwhile, so that the windows stay live.
+/// Elsewhere it runs in place. The function must not throw.
+void performWhileDispatching(const std::function<void()>& function);
+
 /// Asks those threads that `detachNewThread` started to end that can be asked, and waits for all of
 /// them. The main thread goes on dispatching its events meanwhile. @return false when some still
 /// run after `limit`.

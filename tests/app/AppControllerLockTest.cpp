@@ -1,6 +1,9 @@
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <future>
 #include <memory>
 #include <optional>
 #include <string>
@@ -39,6 +42,21 @@ class AppControllerLockTest : public test::ControllerTest {
   protected:
     AppControllerLockTest() { controller->setPrefsAdminPass(checkBox); }
 
+    /// The administrator answers no sooner than the main thread has dispatched an event.
+    void answerWhenTheInterfaceIsLive() {
+        const auto live = std::make_shared<std::promise<void>>();
+        platform::MainThread::performAfter(std::chrono::milliseconds(50), [this, live] {
+            if (whileAsked) {
+                whileAsked();
+            }
+            live->set_value();
+        });
+        authorization->whenAsked = [this, live] {
+            wasLive =
+                live->get_future().wait_for(std::chrono::seconds(20)) == std::future_status::ready;
+        };
+    }
+
     /// What the user's click on the check box does.
     void click(bool on) {
         checkBox->current = on;
@@ -47,6 +65,8 @@ class AppControllerLockTest : public test::ControllerTest {
 
     std::shared_ptr<AppController> controller = AppController::init(host);
     std::shared_ptr<RecordingCheckBox> checkBox = std::make_shared<RecordingCheckBox>();
+    std::function<void()> whileAsked;
+    bool wasLive = false;
 };
 
 // Launch
@@ -130,6 +150,15 @@ TEST_F(AppControllerLockTest, asksWithoutACheckBoxAsWell) {
     EXPECT_THAT(host.calls, ElementsAre("terminate"));
 }
 
+TEST_F(AppControllerLockTest, keepsTheInterfaceLiveWhileItAsksAtTheLaunch) {
+    store(kLock, 1);
+    authorize(true);
+    answerWhenTheInterfaceIsLive();
+    controller->awakeFromNib();
+    EXPECT_TRUE(wasLive);
+    EXPECT_FALSE(controller->isTerminating());
+}
+
 // The check box
 
 TEST_F(AppControllerLockTest, turnsTheLockOnWithoutAuthorization) {
@@ -154,6 +183,43 @@ TEST_F(AppControllerLockTest, leavesTheLockOnWhenItIsRefused) {
     EXPECT_TRUE(wasAsked());
     EXPECT_EQ(stored(kLock), PropertyList(1));
     EXPECT_THAT(checkBox->changes, ElementsAre(true));
+}
+
+TEST_F(AppControllerLockTest, keepsTheInterfaceLiveWhileItAsks) {
+    store(kLock, 1);
+    authorize(true);
+    answerWhenTheInterfaceIsLive();
+    click(false);
+    EXPECT_TRUE(wasLive);
+    EXPECT_EQ(stored(kLock), PropertyList(0));
+}
+
+TEST_F(AppControllerLockTest, asksNoSecondTimeWhileItAsks) {
+    store(kLock, 1);
+    authorize(true);
+    bool wasSetBack = false;
+    whileAsked = [this, &wasSetBack] {
+        click(false);
+        wasSetBack = checkBox->current == true;
+        checkBox->current = false;
+    };
+    answerWhenTheInterfaceIsLive();
+    click(false);
+    EXPECT_TRUE(wasSetBack);
+    EXPECT_EQ(
+        std::count_if(authorization->events.begin(), authorization->events.end(),
+                      [](const std::string& event) { return event.starts_with("copyRights"); }),
+        1);
+    EXPECT_EQ(stored(kLock), PropertyList(0));
+}
+
+TEST_F(AppControllerLockTest, leavesTheLockOnThatIsTurnedOnAgainWhileItAsks) {
+    store(kLock, 1);
+    authorize(true);
+    whileAsked = [this] { click(true); };
+    answerWhenTheInterfaceIsLive();
+    click(false);
+    EXPECT_EQ(stored(kLock), PropertyList(1));
 }
 
 TEST_F(AppControllerLockTest, storesNothingWhenItIsRefusedAndNothingWasStored) {

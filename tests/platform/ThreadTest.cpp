@@ -1,6 +1,7 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <future>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -136,6 +137,35 @@ TEST_F(ThreadTest, raisesWhenTheSystemHasNoThreadToGive) {
         EXPECT_THROW(detachNewThread([&ran] { ran = true; }), Exception);
         EXPECT_TRUE(joinDetachedThreads(milliseconds(0)));
         EXPECT_FALSE(ran);
+    }));
+}
+
+TEST_F(ThreadTest, dispatchesEventsWhileALongFunctionRuns) {
+    std::promise<void> dispatched;
+    MainThread::perform([&dispatched] { dispatched.set_value(); });
+    std::future_status status = std::future_status::deferred;
+    performWhileDispatching([&] {
+        EXPECT_FALSE(MainThread::isCurrent());
+        status = dispatched.get_future().wait_for(seconds(20));
+    });
+    EXPECT_EQ(status, std::future_status::ready);
+}
+
+TEST_F(ThreadTest, runsALongFunctionInPlaceOffTheMainThread) {
+    std::thread([] {
+        std::thread::id runner;
+        performWhileDispatching([&runner] { runner = std::this_thread::get_id(); });
+        EXPECT_EQ(runner, std::this_thread::get_id());
+    }).join();
+}
+
+TEST_F(ThreadTest, runsALongFunctionInPlaceWhenTheSystemHasNoThreadToGive) {
+    EXPECT_TRUE(test::passesInChild([] {
+        ASSERT_TRUE(test::failSystemCall(SYS_clone3, EAGAIN));
+        ASSERT_TRUE(test::failSystemCall(SYS_clone, EAGAIN));
+        std::thread::id runner;
+        performWhileDispatching([&runner] { runner = std::this_thread::get_id(); });
+        EXPECT_EQ(runner, std::this_thread::get_id());
     }));
 }
 

@@ -45,6 +45,8 @@ class RecordingAuthorizationHost : public AuthorizationHost,
     platform::AuthorizationStatus createStatus = 0;
     platform::AuthorizationStatus rightsStatus = 0;
     platform::AuthorizationStatus executeStatus = 0;
+    /// Called when rights are asked for, before the line is kept.
+    std::function<void()> whenAsked;
     /// Called when a tool is run, before the line is kept.
     std::function<void()> whenExecuted;
     /// What the tool of a run that is waited for writes, chunk by chunk.
@@ -104,6 +106,9 @@ class RecordingAuthorizationHost : public AuthorizationHost,
                                              std::string_view right,
                                              const platform::AuthorizationEnvironment& environment,
                                              platform::AuthorizationFlags flags) override {
+        if (whenAsked) {
+            whenAsked();
+        }
         events.push_back("copyRights " + std::string(right) + " " + std::to_string(flags) +
                          describe(environment));
         return rightsStatus;
