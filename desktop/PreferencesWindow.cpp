@@ -7,6 +7,7 @@
 
 #include "app/AppController.h"
 #include "platform/UserPreferences.h"
+#include "ui/QMShortcutKeyTableDelegate.h"
 
 namespace vornic {
 
@@ -32,7 +33,8 @@ bool showsOpenPanel() {
 }  // namespace
 
 PreferencesWindow::PreferencesWindow(std::function<void(CheckBoxItem&)> toggleAdminPass)
-    : showOpenPanel_(new QCheckBox(tr("Show the &open panel when the application starts"), this)),
+    : panes_(new QTabWidget(this)),
+      showOpenPanel_(new QCheckBox(tr("Show the &open panel when the application starts"), this)),
       adminPass_(new QCheckBox(tr("Require an administrator &password at the start"), this)) {
     setObjectName(QStringLiteral("preferencesWindow"));
     setWindowTitle(tr("Preferences"));
@@ -40,13 +42,16 @@ PreferencesWindow::PreferencesWindow(std::function<void(CheckBoxItem&)> toggleAd
     showOpenPanel_->setAccessibleName(tr("Show the open panel when the application starts"));
     adminPass_->setObjectName(QStringLiteral("prefsAdminPass"));
     adminPass_->setAccessibleName(tr("Require an administrator password at the start"));
-    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
+    auto* const general = new QWidget(panes_);
+    auto* const boxes = new QVBoxLayout(general);
+    boxes->addWidget(showOpenPanel_);
+    boxes->addWidget(adminPass_);
+    boxes->addStretch();
+    panes_->setObjectName(QStringLiteral("preferencesPanes"));
+    panes_->setAccessibleName(tr("Preferences"));
+    panes_->addTab(general, tr("&General"));
     auto* const column = new QVBoxLayout(this);
-    column->addWidget(showOpenPanel_);
-    column->addWidget(adminPass_);
-    column->addStretch();
-    column->addWidget(buttons);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::hide);
+    column->addWidget(panes_, 1);
     connect(showOpenPanel_, &QCheckBox::clicked, this, [](bool on) {
         ErrorSlot ignored;  // the box shows what is stored the next time
         platform::UserPreferences().setValue(AppController::kShowOpenDialogPreference, on ? 1 : 0,
@@ -60,9 +65,26 @@ std::shared_ptr<CheckBoxItem> PreferencesWindow::prefsAdminPass() const {
     return std::make_shared<BoxItem>(adminPass_);
 }
 
-void PreferencesWindow::showEvent(QShowEvent* event) {
+void PreferencesWindow::setVisible(bool visible) {
+    if (visible && !isVisible()) {
+        readPreferences();
+    }
+    QDialog::setVisible(visible);
+}
+
+void PreferencesWindow::readPreferences() {
     showOpenPanel_->setChecked(showsOpenPanel());
-    QDialog::showEvent(event);
+    if (shortcutKeys_ != nullptr) {
+        QMShortcutKeyTableDelegate::sharedController().populateKeyData();
+        return;
+    }
+    // Made when it is wanted, so that it costs the start of the application nothing; the button
+    // comes last in the order of the keyboard.
+    shortcutKeys_ = new ShortcutKeysView(panes_);
+    panes_->addTab(shortcutKeys_, tr("&Shortcuts"));
+    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
+    layout()->addWidget(buttons);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::hide);
 }
 
 }  // namespace vornic

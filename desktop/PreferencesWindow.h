@@ -3,14 +3,17 @@
 
 #include <QCheckBox>
 #include <QDialog>
+#include <QTabWidget>
 #include <functional>
 #include <memory>
 
 #include "app/CheckBoxItem.h"
+#include "desktop/ShortcutKeysView.h"
 
 namespace vornic {
 
-/// The application's preferences. Each one is stored as soon as it is changed.
+/// The application's preferences: general ones and the shortcut keys. Each one is stored as soon as
+/// it is changed, and all are read anew whenever the window is shown.
 class PreferencesWindow : public QDialog {
   public:
     /// @param toggleAdminPass the action of the check box of the administrator lock.
@@ -19,10 +22,13 @@ class PreferencesWindow : public QDialog {
     /// The check box of the administrator lock (`prefsAdminPass`).
     [[nodiscard]] std::shared_ptr<CheckBoxItem> prefsAdminPass() const;
 
-  protected:
-    void showEvent(QShowEvent* event) override;
+    void setVisible(bool visible) override;
 
   private:
+    void readPreferences();
+
+    QTabWidget* panes_;
+    ShortcutKeysView* shortcutKeys_ = nullptr;
     QCheckBox* showOpenPanel_;
     QCheckBox* adminPass_;
 };

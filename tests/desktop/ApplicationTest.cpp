@@ -17,7 +17,9 @@
 
 #include "desktop/Application.h"
 #include "foundation/QMLog.h"
+#include "platform/Bundle.h"
 #include "platform/MainThread.h"
+#include "platform/PropertyList.h"
 #include "platform/Thread.h"
 #include "platform/UserPreferences.h"
 #include "tests/desktop/DesktopTest.h"
@@ -186,6 +188,31 @@ TEST_F(ApplicationTest, givesEveryCommandAnIdOfItsOwn) {
           "helpAbout", "editPreferences"}) {
         EXPECT_EQ(ids.count(QString::fromLatin1(id)), 1U) << id;
     }
+}
+
+TEST_F(ApplicationTest, offersAShortcutKeyForEveryCommand) {
+    application.launch({});
+    std::multiset<std::string> ofMenus;
+    const QWidget* const window = visible<StartWindow>();
+    ASSERT_NE(window, nullptr);
+    for (const QAction* const menu :
+         dynamic_cast<const QMainWindow*>(window)->menuBar()->actions()) {
+        for (const QAction* const item : menu->menu()->actions()) {
+            if (!item->isSeparator() && item->menu() == nullptr) {
+                ofMenus.insert(item->objectName().toStdString());
+            }
+        }
+    }
+    ErrorSlot error;
+    const auto path = platform::Bundle::mainBundle().pathForResource("QMKeys", "plist");
+    const auto list = platform::PropertyList::readFile(path.value_or(""), error);
+    ASSERT_TRUE(list);
+    std::multiset<std::string> ofList;
+    for (const platform::PropertyList& command : *list->find("QMKeys")->array()) {
+        ofList.insert(*command.find("id")->string());
+        EXPECT_FALSE(command.find("description")->string()->empty());
+    }
+    EXPECT_EQ(ofMenus, ofList);
 }
 
 TEST_F(ApplicationTest, convertsOnlyFilesOfFinalCutPro7) {

@@ -1,0 +1,38 @@
+#ifndef VORNIC_DESKTOP_SHORTCUT_KEY_TABLE_H
+#define VORNIC_DESKTOP_SHORTCUT_KEY_TABLE_H
+
+#include <QTableView>
+
+#include "desktop/ShortcutKeyCapture.h"
+#include "desktop/ShortcutKeyModel.h"
+#include "ui/QMShortcutKeyTableview.h"
+
+namespace vornic {
+
+/// The table of the commands and their shortcuts. A double click, Return, Space or F2 begins to
+/// take the keys of a new shortcut for the row; the delete keys clear it.
+class ShortcutKeyTable : public QTableView, public QMShortcutKeyTableview {
+  public:
+    explicit ShortcutKeyTable(QWidget* parent);
+    ~ShortcutKeyTable() override;
+    ShortcutKeyTable(const ShortcutKeyTable&) = delete;
+    ShortcutKeyTable& operator=(const ShortcutKeyTable&) = delete;
+
+    void reloadData() override;
+    [[nodiscard]] std::optional<std::size_t> selectedRow() const override;
+    void setEditingEnabled(bool enabled);
+    /// Waits for the keys of the selected row's new shortcut.
+    void beginCapture();
+    /// Takes the capture out of its cell and hands on what has come of it.
+    void endCapture(ShortcutKeyCapture& capture, const ShortcutKeyCapture::Outcome& outcome);
+
+  protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
+  private:
+    ShortcutKeyModel model_;
+};
+
+}  // namespace vornic
+
+#endif
