@@ -64,7 +64,7 @@ ShortcutKeyCapture::ShortcutKeyCapture(QWidget* parent, DidEnd didEnd)
     setObjectName(QStringLiteral("shortcutKeyCapture"));
     setReadOnly(true);
     setContextMenuPolicy(Qt::NoContextMenu);
-    setPlaceholderText(tr("Press the keys"));
+    setPlaceholderText(tr("Press the keys, or Escape"));
     setAccessibleName(tr("Press the keys of the shortcut"));
     setAccessibleDescription(tr("Escape leaves it as it is, Delete clears it."));
 }

@@ -2,6 +2,7 @@
 
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QScrollBar>
 #include <QStyledItemDelegate>
 
 #include "desktop/ShortcutKeyCapture.h"
@@ -11,8 +12,10 @@ namespace vornic {
 
 namespace {
 
-// Room for as many rows as help without filling a small screen.
+// Room for as many rows as help without filling a small screen, and for some above a text that
+// there is to say.
 constexpr int kShownRows = 12;
+constexpr int kFewestRows = 5;
 
 // Puts the capture of keys into a cell.
 class CellDelegate : public QStyledItemDelegate {
@@ -68,12 +71,24 @@ ShortcutKeyTable::ShortcutKeyTable(QWidget* parent) : QTableView(parent), model_
                          metrics.height();
     horizontalHeader()->resizeSection(ShortcutKeyModel::keyColumn, keyWidth);
     verticalHeader()->setDefaultSectionSize(metrics.height() * 3 / 2);
-    setMinimumSize(keyWidth * 2, verticalHeader()->defaultSectionSize() * (kShownRows + 1));
+    setMinimumSize(keyWidth * 2, heightOfRows(kFewestRows));
     connect(this, &QTableView::doubleClicked, this, [this] { beginCapture(); });
 }
 
 ShortcutKeyTable::~ShortcutKeyTable() {
     setModel(nullptr);
+}
+
+QSize ShortcutKeyTable::sizeHint() const {
+    const int width = sizeHintForColumn(ShortcutKeyModel::descriptionColumn) +
+                      horizontalHeader()->sectionSize(ShortcutKeyModel::keyColumn) +
+                      verticalScrollBar()->sizeHint().width() + 2 * frameWidth();
+    return {width, heightOfRows(kShownRows)};
+}
+
+int ShortcutKeyTable::heightOfRows(int rows) const {
+    return horizontalHeader()->sizeHint().height() + rows * verticalHeader()->defaultSectionSize() +
+           2 * frameWidth();
 }
 
 void ShortcutKeyTable::reloadData() {

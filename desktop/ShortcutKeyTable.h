@@ -26,10 +26,14 @@ class ShortcutKeyTable : public QTableView, public QMShortcutKeyTableview {
     /// Takes the capture out of its cell and hands on what has come of it.
     void endCapture(ShortcutKeyCapture& capture, const ShortcutKeyCapture::Outcome& outcome);
 
+    [[nodiscard]] QSize sizeHint() const override;
+
   protected:
     void keyPressEvent(QKeyEvent* event) override;
 
   private:
+    [[nodiscard]] int heightOfRows(int rows) const;
+
     ShortcutKeyModel model_;
 };
 
