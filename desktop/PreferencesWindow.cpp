@@ -2,6 +2,7 @@
 
 #include <QDialogButtonBox>
 #include <QLabel>
+#include <QPushButton>
 #include <QVBoxLayout>
 #include <utility>
 
@@ -83,6 +84,7 @@ void PreferencesWindow::readPreferences() {
     shortcutKeys_ = new ShortcutKeysView(panes_);
     panes_->addTab(shortcutKeys_, tr("&Shortcuts"));
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
+    buttons->button(QDialogButtonBox::Close)->setDefault(true);
     layout()->addWidget(buttons);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::hide);
 }

@@ -70,7 +70,7 @@ QVariant ShortcutKeyModel::data(const QModelIndex& index, int role) const {
         case Qt::AccessibleTextRole:
             return spokenText(cell);
         case Qt::FontRole:
-            return cell.isConflicting() ? QVariant(conflictFont()) : QVariant();
+            return cell.isConflicting() && !cell.isLeaf() ? QVariant(conflictFont()) : QVariant();
         case Qt::DecorationRole:
             return cell.isConflicting() && !cell.isLeaf()
                        ? QVariant(QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning))

@@ -50,10 +50,8 @@ ShortcutKeysPane::ShortcutKeysPane(QWidget* parent)
            "reinstall this software."));
     change_->setObjectName(QStringLiteral("changeShortcutBtn"));
     change_->setAccessibleName(tr("Change the shortcut of the selected command"));
-    change_->setAutoDefault(false);
     clear_->setObjectName(QStringLiteral("clearShortcutBtn"));
     clear_->setAccessibleName(tr("Clear the shortcut of the selected command"));
-    clear_->setAutoDefault(false);
 
     auto* const buttons = new QHBoxLayout;
     buttons->addWidget(change_);

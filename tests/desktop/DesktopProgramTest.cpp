@@ -6,8 +6,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/PropertyList.h"
 #include "tests/support/ProgramRunner.h"
 #include "tests/support/Sandbox.h"
+#include "tests/support/StandInProgram.h"
 #include "tests/support/VirtualScreen.h"
 
 // The built program in a real window on a display server of its own.
@@ -15,7 +17,9 @@
 namespace vornic::test {
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 
 constexpr const char* kDamaged =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n<xmeml version=\"5\">\n"
@@ -127,6 +131,81 @@ TEST_F(RealWindowTest, takesTheFilesOfALaterStart) {
     EXPECT_NE(windowNamed(display, "two.xml"), "");
     first.sendSignal(SIGTERM);
     first.finish();
+}
+
+class RealKeysTest : public RealWindowTest {
+  protected:
+    void SetUp() override {
+        RealWindowTest::SetUp();
+        const platform::PropertyList::Dictionary noOpenPanel{{"showOpenDialogAtStartup", 0}};
+        ErrorSlot error;
+        EXPECT_TRUE(platform::PropertyList(noOpenPanel)
+                        .writeFile(library + "/Preferences/com.quillmark.Vornic.plist", error));
+    }
+
+    // Shows the preferences' pane of the shortcuts, with the focus in its table.
+    void openShortcuts() const {
+        const std::string window = windowNamed(display, "^Vornic$");
+        ASSERT_NE(window, "");
+        std::string preferences;
+        for (int attempt = 0; attempt < 50 && preferences.empty(); ++attempt) {
+            static_cast<void>(act(display, {"windowfocus", window, "key", "ctrl+comma"}));
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+            preferences = act(display, {"search", "--onlyvisible", "--name", "^Preferences$"});
+        }
+        ASSERT_NE(preferences, "");
+        press({"windowfocus", preferences.substr(0, preferences.find('\n'))});
+        press({"key", "alt+s"});
+        press({"key", "Tab"});
+    }
+    // Lets the program take what a tool has sent.
+    void press(std::vector<std::string> arguments) const {
+        static_cast<void>(act(display, std::move(arguments)));
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    }
+    [[nodiscard]] std::vector<std::string> shortcuts() const {
+        ErrorSlot error;
+        const auto list = platform::PropertyList::readFile(
+            library + "/Preferences/com.quillmark.shortcutkeys.plist", error);
+        const auto* const entries = list ? list->find("watchlist") : nullptr;
+        std::vector<std::string> texts;
+        for (const platform::PropertyList& entry :
+             entries != nullptr ? *entries->array() : platform::PropertyList::Array()) {
+            texts.push_back(*entry.find("commandid")->string() + " " +
+                            std::to_string(*entry.find("keycode")->integer()) + " " +
+                            std::to_string(*entry.find("modifiers")->integer()));
+        }
+        return texts;
+    }
+
+    const std::string library = sandbox.home() + "/.local/share/quillmark";
+    const StandInProgram manager{
+        library + "/Application Support/Quillmark/Shared Resources/QMShortcutKeyManager",
+        sandbox.path("arguments")};
+};
+
+TEST_F(RealKeysTest, assignsTheKeysThatArePressedAndClearsThem) {
+    RunningProgram program(settings(display, {}));
+    openShortcuts();
+    press({"key", "Return"});
+    press({"key", "Escape"});
+    EXPECT_THAT(shortcuts(), IsEmpty());
+    press({"key", "Return"});
+    press({"key", "ctrl+shift+F5"});
+    EXPECT_EQ(manager.takeArguments(), std::vector<std::string>{"-setup"});
+    EXPECT_THAT(shortcuts(), ElementsAre("fileOpen 71 4608"));
+    press({"key", "Down"});
+    press({"key", "Return"});
+    press({"key", "super+alt+a"});
+    EXPECT_EQ(manager.takeArguments(), std::vector<std::string>{"-setup"});
+    EXPECT_THAT(shortcuts(), ElementsAre("fileOpen 71 4608", "fileSaveReport 38 2304"));
+    press({"key", "Up"});
+    press({"key", "Delete"});
+    EXPECT_EQ(manager.takeArguments(), std::vector<std::string>{"-setup"});
+    EXPECT_THAT(shortcuts(), ElementsAre("fileSaveReport 38 2304"));
+    EXPECT_NE(act(display, {"search", "--onlyvisible", "--name", "^Preferences$"}), "");
+    program.sendSignal(SIGTERM);
+    program.finish();
 }
 
 }  // namespace

@@ -210,6 +210,42 @@ TEST_F(ShortcutKeysTest, canBeUsedByItsButtons) {
     EXPECT_EQ(shortcut(2), QString());
 }
 
+TEST_F(ShortcutKeysTest, canBeUsedByItsButtonsAndTheKeyboard) {
+    open();
+    button("changeShortcutBtn").setFocus();
+    QTest::keyClick(&button("changeShortcutBtn"), Qt::Key_Return);
+    ASSERT_NE(capture(), nullptr);
+    press(*capture(), Qt::Key_F5, kF5Code);
+    EXPECT_EQ(shortcut(0), QStringLiteral("F5"));
+    button("clearShortcutBtn").setFocus();
+    QTest::keyClick(&button("clearShortcutBtn"), Qt::Key_Return);
+    EXPECT_EQ(shortcut(0), QString());
+    EXPECT_TRUE(window->isVisible());
+}
+
+TEST_F(ShortcutKeysTest, closesWithEscapeAndReturnWhereNothingElseTakesThem) {
+    open();
+    QTest::keyClick(&table(), Qt::Key_Escape);
+    EXPECT_FALSE(window->isVisible());
+    window->show();
+    panes().setCurrentIndex(0);
+    QTest::keyClick(window.get(), Qt::Key_Return);
+    EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(ShortcutKeysTest, makesRoomForWhatThereIsToSay) {
+    open();
+    const QSize before = window->size();
+    for (const int row : {0, 2, 4, 6, 8}) {
+        assign(row, Qt::Key_F5, kF5Code);
+    }
+    QApplication::processEvents();
+    EXPECT_EQ(window->size(), before);
+    const QLabel& text = label("conflictLabel");
+    EXPECT_FALSE(text.geometry().intersects(table().geometry()));
+    EXPECT_GE(text.height(), text.heightForWidth(text.width()));
+}
+
 TEST_F(ShortcutKeysTest, beginsWithADoubleClick) {
     open();
     const QRect place = table().visualRect(table().model()->index(3, 0));
@@ -241,6 +277,7 @@ TEST_F(ShortcutKeysTest, marksShortcutsThatTwoCommandsHave) {
         const QModelIndex index = table().model()->index(row, ShortcutKeyModel::keyColumn);
         EXPECT_FALSE(index.data(Qt::DecorationRole).isNull());
         EXPECT_TRUE(index.data(Qt::FontRole).value<QFont>().bold());
+        EXPECT_TRUE(table().model()->index(row, 0).data(Qt::FontRole).isNull());
         EXPECT_EQ(cell(row, 1, Qt::AccessibleTextRole),
                   QStringLiteral("F5, also the shortcut of another command"));
     }

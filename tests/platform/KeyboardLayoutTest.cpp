@@ -89,7 +89,7 @@ TEST_F(KeyboardLayoutTest, isTheChosenOneWithoutADisplay) {
 
 TEST_F(KeyboardLayoutTest, isTheChosenOneWhereTheDisplayCannotBeReached) {
     const test::ChosenKeyboard keyboard("fr");
-    const test::ScopedVariable display("DISPLAY", ":4711");
+    const test::ScopedEnvironment display("DISPLAY", ":4711");
     EXPECT_EQ(textOf(*KeyboardLayout::current(), kQ), "a");
 }
 
@@ -123,7 +123,7 @@ TEST_F(KeyboardLayoutTest, givesNoMoreThanTheMostCharacters) {
     }
     sandbox.write("xkb/symbols/long", "xkb_symbols \"basic\" { include \"us\"\nkey <AD01> { [ {" +
                                           symbols + "} ] };\n};\n");
-    const test::ScopedVariable extra("XKB_CONFIG_EXTRA_PATH", sandbox.path("xkb"));
+    const test::ScopedEnvironment extra("XKB_CONFIG_EXTRA_PATH", sandbox.path("xkb"));
     const auto layout = named("long");
     ASSERT_NE(layout, nullptr);
     const std::string text = textOf(*layout, kQ);
@@ -151,7 +151,7 @@ class DisplayedKeyboardTest : public KeyboardLayoutTest {
 
     test::ChosenKeyboard keyboard{"fr"};
     test::VirtualScreen screen{sandbox.path("display")};
-    test::ScopedVariable display{"DISPLAY", screen.display().value_or("")};
+    test::ScopedEnvironment display{"DISPLAY", screen.display().value_or("")};
 };
 
 TEST_F(DisplayedKeyboardTest, isTheDisplays) {

@@ -12,14 +12,14 @@ class KeyboardNamesTest : public test::SandboxTest {
     std::string file = sandbox.write("keyboard",
                                      "# chosen\nXKBMODEL=\"pc105\"\nXKBLAYOUT=\"de,us\"\n"
                                      "XKBVARIANT='nodeadkeys,'\nXKBOPTIONS=\"ctrl:nocaps\"\n");
-    test::ScopedVariable model{"XKB_DEFAULT_MODEL", ""};
-    test::ScopedVariable options{"XKB_DEFAULT_OPTIONS", ""};
+    test::ScopedEnvironment model{"XKB_DEFAULT_MODEL", ""};
+    test::ScopedEnvironment options{"XKB_DEFAULT_OPTIONS", ""};
 };
 
 TEST_F(KeyboardNamesTest, areTheEnvironmentsWhereItNamesALayout) {
     const test::ChosenKeyboard keyboard("us", "dvorak");
-    const test::ScopedVariable chosenModel("XKB_DEFAULT_MODEL", "pc104");
-    const test::ScopedVariable chosenOptions("XKB_DEFAULT_OPTIONS", "caps:none");
+    const test::ScopedEnvironment chosenModel("XKB_DEFAULT_MODEL", "pc104");
+    const test::ScopedEnvironment chosenOptions("XKB_DEFAULT_OPTIONS", "caps:none");
     EXPECT_EQ(KeyboardNames::chosen(file), (KeyboardNames{"pc104", "us", "dvorak", "caps:none"}));
 }
 
