@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/PropertyList.h"
+#include "tests/support/FileState.h"
 #include "tests/support/ProgramRunner.h"
 #include "tests/support/Sandbox.h"
 #include "tests/support/StandInProgram.h"
@@ -206,6 +207,27 @@ TEST_F(RealKeysTest, assignsTheKeysThatArePressedAndClearsThem) {
     EXPECT_NE(act(display, {"search", "--onlyvisible", "--name", "^Preferences$"}), "");
     program.sendSignal(SIGTERM);
     program.finish();
+}
+
+TEST_F(RealKeysTest, quitsWhileTheManagerHangs) {
+    const std::string idFile = sandbox.path("id");
+    writeBytes(library + "/Application Support/Quillmark/Shared Resources/QMShortcutKeyManager",
+               "#!/bin/sh\necho $$ >'" + idFile + "'\nexec sleep 300\n");
+    RunningProgram program(settings(display, {}));
+    openShortcuts();
+    press({"key", "Return"});
+    press({"key", "F5"});
+    EXPECT_THAT(shortcuts(), ElementsAre("fileOpen 71 0"));
+    press({"key", "Escape"});
+    const auto before = std::chrono::steady_clock::now();
+    EXPECT_TRUE(pressUntil(display, windowNamed(display, "^Vornic$"), "ctrl+q", "^Vornic$"));
+    const ProgramResult result = program.finish();
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.signal, 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(9))
+        << "the manager is given ten";
+    const pid_t hanging = std::stoi(readBytes(idFile));
+    EXPECT_EQ(kill(hanging, SIGKILL), 0) << "it was left alone";
 }
 
 }  // namespace

@@ -310,17 +310,19 @@ TEST_F(ShortcutWatchListTest, isWholeWheneverAWriterIsKilled) {
     EXPECT_TRUE(assign(own("open"))) << "a killed writer leaves no lock behind";
 }
 
-class FullDiskWatchListTest : public test::OwnMounts, public ShortcutWatchListTest {};
-
-TEST_F(FullDiskWatchListTest, staysAsItIsOnAFullDisk) {
-    fs::create_directories(preferences);
-    {
+class FullDiskWatchListTest : public test::OwnMounts, public ShortcutWatchListTest {
+  protected:
+    void SetUp() override {
+        fs::create_directories(preferences);
         const test::RightsOfRoot root;
         if (!root.available() || !mounts.isAvailable() ||
             !mounts.mountVolume(preferences, "tmpfs", "size=16k,mode=0777")) {
             GTEST_SKIP() << "needs root and the right to mount";
         }
     }
+};
+
+TEST_F(FullDiskWatchListTest, staysAsItIsOnAFullDisk) {
     writeWatchList({ownEntry("close", 2, 0)});
     const std::string before = test::readBytes(watchList);
     const platform::FileDescriptor filler(
@@ -336,14 +338,6 @@ TEST_F(FullDiskWatchListTest, staysAsItIsOnAFullDisk) {
 }
 
 TEST_F(FullDiskWatchListTest, isNotReplacedWhereADamagedOneCannotBeKept) {
-    fs::create_directories(preferences);
-    {
-        const test::RightsOfRoot root;
-        if (!root.available() || !mounts.isAvailable() ||
-            !mounts.mountVolume(preferences, "tmpfs", "size=16k,mode=0777")) {
-            GTEST_SKIP() << "needs root and the right to mount";
-        }
-    }
     const std::string damaged(12 * 1024, 'x');
     writeBytes(damaged);
     EXPECT_FALSE(assign(own("open")));
