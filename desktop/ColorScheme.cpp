@@ -21,7 +21,7 @@ constexpr std::array kColors{
     RoleColors{QPalette::AlternateBase, 0xfff6f6f6, 0xff252628},
     RoleColors{QPalette::Text, 0xff1c1c1c, 0xffe8e8e8},
     RoleColors{QPalette::PlaceholderText, 0xff6b6b6b, 0xff9a9b9e},
-    RoleColors{QPalette::Button, 0xfff4f4f4, 0xff36373a},
+    RoleColors{QPalette::Button, 0xfff4f4f4, 0xff2f3033},
     RoleColors{QPalette::ButtonText, 0xff1c1c1c, 0xffe8e8e8},
     RoleColors{QPalette::BrightText, 0xffffffff, 0xffffffff},
     RoleColors{QPalette::Light, 0xffffffff, 0xff57585c},

@@ -4,6 +4,7 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QStyleOptionButton>
+#include <QTabWidget>
 
 #include "desktop/ColorScheme.h"
 #include "desktop/OwnStyle.h"
@@ -34,6 +35,23 @@ TEST_F(OwnStyleTest, givesDialogButtonsNoIcons) {
     QDialogButtonBox buttons;
     buttons.setStyle(&style);
     EXPECT_TRUE(buttons.addButton(QDialogButtonBox::Ok)->icon().isNull());
+}
+
+TEST_F(OwnStyleTest, keepsTextsReadableOnThePagesOfTabs) {
+    for (const ColorScheme scheme : {ColorScheme::light, ColorScheme::dark}) {
+        const QPalette palette = paletteOf(scheme);
+        QTabWidget tabs;
+        tabs.setStyle(&style);
+        tabs.setPalette(palette);
+        tabs.addTab(new QWidget(&tabs), QStringLiteral("Page"));
+        tabs.resize(200, 150);
+        tabs.show();
+        const QImage picture = tabs.grab().toImage();
+        const QColor ground = picture.pixelColor(picture.rect().center());
+        for (const auto group : {QPalette::Active, QPalette::Disabled}) {
+            EXPECT_GE(contrast(palette.color(group, QPalette::WindowText), ground), kReadable);
+        }
+    }
 }
 
 TEST_F(OwnStyleTest, edgesAnEmptyCheckBoxVisibly) {
