@@ -15,10 +15,10 @@ namespace {
 constexpr QSize kSize(420, 484);
 constexpr int kIconSize = 96;
 
-QLabel* makeLabel(const char* objectName, const QString& accessibleName, QWidget* parent) {
+QLabel* makeLabel(const char* objectName, const QString& description, QWidget* parent) {
     auto* const label = new QLabel(parent);
     label->setObjectName(QString::fromLatin1(objectName));
-    label->setAccessibleName(accessibleName);
+    label->setAccessibleDescription(description);
     label->setTextFormat(Qt::PlainText);
     label->setAlignment(Qt::AlignCenter);
     return label;
@@ -27,13 +27,14 @@ QLabel* makeLabel(const char* objectName, const QString& accessibleName, QWidget
 }  // namespace
 
 AboutWindow::AboutWindow()
-    : icon_(makeLabel("appIconView", tr("The application's icon"), this)),
+    : icon_(makeLabel("appIconView", tr("Icon"), this)),
       name_(makeLabel("appNameLabel", tr("Name of the application"), this)),
       version_(makeLabel("verLabel", tr("Versions"), this)),
       creditsArea_(new QScrollArea(this)),
       credits_(new QTextEdit(creditsArea_)) {
     setObjectName(QStringLiteral("aboutWindow"));
     resize(kSize);
+    icon_->setAccessibleName(tr("The application's icon"));
     QFont large = name_->font();
     large.setPointSizeF(large.pointSizeF() * 1.6);
     large.setBold(true);

@@ -13,10 +13,10 @@ namespace {
 
 constexpr int kWidth = 440;
 
-QLabel* makeLabel(const QString& objectName, const QString& accessibleName, QWidget* parent) {
+QLabel* makeLabel(const QString& objectName, const QString& description, QWidget* parent) {
     auto* const label = new QLabel(parent);
     label->setObjectName(objectName);
-    label->setAccessibleName(accessibleName);
+    label->setAccessibleDescription(description);
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);

@@ -29,6 +29,7 @@ class ElidedLabel : public QLabel {
         setTextFormat(Qt::PlainText);
         setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
         setText(whole_);
+        setAccessibleName(whole_);
     }
 
   protected:
@@ -116,7 +117,7 @@ QWidget* DocumentMainWindow::makeHead() {
     column->setSpacing(2);
     auto* const name = new ElidedLabel(fileNameOf(path_), head);
     name->setObjectName(QStringLiteral("fileNameLabel"));
-    name->setAccessibleName(tr("File"));
+    name->setAccessibleDescription(tr("File"));
     name->setToolTip(toolTipOf(path_));
     QFont large = name->font();
     large.setPointSizeF(large.pointSizeF() * 1.4);
@@ -124,7 +125,7 @@ QWidget* DocumentMainWindow::makeHead() {
     name->setFont(large);
     auto* const kind = new QLabel(kindOf(path_), head);
     kind->setObjectName(QStringLiteral("fileKindLabel"));
-    kind->setAccessibleName(tr("Kind of file"));
+    kind->setAccessibleDescription(tr("Kind of file"));
     column->addWidget(name);
     column->addWidget(kind);
     return head;
@@ -138,7 +139,7 @@ QWidget* DocumentMainWindow::makeFoot() {
     outcomeBadge_->setObjectName(QStringLiteral("outcomeBadge"));
     outcomeLabel_ = new QLabel(foot);
     outcomeLabel_->setObjectName(QStringLiteral("outcomeLabel"));
-    outcomeLabel_->setAccessibleName(tr("Outcome of the repair"));
+    outcomeLabel_->setAccessibleDescription(tr("Outcome of the repair"));
     outcomeLabel_->setTextFormat(Qt::PlainText);
     outcomeLabel_->setWordWrap(true);
     QFont bold = outcomeLabel_->font();

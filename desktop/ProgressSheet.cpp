@@ -30,7 +30,7 @@ ProgressSheet::ProgressSheet(QWidget* window, std::function<State()> state,
     setAccessibleName(tr("Progress of the repair"));
     setMinimumWidth(kWidth);
     statusText_->setObjectName(QStringLiteral("progressStatusText"));
-    statusText_->setAccessibleName(tr("What the repair is doing"));
+    statusText_->setAccessibleDescription(tr("What the repair is doing"));
     statusText_->setTextFormat(Qt::PlainText);
     statusText_->setWordWrap(true);
     bar_->setObjectName(QStringLiteral("progressBar"));
@@ -72,6 +72,7 @@ void ProgressSheet::setStatusText(std::string_view text) {
     const QString whole = toQString(text);
     const int room = std::max(width(), kWidth) * kLines - kWidth / 2;
     statusText_->setText(fontMetrics().elidedText(whole, Qt::ElideMiddle, room));
+    statusText_->setAccessibleName(whole);
     statusText_->setToolTip(whole);
 }
 

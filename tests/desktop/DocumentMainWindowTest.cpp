@@ -1,3 +1,4 @@
+#include <QAccessible>
 #include <QComboBox>
 #include <QFileDialog>
 #include <QLabel>
@@ -325,12 +326,25 @@ TEST_F(DocumentMainWindowTest, givesEveryControlANameForThoseWhoCannotSeeIt) {
     open(sandbox.write("cut.xml", kSound));
     alertAtTheEnd();
     for (const char* const name :
-         {"infoText", "repairBtn", "progressBar", "progressCancelBtn", "progressStatusText",
-          "convertCurVersion", "convertDowngradeVersion", "convertVersionPopUp", "convertBtn",
-          "convertSpinner", "windowProgress", "windowConvert"}) {
+         {"infoText", "repairBtn", "progressBar", "progressCancelBtn", "convertVersionPopUp",
+          "convertBtn", "convertSpinner", "windowProgress", "windowConvert"}) {
         EXPECT_FALSE(child<QWidget>(name).accessibleName().isEmpty()) << name;
     }
     EXPECT_EQ(window->objectName(), QStringLiteral("windowMain"));
+}
+
+// A name of its own would be read out in the place of the label's text.
+TEST_F(DocumentMainWindowTest, describesItsLabelsAndReadsOutTheirText) {
+    open(sandbox.write("cut.xml", kSound));
+    alertAtTheEnd();
+    for (const char* const name :
+         {"fileNameLabel", "fileKindLabel", "outcomeLabel", "progressStatusText",
+          "convertCurVersion", "convertDowngradeVersion"}) {
+        EXPECT_FALSE(child<QLabel>(name).accessibleDescription().isEmpty()) << name;
+    }
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(&child<QLabel>("outcomeLabel"))
+                  ->text(QAccessible::Name),
+              QStringLiteral("✓  The file is sound."));
 }
 
 }  // namespace

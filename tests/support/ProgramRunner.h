@@ -67,6 +67,8 @@ class RunningProgram {
     /// @return false when the program closed its streams without it.
     [[nodiscard]] bool readUntil(std::string_view text);
     void sendSignal(int number) const;
+    /// The process number; -1 once it has been waited for.
+    [[nodiscard]] pid_t id() const { return process_; }
     /// Reads everything that is still to come and waits for the end. A program that takes longer
     /// than four minutes hangs: it is killed, and the test fails.
     ProgramResult finish();

@@ -1,0 +1,80 @@
+#ifndef VORNIC_TESTS_DESKTOP_PROGRAM_PROGRAM_TEST_H
+#define VORNIC_TESTS_DESKTOP_PROGRAM_PROGRAM_TEST_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/desktop/program/DesktopSession.h"
+#include "tests/desktop/program/DrivenProgram.h"
+#include "tests/desktop/program/Waiting.h"
+#include "tests/support/Sandbox.h"
+
+namespace vornic::test {
+
+/// A file with a character that XML forbids, which the repair takes out, and the same without.
+inline constexpr const char* kDamaged =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n<xmeml version=\"5\">\n"
+    "    <sequence>\n        <name>C\vut</name>\n    </sequence>\n</xmeml>\n";
+inline constexpr const char* kSound =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n<xmeml version=\"5\">\n"
+    "    <sequence>\n        <name>Cut</name>\n    </sequence>\n</xmeml>\n";
+/// A file that no repair can mend.
+inline constexpr const char* kBroken =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n<xmeml version=\"5\">\n"
+    "    <sequence>\n</xmeml>\n";
+/// A file like `kDamaged` whose repair, which reports each character, is at work for a while.
+inline std::string damagedAtLength(std::size_t characters = 1000000) {
+    std::string text = kDamaged;
+    return text.insert(text.find('\v'), std::string(characters, '\v'));
+}
+/// The headline of the question about a window that is closed during a run.
+inline constexpr const char* kCloseQuestion = "A repair is running. Are you sure you wish to quit?";
+
+/// How a start of the desktop program differs from that of a user with nothing set.
+struct StartSettings {
+    std::vector<std::string> arguments = {};
+    /// Further variables of the environment, "NAME=value" each; they go before the usual ones.
+    std::vector<std::string> environment = {};
+    /// Whether the program joins one that runs already.
+    bool joinsOthers = false;
+};
+
+/// Base class of tests that drive the built desktop program on a desktop of their own.
+class ProgramTest : public SandboxTest {
+  protected:
+    void SetUp() override {
+        if (const std::string missing = DesktopSession::missingParts(); !missing.empty()) {
+            GTEST_SKIP() << "needs " << missing;
+        }
+        session = std::make_unique<DesktopSession>(sandbox.home() + "/.session");
+    }
+
+    [[nodiscard]] DrivenProgram start(std::vector<std::string> files) const {
+        return startWith({.arguments = std::move(files)});
+    }
+    [[nodiscard]] DrivenProgram startWith(const StartSettings& settings) const {
+        std::vector<std::string> environment = settings.environment;
+        environment.insert(environment.end(), {"HOME=" + sandbox.home(),
+                                               "PATH=" + programFolder() + ":/usr/bin:/bin"});
+        if (!settings.joinsOthers) {
+            environment.emplace_back("VORNIC_NEW_INSTANCE=1");
+        }
+        environment.insert(environment.end(), session->environment().begin(),
+                           session->environment().end());
+        return DrivenProgram(*session, {.program = VORNIC_DESKTOP_PROGRAM,
+                                        .arguments = settings.arguments,
+                                        .environment = std::move(environment)});
+    }
+    /// Where the program finds other programs first.
+    [[nodiscard]] std::string programFolder() const { return sandbox.home() + "/.programs"; }
+    [[nodiscard]] std::string trash() const { return sandbox.home() + "/.Trash"; }
+
+    std::unique_ptr<DesktopSession> session;
+};
+
+}  // namespace vornic::test
+
+#endif
