@@ -113,6 +113,12 @@ void Application::launch(const std::vector<std::string>& paths) {
     isLaunched_ = true;
 }
 
+void Application::run() {
+    if (!isEnding_) {
+        QApplication::exec();
+    }
+}
+
 void Application::receive(const std::vector<std::string>& paths) {
     if (isEnding_) {
         return;
@@ -247,7 +253,7 @@ void Application::showAboutPanel() {
 
 void Application::terminate() {
     isEnding_ = true;
-    // Posted, so that it ends a loop that has yet to begin, too.
+    platform::MainThread::shutdown();
     QMetaObject::invokeMethod(qApp, &QApplication::quit, Qt::QueuedConnection);
 }
 
@@ -280,9 +286,8 @@ void Application::showTrash() {
 
 void Application::quit() {
     while (!windows_.empty()) {
-        const std::size_t before = windows_.size();
-        windows_.back()->close();
-        if (windows_.size() == before) {
+        const WindowPointer window = windows_.back();
+        if (!window->close()) {
             return;
         }
     }

@@ -29,6 +29,8 @@ class Application : public QObject, public ApplicationHost {
     /// Starts the controller and opens what the program was started with.
     /// @param paths absolute.
     void launch(const std::vector<std::string>& paths);
+    /// Runs the event loop until the application terminates, unless it has done so already.
+    void run();
     /// Opens what a later start of the program was given, instead of what an open panel asks for,
     /// and comes to the front. What comes before the application may open anything waits.
     void receive(const std::vector<std::string>& paths);
@@ -41,6 +43,7 @@ class Application : public QObject, public ApplicationHost {
     bool openDocument(const std::string& path) override;
     [[nodiscard]] std::shared_ptr<Document> currentDocument() const override;
     void showAboutPanel() override;
+    /// Ends the event loop, and all waiting for answers, without a question.
     void terminate() override;
 
     [[nodiscard]] AppController& controller() { return *controller_; }

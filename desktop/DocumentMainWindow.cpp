@@ -358,7 +358,14 @@ void DocumentMainWindow::setConvertButtonEnabled(bool enabled) {
 void DocumentMainWindow::closeEvent(QCloseEvent* event) {
     const std::shared_ptr<Document> shown = document_.lock();
     event->ignore();
-    if (shown && shown->windowShouldClose()) {
+    if (isAskedToClose_) {
+        makeKeyAndOrderFront();
+        return;
+    }
+    isAskedToClose_ = true;
+    const bool mayClose = shown && shown->windowShouldClose();
+    isAskedToClose_ = false;
+    if (mayClose) {
         event->accept();
         saveWindowSize(*this);
         actions_.closed(*this);

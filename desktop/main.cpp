@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QIcon>
+#include <QSocketNotifier>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -101,13 +102,21 @@ int main(int argc, char** argv) {
     vornic::QMAlert::setPanelFactory(std::make_shared<vornic::QtAlertPanelFactory>());
     {
         vornic::Application application;
+        vornic::platform::catchInterruptions();
+        QSocketNotifier interruption(vornic::platform::interruptionDescriptor(),
+                                     QSocketNotifier::Read);
+        QObject::connect(&interruption, &QSocketNotifier::activated, &application,
+                         [&application, &interruption] {
+                             interruption.setEnabled(false);
+                             application.terminate();
+                         });
         if (!isAlone) {
             link.listen([&application](const std::vector<std::string>& paths) {
                 application.receive(paths);
             });
         }
         application.launch(files);
-        QApplication::exec();
+        application.run();
         application.finish();
         vornic::platform::MainThread::shutdown();
         vornic::platform::joinDetachedThreads(kLongestEnd);

@@ -3,12 +3,15 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <map>
 #include <mutex>
 #include <utility>
 #include <vector>
 
 #include <pthread.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
 
 namespace vornic::platform {
 namespace {
@@ -26,7 +29,8 @@ Observers& observers() {
 }
 
 std::atomic<int> notedSignal{0};
-static_assert(std::atomic<int>::is_always_lock_free, "a signal handler writes it");
+std::atomic<int> notice{-1};
+static_assert(std::atomic<int>::is_always_lock_free, "a signal handler uses them");
 
 /// The observer that was registered next after `token`, which moves on to it. Called without the
 /// lock, an observer may register and remove others.
@@ -61,6 +65,10 @@ extern "C" void noteSignal(int number) {
     if (!notedSignal.compare_exchange_strong(none, number)) {
         endBySignal(number);
     }
+    if (const int descriptor = notice.load(); descriptor >= 0) {
+        const std::uint64_t one = 1;
+        static_cast<void>(write(descriptor, &one, sizeof one));
+    }
     errno = savedError;
 }
 
@@ -90,6 +98,9 @@ void postWillTerminate() {
 }
 
 void catchInterruptions() {
+    if (notice.load() < 0) {
+        notice.store(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    }
     struct sigaction action {};
     action.sa_handler = noteSignal;
     sigemptyset(&action.sa_mask);
@@ -108,6 +119,10 @@ int interruption() {
 
 const std::atomic<int>* interruptionFlag() {
     return &notedSignal;
+}
+
+int interruptionDescriptor() {
+    return notice.load();
 }
 
 }  // namespace vornic::platform

@@ -25,6 +25,10 @@ void catchInterruptions();
 [[nodiscard]] int interruption();
 /// The flag behind `interruption`, for loops that poll it; null is never returned.
 [[nodiscard]] const std::atomic<int>* interruptionFlag();
+/// A descriptor that can be read from once a signal has been noted, for event loops that sleep; it
+/// stays open until the process ends. -1 before `catchInterruptions`, and where the system has none
+/// to give.
+[[nodiscard]] int interruptionDescriptor();
 
 }  // namespace vornic::platform
 

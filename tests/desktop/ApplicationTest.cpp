@@ -46,7 +46,10 @@ Widget* visible() {
 
 class ApplicationTest : public DesktopTest {
   protected:
-    ApplicationTest() { showOpenPanelAtStart(false); }
+    ApplicationTest() {
+        platform::MainThread::restart();
+        showOpenPanelAtStart(false);
+    }
     ~ApplicationTest() override {
         application.finish();
         settle();

@@ -9,6 +9,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include "platform/Termination.h"
@@ -79,6 +80,21 @@ TEST(TerminationTest, notesTheFirstSignalAndGoesOn) {
             EXPECT_EQ(interruptionFlag()->load(), number);
         })) << number;
     }
+}
+
+TEST(TerminationTest, wakesWhoeverWaitsForASignal) {
+    EXPECT_TRUE(test::passesInChild([] {
+        ASSERT_NE(std::signal(SIGTERM, SIG_DFL), SIG_ERR);
+        EXPECT_EQ(interruptionDescriptor(), -1);
+        catchInterruptions();
+        pollfd waited{interruptionDescriptor(), POLLIN, 0};
+        ASSERT_GE(waited.fd, 0);
+        EXPECT_EQ(poll(&waited, 1, 0), 0);
+        EXPECT_EQ(raise(SIGTERM), 0);
+        EXPECT_EQ(poll(&waited, 1, 0), 1);
+        catchInterruptions();
+        EXPECT_EQ(interruptionDescriptor(), waited.fd);
+    }));
 }
 
 TEST(TerminationTest, endsAtOnceOnTheSecondSignal) {

@@ -26,7 +26,7 @@ class DrivenProgram {
     /// A window on the screen whose title begins so, or nothing.
     [[nodiscard]] std::optional<AccessibleNode> findWindow(const std::string& title) const;
     /// The same, waited for.
-    [[nodiscard]] AccessibleNode window(const std::string& title) const;
+    AccessibleNode window(const std::string& title) const;
     /// Waits until no window with such a title is on the screen.
     void waitUntilGone(const std::string& title) const;
     /// Waits until a window with such a title has the keyboard.
@@ -38,9 +38,9 @@ class DrivenProgram {
     [[nodiscard]] std::optional<AccessibleNode> find(const std::string& role,
                                                      const std::string& name) const;
     /// The same, waited for.
-    [[nodiscard]] AccessibleNode control(const std::string& role, const std::string& name) const;
+    AccessibleNode control(const std::string& role, const std::string& name) const;
     /// The same in one window.
-    [[nodiscard]] AccessibleNode control(const AccessibleNode& window, const std::string& role,
+    AccessibleNode control(const AccessibleNode& window, const std::string& role,
                                          const std::string& name) const;
     /// Waits for a label with a text.
     void waitForLabel(const std::string& text) const;

@@ -60,13 +60,11 @@ TEST_F(RepairProgramTest, opensEachFileInAWindowOfItsOwn) {
                sandbox.write("three.fcpxml", kBroken)});
     for (const char* const name : {"one.xml", "two.xml", "three.fcpxml"}) {
         const AccessibleNode window = program.window(name);
-        static_cast<void>(program.control(window, "label", name));
-        static_cast<void>(program.control(window, "text", "Report"));
+        program.control(window, "label", name);
+        program.control(window, "text", "Report");
     }
-    static_cast<void>(
-        program.control(program.window("three.fcpxml"), "label", "Final Cut Pro X file (FCPXML)"));
-    static_cast<void>(
-        program.control(program.window("two.xml"), "label", "Final Cut Pro 7 file (XMEML)"));
+    program.control(program.window("three.fcpxml"), "label", "Final Cut Pro X file (FCPXML)");
+    program.control(program.window("two.xml"), "label", "Final Cut Pro 7 file (XMEML)");
     for (const char* const headline : {"The file was repaired successfully",
                                        "No repair was necessary", "Unable to repair file"}) {
         program.waitForLabel(headline);
@@ -118,7 +116,7 @@ TEST_F(RepairProgramTest, cancelsARunWithTheEscapeKey) {
 TEST_F(RepairProgramTest, staysAliveForOtherFilesDuringARun) {
     DrivenProgram program =
         start({sandbox.write("short.xml", kSound), sandbox.write("long.xml", damagedAtLength())});
-    static_cast<void>(program.control("push button", "Cancel the repair"));
+    program.control("push button", "Cancel the repair");
     program.answerAlert("No repair was necessary", "OK");
     const AccessibleNode window = program.window("short.xml");
     program.choose(window, "Tools", "Repair");
