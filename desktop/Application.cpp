@@ -115,7 +115,9 @@ void Application::launch(const std::vector<std::string>& paths) {
 
 void Application::run() {
     if (!isEnding_) {
+        isRunning_ = true;
         QApplication::exec();
+        isRunning_ = false;
     }
 }
 
@@ -254,7 +256,16 @@ void Application::showAboutPanel() {
 void Application::terminate() {
     isEnding_ = true;
     platform::MainThread::shutdown();
-    QMetaObject::invokeMethod(qApp, &QApplication::quit, Qt::QueuedConnection);
+    // Not `quit`, which a window that does not close, such as the sheet of a run, would stop.
+    const auto endLoops = [this] {
+        if (openPanel_) {
+            openPanel_->reject();
+        }
+        if (isRunning_) {
+            QApplication::exit();
+        }
+    };
+    QMetaObject::invokeMethod(this, endLoops, Qt::QueuedConnection);
 }
 
 void Application::openDocuments(const std::vector<std::string>& paths) {
@@ -287,7 +298,9 @@ void Application::showTrash() {
 void Application::quit() {
     while (!windows_.empty()) {
         const WindowPointer window = windows_.back();
-        if (!window->close()) {
+        window->close();
+        // Also when the question about it is on the screen already.
+        if (std::find(windows_.begin(), windows_.end(), window) != windows_.end()) {
             return;
         }
     }

@@ -81,6 +81,7 @@ class Application : public QObject, public ApplicationHost {
     std::vector<std::string> waiting_;
     bool mayOpen_ = false;
     bool isLaunched_ = false;
+    bool isRunning_ = false;
     bool isEnding_ = false;
 };
 

@@ -358,16 +358,10 @@ void DocumentMainWindow::setConvertButtonEnabled(bool enabled) {
 void DocumentMainWindow::closeEvent(QCloseEvent* event) {
     const std::shared_ptr<Document> shown = document_.lock();
     event->ignore();
-    if (isAskedToClose_) {
-        makeKeyAndOrderFront();
-        return;
-    }
-    isAskedToClose_ = true;
-    const bool mayClose = shown && shown->windowShouldClose();
-    isAskedToClose_ = false;
-    if (mayClose) {
+    if (shown && shown->windowShouldClose()) {
         event->accept();
         saveWindowSize(*this);
+        hideSheets(*this);
         actions_.closed(*this);
     }
 }

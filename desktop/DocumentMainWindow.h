@@ -93,8 +93,6 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     std::shared_ptr<Document> kept_;
     std::string path_;
     Actions actions_;
-    // True while a question about closing may be on the screen.
-    bool isAskedToClose_ = false;
 
     OutcomeBadge* outcomeBadge_ = nullptr;
     QLabel* outcomeLabel_ = nullptr;

@@ -33,6 +33,7 @@ class MenuBuilder {
         buildToolsMenu();
         buildTroubleshootingMenu();
         buildHelpMenu();
+        offerDuringRuns();
     }
 
   private:
@@ -193,6 +194,15 @@ class MenuBuilder {
         add(menu, "helpAbout", tr("&About Vornic"), {}, [&controller] {
             controller.showAboutDialog();
         }).setMenuRole(QAction::AboutRole);
+    }
+
+    // The sheet of a run, which holds up its window, knows the keys of these commands, too.
+    void offerDuringRuns() {
+        if (auto* const sheet = window_.findChild<QDialog*>(QStringLiteral("windowProgress"))) {
+            for (const char* const id : {"fileOpen", "fileClose", "fileQuit"}) {
+                sheet->addAction(window_.findChild<QAction*>(QString::fromLatin1(id)));
+            }
+        }
     }
 
     QMainWindow& window_;

@@ -51,6 +51,10 @@ void follow(QWidget& window, QDialog& sheet) {
     }
 }
 
+QList<QDialog*> dialogsOf(const QWidget& window) {
+    return window.findChildren<QDialog*>(QString(), Qt::FindDirectChildrenOnly);
+}
+
 }  // namespace
 
 void beginSheet(QDialog& dialog) {
@@ -77,11 +81,16 @@ void beginAlone(QDialog& dialog) {
 }
 
 bool hasSheet(const QWidget& window) {
-    const QList<QDialog*> dialogs =
-        window.findChildren<QDialog*>(QString(), Qt::FindDirectChildrenOnly);
+    const QList<QDialog*> dialogs = dialogsOf(window);
     return std::any_of(dialogs.begin(), dialogs.end(), [](const QDialog* dialog) {
         return dialog->isVisible() && dialog->windowModality() == Qt::WindowModal;
     });
+}
+
+void hideSheets(const QWidget& window) {
+    for (QDialog* const dialog : dialogsOf(window)) {
+        dialog->hide();
+    }
 }
 
 }  // namespace vornic

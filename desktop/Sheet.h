@@ -16,6 +16,9 @@ void beginAlone(QDialog& dialog);
 /// True when a dialog that is modal to the window is on the screen.
 [[nodiscard]] bool hasSheet(const QWidget& window);
 
+/// Takes all sheets off a window that goes; they would stay without it.
+void hideSheets(const QWidget& window);
+
 }  // namespace vornic
 
 #endif

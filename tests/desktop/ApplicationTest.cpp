@@ -46,10 +46,7 @@ Widget* visible() {
 
 class ApplicationTest : public DesktopTest {
   protected:
-    ApplicationTest() {
-        platform::MainThread::restart();
-        showOpenPanelAtStart(false);
-    }
+    ApplicationTest() { showOpenPanelAtStart(false); }
     ~ApplicationTest() override {
         application.finish();
         settle();
@@ -280,12 +277,16 @@ TEST_F(ApplicationTest, keepsWhatItIsHandedBeforeItMayOpenAnything) {
 class LastWindowTest : public ApplicationTest {
   protected:
     // Whether the application ends within a moment.
-    static bool ends() {
-        constexpr int kGoesOn = 7;
+    bool ends() {
+        bool goesOn = false;
         QTimer timer;
-        QObject::connect(&timer, &QTimer::timeout, [] { QApplication::exit(kGoesOn); });
+        QObject::connect(&timer, &QTimer::timeout, [&goesOn] {
+            goesOn = true;
+            QApplication::exit();
+        });
         timer.start(std::chrono::milliseconds(300));
-        return QApplication::exec() != kGoesOn;
+        application.run();
+        return !goesOn;
     }
 };
 

@@ -38,7 +38,11 @@ inline void settle() {
 }
 
 /// Base class of tests with windows and a home folder of their own.
-class DesktopTest : public SandboxTest {};
+class DesktopTest : public SandboxTest {
+  protected:
+    // An application that has ended in a test before ended all waiting for the main thread.
+    DesktopTest() { platform::MainThread::restart(); }
+};
 
 }  // namespace vornic::test
 

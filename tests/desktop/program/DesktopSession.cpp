@@ -140,6 +140,10 @@ void DesktopSession::pressKeys(const std::vector<std::string>& keys) const {
     act(arguments);
 }
 
+void DesktopSession::activate(const std::string& title) const {
+    act({"search", "--onlyvisible", "--name", title, "windowactivate"});
+}
+
 void DesktopSession::type(const std::string& text) const {
     act({"type", "--delay", "1", text});
 }

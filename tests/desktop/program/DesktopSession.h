@@ -35,6 +35,8 @@ class DesktopSession {
     std::string act(const std::vector<std::string>& arguments) const;
     /// Presses keys, such as "ctrl+f", one after the other.
     void pressKeys(const std::vector<std::string>& keys) const;
+    /// Brings a window with such a title (a regular expression) to the front, as a task list does.
+    void activate(const std::string& title) const;
     void type(const std::string& text) const;
     void movePointer(const QPoint& place) const;
     /// Clicks in the middle of what has come to rest on the screen.

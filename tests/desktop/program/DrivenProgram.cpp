@@ -1,8 +1,10 @@
 #include "tests/desktop/program/DrivenProgram.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 
 #include "tests/desktop/program/Waiting.h"
 
@@ -13,7 +15,15 @@ using State = AccessibleNode::State;
 DrivenProgram::DrivenProgram(const DesktopSession& session, const ProgramSettings& settings)
     : session_(session), process_(settings) {}
 
+bool DrivenProgram::hasEnded() const {
+    siginfo_t ended{};
+    return waitid(P_PID, static_cast<id_t>(process_.id()), &ended, WEXITED | WNOHANG | WNOWAIT) ==
+               0 &&
+           ended.si_pid == process_.id();
+}
+
 void DrivenProgram::expectCleanEnd() {
+    waitFor("the end of the program", [this] { return hasEnded(); });
     const ProgramResult result = finish();
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_EQ(result.signal, 0) << result.errors;
@@ -62,8 +72,12 @@ void DrivenProgram::waitUntilGone(const std::string& title) const {
 
 void DrivenProgram::waitUntilActive(const std::string& title) const {
     waitFor("the keyboard for the window " + title, [&] {
-        const auto found = findWindow(title);
-        return found && found->is(State::active);
+        for (const AccessibleNode& window : windows()) {
+            if (window.name().starts_with(title) && window.is(State::active)) {
+                return true;
+            }
+        }
+        return false;
     });
 }
 
@@ -101,8 +115,24 @@ void DrivenProgram::clickButton(const std::string& name) const {
 }
 
 void DrivenProgram::answerAlert(const std::string& headline, const std::string& button) const {
+    const auto isAsked = [&headline](const AccessibleNode& window) {
+        return window.find("label", headline).has_value();
+    };
+    const auto isActive = [](const AccessibleNode& window) { return window.is(State::active); };
     waitForLabel(headline);
-    clickButton(button);
+    std::vector<AccessibleNode> shown = windows();
+    std::stable_partition(shown.begin(), shown.end(), isActive);
+    const auto alert = std::find_if(shown.begin(), shown.end(), isAsked);
+    if (alert != shown.end()) {
+        const AccessibleNode asked = control(*alert, "push button", button);
+        // One that another window covers would not be met by the pointer.
+        if (isActive(*alert)) {
+            session_.click(asked);
+        } else {
+            asked.press();
+        }
+        waitFor("the end of the alert", [&alert] { return !alert->is(State::showing); });
+    }
 }
 
 void DrivenProgram::choose(const AccessibleNode& window, const std::string& menu,

@@ -1,6 +1,7 @@
 #ifndef VORNIC_TESTS_DESKTOP_PROGRAM_DRIVEN_PROGRAM_H
 #define VORNIC_TESTS_DESKTOP_PROGRAM_DRIVEN_PROGRAM_H
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -20,6 +21,7 @@ class DrivenProgram {
     [[nodiscard]] RunningProgram& process() { return process_; }
     /// Waits for the program to end.
     ProgramResult finish() { return process_.finish(); }
+    [[nodiscard]] bool hasEnded() const;
     /// Waits for a clean end: status 0, no signal.
     void expectCleanEnd();
 
@@ -41,12 +43,12 @@ class DrivenProgram {
     AccessibleNode control(const std::string& role, const std::string& name) const;
     /// The same in one window.
     AccessibleNode control(const AccessibleNode& window, const std::string& role,
-                                         const std::string& name) const;
+                           const std::string& name) const;
     /// Waits for a label with a text.
     void waitForLabel(const std::string& text) const;
     /// Waits for a push button that can be pressed, and clicks on it.
     void clickButton(const std::string& name) const;
-    /// Waits for an alert with a headline, and clicks on one of its buttons.
+    /// Waits for an alert with a headline, clicks on one of its buttons, and waits for its end.
     void answerAlert(const std::string& headline, const std::string& button) const;
     /// Chooses an entry of a menu of the menu bar of a window.
     void choose(const AccessibleNode& window, const std::string& menu,
@@ -56,12 +58,14 @@ class DrivenProgram {
     /// Waits until the report in a window holds a text.
     void waitForReport(const AccessibleNode& window, const std::string& text) const;
 
+    /// Ends the test when something does not come to hold. @param what it is, for the failure's
+    /// text
+    void waitFor(const std::string& what, const std::function<bool()>& holds) const;
     /// All that is on the screen, to be read by people.
     [[nodiscard]] std::string describe() const;
 
   private:
     [[nodiscard]] std::vector<AccessibleNode> windows() const;
-    void waitFor(const std::string& what, const std::function<bool()>& holds) const;
 
     const DesktopSession& session_;
     RunningProgram process_;

@@ -33,6 +33,9 @@ inline std::string damagedAtLength(std::size_t characters = 1000000) {
 /// The headline of the question about a window that is closed during a run.
 inline constexpr const char* kCloseQuestion = "A repair is running. Are you sure you wish to quit?";
 
+/// The title of the sheet of a run.
+inline constexpr const char* kProgress = "Progress of the repair";
+
 /// How a start of the desktop program differs from that of a user with nothing set.
 struct StartSettings {
     std::vector<std::string> arguments = {};

@@ -1,0 +1,132 @@
+#include <csignal>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "app/AppController.h"
+#include "platform/UserPreferences.h"
+#include "tests/desktop/program/ProgramTest.h"
+#include "tests/support/FileState.h"
+
+// How the program starts, with and without files.
+
+namespace vornic::test {
+namespace {
+
+using ::testing::HasSubstr;
+
+constexpr const char* kOpenPanel = "Browse for a Final Cut Pro 7 or X XML file";
+
+class StartProgramTest : public ProgramTest {
+  protected:
+    static void showOpenPanelAtStart(int value) {
+        ErrorSlot error;
+        ASSERT_TRUE(platform::UserPreferences().setValue(AppController::kShowOpenDialogPreference,
+                                                         value, error));
+    }
+};
+
+// A desktop is of no use to these.
+class NoDesktopTest : public SandboxTest {
+  protected:
+    [[nodiscard]] ProgramResult startOn(std::vector<std::string> display) const {
+        display.insert(display.end(), {"HOME=" + sandbox.home(), "PATH=/usr/bin:/bin",
+                                       "TMPDIR=" + sandbox.folder(), "LANG=C.UTF-8"});
+        return runProgram({.program = VORNIC_DESKTOP_PROGRAM,
+                           .arguments = {},
+                           .environment = std::move(display)});
+    }
+};
+
+TEST_F(NoDesktopTest, tellsThatThereIsNoDisplay) {
+    const ProgramResult result = startOn({});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.errors, HasSubstr("There is no display"));
+}
+
+TEST_F(NoDesktopTest, tellsThatItsDisplayCannotBeReached) {
+    const ProgramResult result = startOn({"DISPLAY=:4711"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.errors, HasSubstr("vornic: No window can be opened."));
+    EXPECT_FALSE(exists(sandbox.home() + "/.local/share/quillmark/Logs/DiagnosticReports"));
+}
+
+TEST_F(StartProgramTest, opensTheFileThatTheUserChoosesInTheOpenPanel) {
+    const std::string path = sandbox.write("cut.xml", kDamaged);
+    DrivenProgram program = start({});
+    program.waitUntilActive(kOpenPanel);
+    session->type(path);
+    session->pressKeys({"Return"});
+    program.answerAlert("The file was repaired successfully", "OK");
+    EXPECT_EQ(readBytes(path), kSound);
+    program.waitUntilGone(kOpenPanel);
+}
+
+TEST_F(StartProgramTest, showsTheStartWindowWhenTheOpenPanelsAreCancelled) {
+    DrivenProgram program = start({});
+    program.waitUntilActive(kOpenPanel);
+    session->pressKeys({"Escape"});
+    program.waitUntilGone(kOpenPanel);
+    // Nothing is open a second later, so that the panel is shown once more.
+    program.waitUntilActive(kOpenPanel);
+    session->pressKeys({"Escape"});
+    program.waitUntilActive("Vornic");
+    program.waitForLabel("Drop Final Cut Pro XML files here to repair them.");
+    EXPECT_EQ(program.windowCount(), 1U) << program.describe();
+    program.clickButton("Open files to repair");
+    program.waitUntilActive(kOpenPanel);
+    session->pressKeys({"Escape"});
+    program.waitUntilActive("Vornic");
+    session->pressKeys({"ctrl+w"});
+    program.expectCleanEnd();
+}
+
+TEST_F(StartProgramTest, showsNoOpenPanelUnlessItIsWanted) {
+    for (const int value : {0, 2}) {
+        showOpenPanelAtStart(value);
+        DrivenProgram program = start({});
+        program.waitUntilActive("Vornic");
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_FALSE(becomesTrue([&] { return program.findWindow(kOpenPanel).has_value(); },
+                                 std::chrono::milliseconds(1500)))
+            << value;
+        EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1500));
+        session->pressKeys({"ctrl+q"});
+        program.expectCleanEnd();
+    }
+}
+
+TEST_F(StartProgramTest, showsNoOpenPanelWhenItIsStartedWithAFile) {
+    DrivenProgram program = start({sandbox.write("cut.xml", kSound)});
+    program.answerAlert("No repair was necessary", "OK");
+    EXPECT_FALSE(becomesTrue([&] { return program.findWindow(kOpenPanel).has_value(); },
+                             std::chrono::milliseconds(1500)));
+}
+
+TEST_F(StartProgramTest, tellsThatAFileIsNotThere) {
+    DrivenProgram program = start({sandbox.path("gone.xml")});
+    program.waitForLabel("There is no such file: " + sandbox.path("gone.xml"));
+    program.answerAlert("The document “gone.xml” could not be opened.", "OK");
+    program.waitForLabel("Drop Final Cut Pro XML files here to repair them.");
+    program.waitUntilActive("Vornic");
+    session->pressKeys({"ctrl+q"});
+    program.expectCleanEnd();
+}
+
+TEST_F(StartProgramTest, handsTheFilesOfALaterStartToTheProgramThatRuns) {
+    DrivenProgram first =
+        startWith({.arguments = {sandbox.write("one.xml", kSound)}, .joinsOthers = true});
+    first.answerAlert("No repair was necessary", "OK");
+    const std::string path = sandbox.write("two.xml", kDamaged);
+    DrivenProgram second = startWith({.arguments = {path}, .joinsOthers = true});
+    second.expectCleanEnd();
+    first.answerAlert("The file was repaired successfully", "OK");
+    EXPECT_EQ(readBytes(path), kSound);
+    EXPECT_TRUE(first.findWindow("one.xml"));
+    startWith({.arguments = {sandbox.path("one.xml")}, .joinsOthers = true}).expectCleanEnd();
+    EXPECT_EQ(first.windowCount(), 2U) << first.describe();
+}
+
+}  // namespace
+}  // namespace vornic::test
