@@ -14,8 +14,6 @@
 namespace vornic::test {
 namespace {
 
-using ::testing::HasSubstr;
-
 constexpr const char* kOpenPanel = "Browse for a Final Cut Pro 7 or X XML file";
 
 class StartProgramTest : public ProgramTest {
@@ -26,31 +24,6 @@ class StartProgramTest : public ProgramTest {
                                                          value, error));
     }
 };
-
-// A desktop is of no use to these.
-class NoDesktopTest : public SandboxTest {
-  protected:
-    [[nodiscard]] ProgramResult startOn(std::vector<std::string> display) const {
-        display.insert(display.end(), {"HOME=" + sandbox.home(), "PATH=/usr/bin:/bin",
-                                       "TMPDIR=" + sandbox.folder(), "LANG=C.UTF-8"});
-        return runProgram({.program = VORNIC_DESKTOP_PROGRAM,
-                           .arguments = {},
-                           .environment = std::move(display)});
-    }
-};
-
-TEST_F(NoDesktopTest, tellsThatThereIsNoDisplay) {
-    const ProgramResult result = startOn({});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_THAT(result.errors, HasSubstr("There is no display"));
-}
-
-TEST_F(NoDesktopTest, tellsThatItsDisplayCannotBeReached) {
-    const ProgramResult result = startOn({"DISPLAY=:4711"});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_THAT(result.errors, HasSubstr("vornic: No window can be opened."));
-    EXPECT_FALSE(exists(sandbox.home() + "/.local/share/quillmark/Logs/DiagnosticReports"));
-}
 
 TEST_F(StartProgramTest, opensTheFileThatTheUserChoosesInTheOpenPanel) {
     const std::string path = sandbox.write("cut.xml", kDamaged);
