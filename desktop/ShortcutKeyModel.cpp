@@ -20,7 +20,7 @@ const char* identifierOf(int column) {
 }
 
 QString spokenText(const QMShortcutKeyTextCell& cell) {
-    const QString text = toQString(cell.stringValue());
+    QString text = toQString(cell.stringValue());
     if (cell.isLeaf()) {
         return text;
     }

@@ -61,7 +61,7 @@ std::string glyphOfKey(std::string_view keyName) {
 
 /// The glyph of the key's function, else its text, else the layout's name for it; "" for nothing.
 std::string charactersOf(const std::string& text, const std::string& keyName) {
-    const std::string glyph = glyphOfKey(keyName);
+    std::string glyph = glyphOfKey(keyName);
     if (!glyph.empty()) {
         return glyph;
     }
