@@ -113,17 +113,25 @@ bool switchToGroup(unsigned group) {
     return locked;
 }
 
-// A key with more text than any would have, from a layout in the user's own folder.
+// A key with more text than any would have, in a keyboard database with one layout more.
 TEST_F(KeyboardLayoutTest, givesNoMoreThanTheMostCharacters) {
-    const std::string folder = sandbox.path("xkb/symbols");
-    std::filesystem::create_directories(folder);
+    namespace fs = std::filesystem;
+    const fs::path database = "/usr/share/X11/xkb";
+    const fs::path own = sandbox.path("xkb");
+    fs::create_directories(own / "symbols");
+    for (const char* const folder : {"rules", "types", "compat", "keycodes"}) {
+        fs::create_directory_symlink(database / folder, own / folder);
+    }
+    for (const auto& layout : fs::directory_iterator(database / "symbols")) {
+        fs::create_symlink(layout.path(), own / "symbols" / layout.path().filename());
+    }
     std::string symbols;
     for (int i = 0; i < 300; ++i) {
         symbols += symbols.empty() ? "U00E9" : ",U00E9";
     }
     sandbox.write("xkb/symbols/long", "xkb_symbols \"basic\" { include \"us\"\nkey <AD01> { [ {" +
                                           symbols + "} ] };\n};\n");
-    const test::ScopedEnvironment extra("XKB_CONFIG_EXTRA_PATH", sandbox.path("xkb"));
+    const test::ScopedEnvironment root("XKB_CONFIG_ROOT", own);
     const auto layout = named("long");
     ASSERT_NE(layout, nullptr);
     const std::string text = textOf(*layout, kQ);
