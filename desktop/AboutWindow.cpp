@@ -43,6 +43,8 @@ AboutWindow::AboutWindow()
     creditsArea_->setObjectName(QStringLiteral("creditsScrollView"));
     creditsArea_->setWidgetResizable(true);
     creditsArea_->setWidget(credits_);
+    // The text inside has the focus.
+    creditsArea_->setFocusPolicy(Qt::NoFocus);
     creditsArea_->setFrameShape(QFrame::NoFrame);
     credits_->setObjectName(QStringLiteral("creditsTextView"));
     credits_->setAccessibleName(tr("Credits"));

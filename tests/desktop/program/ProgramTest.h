@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include "app/AppController.h"
+#include "platform/UserPreferences.h"
 #include "tests/desktop/program/DesktopSession.h"
 #include "tests/desktop/program/DrivenProgram.h"
 #include "tests/desktop/program/Waiting.h"
@@ -70,6 +72,12 @@ class ProgramTest : public SandboxTest {
         return DrivenProgram(*session, {.program = VORNIC_DESKTOP_PROGRAM,
                                         .arguments = settings.arguments,
                                         .environment = std::move(environment)});
+    }
+    /// Stores the preference for the programs that start from now on.
+    static void showOpenPanelAtStart(int value) {
+        ErrorSlot error;
+        ASSERT_TRUE(platform::UserPreferences().setValue(AppController::kShowOpenDialogPreference,
+                                                         value, error));
     }
     /// Where the program finds other programs first.
     [[nodiscard]] std::string programFolder() const { return sandbox.home() + "/.programs"; }

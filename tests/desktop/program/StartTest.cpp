@@ -4,8 +4,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "app/AppController.h"
-#include "platform/UserPreferences.h"
 #include "tests/desktop/program/ProgramTest.h"
 #include "tests/support/FileState.h"
 
@@ -16,14 +14,7 @@ namespace {
 
 constexpr const char* kOpenPanel = "Browse for a Final Cut Pro 7 or X XML file";
 
-class StartProgramTest : public ProgramTest {
-  protected:
-    static void showOpenPanelAtStart(int value) {
-        ErrorSlot error;
-        ASSERT_TRUE(platform::UserPreferences().setValue(AppController::kShowOpenDialogPreference,
-                                                         value, error));
-    }
-};
+using StartProgramTest = ProgramTest;
 
 TEST_F(StartProgramTest, opensTheFileThatTheUserChoosesInTheOpenPanel) {
     const std::string path = sandbox.write("cut.xml", kDamaged);

@@ -10,7 +10,7 @@
 namespace vornic::test {
 
 /// Longer than anything takes on a machine with much else to do.
-inline constexpr std::chrono::seconds kLongestWait{15};
+inline constexpr std::chrono::seconds kLongestWait{60};
 
 /// Asks again and again until something holds. @return false when it does not within the limit.
 inline bool becomesTrue(const std::function<bool()>& holds,

@@ -1,0 +1,105 @@
+#include <cstdio>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/desktop/program/ProgramTest.h"
+#include "tests/support/FileState.h"
+
+// Converting the file of a window to another version.
+
+namespace vornic::test {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+constexpr const char* kLossQuestion = "You cannot downgrade without losing information";
+
+// A file with an element that version 1 does not know.
+constexpr const char* kNeedsVersion2 =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n<xmeml version=\"5\">\n"
+    "    <sequence>\n        <name>Cut</name>\n        <synctype>1</synctype>\n"
+    "    </sequence>\n</xmeml>\n";
+
+class ConversionProgramTest : public ProgramTest {
+  protected:
+    // Opens a file, and its conversion sheet when the repair has ended.
+    [[nodiscard]] DrivenProgram openToConvert(const std::string& path) const {
+        return start({path});
+    }
+    void showSheet(const DrivenProgram& program) const {
+        program.answerAlert("No repair was necessary", "OK");
+        program.waitUntilActive("cut.xml");
+        session->pressKeys({"ctrl+shift+c"});
+    }
+    // Chooses the lowest version and presses the button.
+    void convertToTheLowest(const DrivenProgram& program) const {
+        const AccessibleNode versions = program.control("combo box", "");
+        program.waitFor("the versions",
+                        [&] { return versions.is(AccessibleNode::State::enabled); });
+        session->click(versions);
+        session->pressKeys({"End", "Return"});
+        program.waitFor("the lowest version",
+                        [&] { return versions.name() == "1 (Final Cut Pro 4+)"; });
+        program.clickButton("Convert the file");
+    }
+};
+
+TEST_F(ConversionProgramTest, showsTheVersionsOfTheFile) {
+    const DrivenProgram program = openToConvert(sandbox.write("cut.xml", kNeedsVersion2));
+    showSheet(program);
+    program.waitForLabel("Current XML version: 5 (Final Cut Pro 7+)");
+    program.waitForLabel("Can be downgraded without changes to version: 2 (Final Cut Pro 5+)");
+}
+
+TEST_F(ConversionProgramTest, losesNothingUnlessTheUserAgrees) {
+    const std::string path = sandbox.write("cut.xml", kNeedsVersion2);
+    const FileState before = fileState(path);
+    const DrivenProgram program = openToConvert(path);
+    showSheet(program);
+    convertToTheLowest(program);
+    program.answerAlert(kLossQuestion, "Cancel");
+    program.waitFor("the end of the conversion", [&] {
+        const auto button = program.find("push button", "Convert the file");
+        return button && button->is(AccessibleNode::State::enabled);
+    });
+    EXPECT_EQ(fileState(path), before);
+}
+
+TEST_F(ConversionProgramTest, removesWhatTheVersionDoesNotKnowWhenTheUserAgrees) {
+    const std::string path = sandbox.write("cut.xml", kNeedsVersion2);
+    const DrivenProgram program = openToConvert(path);
+    showSheet(program);
+    convertToTheLowest(program);
+    program.answerAlert(kLossQuestion, "Downgrade");
+    program.waitForLabel("Current XML version: 1 (Final Cut Pro 4+)");
+    EXPECT_THAT(readBytes(path), HasSubstr("<xmeml version=\"1\">"));
+    EXPECT_THAT(readBytes(path), Not(HasSubstr("synctype")));
+    EXPECT_THAT(readBytes(path), HasSubstr("<name>Cut</name>"));
+}
+
+TEST_F(ConversionProgramTest, tellsThatTheFileHasGone) {
+    const std::string path = sandbox.write("cut.xml", kSound);
+    const DrivenProgram program = openToConvert(path);
+    program.answerAlert("No repair was necessary", "OK");
+    ASSERT_EQ(std::remove(path.c_str()), 0);
+    program.waitUntilActive("cut.xml");
+    session->pressKeys({"ctrl+shift+c"});
+    program.waitForLabel("The file " + path + " cannot be found.");
+    program.answerAlert("Unable to locate file", "OK");
+    EXPECT_EQ(program.windowCount(), 1U) << program.describe();
+}
+
+TEST_F(ConversionProgramTest, isNotOfferedForTheOtherFamilyOfFiles) {
+    const DrivenProgram program = start({sandbox.write("cut.fcpxml", kBroken)});
+    program.answerAlert("Unable to repair file", "OK");
+    const AccessibleNode window = program.window("cut.fcpxml");
+    session->click(program.control(window, "menu item", "Tools"));
+    EXPECT_FALSE(program.control(window, "menu item", "Convert XML Interchange Version")
+                     .is(AccessibleNode::State::enabled));
+}
+
+}  // namespace
+}  // namespace vornic::test
