@@ -150,7 +150,9 @@ void Application::bringToFront() {
 
 void Application::finish() {
     isEnding_ = true;
-    controller_->applicationWillTerminate();
+    if (controller_) {
+        controller_->applicationWillTerminate();
+    }
     for (const WindowPointer& window : std::exchange(windows_, {})) {
         letGo(*window);
     }
