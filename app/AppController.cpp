@@ -18,6 +18,7 @@
 #include "platform/Thread.h"
 #include "platform/UserPreferences.h"
 #include "platform/WorkspaceOpener.h"
+#include "ui/QMAlert.h"
 #include "ui/QMBugReporter.h"
 #include "ui/QMSiteLinks.h"
 #include "ui/QMTroubleshootingUtils.h"
@@ -196,6 +197,9 @@ void AppController::prefsToggleAdminPass(CheckBoxItem& sender) {
                                               error)) {
         logUnsavedPreference(kRequireAdminPasswordPreference, error);
         sender.setState(!isLocked);
+        QMAlert::alertSheetWithMessageText(
+            "The preference could not be saved.",
+            error ? std::optional(error->localizedDescription()) : std::nullopt, nullptr);
     }
 }
 

@@ -4,6 +4,9 @@
 #include <QFont>
 #include <QIcon>
 #include <QLabel>
+#include <memory>
+
+#include "desktop/Sheet.h"
 
 namespace vornic {
 
@@ -17,6 +20,21 @@ void prepareAlertBox(QMessageBox& box) {
         QFont bold = headline->font();
         bold.setBold(true);
         headline->setFont(bold);
+    }
+}
+
+void showAlert(QWidget* window, const QString& message, const QString& info) {
+    auto box = std::make_unique<QMessageBox>(window);
+    prepareAlertBox(*box);
+    box->setText(message);
+    box->setInformativeText(info);
+    box->setStandardButtons(QMessageBox::Ok);
+    // From here on it belongs to the screen.
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    if (window != nullptr) {
+        beginSheet(*box.release());
+    } else {
+        beginAlone(*box.release());
     }
 }
 

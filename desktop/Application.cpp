@@ -59,6 +59,10 @@ void letGo(DocumentMainWindow& window) {
     if (const auto document = window.document()) {
         document->close();
     }
+    // A thread may wait for the answer to an alert that nobody can see any more.
+    for (QMessageBox* const alert : window.findChildren<QMessageBox*>()) {
+        alert->reject();
+    }
     window.keepDocument(nullptr);
 }
 
@@ -405,15 +409,7 @@ void Application::endWhenNothingIsOpen() {
 
 void Application::presentError(const QString& message, const QString& info) {
     QMLog::appendLog("%@. %@", message.toStdString(), info.toStdString());
-    auto box = std::make_unique<QMessageBox>();
-    prepareAlertBox(*box);
-    box->setText(message);
-    box->setInformativeText(info);
-    box->setStandardButtons(QMessageBox::Ok);
-    box->setModal(false);
-    // From here on it belongs to the screen.
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    beginAlone(*box.release());
+    showAlert(nullptr, message, info);
 }
 
 void Application::openInFileManager(const std::string& folder) {

@@ -3,7 +3,6 @@
 #include <QCloseEvent>
 #include <QFileDialog>
 #include <QHBoxLayout>
-#include <QMessageBox>
 #include <QVBoxLayout>
 #include <utility>
 
@@ -297,13 +296,7 @@ void DocumentMainWindow::setOutcome(OutcomeBadge::Kind kind, const QString& text
 }
 
 void DocumentMainWindow::beginAlertSheet(std::string_view message, std::string_view info) {
-    auto* const box = new QMessageBox(this);
-    prepareAlertBox(*box);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setText(toQString(message));
-    box->setInformativeText(toQString(info));
-    box->setStandardButtons(QMessageBox::Ok);
-    beginSheet(*box);
+    showAlert(this, toQString(message), toQString(info));
 }
 
 void DocumentMainWindow::beginConvertSheet() {

@@ -7,6 +7,9 @@
 #include <utility>
 
 #include "app/AppController.h"
+#include "desktop/AlertBox.h"
+#include "desktop/QtText.h"
+#include "foundation/PreferenceValues.h"
 #include "platform/UserPreferences.h"
 #include "ui/QMShortcutKeyTableDelegate.h"
 
@@ -53,13 +56,21 @@ PreferencesWindow::PreferencesWindow(std::function<void(CheckBoxItem&)> toggleAd
     panes_->addTab(general, tr("&General"));
     auto* const column = new QVBoxLayout(this);
     column->addWidget(panes_, 1);
-    connect(showOpenPanel_, &QCheckBox::clicked, this, [](bool on) {
-        ErrorSlot ignored;  // the box shows what is stored the next time
-        platform::UserPreferences().setValue(AppController::kShowOpenDialogPreference, on ? 1 : 0,
-                                             ignored);
-    });
+    connect(showOpenPanel_, &QCheckBox::clicked, this,
+            [this](bool on) { storeShowsOpenPanel(on); });
     connect(adminPass_, &QCheckBox::clicked, this,
             [this, toggle = std::move(toggleAdminPass)] { toggle(*prefsAdminPass()); });
+}
+
+void PreferencesWindow::storeShowsOpenPanel(bool shows) {
+    constexpr const char* kKey = AppController::kShowOpenDialogPreference;
+    ErrorSlot error;
+    if (!platform::UserPreferences().setValue(kKey, shows ? 1 : 0, error)) {
+        logUnsavedPreference(kKey, error);
+        showOpenPanel_->setChecked(showsOpenPanel());
+        showAlert(this, tr("The preference could not be saved."),
+                  error ? toQString(error->localizedDescription()) : QString());
+    }
 }
 
 std::shared_ptr<CheckBoxItem> PreferencesWindow::prefsAdminPass() const {

@@ -26,6 +26,7 @@ class PreferencesWindow : public QDialog {
 
   private:
     void readPreferences();
+    void storeShowsOpenPanel(bool shows);
 
     QTabWidget* panes_;
     ShortcutKeysView* shortcutKeys_ = nullptr;

@@ -21,6 +21,7 @@ using platform::PropertyList;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::StartsWith;
 
 constexpr const char* kLock = "requireAdminPassword";
 
@@ -259,6 +260,8 @@ TEST_F(AppControllerLockTest, showsTheOldStateWhereTheNewOneCannotBeStored) {
     std::ofstream(preferencesFolder()) << "in the way";
     click(true);
     EXPECT_THAT(checkBox->changes, ElementsAre(false));
+    EXPECT_THAT(alerts->texts(),
+                ElementsAre(StartsWith("The preference could not be saved. | The folder ")));
     QMLog::finishWriting();
     EXPECT_THAT(
         test::readBytes(sandbox.home() + "/.local/share/quillmark/Logs/Quillmark/Vornic.1.log"),

@@ -9,10 +9,14 @@
 #include <QTest>
 #include <QTimer>
 #include <QUrl>
+#include <cstdint>
 #include <filesystem>
+#include <fstream>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "desktop/Application.h"
@@ -379,6 +383,40 @@ TEST_F(ApplicationTest, storesPreferencesAtOnce) {
     box->click();
     const auto stored = platform::UserPreferences().value(AppController::kShowOpenDialogPreference);
     EXPECT_EQ(stored, platform::PropertyList(1));
+}
+
+TEST_F(ApplicationTest, tellsThatAPreferenceCannotBeStored) {
+    application.launch({});
+    application.showPreferences();
+    auto* const window = visible<PreferencesWindow>();
+    auto* const box = window->findChild<QCheckBox*>(QStringLiteral("prefsShowOpenPanel"));
+    const std::string folder = sandbox.home() + "/.local/share/quillmark/Preferences";
+    ASSERT_TRUE(exists(folder));
+    std::filesystem::remove_all(folder);
+    std::ofstream(folder) << "in the way";
+    box->click();
+    auto* const alert = visible<QMessageBox>();
+    ASSERT_NE(alert, nullptr);
+    EXPECT_EQ(alert->text(), QStringLiteral("The preference could not be saved."));
+    EXPECT_FALSE(alert->informativeText().isEmpty());
+    EXPECT_EQ(alert->parentWidget(), window);
+    alert->reject();
+}
+
+TEST_F(ApplicationTest, answersTheAlertsOfAClosedWindow) {
+    application.launch({});
+    DocumentMainWindow* const window = opened(sandbox.write("a.xml", kSound));
+    std::optional<std::int64_t> answer;
+    std::thread asking([&answer, shown = window->document()->windowMain()] {
+        answer = QMAlert::alertSheetWithMessageText("Go on?", "Yes", "No", std::nullopt, "", shown,
+                                                    true);
+        platform::MainThread::perform([] {});
+    });
+    EXPECT_TRUE(waitUntil([] { return visible<QMessageBox>() != nullptr; }));
+    window->close();
+    EXPECT_TRUE(waitUntil([&answer] { return answer.has_value(); }));
+    asking.join();
+    EXPECT_EQ(answer, 0);
 }
 
 TEST_F(ApplicationTest, showsTheAboutPanel) {
