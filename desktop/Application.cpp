@@ -334,8 +334,10 @@ bool Application::eventFilter(QObject* object, QEvent* event) {
                 platform::MainThread::perform([this] { endWhenNothingIsOpen(); });
             }
             break;
-        case QEvent::DragEnter: {
-            auto* const drag = static_cast<QDragEnterEvent*>(event);
+        // A view of text that cannot be changed would turn the movement down.
+        case QEvent::DragEnter:
+        case QEvent::DragMove: {
+            auto* const drag = static_cast<QDragMoveEvent*>(event);
             if (object->isWidgetType() && !pathsOf(*drag->mimeData()).empty()) {
                 drag->acceptProposedAction();
                 return true;
