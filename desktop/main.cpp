@@ -12,6 +12,7 @@
 #include "app/StandardStreams.h"
 #include "desktop/Appearance.h"
 #include "desktop/Application.h"
+#include "desktop/CloseRequests.h"
 #include "desktop/InstanceLink.h"
 #include "desktop/QtAlertPanel.h"
 #include "desktop/QtRunLoop.h"
@@ -102,6 +103,7 @@ int main(int argc, char** argv) {
     vornic::QMAlert::setPanelFactory(std::make_shared<vornic::QtAlertPanelFactory>());
     {
         vornic::Application application;
+        const vornic::CloseRequests closeRequests;
         vornic::platform::catchInterruptions();
         QSocketNotifier interruption(vornic::platform::interruptionDescriptor(),
                                      QSocketNotifier::Read);

@@ -48,7 +48,7 @@ needs=(
     'libxcb1-dev|libxcb, with headers|hasLibrary xcb'
     'xkb-data|the keyboard database|test -r /usr/share/X11/xkb/rules/evdev'
     'shared-mime-info|the shared MIME database|test -r /usr/share/mime/globs2'
-    'qt6-base-dev|Qt 6.4 or newer (Widgets, Network)|hasLibrary Qt6Widgets'
+    'qt6-base-dev|Qt 6.4 or newer (Widgets, Network, DBus)|hasLibrary Qt6Widgets'
     'libgtest-dev|GoogleTest|hasLibrary gtest'
     'libgmock-dev|GoogleMock|hasLibrary gmock'
     'libbenchmark-dev|Google Benchmark|hasLibrary benchmark'

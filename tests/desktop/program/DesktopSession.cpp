@@ -3,13 +3,17 @@
 #include <QDBusConnectionInterface>
 #include <QDBusReply>
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <map>
+#include <memory>
+#include <string_view>
 #include <utility>
 
 #include <gtest/gtest.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
+#include <xcb/xcb.h>
 
 #include "tests/desktop/program/Waiting.h"
 
@@ -142,6 +146,32 @@ void DesktopSession::pressKeys(const std::vector<std::string>& keys) const {
 
 void DesktopSession::activate(const std::string& title) const {
     act({"search", "--onlyvisible", "--name", title, "windowactivate"});
+}
+
+void DesktopSession::closeWindow(const std::string& title) const {
+    const std::string found = act({"search", "--onlyvisible", "--name", title});
+    const std::string display = environment_[0].substr(environment_[0].find('=') + 1);
+    const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection(
+        xcb_connect(display.c_str(), nullptr), &xcb_disconnect);
+    constexpr std::string_view kMessage = "_NET_CLOSE_WINDOW";
+    const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> type(
+        xcb_intern_atom_reply(
+            connection.get(),
+            xcb_intern_atom(connection.get(), 0, kMessage.size(), kMessage.data()), nullptr),
+        &std::free);
+    xcb_client_message_event_t event{};
+    event.response_type = XCB_CLIENT_MESSAGE;
+    event.format = 32;
+    event.window = static_cast<xcb_window_t>(std::stoul(found));
+    event.type = type->atom;
+    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data->root;
+    // The window manager hears what is said to the root (EWMH, root window messages).
+    xcb_send_event(connection.get(), 0, root,
+                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                   reinterpret_cast<const char*>(&event));
+    // A connection that ends at once takes what it said along.
+    std::free(xcb_get_input_focus_reply(connection.get(), xcb_get_input_focus(connection.get()),
+                                        nullptr));
 }
 
 void DesktopSession::type(const std::string& text) const {

@@ -37,6 +37,8 @@ class DesktopSession {
     void pressKeys(const std::vector<std::string>& keys) const;
     /// Brings a window with such a title (a regular expression) to the front, as a task list does.
     void activate(const std::string& title) const;
+    /// Has the window manager close a window with such a title, as the button of its frame does.
+    void closeWindow(const std::string& title) const;
     void type(const std::string& text) const;
     void movePointer(const QPoint& place) const;
     /// Clicks in the middle of what has come to rest on the screen.

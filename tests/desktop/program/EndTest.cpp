@@ -72,6 +72,20 @@ TEST_F(EndProgramTest, keepsTheRunGoingWhenItsWindowIsNotToCloseAfterAll) {
     EXPECT_THAT(program.report(program.window("cut.xml")), Not(HasSubstr("was cancelled")));
 }
 
+TEST_F(EndProgramTest, asksWhenTheFrameOfAWindowIsClosedDuringItsRun) {
+    const std::string damaged = damagedAtLength();
+    const std::string path = sandbox.write("cut.xml", damaged);
+    DrivenProgram program = start({path});
+    program.window(kProgress);
+    session->closeWindow("^cut.xml");
+    program.answerAlert(kCloseQuestion, "Cancel");
+    expectItGoesOn(program, "cut.xml");
+    session->closeWindow("^cut.xml");
+    program.answerAlert(kCloseQuestion, "Quit");
+    program.expectCleanEnd();
+    EXPECT_EQ(readBytes(path), damaged);
+}
+
 TEST_F(EndProgramTest, closesTheWindowOfARunAndEndsWhenTheUserWantsThat) {
     const std::string damaged = damagedAtLength();
     const std::string path = sandbox.write("cut.xml", damaged);
