@@ -54,9 +54,10 @@ class PointLocale {
 
 // From the library --------------------------------------------------------------------------------
 
-std::optional<PropertyList> fromNode(void* node);
+/// @param isWhole becomes false when something would be lost
+std::optional<PropertyList> fromNode(void* node, bool& isWhole);
 
-PropertyList::Array arrayFrom(void* node) {
+PropertyList::Array arrayFrom(void* node, bool& isWhole) {
     PropertyList::Array array;
     array.reserve(plist_array_get_size(node));
     plist_array_iter rawIterator = nullptr;
@@ -67,14 +68,14 @@ PropertyList::Array arrayFrom(void* node) {
         if (item == nullptr) {
             break;
         }
-        if (std::optional<PropertyList> value = fromNode(item)) {
+        if (std::optional<PropertyList> value = fromNode(item, isWhole)) {
             array.push_back(std::move(*value));
         }
     }
     return array;
 }
 
-PropertyList::Dictionary dictionaryFrom(void* node) {
+PropertyList::Dictionary dictionaryFrom(void* node, bool& isWhole) {
     PropertyList::Dictionary dictionary;
     plist_dict_iter rawIterator = nullptr;
     plist_dict_new_iter(node, &rawIterator);
@@ -87,7 +88,7 @@ PropertyList::Dictionary dictionaryFrom(void* node) {
         if (!key || item == nullptr) {
             break;
         }
-        if (std::optional<PropertyList> value = fromNode(item)) {
+        if (std::optional<PropertyList> value = fromNode(item, isWhole)) {
             dictionary.insert_or_assign(std::string(key.get()), std::move(*value));
         }
     }
@@ -103,8 +104,22 @@ PropertyList::Value dateFrom(void* node) {
     return PropertyList::Date{kLibraryEpoch + seconds + (seconds < 0 ? -fraction : fraction)};
 }
 
+std::string xmlOf(void* node) {
+    char* text = nullptr;
+    std::uint32_t length = 0;
+    plist_to_xml(node, &text, &length);
+    const Memory<char> owner(text);
+    return text != nullptr ? std::string(text, length) : std::string();
+}
+
+/// A number or date that has a range here which the library's is wider than.
+PropertyList ranged(PropertyList value, void* node, bool& isWhole) {
+    isWhole = isWhole && value.toXML() == xmlOf(node);
+    return value;
+}
+
 /// Nothing for what has no counterpart here (the identifiers of archived objects).
-std::optional<PropertyList> fromNode(void* node) {
+std::optional<PropertyList> fromNode(void* node, bool& isWhole) {
     switch (plist_get_node_type(node)) {
         case PLIST_BOOLEAN: {
             std::uint8_t flag = 0;
@@ -115,7 +130,8 @@ std::optional<PropertyList> fromNode(void* node) {
             // Negative numbers come as their two's complement.
             std::uint64_t number = 0;
             plist_get_uint_val(node, &number);
-            return PropertyList(PropertyList::Value(static_cast<std::int64_t>(number)));
+            const PropertyList value(PropertyList::Value(static_cast<std::int64_t>(number)));
+            return *value.integer() < 0 ? ranged(value, node, isWhole) : value;
         }
         case PLIST_REAL: {
             double number = 0;
@@ -135,12 +151,13 @@ std::optional<PropertyList> fromNode(void* node) {
                 PropertyList::Data{std::string(bytes != nullptr ? bytes : "", length)}));
         }
         case PLIST_DATE:
-            return PropertyList(dateFrom(node));
+            return ranged(dateFrom(node), node, isWhole);
         case PLIST_ARRAY:
-            return PropertyList(PropertyList::Value(arrayFrom(node)));
+            return PropertyList(PropertyList::Value(arrayFrom(node, isWhole)));
         case PLIST_DICT:
-            return PropertyList(PropertyList::Value(dictionaryFrom(node)));
+            return PropertyList(PropertyList::Value(dictionaryFrom(node, isWhole)));
         default:
+            isWhole = false;
             return std::nullopt;
     }
 }
@@ -216,6 +233,15 @@ Node parseNode(std::string_view bytes) {
     return Node(node);
 }
 
+std::optional<PropertyList> parseNoting(std::string_view bytes, bool& isWhole) {
+    if (bytes.empty() || bytes.size() > kLargestList) {
+        return std::nullopt;
+    }
+    const PointLocale locale;
+    const Node node = parseNode(bytes);
+    return node ? fromNode(node.get(), isWhole) : std::nullopt;
+}
+
 /// The list with every date cut to whole seconds.
 PropertyList withWholeSeconds(PropertyList list) {
     if (auto* date = std::get_if<PropertyList::Date>(&list.value())) {
@@ -255,12 +281,13 @@ const PropertyList* PropertyList::find(std::string_view key) const {
 }
 
 std::optional<PropertyList> PropertyList::parse(std::string_view bytes) {
-    if (bytes.empty() || bytes.size() > kLargestList) {
-        return std::nullopt;
-    }
-    const PointLocale locale;
-    const Node node = parseNode(bytes);
-    return node ? fromNode(node.get()) : std::nullopt;
+    bool isWhole = true;
+    return parseNoting(bytes, isWhole);
+}
+
+bool PropertyList::canBeWrittenAgain(std::string_view bytes) {
+    bool isWhole = true;
+    return parseNoting(bytes, isWhole) && isWhole;
 }
 
 std::optional<PropertyList> PropertyList::readFile(const std::string& path, ErrorSlot& error) {
@@ -277,12 +304,7 @@ std::optional<PropertyList> PropertyList::readFile(const std::string& path, Erro
 
 std::string PropertyList::toXML() const {
     const PointLocale locale;
-    const Node node = toNode(*this);
-    char* text = nullptr;
-    std::uint32_t length = 0;
-    plist_to_xml(node.get(), &text, &length);
-    const Memory<char> owner(text);
-    return text != nullptr ? std::string(text, length) : std::string();
+    return xmlOf(toNode(*this).get());
 }
 
 std::string PropertyList::toBinary() const {

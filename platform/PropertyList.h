@@ -63,6 +63,9 @@ class PropertyList {
     /// @return nothing when they are neither, larger than 16 MB, nested more than 512 deep, or made
     /// to take more memory or time than their size explains.
     [[nodiscard]] static std::optional<PropertyList> parse(std::string_view bytes);
+    /// Whether what `parse` makes of the bytes can be written without a loss: all of its values
+    /// have a place here and are within the ranges above. False when they are no property list.
+    [[nodiscard]] static bool canBeWrittenAgain(std::string_view bytes);
     /// Reads a property list file (links followed). @return nothing, with the slot filled, when the
     /// file cannot be read or holds no property list.
     [[nodiscard]] static std::optional<PropertyList> readFile(const std::string& path,

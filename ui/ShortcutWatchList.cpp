@@ -26,6 +26,7 @@ struct StoredList {
     PropertyList::Dictionary root;
     ShortcutWatchList::Array entries;
     bool isDamaged = false;
+    bool canBeWrittenAgain = true;
 };
 
 StoredList parse(const std::string& bytes) {
@@ -40,6 +41,7 @@ StoredList parse(const std::string& bytes) {
         return stored;
     }
     stored.root = *root;
+    stored.canBeWrittenAgain = PropertyList::canBeWrittenAgain(bytes);
     if (const PropertyList* const entries = list->find(kEntriesKey)) {
         stored.isDamaged = entries->array() == nullptr;
         stored.entries = stored.isDamaged ? ShortcutWatchList::Array() : *entries->array();
@@ -130,6 +132,10 @@ bool change(const ShortcutWatchList::Command& command, const std::optional<Prope
     std::optional<StoredList> stored = lock ? read(*path, error) : std::nullopt;
     if (!stored || (stored->isDamaged && !keepDamagedList(*path, error))) {
         return false;
+    }
+    if (!stored->isDamaged && !stored->canBeWrittenAgain) {
+        return platform::failFileBecause(error, *path, "written", EINVAL,
+                                         "it holds values that would be lost");
     }
     auto& entries = stored->entries;
     entries.erase(

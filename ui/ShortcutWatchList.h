@@ -13,7 +13,8 @@ namespace vornic {
 /// The list of the keys that the shortcut key manager waits for, which all applications of the
 /// family share: "com.quillmark.shortcutkeys.plist" in the user's Preferences folder. It is read
 /// anew on every use and written atomically; writers exclude each other through a lock file beside
-/// it, so that none loses another's entry. Whatever else stands in it is kept. Any thread.
+/// it, so that none loses another's entry. Whatever else stands in it is kept; a list with values
+/// that could not be kept is not written. Any thread.
 class ShortcutWatchList {
   public:
     using Array = platform::PropertyList::Array;

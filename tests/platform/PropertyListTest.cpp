@@ -132,6 +132,28 @@ TEST_F(PropertyListTest, readsTheBinaryForm) {
                          {"key", value(PropertyList::Array{"text", 300, value(true)})}}));
 }
 
+TEST_F(PropertyListTest, tellsWhatCannotBeWrittenAgain) {
+    const auto can = [](const std::string& bytes) {
+        return PropertyList::canBeWrittenAgain(bytes);
+    };
+    EXPECT_TRUE(can(binaryList()));
+    EXPECT_TRUE(can(manyKinds().toXML()));
+    EXPECT_TRUE(can(manyKinds().toBinary()));
+    EXPECT_TRUE(can(document("<integer>9223372036854775807</integer>")));
+    EXPECT_FALSE(can(document("<integer>9223372036854775808</integer>")));
+    EXPECT_FALSE(can(document("<array><integer>18446744073709551615</integer></array>")));
+    EXPECT_TRUE(can(document("<date>2069-01-01T00:00:00Z</date>")));
+    for (const char* const year : {"1600", "2070", "4001"}) {
+        const std::string day = std::string(year) + "-01-01T00:00:00Z";
+        EXPECT_FALSE(can(document("<dict><key>a</key><date>" + day + "</date></dict>"))) << year;
+    }
+    std::string identifier = binaryList();
+    identifier[identifier.find("\x11\x01")] = '\x81';
+    ASSERT_TRUE(PropertyList::parse(identifier));
+    EXPECT_FALSE(can(identifier));
+    EXPECT_FALSE(can("no list"));
+}
+
 TEST_F(PropertyListTest, refusesWhatIsNoPropertyList) {
     for (const std::string& bytes :
          {std::string(), std::string("text"), std::string("<"), std::string("<html></html>"),

@@ -116,6 +116,30 @@ TEST_F(ShortcutWatchListTest, keepsEveryNumberAsItIs) {
     }
 }
 
+TEST_F(ShortcutWatchListTest, isNotWrittenWhereValuesOfOthersWouldBeLost) {
+    const std::string bytes =
+        "<plist><dict><key>watchlist</key><array><dict><key>until</key>"
+        "<date>4001-01-01T00:00:00Z</date></dict></array></dict></plist>";
+    writeBytes(bytes);
+    EXPECT_TRUE(ShortcutWatchList::entries(error));
+    EXPECT_FALSE(assign(own("open")));
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->localizedDescription(), "The file " + watchList +
+                                                 " cannot be written: it holds values that would "
+                                                 "be lost.");
+    EXPECT_EQ(test::readBytes(watchList), bytes);
+    EXPECT_THAT(visibleNames(), ElementsAre("com.quillmark.shortcutkeys.plist"));
+}
+
+TEST_F(ShortcutWatchListTest, readsTheBinaryForm) {
+    const List other = entry("com.example.Other", "open", 24, 256);
+    const List list(Dictionary{{"watchlist", List(Array{other})}, {"format", 7}});
+    writeBytes(list.toBinary());
+    EXPECT_TRUE(assign(own("open")));
+    EXPECT_THAT(storedEntries(), ElementsAre(other, ownEntry("open", 71, 4096)));
+    EXPECT_EQ(storedList().at("format"), List(7));
+}
+
 TEST_F(ShortcutWatchListTest, replacesEveryEntryOfTheCommand) {
     writeWatchList({ownEntry("open", 1, 0), ownEntry("close", 2, 0), ownEntry("open", 3, 0)});
     EXPECT_TRUE(assign(own("open")));
@@ -223,6 +247,11 @@ TEST_F(ShortcutWatchListTest, isLeftAloneWhereItIsNoFile) {
     EXPECT_FALSE(ShortcutWatchList::entries(error));
     EXPECT_FALSE(assign(own("open")));
     EXPECT_TRUE(fs::is_directory(watchList));
+    fs::remove(watchList);
+    ASSERT_EQ(mkfifo(watchList.c_str(), 0600), 0);
+    EXPECT_FALSE(ShortcutWatchList::entries(error));
+    EXPECT_FALSE(assign(own("open")));
+    EXPECT_TRUE(fs::is_fifo(watchList));
 }
 
 TEST_F(ShortcutWatchListTest, staysAsItIsInAFolderThatCannotBeWritten) {
