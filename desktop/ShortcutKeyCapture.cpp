@@ -8,8 +8,16 @@ namespace vornic {
 
 namespace {
 
-bool isOnlyHeld(int key) {
-    switch (key) {
+// Keys that switch levels and groups of the layout, for most of which the toolkit has no name: Alt
+// and Shift together are such a key where they switch between two layouts.
+bool switchesTheLayout(quint32 symbol) {
+    constexpr quint32 kFirst = 0xFE01;  // ISO_Lock
+    constexpr quint32 kLast = 0xFE13;   // ISO_Level5_Lock
+    return symbol >= kFirst && symbol <= kLast;
+}
+
+bool isOnlyHeld(const QKeyEvent& event) {
+    switch (event.key()) {
         case Qt::Key_Shift:
         case Qt::Key_Control:
         case Qt::Key_Alt:
@@ -25,7 +33,7 @@ bool isOnlyHeld(int key) {
         case Qt::Key_ScrollLock:
             return true;
         default:
-            return false;
+            return switchesTheLayout(event.nativeVirtualKey());
     }
 }
 
@@ -89,7 +97,7 @@ bool ShortcutKeyCapture::event(QEvent* event) {
 }
 
 void ShortcutKeyCapture::take(const QKeyEvent& event) {
-    if (event.isAutoRepeat() || isOnlyHeld(event.key())) {
+    if (event.isAutoRepeat() || isOnlyHeld(event)) {
         return;
     }
     if (leavesTheCell(event) || clearsTheCell(event)) {

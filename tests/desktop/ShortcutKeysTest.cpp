@@ -73,9 +73,10 @@ class ShortcutKeysTest : public DesktopTest {
     }
     [[nodiscard]] QString shortcut(int row) const { return cell(row, ShortcutKeyModel::keyColumn); }
     // A press and a release as the display reports them.
-    static void press(QWidget& widget, int key, quint32 code, Qt::KeyboardModifiers held = {}) {
+    static void press(QWidget& widget, int key, quint32 code, Qt::KeyboardModifiers held = {},
+                      quint32 symbol = 0) {
         for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
-            QKeyEvent event(type, key, held, code, 0, 0);
+            QKeyEvent event(type, key, held, code, symbol, 0);
             QApplication::sendEvent(&widget, &event);
         }
     }
@@ -154,6 +155,10 @@ TEST_F(ShortcutKeysTest, waitsForMoreThanTheKeysThatAreHeld) {
                           Qt::Key_Super_L, Qt::Key_AltGr, Qt::Key_CapsLock, Qt::Key_NumLock}) {
         press(*capture(), key, 37);
         ASSERT_NE(capture(), nullptr) << key;
+    }
+    for (const quint32 symbol : {0xFE08U, 0xFE0AU, 0xFE11U}) {
+        press(*capture(), Qt::Key_unknown, 50, Qt::AltModifier, symbol);
+        ASSERT_NE(capture(), nullptr) << "a key that switches the layout " << symbol;
     }
     press(*capture(), Qt::Key_A, 0);
     EXPECT_NE(capture(), nullptr) << "a key whose code the display does not tell";
