@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <memory>
 
+#include "desktop/QtText.h"
 #include "desktop/Sheet.h"
 
 namespace vornic {
@@ -26,8 +27,8 @@ void prepareAlertBox(QMessageBox& box) {
 void showAlert(QWidget* window, const QString& message, const QString& info) {
     auto box = std::make_unique<QMessageBox>(window);
     prepareAlertBox(*box);
-    box->setText(message);
-    box->setInformativeText(info);
+    box->setText(wrappable(message));
+    box->setInformativeText(wrappable(info));
     box->setStandardButtons(QMessageBox::Ok);
     // From here on it belongs to the screen.
     box->setAttribute(Qt::WA_DeleteOnClose);

@@ -23,8 +23,8 @@ constexpr std::int64_t kOtherReturn = -1;
 class QtAlertPanel : public AlertPanel {
   public:
     explicit QtAlertPanel(const AlertContents& contents) : box_(new QMessageBox) {
-        box_->setText(toQString(contents.messageText));
-        box_->setInformativeText(toQString(contents.informativeText));
+        box_->setText(wrappable(toQString(contents.messageText)));
+        box_->setInformativeText(wrappable(toQString(contents.informativeText)));
         prepareAlertBox(*box_);
         addButtons(contents);
     }

@@ -37,6 +37,23 @@ QString fileNameOf(const std::string& path) {
     return name;
 }
 
+QString wrappable(const QString& text) {
+    constexpr int kLongestWord = 60;
+    constexpr QChar kBreak(0x200B);  // ZERO WIDTH SPACE
+    QString broken;
+    int length = 0;
+    for (const QChar character : text) {
+        const bool endsWord = character.isSpace() || character == u'/' || character == u'-';
+        if (length >= kLongestWord && !endsWord && !character.isLowSurrogate()) {
+            broken += kBreak;
+            length = 0;
+        }
+        broken += character;
+        length = endsWord ? 0 : length + 1;
+    }
+    return broken;
+}
+
 QString toolTipOf(const std::string& path) {
     return QStringLiteral("<p>%1</p>").arg(pathToQString(path).toHtmlEscaped());
 }

@@ -25,6 +25,9 @@ namespace vornic {
 /// A path as a tool tip, which wraps where it is long; nothing in it is taken for markup.
 [[nodiscard]] QString toolTipOf(const std::string& path);
 
+/// The text with places to break a line in words that are longer than any line, such as file names.
+[[nodiscard]] QString wrappable(const QString& text);
+
 [[nodiscard]] inline std::string pathFromQString(const QString& path) {
     return QFile::encodeName(path).toStdString();
 }

@@ -73,6 +73,18 @@ TEST_F(QtAlertPanelTest, showsTheTextsAsTheyAre) {
               1);
 }
 
+TEST_F(QtAlertPanelTest, wrapsNamesThatAreLongerThanALine) {
+    const std::string path = "/tmp/" + std::string(250, 'x') + ".xml";
+    platform::MainThread::performAfter(std::chrono::milliseconds(10), [&path] {
+        ASSERT_NE(shownBox(), nullptr);
+        EXPECT_LT(shownBox()->width(), 800);
+        QString text = shownBox()->informativeText();
+        EXPECT_EQ(text.remove(QChar(0x200B)).toStdString(), path);
+        QTest::keyClick(shownBox(), Qt::Key_Return);
+    });
+    EXPECT_EQ(QMAlert::alertSheetWithMessageText("Message", path, nullptr), 1);
+}
+
 TEST_F(QtAlertPanelTest, takesEscapeForTheAlternateButton) {
     EXPECT_EQ(askAnd([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); }), 0);
 }
