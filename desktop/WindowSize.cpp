@@ -1,5 +1,7 @@
 #include "desktop/WindowSize.h"
 
+#include <QScreen>
+#include <algorithm>
 #include <string>
 
 #include "platform/UserPreferences.h"
@@ -8,9 +10,6 @@ namespace vornic {
 
 namespace {
 
-// Sizes beyond every screen are not to be believed.
-constexpr int kLargest = 16384;
-
 std::string keyOf(const QWidget& window, const char* side) {
     return "window." + window.objectName().toStdString() + "." + side;
 }
@@ -18,15 +17,18 @@ std::string keyOf(const QWidget& window, const char* side) {
 int storedLength(const std::string& key, int otherwise) {
     const std::optional<platform::PropertyList> value = platform::UserPreferences().value(key);
     const std::int64_t* const length = value ? value->integer() : nullptr;
-    return length != nullptr && *length > 0 && *length < kLargest ? static_cast<int>(*length)
-                                                                  : otherwise;
+    return length != nullptr && *length > 0
+               ? static_cast<int>(std::min<std::int64_t>(*length, QWIDGETSIZE_MAX))
+               : otherwise;
 }
 
 }  // namespace
 
 void restoreWindowSize(QWidget& window, QSize otherwise) {
-    window.resize(storedLength(keyOf(window, "width"), otherwise.width()),
-                  storedLength(keyOf(window, "height"), otherwise.height()));
+    const QSize size(storedLength(keyOf(window, "width"), otherwise.width()),
+                     storedLength(keyOf(window, "height"), otherwise.height()));
+    // It may have been kept on a larger screen than this one.
+    window.resize(size.boundedTo(window.screen()->availableSize()));
 }
 
 void saveWindowSize(const QWidget& window) {

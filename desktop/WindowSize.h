@@ -6,7 +6,8 @@
 
 namespace vornic {
 
-/// Gives a window the size that the last one with its object name had, or the given one.
+/// Gives a window the size that the last one with its object name had, or the given one, as far as
+/// the screen has room.
 void restoreWindowSize(QWidget& window, QSize otherwise);
 /// Remembers a window's size for the next one with its object name.
 void saveWindowSize(const QWidget& window);

@@ -4,6 +4,7 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
 #include <QTest>
 #include <cstdio>
 #include <memory>
@@ -11,6 +12,7 @@
 
 #include "desktop/DocumentMainWindow.h"
 #include "platform/MainThread.h"
+#include "platform/UserPreferences.h"
 #include "tests/desktop/DesktopTest.h"
 
 // Real documents in their windows.
@@ -302,6 +304,17 @@ TEST_F(DocumentMainWindowTest, showsNoDialogForAFileThatHasGone) {
     ASSERT_NE(alert(), nullptr);
     EXPECT_EQ(alert()->text(), QStringLiteral("Unable to locate file"));
     EXPECT_FALSE(child<QDialog>("windowConvert").isVisible());
+}
+
+TEST_F(DocumentMainWindowTest, isNeverLargerThanTheScreen) {
+    const platform::UserPreferences preferences;
+    ErrorSlot error;
+    for (const std::int64_t length : {std::int64_t{16000}, std::int64_t{1} << 40U}) {
+        ASSERT_TRUE(preferences.setValue("window.windowMain.width", length, error));
+        ASSERT_TRUE(preferences.setValue("window.windowMain.height", length, error));
+        const DocumentMainWindow shown(Document::create(), {});
+        EXPECT_EQ(shown.size(), shown.screen()->availableSize()) << length;
+    }
 }
 
 TEST_F(DocumentMainWindowTest, keepsItsSizeForTheNextOne) {
