@@ -3,6 +3,7 @@
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <utility>
 
 #include "desktop/QtText.h"
@@ -95,10 +96,17 @@ void ConvertSheet::setSpinning(bool spinning) {
 
 void ConvertSheet::setCurVersion(std::string_view text) {
     curVersion_->setText(toQString(text));
+    makeRoom();
 }
 
 void ConvertSheet::setDowngradeVersion(std::string_view text) {
     downgradeVersion_->setText(toQString(text));
+    makeRoom();
+}
+
+// A text that wraps to more lines than before makes no window higher by itself.
+void ConvertSheet::makeRoom() {
+    resize(width(), std::max(height(), heightForWidth(width())));
 }
 
 void ConvertSheet::addVersion(std::string_view title) {

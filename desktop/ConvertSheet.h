@@ -35,6 +35,7 @@ class ConvertSheet : public QDialog {
 
   private:
     void updateButton();
+    void makeRoom();
 
     std::function<void()> close_;
     QLabel* curVersion_;

@@ -118,6 +118,20 @@ TEST_F(ConvertSheetTest, knowsTheKeyOfTheChosenVersion) {
     EXPECT_EQ(sheet.selectedVersionKey(), std::nullopt);
 }
 
+TEST_F(ConvertSheetTest, hasRoomForTextsOfSeveralLines) {
+    window.show();
+    beginSheet(sheet);
+    const std::string text =
+        "Can be downgraded without changes to version: 3 (Final Cut Pro 5.1.2+)";
+    sheet.setCurVersion(text + " " + text);
+    sheet.setDowngradeVersion(text + " " + text);
+    QApplication::processEvents();
+    for (const char* const name : {"convertCurVersion", "convertDowngradeVersion"}) {
+        const auto& label = child<QLabel>(sheet, name);
+        EXPECT_GE(label.height(), label.heightForWidth(label.width())) << name;
+    }
+}
+
 TEST_F(ConvertSheetTest, startsNoSecondConversionWhileItIsBusy) {
     sheet.setButtonEnabled(true);
     EXPECT_TRUE(button.isEnabled());
