@@ -24,8 +24,22 @@ void placeOn(const QWidget& window, QDialog& sheet) {
                area.top() + std::min(area.height() / kShareAbove, kMostAbove));
 }
 
+QList<QDialog*> dialogsOf(const QWidget& window) {
+    return window.findChildren<QDialog*>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+// The sheet that was made last of those on the screen; null when there is none.
+QDialog* lastSheetOf(const QWidget& window) {
+    QDialog* last = nullptr;
+    for (QDialog* const dialog : dialogsOf(window)) {
+        last = dialog->isVisible() && dialog->windowModality() == Qt::WindowModal ? dialog : last;
+    }
+    return last;
+}
+
 // Keeps a sheet in its place. A window that has just been shown, too, is moved yet: by the window
-// manager, which tells so later.
+// manager, which tells so later. And a window manager that gives the keyboard to the window when
+// another sheet has gone would leave it with what takes no key.
 class Follower : public QObject {
   public:
     explicit Follower(QDialog& sheet) : QObject(&sheet), sheet_(sheet) {}
@@ -34,11 +48,20 @@ class Follower : public QObject {
         const bool hasMoved = event->type() == QEvent::Move || event->type() == QEvent::Resize;
         if (hasMoved && sheet_.isVisible()) {
             placeOn(*static_cast<QWidget*>(object), sheet_);
+        } else if (event->type() == QEvent::WindowActivate) {
+            QMetaObject::invokeMethod(
+                this, [this] { takeKeyboard(); }, Qt::QueuedConnection);
         }
         return false;
     }
 
   private:
+    void takeKeyboard() {
+        if (sheet_.parentWidget() != nullptr && lastSheetOf(*sheet_.parentWidget()) == &sheet_) {
+            sheet_.activateWindow();
+        }
+    }
+
     QDialog& sheet_;
 };
 
@@ -49,10 +72,6 @@ void follow(QWidget& window, QDialog& sheet) {
         follower->setObjectName(name);
         window.installEventFilter(follower);
     }
-}
-
-QList<QDialog*> dialogsOf(const QWidget& window) {
-    return window.findChildren<QDialog*>(QString(), Qt::FindDirectChildrenOnly);
 }
 
 }  // namespace
@@ -81,10 +100,7 @@ void beginAlone(QDialog& dialog) {
 }
 
 bool hasSheet(const QWidget& window) {
-    const QList<QDialog*> dialogs = dialogsOf(window);
-    return std::any_of(dialogs.begin(), dialogs.end(), [](const QDialog* dialog) {
-        return dialog->isVisible() && dialog->windowModality() == Qt::WindowModal;
-    });
+    return lastSheetOf(window) != nullptr;
 }
 
 void hideSheets(const QWidget& window) {

@@ -45,6 +45,17 @@ TEST_F(SheetTest, followsAWindowThatIsMovedAfterwards) {
     expectInPlace();
 }
 
+TEST_F(SheetTest, takesTheKeyboardThatItsWindowIsGiven) {
+    window.show();
+    beginSheet(sheet);
+    QDialog later(&window);
+    beginSheet(later);
+    ASSERT_TRUE(waitUntil([&later] { return later.isActiveWindow(); }));
+    later.hide();
+    QApplication::setActiveWindow(&window);
+    EXPECT_TRUE(waitUntil([this] { return sheet.isActiveWindow(); }));
+}
+
 TEST_F(SheetTest, aloneIsShownOverTheWindowInUse) {
     window.show();
     window.activateWindow();
