@@ -217,7 +217,8 @@ TEST(ShippedAboutBoxTest, hasCreditsThatBeginWithABoldName) {
     const auto runs = readRichText(insertion->substr(std::string("insert ").size()));
     ASSERT_TRUE(runs);
     ASSERT_GT(runs->size(), 1U);
-    EXPECT_EQ(runs->front(), (StyledRun{.text = "Vornic", .isBold = true}));
+    EXPECT_EQ(runs->front().text, "Vornic");
+    EXPECT_TRUE(runs->front().isBold);
     std::string text;
     for (const StyledRun& run : *runs) {
         text += run.text;

@@ -196,7 +196,7 @@ TEST_F(RealKeysTest, quitsWhileTheManagerHangs) {
     const auto before = std::chrono::steady_clock::now();
     EXPECT_TRUE(pressUntil(display, windowNamed(display, "^Vornic$"), "ctrl+q", "^Vornic$"));
     const ProgramResult result = program.finish();
-    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_EQ(result.signal, 0);
     EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(7))
         << "the manager is given ten";
