@@ -17,6 +17,7 @@
 #include <sys/stat.h>
 
 #include "desktop/AlertBox.h"
+#include "desktop/FileIcons.h"
 #include "desktop/FileManager.h"
 #include "desktop/MainMenu.h"
 #include "desktop/QtText.h"
@@ -181,6 +182,7 @@ std::optional<std::vector<std::string>> Application::runOpenPanel(
                                                        : QFileDialog::ExistingFile);
     panel.setOption(QFileDialog::ReadOnly, !settings.canCreateDirectories);
     panel.setOption(QFileDialog::DontUseNativeDialog);
+    FileIcons::useIn(panel);
     panel.setProxyModel(new AllowedFiles(settings));  // which the panel owns
     panel.setNameFilter(tr("Final Cut Pro XML files (*)"));
     panel.setOption(QFileDialog::HideNameFilterDetails);

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "desktop/AlertBox.h"
+#include "desktop/FileIcons.h"
 #include "desktop/QtText.h"
 #include "desktop/Sheet.h"
 #include "desktop/WindowSize.h"
@@ -177,6 +178,7 @@ void DocumentMainWindow::saveReport() {
     panel->setObjectName(QStringLiteral("saveReportPanel"));
     panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->setAcceptMode(QFileDialog::AcceptSave);
+    FileIcons::useIn(*panel);
     panel->setNameFilters({tr("Text files (*.txt)"), tr("All files (*)")});
     panel->setDefaultSuffix(QStringLiteral("txt"));
     panel->selectFile(proposal);

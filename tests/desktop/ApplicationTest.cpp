@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "desktop/Application.h"
+#include "desktop/FileIcons.h"
 #include "foundation/QMLog.h"
 #include "platform/Bundle.h"
 #include "platform/MainThread.h"
@@ -99,6 +100,7 @@ TEST_F(ApplicationTest, showsTheOpenPanelAndGoesOnWhenItIsCancelled) {
         EXPECT_EQ(panel->windowTitle(),
                   QStringLiteral("Browse for a Final Cut Pro 7 or X XML file"));
         EXPECT_EQ(panel->fileMode(), QFileDialog::ExistingFiles);
+        EXPECT_NE(dynamic_cast<FileIcons*>(panel->iconProvider()), nullptr);
         panel->reject();
     });
     application.launch({});

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "desktop/DocumentMainWindow.h"
+#include "desktop/FileIcons.h"
 #include "platform/MainThread.h"
 #include "platform/UserPreferences.h"
 #include "tests/desktop/DesktopTest.h"
@@ -145,6 +146,7 @@ TEST_F(DocumentMainWindowTest, savesTheReport) {
     window->saveReport();
     auto& panel = child<QFileDialog>("saveReportPanel");
     EXPECT_EQ(panel.windowModality(), Qt::WindowModal);
+    EXPECT_NE(dynamic_cast<FileIcons*>(panel.iconProvider()), nullptr);
     EXPECT_TRUE(panel.selectedFiles().first().endsWith(QStringLiteral("/cut report.txt")));
     panel.selectFile(QStringLiteral("mine.txt"));
     QTest::keyClick(&panel, Qt::Key_Return);
