@@ -38,5 +38,8 @@ endif()
 
 find_program(VORNIC_CCACHE ccache)
 if(VORNIC_CCACHE)
-    set(CMAKE_CXX_COMPILER_LAUNCHER "${VORNIC_CCACHE}")
+    # ccache takes what is compiled with precompiled headers only with these.
+    set(CMAKE_CXX_COMPILER_LAUNCHER
+        env CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
+        "${VORNIC_CCACHE}")
 endif()

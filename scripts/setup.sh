@@ -40,6 +40,7 @@ needs=(
     'ninja-build|Ninja|command -v ninja'
     'pkgconf|pkg-config|command -v pkg-config'
     'libpugixml-dev|pugixml, with headers|hasLibrary pugixml'
+    'nlohmann-json3-dev|nlohmann-json|hasLibrary nlohmann_json'
     'libplist-dev|libplist 2, with headers|hasLibrary libplist-2.0'
     'libarchive-dev|libarchive, with headers|hasLibrary libarchive'
     'libssl-dev|OpenSSL 3, with headers|hasLibrary libcrypto'
@@ -54,7 +55,7 @@ needs=(
     'libbenchmark-dev|Google Benchmark|hasLibrary benchmark'
 )
 # What only saves time, and is done without where it cannot be had.
-wishes=('ccache|ccache|command -v ccache')
+wishes=('ccache|ccache|command -v ccache' 'mold|mold|command -v mold')
 
 # Sets `missing` to the entries of the arguments whose test fails.
 findMissing() {
