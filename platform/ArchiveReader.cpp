@@ -4,6 +4,7 @@
 #include <ctime>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -14,11 +15,12 @@
 #include "platform/Archive.h"
 #include "platform/ArchiveHandle.h"
 #include "platform/ArchivedLinks.h"
+#include "platform/BeneathFolder.h"
 #include "platform/Failure.h"
 #include "platform/FileDescriptor.h"
 #include "platform/FileSystem.h"
-#include "platform/FileTransfer.h"
 #include "platform/PathText.h"
+#include "platform/Rename.h"
 
 namespace vornic::platform {
 namespace {
@@ -39,12 +41,20 @@ EntryMetadata metadataOf(struct archive_entry* entry) {
     return {.mode = archive_entry_perm(entry) & 0777, .times = {modified, modified}};
 }
 
+std::string folderOf(const std::string& name) {
+    const std::size_t slash = name.rfind('/');
+    return slash == std::string::npos ? "" : name.substr(0, slash);
+}
+
 /// Everything about an entry can be kept out of the disk's way: the folder that is filled has a
-/// name that nobody knows, and links are made last, so that nothing is written through one.
+/// name that nobody knows and is held open, no link on the way to an entry is followed, and links
+/// are made last.
 class Extraction {
   public:
-    Extraction(std::string archive, std::string folder, ErrorSlot& error)
-        : path_(std::move(archive)), folder_(std::move(folder)), error_(error) {}
+    /// @param folder the folder to be filled, open
+    Extraction(std::string archive, const FileDescriptor& folder, const ArchiveLimits& limits,
+               ErrorSlot& error)
+        : path_(std::move(archive)), folder_(folder.get()), limits_(limits), error_(error) {}
 
     /// Fills the folder.
     bool extract() {
@@ -53,15 +63,15 @@ class Extraction {
     }
 
     /// Gives the folders their modes and times, once nothing more is made in them.
-    /// @param folder where the filled folder stands now
-    void finishFolders(const std::string& folder) const {
+    void finishFolders() const {
         // What lies in a folder has a longer name, and hence stands behind it.
-        std::for_each(folders_.rbegin(), folders_.rend(), [&folder](const auto& entry) {
-            const std::string path = joinPath(folder, entry.first);
+        std::for_each(folders_.rbegin(), folders_.rend(), [this](const auto& entry) {
             const EntryMetadata& metadata = entry.second;
-            static_cast<void>(
-                utimensat(AT_FDCWD, path.c_str(), metadata.times.data(), AT_SYMLINK_NOFOLLOW) == 0);
-            static_cast<void>(metadata.mode == 0 || chmod(path.c_str(), metadata.mode) == 0);
+            const FileDescriptor folder = openBeneath(folder_, entry.first, O_RDONLY | O_DIRECTORY);
+            if (folder) {
+                static_cast<void>(futimens(folder.get(), metadata.times.data()) == 0);
+                static_cast<void>(metadata.mode == 0 || fchmod(folder.get(), metadata.mode) == 0);
+            }
         });
     }
 
@@ -76,13 +86,30 @@ class Extraction {
             error_, path_, "extracted", EINVAL,
             (name.empty() ? "an entry " : "its entry " + name + " ") + std::string(reason));
     }
+    bool refuseEntries() {
+        return failFileBecause(
+            error_, path_, "extracted", EFBIG,
+            "it makes more than " + std::to_string(limits_.entries) + " files and folders");
+    }
+    bool failEntry(const std::string& name, int errorNumber) {
+        if (nodes_ > limits_.entries) {
+            return refuseEntries();
+        }
+        error_ = posixError(
+            "The file " + path_ + " cannot be extracted: its entry " + name + " cannot be made",
+            errorNumber);
+        return false;
+    }
 
     bool open() {
         int errorNumber = 0;
         file_ = openRegularFile(path_, true, errorNumber);
-        if (!file_) {
+        struct stat status {};
+        if (!file_ || fstat(file_.get(), &status) != 0) {
             return failFile(error_, path_, "opened", errorNumber);
         }
+        bytesLeft_ = std::max(limits_.bytes,
+                              static_cast<std::uint64_t>(status.st_size) * limits_.timesItsSize);
         constexpr std::size_t kBlockSize = std::size_t{256} * 1024;
         return (archive_ && archive_read_support_format_zip(archive_.get()) == ARCHIVE_OK &&
                 archive_read_open_fd(archive_.get(), file_.get(), kBlockSize) == ARCHIVE_OK) ||
@@ -115,6 +142,10 @@ class Extraction {
         if (!name) {
             return refuse(given, "leads out of the folder");
         }
+        if (!checkText(*name)) {
+            return false;
+        }
+        names_.insert(*name);
         if (archive_entry_hardlink(entry) != nullptr) {
             return refuse(given, "is of a kind that is not known");
         }
@@ -130,18 +161,43 @@ class Extraction {
         }
     }
 
+    /// A path, or the text of a link, that the system would take, and not so many that keeping them
+    /// fills the memory.
+    bool checkText(const std::string& text) {
+        if (text.size() > limits_.textLength || depthOf(text) > limits_.depth) {
+            return refuse(text.substr(0, kShownText) + "...", "has too long a name");
+        }
+        if (text.size() > limits_.allText - textKept_) {
+            return failFileBecause(error_, path_, "extracted", EFBIG,
+                                   "the names of its entries are too long");
+        }
+        textKept_ += text.size();
+        return true;
+    }
+    bool countNode() { return ++nodes_ <= limits_.entries; }
+
+    FileDescriptor makeFolders(const std::string& name) {
+        return makeFoldersBeneath(folder_, name, [this] { return countNode(); });
+    }
+
     bool extractFolder(const std::string& name, const EntryMetadata& metadata) {
         if (name.empty()) {
             return true;
         }
         folders_[name] = metadata;
-        return createDirectory(joinPath(folder_, name), error_);
+        return makeFolders(name) ? true : failEntry(name, errno);
     }
 
     bool keepLink(const std::string& name, struct archive_entry* entry) {
         const char* target = archive_entry_symlink(entry);
         if (name.empty() || target == nullptr || *target == '\0') {
             return refuse(name, "is a link without a target");
+        }
+        if (!checkText(target)) {
+            return false;
+        }
+        if (!countNode()) {
+            return refuseEntries();
         }
         links_[name] = target;
         linkTimes_[name] = metadataOf(entry);
@@ -150,26 +206,30 @@ class Extraction {
 
     /// An entry whose name comes twice replaces the earlier one.
     bool extractFile(const std::string& name, const EntryMetadata& metadata) {
-        const std::string path = joinPath(folder_, name);
-        if (!createDirectory(parentFolder(path), error_)) {
-            return false;
+        if (!countNode()) {
+            return refuseEntries();
         }
-        static_cast<void>(unlink(path.c_str()) == 0);
-        FileDescriptor file(
-            ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+        const FileDescriptor place = makeFolders(folderOf(name));
+        if (!place) {
+            return failEntry(name, errno);
+        }
+        const std::string last = lastComponent(name);
+        static_cast<void>(unlinkat(place.get(), last.c_str(), 0) == 0);
+        FileDescriptor file(openat(place.get(), last.c_str(),
+                                   O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
         if (!file) {
-            return failFile(error_, path, "made", errno);
+            return failEntry(name, errno);
         }
-        if (!extractData(path, file.get())) {
+        if (!extractData(name, file.get())) {
             return false;
         }
         static_cast<void>(metadata.mode == 0 || fchmod(file.get(), metadata.mode) == 0);
         static_cast<void>(futimens(file.get(), metadata.times.data()) == 0);
         const int errorNumber = file.close();
-        return errorNumber == 0 || failFile(error_, path, "written", errorNumber);
+        return errorNumber == 0 || failEntry(name, errorNumber);
     }
 
-    bool extractData(const std::string& path, int file) {
+    bool extractData(const std::string& name, int file) {
         for (;;) {
             const void* bytes = nullptr;
             std::size_t count = 0;
@@ -181,41 +241,57 @@ class Extraction {
             if (result != ARCHIVE_OK) {
                 return fail();
             }
+            if (count > bytesLeft_) {
+                return failFileBecause(error_, path_, "extracted", EFBIG,
+                                       "it holds far more than its size lets expect");
+            }
+            bytesLeft_ -= count;
             const int errorNumber = writeAll(file, static_cast<const char*>(bytes), count);
             if (errorNumber != 0) {
-                return failFile(error_, path, "written", errorNumber);
+                return failEntry(name, errorNumber);
             }
         }
     }
 
     bool makeLinks() {
+        const std::optional<std::string> below = entryBelowLink(names_, links_);
+        if (below) {
+            return refuse(*below, "lies below a link");
+        }
         const std::optional<std::string> out = linkOutOfFolder(links_);
         if (out) {
             return refuse(*out, "is a link that leads out of the folder");
         }
         return std::all_of(links_.begin(), links_.end(), [this](const auto& link) {
-            return makeLink(link.second, joinPath(folder_, link.first), linkTimes_.at(link.first));
+            return makeLink(link.second, link.first, linkTimes_.at(link.first));
         });
     }
 
-    bool makeLink(const std::string& target, const std::string& path,
+    bool makeLink(const std::string& target, const std::string& name,
                   const EntryMetadata& metadata) {
-        if (!createDirectory(parentFolder(path), error_)) {
-            return false;
-        }
-        if (symlink(target.c_str(), path.c_str()) != 0) {
-            return failFile(error_, path, "made", errno);
+        const FileDescriptor place = makeFolders(folderOf(name));
+        const std::string last = lastComponent(name);
+        if (!place || symlinkat(target.c_str(), place.get(), last.c_str()) != 0) {
+            return failEntry(name, errno);
         }
         static_cast<void>(
-            utimensat(AT_FDCWD, path.c_str(), metadata.times.data(), AT_SYMLINK_NOFOLLOW) == 0);
+            utimensat(place.get(), last.c_str(), metadata.times.data(), AT_SYMLINK_NOFOLLOW) == 0);
         return true;
     }
 
+    /// How much of a text that is too long stands in a message.
+    static constexpr std::size_t kShownText = 64;
+
     std::string path_;
-    std::string folder_;
+    int folder_;
+    const ArchiveLimits& limits_;
     ErrorSlot& error_;
     FileDescriptor file_;
     ArchiveHandle archive_{archive_read_new()};
+    std::uint64_t bytesLeft_ = 0;
+    std::uint64_t nodes_ = 0;
+    std::size_t textKept_ = 0;
+    std::set<std::string> names_;
     std::map<std::string, EntryMetadata> folders_;
     ArchivedLinks links_;
     std::map<std::string, EntryMetadata> linkTimes_;
@@ -244,7 +320,8 @@ class PrivateFolder {
 
 }  // namespace
 
-bool extractArchive(const std::string& archive, const std::string& destination, ErrorSlot& error) {
+bool extractArchive(const std::string& archive, const std::string& destination, ErrorSlot& error,
+                    const ArchiveLimits& limits) {
     const std::string target = withoutTrailingSlashes(destination);
     if (target.find('\0') != std::string::npos || nodeExists(target) || target.empty()) {
         return failFolder(error, target, "made", nodeExists(target) ? EEXIST : EINVAL);
@@ -257,15 +334,23 @@ bool extractArchive(const std::string& archive, const std::string& destination, 
     const PrivateFolder around(hidden, error);
     // One in the other, so that the folder gets the process's usual mode and is out of reach still.
     const std::string filled = joinPath(hidden, "contents");
-    Extraction extraction(archive, filled, error);
-    if (!around.isMade() || !createDirectory(filled, error) || !extraction.extract()) {
+    if (!around.isMade() || !createDirectory(filled, error)) {
+        return false;
+    }
+    const FileDescriptor folder(
+        ::open(filled.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!folder) {
+        return failFolder(error, target, "made", errno);
+    }
+    Extraction extraction(archive, folder, limits, error);
+    if (!extraction.extract()) {
         return false;
     }
     const int errorNumber = renameWithoutReplacing(filled, target);
     if (errorNumber != 0) {
         return failFolder(error, target, "made", errorNumber);
     }
-    extraction.finishFolders(target);
+    extraction.finishFolders();
     return true;
 }
 

@@ -1,6 +1,8 @@
 #include "platform/ArchivedLinks.h"
 
 #include <algorithm>
+#include <deque>
+#include <utility>
 #include <vector>
 
 #include "platform/PathText.h"
@@ -8,69 +10,142 @@
 namespace vornic::platform {
 namespace {
 
-/// Without empty components and ".".
-std::vector<std::string> componentsOf(std::string_view path) {
-    std::vector<std::string> components;
+/// @return the next component that is neither empty nor ".", taken off the text; "" at the end.
+std::string_view takeComponent(std::string_view& path) {
     while (!path.empty()) {
         const std::size_t slash = std::min(path.find('/'), path.size());
         const std::string_view component = path.substr(0, slash);
-        if (!component.empty() && component != ".") {
-            components.emplace_back(component);
-        }
         path.remove_prefix(std::min(slash + 1, path.size()));
+        if (!component.empty() && component != ".") {
+            return component;
+        }
     }
-    return components;
+    return {};
 }
 
-/// A place below the folder while a path is followed.
-class Walk {
+/// The links of an archive as a tree of the folders that lead to them. Each link is followed once;
+/// whoever comes by it later is told where it leads.
+class LinkTree {
   public:
-    explicit Walk(const ArchivedLinks& links) : links_(links) {}
-
-    /// Follows a path from the folder itself, links included. @return false when it leads out.
-    bool follow(const std::string& path) {
-        // The system follows no more links than that in one path.
-        constexpr int kMostLinks = 40;
-        push(path);
-        for (int followed = 0; !left_.empty() && followed <= kMostLinks;) {
-            const std::string component = left_.back();
-            left_.pop_back();
-            if (component == "..") {
-                if (place_.empty()) {
-                    return false;
+    explicit LinkTree(const ArchivedLinks& links) {
+        for (const auto& [path, target] : links) {
+            Node* node = &top_;
+            std::string_view way = path;
+            for (std::string_view name = takeComponent(way); !name.empty();
+                 name = takeComponent(way)) {
+                Node*& child = node->children[name];
+                if (child == nullptr) {
+                    child = &nodes_.emplace_back(Node{.parent = node});
                 }
-                leave();
-                continue;
+                node = child;
             }
-            place_ = place_.empty() ? component : joinPath(place_, component);
-            const auto link = links_.find(place_);
-            if (link == links_.end()) {
-                continue;
+            node->target = &target;
+            links_.emplace_back(node, &path);
+        }
+    }
+
+    std::optional<std::string> findLinkOut() {
+        for (const auto& [node, path] : links_) {
+            if (!follow(*node)) {
+                return *path;
             }
-            if (link->second.starts_with('/')) {
+        }
+        return std::nullopt;
+    }
+
+  private:
+    struct Node;
+    /// Where a path leads: a folder above some link, or one so many levels below it where there are
+    /// no links.
+    struct Place {
+        Node* node = nullptr;
+        std::size_t below = 0;
+    };
+    struct Node {
+        Node* parent = nullptr;
+        std::map<std::string_view, Node*> children = {};
+        /// Of a link.
+        const std::string* target = nullptr;
+        bool isBegun = false;
+        bool isFollowed = false;
+        /// Nothing for a link that leads in a circle, which the system does not follow.
+        std::optional<Place> place = std::nullopt;
+    };
+    /// A link that is being followed.
+    struct Walk {
+        Node* link = nullptr;
+        std::string_view left;
+        Place place;
+    };
+
+    /// @return false when the link, or one on its way, leads out.
+    bool follow(Node& link) {
+        if (link.isFollowed) {
+            return true;
+        }
+        begin(link);
+        while (!walks_.empty()) {
+            Walk& walk = walks_.back();
+            const std::string_view component = takeComponent(walk.left);
+            if (component.empty()) {
+                end(walk.place);
+            } else if (component == ".." ? !leave(walk.place) : !enter(walk, component)) {
                 return false;
             }
-            ++followed;
-            leave();
-            push(link->second);
         }
         return true;
     }
 
-  private:
-    void push(const std::string& path) {
-        const std::vector<std::string> components = componentsOf(path);
-        left_.insert(left_.end(), components.rbegin(), components.rend());
+    void begin(Node& link) {
+        link.isBegun = true;
+        walks_.push_back({.link = &link, .left = *link.target, .place = {.node = link.parent}});
     }
-    void leave() {
-        const std::size_t slash = place_.rfind('/');
-        place_.erase(slash == std::string::npos ? 0 : slash);
+    void end(std::optional<Place> place) {
+        walks_.back().link->isFollowed = true;
+        walks_.back().link->place = place;
+        walks_.pop_back();
     }
 
-    const ArchivedLinks& links_;
-    std::string place_;
-    /// The components still to be followed, the next one last.
-    std::vector<std::string> left_;
+    /// One level up. @return false at the top.
+    static bool leave(Place& place) {
+        if (place.below > 0) {
+            --place.below;
+        } else {
+            place.node = place.node->parent;
+        }
+        return place.node != nullptr;
+    }
+
+    /// One level down, or to where a link leads. @return false when that is out of the folder.
+    bool enter(Walk& walk, std::string_view name) {
+        const auto found = walk.place.below > 0 ? walk.place.node->children.end()
+                                                : walk.place.node->children.find(name);
+        if (found == walk.place.node->children.end()) {
+            ++walk.place.below;
+            return true;
+        }
+        Node& child = *found->second;
+        if (child.target == nullptr) {
+            walk.place.node = &child;
+        } else if (child.target->starts_with('/')) {
+            return false;
+        } else if (!child.isBegun) {
+            // The link comes first, this walk then takes the same step again.
+            walk.left = {name.data(), static_cast<std::size_t>(walk.left.data() - name.data()) +
+                                          walk.left.size()};
+            begin(child);
+        } else if (child.isFollowed && child.place) {
+            walk.place = *child.place;
+        } else {
+            end(std::nullopt);
+        }
+        return true;
+    }
+
+    Node top_;
+    std::deque<Node> nodes_;
+    std::vector<std::pair<Node*, const std::string*>> links_;
+    std::vector<Walk> walks_;
 };
 
 }  // namespace
@@ -80,20 +155,38 @@ std::optional<std::string> nameInsideFolder(std::string_view name) {
         return std::nullopt;
     }
     std::string path;
-    for (const std::string& component : componentsOf(name)) {
+    path.reserve(name.size());
+    for (std::string_view component = takeComponent(name); !component.empty();
+         component = takeComponent(name)) {
         if (component == "..") {
             return std::nullopt;
         }
-        path = path.empty() ? component : joinPath(path, component);
+        path.append(path.empty() ? "" : "/").append(component);
     }
     return path;
 }
 
+std::size_t depthOf(std::string_view name) {
+    return name.empty() ? 0
+                        : 1 + static_cast<std::size_t>(std::count(name.begin(), name.end(), '/'));
+}
+
+std::optional<std::string> entryBelowLink(const std::set<std::string>& names,
+                                          const ArchivedLinks& links) {
+    for (const auto& [path, target] : links) {
+        const std::string folder = path + "/";
+        const auto below = names.lower_bound(folder);
+        if (below != names.end() && below->starts_with(folder)) {
+            return *below;
+        }
+    }
+    return std::nullopt;
+}
+
 std::optional<std::string> linkOutOfFolder(const ArchivedLinks& links) {
-    const auto out = std::find_if(links.begin(), links.end(), [&links](const auto& link) {
-        return !Walk(links).follow(link.first);
-    });
-    return out == links.end() ? std::nullopt : std::optional(out->first);
+    const auto absolute = std::find_if(
+        links.begin(), links.end(), [](const auto& link) { return link.second.starts_with('/'); });
+    return absolute != links.end() ? std::optional(absolute->first) : LinkTree(links).findLinkOut();
 }
 
 }  // namespace vornic::platform

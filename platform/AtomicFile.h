@@ -40,7 +40,8 @@ class AtomicFile {
     AtomicFile(const AtomicFile&) = delete;
     AtomicFile& operator=(const AtomicFile&) = delete;
 
-    /// Makes the temporary file. Fails when the folder cannot be written or the target exists and
+    /// Makes the temporary file, and removes those that killed processes have left in the folder
+    /// (`removeDeadTemporaries`). Fails when the folder cannot be written or the target exists and
     /// is no regular file.
     [[nodiscard]] bool open(const std::string& path, ErrorSlot& error);
     /// Appends bytes. After a failure the object only takes `abort`.

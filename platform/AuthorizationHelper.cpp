@@ -1,143 +1,126 @@
 #include "platform/AuthorizationHelper.h"
 
+#include <array>
+#include <memory>
+#include <string>
+#include <thread>
 #include <utility>
-#include <vector>
 
+#include <pwd.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "platform/AuthorizationProtocol.h"
-#include "platform/Exception.h"
-#include "platform/HeldPath.h"
 #include "platform/PathText.h"
-#include "platform/Pipe.h"
-#include "platform/PrivilegedTools.h"
-#include "platform/Process.h"
 
 namespace vornic::platform {
 namespace {
 
-/// A request that has passed every check.
-struct CheckedRun {
-    ToolRequest request;
-    /// The folders that the run's arguments are looked up in.
-    std::vector<FileDescriptor> folders;
+/// What goes on beside the requests. Everything has ended when the object has gone.
+class Jobs {
+  public:
+    Jobs() = default;
+    ~Jobs() {
+        for (std::thread& thread : threads_) {
+            thread.join();
+        }
+    }
+    Jobs(const Jobs&) = delete;
+    Jobs& operator=(const Jobs&) = delete;
+
+    void add(std::shared_ptr<PinnedAction> action) {
+        constexpr std::size_t kMost = 32;
+        if (threads_.size() == kMost) {
+            threads_.front().join();
+            threads_.erase(threads_.begin());
+        }
+        threads_.emplace_back([action = std::move(action)] { action->finish(); });
+    }
+
+  private:
+    std::vector<std::thread> threads_;
 };
 
-/// Has a tool find a path in a folder that stays the one that the guard was asked about.
-/// @return the status to refuse with, or success.
-AuthorizationStatus pin(std::string& path,
-                        const std::function<bool(const std::string&)>& isForbidden,
-                        std::vector<FileDescriptor>& folders) {
-    std::optional<HeldPath> held = holdPath(path);
-    if (!held) {
-        return isForbidden(path) ? kAuthorizationDenied : kAuthorizationToolExecuteFailure;
-    }
-    if (isForbidden(path) || (held->path() != path && isForbidden(held->path()))) {
-        return kAuthorizationDenied;
-    }
-    const int number = STDERR_FILENO + 1 + static_cast<int>(folders.size());
-    path = joinPath(descriptorPath(number), held->name);
-    folders.push_back(std::move(held->folder));
-    return kAuthorizationSuccess;
-}
-
-AuthorizationStatus check(CheckedRun& checked, const PathGuards& guards) {
-    std::vector<std::string>& arguments = checked.request.arguments;
-    const std::optional<PrivilegedRun> run = allowedPrivilegedRun(checked.request.tool, arguments);
-    if (!run) {
-        return kAuthorizationDenied;
-    }
-    AuthorizationStatus status = kAuthorizationSuccess;
-    if (run->takenAway) {
-        status = pin(arguments[*run->takenAway], guards.takingAway, checked.folders);
-    }
-    if (run->replaced && status == kAuthorizationSuccess) {
-        status = pin(arguments[*run->replaced], guards.replacing, checked.folders);
-    }
-    return status;
-}
-
-/// Starts a tool whose output goes into the pipe, or nowhere without one.
-void start(CheckedRun checked, FileDescriptor output) {
-    Process process;
-    process.setLaunchPath(checked.request.tool);
-    process.setArguments(checked.request.arguments);
-    process.setEnvironment(
-        Process::Environment{{"PATH", "/usr/sbin:/usr/bin:/sbin:/bin"}, {"LC_ALL", "C"}});
-    process.setNullDevice(StandardStream::input);
-    process.setNullDevice(StandardStream::error);
-    if (output) {
-        process.setDescriptor(StandardStream::output, std::move(output));
-    } else {
-        process.setNullDevice(StandardStream::output);
-    }
-    for (FileDescriptor& folder : checked.folders) {
-        static_cast<void>(process.addDescriptor(std::move(folder)));
-    }
-    process.launch();
-}
-
-/// Sends a tool's output on until its end. @return false when the other end has gone, or does not
-/// wait for its turn.
-bool forwardOutput(int socket, const FileDescriptor& output) {
-    std::string chunk;
-    do {
-        try {
-            if (!waitUntilReadable(output.get(), socket).first) {
-                return false;
-            }
-            chunk = readAvailable(output.get());
-        } catch (const Exception&) {
-            chunk.clear();
-        }
-        for (std::size_t sent = 0; sent < chunk.size(); sent += kLargestOutputMessage) {
-            const std::string_view part =
-                std::string_view(chunk).substr(sent, kLargestOutputMessage);
-            if (!sendMessage(socket, encodeOutput(part))) {
-                return false;
-            }
-        }
-    } while (!chunk.empty());
-    return sendMessage(socket, encodeOutput(""));
-}
-
 /// @return false when the other end has gone.
-bool answer(int socket, ToolRequest request, const PathGuards& guards) {
-    const bool wantsOutput = request.wantsOutput;
-    CheckedRun checked{.request = std::move(request), .folders = {}};
-    if (const AuthorizationStatus status = check(checked, guards);
-        status != kAuthorizationSuccess) {
+bool answer(int socket, const ToolRequest& request, const PathGuards& guards,
+            const ToolRunner& runTool, Jobs& jobs) {
+    PinnedRun run;
+    AuthorizationStatus status = pinRun(request, guards, run);
+    if (status != kAuthorizationSuccess) {
         return sendMessage(socket, encodeStatus(status));
     }
-    Pipe output;
-    try {
-        if (wantsOutput) {
-            output = makePipe();
-        }
-        start(std::move(checked), std::move(output.writingEnd));
-    } catch (const Exception&) {
-        return sendMessage(socket, encodeStatus(kAuthorizationToolExecuteFailure));
+    const auto action = std::make_shared<PinnedAction>(std::move(run), runTool);
+    status = action->begin();
+    const bool isHeard = sendMessage(socket, encodeStatus(status));
+    if (status != kAuthorizationSuccess) {
+        return isHeard;
     }
-    return sendMessage(socket, encodeStatus(kAuthorizationSuccess)) &&
-           (!wantsOutput || forwardOutput(socket, output.readingEnd));
+    if (!request.wantsOutput) {
+        jobs.add(action);
+        return isHeard;
+    }
+    action->finish();
+    return isHeard && sendMessage(socket, encodeOutput(""));
 }
 
 }  // namespace
 
-int serveAuthorizedTools(int socket, const PathGuards& guards) {
+int serveAuthorizedTools(int socket, const PathGuards& guards, const ToolRunner& runTool) {
+    Jobs jobs;
     bool isHeard = sendMessage(socket, kHelperGreeting);
     while (isHeard) {
         const std::optional<std::string> message = receiveMessage(socket);
         if (!message) {
             break;
         }
-        std::optional<ToolRequest> request = decodeRequest(*message);
+        const std::optional<ToolRequest> request = decodeRequest(*message);
         if (!request) {
             return 1;
         }
-        isHeard = answer(socket, std::move(*request), guards);
+        isHeard = answer(socket, *request, guards, runTool, jobs);
     }
     return 0;
+}
+
+std::optional<unsigned> callerOf(int socket) {
+    struct ucred caller {};
+    socklen_t size = sizeof caller;
+    return getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &caller, &size) == 0 && caller.pid > 0
+               ? std::optional<unsigned>(caller.uid)
+               : std::nullopt;
+}
+
+std::vector<FileIdentity> standardFoldersOf(unsigned user) {
+    constexpr std::array kNames{
+        "",
+        "Applications",
+        "Applications/Utilities",
+        "Desktop",
+        "Documents",
+        "Movies",
+        "Videos",
+        ".cache",
+        ".local/share/quillmark",
+        ".local/share/quillmark/Application Support",
+        ".local/share/quillmark/Logs",
+        ".local/share/quillmark/Preferences",
+    };
+    std::vector<FileIdentity> folders;
+    std::array<char, 16384> texts{};
+    struct passwd entry {};
+    struct passwd* found = nullptr;
+    if (getpwuid_r(user, &entry, texts.data(), texts.size(), &found) != 0 || found == nullptr ||
+        found->pw_dir == nullptr || *found->pw_dir != '/') {
+        return folders;
+    }
+    for (const char* name : kNames) {
+        struct stat status {};
+        if (stat(joinPath(found->pw_dir, name).c_str(), &status) == 0) {
+            folders.push_back({.device = status.st_dev, .inode = status.st_ino});
+        }
+    }
+    return folders;
 }
 
 }  // namespace vornic::platform

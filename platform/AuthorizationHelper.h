@@ -1,27 +1,29 @@
 #ifndef VORNIC_PLATFORM_AUTHORIZATION_HELPER_H
 #define VORNIC_PLATFORM_AUTHORIZATION_HELPER_H
 
-#include <functional>
-#include <string>
+#include <optional>
+#include <vector>
+
+#include "platform/PinnedAction.h"
+#include "platform/PinnedRun.h"
 
 namespace vornic::platform {
 
-/// What the helper keeps its hands off, whoever asks for it. Each says of an absolute path that it
-/// is forbidden.
-struct PathGuards {
-    /// To remove it or to move it away.
-    std::function<bool(const std::string& path)> takingAway;
-    /// To write over it or into it.
-    std::function<bool(const std::string& path)> replacing;
-};
-
-/// The work of the helper process: greets, then runs the allowed tools that it is asked for over
-/// the socket, one request after the other, until the other end goes. Tools get a fixed
-/// environment, no input, and of the helper's descriptors only the folders that hold what they take
-/// away or replace, so that they act in the folders that the guards were asked about. Tools that
-/// nobody waits for any more run on after it.
+/// The work of the helper process: greets, then does what the allowed tools are asked for over the
+/// socket, one request after the other, until the other end goes. What takes no time is done before
+/// the answer; the rest goes on beside the next requests, and all of it is ended before this
+/// returns.
+/// @param runTool runs the tools that are needed
 /// @return the exit status: 0 when the other end went, 1 when it did not keep to the protocol.
-[[nodiscard]] int serveAuthorizedTools(int socket, const PathGuards& guards);
+[[nodiscard]] int serveAuthorizedTools(int socket, const PathGuards& guards,
+                                       const ToolRunner& runTool = runSystemTool);
+
+/// The user whose process made the socket, as the system knows it; nothing when it does not.
+[[nodiscard]] std::optional<unsigned> callerOf(int socket);
+
+/// The folders of a user that nobody takes away: the home folder of the user database, and the
+/// standard folders in it where they usually lie. Those that do not exist are left out.
+[[nodiscard]] std::vector<FileIdentity> standardFoldersOf(unsigned user);
 
 }  // namespace vornic::platform
 

@@ -1,12 +1,15 @@
 #include "platform/AuthorizationHelperLink.h"
 
 #include <array>
+#include <cerrno>
 #include <utility>
 
+#include <poll.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 
 #include "platform/Exception.h"
+#include "platform/MainThread.h"
 #include "platform/Pipe.h"
 
 namespace vornic::platform {
@@ -24,6 +27,20 @@ struct Traceability {
 Traceability& traceability() {
     static Traceability* const instance = new Traceability;  // NOLINT: threads may outlive others
     return *instance;
+}
+
+/// Waits for the helper's greeting, or for its end. @return false when the program quits before: it
+/// must not wait for a password that nobody will type.
+bool awaitHelper(int socket) {
+    constexpr int kSliceMilliseconds = 50;
+    pollfd state{.fd = socket, .events = POLLIN, .revents = 0};
+    while (!MainThread::isShutDown()) {
+        const int count = poll(&state, 1, kSliceMilliseconds);
+        if (count > 0 || (count < 0 && errno != EINTR)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 }  // namespace
@@ -83,6 +100,9 @@ int AuthorizationHelperLink::start(std::unique_ptr<Process> process,
     } catch (const Exception&) {
         return kNotLaunched;
     }
+    if (!awaitHelper(ours.get())) {
+        process->terminate();
+    }
     if (receiveMessage(ours.get()) != kHelperGreeting) {
         static_cast<void>(ours.close());
         process->waitUntilExit();
@@ -121,6 +141,11 @@ AuthorizationStatus AuthorizationHelperLink::run(const ToolRequest& request,
         *pipe = std::make_unique<Output>(weak_from_this(), reportedRuns_);
     }
     return status;
+}
+
+bool AuthorizationHelperLink::isAlive() const {
+    pollfd state{.fd = socket_.get(), .events = POLLRDHUP, .revents = 0};
+    return poll(&state, 1, 0) == 0;
 }
 
 std::string AuthorizationHelperLink::nextOutput() {

@@ -43,6 +43,9 @@ class AuthorizationHelperLink : public std::enable_shared_from_this<Authorizatio
     [[nodiscard]] AuthorizationStatus run(const ToolRequest& request,
                                           std::unique_ptr<CommunicationsPipe>* pipe);
 
+    /// Whether the helper still holds the other end.
+    [[nodiscard]] bool isAlive() const;
+
   private:
     class Output;
 

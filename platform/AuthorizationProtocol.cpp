@@ -1,10 +1,13 @@
 #include "platform/AuthorizationProtocol.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 
 #include <sys/socket.h>
 #include <sys/uio.h>
+
+#include "platform/PrivilegedTools.h"
 
 namespace vornic::platform {
 namespace {
@@ -17,6 +20,18 @@ constexpr char kOutput = 'o';
 
 }  // namespace
 
+std::vector<SeenPath> lookAtArguments(const std::string& tool,
+                                      const std::vector<std::string>& arguments) {
+    std::vector<SeenPath> seen(arguments.size());
+    const std::optional<PrivilegedRun> run = allowedPrivilegedRun(tool, arguments);
+    for (std::size_t index = run ? run->firstPath : seen.size(); index < seen.size(); ++index) {
+        seen[index] = run->action == PrivilegedAction::makeFolder
+                          ? lookAtNearestFolder(arguments[index])
+                          : lookAtPath(arguments[index]);
+    }
+    return seen;
+}
+
 std::optional<std::string> encodeRequest(const ToolRequest& request) {
     std::string message(1, request.wantsOutput ? kRunAndReportRequest : kRunRequest);
     const auto append = [&](const std::string& text) {
@@ -24,8 +39,9 @@ std::optional<std::string> encodeRequest(const ToolRequest& request) {
         return text.find('\0') == std::string::npos && message.size() <= kLongestMessage;
     };
     bool fits = append(request.tool);
-    for (const std::string& argument : request.arguments) {
-        fits = fits && append(argument);
+    for (std::size_t index = 0; index < request.arguments.size(); ++index) {
+        fits = fits && append(request.arguments[index]) &&
+               append(describe(index < request.seen.size() ? request.seen[index] : SeenPath{}));
     }
     return fits ? std::optional(std::move(message)) : std::nullopt;
 }
@@ -36,13 +52,21 @@ std::optional<ToolRequest> decodeRequest(std::string_view message) {
         return std::nullopt;
     }
     ToolRequest request{
-        .wantsOutput = message[0] == kRunAndReportRequest, .tool = {}, .arguments = {}};
+        .wantsOutput = message[0] == kRunAndReportRequest, .tool = {}, .arguments = {}, .seen = {}};
     message.remove_prefix(1);
-    request.tool = message.substr(0, message.find('\0'));
-    message.remove_prefix(request.tool.size() + 1);
+    const auto take = [&message] {
+        const std::string_view text = message.substr(0, message.find('\0'));
+        message.remove_prefix(std::min(text.size() + 1, message.size()));
+        return text;
+    };
+    request.tool = take();
     while (!message.empty()) {
-        request.arguments.emplace_back(message.substr(0, message.find('\0')));
-        message.remove_prefix(request.arguments.back().size() + 1);
+        request.arguments.emplace_back(take());
+        const std::optional<SeenPath> seen = seenPathFrom(take());
+        if (!seen) {
+            return std::nullopt;
+        }
+        request.seen.push_back(*seen);
     }
     return request;
 }

@@ -8,13 +8,14 @@
 #include <vector>
 
 #include "platform/AuthorizationServices.h"
+#include "platform/HeldPath.h"
 
 /// What a program and its root helper say to each other, over a socket that keeps messages apart
 /// (SOCK_SEQPACKET). The helper greets. Each request is answered by a status; where output was
 /// asked for and the tool was started, messages with output follow, the last of them empty.
 namespace vornic::platform {
 
-inline constexpr std::string_view kHelperGreeting = "vornic-auth-helper 1";
+inline constexpr std::string_view kHelperGreeting = "vornic-auth-helper 2";
 /// The most output that one message carries.
 inline constexpr std::size_t kLargestOutputMessage = 32768;
 
@@ -23,8 +24,15 @@ struct ToolRequest {
     bool wantsOutput = false;
     std::string tool;
     std::vector<std::string> arguments;
+    /// What stood at each argument that is a path; one for each argument.
+    std::vector<SeenPath> seen;
     friend bool operator==(const ToolRequest&, const ToolRequest&) = default;
 };
+
+/// Looks at the paths among the arguments of a tool that may have rights; nothing is known of what
+/// another is given. Any thread.
+[[nodiscard]] std::vector<SeenPath> lookAtArguments(const std::string& tool,
+                                                    const std::vector<std::string>& arguments);
 
 /// @return nothing when a text contains a NUL character or the message would be too long.
 [[nodiscard]] std::optional<std::string> encodeRequest(const ToolRequest& request);

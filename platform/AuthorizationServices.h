@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/HeldPath.h"
 #include "platform/SecretText.h"
 
 namespace vornic::platform {
@@ -79,15 +80,24 @@ class AuthorizationServices {
     [[nodiscard]] virtual AuthorizationStatus copyRights(
         const AuthorizationRef& reference, std::string_view right,
         const AuthorizationEnvironment& environment, AuthorizationFlags flags) = 0;
+    /// Whether an authorization still has the rights that it was given. Those of a program that
+    /// ran with them may have ended with it.
+    [[nodiscard]] virtual bool isAlive(const AuthorizationRef& /*reference*/) const { return true; }
+    /// Whether there is something that can ask the user for rights. Asks for nothing.
+    [[nodiscard]] virtual bool canAskUser() const { return true; }
     /// Gives an authorization with its rights up.
     virtual AuthorizationStatus free(const AuthorizationRef& reference,
                                      AuthorizationFlags flags) = 0;
     /// Starts a tool as the super-user and returns at once.
     /// @param arguments what follows the tool's own path, as a list
+    /// @param seen what stood at each argument when the run was decided on (`lookAtArguments`):
+    /// with
+    ///     anything else nothing is done
     /// @param pipe is given the tool's output; null when nobody wants it
     [[nodiscard]] virtual AuthorizationStatus executeWithPrivileges(
         const AuthorizationRef& reference, const std::string& tool, AuthorizationFlags flags,
-        const std::vector<std::string>& arguments, std::unique_ptr<CommunicationsPipe>* pipe) = 0;
+        const std::vector<std::string>& arguments, const std::vector<SeenPath>& seen,
+        std::unique_ptr<CommunicationsPipe>* pipe) = 0;
 };
 
 /// The services of this system, for the whole process.

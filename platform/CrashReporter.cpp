@@ -81,6 +81,9 @@ PathBuffer version;
 PathBuffer folder;
 PathBuffer log;
 PathBuffer executable;
+/// The log that is open now, and when it was started; the text counts while there is a descriptor.
+std::atomic<int> openLog{-1};
+FixedText<64> logStart;
 std::atomic<bool> isInstalled{false};
 std::terminate_handler previousTerminateHandler = nullptr;
 alignas(16) std::array<std::byte, kCrashStackSize> mainThreadStack;
@@ -164,6 +167,39 @@ void writeSignal(SignalSafeWriter& writer, int number, const siginfo_t& info) {
     }
 }
 
+/// Where the open log is, which other programs may have moved on; false when that cannot be told.
+bool findOpenLog(int descriptor, PathBuffer& path) {
+    constexpr std::size_t kDigits = 10;
+    FixedText<64> link;
+    link.set("/proc/self/fd/");
+    std::size_t width = 1;
+    for (int rest = descriptor; rest >= 10 && width < kDigits; rest /= 10) {
+        ++width;
+    }
+    link.appendDecimal(static_cast<unsigned>(descriptor), width);
+    std::array<char, PATH_MAX> target{};
+    const ssize_t length = readlink(link.data(), target.data(), target.size());
+    if (length <= 0) {
+        return false;
+    }
+    path.set({target.data(), static_cast<std::size_t>(length)});
+    return true;
+}
+
+void writeLog(SignalSafeWriter& writer) {
+    const int descriptor = openLog.load(std::memory_order_acquire);
+    PathBuffer path;
+    if (descriptor < 0 || !findOpenLog(descriptor, path)) {
+        path = log;
+    }
+    if (!path.view().empty()) {
+        writer.text("Log: ").text(path.view()).text("\n");
+    }
+    if (descriptor >= 0 && !logStart.view().empty()) {
+        writer.text("Log started: ").text(logStart.view()).text("\n");
+    }
+}
+
 void writeReport(SignalSafeWriter& writer, const timespec& now, int number, const siginfo_t& info) {
     writer.text("Program: ").text(program.view()).text("\n");
     writer.text("Version: ").text(version.view()).text("\n");
@@ -175,9 +211,7 @@ void writeReport(SignalSafeWriter& writer, const timespec& now, int number, cons
     if (hasReason.load(std::memory_order_acquire)) {
         writer.text("Reason: ").text(reason.view()).text("\n");
     }
-    if (!log.view().empty()) {
-        writer.text("Log: ").text(log.view()).text("\n");
-    }
+    writeLog(writer);
     writer.text("\nBacktrace:\n").flush();
 }
 
@@ -270,6 +304,12 @@ void installCrashReporter(const CrashReportSettings& settings) {
         previousTerminateHandler = std::set_terminate(handleTerminate);
         handleFatalSignals();
     }
+}
+
+void setCrashReportLog(int descriptor, std::string_view started) {
+    openLog.store(-1, std::memory_order_release);
+    logStart.set(started);
+    openLog.store(descriptor, std::memory_order_release);
 }
 
 bool isCrashReporterInstalled() {

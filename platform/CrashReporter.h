@@ -2,6 +2,7 @@
 #define VORNIC_PLATFORM_CRASH_REPORTER_H
 
 #include <string>
+#include <string_view>
 
 namespace vornic::platform {
 
@@ -13,7 +14,7 @@ struct CrashReportSettings {
     std::string version;
     /// An absolute path; the folders that are missing are made when there is a report.
     std::string folder;
-    /// The log that the program is writing; may be empty.
+    /// Where the log is that the program is about to write; may be empty.
     std::string log;
 };
 
@@ -27,6 +28,14 @@ struct CrashReportSettings {
 /// calling thread, and every thread that keeps a `CrashStack`, is reported even when it crashed
 /// because its stack is full.
 void installCrashReporter(const CrashReportSettings& settings);
+
+/// Says which log the program writes from now on. The report names the file where it is at the
+/// moment of the crash, and when the log was started, by which it is found when it is moved on
+/// later.
+/// @param descriptor of the open log; -1 for none: the report names what the settings say
+/// @param started as the log's first line has it; may be empty
+/// Any thread, one at a time.
+void setCrashReportLog(int descriptor, std::string_view started);
 
 /// True once `installCrashReporter` was called. Any thread.
 [[nodiscard]] bool isCrashReporterInstalled();

@@ -74,7 +74,7 @@ Folder baseFolder(const char* variable, std::string_view placeAtHome) {
 }
 
 Folder userLibrary() {
-    return below(baseFolder("XDG_DATA_HOME", ".local/share"), "quillmark");
+    return below(userDataDirectory(), "quillmark");
 }
 
 /// A folder that the user chose in user-dirs.dirs, else its usual place in the home folder.
@@ -214,9 +214,13 @@ std::optional<std::string> userCacheDirectory() {
     return baseFolder("XDG_CACHE_HOME", ".cache");
 }
 
+std::optional<std::string> userDataDirectory() {
+    return baseFolder("XDG_DATA_HOME", ".local/share");
+}
+
 std::vector<std::string> sharedDataDirectories() {
     std::vector<std::string> folders;
-    if (const Folder own = baseFolder("XDG_DATA_HOME", ".local/share")) {
+    if (const Folder own = userDataDirectory()) {
         folders.push_back(*own);
     }
     const char* value = std::getenv("XDG_DATA_DIRS");

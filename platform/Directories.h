@@ -41,6 +41,9 @@ enum class SearchPathDomain { user, local, system };
 /// The system's cache folder of the user: `XDG_CACHE_HOME`, else `.cache` in the home folder;
 /// nothing without a home folder.
 [[nodiscard]] std::optional<std::string> userCacheDirectory();
+/// Where the user's programs keep their data: `XDG_DATA_HOME`, else `.local/share` in the home
+/// folder; nothing without a home folder.
+[[nodiscard]] std::optional<std::string> userDataDirectory();
 /// The folders in which programs look for shared data, most important first: `XDG_DATA_HOME` or
 /// `.local/share` in the home folder, then the absolute ones of `XDG_DATA_DIRS`, or else
 /// /usr/local/share and /usr/share.

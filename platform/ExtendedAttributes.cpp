@@ -59,6 +59,14 @@ bool isComputed(const std::string& name) {
     return name == "security.ima" || name == "security.evm";
 }
 
+/// True for an error that loses an attribute which its owner may expect to be kept.
+bool isLoss(const std::string& name, int errorNumber) {
+    const bool isForbidden = errorNumber == EPERM || errorNumber == EACCES;
+    // Gone since it was listed, or of a kind that not every volume knows.
+    const bool isAbsent = errorNumber == ENODATA || errorNumber == ENOTSUP;
+    return errorNumber != 0 && !isAbsent && (!isForbidden || name.starts_with("user."));
+}
+
 }  // namespace
 
 std::vector<std::string> extendedAttributeNames(int fileDescriptor) {
@@ -103,15 +111,22 @@ int removeExtendedAttribute(int fileDescriptor, const std::string& name) {
     return result == 0 ? 0 : errno;
 }
 
-void copyExtendedAttributes(int from, int to) {
+int copyExtendedAttributes(int from, int to) {
+    int firstError = 0;
     for (const std::string& name : extendedAttributeNames(from)) {
-        int ignored = 0;
-        const std::optional<std::string> value =
-            isComputed(name) ? std::nullopt : extendedAttribute(from, name, ignored);
+        if (isComputed(name)) {
+            continue;
+        }
+        int errorNumber = 0;
+        const std::optional<std::string> value = extendedAttribute(from, name, errorNumber);
         if (value) {
-            static_cast<void>(setExtendedAttribute(to, name, *value));
+            errorNumber = setExtendedAttribute(to, name, *value);
+        }
+        if (firstError == 0 && isLoss(name, errorNumber)) {
+            firstError = errorNumber;
         }
     }
+    return firstError;
 }
 
 }  // namespace vornic::platform

@@ -28,7 +28,9 @@ namespace vornic::platform {
 [[nodiscard]] int removeExtendedAttribute(int fileDescriptor, const std::string& name);
 
 /// Gives `to` every attribute of `from`; those that the process may not set are left out.
-void copyExtendedAttributes(int from, int to);
+/// @return 0, or the errno value of the first one that could not be kept although the volume knows
+///     attributes and the process may set it.
+int copyExtendedAttributes(int from, int to);
 
 }  // namespace vornic::platform
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <exception>
 #include <memory>
 #include <string_view>
 
@@ -14,6 +15,35 @@ namespace vornic::platform {
 namespace {
 
 constexpr int kReadWithoutWaiting = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+
+/// Reads to the end of the file, which may be longer or shorter than it was said to be.
+int readToEnd(int descriptor, std::size_t expectedSize, std::string& bytes) {
+    constexpr std::size_t kLargestRead = std::size_t{1} << 30U;
+    constexpr std::size_t kSmallestStep = 4096;
+    std::size_t length = 0;
+    // One byte more than expected, so that the end is met without another allocation.
+    bytes.resize(expectedSize + 1);
+    for (;;) {
+        if (length == bytes.size()) {
+            bytes.resize(length + std::max(length / 2, kSmallestStep));
+        }
+        const ssize_t got =
+            pread(descriptor, bytes.data() + length, std::min(bytes.size() - length, kLargestRead),
+                  static_cast<off_t>(length));
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got < 0) {
+            return errno;
+        }
+        if (got == 0) {
+            break;
+        }
+        length += static_cast<std::size_t>(got);
+    }
+    bytes.resize(length);
+    return 0;
+}
 
 }  // namespace
 
@@ -109,6 +139,19 @@ std::size_t readBlock(int descriptor, char* buffer, std::size_t size, int& error
         length += static_cast<std::size_t>(got);
     }
     return length;
+}
+
+int readContents(int descriptor, std::string& bytes) {
+    struct stat status {};
+    if (fstat(descriptor, &status) != 0) {
+        return errno;
+    }
+    try {
+        return readToEnd(descriptor, static_cast<std::size_t>(status.st_size), bytes);
+    } catch (const std::exception&) {
+        // A file may claim any size; one that memory cannot hold is the file's fault.
+        return ENOMEM;
+    }
 }
 
 int writeAll(int descriptor, const char* bytes, std::size_t count) {

@@ -63,6 +63,12 @@ class FileDescriptor {
 [[nodiscard]] std::size_t readBlock(int descriptor, char* buffer, std::size_t size,
                                     int& errorNumber);
 
+/// The whole contents of a regular file, from its first byte on, however long it was said to be.
+/// The descriptor must be open for reading; its position stays where it is.
+/// @return 0 or the errno value; ENOMEM for contents that memory cannot hold, be they what a broken
+///     volume tells.
+[[nodiscard]] int readContents(int descriptor, std::string& bytes);
+
 /// Writes all bytes through interruptions and short writes. @return 0 or the errno value.
 [[nodiscard]] int writeAll(int descriptor, const char* bytes, std::size_t count);
 

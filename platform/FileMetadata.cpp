@@ -10,23 +10,34 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include "platform/Error.h"
 #include "platform/ExtendedAttributes.h"
 
 namespace vornic::platform {
 namespace {
 
-/// @return true when owner and group are now as in `status`.
-bool copyOwner(const struct stat& status, int to) {
+/// What of a file's metadata could not be given to another one: errno values, 0 where all was.
+struct Losses {
+    int owner = 0;
+    int attributes = 0;
+    int mode = 0;
+};
+
+/// @param kept set to true when owner and group are now as in `status`
+/// @return 0, or the errno value when that is not for a lack of rights
+int copyOwner(const struct stat& status, int to, bool& kept) {
     struct stat own {};
-    if (fstat(to, &own) == 0 && own.st_uid == status.st_uid && own.st_gid == status.st_gid) {
-        return true;
+    kept = (fstat(to, &own) == 0 && own.st_uid == status.st_uid && own.st_gid == status.st_gid) ||
+           fchown(to, status.st_uid, status.st_gid) == 0;
+    if (kept) {
+        return 0;
     }
-    if (fchown(to, status.st_uid, status.st_gid) == 0) {
-        return true;
-    }
+    const int errorNumber = errno;
     // Only the super-user gives files away, but anyone may choose among the groups they are in.
     static_cast<void>(fchown(to, static_cast<uid_t>(-1), status.st_gid) == 0);
-    return false;
+    const bool isExpected = errorNumber == EPERM || errorNumber == EINVAL ||
+                            errorNumber == EOPNOTSUPP || errorNumber == ENOSYS;
+    return isExpected ? 0 : errorNumber;
 }
 
 /// A new file takes an access control list over from its folder; where `from` has none the mode
@@ -39,15 +50,38 @@ void dropInheritedAccessList(int from, int to) {
     }
 }
 
-}  // namespace
-
-int copyOwnerAttributesAndMode(int from, const struct stat& status, int to) {
-    const bool ownerKept = copyOwner(status, to);
-    copyExtendedAttributes(from, to);
+Losses copyAll(int from, const struct stat& status, int to) {
+    Losses losses;
+    bool ownerKept = false;
+    losses.owner = copyOwner(status, to, ownerKept);
+    losses.attributes = copyExtendedAttributes(from, to);
     dropInheritedAccessList(from, to);
     // The mode comes last, because a change of the owner clears some of its bits.
     const mode_t kept = ownerKept ? 07777 : 01777;
-    return fchmod(to, status.st_mode & kept) == 0 ? 0 : errno;
+    losses.mode = fchmod(to, status.st_mode & kept) == 0 ? 0 : errno;
+    return losses;
+}
+
+void addLoss(std::string& sentences, const char* what, int errorNumber) {
+    if (errorNumber != 0) {
+        sentences += sentences.empty() ? "" : " ";
+        sentences += posixError(what, errorNumber).description;
+    }
+}
+
+}  // namespace
+
+int copyOwnerAttributesAndMode(int from, const struct stat& status, int to) {
+    return copyAll(from, status, to).mode;
+}
+
+std::string copyMetadata(int from, const struct stat& status, int to) {
+    const Losses losses = copyAll(from, status, to);
+    std::string sentences;
+    addLoss(sentences, "The owner cannot be kept", losses.owner);
+    addLoss(sentences, "The extended attributes cannot be kept", losses.attributes);
+    addLoss(sentences, "The mode cannot be kept", losses.mode);
+    return sentences;
 }
 
 int copyTimes(const struct stat& status, int to) {

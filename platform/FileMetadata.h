@@ -1,6 +1,8 @@
 #ifndef VORNIC_PLATFORM_FILE_METADATA_H
 #define VORNIC_PLATFORM_FILE_METADATA_H
 
+#include <string>
+
 #include <sys/stat.h>
 
 namespace vornic::platform {
@@ -12,6 +14,11 @@ namespace vornic::platform {
 /// @return 0, or the errno value for which the mode could not be kept; an owner or attribute that
 /// cannot be kept is no failure.
 int copyOwnerAttributesAndMode(int from, const struct stat& status, int to);
+
+/// The same, and tells everything that was lost and could have been kept.
+/// @return empty, or a sentence for each loss: "The mode cannot be kept: input/output error.". An
+///     owner that this user cannot give away and a volume without attributes are no loss.
+[[nodiscard]] std::string copyMetadata(int from, const struct stat& status, int to);
 
 /// Sets access and modification times as in `status`. @return 0 or the errno value.
 int copyTimes(const struct stat& status, int to);

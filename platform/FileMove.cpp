@@ -1,43 +1,15 @@
 #include <cerrno>
-#include <cstdio>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "platform/Failure.h"
 #include "platform/FileDescriptor.h"
 #include "platform/FileSystem.h"
 #include "platform/FileTransfer.h"
+#include "platform/ItemInventory.h"
 #include "platform/PathText.h"
+#include "platform/Rename.h"
 
 namespace vornic::platform {
 namespace {
-
-/// For volumes that cannot rename and refuse to replace in one step. @return 0 or the errno value.
-int renameInTwoSteps(const char* source, const char* destination) {
-    struct stat status {};
-    if (lstat(source, &status) != 0) {
-        return errno;
-    }
-    if (!S_ISDIR(status.st_mode) && link(source, destination) == 0) {
-        if (unlink(source) == 0) {
-            return 0;
-        }
-        const int errorNumber = errno;
-        static_cast<void>(unlink(destination) == 0);
-        return errorNumber;
-    }
-    if (!S_ISDIR(status.st_mode) && errno != EPERM && errno != EOPNOTSUPP && errno != ENOSYS &&
-        errno != EMLINK) {
-        return errno;
-    }
-    // Folders and volumes without links: looked at first, which is as much as can be done there.
-    if (lstat(destination, &status) == 0) {
-        return EEXIST;
-    }
-    return std::rename(source, destination) == 0 ? 0 : errno;
-}
 
 /// Tries the names in order. @param placed the path that was taken @return 0 or the errno value.
 int renameToFreeName(const std::string& source, const std::string& folder,
@@ -54,76 +26,90 @@ int renameToFreeName(const std::string& source, const std::string& folder,
     return errorNumber;
 }
 
-/// What shows that an item was changed or replaced.
-struct Fingerprint {
-    FileIdentity identity;
-    std::int64_t size = 0;
-    std::int64_t seconds = 0;
-    std::int64_t nanoseconds = 0;
-    friend bool operator==(const Fingerprint&, const Fingerprint&) = default;
-};
-
-std::optional<Fingerprint> fingerprint(const std::string& path) {
-    struct stat status {};
-    if (lstat(path.c_str(), &status) != 0) {
-        return std::nullopt;
-    }
-    return Fingerprint{.identity = {.device = status.st_dev, .inode = status.st_ino},
-                       .size = status.st_size,
-                       .seconds = status.st_mtim.tv_sec,
-                       .nanoseconds = status.st_mtim.tv_nsec};
+bool failChanged(ErrorSlot& error, const std::string& source, const std::string& verb) {
+    return failFileBecause(error, source, verb, EBUSY, "it was changed in the meantime");
 }
 
-/// Removes the original after its verified copy came to stand at `copy`. An original that stays
-/// whole makes the copy superfluous; of a folder a part may be gone already, so that the copy
-/// stays.
-bool removeOriginal(const std::string& source, const std::string& copy, ErrorSlot& error) {
-    struct stat status {};
-    const bool isFolder = lstat(source.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-    if (removeItem(source, error)) {
+void tellStep(MoveStep step) {
+    if (const auto& observer = moveObserver()) {
+        observer(step);
+    }
+}
+
+/// Puts an item that was set aside back, under a numbered name when another one has come to stand
+/// in its place.
+void putBack(const std::string& aside, const std::string& source) {
+    const SplitName parts = splitExtension(lastComponent(source));
+    std::string place = source;
+    for (long number = 2; renameWithoutReplacing(aside, place) == EEXIST; ++number) {
+        place = joinPath(parentFolder(source),
+                         parts.stem + " " + std::to_string(number) + parts.extension);
+    }
+}
+
+/// Removes the original after its verified copy came to stand at `copy`. It is set aside first, so
+/// that nobody who goes by its name can change it after the last look. An original that stays whole
+/// makes the copy superfluous; of a folder a part may be gone already, so that the copy stays.
+bool removeOriginal(const std::string& source, const std::string& copy,
+                    const ItemInventory& original, ErrorSlot& error) {
+    const std::string verb = "moved to " + copy;
+    const std::string aside = joinPath(parentFolder(source), temporaryName(lastComponent(source)));
+    ErrorSlot ignored;
+    int errorNumber = renameWithoutReplacing(source, aside);
+    if (errorNumber != 0) {
+        removeItem(copy, ignored);
+        return failFile(error, source, verb, errorNumber);
+    }
+    tellStep(MoveStep::setAside);
+    if (!original.matches(aside)) {
+        putBack(aside, source);
+        removeItem(copy, ignored);
+        return failChanged(error, source, verb);
+    }
+    tellStep(MoveStep::verified);
+    errorNumber = original.removeAt(aside);
+    if (errorNumber == 0) {
         return true;
     }
-    if (!isFolder && nodeExists(source)) {
-        ErrorSlot ignored;
+    if (original.matches(aside)) {
         removeItem(copy, ignored);
     }
-    return false;
+    putBack(aside, source);
+    return errorNumber == EBUSY ? failChanged(error, source, verb)
+                                : failFile(error, source, "removed", errorNumber);
 }
 
 bool moveAcrossVolumes(const std::string& source, const std::string& folder,
                        const NameForAttempt& names, ErrorSlot& error) {
-    const std::optional<Fingerprint> original = fingerprint(source);
+    int errorNumber = 0;
+    const std::optional<ItemInventory> original = ItemInventory::of(source, errorNumber);
+    if (!original) {
+        return failFile(error, source, "moved to " + folder, errorNumber);
+    }
     const std::string temporary = joinPath(folder, temporaryName(lastComponent(source)));
     if (!transferItem(source, temporary, Verification::readBack, error)) {
         return false;
     }
+    tellStep(MoveStep::copied);
     std::string placed;
-    int errorNumber = renameToFreeName(temporary, folder, names, placed);
+    errorNumber = renameToFreeName(temporary, folder, names, placed);
     const std::string& copy = errorNumber == 0 ? placed : temporary;
     if (errorNumber == 0) {
         errorNumber = synchronizeFolder(folder);
     }
-    if (errorNumber == 0 && fingerprint(source) == original) {
-        return removeOriginal(source, copy, error);
+    if (errorNumber == 0) {
+        return removeOriginal(source, copy, *original, error);
     }
     ErrorSlot ignored;
     removeItem(copy, ignored);
-    const std::string verb = "moved to " + placed;
-    return errorNumber != 0
-               ? failFile(error, source, verb, errorNumber)
-               : failFileBecause(error, source, verb, EBUSY, "it was changed in the meantime");
+    return failFile(error, source, "moved to " + placed, errorNumber);
 }
 
 }  // namespace
 
-int renameWithoutReplacing(const std::string& source, const std::string& destination) {
-    if (renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, destination.c_str(), RENAME_NOREPLACE) == 0) {
-        return 0;
-    }
-    if (errno != EINVAL && errno != ENOSYS && errno != EOPNOTSUPP) {
-        return errno;
-    }
-    return renameInTwoSteps(source.c_str(), destination.c_str());
+std::function<void(MoveStep)>& moveObserver() {
+    static auto* const observer = new std::function<void(MoveStep)>;  // NOLINT: never destroyed
+    return *observer;
 }
 
 bool moveInto(const std::string& source, const std::string& folder, const NameForAttempt& names,

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <exception>
 #include <memory>
 
 #include <fcntl.h>
@@ -23,34 +22,6 @@ int statusOf(const std::string& path, struct stat& status, int flags) {
         return EINVAL;
     }
     return fstatat(AT_FDCWD, path.c_str(), &status, flags) == 0 ? 0 : errno;
-}
-
-/// Reads to the end of the file, which may be longer or shorter than it was said to be.
-int readToEnd(int descriptor, std::size_t expectedSize, std::string& bytes) {
-    constexpr std::size_t kLargestRead = std::size_t{1} << 30U;
-    constexpr std::size_t kSmallestStep = 4096;
-    std::size_t length = 0;
-    // One byte more than expected, so that the end is met without another allocation.
-    bytes.resize(expectedSize + 1);
-    for (;;) {
-        if (length == bytes.size()) {
-            bytes.resize(length + std::max(length / 2, kSmallestStep));
-        }
-        const ssize_t got = ::read(descriptor, bytes.data() + length,
-                                   std::min(bytes.size() - length, kLargestRead));
-        if (got < 0 && errno == EINTR) {
-            continue;
-        }
-        if (got < 0) {
-            return errno;
-        }
-        if (got == 0) {
-            break;
-        }
-        length += static_cast<std::size_t>(got);
-    }
-    bytes.resize(length);
-    return 0;
 }
 
 /// Makes one folder; one that is there already is success. @return 0 or the errno value.
@@ -131,18 +102,12 @@ std::optional<std::string> readFile(const std::string& path, ErrorSlot& error) {
         failFileBecause(error, path, "opened", EINVAL, "it is no ordinary file");
         return std::nullopt;
     }
-    struct stat status {};
-    if (!file || fstat(file.get(), &status) != 0) {
-        failFile(error, path, "opened", file ? errno : errorNumber);
+    if (!file) {
+        failFile(error, path, "opened", errorNumber);
         return std::nullopt;
     }
     std::string bytes;
-    try {
-        errorNumber = readToEnd(file.get(), static_cast<std::size_t>(status.st_size), bytes);
-    } catch (const std::exception&) {
-        // A file may claim any size; one that memory cannot hold is the file's fault.
-        errorNumber = ENOMEM;
-    }
+    errorNumber = readContents(file.get(), bytes);
     if (errorNumber != 0) {
         failFile(error, path, "read", errorNumber);
         return std::nullopt;

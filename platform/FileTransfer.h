@@ -29,13 +29,23 @@ enum class Verification { none, readBack };
 /// Names to be tried one after the other, from attempt 1; nothing when there are no more.
 using NameForAttempt = std::function<std::optional<std::string>(long attempt)>;
 
+/// The moments of a move to another volume at which somebody else may come between.
+enum class MoveStep {
+    /// The copy is complete; the original still has its name.
+    copied,
+    /// The original has a hidden name of its own in its folder.
+    setAside,
+    /// The original has been found unchanged and is about to be removed.
+    verified,
+};
+
+/// Called at each of them. For tests, which put a function here that comes between; empty
+/// otherwise. Set it while nothing is being moved.
+[[nodiscard]] std::function<void(MoveStep)>& moveObserver();
+
 /// Moves an item into a folder under the first of the names that is free, as `moveFile` moves.
 [[nodiscard]] bool moveInto(const std::string& source, const std::string& folder,
                             const NameForAttempt& names, ErrorSlot& error);
-
-/// Renames within a volume, never replacing what stands at the destination.
-/// @return 0, or the errno value (EEXIST: the destination is taken; EXDEV: another volume).
-[[nodiscard]] int renameWithoutReplacing(const std::string& source, const std::string& destination);
 
 /// True when `inner`, which need not exist, lies in the folder `outer` or is the folder itself.
 [[nodiscard]] bool liesWithin(const std::string& inner, const std::string& outer);

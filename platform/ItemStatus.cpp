@@ -1,5 +1,6 @@
 #include "platform/ItemStatus.h"
 
+#include <cerrno>
 #include <chrono>
 
 #include <fcntl.h>
@@ -31,6 +32,15 @@ std::optional<ItemStatus> itemStatus(const std::string& path) {
         result.created = dateOf(status.stx_btime);
     }
     return result;
+}
+
+ErrorSlot failedLook(const std::string& path) {
+    struct stat status {};
+    if (path.find('\0') != std::string::npos || stat(path.c_str(), &status) == 0 ||
+        errno == ENOENT || errno == ENOTDIR) {
+        return std::nullopt;
+    }
+    return posixError("The file " + path + " cannot be looked at", errno);
 }
 
 }  // namespace vornic::platform

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/Error.h"
 #include "platform/FileDates.h"
 
 namespace vornic::platform {
@@ -21,6 +22,11 @@ struct ItemStatus {
 
 /// The status of what stands at the path, or nothing. Any thread.
 [[nodiscard]] std::optional<ItemStatus> itemStatus(const std::string& path);
+
+/// Why a look at the path, links followed, tells nothing about it: a folder that this user may not
+/// look into, a dead server, links that lead to each other. Nothing when something is there, and
+/// when the answer is that nothing is. Any thread.
+[[nodiscard]] ErrorSlot failedLook(const std::string& path);
 
 }  // namespace vornic::platform
 

@@ -163,7 +163,7 @@ AuthorizationStatus LinuxAuthorizationServices::copyRights(
     if (right != kAdministratorRight) {
         return kAuthorizationDenied;
     }
-    if (authorization->link()) {
+    if (isAlive(reference)) {
         return kAuthorizationSuccess;
     }
     if (!isExecutableFile(programs_.helper)) {
@@ -184,6 +184,17 @@ AuthorizationStatus LinuxAuthorizationServices::copyRights(
     return status;
 }
 
+bool LinuxAuthorizationServices::isAlive(const AuthorizationRef& reference) const {
+    const std::shared_ptr<HelperAuthorization> authorization = ours(reference);
+    const Link link = authorization ? authorization->link() : nullptr;
+    return link && link->isAlive();
+}
+
+bool LinuxAuthorizationServices::canAskUser() const {
+    return isExecutableFile(programs_.pkexec) && isExecutableFile(programs_.helper) &&
+           nodeExists(programs_.systemBus) && nodeExists(programs_.polkitService);
+}
+
 AuthorizationStatus LinuxAuthorizationServices::free(const AuthorizationRef& reference,
                                                      AuthorizationFlags /*flags*/) {
     const std::shared_ptr<HelperAuthorization> authorization = ours(reference);
@@ -196,13 +207,15 @@ AuthorizationStatus LinuxAuthorizationServices::free(const AuthorizationRef& ref
 
 AuthorizationStatus LinuxAuthorizationServices::executeWithPrivileges(
     const AuthorizationRef& reference, const std::string& tool, AuthorizationFlags /*flags*/,
-    const std::vector<std::string>& arguments, std::unique_ptr<CommunicationsPipe>* pipe) {
+    const std::vector<std::string>& arguments, const std::vector<SeenPath>& seen,
+    std::unique_ptr<CommunicationsPipe>* pipe) {
     const std::shared_ptr<HelperAuthorization> authorization = ours(reference);
     const Link link = authorization ? authorization->link() : nullptr;
     if (!link) {
         return kAuthorizationInvalidReference;
     }
-    return link->run({.wantsOutput = pipe != nullptr, .tool = tool, .arguments = arguments}, pipe);
+    return link->run(
+        {.wantsOutput = pipe != nullptr, .tool = tool, .arguments = arguments, .seen = seen}, pipe);
 }
 
 }  // namespace vornic::platform

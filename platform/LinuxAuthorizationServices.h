@@ -18,6 +18,10 @@ struct AuthorizationPrograms {
     std::string sudo = "/usr/bin/sudo";
     /// The root helper; "" when it is not installed.
     std::string helper;
+    /// The system's message bus, and what says that polkit can be had there.
+    std::string systemBus = "/run/dbus/system_bus_socket";
+    std::string polkitService =
+        "/usr/share/dbus-1/system-services/org.freedesktop.PolicyKit1.service";
 };
 
 /// The root helper that belongs to the running program: in the libexec folder of its install
@@ -45,10 +49,14 @@ class LinuxAuthorizationServices : public AuthorizationServices {
                                                  std::string_view right,
                                                  const AuthorizationEnvironment& environment,
                                                  AuthorizationFlags flags) override;
+    [[nodiscard]] bool isAlive(const AuthorizationRef& reference) const override;
+    /// True where pkexec, the helper and the system's message bus with polkit on it are there.
+    /// Whether a dialog is there, too, shows only when one is wanted.
+    [[nodiscard]] bool canAskUser() const override;
     AuthorizationStatus free(const AuthorizationRef& reference, AuthorizationFlags flags) override;
     [[nodiscard]] AuthorizationStatus executeWithPrivileges(
         const AuthorizationRef& reference, const std::string& tool, AuthorizationFlags flags,
-        const std::vector<std::string>& arguments,
+        const std::vector<std::string>& arguments, const std::vector<SeenPath>& seen,
         std::unique_ptr<CommunicationsPipe>* pipe) override;
 
   private:

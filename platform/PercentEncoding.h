@@ -1,6 +1,7 @@
 #ifndef VORNIC_PLATFORM_PERCENT_ENCODING_H
 #define VORNIC_PLATFORM_PERCENT_ENCODING_H
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -10,6 +11,10 @@ namespace vornic::platform {
 /// (letters, digits, "-", ".", "_", "~") and those in `kept` becomes "%" and two hexadecimal digits
 /// in upper case. Any thread.
 [[nodiscard]] std::string percentEncoded(std::string_view text, std::string_view kept = "");
+
+/// The bytes that such a text stands for; every other character stands for itself. Any thread.
+/// @return nothing when a "%" is not followed by two hexadecimal digits.
+[[nodiscard]] std::optional<std::string> percentDecoded(std::string_view text);
 
 }  // namespace vornic::platform
 

@@ -8,6 +8,7 @@ namespace vornic::platform {
 namespace {
 
 struct ToolForm {
+    PrivilegedAction action;
     std::string_view tool;
     std::vector<std::string_view> options;
     std::size_t paths;
@@ -16,10 +17,14 @@ struct ToolForm {
 };
 
 const std::vector<ToolForm>& toolForms() {
+    using enum PrivilegedAction;
     static const std::vector<ToolForm> forms{
-        {"/bin/rm", {"-Rdf"}, 1, true, false},   {"/bin/rm", {"-R", "-f"}, 1, true, false},
-        {"/bin/mv", {"-f"}, 2, true, true},      {"/bin/cp", {"-f", "-p", "-R"}, 2, false, true},
-        {"/bin/mkdir", {"-p"}, 1, false, false}, {"/usr/bin/touch", {"-c"}, 1, false, false},
+        {remove, "/bin/rm", {"-Rdf"}, 1, true, false},
+        {remove, "/bin/rm", {"-R", "-f"}, 1, true, false},
+        {move, "/bin/mv", {"-f"}, 2, true, true},
+        {copy, "/bin/cp", {"-f", "-p", "-R"}, 2, false, true},
+        {makeFolder, "/bin/mkdir", {"-p"}, 1, false, false},
+        {touch, "/usr/bin/touch", {"-c"}, 1, false, false},
     };
     return forms;
 }
@@ -48,6 +53,8 @@ std::optional<PrivilegedRun> allowedPrivilegedRun(const std::string& tool,
         return std::nullopt;
     }
     PrivilegedRun run;
+    run.action = found->action;
+    run.firstPath = found->options.size();
     if (found->takesFirstPathAway) {
         run.takenAway = found->options.size();
     }

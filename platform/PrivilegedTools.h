@@ -8,8 +8,14 @@
 
 namespace vornic::platform {
 
-/// A run of one of the few tools that may have root's rights: which of its arguments name what.
+/// What the few tools that may have root's rights do.
+enum class PrivilegedAction { remove, move, copy, makeFolder, touch };
+
+/// A run of one of them: which of its arguments name what.
 struct PrivilegedRun {
+    PrivilegedAction action = PrivilegedAction::touch;
+    /// The first argument that is a path, as all after it are.
+    std::size_t firstPath = 0;
     /// What it removes or moves away; nothing for one that only adds or touches.
     std::optional<std::size_t> takenAway;
     /// What it writes over where something stands; nothing for one that replaces nothing.

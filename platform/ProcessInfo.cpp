@@ -81,15 +81,19 @@ std::string globallyUniqueString() {
 
 std::string currentDateDescription() {
     // Asked for with every log line, hence made anew only once a second and thread.
+    // Kept in memory that every thread has from its beginning: the system ends a program that has
+    // none left to note the end of an object with.
     thread_local std::time_t describedSecond = -1;
-    thread_local std::string description;
+    thread_local std::array<char, 64> description{};
     struct timespec now {};
     clock_gettime(CLOCK_REALTIME, &now);
-    if (now.tv_sec != describedSecond || description.empty()) {
-        description = describeDate(now.tv_sec);
+    if (now.tv_sec != describedSecond) {
+        const std::string made = describeDate(now.tv_sec);
+        description.fill('\0');
+        made.copy(description.data(), description.size() - 1);
         describedSecond = now.tv_sec;
     }
-    return description;
+    return description.data();
 }
 
 }  // namespace vornic::platform

@@ -220,7 +220,18 @@ Node toNode(const PropertyList& list) {
     return std::visit(NodeMaker{}, list.value());
 }
 
+/// The library does not survive a lack of memory, which is therefore met before it is called.
+/// @throws std::bad_alloc
+void requireMemoryFor(std::string_view bytes) {
+    constexpr std::size_t kTimes = 16;
+    constexpr std::size_t kAtLeast = std::size_t{256} * 1024;
+    const auto probe = std::make_unique_for_overwrite<char[]>(bytes.size() * kTimes + kAtLeast);
+    // What is never looked at may never be asked for.
+    *static_cast<volatile char*>(probe.get()) = 0;
+}
+
 Node parseNode(std::string_view bytes) {
+    requireMemoryFor(bytes);
     plist_t node = nullptr;
     const auto size = static_cast<std::uint32_t>(bytes.size());
     if (bytes.starts_with(kBinaryMagic)) {

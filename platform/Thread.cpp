@@ -142,10 +142,22 @@ void detachNewThread(std::function<void()> function, std::function<void()> askTo
     }
 }
 
-void performWhileDispatching(const std::function<void()>& function) {
+void startUnattendedThread(std::function<void()> function) {
+    try {
+        std::thread([function = std::move(function)] {
+            const CrashStack crashStack;
+            function();
+        }).detach();
+    } catch (const std::system_error& failure) {
+        throw Exception("NSGenericException",
+                        std::string("A new thread cannot be started: ") + failure.what());
+    }
+}
+
+bool performWhileDispatching(const std::function<void()>& function) {
     if (!MainThread::isCurrent()) {
         function();
-        return;
+        return true;
     }
     constexpr std::chrono::milliseconds kLongestEventWait(10);
     const auto hasEnded = std::make_shared<std::atomic<bool>>(false);
@@ -156,11 +168,12 @@ void performWhileDispatching(const std::function<void()>& function) {
         });
     } catch (const Exception&) {
         function();
-        return;
+        return true;
     }
-    while (!*hasEnded) {
+    while (!*hasEnded && !MainThread::isShutDown()) {
         MainThread::dispatchOne(kLongestEventWait);
     }
+    return *hasEnded;
 }
 
 bool joinDetachedThreads(std::chrono::milliseconds limit) {

@@ -6,6 +6,8 @@
 #include <mutex>
 #include <utility>
 
+#include "platform/Console.h"
+#include "platform/DamagedFile.h"
 #include "platform/Directories.h"
 #include "platform/FileLock.h"
 #include "platform/FileSystem.h"
@@ -16,8 +18,18 @@ namespace {
 
 constexpr const char* kApplicationDomain = "com.quillmark.Vornic";
 
-/// The entries that stand in the file; none when it is missing or holds no dictionary, from which
-/// nothing could be kept. Nothing when it cannot be read.
+/// Keeps a copy of preferences that cannot be made out and are about to be written anew.
+bool keepDamaged(const std::string& path, ErrorSlot& error) {
+    const std::optional<std::string> copy = keepDamagedList(path, error);
+    if (copy) {
+        consoleLog("The preferences " + path + " were damaged. They are kept as " + *copy +
+                   " and new ones were begun.");
+    }
+    return copy.has_value();
+}
+
+/// The entries that stand in the file; none when it is missing, empty or damaged, and then a copy
+/// of it is kept. Nothing when it cannot be read, or not be kept.
 std::optional<PropertyList::Dictionary> storedEntries(const std::string& path, ErrorSlot& error) {
     if (!nodeExists(path)) {
         return PropertyList::Dictionary{};
@@ -27,8 +39,11 @@ std::optional<PropertyList::Dictionary> storedEntries(const std::string& path, E
         return std::nullopt;
     }
     const std::optional<PropertyList> list = PropertyList::parse(*bytes);
-    const PropertyList::Dictionary* entries = list ? list->dictionary() : nullptr;
-    return entries != nullptr ? *entries : PropertyList::Dictionary{};
+    if (list && list->dictionary() != nullptr) {
+        return *list->dictionary();
+    }
+    return bytes->empty() || keepDamaged(path, error) ? std::optional(PropertyList::Dictionary{})
+                                                      : std::nullopt;
 }
 
 constexpr std::chrono::seconds kLongestWaitForLock{5};

@@ -12,7 +12,9 @@ namespace vornic::platform {
 /// folder, the one of the same name for any user in the machine's, and the registered defaults.
 /// A key is looked up in this order, so that a user's own value goes before the machine's. Nothing
 /// but the defaults is cached; every call reads or rewrites the files, which are written
-/// atomically, so that two programs that write never leave a broken file. Any thread.
+/// atomically, so that two programs that write never leave a broken file. A damaged file reads as
+/// an empty one; before it is written anew a copy of it is kept beside it, which the console is
+/// told. Any thread.
 class UserPreferences {
   public:
     /// The application's own domain, "com.quillmark.Vornic".

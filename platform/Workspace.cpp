@@ -4,42 +4,37 @@
 #include <array>
 #include <cctype>
 #include <cerrno>
+#include <filesystem>
+#include <optional>
 #include <string_view>
+#include <system_error>
 
-#include <sys/stat.h>
+#include <fcntl.h>
 
 #include "platform/ExtendedAttributes.h"
 #include "platform/Failure.h"
 #include "platform/FileAttributes.h"
 #include "platform/FileDescriptor.h"
 #include "platform/FileSystem.h"
-#include "platform/FileTransfer.h"
+#include "platform/HeldPath.h"
 #include "platform/PathText.h"
+#include "platform/Trash.h"
 
 namespace vornic::platform {
 namespace {
 
-bool makeTrash(const std::string& path, ErrorSlot& error) {
-    if (!path.starts_with('/') || path.find('\0') != std::string::npos) {
-        return failFolder(error, path, "used as the Trash", EINVAL);
+/// The folder that the files are in, whatever is put in its place later.
+bool hold(const std::string& folder, HeldPath& held, ErrorSlot& error) {
+    held.folder = FileDescriptor(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!held.folder || folder.find('\0') != std::string::npos) {
+        return failFolder(error, folder, "opened", held.folder ? EINVAL : errno);
     }
-    // Only the Trash itself is made: a home folder that isn't there must not come to be by this.
-    const int errorNumber = mkdir(path.c_str(), 0700) == 0 ? 0 : errno;
-    return errorNumber == 0 || isDirectory(path) || failFolder(error, path, "made", errorNumber);
-}
-
-/// "Cut.xml", then "Cut 2.xml", "Cut 3.xml" and so on, each short enough for a folder entry.
-std::string numberedName(const std::string& name, long attempt) {
-    if (attempt == 1) {
-        return name;
-    }
-    constexpr std::size_t kLongestExtension = 64;
-    SplitName parts = splitExtension(name);
-    if (parts.extension.size() > kLongestExtension) {
-        parts = {.stem = name, .extension = ""};
-    }
-    const std::string ending = " " + std::to_string(attempt) + parts.extension;
-    return std::string(truncateUTF8(parts.stem, kLongestName - ending.size())) + ending;
+    std::error_code unknown;
+    const std::string path =
+        std::filesystem::read_symlink(descriptorPath(held.folder.get()), unknown).string();
+    held.folderPath =
+        !unknown && path.starts_with('/') ? path : absolutePath(folder).value_or(folder);
+    return true;
 }
 
 constexpr std::array<std::string_view, 17> kPackageExtensions{
@@ -75,16 +70,14 @@ bool hasBundleFlag(const std::string& path) {
 
 bool recycle(const std::string& sourceFolder, const std::string& destination,
              const std::vector<std::string>& files, ErrorSlot& error) {
-    if (!makeTrash(destination, error)) {
+    const std::optional<Trash> trash = Trash::open(destination, error);
+    HeldPath item;
+    if (!trash || !hold(sourceFolder, item, error)) {
         return false;
     }
     return std::all_of(files.begin(), files.end(), [&](const std::string& name) {
-        if (!isPlainName(name)) {
-            return failFile(error, name, "moved to the Trash", EINVAL);
-        }
-        return moveInto(
-            joinPath(sourceFolder, name), destination,
-            [&name](long attempt) { return std::optional(numberedName(name, attempt)); }, error);
+        item.name = name;
+        return trash->take(item, name, error).has_value();
     });
 }
 

@@ -8,10 +8,8 @@
 
 namespace vornic::platform {
 
-/// Moves the named files (last path components) out of `sourceFolder` into the Trash folder
-/// `destination`, which is made with mode 0700 when it is missing. A name that is taken there gets
-/// a number before its extension ("Cut 2.xml"). On another volume the file is copied, read back and
-/// compared before the original is removed. A symbolic link is moved as a link.
+/// Moves the named files (last path components) out of `sourceFolder` into the Trash at
+/// `destination`, as `Trash` finds or makes it and takes items. A symbolic link is moved as a link.
 /// @return true when every file was moved. On failure the file concerned is still in its place,
 /// what had been moved before stays moved, and the slot tells why.
 bool recycle(const std::string& sourceFolder, const std::string& destination,

@@ -10,8 +10,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
 #include "platform/Archive.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/FailingSystemCall.h"
 #include "tests/support/FileState.h"
 #include "tests/support/PrivateMounts.h"
 #include "tests/support/Sandbox.h"
@@ -68,7 +71,9 @@ class ForeignArchive {
 
 class ArchiveReaderTest : public ::testing::Test {
   protected:
-    bool extract() { return extractArchive(archive, destination, error); }
+    bool extract(const ArchiveLimits& limits = {}) {
+        return extractArchive(archive, destination, error, limits);
+    }
     [[nodiscard]] std::string extracted(std::string_view name) const {
         return destination + "/" + std::string(name);
     }
@@ -242,6 +247,105 @@ TEST_F(ArchiveReaderTest, writesNoFileOverALink) {
     ForeignArchive(archive).file("a", "x").link("link", "a").file("link", "other");
     EXPECT_FALSE(extract());
     expectNothingMade();
+}
+
+TEST_F(ArchiveReaderTest, refusesAnEntryBelowALinkInWhateverOrder) {
+    const fs::path outside = sandbox.path("outside");
+    ForeignArchive(archive)
+        .folder("dir")
+        .link("a", "dir")
+        .link("a/b", "../../../outside")
+        .link("a/b/new/evil", "x");
+    EXPECT_FALSE(extract());
+    EXPECT_EQ(error->description,
+              "The file " + archive + " cannot be extracted: its entry a/b lies below a link.");
+    expectNothingMade();
+    ForeignArchive(archive).file("a/b", "x").folder("dir").link("a", "dir");
+    EXPECT_FALSE(extract());
+    expectNothingMade();
+    ForeignArchive(archive).link("a", "dir").folder("a/deep/er").folder("dir");
+    EXPECT_FALSE(extract());
+    expectNothingMade();
+    EXPECT_FALSE(fs::exists(outside));
+}
+
+TEST_F(ArchiveReaderTest, takesALinkForAFileThatOnlyBeginsLikeAnother) {
+    ForeignArchive(archive).file("dir/x", "x").link("a", "dir").file("ab/c", "y").file("a.b", "z");
+    ASSERT_TRUE(extract()) << error->description;
+    EXPECT_EQ(test::readBytes(extracted("a/x")), "x");
+}
+
+TEST_F(ArchiveReaderTest, changesNoModeThroughALinkThatTakesAFoldersPlace) {
+    // A folder and a link of one name: whoever comes last, nothing else gets the folder's mode.
+    fs::create_directory(sandbox.path("other"));
+    fs::permissions(sandbox.path("other"), fs::perms(0700));
+    ForeignArchive(archive).folder("d", 0755).link("d", "../other");
+    EXPECT_FALSE(extract());
+    EXPECT_EQ(fs::status(sandbox.path("other")).permissions(), fs::perms(0700));
+    fs::remove(sandbox.path("other"));
+    expectNothingMade();
+}
+
+TEST_F(ArchiveReaderTest, refusesMoreThanItMayHold) {
+    ForeignArchive(archive).file("a", std::string(5000, 'x')).file("b", std::string(5000, 'y'));
+    EXPECT_TRUE(extract({.bytes = 10000, .timesItsSize = 1})) << error->description;
+    fs::remove_all(destination);
+    EXPECT_FALSE(extract({.bytes = 9999, .timesItsSize = 1}));
+    EXPECT_EQ(error->description, "The file " + archive +
+                                      " cannot be extracted: it holds far more than its size "
+                                      "lets expect.");
+    expectNothingMade();
+    EXPECT_TRUE(extract({.bytes = 0, .timesItsSize = 200})) << "what its size lets expect";
+}
+
+TEST_F(ArchiveReaderTest, refusesMoreFilesFoldersAndLinksThanItMayMake) {
+    ForeignArchive(archive).file("a/b/c", "x").folder("d").link("l", "d");
+    EXPECT_TRUE(extract({.entries = 5})) << error->description;
+    fs::remove_all(destination);
+    EXPECT_FALSE(extract({.entries = 4}));
+    EXPECT_EQ(error->code, EFBIG);
+    EXPECT_EQ(error->description, "The file " + archive +
+                                      " cannot be extracted: it makes more than 4 files and "
+                                      "folders.");
+    expectNothingMade();
+    EXPECT_FALSE(extract({.entries = 1})) << "folders without an entry count";
+    expectNothingMade();
+}
+
+TEST_F(ArchiveReaderTest, refusesTextsThatAreTooLong) {
+    ForeignArchive(archive).file("abcdef", "x");
+    EXPECT_FALSE(extract({.textLength = 5}));
+    expectNothingMade();
+    EXPECT_FALSE(extract({.allText = 5}));
+    expectNothingMade();
+    ForeignArchive(archive).file("a/b/c", "x");
+    EXPECT_FALSE(extract({.depth = 2}));
+    expectNothingMade();
+    ForeignArchive(archive).link("l", std::string(4096, 'x').c_str());
+    EXPECT_FALSE(extract());
+    EXPECT_EQ(error->code, EINVAL);
+    expectNothingMade();
+}
+
+TEST_F(ArchiveReaderTest, removesAgainWhatIsAsDeepAsItMayBe) {
+    std::string name;
+    for (int level = 0; level < 256; ++level) {
+        name += "d/";
+    }
+    ForeignArchive(archive).folder(name).file("good", "x").file("bad/../x", "y");
+    EXPECT_FALSE(extract());
+    expectNothingMade();
+}
+
+TEST_F(ArchiveReaderTest, extractsWhereTheKernelCannotOpenInOneStep) {
+    ForeignArchive(archive).folder("d", 0750).file("d/e/f", "x").link("l", "d/e");
+    test::ChildProcess child([this] {
+        ASSERT_TRUE(test::failSystemCall(SYS_openat2, ENOSYS));
+        EXPECT_TRUE(extract()) << error->description;
+    });
+    EXPECT_EQ(child.wait(), 0);
+    EXPECT_EQ(test::readBytes(extracted("l/f")), "x");
+    EXPECT_EQ(fs::status(extracted("d")).permissions(), fs::perms(0750));
 }
 
 TEST_F(ArchiveReaderTest, refusesALinkWithoutATarget) {

@@ -1,7 +1,6 @@
 #include <array>
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <future>
 #include <string>
@@ -12,11 +11,13 @@
 #include <gmock/gmock.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "platform/AuthorizationHelper.h"
 #include "platform/AuthorizationProtocol.h"
 #include "platform/FileDescriptor.h"
 #include "platform/Thread.h"
+#include "tests/support/FileState.h"
 #include "tests/support/Sandbox.h"
 
 namespace vornic::platform {
@@ -46,10 +47,17 @@ class AuthorizationHelperTest : public test::SandboxTest {
             const PathGuards guards{
                 .takingAway = [&](const std::string& path) { return isForbidden(asked, path); },
                 .replacing =
-                    [&](const std::string& path) {
-                        return isForbidden(askedAboutReplacing, path);
-                    }};
-            status = serveAuthorizedTools(own.get(), guards);
+                    [&](const std::string& path) { return isForbidden(askedAboutReplacing, path); },
+                .folders = {}};
+            status = serveAuthorizedTools(
+                own.get(), guards,
+                [this](const std::string& tool, const std::vector<std::string>& arguments,
+                       std::vector<FileDescriptor> folders) {
+                    if (beforeTool) {
+                        beforeTool();
+                    }
+                    return runSystemTool(tool, arguments, std::move(folders));
+                });
         });
         EXPECT_EQ(receiveMessage(socket.get()), kHelperGreeting);
     }
@@ -82,7 +90,10 @@ class AuthorizationHelperTest : public test::SandboxTest {
     AuthorizationStatus request(const std::string& tool, const std::vector<std::string>& arguments,
                                 bool wantsOutput) {
         const std::optional<std::string> message =
-            encodeRequest({.wantsOutput = wantsOutput, .tool = tool, .arguments = arguments});
+            encodeRequest({.wantsOutput = wantsOutput,
+                           .tool = tool,
+                           .arguments = arguments,
+                           .seen = lookAtArguments(tool, arguments)});
         EXPECT_TRUE(message && sendMessage(socket.get(), *message));
         return decodeStatus(receiveMessage(socket.get()).value_or("")).value_or(1);
     }
@@ -100,45 +111,6 @@ class AuthorizationHelperTest : public test::SandboxTest {
         };
         return sandbox.write("target/file", "kept");
     }
-    /// The /proc folder of a running cp that has an argument which ends so, "" without one.
-    [[nodiscard]] static std::string findTool(const std::string& argumentsEnd) {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (std::chrono::steady_clock::now() < deadline) {
-            for (const auto& entry : fs::directory_iterator("/proc")) {
-                std::ifstream arguments(entry.path() / "cmdline");
-                std::string name;
-                std::getline(arguments, name, '\0');
-                for (std::string text; name == "/bin/cp" && std::getline(arguments, text, '\0');) {
-                    if (text.ends_with(argumentsEnd)) {
-                        return entry.path().string();
-                    }
-                }
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        }
-        return "";
-    }
-    /// Waits until a process, named by its /proc folder, has ended. @return false when it goes on.
-    [[nodiscard]] static bool waitUntilGone(const std::string& process) {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (std::chrono::steady_clock::now() < deadline) {
-            std::string arguments;
-            std::getline(std::ifstream(process + "/cmdline"), arguments);
-            if (arguments.empty()) {
-                return true;
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        }
-        return false;
-    }
-    [[nodiscard]] static bool anyOpenSocket(const std::string& process) {
-        for (const auto& entry : fs::directory_iterator(process + "/fd")) {
-            if (fs::read_symlink(entry.path()).string().starts_with("socket:")) {
-                return true;
-            }
-        }
-        return false;
-    }
     std::string nextOutput() {
         const std::optional<std::string> chunk =
             decodeOutput(receiveMessage(socket.get()).value_or(""));
@@ -153,6 +125,8 @@ class AuthorizationHelperTest : public test::SandboxTest {
     std::string forbidden;
     /// Called by the guards on the helper's thread.
     std::function<void(const std::string& path)> whenAsked;
+    /// Called on a thread of the helper before each tool.
+    std::function<void()> beforeTool;
     std::vector<std::string> asked;
     std::vector<std::string> askedAboutReplacing;
 };
@@ -180,8 +154,8 @@ TEST_F(AuthorizationHelperTest, runsEachToolThatIsAllowed) {
     EXPECT_EQ(run("/bin/rm", {"-R", "-f", sandbox.path("a")}), 0);
     EXPECT_FALSE(test::exists(sandbox.path("a")));
     EXPECT_THAT(asked, ElementsAre(file, sandbox.path("a"))) << "only what goes is asked about";
-    EXPECT_THAT(askedAboutReplacing,
-                ElementsAre(sandbox.path("a/b/copy"), sandbox.path("a/moved")));
+    EXPECT_THAT(askedAboutReplacing, ElementsAre(sandbox.path("a/b"), sandbox.path("a/b/copy"),
+                                                 sandbox.path("a/moved")));
 }
 
 TEST_F(AuthorizationHelperTest, doesNotWaitForAToolWhoseOutputNobodyWants) {
@@ -284,33 +258,52 @@ TEST_F(AuthorizationHelperTest, removesALinkAndNotWhatItLeadsToThoughThePathSays
     EXPECT_FALSE(test::exists(sandbox.path("link")));
 }
 
-TEST_F(AuthorizationHelperTest, givesToolsNoneOfItsDescriptorsButTheFoldersTheyNeed) {
-    // A tool that cannot go on: it waits for a reader.
-    const std::string source = sandbox.write("source", "x");
-    const std::string fifo = sandbox.path("fifo");
-    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-    EXPECT_EQ(request("/bin/cp", {"-f", "-p", "-R", source, fifo}, true), kAuthorizationSuccess);
-    const std::string process = findTool(source);
-    ASSERT_NE(process, "");
-    EXPECT_EQ(fs::read_symlink(process + "/fd/3"), sandbox.folder());
-    EXPECT_FALSE(anyOpenSocket(process));
-    const FileDescriptor reader(::open(fifo.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-    EXPECT_EQ(nextOutput(), "");
+TEST_F(AuthorizationHelperTest, answersNewRequestsWhileAToolRuns) {
+    std::promise<void> mayGoOn;
+    beforeTool = [waiting = mayGoOn.get_future().share()] { waiting.wait(); };
+    const std::string file = sandbox.write("file", "x");
+    EXPECT_EQ(request("/bin/rm", {"-Rdf", file}, false), kAuthorizationSuccess);
+    EXPECT_FALSE(test::exists(file)) << "it is out of the way at once";
+    EXPECT_EQ(request("/bin/mkdir", {"-p", sandbox.path("made")}, false), kAuthorizationSuccess);
+    EXPECT_TRUE(test::exists(sandbox.path("made"))) << "so that the next request finds it";
+    mayGoOn.set_value();
+    EXPECT_EQ(stop(), 0);
+    EXPECT_THAT(test::namesIn(sandbox.folder()), ElementsAre("made"));
 }
 
-TEST_F(AuthorizationHelperTest, endsWithTheOtherEndThoughAToolStillRuns) {
+TEST_F(AuthorizationHelperTest, endsWhatWasBegunBeforeItEndsItself) {
+    std::promise<void> mayGoOn;
+    std::promise<void> isAtTool;
+    beforeTool = [&isAtTool, waiting = mayGoOn.get_future().share()] {
+        isAtTool.set_value();
+        waiting.wait();
+    };
     const std::string source = sandbox.write("source", "x");
-    const std::string fifo = sandbox.path("fifo");
-    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-    EXPECT_EQ(request("/bin/cp", {"-f", "-p", "-R", source, fifo}, true), kAuthorizationSuccess);
-    const std::string process = findTool("/fifo");
-    ASSERT_NE(process, "");
-    std::future<int> ended = std::async(std::launch::async, [this] { return stop(); });
-    EXPECT_EQ(ended.wait_for(std::chrono::seconds(20)), std::future_status::ready);
-    // Lets the tool end, whether it has come to the pipe yet or not.
-    const FileDescriptor reader(::open(fifo.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-    EXPECT_EQ(ended.get(), 0);
-    EXPECT_TRUE(waitUntilGone(process));
+    EXPECT_EQ(request("/bin/cp", {"-f", "-p", "-R", source, sandbox.path("copy")}, false), 0);
+    isAtTool.get_future().wait();
+    socket.close();
+    mayGoOn.set_value();
+    EXPECT_EQ(stop(), 0);
+    EXPECT_EQ(test::readBytes(sandbox.path("copy")), "x");
+    EXPECT_THAT(test::namesIn(sandbox.folder()), ElementsAre("copy", "source"));
+}
+
+TEST_F(AuthorizationHelperTest, knowsWhoseProgramItServes) {
+    std::array<int, 2> ends{};
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()), 0);
+    const FileDescriptor one(ends[0]);
+    const FileDescriptor other(ends[1]);
+    EXPECT_EQ(callerOf(other.get()), geteuid());
+    EXPECT_EQ(callerOf(-1), std::nullopt);
+}
+
+TEST(StandardFoldersTest, areTheUsersOwnAndNoOthers) {
+    const std::vector<FileIdentity> ofRoot = standardFoldersOf(0);
+    struct stat status {};
+    ASSERT_EQ(stat("/root", &status), 0);
+    const FileIdentity home{.device = status.st_dev, .inode = status.st_ino};
+    EXPECT_THAT(ofRoot, testing::Contains(home));
+    EXPECT_THAT(standardFoldersOf(4000000000U), IsEmpty());
 }
 
 TEST_F(AuthorizationHelperTest, endsWhenTheOtherEndGoes) {

@@ -15,9 +15,15 @@ using namespace std::literals;
 
 TEST(AuthorizationProtocolTest, bringsRequestsThroughAsTheyAre) {
     for (const ToolRequest& request :
-         {ToolRequest{.wantsOutput = true, .tool = "/bin/rm", .arguments = {"-Rdf", "/a b\n"}},
-          ToolRequest{.wantsOutput = false, .tool = "/bin/mv", .arguments = {"", "\xC3\xA9"}},
-          ToolRequest{.wantsOutput = false, .tool = "", .arguments = {}}}) {
+         {ToolRequest{.wantsOutput = true,
+         .tool = "/bin/rm",
+         .arguments = {"-Rdf", "/a b\n"},
+         .seen = {SeenPath{}, lookAtPath("/tmp")}},
+          ToolRequest{.wantsOutput = false,
+          .tool = "/bin/mv",
+          .arguments = {"", "\xC3\xA9"},
+          .seen = {lookAtPath("/no/such"), lookAtNearestFolder("/tmp/no/such")}},
+          ToolRequest{.wantsOutput = false, .tool = "", .arguments = {}, .seen = {}}}) {
         const std::optional<std::string> message = encodeRequest(request);
         ASSERT_TRUE(message);
         EXPECT_EQ(decodeRequest(*message), request);
@@ -25,19 +31,23 @@ TEST(AuthorizationProtocolTest, bringsRequestsThroughAsTheyAre) {
 }
 
 TEST(AuthorizationProtocolTest, encodesNothingThatWouldBeReadDifferently) {
-    EXPECT_EQ(encodeRequest({.wantsOutput = false, .tool = "/bin/rm", .arguments = {"a\0b"s}}),
+    EXPECT_EQ(encodeRequest(
+                  {.wantsOutput = false, .tool = "/bin/rm", .arguments = {"a\0b"s}, .seen = {}}),
               std::nullopt);
-    EXPECT_EQ(encodeRequest({.wantsOutput = false, .tool = "a\0b"s, .arguments = {}}),
+    EXPECT_EQ(encodeRequest({.wantsOutput = false, .tool = "a\0b"s, .arguments = {}, .seen = {}}),
               std::nullopt);
 }
 
 TEST(AuthorizationProtocolTest, encodesNoRequestThatIsTooLong) {
-    EXPECT_TRUE(encodeRequest(
-        {.wantsOutput = false, .tool = "/bin/rm", .arguments = {std::string(8192, 'x')}}));
-    EXPECT_EQ(
-        encodeRequest(
-            {.wantsOutput = false, .tool = "/bin/rm", .arguments = {std::string(70000, 'x')}}),
-        std::nullopt);
+    EXPECT_TRUE(encodeRequest({.wantsOutput = false,
+                               .tool = "/bin/rm",
+                               .arguments = {std::string(8192, 'x')},
+                               .seen = {}}));
+    EXPECT_EQ(encodeRequest({.wantsOutput = false,
+                             .tool = "/bin/rm",
+                             .arguments = {std::string(70000, 'x')},
+                             .seen = {}}),
+              std::nullopt);
 }
 
 TEST(AuthorizationProtocolTest, decodesNoRequestThatIsNone) {
@@ -46,6 +56,11 @@ TEST(AuthorizationProtocolTest, decodesNoRequestThatIsNone) {
     EXPECT_EQ(decodeRequest("x/bin/rm\0"sv), std::nullopt);
     EXPECT_EQ(decodeRequest("r/bin/rm"sv), std::nullopt) << "not ended";
     EXPECT_EQ(decodeRequest("s0"sv), std::nullopt);
+    EXPECT_EQ(decodeRequest("r/bin/rm\0-Rdf\0"sv), std::nullopt) << "nothing seen";
+    for (const std::string_view seen :
+         {"", "?", "? x", "1:2", "1:2 3", "1: -", "-1:2 ?", "? ? ?"}) {
+        EXPECT_EQ(decodeRequest("r/bin/rm\0-Rdf\0"s.append(seen) + "\0"s), std::nullopt) << seen;
+    }
 }
 
 TEST(AuthorizationProtocolTest, bringsStatusesThrough) {

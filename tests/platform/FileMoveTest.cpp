@@ -1,5 +1,8 @@
 #include <cerrno>
 #include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -9,6 +12,7 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include "platform/FileDescriptor.h"
 #include "platform/FileSystem.h"
 #include "platform/FileTransfer.h"
 #include "tests/platform/SecondVolume.h"
@@ -254,6 +258,111 @@ TEST_F(FileMoveAcrossVolumesTest, keepsTheSourceAloneWhenItCannotBeRemoved) {
         EXPECT_EQ(error->code, EACCES);
     }));
     EXPECT_EQ(test::readBytes(source), "x");
+    EXPECT_TRUE(isEmpty(other.folder()));
+}
+
+/// Comes between the steps of a move.
+class FileMoveWhileChangingTest : public FileMoveAcrossVolumesTest {
+  protected:
+    void SetUp() override {
+        FileMoveAcrossVolumesTest::SetUp();
+        fs::create_directories(sandbox.path("top/a"));
+        sandbox.write("top/a/file", "old");
+        sandbox.write("top/other", "x");
+    }
+    void TearDown() override { moveObserver() = nullptr; }
+    void at(MoveStep step, const std::function<void()>& change) {
+        moveObserver() = [step, change](MoveStep reached) {
+            if (reached == step) {
+                change();
+            }
+        };
+    }
+    /// Expects the folder to be whole and nowhere else.
+    void expectMoveFails() {
+        EXPECT_FALSE(moveFile(sandbox.path("top"), other.path("top"), error));
+        ASSERT_TRUE(error);
+        EXPECT_EQ(error->description, "The file " + sandbox.path("top") + " cannot be moved to " +
+                                          other.path("top") + ": it was changed in the meantime.");
+        EXPECT_EQ(test::readBytes(sandbox.path("top/other")), "x");
+        EXPECT_EQ(namesIn(sandbox.folder()), 1U);
+    }
+    static std::size_t namesIn(const std::string& folder) {
+        return static_cast<std::size_t>(
+            std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
+    }
+};
+
+TEST_F(FileMoveWhileChangingTest, keepsAFileThatWasSavedInTheFolder) {
+    at(MoveStep::copied, [this] { sandbox.write("top/a/file", "new"); });
+    expectMoveFails();
+    EXPECT_EQ(test::readBytes(sandbox.path("top/a/file")), "new");
+    EXPECT_TRUE(isEmpty(other.folder()));
+}
+
+TEST_F(FileMoveWhileChangingTest, keepsAFileWhoseTimeWasSetBack) {
+    at(MoveStep::copied, [this] {
+        const auto time = fs::last_write_time(sandbox.path("top/a/file"));
+        sandbox.write("top/a/file", "new");
+        fs::last_write_time(sandbox.path("top/a/file"), time);
+    });
+    expectMoveFails();
+    EXPECT_EQ(test::readBytes(sandbox.path("top/a/file")), "new");
+}
+
+TEST_F(FileMoveWhileChangingTest, keepsAFileThatCameIntoTheFolder) {
+    at(MoveStep::copied, [this] { sandbox.write("top/a/new", "new"); });
+    expectMoveFails();
+    EXPECT_EQ(test::readBytes(sandbox.path("top/a/new")), "new");
+    EXPECT_TRUE(isEmpty(other.folder()));
+}
+
+TEST_F(FileMoveWhileChangingTest, removesNothingOfAFolderInWhichAFileIsMissing) {
+    at(MoveStep::copied, [this] { fs::remove(sandbox.path("top/a/file")); });
+    expectMoveFails();
+    EXPECT_TRUE(isEmpty(other.folder()));
+}
+
+TEST_F(FileMoveWhileChangingTest, removesNoFileThatComesAfterTheLastLook) {
+    const FileDescriptor folder(
+        ::open(sandbox.path("top/a").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    at(MoveStep::verified, [&folder] {
+        const FileDescriptor file(openat(folder.get(), "new", O_WRONLY | O_CREAT, 0600));
+        EXPECT_EQ(writeAll(file.get(), "new", 3), 0);
+    });
+    EXPECT_FALSE(moveFile(sandbox.path("top"), other.path("top"), error));
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code, EBUSY);
+    EXPECT_EQ(test::readBytes(sandbox.path("top/a/new")), "new");
+    EXPECT_EQ(test::readBytes(other.path("top/a/file")), "old");
+}
+
+TEST_F(FileMoveWhileChangingTest, keepsAFileThatWasPutInItsPlace) {
+    const std::string source = sandbox.write("Cut.xml", "old");
+    at(MoveStep::copied, [this] {
+        sandbox.write("new", "new");
+        fs::rename(sandbox.path("new"), sandbox.path("Cut.xml"));
+    });
+    EXPECT_FALSE(moveFile(source, other.path("Cut.xml"), error));
+    EXPECT_EQ(test::readBytes(source), "new");
+    EXPECT_TRUE(isEmpty(other.folder()));
+    EXPECT_EQ(namesIn(sandbox.folder()), 2U);
+}
+
+TEST_F(FileMoveWhileChangingTest, leavesItsPlaceToAFileThatHasTakenIt) {
+    const std::string source = sandbox.write("Cut.xml", "old");
+    at(MoveStep::copied, [&source] { std::ofstream(source, std::ios::app) << " and changed"; });
+    const auto change = moveObserver();
+    moveObserver() = [&](MoveStep reached) {
+        change(reached);
+        if (reached == MoveStep::setAside) {
+            EXPECT_FALSE(test::exists(source));
+            sandbox.write("Cut.xml", "new");
+        }
+    };
+    EXPECT_FALSE(moveFile(source, other.path("Cut.xml"), error));
+    EXPECT_EQ(test::readBytes(source), "new");
+    EXPECT_EQ(test::readBytes(sandbox.path("Cut 2.xml")), "old and changed");
     EXPECT_TRUE(isEmpty(other.folder()));
 }
 

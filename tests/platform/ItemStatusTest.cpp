@@ -31,6 +31,18 @@ TEST_F(ItemStatusTest, tellsKindAndSize) {
     EXPECT_TRUE(folder->isFolder);
 }
 
+TEST_F(ItemStatusTest, tellsWhyALookAtAPathFailed) {
+    fs::create_symlink("loop", sandbox.path("loop"));
+    const ErrorSlot loop = failedLook(sandbox.path("loop"));
+    ASSERT_TRUE(loop);
+    EXPECT_EQ(loop->description, "The file " + sandbox.path("loop") +
+                                     " cannot be looked at: too many symbolic links lead to each "
+                                     "other.");
+    EXPECT_FALSE(failedLook(sandbox.path("missing")));
+    EXPECT_FALSE(failedLook(sandbox.write("file", "x") + "/below"));
+    EXPECT_FALSE(failedLook(sandbox.path("file")));
+}
+
 TEST_F(ItemStatusTest, tellsWhenItWasMadeWhateverItsOtherDates) {
     const system_clock::time_point before = system_clock::now() - std::chrono::seconds(1);
     sandbox.write("file", "");

@@ -11,8 +11,10 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
+#include "platform/AuthorizationProtocol.h"
 #include "platform/Directories.h"
 #include "platform/LinuxAuthorizationServices.h"
+#include "platform/MainThread.h"
 #include "platform/Thread.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/HelperCopy.h"
@@ -83,11 +85,15 @@ class LinuxAuthorizationServicesTest : public testing::Test {
         return services.copyRights(reference, "system.privilege.admin", credentials,
                                    kWithoutAsking);
     }
+    AuthorizationStatus execute(const std::string& tool, const std::vector<std::string>& arguments,
+                                std::unique_ptr<CommunicationsPipe>* pipe) {
+        return services.executeWithPrivileges(reference, tool, 0, arguments,
+                                              lookAtArguments(tool, arguments), pipe);
+    }
     /// Runs a tool and waits for its end.
     AuthorizationStatus run(const std::string& tool, const std::vector<std::string>& arguments) {
         std::unique_ptr<CommunicationsPipe> pipe;
-        const AuthorizationStatus status =
-            services.executeWithPrivileges(reference, tool, 0, arguments, &pipe);
+        const AuthorizationStatus status = execute(tool, arguments, &pipe);
         while (pipe && !pipe->readAvailable().empty()) {
         }
         return status;
@@ -159,13 +165,9 @@ TEST_F(LinuxAuthorizationServicesTest, waitsForTheToolWhoseOutputIsRead) {
 TEST_F(LinuxAuthorizationServicesTest, goesOnWithoutOutputThatNobodyRead) {
     ASSERT_EQ(ask(), kAuthorizationSuccess);
     std::unique_ptr<CommunicationsPipe> first;
-    ASSERT_EQ(services.executeWithPrivileges(reference, "/bin/mkdir", 0, {"-p", sandbox.path("a")},
-                                             &first),
-              kAuthorizationSuccess);
+    ASSERT_EQ(execute("/bin/mkdir", {"-p", sandbox.path("a")}, &first), kAuthorizationSuccess);
     std::unique_ptr<CommunicationsPipe> second;
-    ASSERT_EQ(services.executeWithPrivileges(reference, "/bin/mkdir", 0, {"-p", sandbox.path("b")},
-                                             &second),
-              kAuthorizationSuccess);
+    ASSERT_EQ(execute("/bin/mkdir", {"-p", sandbox.path("b")}, &second), kAuthorizationSuccess);
     EXPECT_EQ(first->readAvailable(), "");
     EXPECT_EQ(second->readAvailable(), "");
     EXPECT_TRUE(test::exists(sandbox.path("a")));
@@ -174,9 +176,7 @@ TEST_F(LinuxAuthorizationServicesTest, goesOnWithoutOutputThatNobodyRead) {
 
 TEST_F(LinuxAuthorizationServicesTest, returnsAtOnceWhenNobodyWantsTheOutput) {
     ASSERT_EQ(ask(), kAuthorizationSuccess);
-    EXPECT_EQ(services.executeWithPrivileges(reference, "/bin/mkdir", 0, {"-p", sandbox.path("a")},
-                                             nullptr),
-              kAuthorizationSuccess);
+    EXPECT_EQ(execute("/bin/mkdir", {"-p", sandbox.path("a")}, nullptr), kAuthorizationSuccess);
     EXPECT_TRUE(becomesTrue([this] { return test::exists(sandbox.path("a")); }));
 }
 
@@ -188,9 +188,7 @@ TEST_F(LinuxAuthorizationServicesTest, servesManyThreads) {
             for (int round = 0; round < 5; ++round) {
                 const std::string folder =
                     sandbox.path(std::to_string(index) + "-" + std::to_string(round));
-                EXPECT_EQ(services.executeWithPrivileges(reference, "/bin/mkdir", 0, {"-p", folder},
-                                                         nullptr),
-                          kAuthorizationSuccess);
+                EXPECT_EQ(execute("/bin/mkdir", {"-p", folder}, nullptr), kAuthorizationSuccess);
                 EXPECT_TRUE(becomesTrue([&] { return test::exists(folder); }));
             }
         });
@@ -198,6 +196,16 @@ TEST_F(LinuxAuthorizationServicesTest, servesManyThreads) {
     for (std::thread& thread : threads) {
         thread.join();
     }
+}
+
+TEST_F(LinuxAuthorizationServicesTest, doesNothingToWhatTookThePlaceOfWhatWasSeen) {
+    ASSERT_EQ(ask(), kAuthorizationSuccess);
+    const std::vector<std::string> arguments{"-Rdf", sandbox.write("file", "first")};
+    const std::vector<SeenPath> seen = lookAtArguments("/bin/rm", arguments);
+    fs::rename(sandbox.write("other", "second"), sandbox.path("file"));
+    EXPECT_EQ(services.executeWithPrivileges(reference, "/bin/rm", 0, arguments, seen, nullptr),
+              kAuthorizationDenied);
+    EXPECT_EQ(test::readBytes(sandbox.path("file")), "second");
 }
 
 TEST_F(LinuxAuthorizationServicesTest, refusesToolsAndPathsThatAreNotAllowed) {
@@ -277,6 +285,45 @@ TEST_F(LinuxAuthorizationServicesTest, tellsWhenTheHelperIsGone) {
     EXPECT_TRUE(becomesTrue([this] {
         return run("/bin/mkdir", {"-p", sandbox.path("x")}) == kAuthorizationToolExecuteFailure;
     }));
+}
+
+TEST_F(LinuxAuthorizationServicesTest, knowsWhetherTheHelperIsThere) {
+    EXPECT_FALSE(services.isAlive(reference));
+    ASSERT_EQ(ask(), kAuthorizationSuccess);
+    EXPECT_TRUE(services.isAlive(reference));
+    kill(processOf("pkexec"), SIGKILL);
+    EXPECT_TRUE(becomesTrue([this] { return !services.isAlive(reference); }));
+    EXPECT_EQ(services.copyRights(reference, "system.privilege.admin", {}, kAsking),
+              kAuthorizationSuccess);
+    EXPECT_TRUE(services.isAlive(reference)) << "a helper was started in its place";
+}
+
+TEST_F(LinuxAuthorizationServicesTest, waitsForNoPasswordOnceTheProgramQuits) {
+    LinuxAuthorizationServices patient = withPkexec("exec sleep 600");
+    std::thread quitting([this] {
+        EXPECT_TRUE(becomesTrue([this] { return test::exists(sandbox.path("other.process")); }));
+        MainThread::shutdown();
+    });
+    EXPECT_EQ(ask(patient), kAuthorizationInternalError);
+    quitting.join();
+    MainThread::restart();
+    EXPECT_TRUE(becomesTrue([this] { return !isThere(processOf("other")); }));
+}
+
+TEST_F(LinuxAuthorizationServicesTest, knowsWhetherAnythingCanAskTheUser) {
+    const AuthorizationPrograms all{.pkexec = "/bin/true",
+                                    .sudo = "",
+                                    .helper = helper.path(),
+                                    .systemBus = sandbox.write("bus", ""),
+                                    .polkitService = sandbox.write("polkit", "")};
+    EXPECT_TRUE(LinuxAuthorizationServices(all).canAskUser());
+    for (std::string AuthorizationPrograms::*const part :
+         {&AuthorizationPrograms::pkexec, &AuthorizationPrograms::helper,
+          &AuthorizationPrograms::systemBus, &AuthorizationPrograms::polkitService}) {
+        AuthorizationPrograms some = all;
+        some.*part = sandbox.path("missing");
+        EXPECT_FALSE(LinuxAuthorizationServices(some).canAskUser());
+    }
 }
 
 TEST_F(LinuxAuthorizationServicesTest, tellsHowAskingFailed) {

@@ -1,9 +1,13 @@
 #include <filesystem>
 #include <string>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/mount.h>
 
+#include "platform/FileDescriptor.h"
 #include "platform/ProtectedPaths.h"
+#include "tests/support/PrivateMounts.h"
 #include "tests/support/Sandbox.h"
 
 namespace vornic::platform {
@@ -15,7 +19,8 @@ using testing::ElementsAre;
 using testing::Not;
 
 TEST(ProtectedPathsTest, protectsTheSystemsTreesWithEverythingInThem) {
-    for (const std::string tree : {"/etc", "/boot", "/dev", "/proc", "/sys", "/lib", "/lib64"}) {
+    for (const std::string tree :
+         {"/etc", "/boot", "/dev", "/proc", "/sys", "/bin", "/sbin", "/lib", "/lib64", "/usr"}) {
         EXPECT_TRUE(isProtectedPath(tree));
         EXPECT_TRUE(isProtectedPath(tree + "/"));
         EXPECT_TRUE(isProtectedPath(tree + "/a"));
@@ -31,8 +36,28 @@ TEST(ProtectedPathsTest, protectsSharedFoldersAsThemselvesAlone) {
         EXPECT_TRUE(isProtectedPath(folder));
         EXPECT_TRUE(isProtectedPath(folder + "/"));
         EXPECT_FALSE(isProtectedPath(folder + "/a"));
-        EXPECT_FALSE(isProtectedPath(folder + "x"));
     }
+    EXPECT_FALSE(isProtectedPath("/homex"));
+}
+
+TEST(ProtectedPathsTest, protectsTheFirstLevelOfVarAndNoMore) {
+    EXPECT_TRUE(isProtectedPath("/var"));
+    EXPECT_TRUE(isProtectedPath("/var/lib"));
+    EXPECT_TRUE(isProtectedPath("/var//lib/"));
+    EXPECT_FALSE(isProtectedPath("/var/lib/thing"));
+    EXPECT_FALSE(isProtectedPath("/variable/lib"));
+}
+
+TEST(ProtectedPathsTest, protectsTheTopItself) {
+    EXPECT_TRUE(isProtectedPath("/"));
+    EXPECT_TRUE(isProtectedPath("//"));
+    EXPECT_FALSE(isProtectedPath("/thing"));
+}
+
+TEST(ProtectedPathsTest, leavesTheAdministratorsOwnTreeOpen) {
+    EXPECT_TRUE(isProtectedPath("/usr/local"));
+    EXPECT_TRUE(isProtectedPath("/usr/localx"));
+    EXPECT_FALSE(isProtectedPath("/usr/local/bin/thing"));
 }
 
 TEST(ProtectedPathsTest, looksThroughExtraSlashes) {
@@ -45,7 +70,6 @@ TEST(ProtectedPathsTest, protectsNothingElse) {
     EXPECT_FALSE(isProtectedPath(""));
     EXPECT_FALSE(isProtectedPath("etc"));
     EXPECT_FALSE(isProtectedPath("/Users/Shared/Project"));
-    EXPECT_FALSE(isProtectedPath("/var/spool")) << "the other guard's";
 }
 
 class FormsOfPathTest : public test::SandboxTest {
@@ -114,6 +138,63 @@ TEST_F(FormsOfPathTest, startsRelativePathsInTheWorkingFolder) {
     EXPECT_THAT(formsOfPath("x"), ElementsAre("x", real("x")));
     EXPECT_THAT(formsOfPath("../../../../../../../../etc"), Contains("/etc"));
     fs::current_path(before);
+}
+
+class ProtectedEntryTest : public test::SandboxTest {
+  protected:
+    static bool isProtected(const std::string& folder, const std::string& name) {
+        const FileDescriptor opened(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+        return isProtectedEntry(opened.get(), name);
+    }
+};
+
+TEST_F(ProtectedEntryTest, knowsFoldersByWhatTheyAreAndNotByTheirNames) {
+    fs::create_symlink("/usr", sandbox.path("alias"));
+    for (const std::string name : {"bin", "lib", "local", "bin/env", "no such file"}) {
+        const fs::path path(sandbox.path("alias/" + name));
+        EXPECT_TRUE(isProtected(path.parent_path(), path.filename())) << name;
+    }
+    EXPECT_TRUE(isProtected("/", "usr"));
+    EXPECT_TRUE(isProtected("/", "bin")) << "link or folder";
+    EXPECT_TRUE(isProtected("/", "."));
+    EXPECT_TRUE(isProtected("/var", "lib"));
+    EXPECT_TRUE(isProtected("/usr/bin", "env"));
+    EXPECT_TRUE(isProtected("/proc/self", "stat"));
+}
+
+TEST_F(ProtectedEntryTest, leavesTheRestAlone) {
+    fs::create_symlink("/usr", sandbox.path("alias"));
+    EXPECT_FALSE(isProtected(sandbox.folder(), "alias")) << "a link of the user's own";
+    EXPECT_FALSE(isProtected(sandbox.folder(), "bin"));
+    EXPECT_FALSE(isProtected("/usr/local", "bin"));
+    EXPECT_FALSE(isProtected("/usr/local/bin", "thing"));
+    EXPECT_FALSE(isProtected("/var/lib", "thing"));
+    EXPECT_FALSE(isProtected("/tmp", "thing"));
+}
+
+TEST_F(ProtectedEntryTest, knowsATreeThatIsMountedElsewhere) {
+    const test::PrivateMounts mounts;
+    if (!mounts.isAvailable()) {
+        GTEST_SKIP() << "needs root and the right to mount";
+    }
+    fs::create_directory(sandbox.path("etc"));
+    ASSERT_EQ(mount("/etc", sandbox.path("etc").c_str(), nullptr, MS_BIND, nullptr), 0);
+    EXPECT_TRUE(isProtected(sandbox.path("etc"), "passwd"));
+    EXPECT_TRUE(isProtected(sandbox.folder(), "etc"));
+    EXPECT_TRUE(isProtectedItem(sandbox.path("etc/passwd")));
+    EXPECT_TRUE(mounts.unmountVolume(sandbox.path("etc")));
+}
+
+TEST_F(ProtectedEntryTest, asksAboutWhatAFolderWouldTakeUnderTheItemsName) {
+    fs::create_directory(sandbox.path("folder"));
+    fs::create_symlink("/etc/hosts", sandbox.path("folder/file"));
+    EXPECT_TRUE(writingLeadsToProtectedPath("/x/file", sandbox.path("folder")));
+    EXPECT_FALSE(writingLeadsToProtectedPath("/x/other", sandbox.path("folder")));
+    EXPECT_FALSE(writingLeadsToProtectedPath("/x/other", sandbox.path("new")));
+    fs::create_symlink("/etc", sandbox.path("settings"));
+    EXPECT_TRUE(makingLeadsToProtectedPath(sandbox.path("settings/new/deep/er")));
+    EXPECT_TRUE(makingLeadsToProtectedPath("/usr/no such/folder/"));
+    EXPECT_FALSE(makingLeadsToProtectedPath(sandbox.path("new/deep/er")));
 }
 
 class LeadsToProtectedPathTest : public test::SandboxTest {};

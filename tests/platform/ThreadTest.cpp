@@ -144,19 +144,34 @@ TEST_F(ThreadTest, dispatchesEventsWhileALongFunctionRuns) {
     std::promise<void> dispatched;
     MainThread::perform([&dispatched] { dispatched.set_value(); });
     std::future_status status = std::future_status::deferred;
-    performWhileDispatching([&] {
+    EXPECT_TRUE(performWhileDispatching([&] {
         EXPECT_FALSE(MainThread::isCurrent());
         status = dispatched.get_future().wait_for(seconds(20));
-    });
+    }));
     EXPECT_EQ(status, std::future_status::ready);
 }
 
 TEST_F(ThreadTest, runsALongFunctionInPlaceOffTheMainThread) {
     std::thread([] {
         std::thread::id runner;
-        performWhileDispatching([&runner] { runner = std::this_thread::get_id(); });
+        EXPECT_TRUE(performWhileDispatching([&runner] { runner = std::this_thread::get_id(); }));
         EXPECT_EQ(runner, std::this_thread::get_id());
     }).join();
+}
+
+TEST_F(ThreadTest, leavesALongFunctionBehindWhenTheProgramQuits) {
+    const auto release = std::make_shared<std::promise<void>>();
+    const auto hasEnded = std::make_shared<std::atomic<bool>>(false);
+    MainThread::perform([] { MainThread::shutdown(); });
+    EXPECT_FALSE(performWhileDispatching([release, hasEnded] {
+        release->get_future().wait();
+        *hasEnded = true;
+    }));
+    EXPECT_FALSE(*hasEnded);
+    MainThread::restart();
+    release->set_value();
+    EXPECT_TRUE(joinDetachedThreads(seconds(20)));
+    EXPECT_TRUE(*hasEnded);
 }
 
 TEST_F(ThreadTest, runsALongFunctionInPlaceWhenTheSystemHasNoThreadToGive) {
@@ -164,7 +179,7 @@ TEST_F(ThreadTest, runsALongFunctionInPlaceWhenTheSystemHasNoThreadToGive) {
         ASSERT_TRUE(test::failSystemCall(SYS_clone3, EAGAIN));
         ASSERT_TRUE(test::failSystemCall(SYS_clone, EAGAIN));
         std::thread::id runner;
-        performWhileDispatching([&runner] { runner = std::this_thread::get_id(); });
+        EXPECT_TRUE(performWhileDispatching([&runner] { runner = std::this_thread::get_id(); }));
         EXPECT_EQ(runner, std::this_thread::get_id());
     }));
 }

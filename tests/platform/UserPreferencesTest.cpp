@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -16,6 +17,8 @@
 #include "platform/FileSystem.h"
 #include "platform/UserPreferences.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/ConsoleCapture.h"
+#include "tests/support/FileState.h"
 #include "tests/support/OwnMachineLibrary.h"
 #include "tests/support/Sandbox.h"
 #include "tests/support/Unprivileged.h"
@@ -24,6 +27,8 @@ namespace vornic::platform {
 namespace {
 
 namespace fs = std::filesystem;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 
 class UserPreferencesTest : public test::SandboxTest {
   protected:
@@ -82,6 +87,28 @@ TEST_F(UserPreferencesTest, writesNothingWhenTheValueIsThereAlready) {
     EXPECT_TRUE(preferences.setValue("key", "other", error));
     EXPECT_NE(fileIdentity(*preferences.path()), before);
     EXPECT_EQ(preferences.value("key"), PropertyList("other"));
+}
+
+TEST_F(UserPreferencesTest, keepACopyOfADamagedFileBeforeItIsWrittenAnew) {
+    const UserPreferences preferences;
+    ASSERT_TRUE(preferences.setValue("a", 1, error));
+    test::writeBytes(*preferences.path(), "<plist><dict><key>a");
+    EXPECT_EQ(preferences.value("a"), std::nullopt);
+    const std::string copy = folder + "/com.quillmark.Vornic-damaged.plist";
+    EXPECT_FALSE(test::exists(copy)) << "reading keeps nothing";
+    test::ConsoleCapture console;
+    EXPECT_TRUE(preferences.setValue("b", 2, error));
+    EXPECT_EQ(test::readBytes(copy), "<plist><dict><key>a");
+    EXPECT_THAT(console.lines(), ElementsAre(HasSubstr("They are kept as " + copy)));
+    EXPECT_EQ(preferences.value("b"), PropertyList(2));
+}
+
+TEST_F(UserPreferencesTest, takeAnEmptyFileForNoDamage) {
+    const UserPreferences preferences;
+    ASSERT_TRUE(preferences.setValue("a", 1, error));
+    test::writeBytes(*preferences.path(), "");
+    EXPECT_TRUE(preferences.setValue("b", 2, error));
+    EXPECT_FALSE(test::exists(folder + "/com.quillmark.Vornic-damaged.plist"));
 }
 
 TEST_F(UserPreferencesTest, keepsDomainsApart) {

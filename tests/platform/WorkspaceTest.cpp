@@ -87,6 +87,7 @@ TEST_F(WorkspaceTest, shortensALongNameForItsNumber) {
     }
     name += ".fcpx";
     ASSERT_EQ(name.size(), 255U);
+    fs::create_directory(trash);
     EXPECT_TRUE(recycleOne(name));
     EXPECT_TRUE(recycleOne(name));
     EXPECT_EQ(namesIn(trash), (std::set<std::string>{name, name.substr(0, 2 * 124) + " 2.fcpx"}));
@@ -94,6 +95,7 @@ TEST_F(WorkspaceTest, shortensALongNameForItsNumber) {
 
 TEST_F(WorkspaceTest, shortensALongNameWhoseDotIsNearItsBeginning) {
     const std::string name = "a." + std::string(253, 'x');
+    fs::create_directory(trash);
     EXPECT_TRUE(recycleOne(name));
     EXPECT_TRUE(recycleOne(name));
     EXPECT_EQ(namesIn(trash), (std::set<std::string>{name, name.substr(0, 253) + " 2"}));

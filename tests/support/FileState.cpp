@@ -88,6 +88,11 @@ std::vector<std::string> namesIn(const std::string& folder) {
     return names;
 }
 
+void removeTrash(const std::string& home) {
+    std::filesystem::remove_all(home + "/.Trash");
+    std::filesystem::remove_all(home + "/.local/share/Trash");
+}
+
 void writeBytes(const std::string& path, std::string_view bytes) {
     std::ofstream stream(path, std::ios::binary | std::ios::trunc);
     stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));

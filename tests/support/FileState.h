@@ -32,6 +32,9 @@ std::ostream& operator<<(std::ostream& stream, const FileState& state);
 /// The names in a folder, sorted byte for byte; none when there is no such folder.
 [[nodiscard]] std::vector<std::string> namesIn(const std::string& folder);
 
+/// Removes the Trash of a home folder, the desktop's with it.
+void removeTrash(const std::string& home);
+
 /// Writes a file. A failure fails the running test.
 void writeBytes(const std::string& path, std::string_view bytes);
 

@@ -40,6 +40,9 @@ class RecordingAuthorizationHost : public AuthorizationHost,
     }
 
     bool superUser = false;
+    /// Whether something can ask the user, and whether rights that were given are still there.
+    bool canAsk = true;
+    bool isHelperAlive = true;
     /// What a privileged parent handed over.
     platform::AuthorizationRef inherited;
     platform::AuthorizationStatus createStatus = 0;
@@ -50,6 +53,8 @@ class RecordingAuthorizationHost : public AuthorizationHost,
     /// Called when a tool is run, before the line is kept.
     std::function<void()> whenExecuted;
     /// What the tool of a run that is waited for writes, chunk by chunk.
+    /// What the caller saw at the arguments of the last run with rights.
+    std::vector<platform::SeenPath> seenPaths;
     std::vector<std::string> output;
     std::vector<std::string> events;
 
@@ -113,6 +118,10 @@ class RecordingAuthorizationHost : public AuthorizationHost,
                          describe(environment));
         return rightsStatus;
     }
+    [[nodiscard]] bool isAlive(const platform::AuthorizationRef& /*reference*/) const override {
+        return isHelperAlive;
+    }
+    [[nodiscard]] bool canAskUser() const override { return canAsk; }
     platform::AuthorizationStatus free(const platform::AuthorizationRef& reference,
                                        platform::AuthorizationFlags flags) override {
         events.push_back((reference ? "free " : "free nothing ") + std::to_string(flags));
@@ -121,7 +130,9 @@ class RecordingAuthorizationHost : public AuthorizationHost,
     platform::AuthorizationStatus executeWithPrivileges(
         const platform::AuthorizationRef& /*reference*/, const std::string& tool,
         platform::AuthorizationFlags /*flags*/, const std::vector<std::string>& arguments,
+        const std::vector<platform::SeenPath>& seen,
         std::unique_ptr<platform::CommunicationsPipe>* pipe) override {
+        seenPaths = seen;
         if (whenExecuted) {
             whenExecuted();
         }

@@ -17,7 +17,7 @@ namespace vornic::test {
 
 /// A document's window that writes down what it is told. A call from another thread than the main
 /// one fails the running test.
-class RecordingDocumentWindow : public DocumentWindow {
+class RecordingDocumentWindow : public DocumentWindow, public ConversionDialog {
   public:
     // What the document can see; set it before, look at it afterwards.
     bool sheetIsVisible = false;
@@ -30,10 +30,11 @@ class RecordingDocumentWindow : public DocumentWindow {
     /// "cancel button on", "cancel button off", "start", "stop", "indeterminate", "determinate",
     /// "status: TEXT", "begin sheet", "end sheet", "alert: MESSAGE | INFO", "begin convert",
     /// "end convert", "start spinner", "stop spinner", "current: TEXT", "downgrade: TEXT",
-    /// "clear menu", "add: TITLE", "key: KEY", "menu on", "menu off", "button on", "button off".
+    /// "clear menu", "add: TITLE", "key: KEY", "menu on", "menu off", "button on", "button off",
+    /// "converted: VERSION".
     std::vector<std::string> calls;
     /// How runs have ended, in order.
-    std::vector<RepairOutcome> outcomes;
+    std::vector<RepairResult> outcomes;
     /// When set, runs after each call, which it is given; may raise.
     std::function<void(const std::string& call)> onCall;
 
@@ -85,10 +86,13 @@ class RecordingDocumentWindow : public DocumentWindow {
         sheetIsSheet = false;
         note("end sheet");
     }
-    void showOutcome(RepairOutcome outcome) override { outcomes.push_back(outcome); }
+    void showOutcome(const RepairResult& result) override { outcomes.push_back(result); }
     void beginAlertSheet(std::string_view message, std::string_view info) override {
         note("alert: ", std::string(message).append(" | ").append(info));
     }
+
+    [[nodiscard]] ConversionDialog& conversionDialog() override { return *this; }
+    void showConverted(std::string_view version) override { note("converted: ", version); }
 
     void beginConvertSheet() override { note("begin convert"); }
     void endConvertSheet() override { note("end convert"); }

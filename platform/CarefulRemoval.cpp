@@ -1,0 +1,48 @@
+#include "platform/CarefulRemoval.h"
+
+#include <cerrno>
+#include <optional>
+
+#include <unistd.h>
+
+#include "platform/PathText.h"
+#include "platform/Rename.h"
+
+namespace vornic::platform {
+namespace {
+
+/// Gives a file that was renamed aside its name back, or the first numbered one that is free.
+void giveNameBack(const std::string& aside, const std::string& path) {
+    const SplitName parts = splitExtension(lastComponent(path));
+    std::string name = path;
+    for (long number = 2; renameWithoutReplacing(aside, name) == EEXIST; ++number) {
+        name = joinPath(parentFolder(path),
+                        parts.stem + " " + std::to_string(number) + parts.extension);
+    }
+}
+
+}  // namespace
+
+Removal removeWhileIs(const std::string& path, const FileIdentity& identity, int& errorNumber) {
+    const std::optional<FileIdentity> found = fileIdentity(path);
+    if (found && *found != identity) {
+        return Removal::another;
+    }
+    const std::string aside = joinPath(parentFolder(path), temporaryName(lastComponent(path)));
+    errorNumber = renameWithoutReplacing(path, aside);
+    if (errorNumber != 0) {
+        return Removal::failed;
+    }
+    if (fileIdentity(aside) != identity) {
+        giveNameBack(aside, path);
+        return Removal::another;
+    }
+    if (unlink(aside.c_str()) == 0) {
+        return Removal::removed;
+    }
+    errorNumber = errno;
+    giveNameBack(aside, path);
+    return Removal::failed;
+}
+
+}  // namespace vornic::platform

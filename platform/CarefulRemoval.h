@@ -1,0 +1,28 @@
+#ifndef VORNIC_PLATFORM_CAREFUL_REMOVAL_H
+#define VORNIC_PLATFORM_CAREFUL_REMOVAL_H
+
+#include <string>
+
+#include "platform/FileSystem.h"
+
+namespace vornic::platform {
+
+/// What came of a removal.
+enum class Removal {
+    removed,
+    /// Something else stands at the path and was left there.
+    another,
+    failed,
+};
+
+/// Removes a file from a path, but only while that very file stands there: it is renamed out of
+/// everybody's reach and looked at before it is unlinked. What another program has put in its place
+/// is never removed; it gets its name back, or a number added to it when the name was taken anew
+/// meanwhile. Any thread.
+/// @param errorNumber set to the errno value when it failed (ENOENT: nothing stands there)
+[[nodiscard]] Removal removeWhileIs(const std::string& path, const FileIdentity& identity,
+                                    int& errorNumber);
+
+}  // namespace vornic::platform
+
+#endif

@@ -1,0 +1,176 @@
+#include "platform/TemporaryFile.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstdio>
+#include <ctime>
+#include <mutex>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/Failure.h"
+#include "platform/PathText.h"
+
+namespace vornic::platform {
+
+namespace {
+
+constexpr std::string_view kEnding = ".part";
+
+/// True for ".NAME.vornic-xxxxxxxxxx.part".
+bool isTemporaryName(std::string_view name) {
+    constexpr std::string_view kMark = ".vornic-";
+    constexpr std::size_t kRandomLength = 10;
+    if (!name.starts_with('.') || !name.ends_with(kEnding)) {
+        return false;
+    }
+    name.remove_suffix(kEnding.size());
+    const std::size_t mark = name.rfind(kMark);
+    if (mark == std::string_view::npos || name.size() != mark + kMark.size() + kRandomLength) {
+        return false;
+    }
+    const std::string_view random = name.substr(mark + kMark.size());
+    return std::all_of(random.begin(), random.end(), [](unsigned char byte) {
+        return std::islower(byte) != 0 || std::isdigit(byte) != 0;
+    });
+}
+
+/// True for a file of this user that nothing has changed for long and nobody holds.
+bool isDead(int file, std::chrono::seconds age) {
+    struct stat status {};
+    return fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid() &&
+           status.st_nlink == 1 && status.st_ctim.tv_sec + age.count() <= time(nullptr) &&
+           flock(file, LOCK_EX | LOCK_NB) == 0;
+}
+
+void removeIfDead(int folder, const std::string& name, std::chrono::seconds age) {
+    const FileDescriptor file(
+        openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    struct stat status {};
+    if (file && isDead(file.get(), age) &&
+        fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+        identityOf(file.get()) == FileIdentity{status.st_dev, status.st_ino}) {
+        static_cast<void>(unlinkat(folder, name.c_str(), 0) == 0);
+    }
+}
+
+/// True the first time of several in a row, so that many files of one folder cost one look at it.
+bool isLookedAtAnew(int folder) {
+    static std::mutex mutex;
+    static FileIdentity last;
+    const std::lock_guard lock(mutex);
+    const FileIdentity identity = identityOf(folder);
+    return std::exchange(last, identity) != identity;
+}
+
+}  // namespace
+
+bool TemporaryFile::open(const std::string& wantedPath, ErrorSlot& error) {
+    path = wantedPath;
+    constexpr int kMostTries = 100;
+    int errorNumber = EBUSY;
+    // It is busy while another program is replacing it.
+    for (int attempt = 0; attempt < kMostTries && errorNumber == EBUSY; ++attempt) {
+        errorNumber = findTarget();
+    }
+    if (errorNumber == 0) {
+        errorNumber = makeTemporary();
+    }
+    if (errorNumber == 0) {
+        return true;
+    }
+    return errorNumber == EINVAL
+               ? failFileBecause(error, path, "written", EINVAL, "it is no ordinary file")
+               : failFile(error, path, "written", errorNumber);
+}
+
+int TemporaryFile::becomeExchangeable() {
+    std::string plain = temporary.substr(0, temporary.size() - kEnding.size());
+    if (std::rename(temporary.c_str(), plain.c_str()) != 0) {
+        return errno;
+    }
+    temporary = std::move(plain);
+    return 0;
+}
+
+void TemporaryFile::discard() {
+    if (!temporary.empty()) {
+        static_cast<void>(unlink(temporary.c_str()) == 0);
+        temporary.clear();
+    }
+}
+
+int TemporaryFile::findTarget() {
+    if (path.find('\0') != std::string::npos) {
+        return EINVAL;
+    }
+    // Asked first by the system itself, which knows links that this user must not follow.
+    struct stat status {};
+    const bool exists = stat(path.c_str(), &status) == 0;
+    if (!exists && errno != ENOENT) {
+        return errno;
+    }
+    if (exists && !S_ISREG(status.st_mode)) {
+        return S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    }
+    int errorNumber = 0;
+    std::optional<std::string> resolved = resolveFinalLink(path, errorNumber);
+    if (!resolved) {
+        return errorNumber;
+    }
+    target = std::move(*resolved);
+    if (!exists) {
+        return target.empty() || target.back() == '/' ? ENOENT : 0;
+    }
+    old = openForMetadata(target, false, errorNumber);
+    if (old && identityOf(old.get()) != FileIdentity{status.st_dev, status.st_ino}) {
+        return EBUSY;
+    }
+    return old ? 0 : errorNumber;
+}
+
+int TemporaryFile::makeTemporary() {
+    const std::string folder = parentFolder(target);
+    const std::string name = lastComponent(target);
+    // Contents that replace an existing file stay private until they have that file's mode.
+    const mode_t mode = old ? 0600 : 0666;
+    constexpr int kMostTries = 100;
+    for (int attempt = 0; attempt < kMostTries; ++attempt) {
+        std::string candidate = joinPath(folder, temporaryName(name)).append(kEnding);
+        file = FileDescriptor(
+            ::open(candidate.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode));
+        if (file) {
+            // Where files cannot be locked, the age alone tells the living from the dead.
+            static_cast<void>(flock(file.get(), LOCK_EX | LOCK_NB) == 0);
+            temporary = std::move(candidate);
+            return 0;
+        }
+        if (errno != EEXIST && errno != EINTR) {
+            return errno;
+        }
+    }
+    return EEXIST;
+}
+
+void removeDeadTemporaries(const std::string& folder, std::chrono::seconds age) {
+    const FileDescriptor opened(
+        ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK));
+    std::vector<std::string> names;
+    if (!opened || !isLookedAtAnew(opened.get()) || listFolder(opened.get(), names) != 0) {
+        return;
+    }
+    for (const std::string& name : names) {
+        if (isTemporaryName(name)) {
+            removeIfDead(opened.get(), name, age);
+        }
+    }
+}
+
+}  // namespace vornic::platform

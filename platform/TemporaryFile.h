@@ -1,0 +1,52 @@
+#ifndef VORNIC_PLATFORM_TEMPORARY_FILE_H
+#define VORNIC_PLATFORM_TEMPORARY_FILE_H
+
+#include <chrono>
+#include <string>
+
+#include "platform/Error.h"
+#include "platform/FileDescriptor.h"
+
+namespace vornic::platform {
+
+/// New contents for a file, in a file of its own in the same folder that goes when nobody gives it
+/// the target's name. Its name ends with ".part" and it is locked as long as it is being written,
+/// so that one which a killed process has left behind is known. The parts of `AtomicFile` and
+/// `FileReplacement`. One thread at a time.
+struct TemporaryFile {
+    /// As the caller named it, for messages.
+    std::string path;
+    /// What the path leads to, links followed.
+    std::string target;
+    /// Where the new contents are; "" once they have the target's name or are gone.
+    std::string temporary;
+    /// The file that is replaced; closed when there is none.
+    FileDescriptor old;
+    FileDescriptor file;
+
+    TemporaryFile() = default;
+    ~TemporaryFile() { discard(); }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    /// Finds the target and makes the file.
+    [[nodiscard]] bool open(const std::string& wantedPath, ErrorSlot& error);
+    /// Takes the ending off the name: what stands there from now on need not be this file, and must
+    /// not be taken for what a killed process has left. @return 0 or the errno value.
+    [[nodiscard]] int becomeExchangeable();
+    void discard();
+
+  private:
+    [[nodiscard]] int findTarget();
+    [[nodiscard]] int makeTemporary();
+};
+
+/// Removes what killed processes of this user have left in a folder while they were writing: files
+/// that end with ".part", that no process has locked, and that nothing has changed for a time. Of
+/// several calls in a row for one folder only the first one looks into it. Any thread.
+void removeDeadTemporaries(const std::string& folder,
+                           std::chrono::seconds age = std::chrono::minutes(10));
+
+}  // namespace vornic::platform
+
+#endif
