@@ -1,5 +1,6 @@
 #include "xml/ForbiddenCharacters.h"
 
+#include <algorithm>
 #include <bit>
 
 #if defined(__SSE2__)
@@ -101,6 +102,37 @@ ForbiddenCharacters::ForbiddenCharacters(std::string_view text) {
                              {}});
         }
     }
+}
+
+const char* ForbiddenCharacters::endOfRun(const char* place, const char* end) {
+    return afterForbidden(place, end);
+}
+
+ForbiddenCharacters::Runs::Runs(const ForbiddenCharacters& characters) : runs_(characters.runs_) {
+    std::size_t removed = 0;
+    remainingOffsets_.reserve(runs_.size());
+    for (const XMLEdit& run : runs_) {
+        remainingOffsets_.push_back(run.offset - removed);
+        removed += run.length;
+    }
+}
+
+std::size_t ForbiddenCharacters::Runs::original(std::size_t remainingOffset) const {
+    const auto next =
+        std::upper_bound(remainingOffsets_.begin(), remainingOffsets_.end(), remainingOffset);
+    if (next == remainingOffsets_.begin()) {
+        return remainingOffset;
+    }
+    const auto last = static_cast<std::size_t>(next - remainingOffsets_.begin()) - 1;
+    return runs_[last].offset + runs_[last].length + (remainingOffset - remainingOffsets_[last]);
+}
+
+TextSpan ForbiddenCharacters::Runs::original(TextSpan remaining) const {
+    const std::size_t offset = original(remaining.offset);
+    if (remaining.length == 0) {
+        return {offset, 0};
+    }
+    return {offset, original(remaining.end() - 1) + 1 - offset};
 }
 
 std::size_t ForbiddenCharacters::OffsetMap::original(std::size_t remainingOffset) {

@@ -24,6 +24,29 @@ class ForbiddenCharacters {
     [[nodiscard]] const std::string& remainingText() const { return remaining_; }
     [[nodiscard]] std::size_t count() const { return count_; }
 
+    /// The place after the forbidden characters that begin at `place`; `place` itself when the one
+    /// there is allowed.
+    [[nodiscard]] static const char* endOfRun(const char* place, const char* end);
+
+    /// Turns places in the remaining text, in any order, into those of the original text.
+    class Runs {
+      public:
+        explicit Runs(const ForbiddenCharacters& characters);
+        /// The piece of the original text from the first to the last byte of a piece of the
+        /// remaining text; an empty one stands behind what was dropped there.
+        [[nodiscard]] TextSpan original(TextSpan remaining) const;
+
+      private:
+        [[nodiscard]] std::size_t original(std::size_t remainingOffset) const;
+
+        const std::vector<XMLEdit>& runs_;
+        // For each run, its offset in the remaining text.
+        std::vector<std::size_t> remainingOffsets_;
+    };
+
+    /// The runs that were dropped, as edits of the original text.
+    [[nodiscard]] const std::vector<XMLEdit>& runs() const { return runs_; }
+
     /// Turns offsets in the remaining text, each at least as large as the one before, into those
     /// of the original text.
     class OffsetMap {

@@ -97,7 +97,7 @@ std::string_view declaredEncoding(std::string_view bytes) {
 // A converter that is closed again.
 class Converter {
   public:
-    explicit Converter(const char* from) : handle_(iconv_open(kUTF8, from)) {}
+    Converter(const char* from, const char* into) : handle_(iconv_open(into, from)) {}
     ~Converter() {
         if (isOpen()) {
             iconv_close(handle_);
@@ -133,7 +133,7 @@ class Converter {
 
 std::optional<std::string> convert(std::string bytes, std::size_t offset, const char* converter,
                                    ErrorSlot& error) {
-    Converter conversion(converter);
+    Converter conversion(converter, kUTF8);
     if (!conversion.isOpen()) {
         error = encodingError(XMLErrorCode::unknownEncoding,
                               "The file's encoding, " + std::string(converter) +
@@ -186,7 +186,7 @@ std::optional<std::string> unsupported(std::string_view name, ErrorSlot& error) 
     return std::nullopt;
 }
 
-std::optional<std::string> decodeDeclared(std::string bytes, ErrorSlot& error) {
+std::optional<std::string> decodeDeclared(std::string bytes, TextDecoding& how, ErrorSlot& error) {
     const std::string name(declaredEncoding(bytes));
     if (name.empty()) {
         return textFromUTF8(std::move(bytes), error);
@@ -200,7 +200,27 @@ std::optional<std::string> decodeDeclared(std::string bytes, ErrorSlot& error) {
     if (encoding == kUTF8 || encoding.starts_with(kUTF16)) {
         return textFromUTF8(std::move(bytes), error);
     }
+    how.encoding = converter;
     return convert(std::move(bytes), 0, converter, error);
+}
+
+std::optional<std::string> decode(std::string bytes, TextDecoding& how, ErrorSlot& error) {
+    const auto signature = std::find_if(
+        kSignatures.begin(), kSignatures.end(),
+        [&bytes](const Signature& candidate) { return bytes.starts_with(candidate.bytes); });
+    if (signature == kSignatures.end()) {
+        return decodeDeclared(std::move(bytes), how, error);
+    }
+    const std::string_view encoding = signature->converter;
+    how.markLength = signature->isMark ? signature->bytes.size() : 0;
+    if (encoding == kUTF8) {
+        return textFromUTF8(std::move(bytes), error);
+    }
+    if (!encoding.starts_with(kUTF16)) {
+        return unsupported(encoding, error);
+    }
+    how.encoding = encoding;
+    return convert(std::move(bytes), how.markLength, signature->converter, error);
 }
 
 }  // namespace
@@ -237,21 +257,30 @@ std::optional<std::string> textFromUTF8(std::string bytes, ErrorSlot& error) {
 }
 
 std::optional<std::string> decodeXMLBytes(std::string bytes, ErrorSlot& error) {
-    const auto signature = std::find_if(
-        kSignatures.begin(), kSignatures.end(),
-        [&bytes](const Signature& candidate) { return bytes.starts_with(candidate.bytes); });
-    if (signature == kSignatures.end()) {
-        return decodeDeclared(std::move(bytes), error);
+    TextDecoding ignored;
+    return decode(std::move(bytes), ignored, error);
+}
+
+std::optional<DecodedText> decodeXMLText(std::string bytes, ErrorSlot& error) {
+    TextDecoding how;
+    std::optional<std::string> text = decode(std::move(bytes), how, error);
+    if (!text) {
+        return std::nullopt;
     }
-    const std::string_view encoding = signature->converter;
+    return DecodedText{std::move(*text), std::move(how)};
+}
+
+std::optional<std::string> encodeText(std::string_view text, const std::string& encoding) {
+    std::string source(text);
     if (encoding == kUTF8) {
-        return textFromUTF8(std::move(bytes), error);
+        return source;
     }
-    if (!encoding.starts_with(kUTF16)) {
-        return unsupported(encoding, error);
+    Converter conversion(kUTF8, encoding.c_str());
+    std::string bytes;
+    if (!conversion.isOpen() || conversion.convert(source, 0, bytes) != source.size()) {
+        return std::nullopt;
     }
-    const std::size_t offset = signature->isMark ? signature->bytes.size() : 0;
-    return convert(std::move(bytes), offset, signature->converter, error);
+    return bytes;
 }
 
 }  // namespace vornic

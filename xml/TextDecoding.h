@@ -29,6 +29,27 @@ inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 /// @return nothing, with the slot filled, for an unknown encoding or bytes that do not fit it.
 [[nodiscard]] std::optional<std::string> decodeXMLBytes(std::string bytes, ErrorSlot& error);
 
+/// How the bytes of a file became text.
+struct TextDecoding {
+    /// "UTF-8", "ASCII", "UTF-16LE", "UTF-16BE", "ISO-8859-1", "CP1252" or "MACINTOSH".
+    std::string encoding = "UTF-8";
+    /// The length of the byte order mark that was dropped at the beginning.
+    std::size_t markLength = 0;
+};
+
+struct DecodedText {
+    std::string text;
+    TextDecoding decoding;
+};
+
+/// `decodeXMLBytes`, which also tells how the text lies in the bytes; see `FileOffsets`.
+[[nodiscard]] std::optional<DecodedText> decodeXMLText(std::string bytes, ErrorSlot& error);
+
+/// The text in an encoding that `TextDecoding` names, without a byte order mark; nothing when it
+/// has characters that the encoding lacks.
+[[nodiscard]] std::optional<std::string> encodeText(std::string_view text,
+                                                    const std::string& encoding);
+
 }  // namespace vornic
 
 #endif

@@ -64,7 +64,7 @@ void XMLAttributeReader::checkRepetition(std::string_view name) {
     }
     if (repeated) {
         in_.fault(XMLErrorCode::repeatedAttribute, name.data(),
-                  "the attribute " + excerpt(name) + " appears twice in the same tag.");
+                  "the attribute " + excerpt(name) + " appears twice in the same tag.", name);
     }
     names_.push_back(name);
 }
@@ -96,7 +96,7 @@ void XMLAttributeReader::readQuotedValue(std::string_view name, bool spaced) {
     }
     doubtfulEnd_ = hasLessThan || value.ends_with('=');
     in_.moveTo(place + 1);
-    report(name, value);
+    report(name, value, place + 1);
 }
 
 const char* XMLAttributeReader::passSpecialValue(const char* place) {
@@ -142,24 +142,25 @@ void XMLAttributeReader::readUnquotedValue(std::string_view name, bool doubtful)
     in_.edit(place, 0, "\"");
     in_.moveTo(place);
     doubtfulEnd_ = true;
-    report(name, {start, static_cast<std::size_t>(place - start)});
+    report(name, {start, static_cast<std::size_t>(place - start)}, place);
 }
 
 void XMLAttributeReader::addEmptyValue(std::string_view name, const char* place,
                                        std::string_view replacement) {
-    in_.mendOrFault(XMLErrorCode::malformedAttribute, name.data(), "an attribute has no value.",
-                    "an attribute without a value was given an empty one");
+    in_.mendOrFault(XMLErrorCode::attributeWithoutValue, name.data(), "an attribute has no value.",
+                    "an attribute without a value was given an empty one", name);
     in_.edit(place, 0, replacement);
     doubtfulEnd_ = true;
-    report(name, "");
+    report(name, {place, 0}, place);
 }
 
-void XMLAttributeReader::report(std::string_view name, std::string_view value) {
+void XMLAttributeReader::report(std::string_view name, std::string_view value, const char* end) {
     if (name == "xml:space" && value == "preserve") {
         in_.reading().hasMixedContent = true;
     }
-    if (in_.events() != nullptr) {
-        in_.events()->attribute(name, value);
+    if (XMLReaderEvents* const events = in_.eventsAt(name.data(), end)) {
+        in_.setValuePlace(value.data(), value.data() + value.size());
+        events->attribute(name, value);
     }
 }
 

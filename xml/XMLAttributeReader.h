@@ -30,7 +30,8 @@ class XMLAttributeReader {
     void readUnquotedValue(std::string_view name, bool afterSpace);
     void addEmptyValue(std::string_view name, const char* place, std::string_view replacement);
     const char* passSpecialValue(const char* place);
-    void report(std::string_view name, std::string_view value);
+    /// @param end the place behind the attribute.
+    void report(std::string_view name, std::string_view value, const char* end);
 
     XMLInput& in_;
     std::vector<std::string_view> names_;

@@ -4,6 +4,7 @@
 #include <array>
 #include <string>
 
+#include "xml/TextDecoding.h"
 #include "xml/TextPlace.h"
 #include "xml/XMLDeclarationReader.h"
 #include "xml/XMLDoctypeReader.h"
@@ -74,6 +75,8 @@ void XMLContentReader::readMisc(bool beforeRoot) {
         } else if (beforeRoot && *in_.at() == '<' &&
                    xmlchars::nameLength(in_.at() + 1, in_.end()) != 0) {
             return;
+        } else if (beforeRoot && in_.startsWith(kByteOrderMark)) {
+            dropByteOrderMark();
         } else {
             refuseOutsideRoot(beforeRoot);
         }
@@ -83,17 +86,29 @@ void XMLContentReader::readMisc(bool beforeRoot) {
     }
 }
 
+// Where files were joined, that of the second one stands behind what the first one began with.
+void XMLContentReader::dropByteOrderMark() {
+    const char* const mark = in_.at();
+    in_.mendOrFault(XMLErrorCode::misplacedByteOrderMark, mark,
+                    "a byte order mark stands before the root element.",
+                    "a byte order mark before the root element was left out");
+    in_.edit(mark, kByteOrderMark.size(), "");
+    in_.moveTo(mark + kByteOrderMark.size());
+}
+
 void XMLContentReader::readComment() {
+    const char* const start = in_.at();
     const std::string_view content = in_.readComment();
-    if (in_.events() != nullptr) {
-        in_.events()->comment(content);
+    if (XMLReaderEvents* const events = in_.eventsAt(start, in_.at())) {
+        events->comment(content);
     }
 }
 
 void XMLContentReader::readInstruction() {
+    const char* const start = in_.at();
     const XMLInstruction instruction = in_.readProcessingInstruction();
-    if (in_.events() != nullptr) {
-        in_.events()->processingInstruction(instruction.target, instruction.data);
+    if (XMLReaderEvents* const events = in_.eventsAt(start, in_.at())) {
+        events->processingInstruction(instruction.target, instruction.data);
     }
 }
 
@@ -113,11 +128,12 @@ void XMLContentReader::refuseOutsideRoot(bool beforeRoot) {
     if (in_.startsWith("</")) {
         const std::string_view name(place + 2, xmlchars::nameLength(place + 2, in_.end()));
         in_.fault(XMLErrorCode::strayEndTag, place,
-                  "the end tag " + quotedTag("</", name) + " belongs to no start tag.");
+                  "the end tag " + quotedTag("</", name) + " belongs to no start tag.", name);
     }
     if (!beforeRoot && *place == '<' && xmlchars::nameLength(place + 1, in_.end()) != 0) {
         in_.fault(XMLErrorCode::secondRootElement, place,
-                  "there is a second root element; a file may have only one.");
+                  "there is a second root element; a file may have only one.",
+                  {place + 1, xmlchars::nameLength(place + 1, in_.end())});
     }
     if (in_.startsWith("<!")) {
         in_.fault(XMLErrorCode::unknownMarkup, place,
@@ -182,8 +198,8 @@ void XMLContentReader::readStartTag() {
     const std::size_t mendedName = in_.mendedOffsetOf(tag + 1);
     in_.moveTo(tag + 1);
     const std::string_view name = in_.readName();
-    if (in_.events() != nullptr) {
-        in_.events()->startElement(name);
+    if (XMLReaderEvents* const events = in_.eventsAt(tag, in_.at())) {
+        events->startElement(name);
     }
     attributes_.beginTag();
     for (;;) {
@@ -208,10 +224,13 @@ void XMLContentReader::readStartTag() {
 void XMLContentReader::finishStartTag(std::string_view name, bool selfClosed,
                                       std::size_t mendedName) {
     if (selfClosed) {
-        if (in_.events() != nullptr) {
-            in_.events()->endElement(name, true);
+        if (XMLReaderEvents* const events = in_.eventsAt(in_.at() - 2, in_.at())) {
+            events->endElement(name, true);
         }
         return;
+    }
+    if (XMLReaderEvents* const events = in_.eventsAt(in_.at() - 1, in_.at())) {
+        events->finishStartTag();
     }
     open_.push_back({in_.offsetOf(name.data()), name.size()});
     afterStartTag_ = in_.at();
@@ -222,13 +241,13 @@ void XMLContentReader::refuseTagEnd(const char* tag, const char* place) {
     const std::string_view name(tag + 1, xmlchars::nameLength(tag + 1, in_.end()));
     if (place == in_.end() || *place == '<') {
         in_.fault(XMLErrorCode::unclosedTag, tag,
-                  "the tag " + quotedTag("<", name) + " is never closed.");
+                  "the tag " + quotedTag("<", name) + " is never closed.", name);
     }
     if (!xmlchars::isASCII(*place) || static_cast<unsigned char>(*place) < 0x20) {
         (void)in_.passCharacter(place);
     }
     in_.fault(XMLErrorCode::malformedStartTag, place,
-              "the tag " + quotedTag("<", name) + " is malformed here.");
+              "the tag " + quotedTag("<", name) + " is malformed here.", name);
 }
 
 void XMLContentReader::readEndTag() {
@@ -242,13 +261,13 @@ void XMLContentReader::readEndTag() {
     if (close == in_.end() || *close != '>') {
         refuseEndTag(tag);
     }
-    if (tag == afterStartTag_) {
+    if (tag == afterStartTag_ && !in_.keepsNothing()) {
         in_.reading().emptyPairs.push_back(startTagName_);
     }
     open_.pop_back();
     in_.moveTo(close + 1);
-    if (in_.events() != nullptr) {
-        in_.events()->endElement(name, false);
+    if (XMLReaderEvents* const events = in_.eventsAt(tag, in_.at())) {
+        events->endElement(name, false);
     }
 }
 
@@ -262,12 +281,13 @@ void XMLContentReader::refuseEndTag(const char* tag) {
     if (name == expected) {
         const bool unclosed = in_.afterSpace(tag + 2 + name.size()) == in_.end();
         in_.fault(unclosed ? XMLErrorCode::unclosedTag : XMLErrorCode::malformedEndTag, tag,
-                  "the end tag " + quotedTag("</", name) + " is never closed.");
+                  "the end tag " + quotedTag("</", name) + " is never closed.", name);
     }
     in_.fault(XMLErrorCode::mismatchedEndTag, tag,
               "the end tag " + quotedTag("</", name) + " does not match the start tag " +
                   quotedTag("<", expected) + " of line " +
-                  std::to_string(in_.lineOf(in_.begin() + open_.back().nameOffset)) + ".");
+                  std::to_string(in_.lineOf(in_.begin() + open_.back().nameOffset)) + ".",
+              name, expected);
 }
 
 void XMLContentReader::readText() {
@@ -278,12 +298,13 @@ void XMLContentReader::readText() {
     const char* const end = blank ? content : passText(content);
     const std::string_view text(start, static_cast<std::size_t>(end - start));
     noteChild(!blank);
-    if (!blank && content != in_.end() && *content == '&' && decodesToWhiteSpace(text)) {
+    if (!blank && content != in_.end() && *content == '&' && !in_.keepsNothing() &&
+        decodesToWhiteSpace(text)) {
         in_.reading().referencedBlanks.push_back(mendedStart);
     }
     in_.moveTo(end);
-    if (in_.events() != nullptr) {
-        in_.events()->text(text);
+    if (XMLReaderEvents* const events = in_.eventsAt(start, end)) {
+        events->text(text);
     }
 }
 
@@ -343,8 +364,8 @@ void XMLContentReader::readCDATA() {
         place = plain ? place + 1 : in_.passCharacter(place);
     }
     in_.moveTo(place + 3);
-    if (in_.events() != nullptr) {
-        in_.events()->cdata({content, static_cast<std::size_t>(place - content)});
+    if (XMLReaderEvents* const events = in_.eventsAt(section, in_.at())) {
+        events->cdata({content, static_cast<std::size_t>(place - content)});
     }
 }
 
@@ -361,7 +382,8 @@ void XMLContentReader::refuseOpenElements() {
     const OpenElement& element = open_.back();
     in_.fault(XMLErrorCode::unclosedElement, in_.end(),
               "the file ends before the element " + quotedTag("<", nameOf(element)) + " of line " +
-                  std::to_string(in_.lineOf(in_.begin() + element.nameOffset)) + " is closed.");
+                  std::to_string(in_.lineOf(in_.begin() + element.nameOffset)) + " is closed.",
+              nameOf(element), nameOf(element));
 }
 
 std::string_view XMLContentReader::nameOf(const OpenElement& element) const {

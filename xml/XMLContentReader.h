@@ -29,6 +29,7 @@ class XMLContentReader {
     };
 
     void readMisc(bool beforeRoot);
+    void dropByteOrderMark();
     void readComment();
     void readInstruction();
     void readDoctype(bool beforeRoot);

@@ -81,10 +81,9 @@ void XMLDoctypeReader::read() {
                   "the document type declaration that begins here is never closed.");
     }
     expect('>', "the document type declaration is malformed here.");
-    if (in_.events() != nullptr) {
+    if (XMLReaderEvents* const events = in_.eventsAt(start, in_.at())) {
         const char* const last = in_.at() - 1;
-        in_.events()->documentType(name,
-                                   {declaration, static_cast<std::size_t>(last - declaration)});
+        events->documentType(name, {declaration, static_cast<std::size_t>(last - declaration)});
     }
 }
 

@@ -21,6 +21,9 @@ struct XMLDocument::State {
     std::size_t offset = 0;
     XMLReading reading;
     XMLSourceFacts facts;
+    // The file that it was loaded from.
+    std::string path;
+    std::optional<platform::FileSnapshot> snapshot;
 
     /// The whole document.
     pugi::xml_document& tree() {
@@ -52,6 +55,7 @@ struct XMLDocument::State {
     void buildHead();
     void parse(char* begin, std::size_t length, pugi::xml_document& into);
     void adoptHead();
+    void forget();
 
     pugi::xml_document tree_;
     bool isBuilt_ = false;
@@ -76,11 +80,19 @@ pugi::xml_node documentTypeOf(const pugi::xml_document& tree) {
 
 void setDocumentTypeOf(pugi::xml_document& tree, std::string_view declaration) {
     pugi::xml_node type = documentTypeOf(tree);
-    if (!type) {
+    const bool isNew = !type;
+    if (isNew) {
         type = tree.insert_child_before(pugi::node_doctype, tree.document_element());
     }
-    type.set_value(declaration.data(), declaration.size());
+    if (!type.set_value(declaration.data(), declaration.size())) {
+        if (isNew) {
+            tree.remove_child(type);
+        }
+        throw std::bad_alloc();
+    }
 }
+
+constexpr std::string_view kCommentStart = "!--";
 
 // True when a tag in the content of a root element, a text that `readXML` has passed, begins an
 // element of that name.
@@ -89,8 +101,11 @@ bool hasStartTag(std::string_view content, std::string_view name) {
     while (at != std::string_view::npos) {
         const std::string_view markup = content.substr(at + 1);
         std::string_view end = "<";
-        if (markup.starts_with("!--")) {
+        std::size_t inside = at + 1;
+        if (markup.starts_with(kCommentStart)) {
             end = "-->";
+            // The mark that ends a comment shares no hyphen with the one that begins it.
+            inside += kCommentStart.size();
         } else if (markup.starts_with("![CDATA[")) {
             end = "]]>";
         } else if (markup.starts_with('?')) {
@@ -100,7 +115,7 @@ bool hasStartTag(std::string_view content, std::string_view name) {
                        name.size()) {
             return true;
         }
-        at = content.find(end, at + 1);
+        at = content.find(end, inside);
         if (at != std::string_view::npos && end != "<") {
             at = content.find('<', at);
         }
@@ -146,8 +161,13 @@ void XMLDocument::State::buildTree() {
     if (facts.hasMixedContent) {
         xmltree::removeBlanksBetweenNodes(tree_, reading.referencedBlanks);
     }
+    try {
+        adoptHead();
+    } catch (...) {
+        forget();
+        throw;
+    }
     isBuilt_ = true;
-    adoptHead();
 }
 
 void XMLDocument::State::buildHead() {
@@ -171,25 +191,43 @@ void XMLDocument::State::parse(char* begin, std::size_t length, pugi::xml_docume
     if (result) {
         return;
     }
-    // What is left of the text must not be taken for the document.
-    text.clear();
-    offset = 0;
-    reading.contentOffset = 0;
+    forget();
     if (result.status == pugi::status_out_of_memory) {
         throw std::bad_alloc();
     }
     throw platform::Exception("XMLTreeException", result.description());
 }
 
-// What has been changed in the head so far is changed in the tree, too.
+// What is left of the text and of a tree that could not be finished must not be taken for the
+// document.
+void XMLDocument::State::forget() {
+    text.clear();
+    offset = 0;
+    reading.contentOffset = 0;
+    tree_.reset();
+    head_.reset();
+}
+
+// What has been changed in the head so far is changed in the tree, too. Both were made from one
+// text, and in the head attributes are changed and added but never removed, so that the two lists
+// run side by side.
 void XMLDocument::State::adoptHead() {
     const pugi::xml_node changedRoot = head_.document_element();
     if (!changedRoot) {
         return;
     }
+    const pugi::xml_node root = tree_.document_element();
+    pugi::xml_attribute adopted = root.first_attribute();
     for (const pugi::xml_attribute& attribute : changedRoot.attributes()) {
-        XMLNode(tree_.document_element().internal_object())
-            .setAttribute(attribute.name(), attribute.value());
+        const std::string_view value = attribute.value();
+        if (!adopted) {
+            xmltree::appendAttribute(root, attribute.name(), value);
+            continue;
+        }
+        if (adopted.value() != value) {
+            xmltree::require(adopted.set_value(value.data(), value.size()));
+        }
+        adopted = adopted.next_attribute();
     }
     if (const pugi::xml_node type = documentTypeOf(head_)) {
         setDocumentTypeOf(tree_, type.value());
@@ -217,12 +255,26 @@ std::unique_ptr<XMLDocument> XMLDocument::parse(std::string text, XMLMode mode, 
 
 std::unique_ptr<XMLDocument> XMLDocument::load(const std::string& path, XMLMode mode,
                                                ErrorSlot& error) {
-    std::optional<std::string> bytes = platform::readFile(path, error);
+    platform::FileSnapshot snapshot;
+    std::optional<std::string> bytes = platform::readFileForChange(path, snapshot, error);
     if (!bytes) {
         return nullptr;
     }
     std::optional<std::string> text = decodeXMLBytes(std::move(*bytes), error);
-    return text ? parse(std::move(*text), mode, error) : nullptr;
+    std::unique_ptr<XMLDocument> document = text ? parse(std::move(*text), mode, error) : nullptr;
+    if (document) {
+        document->state_->path = path;
+        document->state_->snapshot = snapshot;
+    }
+    return document;
+}
+
+std::optional<platform::FileSnapshot> XMLDocument::snapshotOfFile(std::string_view path) const {
+    return state_->path == path ? state_->snapshot : std::nullopt;
+}
+
+std::size_t XMLDocument::textSize() const {
+    return state_->text.size() - state_->offset;
 }
 
 const std::vector<XMLMend>& XMLDocument::mends() const {

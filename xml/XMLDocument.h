@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/Error.h"
+#include "platform/FileSnapshot.h"
 #include "xml/XMLNode.h"
 #include "xml/XMLReader.h"
 
@@ -35,6 +36,14 @@ class XMLDocument {
     ~XMLDocument();
     XMLDocument(const XMLDocument&) = delete;
     XMLDocument& operator=(const XMLDocument&) = delete;
+
+    /// How long the text is, in bytes, that the document was parsed from, as mended once something
+    /// has looked into it.
+    [[nodiscard]] std::size_t textSize() const;
+
+    /// What the file at a path was when the document was loaded from it; nothing when the document
+    /// comes from another path or from text.
+    [[nodiscard]] std::optional<platform::FileSnapshot> snapshotOfFile(std::string_view path) const;
 
     /// What tolerant mode mended, in the order of the text.
     [[nodiscard]] const std::vector<XMLMend>& mends() const;
@@ -79,8 +88,9 @@ class XMLDocument {
     void removeNodes(const std::vector<XMLNode>& nodes);
 
     /// Writes the document as UTF-8 with the declaration `<?xml version="1.0" encoding="UTF-8"?>`
-    /// (version and standalone as they were): four blanks a level down to level 64 and no deeper,
-    /// text and mixed content to the letter, `<name/>` and `<name></name>` each as it was. Writing
+    /// (version and standalone as they were): four blanks a level down to level 64 and no deeper
+    /// (and none once they make more than 64 MiB and more than four times of the rest so far), text
+    /// and mixed content to the letter, `<name/>` and `<name></name>` each as it was. Writing
     /// what was written changes nothing. Pieces are large, so that the sink may be slow to call.
     /// Needs no tree unless an element has text beside other nodes.
     /// @return false when the sink stopped it.

@@ -26,7 +26,7 @@ enum class XMLErrorCode : int {
     repeatedAttribute,
     /// An attribute value without its closing quote.
     unclosedAttributeValue,
-    /// An attribute without a value, or without quotes around it.
+    /// An attribute value without quotes around it.
     malformedAttribute,
     /// Two attributes without white space between them.
     missingSpace,
@@ -61,6 +61,9 @@ enum class XMLErrorCode : int {
     unknownEncoding,
     /// Bytes that do not belong to the file's encoding.
     undecodableBytes,
+    attributeWithoutValue,
+    /// A byte order mark between the beginning of the text and the root element.
+    misplacedByteOrderMark,
 };
 
 }  // namespace vornic

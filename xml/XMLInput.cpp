@@ -60,16 +60,35 @@ std::string_view XMLInput::readName() {
     return name;
 }
 
-void XMLInput::fault(XMLErrorCode code, const char* place, std::string sentence) const {
-    throw XMLReadingFault{code, offsetOf(place), std::move(sentence)};
+void XMLInput::fault(XMLErrorCode code, const char* place, std::string sentence,
+                     std::string_view name) const {
+    throw XMLReadingFault{{code, offsetOf(place), std::string(name), {}, 0}, std::move(sentence)};
 }
 
-void XMLInput::mend(const char* place, std::string_view what) {
+void XMLInput::fault(XMLErrorCode code, const char* place, std::string sentence,
+                     std::string_view name, std::string_view startName) const {
+    throw XMLReadingFault{{code, offsetOf(place), std::string(name), std::string(startName),
+                           offsetOf(startName.data())},
+                          std::move(sentence)};
+}
+
+void XMLInput::mend(XMLErrorCode code, const char* place, std::string_view what,
+                    std::string_view name) {
+    if (listeners_.sink != nullptr) {
+        listeners_.sink->mend({.code = code, .offset = spanOf(place, place).offset, .what = what},
+                              name);
+        return;
+    }
     limit(reading_.mends.size(), place);
-    reading_.mends.push_back({.offset = offsetOf(place), .what = what});
+    reading_.mends.push_back({.code = code, .offset = offsetOf(place), .what = what});
 }
 
 void XMLInput::edit(const char* place, std::size_t length, std::string_view replacement) {
+    if (listeners_.sink != nullptr) {
+        const TextSpan span = spanOf(place, place + length);
+        listeners_.sink->edit({span.offset, span.length, replacement});
+        return;
+    }
     limit(reading_.edits.size(), place);
     reading_.edits.push_back({offsetOf(place), length, replacement});
     growth_ += replacement.size() - length;
@@ -84,19 +103,24 @@ void XMLInput::limit(std::size_t count, const char* place) const {
 }
 
 void XMLInput::mendOrFault(XMLErrorCode code, const char* place, const char* sentence,
-                           std::string_view what) {
+                           std::string_view what, std::string_view name) {
     if (!tolerant_) {
-        fault(code, place, sentence);
+        fault(code, place, sentence, name);
     }
-    mend(place, what);
+    mend(code, place, what, name);
 }
 
-const char* XMLInput::passCharacter(const char* place) const {
+const char* XMLInput::passCharacter(const char* place) {
     const xmlchars::Decoded decoded = xmlchars::decode(place, end_);
     if (decoded.length == 0) {
         fault(XMLErrorCode::invalidUTF8, place, "the bytes here are not UTF-8 text.");
     }
     if (!xmlchars::isAllowed(decoded.character)) {
+        if (listeners_.sink != nullptr) {
+            const char* const after = ForbiddenCharacters::endOfRun(place, end_);
+            listeners_.sink->dropped(spanOf(place, after));
+            return after;
+        }
         fault(XMLErrorCode::forbiddenCharacter, place,
               "there is a character here that XML does not allow.");
     }
@@ -118,13 +142,15 @@ const char* XMLInput::passReference(const char* place) {
     }
     const std::string_view name(place + 1, xmlchars::nameLength(place + 1, end_));
     const char* const afterName = place + 1 + name.size();
-    if (!tolerant_ && !name.empty() && afterName != end_ && *afterName == ';') {
+    const bool isNamed = !name.empty() && afterName != end_ && *afterName == ';';
+    if (!tolerant_ && isNamed) {
         fault(XMLErrorCode::undefinedEntity, place,
-              "the entity &" + excerpt(name) + "; is not defined.");
+              "the entity &" + excerpt(name) + "; is not defined.", name);
     }
-    mendOrFault(XMLErrorCode::malformedReference, place,
+    mendOrFault(isNamed ? XMLErrorCode::undefinedEntity : XMLErrorCode::malformedReference, place,
                 "an ampersand begins no entity here; it should be written as &amp;.",
-                "an ampersand that begins no entity was read as text");
+                "an ampersand that begins no entity was read as text",
+                isNamed ? name : std::string_view());
     edit(place, 1, "&amp;");
     return place + 1;
 }
@@ -206,7 +232,7 @@ XMLInstruction XMLInput::readProcessingInstruction() {
     return {target, {data, static_cast<std::size_t>(dataEnd - data)}};
 }
 
-const char* XMLInput::passInstructionData(const char* instruction, const char* place) const {
+const char* XMLInput::passInstructionData(const char* instruction, const char* place) {
     for (;;) {
         while (place != end_ && is(*place, xmlchars::kPlainData)) {
             ++place;

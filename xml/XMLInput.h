@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "xml/ForbiddenCharacters.h"
 #include "xml/XMLCharacters.h"
 #include "xml/XMLErrorCode.h"
 #include "xml/XMLReader.h"
@@ -14,8 +15,7 @@ namespace vornic {
 
 /// Ends a reading: what is wrong and where. Thrown by `XMLInput::fault`, caught by `readXML`.
 struct XMLReadingFault {
-    XMLErrorCode code;
-    std::size_t offset;
+    XMLFault parts;
     std::string sentence;
 };
 
@@ -29,12 +29,20 @@ struct XMLInstruction {
 /// Mends are stored with their offset alone; `readXML` adds line and column.
 class XMLInput {
   public:
-    XMLInput(std::string_view text, XMLMode mode, XMLReaderEvents* events, XMLReading& reading)
+    /// What a reading tells, and to whom. None of the pointers need be set.
+    struct Listeners {
+        XMLReaderEvents* events = nullptr;
+        XMLMendSink* sink = nullptr;
+        /// The characters that were taken out before the text was read.
+        const ForbiddenCharacters::Runs* dropped = nullptr;
+    };
+
+    XMLInput(std::string_view text, XMLMode mode, const Listeners& listeners, XMLReading& reading)
         : begin_(text.data()),
           end_(begin_ + text.size()),
           at_(begin_),
           tolerant_(mode == XMLMode::tolerant),
-          events_(events),
+          listeners_(listeners),
           reading_(reading) {}
 
     [[nodiscard]] const char* begin() const { return begin_; }
@@ -43,7 +51,20 @@ class XMLInput {
     void moveTo(const char* place) { at_ = place; }
     [[nodiscard]] bool atEnd() const { return at_ == end_; }
     [[nodiscard]] bool tolerant() const { return tolerant_; }
-    [[nodiscard]] XMLReaderEvents* events() const { return events_; }
+    /// Who is told what is read, or null; with the place of what is told next.
+    [[nodiscard]] XMLReaderEvents* events() const { return listeners_.events; }
+    [[nodiscard]] XMLReaderEvents* eventsAt(const char* begin, const char* end) const {
+        if (listeners_.events != nullptr) {
+            listeners_.events->place_ = spanOf(begin, end);
+        }
+        return listeners_.events;
+    }
+    /// The same for an attribute's value, which is told together with it.
+    void setValuePlace(const char* begin, const char* end) const {
+        listeners_.events->valuePlace_ = spanOf(begin, end);
+    }
+    /// True when nobody wants what the writer needs.
+    [[nodiscard]] bool keepsNothing() const { return listeners_.sink != nullptr; }
     [[nodiscard]] XMLReading& reading() { return reading_; }
     [[nodiscard]] std::size_t offsetOf(const char* place) const {
         return static_cast<std::size_t>(place - begin_);
@@ -76,17 +97,21 @@ class XMLInput {
     /// Reads a name; "" when none begins at the position.
     [[nodiscard]] std::string_view readName();
 
-    [[noreturn]] void fault(XMLErrorCode code, const char* place, std::string sentence) const;
+    [[noreturn]] void fault(XMLErrorCode code, const char* place, std::string sentence,
+                            std::string_view name = {}) const;
+    /// A fault that concerns the start tag of an open element, too.
+    [[noreturn]] void fault(XMLErrorCode code, const char* place, std::string sentence,
+                            std::string_view name, std::string_view startName) const;
     /// Notes a mend; `edit` says what changes. Both in the order of the text.
-    void mend(const char* place, std::string_view what);
+    void mend(XMLErrorCode code, const char* place, std::string_view what, std::string_view name);
     void edit(const char* place, std::size_t length, std::string_view replacement);
     /// In strict mode a fault, in tolerant mode a mend.
     void mendOrFault(XMLErrorCode code, const char* place, const char* sentence,
-                     std::string_view what);
+                     std::string_view what, std::string_view name = {});
 
     /// Checks the character at `place`, which is in no class of plain bytes.
     /// @return the place after it.
-    [[nodiscard]] const char* passCharacter(const char* place) const;
+    [[nodiscard]] const char* passCharacter(const char* place);
     /// Checks the reference that the ampersand at `place` begins; mends or refuses it when it is
     /// none. @return the place after what was read.
     [[nodiscard]] const char* passReference(const char* place);
@@ -98,14 +123,20 @@ class XMLInput {
 
   private:
     [[nodiscard]] const char* passHyphens(const char* comment, const char* place);
-    [[nodiscard]] const char* passInstructionData(const char* instruction, const char* place) const;
+    [[nodiscard]] const char* passInstructionData(const char* instruction, const char* place);
     void limit(std::size_t count, const char* place) const;
+    [[nodiscard]] TextSpan spanOf(const char* begin, const char* end) const {
+        const std::size_t offset = offsetOf(begin);
+        const auto length = static_cast<std::size_t>(end - begin);
+        return listeners_.dropped == nullptr ? TextSpan{offset, length}
+                                             : listeners_.dropped->original({offset, length});
+    }
 
     const char* begin_;
     const char* end_;
     const char* at_;
     bool tolerant_;
-    XMLReaderEvents* events_;
+    Listeners listeners_;
     XMLReading& reading_;
     // How much longer the mended text is up to here; wraps round when it is shorter.
     std::size_t growth_ = 0;

@@ -16,13 +16,6 @@ pugi::xml_attribute attributeNamed(pugi::xml_node node, std::string_view name) {
     return attribute;
 }
 
-pugi::xml_attribute appendAttribute(pugi::xml_node node, std::string_view name,
-                                    std::string_view value) {
-    pugi::xml_attribute attribute = node.append_attribute(std::string(name).c_str());
-    attribute.set_value(value.data(), value.size());
-    return attribute;
-}
-
 std::string textBelow(pugi::xml_node top) {
     std::string text;
     for (pugi::xml_node node = top; !xmltree::isNull(node); node = xmltree::nextInside(node, top)) {
@@ -136,9 +129,9 @@ void XMLNode::setAttribute(std::string_view name, std::string_view value) const 
     }
     pugi::xml_attribute found = attributeNamed(pugi::xml_node(node_), name);
     if (found) {
-        found.set_value(value.data(), value.size());
+        xmltree::require(found.set_value(value.data(), value.size()));
     } else {
-        appendAttribute(pugi::xml_node(node_), name, value);
+        xmltree::appendAttribute(pugi::xml_node(node_), name, value);
     }
 }
 
@@ -146,7 +139,7 @@ bool XMLNode::addAttribute(std::string_view name, std::string_view value) const 
     if (!isElement() || attributeNamed(pugi::xml_node(node_), name)) {
         return false;
     }
-    appendAttribute(pugi::xml_node(node_), name, value);
+    xmltree::appendAttribute(pugi::xml_node(node_), name, value);
     return true;
 }
 

@@ -61,10 +61,10 @@ class XMLNode {
     [[nodiscard]] std::vector<XMLNode> attributes() const;
     /// Sets an attribute of an element, making it when it is missing; one that is there keeps its
     /// place among the others. Control characters that XML forbids are left out when the value is
-    /// written.
+    /// written. @throws std::bad_alloc, with the element as it was.
     void setAttribute(std::string_view name, std::string_view value) const;
     /// Adds an attribute only when the element has none of the name. @return true when it was
-    /// added.
+    /// added. @throws std::bad_alloc, with the element as it was.
     bool addAttribute(std::string_view name, std::string_view value) const;
 
   private:

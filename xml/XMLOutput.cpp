@@ -37,6 +37,9 @@ const char* runEnd(const char* at, const StopTable& stops) {
 
 constexpr std::size_t kBlanksPerLevel = 4;
 constexpr std::size_t kDeepestIndentation = 64;
+// So many bytes of indentation are always written, and so many for each byte of the rest.
+constexpr std::size_t kFreeBlanks = std::size_t{64} << 20U;
+constexpr std::size_t kMostBlanksForOthers = 4;
 
 constexpr auto kLineBeginning = [] {
     std::array<char, 1 + kDeepestIndentation * kBlanksPerLevel> text{};
@@ -47,8 +50,20 @@ constexpr auto kLineBeginning = [] {
 
 }  // namespace
 
-std::string_view xmlLineBeginning(std::size_t depth) {
-    return {kLineBeginning.data(), 1 + std::min(depth, kDeepestIndentation) * kBlanksPerLevel};
+std::string_view XMLOutput::lineBeginning(std::size_t depth, std::size_t unwritten) {
+    if (!indents_) {
+        return {kLineBeginning.data(), 1};
+    }
+    const std::size_t blanks = std::min(depth, kDeepestIndentation) * kBlanksPerLevel;
+    if (blanks_ + blanks > kFreeBlanks) {
+        const std::size_t others = handedOver_ + used_ + unwritten - blanks_;
+        if ((blanks_ + blanks) / kMostBlanksForOthers >= others) {
+            indents_ = false;
+            return {kLineBeginning.data(), 1};
+        }
+    }
+    blanks_ += blanks;
+    return {kLineBeginning.data(), 1 + blanks};
 }
 
 void XMLOutput::putText(const char* text) {
@@ -118,6 +133,7 @@ void XMLOutput::putLong(std::string_view piece) {
     used_ = kSize;
     flush();
     for (piece.remove_prefix(part); piece.size() >= kSize; piece.remove_prefix(kSize)) {
+        handedOver_ += kSize;
         stopped_ = stopped_ || !sink_(piece.substr(0, kSize));
     }
     std::memcpy(buffer_.get(), piece.data(), piece.size());
@@ -128,6 +144,7 @@ void XMLOutput::flush() {
     if (used_ != 0 && !stopped_) {
         stopped_ = !sink_({buffer_.get(), used_});
     }
+    handedOver_ += used_;
     used_ = 0;
 }
 

@@ -10,10 +10,6 @@
 
 namespace vornic {
 
-/// A line end and four blanks for each level, down to level 64 and no deeper, so that indentation
-/// does not grow with the square of the depth.
-[[nodiscard]] std::string_view xmlLineBeginning(std::size_t depth);
-
 /// Collects what is written and hands it to a sink in large pieces. Once the sink has stopped it,
 /// everything else is dropped.
 class XMLOutput {
@@ -49,6 +45,15 @@ class XMLOutput {
     /// Writes one character of white space as a reference.
     void putReference(char space);
 
+    /// What a new line begins with: a line end and four blanks for each level, down to level 64 and
+    /// no deeper, so that indentation does not grow with the square of the depth. Once all the
+    /// blanks so far make more than 64 MiB and more than four times of everything else that was
+    /// written, no further line has any, so that small markup far inside does not multiply either.
+    /// What stands before the line decides this and never its own indentation, so that what was
+    /// written is written the same once more.
+    /// @param unwritten bytes that come before the line and have not been put yet.
+    [[nodiscard]] std::string_view lineBeginning(std::size_t depth, std::size_t unwritten = 0);
+
     /// Hands over what has been collected.
     void flush();
     [[nodiscard]] bool stopped() const { return stopped_; }
@@ -62,6 +67,10 @@ class XMLOutput {
     const XMLSink& sink_;
     std::unique_ptr<char[]> buffer_;
     std::size_t used_ = 0;
+    // How much has been handed over, and how many of all bytes so far are indentation.
+    std::size_t handedOver_ = 0;
+    std::size_t blanks_ = 0;
+    bool indents_ = true;
     bool stopped_ = false;
 };
 

@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "platform/Error.h"
+#include "xml/TextSpan.h"
+#include "xml/XMLErrorCode.h"
 
 namespace vornic {
 
@@ -27,6 +29,8 @@ inline constexpr std::size_t kXMLMendLimit = 4'000'000;
 
 /// A markup fault that the tolerant mode mended.
 struct XMLMend {
+    /// What was wrong. Several mends may share their words, each code has its own.
+    XMLErrorCode code = XMLErrorCode::malformedReference;
     /// Byte offset in the text that was read.
     std::size_t offset = 0;
     /// 1-based; columns count Unicode characters.
@@ -46,11 +50,41 @@ struct XMLEdit {
     std::string_view replacement;
 };
 
+/// Is handed what a tolerant reading mends, so that nothing of it has to be kept: a text may hold
+/// millions of faults. Mends come in the order of the text, dropped characters in theirs, mostly
+/// before the mends.
+class XMLMendSink {
+  public:
+    virtual ~XMLMendSink() = default;
+    /// A fault was mended. Line and column are not filled in.
+    /// @param name the attribute or entity concerned, or "". Lives during the call only.
+    virtual void mend(const XMLMend& mend, std::string_view name) = 0;
+    /// A change that belongs to the last mend.
+    virtual void edit(const XMLEdit& edit) = 0;
+    /// Neighbouring characters that XML forbids were dropped.
+    virtual void dropped(TextSpan characters) = 0;
+};
+
+/// The fault that ended a reading, in parts.
+struct XMLFault {
+    XMLErrorCode code = XMLErrorCode::noRootElement;
+    /// Byte offset in the text that was read.
+    std::size_t offset = 0;
+    /// The element, attribute or entity concerned, or "".
+    std::string name;
+    /// For an end tag that does not match, the name of the start tag.
+    std::string other;
+    /// For an element that is open, the offset of the start tag's name; 0 for others.
+    std::size_t otherOffset = 0;
+};
+
 /// What a pass over a text found.
 struct XMLReading {
     /// The fault that ended the reading; nothing when the text, with the edits applied, is
     /// well-formed.
     ErrorSlot fault;
+    /// The same fault in parts; nothing when there is none.
+    std::optional<XMLFault> faultParts;
     /// In the order of the text; empty in strict mode.
     std::vector<XMLMend> mends;
     /// What the mends, and the dropping of characters that XML forbids, change; in the order of the
@@ -74,11 +108,18 @@ struct XMLReading {
 
 /// Receives what `readXML` reads, in the order of the text. Views live during the call only; names,
 /// values and text are raw (references not replaced, line endings as they stand).
+///
+/// `place` tells during a call where in the text that was read it is: an element's start tag up to
+/// its name, an attribute from its name to behind its value with the quotes, an end tag (`/>` for
+/// an element that is closed at once), a piece of text, and each of the others from its `<` to
+/// behind its `>`.
 class XMLReaderEvents {
   public:
     virtual ~XMLReaderEvents() = default;
     virtual void startElement(std::string_view name) = 0;
     virtual void attribute(std::string_view name, std::string_view rawValue) = 0;
+    /// The start tag of an element that has an end tag is read; `place` is its `>`.
+    virtual void finishStartTag() {}
     /// @param selfClosed true for `<name/>`, for which no other end is told.
     virtual void endElement(std::string_view name, bool selfClosed) = 0;
     /// Character data between two pieces of markup, never empty.
@@ -89,6 +130,22 @@ class XMLReaderEvents {
     /// @param rawDeclaration what stands between `<!DOCTYPE` with its white space and the closing
     ///     `>`; comments and processing instructions in it are told no other way.
     virtual void documentType(std::string_view name, std::string_view rawDeclaration) = 0;
+
+  protected:
+    /// Where in the text what is being told stands. For use during a call.
+    [[nodiscard]] TextSpan place() const { return place_; }
+    /// During `attribute`: where its value stands, without the quotes.
+    [[nodiscard]] TextSpan valuePlace() const { return valuePlace_; }
+    /// Hands the places to another receiver, for who passes events on.
+    void passPlaceTo(XMLReaderEvents& other) const {
+        other.place_ = place_;
+        other.valuePlace_ = valuePlace_;
+    }
+
+  private:
+    friend class XMLInput;
+    TextSpan place_;
+    TextSpan valuePlace_;
 };
 
 /// Reads a document in one pass and decides whether it is well-formed as XML 1.0 (fifth edition)
@@ -101,10 +158,15 @@ class XMLReaderEvents {
 /// grows with the depth of the elements that are open and the number of mends, never on the stack.
 ///
 /// @param events told of everything read before the fault, or null. In tolerant mode with edits the
-///     views show the text as it stands, not as mended, but without the dropped characters.
+///     views show the text as it stands, not as mended, but without the dropped characters (with a
+///     sink, and very many of them, they may be left in).
+/// @param sink for the tolerant mode: is told of the mends, of which none is then kept in the
+/// result
+///     and which have no limit; what the writer needs (`emptyPairs`, `referencedBlanks`) is not
+///     kept either. Null to have all in the result.
 /// @return the findings; faults carry line and column in the error and in its description.
 [[nodiscard]] XMLReading readXML(std::string_view text, XMLMode mode,
-                                 XMLReaderEvents* events = nullptr);
+                                 XMLReaderEvents* events = nullptr, XMLMendSink* sink = nullptr);
 
 /// Applies the edits of a reading to the text that was read.
 [[nodiscard]] std::string applyXMLEdits(std::string_view text, const std::vector<XMLEdit>& edits);

@@ -268,7 +268,8 @@ void XMLTextWriter::takeRaw(const char* content, std::string_view mark) {
 
 // The white space before a node, which goes to a line of its own.
 void XMLTextWriter::takeBlank(const char* markup, std::size_t depth) {
-    const std::string_view beginning = xmlLineBeginning(depth);
+    const std::string_view beginning =
+        out_.lineBeginning(depth, static_cast<std::size_t>(at_ - uncopied_));
     if (std::string_view(at_, static_cast<std::size_t>(markup - at_)) == beginning) {
         at_ = markup;
     } else {

@@ -143,6 +143,15 @@ class Enclosure {
 
 }  // namespace
 
+void appendAttribute(pugi::xml_node element, std::string_view name, std::string_view value) {
+    pugi::xml_attribute attribute = element.append_attribute(std::string(name).c_str());
+    // An attribute whose name could not be stored is there all the same, without one.
+    if (attribute.name() != name || !attribute.set_value(value.data(), value.size())) {
+        element.remove_attribute(attribute);
+        throw std::bad_alloc();
+    }
+}
+
 std::string rawContent(pugi::xml_node node) {
     std::string content;
     for (const char* text = node.value(); *text != '\0'; ++text) {

@@ -3,7 +3,9 @@
 
 #include <bit>
 #include <cstddef>
+#include <new>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <pugixml.hpp>
@@ -20,6 +22,18 @@ namespace vornic::xmltree {
     return std::bit_cast<pugi::xml_node_struct*>(left) ==
            std::bit_cast<pugi::xml_node_struct*>(right);
 }
+
+/// What the library could not do for want of memory must not pass for done.
+/// @throws std::bad_alloc when it is not done.
+inline void require(bool isDone) {
+    if (!isDone) {
+        throw std::bad_alloc();
+    }
+}
+
+/// Adds an attribute behind the others, or leaves the element as it was.
+/// @throws std::bad_alloc
+void appendAttribute(pugi::xml_node element, std::string_view name, std::string_view value);
 
 /// True for text and CDATA sections.
 [[nodiscard]] inline bool isText(pugi::xml_node node) {

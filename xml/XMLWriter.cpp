@@ -245,7 +245,7 @@ void XMLWriter::writeDocumentType(pugi::xml_node node) {
 }
 
 void XMLWriter::beginLine() {
-    out_.put(xmlLineBeginning(depth_));
+    out_.put(out_.lineBeginning(depth_));
 }
 
 bool XMLWriter::isEmptyPair(pugi::xml_node element) {

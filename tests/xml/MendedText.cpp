@@ -60,6 +60,11 @@ bool isBeginning(std::string_view text) {
     return true;
 }
 
+// True for what may stand before a root element, mended where that is needed.
+bool isProlog(std::string_view text) {
+    return !readXML(std::string(text) + "<r/>", XMLMode::tolerant).fault.has_value();
+}
+
 bool isAllowed(const XMLEdit& edit, std::string_view text, bool& pastBeginning) {
     const std::string removed = withoutForbidden(text.substr(edit.offset, edit.length));
     if (removed.empty() && edit.replacement.empty()) {
@@ -67,6 +72,9 @@ bool isAllowed(const XMLEdit& edit, std::string_view text, bool& pastBeginning) 
     }
     if (!pastBeginning && edit.replacement.empty() && isBeginning(removed)) {
         return true;
+    }
+    if (removed == kByteOrderMark && edit.replacement.empty()) {
+        return isProlog(text.substr(0, edit.offset));
     }
     const bool declaration = edit.replacement.starts_with("<?xml version=\"1.0\"");
     if (declaration && !pastBeginning) {

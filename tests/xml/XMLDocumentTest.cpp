@@ -174,6 +174,16 @@ TEST(XMLDocumentHead, keepsItsChangesWhenTheTreeIsBuilt) {
     EXPECT_EQ(document->rootAttribute("b"), "3");
 }
 
+TEST(XMLDocumentHead, keepsTheOrderOfItsAttributesWhenTheTreeIsBuilt) {
+    const auto document = parsed("<a b='&lt;' c='\t' d=''><e/></a>");
+    document->setRootAttribute("f", "1");
+    document->setRootAttribute("c", "2");
+    document->setRootAttribute("g", "");
+    EXPECT_TRUE(document->rootElement());
+    EXPECT_TRUE(document->xmlString().ends_with(
+        "<a b=\"&lt;\" c=\"2\" d=\"\" f=\"1\" g=\"\">\n    <e/>\n</a>\n"));
+}
+
 TEST(XMLDocumentHead, showsWhatHasBeenChangedInTheTree) {
     const auto document = parsed("<a b='c'><d/></a>");
     document->rootElement().setAttribute("b", "1");
@@ -214,6 +224,17 @@ TEST(XMLDocumentHead, knowsTheElementsInTheRoot) {
         EXPECT_TRUE(document->hasElementInRoot("d"));
         EXPECT_TRUE(document->hasElementInRoot("e"));
     }
+}
+
+TEST(XMLDocumentHead, knowsWhereACommentEndsThatBeginsWithItsEnd) {
+    for (const char* text :
+         {"<a><!--><sequence/>--></a>", "<a><!-- --><!--><c/><sequence>--></a>"}) {
+        EXPECT_FALSE(parsed(text)->hasElementInRoot("sequence")) << text;
+    }
+    EXPECT_FALSE(
+        parsed("<a><!---><sequence/>--></a>", XMLMode::tolerant)->hasElementInRoot("sequence"));
+    EXPECT_TRUE(parsed("<a><!----><sequence/></a>")->hasElementInRoot("sequence"));
+    EXPECT_TRUE(parsed("<a><!-->--><sequence/></a>")->hasElementInRoot("sequence"));
 }
 
 TEST(XMLDocumentXPath, findsNodesInDocumentOrder) {

@@ -1,3 +1,4 @@
+#include <chrono>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -14,6 +15,7 @@ namespace vornic::test {
 namespace {
 
 constexpr std::size_t kDepth = 5'000'000;
+constexpr std::size_t kMostBlanks = std::size_t{64} << 20U;
 constexpr std::size_t kManyBytes = 100'000'000;
 
 std::string nested(const std::string& name, std::size_t depth, const std::string& inside) {
@@ -72,10 +74,55 @@ TEST(XMLLimits, takeFiveMillionNestedElements) {
     const std::vector<XMLNode> found = XMLDocument::nodesForXPath(".//sequence", root, error);
     ASSERT_EQ(found.size(), 1U);
     EXPECT_EQ(found[0].stringValue(), "x");
-    // Each level has two lines, the inner ones indented by 256 blanks.
-    EXPECT_GT(writtenSize(*document), kDepth * 2 * 256);
+    // Each level has two lines; the outer ones are indented, up to 64 MiB.
+    EXPECT_GT(writtenSize(*document), kMostBlanks);
+    EXPECT_LT(writtenSize(*document), kMostBlanks + 2 * nested("a", kDepth, "").size());
     document->removeNode(root.firstChild());
     EXPECT_EQ(document->xmlString(), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<a/>\n");
+}
+
+TEST(XMLLimits, boundTheIndentationOfManySmallElementsFarInside) {
+    constexpr std::size_t kCount = 1'000'000;
+    const std::string text = nested("a", 64, repeated("<b/>", kCount));
+    const auto document = parsed(text);
+    const std::string written = document->xmlString();
+    EXPECT_LT(written.size(), kMostBlanks + 2 * text.size());
+    EXPECT_TRUE(written.ends_with("\n<b/>\n<b/>\n" + [] {
+        std::string ends;
+        for (int level = 0; level < 64; ++level) {
+            ends += "</a>\n";
+        }
+        return ends;
+    }()));
+    // What was written is written the same once more, with a tree and without one.
+    EXPECT_EQ(parsed(written)->xmlString(), written);
+    EXPECT_TRUE(document->rootElement());
+    EXPECT_EQ(document->xmlString(), written);
+}
+
+TEST(XMLLimits, indentWhatHasEnoughBesideItsBlanks) {
+    // More than 64 MiB of blanks, four for each other byte at the most.
+    const std::string text =
+        nested("a", 64, repeated("<b>" + std::string(60, 'x') + "</b>", 400'000));
+    const std::string written = parsed(text)->xmlString();
+    EXPECT_GT(written.size(), text.size() + 400'000U * 256);
+    EXPECT_EQ(written.find("\n<b>"), std::string::npos);
+}
+
+TEST(XMLLimits, adoptAHundredThousandAttributesOfTheRootElement) {
+    std::string text = "<a";
+    for (int i = 0; i < 100'000; ++i) {
+        text += " b" + std::to_string(i) + "='" + std::to_string(i) + "'";
+    }
+    const auto document = parsed(text + "><c/></a>");
+    document->setRootAttribute("b99999", "changed");
+    document->setRootAttribute("added", "d");
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_TRUE(document->rootElement());
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    EXPECT_EQ(document->rootElement().attributes().size(), 100'001U);
+    EXPECT_EQ(document->rootAttribute("b99999"), "changed");
+    EXPECT_EQ(document->rootAttribute("b99998"), "99998");
 }
 
 TEST(XMLLimits, findAndRemoveFiveMillionElementsInsideEachOther) {

@@ -26,6 +26,7 @@ constexpr const char* kSpace = "two attributes without a blank between them were
 constexpr const char* kHyphens = "two hyphens in a row inside a comment were set apart by a blank";
 constexpr const char* kBeginning =
     "white space or a byte order mark before the XML declaration was left out";
+constexpr const char* kMark = "a byte order mark before the root element was left out";
 constexpr const char* kDeclaration = "a malformed XML declaration was replaced by a right one";
 
 struct Mend {
@@ -41,7 +42,8 @@ std::ostream& operator<<(std::ostream& stream, const Mend& mend) {
 
 // The text is faulty in strict mode, mended in tolerant mode with exactly these mends, and then
 // sound.
-void expectMends(std::string_view text, std::string_view mended, const std::vector<Mend>& mends) {
+void expectMends(std::string_view text, std::string_view mended, const std::vector<Mend>& mends,
+                 std::size_t droppedCharacters = 0) {
     EXPECT_TRUE(readXML(text, XMLMode::strict).fault.has_value()) << text;
     const XMLReading reading = readXML(text, XMLMode::tolerant);
     ASSERT_FALSE(reading.fault.has_value()) << reading.fault->description;
@@ -51,7 +53,7 @@ void expectMends(std::string_view text, std::string_view mended, const std::vect
     }
     EXPECT_EQ(found, mends) << text;
     EXPECT_EQ(applyXMLEdits(text, reading.edits), mended);
-    EXPECT_EQ(reading.droppedCharacters, 0U);
+    EXPECT_EQ(reading.droppedCharacters, droppedCharacters);
     const XMLReading again = readXML(mended, XMLMode::strict);
     EXPECT_FALSE(again.fault.has_value()) << again.fault->description;
     EXPECT_EQ(differenceOfReaderAndTree(std::string(mended)), "");
@@ -180,6 +182,24 @@ TEST(XMLMends, dropsWhatStandsBeforeTheDeclaration) {
                 {{1, 1, kBeginning}});
     expectMends("\xEF\xBB\xBF\n\xEF\xBB\xBF <?xml version='1.0'?><a/>", "<?xml version='1.0'?><a/>",
                 {{1, 1, kBeginning}});
+}
+
+TEST(XMLMends, dropsAByteOrderMarkBehindTheDeclaration) {
+    expectMends("<?xml version='1.0'?>\xEF\xBB\xBF<a/>", "<?xml version='1.0'?><a/>",
+                {{1, 22, kMark}});
+    expectMends("<?xml version='1.0'?>\n\xEF\xBB\xBF\n<!DOCTYPE a>\xEF\xBB\xBF\xEF\xBB\xBF<a/>",
+                "<?xml version='1.0'?>\n\n<!DOCTYPE a><a/>",
+                {{2, 1, kMark}, {3, 13, kMark}, {3, 14, kMark}});
+    expectMends("<?xml?>\n\xEF\xBB\xBF<!--b-->\x0C<a><c></c></a>",
+                "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!--b--><a><c></c></a>",
+                {{1, 1, kDeclaration}, {2, 1, kMark}}, 1);
+}
+
+TEST(XMLMends, keepsAByteOrderMarkThatIsContent) {
+    EXPECT_EQ(readXML("<a>\xEF\xBB\xBF</a>", XMLMode::tolerant).edits.size(), 0U);
+    expectRefusal("<a/>\xEF\xBB\xBF", XMLErrorCode::textOutsideRoot, 5);
+    expectRefusal("<?xml version='1.0'?>\xEF\xBB\xBF<?xml version='1.0'?><a/>",
+                  XMLErrorCode::misplacedXMLDeclaration, 23);
 }
 
 TEST(XMLMends, dropsAByteOrderMarkWhereThereIsNoDeclaration) {
