@@ -1,0 +1,23 @@
+#include "report/GNUReportWriter.h"
+
+#include <algorithm>
+
+#include "foundation/FormatString.h"
+#include "foundation/TerminalText.h"
+#include "report/RuleTable.h"
+
+namespace vornic {
+
+void GNUReportWriter::file(const Report& report) {
+    for (const Finding& finding : report.findings.kept()) {
+        if (finding.severity >= least_) {
+            const Place& where = finding.where;
+            sink_(formatString("%@:%zu:%zu: %@: %@ [%@]\n", escapedForTerminal(report.path),
+                               std::max<std::size_t>(where.line, 1),
+                               std::max<std::size_t>(where.column, 1), nameOf(finding.severity),
+                               escapedForTerminal(finding.message()), ruleOf(finding.rule).id));
+        }
+    }
+}
+
+}  // namespace vornic

@@ -1,0 +1,32 @@
+#ifndef VORNIC_REPORT_JSON_REPORT_WRITER_H
+#define VORNIC_REPORT_JSON_REPORT_WRITER_H
+
+#include <string>
+#include <string_view>
+
+#include "report/ReportWriter.h"
+
+namespace vornic {
+
+/// For scripts: one object, `{"report":1,"tool":{…},"files":[…]}`, as the schema
+/// `share/vornic/schema/report-1.json` describes it. UTF-8; bytes of paths that are none become
+/// U+FFFD. Text is not escaped beyond what JSON asks for: readers of JSON have no terminal.
+class JSONReportWriter : public ReportWriter {
+  public:
+    /// @param tool the program's name. @param version the program's version.
+    /// @param least findings of less weight are left out; they count all the same.
+    JSONReportWriter(ReportSink sink, std::string_view tool, std::string_view version,
+                     Severity least = Severity::info);
+
+    void file(const Report& report) override;
+    void end() override;
+
+  private:
+    ReportSink sink_;
+    Severity least_;
+    bool hasFiles_ = false;
+};
+
+}  // namespace vornic
+
+#endif

@@ -1,0 +1,45 @@
+#ifndef VORNIC_REPORT_REPORT_H
+#define VORNIC_REPORT_REPORT_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "report/Findings.h"
+#include "report/RuleGroup.h"
+
+namespace vornic {
+
+/// Whether a group of rules was looked at.
+struct GroupRun {
+    RuleGroup group = RuleGroup::xml;
+    bool ran = false;
+    /// Why not, in words that follow "did not run: "; "" when it ran.
+    std::string why;
+};
+
+/// What was found in one file.
+struct Report {
+    /// As the user gave it; any bytes.
+    std::string path;
+    /// "xmeml", "fcpxml", "other" for another root element, "none" when there is none.
+    std::string kind = "none";
+    /// The version that the root element declares, "" for none.
+    std::string version;
+    /// The encoding that the file was read in, such as "UTF-8"; "" when it could not be.
+    std::string encoding;
+    /// The length of the file.
+    std::uint64_t bytes = 0;
+    /// The definition that the file was compared with, such as "fcpxml 1.10"; "" for none.
+    std::string definition;
+    /// Whether the file is valid by it; nothing where that can't be said.
+    std::optional<bool> valid;
+    /// One entry for each of `kCheckedGroups`, in their order.
+    std::vector<GroupRun> groups;
+    Findings findings;
+};
+
+}  // namespace vornic
+
+#endif

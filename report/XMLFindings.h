@@ -1,0 +1,39 @@
+#ifndef VORNIC_REPORT_XML_FINDINGS_H
+#define VORNIC_REPORT_XML_FINDINGS_H
+
+#include <string_view>
+
+#include "report/Findings.h"
+#include "xml/XMLReader.h"
+
+namespace vornic {
+
+/// Makes findings of what the reader mends and of the fault that ends a reading:
+///
+///     XMLFindings sink(text, findings);
+///     const XMLReading reading = readXML(text, XMLMode::tolerant, &builder, &sink);
+///     sink.addFault(reading);
+///
+/// What the reader mends has a safe mend, with the reader's own edits.
+class XMLFindings final : public XMLMendSink {
+  public:
+    /// Both must outlive this.
+    XMLFindings(std::string_view text, Findings& findings) : text_(text), findings_(findings) {}
+
+    void mend(const XMLMend& mend, std::string_view name) override;
+    void edit(const XMLEdit& edit) override;
+    void dropped(TextSpan characters) override;
+
+    /// Adds the fault that ended the reading, if one did.
+    void addFault(const XMLReading& reading);
+
+  private:
+    std::string_view text_;
+    Findings& findings_;
+    // The finding of the last mend; null when it was only counted.
+    Finding* last_ = nullptr;
+};
+
+}  // namespace vornic
+
+#endif

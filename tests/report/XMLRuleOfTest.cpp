@@ -1,0 +1,35 @@
+#include <set>
+
+#include <gtest/gtest.h>
+
+#include "report/RuleTable.h"
+#include "report/XMLRuleOf.h"
+
+namespace vornic {
+namespace {
+
+constexpr int kLastCode = static_cast<int>(XMLErrorCode::misplacedByteOrderMark);
+
+TEST(XMLRuleOf, everyFaultOfTheReaderHasARuleOfItsOwn) {
+    std::set<RuleId> rules;
+    for (int code = 1; code <= kLastCode; ++code) {
+        const auto rule = xmlRuleOf(static_cast<XMLErrorCode>(code));
+        if (static_cast<XMLErrorCode>(code) == XMLErrorCode::malformedQuery) {
+            EXPECT_EQ(rule, std::nullopt);
+            continue;
+        }
+        ASSERT_TRUE(rule.has_value()) << code;
+        EXPECT_EQ(ruleOf(*rule).group, RuleGroup::xml) << code;
+        EXPECT_TRUE(rules.insert(*rule).second) << ruleOf(*rule).id;
+    }
+    // And every rule of the group has a fault.
+    EXPECT_EQ(rules.size(), std::size(rules::kXMLRules));
+}
+
+TEST(XMLRuleOf, aNumberThatIsNoCodeHasNone) {
+    EXPECT_EQ(xmlRuleOf(static_cast<XMLErrorCode>(kLastCode + 1)), std::nullopt);
+    EXPECT_EQ(xmlRuleOf(static_cast<XMLErrorCode>(0)), std::nullopt);
+}
+
+}  // namespace
+}  // namespace vornic
