@@ -1,26 +1,47 @@
 #ifndef VORNIC_CONVERT_CONVERSION_ANALYSIS_H
 #define VORNIC_CONVERT_CONVERSION_ANALYSIS_H
 
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
+#include <variant>
 
-#include "convert/ConversionHost.h"
+#include "convert/ConversionOffer.h"
+#include "convert/VersionCatalogue.h"
+#include "xml/XMLDocument.h"
 
 namespace vornic {
 
-/// Works out a file's XMEML version, the Final Cut Pro release that it needs and the lowest version
-/// that holds it without loss, and fills the conversion dialog. Runs on the calling thread, which
-/// may be any. Nothing is raised; messages go to the log and to alerts, which have no parent
-/// window. A run that fails leaves the labels, the menu and the minimum as they were; each run
-/// stops the busy indicator at its end.
-/// @param path the file, or nothing, for which nothing else is done.
-void populateConversionDataForFile(ConversionHost& host, const std::optional<std::string>& path);
+/// A file that can be converted: its document, and what it declares.
+struct ConvertibleFile {
+    std::unique_ptr<XMLDocument> document;
+    VersionCatalogue catalogue;
+    /// The text of the "version" attribute.
+    std::string version;
+    /// The Final Cut Pro release that this version needs; "Unknown Version" when the catalogue does
+    /// not say.
+    std::string release;
+};
 
-/// True when the text holds an element that the version introduced ("1" is always required). Reads
-/// the catalogue; logs the first element of its list that occurs, and reports a catalogue that
-/// cannot be loaded or does not know the version. Nothing is raised.
-[[nodiscard]] bool xmlStringRequiresVersion(std::string_view xmlString, const std::string& version);
+/// Why a file cannot be converted.
+struct AnalysisFailure {
+    enum class Kind { notLoaded, noCatalogue, noVersion };
+    Kind kind;
+    /// For `notLoaded`: why.
+    std::string description;
+};
+
+/// Reads a file, strictly, and the version that it declares. Any thread.
+[[nodiscard]] std::variant<ConvertibleFile, AnalysisFailure> readForConversion(
+    const std::string& path);
+
+/// Works out which versions can be offered for a file, and the lowest of them that holds it without
+/// loss. Any thread.
+/// @param isStopped asked between the versions
+/// @return nothing when it was stopped.
+[[nodiscard]] std::optional<ConversionOffer> makeConversionOffer(
+    const ConvertibleFile& file, const std::function<bool()>& isStopped);
 
 }  // namespace vornic
 

@@ -3,11 +3,9 @@
 #include <algorithm>
 #include <iterator>
 
-#include "foundation/QMLog.h"
 #include "foundation/Text.h"
 #include "platform/Bundle.h"
 #include "platform/Error.h"
-#include "ui/QMAlert.h"
 
 namespace vornic {
 
@@ -86,12 +84,6 @@ std::vector<std::string> VersionCatalogue::elements(const std::string& version) 
         }
     }
     return elements;
-}
-
-void reportVersionCatalogueFailure() {
-    QMLog::appendLog(kUnableToLoadVersions);
-    QMAlert::alertSheetWithMessageText("Unable to load XML version information",
-                                       "Please reinstall Brindle Tools.", nullptr);
 }
 
 }  // namespace vornic

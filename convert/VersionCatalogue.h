@@ -43,9 +43,6 @@ class VersionCatalogue {
 inline constexpr std::string_view kUnableToLoadVersions =
     "Unable to load XML version information. Please reinstall Brindle Tools.";
 
-/// Logs the load failure and shows its alert, without a parent window.
-void reportVersionCatalogueFailure();
-
 }  // namespace vornic
 
 #endif

@@ -1,31 +1,73 @@
 #ifndef VORNIC_CONVERT_VERSION_CONVERSION_H
 #define VORNIC_CONVERT_VERSION_CONVERSION_H
 
-#include <memory>
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <variant>
+#include <vector>
 
-#include "convert/ConversionHost.h"
+#include "platform/Error.h"
 #include "xml/XMLDocument.h"
 
 namespace vornic {
 
-/// Rewrites an XMEML document to a version and saves it in place of the file, atomically, with the
-/// type and creator codes of Final Cut Pro XML. A downgrade below the host's minimum removes the
-/// elements that the target does not know; when the host has a window the user is asked first, and
-/// without an agreement, also when nobody could be asked, the file is not touched. Failures are
-/// logged and printed, and shown as alerts when the host has a window. What is raised inside (by an
-/// alert, say) passes on to the caller, who logs it under its own name.
-/// @param version the target, a decimal string, written as it stands.
-/// @param document taken over and thrown away.
-void convertXMEMLVersion(ConversionHost& host, const std::string& version,
-                         std::unique_ptr<XMLDocument> document, const std::string& filePath);
+/// What converting a document to a version means.
+struct ConversionPlan {
+    /// The version that the document declares and the target, as numbers.
+    std::int64_t current = 0;
+    std::int64_t target = 0;
+    /// True for a downgrade below the lowest version that holds the document without loss: the
+    /// elements that the target does not know have to go.
+    bool losesInformation = false;
+};
+
+/// Why a document cannot be converted.
+enum class ConversionRefusal {
+    /// It is no XMEML, or declares no version.
+    noVersion,
+    /// It declares a version without a value.
+    noVersionAttribute,
+};
+
+/// Plans a conversion. Any thread.
+/// @param document may be null, which is refused
+/// @param version the target, a decimal string
+/// @param lowestVersion the lowest version without loss, as an analysis has found it; 0 before one
+///     has run, which makes every conversion one without loss
+[[nodiscard]] std::variant<ConversionPlan, ConversionRefusal> planConversion(
+    const XMLDocument* document, const std::string& version, std::int64_t lowestVersion);
+
+/// What became of the removal of elements.
+struct StripResult {
+    enum class Outcome { done, noCatalogue, noVersion };
+    Outcome outcome = Outcome::done;
+    /// What was wrong with names of the catalogue that are no query, in their order.
+    std::vector<Error> queryErrors;
+};
 
 /// Removes the elements, with all that is in them, that every catalogue version above the target
-/// introduced. A document that is no XMEML, and a target that the catalogue does not know, change
-/// nothing.
-/// @return the same document, or null after an exception, which is logged.
-[[nodiscard]] std::unique_ptr<XMLDocument> stripTagsFromXMLDoc(
-    std::unique_ptr<XMLDocument> document, const std::string& forVersion);
+/// introduced, the highest version first. A document that is no XMEML, and a target that the
+/// catalogue does not know, change nothing. Any thread.
+[[nodiscard]] StripResult stripElementsAbove(XMLDocument& document, const std::string& version);
+
+/// What became of a conversion that was written.
+struct ConversionResult {
+    /// Why the document could not be saved; the file is then as it was.
+    ErrorSlot saveError;
+    /// Why the type and creator codes could not be read; the error of the save counts as that too.
+    ErrorSlot loadCodesError;
+    /// Why the type and creator codes could not be written.
+    ErrorSlot writeCodesError;
+};
+
+/// Saves a converted document in place of the file, atomically, with the type and creator codes of
+/// Final Cut Pro XML. Behind a symbolic link the file that the link names is replaced. A file that
+/// another program has changed since the document was loaded from it stays as it is, which is an
+/// error of the save. Any thread.
+/// @param document null to write no document and set the codes alone
+[[nodiscard]] ConversionResult commitConversion(const XMLDocument* document,
+                                                const std::string& path);
 
 }  // namespace vornic
 

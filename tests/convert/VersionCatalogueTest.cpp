@@ -99,15 +99,5 @@ TEST_F(VersionCatalogueTest, isLoadedWithoutAnyVersion) {
     EXPECT_EQ(VersionCatalogue::load()->sortedKeys(), Strings{});
 }
 
-TEST_F(VersionCatalogueTest, reportsItsFailureInTheLogAndByAnAlertWithoutParent) {
-    reportVersionCatalogueFailure();
-    EXPECT_EQ(log.entries(),
-              Strings{"Unable to load XML version information. Please reinstall Brindle Tools."});
-    EXPECT_EQ(alerts->texts(),
-              Strings{"Unable to load XML version information | Please reinstall Brindle Tools."});
-    EXPECT_EQ(alerts->shown.at(0).parentWindow, nullptr);
-    EXPECT_EQ(alerts->shown.at(0).contents.defaultButtonTitle, std::nullopt);
-}
-
 }  // namespace
 }  // namespace vornic

@@ -1,4 +1,4 @@
-#include "convert/ElementSearch.h"
+#include "formats/xmeml/ElementSearch.h"
 
 #include <algorithm>
 #include <array>

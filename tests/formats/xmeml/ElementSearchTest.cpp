@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "convert/ElementSearch.h"
+#include "formats/xmeml/ElementSearch.h"
 
 namespace vornic {
 namespace {

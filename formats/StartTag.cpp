@@ -1,0 +1,76 @@
+#include "formats/StartTag.h"
+
+#include <algorithm>
+
+namespace vornic {
+
+namespace {
+
+constexpr std::string_view kNameEnds = " \t\r\n=/>\"'";
+constexpr std::string_view kBlanks = " \t\r\n";
+
+}  // namespace
+
+StartTag::StartTag(std::string_view text, std::size_t offset) : text_(text), at_(offset + 1) {
+    skipTo(kNameEnds);
+    elementName_ = text_.substr(offset + 1, at_ - offset - 1);
+}
+
+void StartTag::skipTo(std::string_view stops) {
+    while (!isAtEnd() && stops.find(text_[at_]) == std::string_view::npos) {
+        ++at_;
+    }
+}
+
+// White space, and characters that XML forbids, which a reading leaves out.
+void StartTag::skipBlanks() {
+    while (!isAtEnd() && static_cast<unsigned char>(text_[at_]) <= ' ') {
+        ++at_;
+    }
+}
+
+bool StartTag::next() {
+    skipBlanks();
+    while (!isAtEnd() && (text_[at_] == '/' || text_[at_] == '"' || text_[at_] == '\'')) {
+        ++at_;
+        skipBlanks();
+    }
+    if (isAtEnd() || text_[at_] == '>') {
+        at_ += isAtEnd() ? 0 : 1;
+        return false;
+    }
+    name_.offset = at_;
+    // What begins with an equals sign is no name, but has to be passed.
+    at_ += text_[at_] == '=' ? 1 : 0;
+    skipTo(kNameEnds);
+    name_.length = at_ - name_.offset;
+    value_ = {at_, 0};
+    const std::size_t afterName = at_;
+    skipBlanks();
+    if (isAtEnd() || text_[at_] != '=') {
+        at_ = afterName;
+        return true;
+    }
+    ++at_;
+    skipBlanks();
+    readValue();
+    return true;
+}
+
+void StartTag::readValue() {
+    const char quote = isAtEnd() ? '>' : text_[at_];
+    if (quote == '"' || quote == '\'') {
+        const std::size_t end = std::min(text_.find(quote, at_ + 1), text_.size());
+        value_ = {at_ + 1, end - at_ - 1};
+        at_ = std::min(end + 1, text_.size());
+        return;
+    }
+    const std::size_t start = at_;
+    while (!isAtEnd() && text_[at_] != '>' && kBlanks.find(text_[at_]) == std::string_view::npos &&
+           !text_.substr(at_).starts_with("/>")) {
+        ++at_;
+    }
+    value_ = {start, at_ - start};
+}
+
+}  // namespace vornic
