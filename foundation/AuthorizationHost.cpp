@@ -2,6 +2,7 @@
 
 #include "foundation/QMTaskEx.h"
 #include "platform/Directories.h"
+#include "platform/SystemTool.h"
 
 namespace vornic {
 namespace {
@@ -10,10 +11,10 @@ class SystemAuthorizationHost : public AuthorizationHost {
   public:
     [[nodiscard]] bool isSuperUser() const override { return platform::realUserId() == 0; }
     void runTask(const std::string& tool, const Arguments& arguments) override {
-        QMTaskEx::runTask(tool, arguments);
+        QMTaskEx::runTask(platform::systemToolPath(tool), arguments);
     }
     void runTaskAndReturn(const std::string& tool, const Arguments& arguments) override {
-        QMTaskEx::runTaskAndReturn(tool, arguments);
+        QMTaskEx::runTaskAndReturn(platform::systemToolPath(tool), arguments);
     }
     [[nodiscard]] platform::AuthorizationServices& services() override { return *services_; }
 

@@ -6,10 +6,9 @@
 #include <unistd.h>
 
 #include "foundation/FormatString.h"
-#include "foundation/SystemPathGuard.h"
 #include "platform/Console.h"
 #include "platform/FileMetadata.h"
-#include "platform/PathText.h"
+#include "platform/ProtectedPaths.h"
 
 namespace vornic {
 
@@ -19,10 +18,7 @@ namespace {
 
 /// Whether the path leads to a file of the system that must keep its contents.
 bool leadsToGuardedFile(const std::string& path) {
-    int ignored = 0;
-    const std::optional<std::string> target = platform::resolveFinalLink(path, ignored);
-    return platform::fileExists(path) &&
-           (isGuardedSystemPath(path) || (target && isGuardedSystemPath(*target)));
+    return platform::fileExists(path) && platform::leadsToProtectedPath(path);
 }
 
 }  // namespace
@@ -104,6 +100,15 @@ void FileCopyDestination::close() {
     if (file_.close() != 0) {
         noteWriteError();
     }
+}
+
+bool FileCopyDestination::synchronizeAndClose() {
+    const bool isKept = platform::synchronize(file_.get()) == 0;
+    if (file_.close() == 0 && isKept) {
+        return true;
+    }
+    noteWriteError();
+    return false;
 }
 
 bool FileCopyDestination::copyMetadata(int source, const struct stat& status,

@@ -24,7 +24,7 @@ class FileCopyDestination {
     [[nodiscard]] const std::string& path() const { return path_; }
     /// Opens for reading and writing, links followed, and changes nothing in a file that exists.
     /// Only regular files can be opened, and no file of the system that exists
-    /// (`isGuardedSystemPath`).
+    /// (`leadsToProtectedPath`).
     /// @param modeOfNew of a file that did not exist, before the umask
     [[nodiscard]] bool open(mode_t modeOfNew);
     [[nodiscard]] platform::FileIdentity identity() const { return identity_; }
@@ -38,6 +38,9 @@ class FileCopyDestination {
     /// @return how many bytes there were.
     [[nodiscard]] std::size_t readBack(char* block, std::size_t count);
     void close();
+    /// Closes when all that was written has come through to the disk.
+    /// @return false when the system could not keep it, which is told like a fault of writing.
+    [[nodiscard]] bool synchronizeAndClose();
     /// Gives the closed file the owner, extended attributes, mode and times of the source.
     bool copyMetadata(int source, const struct stat& status, ErrorSlot& error) const;
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace vornic {
@@ -31,6 +32,13 @@ LogFile::Appended LogFile::append(std::string_view bytes) {
     const bool isCut = result.byteCount > 0 && result.byteCount < bytes.size();
     endsInsideLine_ = isCut && bytes[result.byteCount - 1] != '\n';
     return result;
+}
+
+bool LogFile::isAt(const std::string& path) const {
+    struct stat own {};
+    struct stat other {};
+    return fstat(descriptor_.get(), &own) == 0 && stat(path.c_str(), &other) == 0 &&
+           own.st_dev == other.st_dev && own.st_ino == other.st_ino;
 }
 
 LogFile::Appended LogFile::write(std::string_view bytes) {

@@ -28,6 +28,10 @@ class LogFile {
     };
     [[nodiscard]] Appended append(std::string_view bytes);
 
+    /// Whether the file at a path is this one.
+    [[nodiscard]] bool isAt(const std::string& path) const;
+    [[nodiscard]] int descriptor() const { return descriptor_.get(); }
+
   private:
     explicit LogFile(platform::FileDescriptor descriptor) : descriptor_(std::move(descriptor)) {}
     [[nodiscard]] Appended write(std::string_view bytes);

@@ -1,8 +1,10 @@
 #include "foundation/LogQueue.h"
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <csignal>
-#include <system_error>
+#include <exception>
 #include <utility>
 
 #include "platform/CrashStack.h"
@@ -43,42 +45,51 @@ class SignalsBlocked {
 
 }  // namespace
 
-void LogQueue::Texts::add(std::string_view text, std::size_t units) {
-    bytes += text;
-    lengths.push_back({.bytes = text.size(), .units = units});
+bool LogQueue::Texts::add(std::string_view text, std::size_t units) noexcept {
+    const std::size_t before = bytes.size();
+    try {
+        bytes += text;
+        lengths.push_back({.bytes = text.size(), .units = units});
+        return true;
+    } catch (const std::exception&) {
+        bytes.resize(before);
+        return false;
+    }
 }
 
-void LogQueue::Texts::clear() {
+void LogQueue::Texts::clear() noexcept {
     bytes.clear();
     lengths.clear();
     if (bytes.capacity() > kLargestKeptBuffer) {
-        bytes.shrink_to_fit();
+        std::string().swap(bytes);
     }
     if (lengths.capacity() * sizeof(Length) > kLargestKeptBuffer) {
-        lengths.shrink_to_fit();
+        std::vector<Length>().swap(lengths);
     }
 }
 
-void LogQueue::add(std::string_view text, std::size_t units, bool wakesWorker) {
+bool LogQueue::add(std::string_view text, std::size_t units, bool wakesWorker) noexcept {
     {
         const Lock lock(mutex_);
         if (isClosed_) {
-            return;
+            return true;
         }
         if (isRunner()) {
-            urgent_.add(text, units);
-            return;
+            return urgent_.add(text, units);
         }
-        waiting_.add(text, units);
+        if (!waiting_.add(text, units)) {
+            return false;
+        }
         ++queued_;
         wakesWorker = wakesWorker && (workerSleeps_ || !hasWorker_);
     }
     if (wakesWorker) {
         wake();
     }
+    return true;
 }
 
-void LogQueue::wake() {
+void LogQueue::wake() noexcept {
     const Lock lock(mutex_);
     if (!hasWorker_ && !isClosed_) {
         startWorker();
@@ -92,8 +103,8 @@ void LogQueue::startWorker() {
     try {
         std::thread([this] { run(); }).detach();
         hasWorker_ = true;
-    } catch (const std::system_error&) {
-        // Without a thread the texts wait for the next `finish`.
+    } catch (const std::exception&) {
+        // Without a thread, or the memory for one, the texts wait for the next `finish`.
     }
 }
 
@@ -119,7 +130,7 @@ void LogQueue::run() {
     progress_.notify_all();
 }
 
-void LogQueue::finish() {
+void LogQueue::finish() noexcept {
     Lock lock(mutex_);
     if (isRunner()) {
         return;
@@ -149,7 +160,7 @@ std::size_t LogQueue::count() {
     return static_cast<std::size_t>(queued_ - done_);
 }
 
-void LogQueue::cancelAll() {
+void LogQueue::cancelAll() noexcept {
     const Lock lock(mutex_);
     dropWaiting();
 }
@@ -160,7 +171,7 @@ void LogQueue::dropWaiting() {
     ++cancellations_;
 }
 
-void LogQueue::close() {
+void LogQueue::close() noexcept {
     Lock lock(mutex_);
     dropWaiting();
     isClosed_ = true;
@@ -193,20 +204,20 @@ void LogQueue::drain(Lock& lock, std::uint64_t target) {
 /// Hands the texts to the writer, some at a time, until they are written or cancelled.
 void LogQueue::writeAll(Lock& lock, const Texts& texts, bool counts) {
     const std::size_t cancellations = cancellations_;
-    std::vector<Entry> entries;
+    std::array<Entry, kLargestBatch> entries;
     std::size_t next = 0;
     std::size_t position = 0;
     while (next < texts.lengths.size() && cancellations == cancellations_) {
         lock.unlock();
-        entries.clear();
+        const std::size_t count = std::min(texts.lengths.size() - next, kLargestBatch);
         std::size_t end = position;
-        for (std::size_t i = next; i < texts.lengths.size() && i < next + kLargestBatch; ++i) {
-            const Texts::Length& length = texts.lengths[i];
-            entries.push_back({.text = std::string_view(texts.bytes).substr(end, length.bytes),
-                               .units = length.units});
+        for (std::size_t i = 0; i < count; ++i) {
+            const Texts::Length& length = texts.lengths[next + i];
+            entries[i] = {.text = std::string_view(texts.bytes).substr(end, length.bytes),
+                          .units = length.units};
             end += length.bytes;
         }
-        const std::size_t written = writer_(entries);
+        const std::size_t written = handToWriter({entries.data(), count});
         for (std::size_t i = 0; i < written; ++i) {
             position += entries[i].text.size();
         }
@@ -219,6 +230,14 @@ void LogQueue::writeAll(Lock& lock, const Texts& texts, bool counts) {
         }
     }
     done_ += counts ? texts.lengths.size() - next : 0;
+}
+
+std::size_t LogQueue::handToWriter(std::span<const Entry> entries) noexcept {
+    try {
+        return writer_(entries);
+    } catch (...) {
+        return 1;
+    }
 }
 
 /// Writes what the writer itself has queued, and what writing that queues in its turn.

@@ -20,8 +20,9 @@ namespace vornic {
 /// threads. The worker rests while there is nothing to do and never keeps a process from ending.
 ///
 /// A text queued by the running writer itself goes ahead of all that wait, right behind the text
-/// being written. The queue must outlive its worker, so it is never destroyed before `close`. Any
-/// thread.
+/// being written. The queue must outlive its worker, so it is never destroyed before `close`. No
+/// operation throws, and none needs memory while it holds the queue's lock but `add`, which does
+/// without. Any thread.
 class LogQueue {
   public:
     struct Entry {
@@ -30,7 +31,7 @@ class LogQueue {
         std::size_t units = 0;
     };
     /// Writes one or more of the entries, from the front, and returns how many. There is at least
-    /// one. It must not throw.
+    /// one. When it throws, the first entry counts as lost and the others as not yet written.
     using Writer = std::function<std::size_t(std::span<const Entry>)>;
 
     explicit LogQueue(Writer writer) : writer_(std::move(writer)) {}
@@ -39,21 +40,22 @@ class LogQueue {
 
     /// Queues a text. After `close` it is dropped.
     /// @param wakesWorker false when the caller calls `finish` or `wake` right after.
-    void add(std::string_view text, std::size_t units, bool wakesWorker);
+    /// @return false when there is no memory for it: the text is lost.
+    bool add(std::string_view text, std::size_t units, bool wakesWorker) noexcept;
     /// Sees to it that what is queued is written soon.
-    void wake();
+    void wake() noexcept;
     /// Returns when everything queued before the call is written; at once when called by the
     /// running writer, which cannot wait for itself.
-    void finish();
+    void finish() noexcept;
     /// True on the thread whose writer is running.
     [[nodiscard]] bool isWriter();
     /// The number of texts not yet written, the one being written included.
     [[nodiscard]] std::size_t count();
     /// Drops every text whose writing has not begun.
-    void cancelAll();
+    void cancelAll() noexcept;
     /// Ends the worker, waiting for a write that runs (a second at most), and drops what is or will
     /// be queued.
-    void close();
+    void close() noexcept;
 
   private:
     using Lock = std::unique_lock<std::mutex>;
@@ -66,8 +68,9 @@ class LogQueue {
         };
         std::string bytes;
         std::vector<Length> lengths;
-        void add(std::string_view text, std::size_t units);
-        void clear();
+        /// @return false, with nothing added, when there is no memory for it.
+        [[nodiscard]] bool add(std::string_view text, std::size_t units) noexcept;
+        void clear() noexcept;
     };
 
     void run();
@@ -78,6 +81,7 @@ class LogQueue {
     [[nodiscard]] bool hasWork() const { return !waiting_.lengths.empty(); }
     void drain(Lock& lock, std::uint64_t target);
     void writeAll(Lock& lock, const Texts& texts, bool counts);
+    [[nodiscard]] std::size_t handToWriter(std::span<const Entry> entries) noexcept;
     void writeUrgent(Lock& lock);
     void dropWaiting();
 

@@ -1,5 +1,6 @@
 #include "foundation/QMAuthorization.h"
 
+#include <cerrno>
 #include <chrono>
 #include <mutex>
 #include <thread>
@@ -12,8 +13,15 @@
 #include "foundation/QMLog.h"
 #include "foundation/SystemPathGuard.h"
 #include "foundation/Text.h"
+#include "platform/AuthorizationProtocol.h"
 #include "platform/Console.h"
 #include "platform/FileSystem.h"
+#include "platform/HeldPath.h"
+#include "platform/ItemStatus.h"
+#include "platform/PathText.h"
+#include "platform/ProtectedPaths.h"
+#include "platform/SystemTool.h"
+#include "platform/Trash.h"
 
 namespace vornic {
 
@@ -44,6 +52,16 @@ bool isRefused(const std::string& path, std::string_view format) {
     }
     logToConsole(format, path);
     return true;
+}
+
+/// The platform's own guard, which every road passes.
+bool isProtectedPlace(const std::string& folder) {
+    return !platform::isDirectory(folder) && platform::makingLeadsToProtectedPath(folder);
+}
+
+/// Whether a tool that writes would replace what the platform protects.
+bool replacesProtected(const std::string& source, const std::string& destination) {
+    return platform::writingLeadsToProtectedPath(source, destination);
 }
 
 struct SharedController {
@@ -103,6 +121,8 @@ bool QMAuthorization::authStart() {
         logToConsole("Unable to authorize");
         return false;
     }
+    // One whose rights have ended by themselves.
+    authEnd();
     if (host_->services().create({}, platform::kAuthorizationFlagDefaults, authRef_) !=
         platform::kAuthorizationSuccess) {
         authRef_ = nullptr;
@@ -161,7 +181,12 @@ void QMAuthorization::authEnd() {
 
 bool QMAuthorization::isAuthorized() const {
     const std::lock_guard lock(mutex_);
-    return host_->isSuperUser() || authRef_ != nullptr;
+    return host_->isSuperUser() || (authRef_ != nullptr && host_->services().isAlive(authRef_));
+}
+
+bool QMAuthorization::canAskForRights() const {
+    const std::lock_guard lock(mutex_);
+    return isAuthorized() || (hasGUI_ && host_->services().canAskUser());
 }
 
 bool QMAuthorization::canAuthorize() const {
@@ -169,11 +194,13 @@ bool QMAuthorization::canAuthorize() const {
 }
 
 bool QMAuthorization::authRemoveFile(const std::string& path) {
+    const Path removed = absolutePath(path);
+    const Arguments arguments{"-Rdf", removed.value_or("")};
+    const Seen seen = platform::lookAtArguments(kRemoveTool, arguments);
     if (isRefused(path, "Unable to delete path %@ because it is a system directory.")) {
         return false;
     }
-    const Path removed = absolutePath(path);
-    return removed && authExecTask(kRemoveTool, {"-Rdf", *removed}) == 0;
+    return removed && execute(kRemoveTool, arguments, seen, true) == 0;
 }
 
 bool QMAuthorization::authTrashFile(const std::string& path) {
@@ -189,7 +216,32 @@ bool QMAuthorization::authTrashFile(const std::string& path, bool deleteOnRootAc
         // Required as it stands: it is the destination that goes, not the item.
         return destination && authRemoveFile(*destination);
     }
-    return authMoveFile(path, destination);
+    return destination ? moveToTrash(path, *destination) : authMoveFile(path, destination);
+}
+
+bool QMAuthorization::moveToTrash(const std::string& path, const std::string& destination) {
+    const std::string place = platform::parentFolder(destination);
+    const std::string name = lastPathComponent(destination);
+    const std::optional<platform::HeldPath> item = platform::holdPath(path);
+    std::optional<platform::Trash> trash;
+    // A Trash in another user's home is not made by the super-user.
+    if (!host_->isSuperUser() || userDirectory_.empty() || platform::nodeExists(place)) {
+        ErrorSlot reason;
+        trash = platform::Trash::open(place, reason);
+    }
+    const std::optional<platform::ItemStatus> status = platform::itemStatus(place);
+    if (!trash && status && status->isLink) {
+        return false;  // it leads to no Trash
+    }
+    // No item has that name, so that a note which has it is about none.
+    if (trash && item && trash->addInfo(name, item->path()) == EEXIST) {
+        static_cast<void>(trash->replaceInfo(name, item->path()));
+    }
+    const bool isMoved = authMoveFile(path, destination);
+    if (!isMoved && trash) {
+        trash->removeInfo(name);
+    }
+    return isMoved;
 }
 
 Path QMAuthorization::trashDestination(const std::string& path) const {
@@ -230,10 +282,12 @@ bool QMAuthorization::authTrashFolderContents(const std::string& folder, bool de
             continue;
         }
         const Path removed = absolutePath(path);
+        const Arguments arguments{"-R", "-f", removed.value_or("")};
+        const Seen seen = platform::lookAtArguments(kRemoveTool, arguments);
         succeeded =
             removed &&
             !isRefused(path, "Unable to delete path %@ because it is a system directory.") &&
-            authExecTask(kRemoveTool, {"-R", "-f", *removed}) == 0 && succeeded;
+            execute(kRemoveTool, arguments, seen, true) == 0 && succeeded;
     }
     return succeeded;
 }
@@ -260,14 +314,16 @@ bool QMAuthorization::authMoveFile(const Path& source, const Path& toPath) {
         logToConsole("Error in authMoveFile: new path is null");
         return false;
     }
+    const Path moved = absolutePath(*source);
+    const Path destination = absolutePath(*toPath);
+    const Arguments arguments{"-f", moved.value_or(""), destination.value_or("")};
+    const Seen seen = platform::lookAtArguments(kMoveTool, arguments);
     if (isRefused(*source, "Unable to move path %@ because it is a system directory.") ||
         !platform::fileExists(*source)) {
         return false;
     }
-    const Path moved = absolutePath(*source);
-    const Path destination = absolutePath(*toPath);
-    return moved && destination &&
-           startDirectlyOrAuthorized(kMoveTool, {"-f", *moved, *destination});
+    return moved && destination && !replacesProtected(*moved, *destination) &&
+           startDirectlyOrAuthorized(kMoveTool, arguments, seen);
 }
 
 bool QMAuthorization::authCopyFile(const Path& source, const Path& toPath) {
@@ -284,13 +340,18 @@ bool QMAuthorization::authCopyFile(const Path& source, const Path& toPath) {
     }
     const Path copied = absolutePath(*source);
     const Path destination = absolutePath(*toPath);
-    return copied && destination &&
-           startDirectlyOrAuthorized(kCopyTool, {"-f", "-p", "-R", *copied, *destination});
+    const Arguments arguments{"-f", "-p", "-R", copied.value_or(""), destination.value_or("")};
+    const Seen seen = platform::lookAtArguments(kCopyTool, arguments);
+    return copied && destination && !replacesProtected(*copied, *destination) &&
+           startDirectlyOrAuthorized(kCopyTool, arguments, seen);
 }
 
 bool QMAuthorization::authCreateDir(const std::string& path) {
     const Path folder = absolutePath(path);
-    if (!folder || !startDirectlyOrAuthorized(kCreateFolderTool, {"-p", *folder})) {
+    const Arguments arguments{"-p", folder.value_or("")};
+    const Seen seen = platform::lookAtArguments(kCreateFolderTool, arguments);
+    const bool isAllowed = folder && !isProtectedPlace(*folder);
+    if (!isAllowed || !startDirectlyOrAuthorized(kCreateFolderTool, arguments, seen)) {
         return false;
     }
     if (!host_->isSuperUser()) {
@@ -299,13 +360,13 @@ bool QMAuthorization::authCreateDir(const std::string& path) {
     return true;
 }
 
-bool QMAuthorization::startDirectlyOrAuthorized(const std::string& tool,
-                                                const Arguments& arguments) {
+bool QMAuthorization::startDirectlyOrAuthorized(const std::string& tool, const Arguments& arguments,
+                                                const Seen& seen) {
     if (host_->isSuperUser()) {
         host_->runTaskAndReturn(tool, arguments);
         return true;
     }
-    return authExecTask(tool, arguments) == 0;
+    return execute(tool, arguments, seen, true) == 0;
 }
 
 std::int32_t QMAuthorization::authExecTask(const std::string& tool, const Arguments& parameters) {
@@ -314,10 +375,15 @@ std::int32_t QMAuthorization::authExecTask(const std::string& tool, const Argume
 
 std::int32_t QMAuthorization::authExecTask(const std::string& tool, const Arguments& parameters,
                                            bool async) {
+    return execute(tool, parameters, platform::lookAtArguments(tool, parameters), async);
+}
+
+std::int32_t QMAuthorization::execute(const std::string& tool, const Arguments& parameters,
+                                      const Seen& seen, bool async) {
     const std::lock_guard lock(mutex_);
     constexpr std::int32_t kToolMissing = -2;
     constexpr std::int32_t kNotAuthorized = -1;
-    if (!platform::fileExists(tool)) {
+    if (!platform::fileExists(platform::systemToolPath(tool))) {
         logToConsole("Unable to execute task: path %@ doesn't exist", tool);
         return kToolMissing;
     }
@@ -330,7 +396,8 @@ std::int32_t QMAuthorization::authExecTask(const std::string& tool, const Argume
     }
     std::unique_ptr<platform::CommunicationsPipe> pipe;
     const platform::AuthorizationStatus status = host_->services().executeWithPrivileges(
-        authRef_, tool, platform::kAuthorizationFlagDefaults, parameters, async ? nullptr : &pipe);
+        authRef_, tool, platform::kAuthorizationFlagDefaults, parameters, seen,
+        async ? nullptr : &pipe);
     if (status == platform::kAuthorizationSuccess && pipe) {
         while (!pipe->readAvailable().empty()) {
         }

@@ -18,7 +18,9 @@ namespace vornic {
 /// administrator rights after one authentication. A process of the super-user runs the tools
 /// directly and is never asked for anything.
 ///
-/// Operations that remove or move something are refused for system folders. Refusals and faults go
+/// Operations that remove or move something are refused for system folders, and those that write
+/// for what would replace what this platform protects. With rights, nothing is done to anything but
+/// what stood at a path before the guards and the user were asked. Refusals and faults go
 /// to the console and yield false or a status; nothing raises. Tools are started and not waited for
 /// unless it is said, hence true tells no more than that the tool was started. A relative path is
 /// taken from the working folder; an empty one is refused. Any thread; while one asks for rights or
@@ -51,8 +53,13 @@ class QMAuthorization {
                            std::optional<platform::SecretText> password);
     /// Gives the rights up.
     void authEnd();
+    /// Whether there are rights. They end with what holds them, which may die: then they are
+    /// asked for again.
     [[nodiscard]] bool isAuthorized() const;
     [[nodiscard]] bool canAuthorize() const;
+    /// Whether there are rights, or something on this machine that can ask the user for them. Asks
+    /// for nothing.
+    [[nodiscard]] bool canAskForRights() const;
 
     /// Removes a file or a folder with everything in it.
     bool authRemoveFile(const std::string& path);
@@ -81,10 +88,18 @@ class QMAuthorization {
     std::int32_t authExecTask(const std::string& tool, const Arguments& parameters, bool async);
 
   private:
+    /// What stood at the arguments of a tool when the guards were asked.
+    using Seen = std::vector<platform::SeenPath>;
+
     [[nodiscard]] Path trashDestination(const std::string& path) const;
+    /// Notes the item's place where the Trash keeps notes, and has it moved.
+    bool moveToTrash(const std::string& path, const std::string& destination);
     /// Whether items are removed rather than trashed.
     [[nodiscard]] bool deletesInstead(bool deleteOnRootAccount) const;
-    bool startDirectlyOrAuthorized(const std::string& tool, const Arguments& arguments);
+    bool startDirectlyOrAuthorized(const std::string& tool, const Arguments& arguments,
+                                   const Seen& seen);
+    std::int32_t execute(const std::string& tool, const Arguments& parameters, const Seen& seen,
+                         bool async);
     bool obtainRights(const platform::AuthorizationEnvironment& environment,
                       platform::AuthorizationFlags flags);
 

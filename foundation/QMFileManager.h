@@ -29,7 +29,8 @@ namespace vornic {
 /// may be asked. The form with a timeout calls the plain one and then waits until the change can be
 /// seen: on the main thread it dispatches one pending event a round, elsewhere it sleeps 0.3 s. Its
 /// result is whether the change was seen within that time. Folders and files that belong to the
-/// system (`isGuardedSystemPath`) are never removed, trashed, moved or replaced.
+/// system are never removed, trashed or moved (`isGuardedSystemPath`), nor replaced
+/// (`leadsToProtectedPath`).
 class QMFileManager {
   public:
     using Path = std::optional<std::string>;

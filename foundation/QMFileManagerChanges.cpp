@@ -36,12 +36,6 @@ bool isAllowed(const std::string& path, std::string_view verb, ErrorSlot& error)
     return false;
 }
 
-/// Whether the tools that run with rights, which replace what they meet, would replace what belongs
-/// to the system.
-bool replacesSystemPath(const std::string& path) {
-    return platform::nodeExists(path) && isGuardedSystemPath(path);
-}
-
 bool removeOrdinarily(const std::string& path, ErrorSlot& error) {
     // With a slash at its end a link would mean its target.
     return isAllowed(path, "removed", error) &&
@@ -218,8 +212,7 @@ bool QMFileManager::copyFile(const Path& source, const Path& toPath, bool should
         return true;
     }
     QMLog::appendLog("Error copying file: %@. Authorizing...", error->localizedDescription());
-    return shouldAuth && !replacesSystemPath(*toPath) &&
-           authorization().authCopyFile(source, toPath);
+    return shouldAuth && authorization().authCopyFile(source, toPath);
 }
 
 bool QMFileManager::copyFile(const Path& source, const Path& toPath, std::chrono::seconds timeout) {
@@ -247,7 +240,7 @@ bool QMFileManager::moveFile(const std::string& source, const std::string& toPat
         return false;
     }
     QMLog::appendLog("Authorizing...");
-    return !replacesSystemPath(toPath) && authorization().authMoveFile(source, toPath);
+    return authorization().authMoveFile(source, toPath);
 }
 
 bool QMFileManager::moveFile(const std::string& source, const std::string& toPath,

@@ -1,5 +1,9 @@
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
+#include <utility>
+
+#include <sys/stat.h>
 
 #include "foundation/FileBlock.h"
 #include "foundation/FileCopyDestination.h"
@@ -67,19 +71,48 @@ bool moveSingleFile(const std::string& source, const std::string& destination) {
     return QMFileManager::moveFile(source, destination, kMoveTimeout);
 }
 
+/// What shows that a file was changed or replaced.
+struct FileState {
+    platform::FileIdentity identity;
+    std::int64_t size = 0;
+    std::int64_t seconds = 0;
+    std::int64_t nanoseconds = 0;
+    friend bool operator==(const FileState&, const FileState&) = default;
+};
+
+FileState stateOf(const struct stat& status) {
+    return {.identity = {.device = status.st_dev, .inode = status.st_ino},
+            .size = status.st_size,
+            .seconds = status.st_mtim.tv_sec,
+            .nanoseconds = status.st_mtim.tv_nsec};
+}
+
+/// A source that has been written whole, as it was when it was opened.
+struct AppendedFile {
+    std::string path;
+    FileState state;
+};
+
+bool isUnchanged(const AppendedFile& file) {
+    struct stat status {};
+    return stat(file.path.c_str(), &status) == 0 && stateOf(status) == file.state;
+}
+
 /// @param isWhole set to whether all of the source could be written
 /// @return false when the source could not be read.
-bool append(const std::string& source, FileCopyDestination& destination, bool& isWhole) {
+bool append(AppendedFile& source, FileCopyDestination& destination, bool& isWhole) {
     int errorNumber = 0;
-    const platform::FileDescriptor file = platform::openRegularFile(source, true, errorNumber);
-    if (!file) {
+    const platform::FileDescriptor file = platform::openRegularFile(source.path, true, errorNumber);
+    struct stat status {};
+    if (!file || fstat(file.get(), &status) != 0) {
         consoleLog(formatString(
-            "Error: Unable to open source file %@. Aborting combination process...", source));
+            "Error: Unable to open source file %@. Aborting combination process...", source.path));
         return false;
     }
+    source.state = stateOf(status);
     const FileBlock block = makeFileBlock();
     if (!block) {
-        consoleLog(formatString("Error combining file %@ - out of memory", source));
+        consoleLog(formatString("Error combining file %@ - out of memory", source.path));
         return false;
     }
     isWhole = true;
@@ -88,7 +121,7 @@ bool append(const std::string& source, FileCopyDestination& destination, bool& i
         const std::size_t count =
             platform::readBlock(file.get(), block.get(), kFileBlockSize, errorNumber);
         if (count == 0 && errorNumber != 0) {
-            consoleLog(formatString("Error reading file %@ - aborting...", source));
+            consoleLog(formatString("Error reading file %@ - aborting...", source.path));
             return false;
         }
         if (count == 0) {
@@ -96,6 +129,23 @@ bool append(const std::string& source, FileCopyDestination& destination, bool& i
         }
         isWhole = destination.write(block.get(), count) && isWhole;
     }
+}
+
+/// Appends the sources in their order. @return false when one could not be read.
+/// @param appended given those of which all could be written: what was not is nowhere else
+bool appendAll(const std::vector<std::string>& sources, FileCopyDestination& destination,
+               std::vector<AppendedFile>& appended) {
+    return std::all_of(sources.begin(), sources.end(), [&](const std::string& path) {
+        AppendedFile source{.path = path, .state = {}};
+        bool isWhole = false;
+        if (!append(source, destination, isWhole)) {
+            return false;
+        }
+        if (isWhole) {
+            appended.push_back(std::move(source));
+        }
+        return true;
+    });
 }
 
 }  // namespace
@@ -114,18 +164,17 @@ bool QMFileManager::combineFiles(const std::vector<std::string>& sources, const 
         !combined.truncate()) {
         return refuseDestination(*destination);
     }
-    for (const std::string& source : sources) {
-        bool isWhole = false;
-        if (!append(source, combined, isWhole)) {
-            return false;
-        }
-        // What was not written is nowhere else.
-        if (deleteSourceFiles && isWhole) {
-            removeFile(source, false);
+    std::vector<AppendedFile> appended;
+    const bool areRead = appendAll(sources, combined, appended);
+    // Until the disk has it all, the sources are the only ones.
+    if (combined.synchronizeAndClose() && deleteSourceFiles) {
+        for (const AppendedFile& source : appended) {
+            if (isUnchanged(source)) {
+                removeFile(source.path, false);
+            }
         }
     }
-    combined.close();
-    return true;
+    return areRead;
 }
 
 }  // namespace vornic

@@ -2,17 +2,23 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 #include <mutex>
+#include <new>
 #include <utility>
+
+#include <unistd.h>
 
 #include "foundation/GlobalPreferences.h"
 #include "foundation/LogBatch.h"
 #include "foundation/LogFile.h"
 #include "foundation/LogGenerations.h"
 #include "foundation/LogQueue.h"
+#include "foundation/TerminalText.h"
 #include "foundation/Text.h"
 #include "foundation/UncaughtExceptions.h"
 #include "platform/Bundle.h"
+#include "platform/CrashReporter.h"
 #include "platform/Error.h"
 #include "platform/Exception.h"
 #include "platform/MainThread.h"
@@ -50,6 +56,11 @@ std::string formatForLog(std::string_view format, std::span<const FormatArgument
     return formatStringWithArguments(QMLog::escapeTextForLogging(format), arguments);
 }
 
+std::function<void()>& whenReopening() {
+    static std::function<void()> called;
+    return called;
+}
+
 /// A format that is not there at all, as opposed to an empty one.
 bool isMissing(std::string_view format) {
     return format.data() == nullptr;
@@ -61,7 +72,8 @@ struct QMLog::State {
     State() : queue([this](std::span<const LogQueue::Entry> entries) { return write(entries); }) {}
 
     mutable std::mutex mutex;
-    std::optional<std::string> appName;
+    /// Empty while none is stored. Shared, so that it is copied without the lock.
+    std::shared_ptr<const std::string> appName;
     std::shared_ptr<LogFile> fileHandle;
     std::size_t observer = 0;
 
@@ -77,13 +89,42 @@ struct QMLog::State {
         const std::lock_guard lock(mutex);
         return fileHandle;
     }
-    void setFile(std::shared_ptr<LogFile> file) {
+    void setFile(std::shared_ptr<LogFile> file, std::string_view started) {
         const std::lock_guard lock(mutex);
         std::swap(fileHandle, file);
+        platform::setCrashReportLog(fileHandle ? fileHandle->descriptor() : -1, started);
+    }
+    /// Puts a file in place unless another one was opened meanwhile. @return the one in place.
+    std::shared_ptr<LogFile> setFileIfNone(const std::shared_ptr<LogFile>& file) {
+        const std::lock_guard lock(mutex);
+        if (!fileHandle) {
+            fileHandle = file;
+            platform::setCrashReportLog(file->descriptor(), "");
+        }
+        return fileHandle;
     }
 
-    void settleName(std::string_view name);
+    void setName(std::shared_ptr<const std::string> name) {
+        const std::lock_guard lock(mutex);
+        std::swap(appName, name);
+    }
+    [[nodiscard]] std::shared_ptr<const std::string> name() const {
+        const std::lock_guard lock(mutex);
+        return appName;
+    }
+
+    void settleName(std::string_view given);
     void print(std::string line) const;
+    void printLoss() const noexcept;
+    /// Does it, or says that there was no memory for it: nothing raises to a caller of the log.
+    template <typename Work>
+    void withinMemory(const Work& work) const noexcept {
+        try {
+            work();
+        } catch (const std::bad_alloc&) {
+            printLoss();
+        }
+    }
     void queueText(std::string_view text, bool wakesWorker);
     std::size_t write(std::span<const LogQueue::Entry> entries) noexcept;
     std::size_t writeToFile(std::span<const LogQueue::Entry> entries);
@@ -121,34 +162,44 @@ void QMLog::createNewLog(std::string_view name, bool noPrinting) {
     if (state.loggingDisabled) {
         return;
     }
-    state.setFile(nullptr);
-    if (isGlobalSwitchOn("disable-logging")) {
-        state.print("Logging is disabled");
-        state.loggingDisabled = true;
-        return;
+    bool isDisabled = false;
+    state.withinMemory([&] { isDisabled = isGlobalSwitchOn("disable-logging"); });
+    if (!isDisabled) {
+        // A line before this one belongs to the log before.
+        finishWriting();
     }
-    state.settleName(name);
-    state.bytesWritten = 0;
-    const StartedGeneration started = startGeneration(log.appName());
-    if (started.failure) {
-        state.print(*started.failure);
-    }
-    if (started.file) {
-        state.setFile(started.file);
-        writeHeader();
-    }
+    state.setFile(nullptr, "");
+    state.withinMemory([&] {
+        if (isDisabled) {
+            state.print("Logging is disabled");
+            state.loggingDisabled = true;
+            return;
+        }
+        state.settleName(name);
+        state.bytesWritten = 0;
+        const StartedGeneration started = startGeneration(log.appName());
+        if (started.failure) {
+            state.print(*started.failure);
+        }
+        if (started.file) {
+            const std::string date = platform::currentDateDescription();
+            state.setFile(started.file, date);
+            writeHeader(date);
+        }
+    });
 }
 
 /// The lines that every generation begins with.
-void QMLog::writeHeader() {
+void QMLog::writeHeader(const std::string& started) {
     const platform::Bundle bundle = platform::Bundle::mainBundle();
     constexpr double kGigabyte = 1024.0 * 1024.0 * 1024.0;
-    fastAppendLog("Log started: %@\n", platform::currentDateDescription());
+    fastAppendLog("Log started: %@\n", started);
     if (const std::optional<std::string> version = bundle.infoString("CFBundleVersion")) {
         fastAppendLog("Version: %@\n", *version);
     }
     if (bundle.exists()) {
-        fastAppendLog("Path: %@\n", platform::executablePath());
+        // The bundle of this platform holds no program of its own: the running one stands in.
+        fastAppendLog("Path: %@\n", bundle.executablePath().value_or(platform::executablePath()));
     }
     appendLog("System: macOS %@, %li CPU(s), %0.2f GB RAM\n",
               platform::operatingSystemVersionString(), platform::processorCount(),
@@ -163,18 +214,20 @@ void QMLog::appendLogWithArguments(std::string_view format,
     if (isMissing(format) || state.loggingDisabled) {
         return;
     }
-    const std::string text = formatForLog(format, arguments);
-    if (platform::MainThread::isCurrent()) {
-        state.queueText(text, true);
-        return;
-    }
-    state.queueText(text, false);
-    const std::size_t length = utf16Length(text);
-    if (length >= 1 && length <= kShortEntry && state.bytesInQueue <= kShortEntry) {
-        finishWriting();
-    } else {
-        state.queue.wake();
-    }
+    state.withinMemory([&] {
+        const std::string text = formatForLog(format, arguments);
+        if (platform::MainThread::isCurrent()) {
+            state.queueText(text, true);
+            return;
+        }
+        state.queueText(text, false);
+        const std::size_t length = utf16Length(text);
+        if (length >= 1 && length <= kShortEntry && state.bytesInQueue <= kShortEntry) {
+            finishWriting();
+        } else {
+            state.queue.wake();
+        }
+    });
 }
 
 void QMLog::fastAppendLogWithArguments(std::string_view format,
@@ -183,7 +236,7 @@ void QMLog::fastAppendLogWithArguments(std::string_view format,
     if (isMissing(format) || log.state_->loggingDisabled) {
         return;
     }
-    log.appendTextToLog(formatForLog(format, arguments));
+    log.state_->withinMemory([&] { log.appendTextToLog(formatForLog(format, arguments)); });
 }
 
 void QMLog::appendLogAndPrintWithArguments(std::string_view format,
@@ -192,22 +245,27 @@ void QMLog::appendLogAndPrintWithArguments(std::string_view format,
     if (isMissing(format) || log.state_->loggingDisabled) {
         return;
     }
-    const std::string formatted = formatForLog(format, arguments);
-    const std::string_view text = trimmed(formatted);
-    appendLog("%@", text);
-    std::string printed = replacingOccurrences(text, "%@", "");
-    printed = replacingOccurrences(printed, "%", "%%");
-    std::erase(printed, '\0');
-    log.state_->print(std::move(printed));
+    log.state_->withinMemory([&] {
+        const std::string formatted = formatForLog(format, arguments);
+        const std::string_view text = trimmed(formatted);
+        appendLog("%@", text);
+        std::string printed = replacingOccurrences(text, "%@", "");
+        printed = replacingOccurrences(printed, "%", "%%");
+        std::erase(printed, '\0');
+        log.state_->print(std::move(printed));
+    });
 }
 
 void QMLog::appendLogAndDebugPrintWithArguments(std::string_view format,
                                                 std::span<const FormatArgument> arguments) {
-    if (isMissing(format) || sharedController().state_->loggingDisabled) {
+    const State& state = *sharedController().state_;
+    if (isMissing(format) || state.loggingDisabled) {
         return;
     }
-    const std::string formatted = formatForLog(format, arguments);
-    appendLog("%@", trimmed(formatted));
+    state.withinMemory([&] {
+        const std::string formatted = formatForLog(format, arguments);
+        appendLog("%@", trimmed(formatted));
+    });
 }
 
 std::string QMLog::escapeTextForLogging(std::string_view text) {
@@ -236,6 +294,26 @@ std::vector<std::string> QMLog::availableLogs() {
     return existingLogPaths(sharedController().appName());
 }
 
+std::optional<std::string> QMLog::currentLog() {
+    QMLog& log = sharedController();
+    const std::shared_ptr<LogFile> file = log.state_->file();
+    if (!file) {
+        return std::nullopt;
+    }
+    const std::string name = log.appName();
+    std::vector<std::string> places = existingLogPaths(name);
+    if (const std::optional<std::string> path = currentLogPath(name)) {
+        places.insert(places.begin(), *path);
+    }
+    const auto found = std::find_if(places.begin(), places.end(),
+                                    [&](const std::string& path) { return file->isAt(path); });
+    return found != places.end() ? std::optional(*found) : std::nullopt;
+}
+
+void QMLog::setWhenReopening(std::function<void()> called) {
+    whenReopening() = std::move(called);
+}
+
 void QMLog::willTerminate() {
     QMLog& log = sharedController();
     State& state = *log.state_;
@@ -247,7 +325,7 @@ void QMLog::willTerminate() {
     }
     log.setAppName(std::nullopt);
     state.queue.close();
-    state.setFile(nullptr);
+    state.setFile(nullptr, "");
 }
 
 void QMLog::appendTextToLog(std::string_view text) {
@@ -260,13 +338,12 @@ void QMLog::appendLogOnThread(const std::string& text) {
 }
 
 std::string QMLog::appName() const {
-    const std::lock_guard lock(state_->mutex);
-    return state_->appName ? *state_->appName : platform::applicationName();
+    const std::shared_ptr<const std::string> name = state_->name();
+    return name ? *name : platform::applicationName();
 }
 
 void QMLog::setAppName(std::optional<std::string> name) {
-    const std::lock_guard lock(state_->mutex);
-    state_->appName = std::move(name);
+    state_->setName(name ? std::make_shared<const std::string>(*std::move(name)) : nullptr);
 }
 
 std::uint64_t QMLog::bytesWritten() const {
@@ -290,24 +367,31 @@ bool QMLog::hasFileHandle() const {
 }
 
 /// The given name counts only where neither a stored nor a derived one is to be had.
-void QMLog::State::settleName(std::string_view name) {
-    const std::lock_guard lock(mutex);
-    const std::string derived = platform::applicationName();
-    if (!name.empty() && !appName && derived.empty()) {
-        appName = name;
+void QMLog::State::settleName(std::string_view given) {
+    const std::shared_ptr<const std::string> stored = name();
+    const std::string settled = stored ? *stored : platform::applicationName();
+    if (!settled.empty()) {
+        return;
     }
-    if (appName ? appName->empty() : derived.empty()) {
-        appName = "Unknown";
-    }
+    const bool counts = !stored && !given.empty();
+    setName(std::make_shared<const std::string>(counts ? given : "Unknown"));
 }
 
 void QMLog::State::print(std::string line) const {
     if (noPrinting) {
         return;
     }
-    line += '\n';
+    line = textForStream(line, STDOUT_FILENO) + '\n';
     static_cast<void>(std::fwrite(line.data(), 1, line.size(), stdout));
     static_cast<void>(std::fflush(stdout));
+}
+
+/// What is said, without any memory, of a text that there is no memory for.
+void QMLog::State::printLoss() const noexcept {
+    if (!noPrinting && !loggingDisabled) {
+        static_cast<void>(std::fputs("Exception writing to log: Not enough memory.\n", stdout));
+        static_cast<void>(std::fflush(stdout));
+    }
 }
 
 void QMLog::State::queueText(std::string_view text, bool wakesWorker) {
@@ -317,7 +401,10 @@ void QMLog::State::queueText(std::string_view text, bool wakesWorker) {
     }
     const std::size_t units = utf16Length(text);
     bytesInQueue += units;
-    queue.add(text, units, wakesWorker);
+    if (!queue.add(text, units, wakesWorker)) {
+        bytesInQueue -= units;
+        printLoss();
+    }
 }
 
 /// Deals with the first entry and as many behind it as go into the same write. @return how many
@@ -330,8 +417,11 @@ std::size_t QMLog::State::write(std::span<const LogQueue::Entry> entries) noexce
         return writeToFile(entries);
     } catch (const platform::Exception& exception) {
         if (!loggingDisabled) {
-            print(formatString("Exception writing to log: %s", exception.reason()));
+            withinMemory(
+                [&] { print(formatString("Exception writing to log: %s", exception.reason())); });
         }
+    } catch (const std::exception&) {
+        printLoss();
     }
     return 1;
 }
@@ -375,10 +465,11 @@ std::size_t QMLog::State::writeToFile(std::span<const LogQueue::Entry> entries) 
 std::shared_ptr<LogFile> QMLog::State::reopenedFile() {
     const std::optional<std::string> path = currentLogPath(sharedController().appName());
     std::shared_ptr<LogFile> opened = path ? LogFile::open(*path) : nullptr;
-    if (opened) {
-        setFile(opened);
+    if (opened && whenReopening()) {
+        whenReopening()();
     }
-    return opened;
+    // A new generation may have been started meanwhile, and its file must stay.
+    return opened ? setFileIfNone(opened) : nullptr;
 }
 
 }  // namespace vornic

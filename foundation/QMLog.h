@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <optional>
@@ -18,8 +19,8 @@ namespace vornic {
 /// The process-wide diagnostic log: five generations of a text file for each application in the
 /// user's log folder (`LogGenerations.h`), each entry "DATE - TEXT" in UTF-8, written by one serial
 /// queue in the order in which the texts were queued. Every operation may be called from any
-/// thread. Nothing raises to the caller and nothing returns an error: a failure prints a line to
-/// standard output, and logging goes on as well as it can.
+/// thread. Nothing raises to the caller, no lack of memory either, and nothing returns an error: a
+/// failure prints a line to standard output, and logging goes on as well as it can.
 ///
 /// Formats are those of `formatString`, except that a percent sign before one of " .!,-;:+" stands
 /// for itself. A format that is missing (a view of nothing) does nothing. Text that is not the
@@ -29,9 +30,10 @@ class QMLog {
     /// The one instance, made on first use; it lives until the process ends.
     static QMLog& sharedController();
 
-    /// Starts a new log generation: older ones move one place on, the oldest goes, and the new one
-    /// begins with a header. When the family's preferences switch logging off, it stays off for the
-    /// life of the process and every later operation does nothing.
+    /// Starts a new log generation: what is queued already is written where it belongs, older ones
+    /// move one place on, the oldest goes, and the new one begins with a header. When the family's
+    /// preferences switch logging off, it stays off for the life of the process and every later
+    /// operation does nothing.
     /// @param name counts only where neither a stored name nor the executable gives one
     /// @param noPrinting keeps the log off standard output; the shorter forms pass false
     static void createNewLog();
@@ -52,7 +54,8 @@ class QMLog {
         fastAppendLogWithArguments(format, {list.begin(), list.size()});
     }
     /// `appendLog` of the trimmed text, which also goes to standard output as a line of its own,
-    /// there without "%@" and NUL characters and with every other percent sign doubled.
+    /// there without "%@" and NUL characters and with every other percent sign doubled. On a
+    /// terminal, whatever the log prints has its control characters written out.
     template <typename... Arguments>
     static void appendLogAndPrint(std::string_view format, const Arguments&... arguments) {
         const std::initializer_list<FormatArgument> list{FormatArgument(arguments)...};
@@ -76,6 +79,9 @@ class QMLog {
     static void finishWriting();
     /// The paths of the generations that exist, newest first.
     [[nodiscard]] static std::vector<std::string> availableLogs();
+    /// Where the log that this process writes is now: other programs of the name that start their
+    /// logs move it on. Nothing while no log is open, and once it has gone.
+    [[nodiscard]] static std::optional<std::string> currentLog();
     /// The observer of the application's end: writes up to 10 queued entries out, drops more, and
     /// closes the log. What is logged afterwards is lost.
     static void willTerminate();
@@ -100,6 +106,10 @@ class QMLog {
     /// True while a log file is open.
     [[nodiscard]] bool hasFileHandle() const;
 
+    /// For tests: called by the writer between the moment it has opened a log by itself and the
+    /// moment it writes there. While nothing is written; null for nothing.
+    static void setWhenReopening(std::function<void()> called);
+
     QMLog(const QMLog&) = delete;
     QMLog& operator=(const QMLog&) = delete;
 
@@ -107,7 +117,7 @@ class QMLog {
     QMLog();
     ~QMLog();
 
-    static void writeHeader();
+    static void writeHeader(const std::string& started);
     static void appendLogWithArguments(std::string_view format,
                                        std::span<const FormatArgument> arguments);
     static void fastAppendLogWithArguments(std::string_view format,

@@ -10,9 +10,10 @@ namespace vornic {
 
 bool isGuardedSystemPath(const std::string& path) {
     const std::vector<std::string> forms = platform::formsOfPath(path);
-    return std::any_of(forms.begin(), forms.end(), [](const std::string& form) {
-        return QMLocalPaths::isPathSystemDirectory(form, true) || platform::isProtectedPath(form);
-    });
+    return platform::isProtectedItem(path) ||
+           std::any_of(forms.begin(), forms.end(), [](const std::string& form) {
+               return QMLocalPaths::isPathSystemDirectory(form, true);
+           });
 }
 
 }  // namespace vornic

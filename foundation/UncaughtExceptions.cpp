@@ -3,6 +3,9 @@
 #include <atomic>
 #include <cstdlib>
 #include <exception>
+#include <string_view>
+
+#include <unistd.h>
 
 #include "foundation/QMLog.h"
 #include "platform/ExceptionReason.h"
@@ -13,12 +16,23 @@ namespace {
 
 std::terminate_handler previousHandler = nullptr;
 
+// Where memory has run out there may be none for the words either.
+void logReason() noexcept {
+    try {
+        QMLog::appendLogAndPrint("%@", platform::reasonOf(std::current_exception()));
+        QMLog::finishWriting();
+    } catch (...) {
+        static constexpr std::string_view kNothingLeft =
+            "The program ends: there is not even the memory to say why.\n";
+        static_cast<void>(write(STDERR_FILENO, kNothingLeft.data(), kNothingLeft.size()));
+    }
+}
+
 void logAndDie() {
     // A second fault while the first is being logged must not start over.
     static std::atomic<bool> isLogging = false;
     if (!isLogging.exchange(true)) {
-        QMLog::appendLogAndPrint("%@", platform::reasonOf(std::current_exception()));
-        QMLog::finishWriting();
+        logReason();
     }
     if (previousHandler != nullptr) {
         previousHandler();

@@ -10,6 +10,8 @@
 #include "foundation/Text.h"
 #include "platform/Exception.h"
 #include "repair/SpecialBytes.h"
+#include "report/Message.h"
+#include "report/RuleTable.h"
 
 namespace vornic {
 
@@ -96,7 +98,35 @@ class Scan {
         return std::move(output_);
     }
 
+    // Where in the text the byte of the output comes from.
+    std::size_t originOf(std::size_t filteredOffset) {
+        for (;;) {
+            at_ = specialBytes_.firstFrom(at_);
+            const std::size_t kept = written_ + static_cast<std::size_t>(at_ - uncopied_);
+            if (filteredOffset < kept) {
+                return offsetOf(uncopied_) + (filteredOffset - written_);
+            }
+            if (at_ == end_) {
+                return offsetOf(end_);
+            }
+            const unsigned char* const character = at_;
+            takeCharacter();
+            if (at_ == character) {  // a removal waits until all before it is told
+                static_cast<void>(tellFinished());
+            }
+            written_ += output_.size();
+            output_.clear();
+            if (filteredOffset < written_) {
+                return offsetOf(character);
+            }
+        }
+    }
+
   private:
+    [[nodiscard]] std::size_t offsetOf(const unsigned char* place) const {
+        return static_cast<std::size_t>(place - begin_);
+    }
+
     void takeRound() {
         while (at_ < roundEnd_) {
             at_ = std::min(specialBytes_.firstFrom(at_), roundEnd_);
@@ -239,12 +269,22 @@ class Scan {
     const unsigned char* uncopied_;
     const unsigned char* roundEnd_;
     std::string output_;
+    // How much of the output `originOf` has thrown away.
+    std::size_t written_ = 0;
     // How many bytes more than UTF-16 units lie before `at_`.
     std::int64_t surplusBytes_ = 0;
     std::int64_t firstUntold_ = 0;
     bool inTag_ = false;
     bool inCDATA_ = false;
     bool cancelled_ = false;
+};
+
+// For who wants to know nothing but the result.
+class SilentObserver : public CharacterFilterObserver {
+  public:
+    bool isCancelled() override { return false; }
+    void removedUnit(std::int64_t /*index*/) override {}
+    bool finishedUnits(std::int64_t /*first*/, std::int64_t /*last*/) override { return true; }
 };
 
 class HostObserver : public CharacterFilterObserver {
@@ -254,7 +294,9 @@ class HostObserver : public CharacterFilterObserver {
     bool isCancelled() override { return host_.progressCancelled(); }
 
     void removedUnit(std::int64_t index) override {
-        host_.appendErrorInfoText(formatString("Invalid character at byte %i removed.", index));
+        // The line has room for a 32-bit number.
+        host_.appendErrorInfoText(messageOf("repair-character-removed"_rule,
+                                            {{"index", static_cast<std::int32_t>(index)}}));
         host_.setFileHasErrs(true);
         host_.setFileWasRepaired(true);
     }
@@ -272,6 +314,11 @@ class HostObserver : public CharacterFilterObserver {
 std::optional<std::string> filterInvalidCharacters(std::string_view text,
                                                    CharacterFilterObserver& observer) {
     return Scan(text, observer).run();
+}
+
+std::size_t originOfFilteredOffset(std::string_view text, std::size_t filteredOffset) {
+    SilentObserver observer;
+    return Scan(text, observer).originOf(filteredOffset);
 }
 
 std::optional<std::string> filterInvalidCharsInString(RepairHost& host, std::string_view text) {

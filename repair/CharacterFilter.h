@@ -1,6 +1,7 @@
 #ifndef VORNIC_REPAIR_CHARACTER_FILTER_H
 #define VORNIC_REPAIR_CHARACTER_FILTER_H
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -40,6 +41,15 @@ class CharacterFilterObserver {
 ///     section would be looked for before the beginning of the text.
 [[nodiscard]] std::optional<std::string> filterInvalidCharacters(std::string_view text,
                                                                  CharacterFilterObserver& observer);
+
+/// Where in a text the byte of its filtered form comes from: what a fault in the filtered text is
+/// to the user. The filter runs again, up to there, and keeps nothing.
+/// @param text as `filterInvalidCharacters` takes it. @param filteredOffset in what that makes of
+/// it.
+/// @return the offset in the text of the byte, or of the character that was written otherwise; of
+///     the text's end for offsets from the end of the filtered text on.
+/// @throws platform::RangeException as `filterInvalidCharacters` does.
+[[nodiscard]] std::size_t originOfFilteredOffset(std::string_view text, std::size_t filteredOffset);
 
 /// `filterInvalidCharacters` for a document: logs what it does, drives the progress bar (its
 /// maximum is set for texts of 512001 units and more), reports each removal and marks the

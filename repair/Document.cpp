@@ -1,19 +1,23 @@
 #include "repair/Document.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <exception>
 #include <utility>
 
-#include "convert/ConversionAnalysis.h"
-#include "convert/VersionConversion.h"
 #include "foundation/FormatString.h"
 #include "foundation/QMException.h"
 #include "foundation/QMLog.h"
+#include "job/JournaledSwap.h"
 #include "platform/Exception.h"
 #include "platform/FileSystem.h"
 #include "platform/MainThread.h"
 #include "platform/Thread.h"
 #include "repair/CharacterFilter.h"
+
+#ifndef VORNIC_VERSION
+#error "VORNIC_VERSION is the project's version"
+#endif
 
 namespace vornic {
 
@@ -23,6 +27,7 @@ namespace {
 
 // The platform's status of a routine that is not implemented.
 constexpr int kUnimplementedStatus = -4;
+constexpr std::int64_t kAlternateButton = 0;
 
 void logAlert(std::string_view message, std::string_view info) {
     QMLog::appendLog("%@. %@", message, info);
@@ -55,11 +60,12 @@ Document::Text Document::filePath() const {
 }
 
 void Document::setFilePath(Text path) {
+    named_ = path ? std::make_unique<NamedSource>(*path) : nullptr;
     filePath_ = std::move(path);
 }
 
 bool Document::readFromURL(const std::string& path, std::string_view /*ofType*/, Error* error) {
-    filePath_ = path;
+    setFilePath(path);
     startRepairOnThread(path, "-[Document readFromURL:ofType:error:]");
     if (error != nullptr) {
         *error = Error{std::string(kOSStatusErrorDomain), kUnimplementedStatus,
@@ -72,29 +78,53 @@ bool Document::windowShouldClose() {
     if (!isRunning()) {
         return true;
     }
-    constexpr std::int64_t kAlternateButton = 0;
-    return QMAlert::alertSheetWithMessageText(
-               "A repair is running. Are you sure you wish to quit?", "Quit", "Cancel",
-               std::nullopt, "This will cancel the repair.", window_, true) != kAlternateButton;
+    if (closeQuestion_) {
+        return false;
+    }
+    const auto question = std::make_shared<QMAlert>();
+    closeQuestion_ = question;
+    const std::int64_t answer = QMAlert::alertSheetWithMessageText(
+        "A repair is running. Are you sure you wish to quit?", "Quit", "Cancel", std::nullopt,
+        "This will cancel the repair.", window_, nullptr, std::nullopt, true, question);
+    closeQuestion_ = nullptr;
+    return answer != kAlternateButton;
+}
+
+// The run that the question is about has ended: the window stays, with its outcome.
+void Document::endCloseQuestion() {
+    if (closeQuestion_ && !closeQuestion_->alertEnded()) {
+        closeQuestion_->alertDidEnd(kAlternateButton);
+    }
 }
 
 void Document::close() {
     closed_.store(true, std::memory_order_relaxed);
+    stopLatestRun();
+    named_.reset();
     window_.reset();
 }
 
 void Document::repair() {
-    if (!filePath_ || filePath_->empty()) {
+    // A conversion that waits for an answer, say, would write what the repair has not seen.
+    const bool isConverting = conversion_ && conversion_->mayWrite() && !conversion_->isStopped();
+    if (!filePath_ || filePath_->empty() || isConverting) {
         return;
     }
     startRepairOnThread(*filePath_, "-[Document repair:]");
 }
 
 void Document::startRepairOnThread(const std::string& path, const char* forMethod) {
-    runDetached([path](Document& document) { document.startRepair(path); }, forMethod);
+    runDetached(
+        [path, conversion = conversion_](Document& document) {
+            if (conversion) {
+                conversion->waitUntilWritten();
+            }
+            document.startRepair(path);
+        },
+        forMethod);
 }
 
-void Document::runDetached(std::function<void(Document&)> work, const char* forMethod) {
+bool Document::runDetached(std::function<void(Document&)> work, const char* forMethod) {
     auto body = [self = shared_from_this(), work = std::move(work)]() mutable {
         try {
             work(*self);
@@ -107,22 +137,28 @@ void Document::runDetached(std::function<void(Document&)> work, const char* forM
     };
     try {
         platform::detachNewThread(std::move(body));
+        return true;
     } catch (const platform::Exception& exception) {
         QMException::logException(exception, forMethod);
+        return false;
     }
 }
 
-RepairOutcome Document::startRepair(const std::string& path) {
-    const auto show = [this](RepairOutcome outcome) {
-        inWindow([outcome](DocumentWindow& window) { window.showOutcome(outcome); });
-        return outcome;
+RepairResult Document::startRepair(const std::string& path) {
+    RepairResult result;
+    JournaledSwap journaled(program_invocation_short_name, VORNIC_VERSION);
+    const auto show = [&] {
+        inWindow([&result](DocumentWindow& window) { window.showOutcome(result); });
     };
     try {
-        return show(RepairPipeline(*this).run(path));
+        result = RepairPipeline(*this, journaled).run(path);
+        result.isUndoable = journaled.isWrittenDown();
     } catch (...) {
-        show(RepairOutcome::stopped);
+        show();
         throw;
     }
+    show();
+    return result;
 }
 
 std::string Document::stripInvalidCharsFromData(std::string_view data) {
@@ -131,99 +167,6 @@ std::string Document::stripInvalidCharsFromData(std::string_view data) {
 
 Document::Text Document::filterInvalidCharsInString(std::string_view text) {
     return vornic::filterInvalidCharsInString(*this, text);
-}
-
-// Conversion.
-
-void Document::showConvertDialog() {
-    const std::string path = filePath_.value_or("");
-    if (!platform::fileExists(path)) {
-        displayAlert("Unable to locate file", formatString("The file %@ cannot be found.", path));
-        return;
-    }
-    inWindow([](DocumentWindow& window) { window.beginConvertSheet(); });
-    runDetached([path](Document& document) { document.populateConversionDataForFile(path); },
-                "-[Document showConvertDialog:]");
-}
-
-void Document::closeConvertDialog() {
-    inWindow([](DocumentWindow& window) { window.endConvertSheet(); });
-}
-
-void Document::convertVersion() {
-    convertVersionOf(filePath_);
-}
-
-void Document::convertVersionOnThread() {
-    runDetached([path = filePath_](Document& document) { document.convertVersionOf(path); },
-                "-[Document convertVersion:]");
-}
-
-void Document::convertVersionOf(const Text& path) {
-    try {
-        startConvertSpinner();
-        if (path && !path->empty()) {
-            convertFile(*path);
-        }
-        stopConvertSpinner();
-    } catch (const platform::Exception& exception) {
-        QMException::logException(exception, "-[Document convertVersion:]");
-        stopConvertSpinner();
-    }
-}
-
-void Document::convertFile(const std::string& path) {
-    if (!platform::fileExists(path)) {
-        displayAlert("Unable to locate file", formatString("The file %@ cannot be found.", path));
-        return;
-    }
-    Text version;
-    inWindow([&](DocumentWindow& window) { version = window.selectedConvertVersionKey(); });
-    if (!version) {
-        QMLog::appendLog(
-            "Version not set. Unable to convert XML file %@. Please report this bug to Quillmark.",
-            path);
-        QMAlert::alertSheetWithMessageText(
-            "Version not set", "Unable to convert XML file. Please report this issue to Quillmark.",
-            nullptr);
-        return;
-    }
-    ErrorSlot error;
-    std::unique_ptr<XMLDocument> document = XMLDocument::load(path, XMLMode::tolerant, error);
-    if (!document) {
-        const std::string& reason = error->localizedDescription();
-        QMLog::appendLog(
-            "Error loading XML file - %@. Please try repairing it first before attempting a "
-            "conversion.",
-            reason);
-        QMAlert::alertSheetWithMessageText(
-            "Error loading XML file",
-            formatString("%@\n\nPlease try repairing it first before attempting a conversion.",
-                         reason),
-            nullptr);
-        return;
-    }
-    convertXMEMLVersion(*version, std::move(document), path);
-    populateConversionDataForFile(path);
-}
-
-void Document::convertXMEMLVersion(const std::string& version,
-                                   std::unique_ptr<XMLDocument> forDocument,
-                                   const std::string& filePath) {
-    vornic::convertXMEMLVersion(*this, version, std::move(forDocument), filePath);
-}
-
-std::unique_ptr<XMLDocument> Document::stripTagsFromXMLDoc(std::unique_ptr<XMLDocument> document,
-                                                           const std::string& forVersion) {
-    return vornic::stripTagsFromXMLDoc(std::move(document), forVersion);
-}
-
-void Document::populateConversionDataForFile(const Text& path) {
-    vornic::populateConversionDataForFile(*this, path);
-}
-
-bool Document::xmlStringRequiresVersion(std::string_view xmlString, const std::string& version) {
-    return vornic::xmlStringRequiresVersion(xmlString, version);
 }
 
 // Flags. They are plain in meaning: no thread reads another's data by them.
@@ -303,6 +246,7 @@ void Document::endProgress() {
         }
     });
     isRunning_.store(false, std::memory_order_relaxed);
+    inWindow([this](DocumentWindow& /*window*/) { endCloseQuestion(); });
 }
 
 void Document::setProgressLabel(std::string_view text) {
@@ -457,65 +401,6 @@ void Document::displayAlertOnMainThread(const AlertDictionary& dictionary) {
         // The information text is a format of its own, read without arguments.
         window_->beginAlertSheet(message->second, formatString(info));
     }
-}
-
-// The conversion dialog.
-
-QMAlert::Window Document::windowMain() const {
-    QMAlert::Window window;
-    if (hasGUI_) {
-        MainThread::performAndWait([&] { window = window_; });
-    }
-    return window;
-}
-
-void Document::startConvertSpinner() {
-    inWindow([](DocumentWindow& window) { window.startConvertSpinner(); });
-}
-
-void Document::stopConvertSpinner() {
-    inWindow([](DocumentWindow& window) { window.stopConvertSpinner(); });
-}
-
-void Document::stopConvertSpinnerLater() {
-    if (hasGUI_) {
-        MainThread::perform([self = shared_from_this()] { self->stopConvertSpinner(); });
-    }
-}
-
-void Document::setConvertCurVersion(std::string_view text) {
-    inWindow([&](DocumentWindow& window) { window.setConvertCurVersion(text); });
-}
-
-void Document::setConvertDowngradeVersion(std::string_view text) {
-    inWindow([&](DocumentWindow& window) { window.setConvertDowngradeVersion(text); });
-}
-
-void Document::removeAllConvertVersions() {
-    inWindow([](DocumentWindow& window) { window.removeAllConvertVersions(); });
-}
-
-void Document::addConvertVersion(std::string_view title) {
-    inWindow([&](DocumentWindow& window) { window.addConvertVersion(title); });
-}
-
-void Document::setLastConvertVersionKey(std::string_view key) {
-    inWindow([&](DocumentWindow& window) { window.setLastConvertVersionKey(key); });
-}
-
-void Document::enableConvertInterface() {
-    setConvertInterfaceEnabled(true);
-}
-
-void Document::disableConvertInterface() {
-    setConvertInterfaceEnabled(false);
-}
-
-void Document::setConvertInterfaceEnabled(bool enabled) {
-    inWindow([&](DocumentWindow& window) {
-        window.setConvertVersionMenuEnabled(enabled);
-        window.setConvertButtonEnabled(enabled);
-    });
 }
 
 // Headless use.

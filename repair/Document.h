@@ -10,8 +10,12 @@
 #include <string>
 #include <string_view>
 
-#include "convert/ConversionHost.h"
+#include "convert/ConversionAnalysis.h"
+#include "convert/ConversionOffer.h"
+#include "convert/VersionConversion.h"
+#include "job/NamedSources.h"
 #include "platform/Error.h"
+#include "repair/ConversionRun.h"
 #include "repair/DocumentWindow.h"
 #include "repair/RepairHost.h"
 #include "repair/RepairPipeline.h"
@@ -26,9 +30,7 @@ namespace vornic {
 ///
 /// Without a window (`hasGUI` false) report lines go to standard output, nothing is drawn, asked or
 /// alerted, and operations run in place on the calling thread.
-class Document : public std::enable_shared_from_this<Document>,
-                 public RepairHost,
-                 public ConversionHost {
+class Document : public std::enable_shared_from_this<Document>, public RepairHost {
   public:
     using Text = std::optional<std::string>;
     using AlertDictionary = std::map<std::string, std::string>;
@@ -67,7 +69,7 @@ class Document : public std::enable_shared_from_this<Document>,
     /// without a file. Main thread.
     void repair();
     /// Runs the whole repair of a file on the calling thread. @return how it ended.
-    RepairOutcome startRepair(const std::string& path);
+    RepairResult startRepair(const std::string& path);
     /// The function of the same name for any document.
     [[nodiscard]] std::string stripInvalidCharsFromData(std::string_view data);
     /// The function of the same name for this document. @return nothing when it was cancelled.
@@ -76,28 +78,53 @@ class Document : public std::enable_shared_from_this<Document>,
     // Conversion.
 
     /// Opens the conversion dialog and starts the analysis of the document's file on a new thread.
-    /// Shows an alert instead when the file is gone. Main thread.
+    /// Shows an alert instead when the file is gone. An earlier turn of the dialog that has not
+    /// begun to write ends without writing. Main thread.
     void showConvertDialog();
-    /// Closes the conversion dialog. Main thread.
+    /// Closes the conversion dialog. A conversion ends without writing; one that is writing already
+    /// is finished, and the window then tells it. Main thread.
     void closeConvertDialog();
     /// Converts the document's file to the version chosen in the menu, then analyses it again, all
-    /// on the calling thread. Does nothing without a file. Main thread.
+    /// on the calling thread. Does nothing without a file, and nothing while another conversion or
+    /// a repair of the document is at work. Main thread.
     void convertVersion();
     /// The action of the convert button: `convertVersion` on a new thread, so that the window stays
-    /// alive meanwhile. Main thread.
+    /// alive meanwhile. File and version are those of this moment. Main thread.
     void convertVersionOnThread();
-    /// The functions of the same names for this document. The calling thread, which may be any.
+    /// Rewrites an XMEML document to a version and saves it in place of the file, atomically, with
+    /// the type and creator codes of Final Cut Pro XML. A downgrade below the document's minimum
+    /// removes the elements that the target does not know; with a window the user is asked first,
+    /// and without an agreement, also when nobody could be asked, the file is not touched. Failures
+    /// are logged and printed, and shown as alerts when there is a window. What is raised inside
+    /// (by an alert, say) passes on. The calling thread, which may be any.
+    /// @param version the target, a decimal string, written as it stands
     void convertXMEMLVersion(const std::string& version, std::unique_ptr<XMLDocument> forDocument,
                              const std::string& filePath);
+    /// Removes the elements, with all that is in them, that every catalogue version above the
+    /// target introduced. Any thread.
+    /// @return the same document, or null after an exception, which is logged.
     [[nodiscard]] std::unique_ptr<XMLDocument> stripTagsFromXMLDoc(
         std::unique_ptr<XMLDocument> document, const std::string& forVersion);
+    /// Works out a file's version, the release that it needs and the lowest version that holds it
+    /// without loss, and fills the conversion dialog, on the calling thread, which may be any.
+    /// Messages go to the log and to alerts without a parent window. A run that fails leaves the
+    /// labels, the menu and the minimum as they were; each run stops the busy indicator at its end.
     void populateConversionDataForFile(const Text& path);
+    /// True when the text holds an element that the version introduced ("1" is always required).
+    /// Logs the element, and reports a catalogue that cannot be loaded or does not know the
+    /// version.
     [[nodiscard]] bool xmlStringRequiresVersion(std::string_view xmlString,
                                                 const std::string& version);
+    /// The document's window, parent of its sheets; null for a headless document. Any thread.
+    [[nodiscard]] QMAlert::Window windowMain() const;
+    /// Enables or disables the version menu and the convert button. Any thread; without a window
+    /// nothing happens.
+    void enableConvertInterface();
+    void disableConvertInterface();
 
     // Flags.
 
-    [[nodiscard]] bool hasGUI() const override { return hasGUI_; }
+    [[nodiscard]] bool hasGUI() const { return hasGUI_; }
     void setHasGUI(bool hasGUI) { hasGUI_ = hasGUI; }
     [[nodiscard]] int xmlType() const override { return xmlType_; }
     void setXmlType(int type) override { xmlType_ = type; }
@@ -110,8 +137,9 @@ class Document : public std::enable_shared_from_this<Document>,
     /// True once the user has cancelled, the document was closed, or the interruption flag is set.
     [[nodiscard]] bool progressCancelled() const override;
     void setProgressCancelled(bool cancelled) override;
-    [[nodiscard]] std::int64_t minDowngradeVersion() const override;
-    void setMinDowngradeVersion(std::int64_t version) override;
+    /// The lowest version that loses nothing; 0 until an analysis has run.
+    [[nodiscard]] std::int64_t minDowngradeVersion() const;
+    void setMinDowngradeVersion(std::int64_t version);
 
     // Progress. Any thread; "busy" is a bar without a measure.
 
@@ -157,21 +185,6 @@ class Document : public std::enable_shared_from_this<Document>,
     /// Shows the alert of a dictionary with the keys "message" and "infotext". Main thread.
     void displayAlertOnMainThread(const AlertDictionary& dictionary);
 
-    // The conversion dialog, as the conversion engines drive it. Any thread; without a window
-    // nothing happens.
-
-    [[nodiscard]] QMAlert::Window windowMain() const override;
-    void startConvertSpinner() override;
-    void stopConvertSpinner() override;
-    void stopConvertSpinnerLater() override;
-    void setConvertCurVersion(std::string_view text) override;
-    void setConvertDowngradeVersion(std::string_view text) override;
-    void removeAllConvertVersions() override;
-    void addConvertVersion(std::string_view title) override;
-    void setLastConvertVersionKey(std::string_view key) override;
-    void enableConvertInterface() override;
-    void disableConvertInterface();
-
     // Headless use.
 
     /// Where report lines of a headless document go instead of standard output; an empty function
@@ -193,9 +206,33 @@ class Document : public std::enable_shared_from_this<Document>,
     void appendInPlace(std::string_view text, bool isError, bool isBold);
     void startRepairOnThread(const std::string& path, const char* forMethod);
     // Runs the work on a new thread. @param forMethod logged when the system has no thread to give.
-    void runDetached(std::function<void(Document&)> work, const char* forMethod);
-    void convertVersionOf(const Text& path);
-    void convertFile(const std::string& path);
+    // @return false then.
+    bool runDetached(std::function<void(Document&)> work, const char* forMethod);
+
+    // Conversion. Each turn of the dialog is a run; what an older run has for the dialog is dropped
+    // on the main thread.
+    using Run = std::shared_ptr<ConversionRun>;
+    using DrawInDialog = std::function<void(ConversionDialog&)>;
+    void inDialog(const Run& run, const DrawInDialog& draw) const;
+    [[nodiscard]] bool isLatest(const Run& run) const;
+    void setLatestRun(const Run& run);
+    void stopLatestRun();
+    [[nodiscard]] Run beginConversion();
+    void convert(const Run& run);
+    void tellUnexpectedException();
+    void convertFile(const Run& run);
+    bool convertDocument(const Run& run, const std::string& version,
+                         std::unique_ptr<XMLDocument> document, const std::string& path);
+    [[nodiscard]] bool agreeToLoss(const Run& run, const ConversionPlan& plan);
+    [[nodiscard]] bool userAgreesToLoss(const Run& run);
+    void tellLateConversion(const Run& run) const;
+    void analyse(const Run& run);
+    void fillDialog(const Run& run, const std::string& path);
+    void showCurrentVersion(const Run& run, const ConvertibleFile& file) const;
+    void showOffer(const Run& run, const ConversionOffer& offer);
+    void showLowestVersion(const Run& run, const ConversionOffer& offer);
+
+    void endCloseQuestion();
 
     std::atomic<bool> hasGUI_ = true;
     std::atomic<int> xmlType_ = 0;
@@ -209,9 +246,20 @@ class Document : public std::enable_shared_from_this<Document>,
     std::atomic<std::int64_t> progressValue_ = 0;
     const std::atomic<int>* interruption_ = nullptr;
 
-    // Both belong to the main thread.
+    // All belong to the main thread.
+    // These belong to the main thread.
     std::shared_ptr<DocumentWindow> window_;
+    std::shared_ptr<QMAlert> closeQuestion_;
     Text filePath_;
+    // While the document is open.
+    std::unique_ptr<NamedSource> named_;
+
+    // The latest turn of the dialog, null once it is closed; the latest conversion; the question
+    // that it waits for. They belong to the main thread.
+    Run latestRun_;
+    Run conversion_;
+    std::shared_ptr<QMAlert> lossQuestion_;
+    std::atomic<std::uint64_t> runCount_ = 0;
 
     std::function<void(std::string_view)> reportOutput_;
     std::function<void(std::string_view, std::string_view)> alertOutput_;

@@ -1,11 +1,10 @@
 #ifndef VORNIC_REPAIR_DOCUMENT_WINDOW_H
 #define VORNIC_REPAIR_DOCUMENT_WINDOW_H
 
-#include <optional>
-#include <string>
 #include <string_view>
 
-#include "repair/RepairPipeline.h"
+#include "repair/ConversionDialog.h"
+#include "repair/RepairResult.h"
 #include "ui/QMAlert.h"
 
 namespace vornic {
@@ -40,29 +39,15 @@ class DocumentWindow : public AlertWindow {
     /// Takes it off the screen.
     virtual void endProgressSheet() = 0;
     /// Tells how a run has ended, after its sheet is gone.
-    virtual void showOutcome(RepairOutcome outcome) = 0;
+    virtual void showOutcome(const RepairResult& result) = 0;
 
     /// Shows a sheet with the standard button and returns at once.
     virtual void beginAlertSheet(std::string_view message, std::string_view info) = 0;
 
-    // The conversion dialog (`windowConvert`, `convertCurVersion`, `convertDowngradeVersion`,
-    // `convertVersionPopUp`, `convertBtn`, `convertSpinner`).
-    /// Shows the dialog, empty and disabled, as a sheet in front and returns at once.
-    virtual void beginConvertSheet() = 0;
-    virtual void endConvertSheet() = 0;
-    virtual void startConvertSpinner() = 0;
-    virtual void stopConvertSpinner() = 0;
-    virtual void setConvertCurVersion(std::string_view text) = 0;
-    virtual void setConvertDowngradeVersion(std::string_view text) = 0;
-    virtual void removeAllConvertVersions() = 0;
-    /// Adds an item at the end of the version menu.
-    virtual void addConvertVersion(std::string_view title) = 0;
-    /// Gives the last item of the menu a key, the version that it stands for.
-    virtual void setLastConvertVersionKey(std::string_view key) = 0;
-    /// The key of the selected item of the version menu, or nothing.
-    [[nodiscard]] virtual std::optional<std::string> selectedConvertVersionKey() const = 0;
-    virtual void setConvertVersionMenuEnabled(bool enabled) = 0;
-    virtual void setConvertButtonEnabled(bool enabled) = 0;
+    /// The conversion dialog, which lives as long as the window.
+    [[nodiscard]] virtual ConversionDialog& conversionDialog() = 0;
+    /// Tells that the file has been converted to a version after the dialog was closed.
+    virtual void showConverted(std::string_view version) = 0;
 };
 
 }  // namespace vornic

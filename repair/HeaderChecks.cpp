@@ -4,10 +4,11 @@
 #include <string_view>
 #include <utility>
 
-#include "foundation/FormatString.h"
 #include "foundation/QMException.h"
 #include "foundation/QMLog.h"
 #include "platform/Exception.h"
+#include "report/Message.h"
+#include "report/RuleTable.h"
 
 namespace vornic {
 
@@ -27,7 +28,7 @@ void mendDocumentType(RepairHost& host, XMLDocument* document, std::string_view 
         return;
     }
     host.setFileHasErrs(true);
-    host.appendErrorInfoText("Invalid DTD... repairing");
+    host.appendErrorInfoText(messageOf("repair-document-type"_rule));
     if (document != nullptr) {
         document->setDocumentType(name);
     }
@@ -35,7 +36,7 @@ void mendDocumentType(RepairHost& host, XMLDocument* document, std::string_view 
 
 void checkRootElement(RepairHost& host, const XMLDocument* document, std::string_view name) {
     if (document == nullptr || document->rootName() != name) {
-        reportFault(host, formatString("Root element should be <%@> node", name));
+        reportFault(host, messageOf("repair-root-element"_rule, {{"name", name}}));
     }
 }
 
@@ -49,11 +50,11 @@ void checkHead(RepairHost& host, XMLDocument* document, std::string_view name) {
 /// Reports it when there is no such element anywhere inside the root element. @return true when
 /// there is one.
 bool checkContent(RepairHost& host, const XMLDocument* document, std::string_view element,
-                  std::string_view message) {
+                  RuleId missing) {
     if (document != nullptr && document->hasElementInRoot(element)) {
         return true;
     }
-    reportFault(host, message);
+    reportFault(host, messageOf(missing));
     return false;
 }
 
@@ -62,7 +63,7 @@ bool checkContent(RepairHost& host, const XMLDocument* document, std::string_vie
 DocumentPointer checkXMEMLHeaderTags(RepairHost& host, DocumentPointer document) {
     try {
         checkHead(host, document.get(), "xmeml");
-        checkContent(host, document.get(), "sequence", "No sequences found in file");
+        checkContent(host, document.get(), "sequence", "repair-no-sequence"_rule);
     } catch (const platform::Exception& exception) {
         QMException::logException(exception, "-[Document checkXMEMLHeaderTags:]");
         return nullptr;
@@ -73,8 +74,8 @@ DocumentPointer checkXMEMLHeaderTags(RepairHost& host, DocumentPointer document)
 DocumentPointer checkFCPXMLHeaderTags(RepairHost& host, DocumentPointer document) {
     try {
         checkHead(host, document.get(), "fcpxml");
-        if (checkContent(host, document.get(), "project", "No project node found in file")) {
-            checkContent(host, document.get(), "resources", "No resource node found in file");
+        if (checkContent(host, document.get(), "project", "repair-no-project"_rule)) {
+            checkContent(host, document.get(), "resources", "repair-no-resources"_rule);
         }
     } catch (const platform::Exception& exception) {
         QMException::logException(exception, "-[Document checkFCPXMLHeaderTags:]");

@@ -1,5 +1,6 @@
 #include "repair/RepairPipeline.h"
 
+#include <new>
 #include <utility>
 
 #include "foundation/FormatString.h"
@@ -8,6 +9,7 @@
 #include "foundation/Text.h"
 #include "foundation/Utf8.h"
 #include "platform/FileAttributes.h"
+#include "platform/ItemStatus.h"
 #include "platform/UserPreferences.h"
 #include "repair/CharacterFilter.h"
 #include "repair/EventRepair.h"
@@ -29,6 +31,44 @@ platform::PropertyList asPreference(const std::string& path) {
     return platform::PropertyList(std::move(text));
 }
 
+// What a user has to know of a swap that did not come to its end.
+std::vector<std::string> linesAbout(const SwapResult& swap, const std::string& source,
+                                    const std::string& copy) {
+    std::vector<std::string> lines;
+    switch (swap.end) {
+        case SwapEnd::done:
+        case SwapEnd::trashFailed:
+        case SwapEnd::failed:
+            break;
+        case SwapEnd::unsaved:
+            lines.push_back(formatString(
+                "No repaired file was saved as %@. The file %@ was left as it is.", copy, source));
+            break;
+        case SwapEnd::copyChanged:
+            lines.push_back(
+                formatString("The temporary file %@ was replaced by another program. The file %@ "
+                             "was left as it is.",
+                             copy, source));
+            break;
+        case SwapEnd::sourceChanged:
+            lines.push_back(
+                formatString("The file %@ was changed by another program during the repair. It was "
+                             "left as it is now.",
+                             source));
+            break;
+    }
+    const bool isMoved = swap.end != SwapEnd::done && swap.original != source;
+    if (isMoved && !swap.original.empty()) {
+        lines.push_back(formatString("The original file is %@.", swap.original));
+    }
+    if (swap.end == SwapEnd::sourceChanged || (isMoved && !swap.repaired.empty())) {
+        lines.push_back(swap.repaired.empty()
+                            ? formatString("The repaired file was taken away by another program.")
+                            : formatString("The repaired file is %@.", swap.repaired));
+    }
+    return lines;
+}
+
 }  // namespace
 
 std::string RepairPipeline::workingCopyPath(const std::string& path, int xmlType) {
@@ -36,7 +76,7 @@ std::string RepairPipeline::workingCopyPath(const std::string& path, int xmlType
            formatString("-backup.%@", xmlType == kFCPXML ? "fcpxml" : "xml");
 }
 
-RepairOutcome RepairPipeline::run(const std::string& path) && {
+RepairResult RepairPipeline::run(const std::string& path) && {
     path_ = path;
     try {
         const bool judged =
@@ -48,23 +88,40 @@ RepairOutcome RepairPipeline::run(const std::string& path) && {
         }
     } catch (const platform::Exception& exception) {
         QMException::logException(exception, "-[Document startRepair:]");
+    } catch (const std::bad_alloc&) {
+        document_.reset();
+        std::string().swap(text_);
+        dropWorkingCopyWithoutMemory();
+        reportMemoryEnd();
+        host_.endProgress();
+        throw;
     } catch (...) {
+        dropWorkingCopy();
         host_.endProgress();
         throw;
     }
+    dropWorkingCopy();
     host_.endProgress();
-    return outcome_;
+    return std::move(result_);
 }
 
 bool RepairPipeline::begin() {
     host_.setProgressCancelled(false);
     host_.setXmlType(lowercased(pathExtension(path_)) == "fcpxml" ? kFCPXML : 0);
-    workingCopy_.emplace(path_, workingCopyPath(path_, host_.xmlType()));
+    named_.emplace(path_);
+    workingCopy_.emplace(path_, workingCopyPath(path_, host_.xmlType()),
+                         static_cast<Waiting&>(*this));
     host_.startProgress();
     QMLog::appendLog("Beginning repair for file %@...", path_);
+    if (!workingCopy_->settleLeft()) {
+        return endCancelled();
+    }
     if (!workingCopy_->sourceExists()) {
         const std::string info = formatString("The file %@ cannot be found.", path_);
         QMLog::appendLog("%@", info);
+        if (const ErrorSlot reason = platform::failedLook(path_)) {
+            host_.appendErrorInfoText(reason->localizedDescription());
+        }
         host_.displayAlert("Unable to locate file", info);
         return false;
     }
@@ -76,16 +133,22 @@ bool RepairPipeline::begin() {
     host_.setProgressLabel(start);
     host_.setProgressLabel("Creating temporary file...");
     host_.appendInfoText("Creating temporary file...");
+    reportNotes();
     return true;
 }
 
+void RepairPipeline::waitsFor(const std::string& path) {
+    const std::string text =
+        formatString("Waiting for another program that uses the file %@...", path);
+    host_.setProgressLabel(text);
+    host_.appendInfoText(text);
+}
+
 bool RepairPipeline::clearWorkingCopyPath() {
-    if (workingCopy_->recycleOld()) {
-        return true;
-    }
-    const std::string remove = formatString("Please remove %@ manually.", workingCopy_->path());
-    return stopBeforeCopy(formatString("Error: unable to remove temporary file. %@", remove),
-                          "Unable to remove temporary file", remove);
+    ErrorSlot reason;
+    const WorkingCopy::Clearing clearing = workingCopy_->clearPath(reason);
+    reportNotes();
+    return clearing == WorkingCopy::Clearing::done || stopUncleared(clearing, reason);
 }
 
 bool RepairPipeline::makeWorkingCopy() {
@@ -93,17 +156,53 @@ bool RepairPipeline::makeWorkingCopy() {
         return false;
     }
     error_.reset();
-    if (workingCopy_->create(error_)) {
-        return true;
+    const WorkingCopy::Clearing clearing = workingCopy_->create(error_);
+    reportNotes();
+    if (clearing == WorkingCopy::Clearing::failed) {
+        return stopUncreated(slotDescription());
     }
-    return stopBeforeCopy(
-        formatString("Error: unable to create temporary file. %@", slotDescription()),
-        "Unable to create temporary file", slotDescription());
+    return clearing == WorkingCopy::Clearing::done || stopUncleared(clearing, error_);
 }
 
-bool RepairPipeline::stopBeforeCopy(const std::string& report, const char* alert,
-                                    const std::string& info) {
-    host_.appendBoldErrorInfoText(report);
+bool RepairPipeline::stopUncleared(WorkingCopy::Clearing clearing, const ErrorSlot& reason) {
+    const std::string why = reason ? reason->localizedDescription() : std::string();
+    if (clearing == WorkingCopy::Clearing::cancelled) {
+        return endCancelled();
+    }
+    if (clearing == WorkingCopy::Clearing::noTurn) {
+        return stopUncreated(why);
+    }
+    const std::string remove = formatString("Please remove %@ manually.", workingCopy_->path());
+    host_.appendBoldErrorInfoText(
+        formatString("Error: unable to remove temporary file. %@", remove));
+    if (clearing == WorkingCopy::Clearing::refused) {
+        host_.appendErrorInfoText(why);
+    } else {
+        QMLog::appendLog("%@", why);
+    }
+    return stopBeforeCopy("Unable to remove temporary file", remove);
+}
+
+bool RepairPipeline::stopUncreated(const std::string& why) {
+    host_.appendBoldErrorInfoText(formatString("Error: unable to create temporary file. %@", why));
+    return stopBeforeCopy("Unable to create temporary file", why);
+}
+
+bool RepairPipeline::endCancelled() {
+    result_.outcome = RepairOutcome::cancelled;
+    return false;
+}
+
+void RepairPipeline::reportNotes() {
+    for (const std::string& note : workingCopy_->takeNotes()) {
+        host_.appendInfoText(note);
+    }
+    if (!workingCopy_->recycled().empty()) {
+        result_.oldCopy = workingCopy_->recycled().back();
+    }
+}
+
+bool RepairPipeline::stopBeforeCopy(const char* alert, const std::string& info) {
     host_.setFileHasErrs(false);
     host_.setFileWasRepaired(false);
     host_.displayAlert(alert, info);
@@ -118,8 +217,11 @@ bool RepairPipeline::readText() {
         return false;
     }
     std::optional<std::string> bytes = workingCopy_->read(error_);
-    std::optional<std::string> text =
-        bytes ? textFromUTF8(std::move(*bytes), error_) : std::nullopt;
+    if (!bytes) {
+        host_.setFileHasErrs(true);
+        return !cancelled() && stopCritically(slotDescription());
+    }
+    std::optional<std::string> text = textFromUTF8(std::move(*bytes), error_);
     if (cancelled()) {
         return false;
     }
@@ -215,8 +317,7 @@ bool RepairPipeline::filterAfterFailedLoad() {
 bool RepairPipeline::filterText() {
     std::optional<std::string> filtered = filterInvalidCharsInString(host_, text_);
     if (!filtered) {
-        outcome_ = RepairOutcome::cancelled;
-        return false;
+        return endCancelled();
     }
     text_ = std::move(*filtered);
     return !cancelled();
@@ -255,7 +356,11 @@ bool RepairPipeline::repairEvents() {
     }
     if (host_.xmlType() == kFCPXML) {
         bool hasErrors = false;
-        document_ = repairFCPXDocument(host_, std::move(document_), &hasErrors);
+        document_ = repairFCPXDocument(host_, std::move(document_), &hasErrors, [this] {
+            ErrorSlot ignored;  // then there is no place to tell
+            std::optional<std::string> bytes = workingCopy_->read(ignored);
+            return bytes ? textFromUTF8(std::move(*bytes), ignored) : std::nullopt;
+        });
         if (hasErrors) {
             host_.setFileHasErrs(true);
         }
@@ -265,7 +370,8 @@ bool RepairPipeline::repairEvents() {
 
 bool RepairPipeline::save() {
     if (document_) {
-        workingCopy_->save(*document_, error_);
+        workingCopy_->save(
+            [this](const WorkingCopy::Sink& sink) { return document_->serialize(sink); }, error_);
     }
     if (error_) {
         host_.setFileHasErrs(true);
@@ -311,7 +417,7 @@ void RepairPipeline::finish() {
 void RepairPipeline::finishSound() {
     host_.appendBoldInfoText("No repair was necessary. No critical errors were found in the file.");
     removeWorkingCopy();
-    outcome_ = RepairOutcome::sound;
+    result_.outcome = RepairOutcome::sound;
     host_.displayAlert("No repair was necessary", "No critical errors were found in the file.");
 }
 
@@ -319,7 +425,7 @@ void RepairPipeline::finishUnable() {
     host_.appendBoldErrorInfoText(
         "Unable to repair file. Errors were found in the file and Vornic was unable to fix them.");
     removeWorkingCopy();
-    outcome_ = RepairOutcome::unable;
+    result_.outcome = RepairOutcome::unable;
     host_.displayAlert("Unable to repair file",
                        "Errors were found in the file and Vornic was unable to fix them.");
 }
@@ -328,19 +434,10 @@ void RepairPipeline::finishRepaired() {
     host_.appendBoldInfoText(
         "The file was repaired successfully. Errors were found in the file and were successfully "
         "repaired.");
-    const WorkingCopy::Swap swap = workingCopy_->swap(error_);
-    outcome_ = swap == WorkingCopy::Swap::done ? RepairOutcome::repairedAndSwapped
-                                               : RepairOutcome::repairedNotSwapped;
-    if (swap == WorkingCopy::Swap::foreign) {
-        host_.appendErrorInfoText(formatString(
-            "The temporary file %@ was replaced by another program. The file %@ was left as it is.",
-            workingCopy_->path(), path_));
-    }
-    if (swap == WorkingCopy::Swap::unsaved) {
-        host_.appendErrorInfoText(
-            formatString("No repaired file was saved as %@. The file %@ was left as it is.",
-                         workingCopy_->path(), path_));
-    }
+    result_.swap = workingCopy_->swap(*observer_);
+    result_.outcome = result_.swap.end == SwapEnd::done ? RepairOutcome::repairedAndSwapped
+                                                        : RepairOutcome::repairedNotSwapped;
+    reportSwap(result_.swap);
     if (error_) {
         reportUnremovedCopy();
     }
@@ -348,10 +445,49 @@ void RepairPipeline::finishRepaired() {
                        "Errors were found in the file and were successfully repaired.");
 }
 
+// Says what the given lines don't: why the file is not where it should be, and where it is.
+void RepairPipeline::reportSwap(const SwapResult& swap) {
+    const std::string lost = workingCopy_->lostMetadata();
+    if (swap.end == SwapEnd::done && !lost.empty()) {
+        host_.appendErrorInfoText(
+            formatString("Something of the file %@ was not kept. %@", path_, lost));
+    }
+    if (swap.end == SwapEnd::trashFailed) {
+        QMLog::appendLog("The file %@ could not be moved to the Trash. %@ The repaired file is %@.",
+                         path_, swap.error ? swap.error->localizedDescription() : "",
+                         swap.repaired);
+    }
+    if (swap.error && (swap.end == SwapEnd::done || swap.end == SwapEnd::failed)) {
+        error_ = swap.error;
+    }
+    for (const std::string& line : linesAbout(swap, path_, workingCopy_->path())) {
+        host_.appendErrorInfoText(line);
+    }
+}
+
 void RepairPipeline::removeWorkingCopy() {
     workingCopy_->remove(error_);
     if (error_) {
         reportUnremovedCopy();
+    }
+}
+
+// After a run that came to no judgement: the copy is of no use to anybody.
+void RepairPipeline::dropWorkingCopy() {
+    if (result_.outcome == RepairOutcome::stopped && workingCopy_ && workingCopy_->isMade()) {
+        ErrorSlot error;
+        workingCopy_->remove(error);
+        if (error) {
+            QMLog::appendLog("%@", error->localizedDescription());
+        }
+    }
+}
+
+void RepairPipeline::dropWorkingCopyWithoutMemory() {
+    try {
+        dropWorkingCopy();
+    } catch (const std::bad_alloc&) {
+        // It stays, and the next run moves it to the Trash.
     }
 }
 
@@ -368,13 +504,25 @@ bool RepairPipeline::cancelled() {
     if (!host_.progressCancelled()) {
         return false;
     }
-    outcome_ = RepairOutcome::cancelled;
+    result_.outcome = RepairOutcome::cancelled;
     return true;
 }
 
 void RepairPipeline::reportAndLabel(const char* text) {
     host_.appendInfoText(text);
     host_.setProgressLabel(text);
+}
+
+// What the run held has to make room for the words.
+void RepairPipeline::reportMemoryEnd() {
+    document_.reset();
+    std::string().swap(text_);
+    try {
+        host_.appendBoldErrorInfoText(
+            formatString("There is not enough memory to repair the file %@.", path_));
+    } catch (const std::bad_alloc&) {
+        // Whoever started the run is told by the exception.
+    }
 }
 
 std::string RepairPipeline::slotDescription() const {

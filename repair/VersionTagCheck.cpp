@@ -6,12 +6,14 @@
 #include <string_view>
 #include <vector>
 
-#include "convert/ElementSearch.h"
 #include "convert/VersionCatalogue.h"
-#include "foundation/FormatString.h"
+#include "formats/xmeml/ElementSearch.h"
+#include "formats/xmeml/VersionedXMEML.h"
 #include "foundation/QMException.h"
 #include "foundation/QMLog.h"
 #include "platform/Exception.h"
+#include "report/Message.h"
+#include "report/RuleTable.h"
 
 namespace vornic {
 
@@ -20,11 +22,6 @@ namespace {
 void noteFault(RepairHost& host) {
     host.setFileHasErrs(true);
     host.setFileWasRepaired(false);
-}
-
-bool declaresVersion(const XMLDocument* document) {
-    return document != nullptr && document->rootName() == "xmeml" &&
-           document->rootAttribute("version");
 }
 
 /// The elements that the versions introduced, in order, up to the first version that lists none.
@@ -54,11 +51,8 @@ void warnAboutElements(RepairHost& host, const XMLDocument& document, const std:
     document.serialize([&search](std::string_view piece) { return search.append(piece); });
     for (std::size_t i = 0; i < elements.size(); ++i) {
         if (search.found(i)) {
-            host.appendErrorInfoText(
-                formatString("Warning: Invalid element %@> for XML Interchange version %@. Go to "
-                             "Tools > Convert "
-                             "XML Interchange Version to convert this to the proper format.",
-                             elements[i], version));
+            host.appendErrorInfoText(messageOf("repair-newer-element"_rule,
+                                               {{"element", elements[i]}, {"version", version}}));
         }
     }
 }
@@ -68,20 +62,20 @@ void checkDeclaredVersion(RepairHost& host, const XMLDocument& document,
     // No tree of ours has an attribute without a value; whatever has none is reported.
     if (!version) {
         noteFault(host);
-        host.appendErrorInfoText("Unable to determine XML Interchange version");
+        host.appendErrorInfoText(messageOf("repair-version-empty"_rule));
         return;
     }
     const std::optional<VersionCatalogue> catalogue = VersionCatalogue::load();
     if (!catalogue) {
         noteFault(host);
-        host.appendBoldErrorInfoText(kUnableToLoadVersions);
+        host.appendBoldErrorInfoText(messageOf("repair-catalogue-missing"_rule));
         return;
     }
     const std::optional<std::vector<std::string>> later = catalogue->versionsAbove(*version);
     if (!later) {
         noteFault(host);
         host.appendBoldErrorInfoText(
-            formatString("Unrecognized XML Interchange version %@.", *version));
+            messageOf("repair-version-unknown"_rule, {{"version", *version}}));
         return;
     }
     warnAboutElements(host, document, *version, elementsOf(*catalogue, *later));
@@ -92,12 +86,12 @@ void checkDeclaredVersion(RepairHost& host, const XMLDocument& document,
 void checkVersionTags(RepairHost& host, const XMLDocument* document) {
     try {
         QMLog::appendLog("Checking version tags...");
-        if (declaresVersion(document)) {
+        if (document != nullptr && isVersionedXMEML(*document)) {
             checkDeclaredVersion(host, *document, document->rootAttribute("version"));
             return;
         }
         noteFault(host);
-        host.appendErrorInfoText("Unable to locate XML Interchange version information");
+        host.appendErrorInfoText(messageOf("repair-version-missing"_rule));
     } catch (const platform::Exception& exception) {
         QMException::logException(exception, "-[Document checkVersionTags:]");
     }

@@ -140,6 +140,10 @@ class QMAlert : public AlertDelegate, public std::enable_shared_from_this<QMAler
     void defaultReturnAfterTimeInterval(std::int64_t seconds);
     /// Takes the alert off the screen, if it is there, and lets go of it. Main thread.
     void closeAlert();
+    /// Waits, for an alert that was shown without waiting, until it has ended or the program quits,
+    /// and takes it off the screen. Any thread.
+    /// @return the answer; -1 when the program quits before there is one.
+    std::int64_t waitForAnswer();
 
     [[nodiscard]] const Window& parentWindow() const { return parentWindow_; }
     void setParentWindow(Window window) { parentWindow_ = std::move(window); }
@@ -158,8 +162,6 @@ class QMAlert : public AlertDelegate, public std::enable_shared_from_this<QMAler
                                std::int64_t returnCode) override;
 
   private:
-    std::int64_t waitForAnswer();
-
     Window parentWindow_;
     // Null while the alert is its own delegate, so that it does not keep itself alive.
     std::shared_ptr<AlertDelegate> delegate_;

@@ -14,10 +14,12 @@
 #include "foundation/Text.h"
 #include "platform/Bundle.h"
 #include "platform/Console.h"
+#include "platform/DamagedFile.h"
 #include "platform/FileDates.h"
 #include "platform/FileSystem.h"
 #include "platform/MainThread.h"
 #include "platform/PropertyList.h"
+#include "platform/SystemTool.h"
 #include "platform/UserPreferences.h"
 #include "platform/WorkspaceOpener.h"
 #include "ui/CrashReportFolders.h"
@@ -50,6 +52,15 @@ PropertyList::Dictionary entriesOf(const std::string& plistPath) {
     return entries != nullptr ? *entries : PropertyList::Dictionary{};
 }
 
+/// Whether there is something in the file, and no dictionary.
+bool isDamaged(const std::string& plistPath) {
+    ErrorSlot ignored;
+    const std::optional<std::string> bytes =
+        platform::fileExists(plistPath) ? platform::readFile(plistPath, ignored) : std::nullopt;
+    const std::optional<PropertyList> list = bytes ? PropertyList::parse(*bytes) : std::nullopt;
+    return bytes && !bytes->empty() && (!list || list->dictionary() == nullptr);
+}
+
 std::optional<double> readStamp(const char* key, const QMBugReporter::Text& plistPath) {
     std::optional<PropertyList> stored;
     if (!plistPath) {
@@ -66,6 +77,10 @@ void recordStamp(const char* key, const QMBugReporter::Text& plistPath) {
     ErrorSlot ignored;
     if (!plistPath) {
         platform::UserPreferences().setValue(key, now, ignored);
+        return;
+    }
+    // A damaged file is kept aside; without a copy of it nothing is written in its place.
+    if (isDamaged(*plistPath) && !platform::keepDamagedList(*plistPath, ignored)) {
         return;
     }
     PropertyList::Dictionary entries = entriesOf(*plistPath);
@@ -222,7 +237,8 @@ void QMBugReporter::chownPlist(const std::string& path) {
     if (users == components.end() || users + 1 == components.end()) {
         return;
     }
-    QMTaskEx::runTask("/usr/sbin/chown", {std::string(users[1]), path}, kLongestRun);
+    QMTaskEx::runTask(platform::systemToolPath("/usr/sbin/chown"), {std::string(users[1]), path},
+                      kLongestRun);
 }
 
 }  // namespace vornic

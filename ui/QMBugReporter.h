@@ -46,8 +46,8 @@ class QMBugReporter {
     static Text checkForCrashes(const Text& applicationName, const Text& plistPath);
 
     /// Gives a file below a user's home folder ("…/Users/NAME/…") back to that user, for a program
-    /// that runs with raised rights, by running "/usr/sbin/chown" to its end; what comes of it does
-    /// not matter. Other paths are left alone.
+    /// that runs with raised rights, by running the system's "/usr/sbin/chown" (`systemToolPath`)
+    /// to its end; what comes of it does not matter. Other paths are left alone.
     static void chownPlist(const std::string& path);
 };
 

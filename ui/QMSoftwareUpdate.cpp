@@ -9,6 +9,7 @@
 #include "platform/Bundle.h"
 #include "platform/FileSystem.h"
 #include "platform/FolderLock.h"
+#include "platform/MainThread.h"
 #include "platform/OwnFolder.h"
 #include "platform/PathText.h"
 #include "platform/Thread.h"
@@ -78,7 +79,11 @@ void QMSoftwareUpdate::startup() {
         return;
     }
     try {
-        platform::detachNewThread([] { automaticallyCheckForUpdates(); });
+        platform::detachNewThread([] {
+            if (!platform::MainThread::isShutDown()) {
+                automaticallyCheckForUpdates();
+            }
+        });
     } catch (const platform::Exception& exception) {
         QMException::logException(exception, "+[QMSoftwareUpdate startup]");
     }

@@ -17,7 +17,8 @@ class QMSoftwareUpdate {
     void manualUpdateCheck();
 
     /// Runs `automaticallyCheckForUpdates` on a thread of its own, unless the family-wide
-    /// preference "SUCheckAtStartup" is a number equal to false.
+    /// preference "SUCheckAtStartup" is a number equal to false. Nothing is run in a program that
+    /// quits meanwhile.
     static void startup();
     /// Starts the updater's executable with "-checkpath" and the path of this application's bundle,
     /// and returns at once.

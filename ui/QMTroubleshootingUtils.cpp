@@ -1,5 +1,7 @@
 #include "ui/QMTroubleshootingUtils.h"
 
+#include <atomic>
+#include <memory>
 #include <optional>
 
 #include "foundation/ConsoleFailure.h"
@@ -13,6 +15,7 @@
 #include "platform/FileSystem.h"
 #include "platform/FolderLock.h"
 #include "platform/OwnFolder.h"
+#include "platform/Thread.h"
 #include "platform/WorkspaceOpener.h"
 #include "ui/LogCollection.h"
 #include "ui/QMAlert.h"
@@ -113,16 +116,22 @@ void showOutcome(Gathering outcome) {
 
 /// Opens a file of the user's log folder.
 /// @param advice how to come by the file, told when it is not there
-bool viewLog(const std::string& name, const char* advice) {
-    // What is still queued belongs to what the user wants to see.
-    QMLog::finishWriting();
+/// @param current where the file is now when it goes by another name
+bool viewLog(const std::string& name, const char* advice,
+             const std::optional<std::string>& current = std::nullopt) {
     const std::optional<std::string> folder = logFolder(true);
-    if (!folder || !platform::fileExists(*folder + "/" + name)) {
+    if (!folder || (!current && !platform::fileExists(*folder + "/" + name))) {
         showAlert("No log found", advice);
         return false;
     }
+    const std::string path = current.value_or(*folder + "/" + name);
     ErrorSlot error;
-    return platform::WorkspaceOpener::shared()->openFile(*folder + "/" + name, error);
+    if (platform::WorkspaceOpener::shared()->openFile(path, error)) {
+        return true;
+    }
+    QMLog::appendLog("Unable to open %@. %@", path,
+                     error ? error->localizedDescription() : std::string());
+    return false;
 }
 
 }  // namespace
@@ -134,11 +143,14 @@ bool QMTroubleshootingUtils::gatherLogsForAppsWithNames(const Names& appNames, b
     }
     // What is still queued belongs to the logs that are gathered.
     QMLog::finishWriting();
-    const Gathering outcome = gather(appNames, additionalFiles);
-    if (!silent) {
-        showOutcome(outcome);
+    // Others may have their turn first, and archives take their time.
+    const auto outcome = std::make_shared<std::atomic<Gathering>>(Gathering::failed);
+    const bool hasEnded = platform::performWhileDispatching(
+        [outcome, appNames, additionalFiles] { *outcome = gather(appNames, additionalFiles); });
+    if (hasEnded && !silent) {
+        showOutcome(*outcome);
     }
-    return outcome == Gathering::archived;
+    return hasEnded && *outcome == Gathering::archived;
 }
 
 bool QMTroubleshootingUtils::gatherLogsForAppsWithNames(const Names& appNames, bool silent) {
@@ -154,11 +166,17 @@ bool QMTroubleshootingUtils::gatherLogsForAppWithName(const std::string& appName
 }
 
 bool QMTroubleshootingUtils::viewLogForApp(const std::string& appName) {
+    // What is still queued belongs to what the user wants to see.
+    QMLog::finishWriting();
+    // Another program that has started its log since has moved this one's on.
+    const std::optional<std::string> own =
+        appName == QMLog::sharedController().appName() ? QMLog::currentLog() : std::nullopt;
     return viewLog(formatString("%@.1.log", appName),
-                   "You must perform a task before viewing the log.");
+                   "You must perform a task before viewing the log.", own);
 }
 
 bool QMTroubleshootingUtils::viewTaskLogForApp(const std::string& appName) {
+    QMLog::finishWriting();
     return viewLog(formatString("%@.1.task.log", appName),
                    "You must run the application as a task (e.g. through Chore Runner) before "
                    "viewing a log.");

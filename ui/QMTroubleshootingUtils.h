@@ -24,8 +24,8 @@ class QMTroubleshootingUtils {
     ///
     /// The files pass through a folder of that name in the temporary folder. One that is left from
     /// before is removed; a link in its place, or another user's folder, ends the operation.
-    /// Several runs at once wait for each other. A failure up to here is told on the console alone,
-    /// and the folder is left as it is.
+    /// Several runs at once wait for each other; the main thread dispatches its events meanwhile. A
+    /// failure up to here is told on the console alone, and the folder is left as it is.
     /// @param appNames without one there is nothing to gather
     /// @param silent show no alert: neither that the archive is there or could not be made, nor
     ///     that there was nothing to gather
@@ -40,7 +40,9 @@ class QMTroubleshootingUtils {
     static bool gatherLogsForAppWithName(const std::string& appName);
 
     /// Opens the current log of an application, from the user's log folder, with the default
-    /// application for it. Without a log an alert tells how to come by one.
+    /// application for it: this process's own is the one that it writes, also when another program
+    /// of the name has begun a newer one. Without a log an alert tells how to come by one.
+    /// When it cannot be opened, that is logged.
     /// @return true when it was opened
     static bool viewLogForApp(const std::string& appName);
     /// The same for the log that the application writes when it runs as a scheduled task.

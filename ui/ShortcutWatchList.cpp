@@ -8,6 +8,7 @@
 #include "foundation/FormatString.h"
 #include "foundation/QMLocalPaths.h"
 #include "foundation/Text.h"
+#include "platform/DamagedFile.h"
 #include "platform/Failure.h"
 #include "platform/FileLock.h"
 #include "platform/FileSystem.h"
@@ -60,24 +61,13 @@ std::optional<StoredList> read(const std::string& path, ErrorSlot& error) {
 
 /// Copies a damaged list to a name that is free.
 bool keepDamagedList(const std::string& path, ErrorSlot& error) {
-    constexpr int kMostCopies = 1000;
-    const std::string stem = deletingPathExtension(path) + "-damaged";
-    for (int number = 1; number < kMostCopies; ++number) {
-        const std::string copy =
-            stem + (number == 1 ? "" : "-" + std::to_string(number)) + ".plist";
-        if (platform::nodeExists(copy)) {
-            continue;
-        }
-        if (!platform::copyFile(path, copy, error)) {
-            return false;
-        }
+    const std::optional<std::string> copy = platform::keepDamagedList(path, error);
+    if (copy) {
         tellOfShortcutKeys(formatString(
             "The list of shortcut keys %@ was damaged. It is kept as %@ and a new one was begun.",
-            path, copy));
-        return true;
+            path, *copy));
     }
-    return platform::failFileBecause(error, path, "replaced", EEXIST,
-                                     "it is damaged and there are too many copies of it");
+    return copy.has_value();
 }
 
 bool holdsText(const PropertyList& entry, const char* key, const std::string& text) {

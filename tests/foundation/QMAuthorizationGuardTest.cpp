@@ -7,6 +7,7 @@
 #include "foundation/QMAuthorization.h"
 #include "foundation/QMLocalPaths.h"
 #include "foundation/SystemPathGuard.h"
+#include "platform/AuthorizationProtocol.h"
 #include "tests/foundation/AuthorizationTest.h"
 
 namespace vornic {
@@ -155,6 +156,7 @@ TEST_F(QMAuthorizationGuardTest, asksAboutEachEntryOfAFolder) {
     const std::string above = fs::path(library()).parent_path().string();
     fs::create_directories(library());
     fs::create_directories(above + "/other");
+    fs::create_directory(sandbox.home() + "/.Trash");
     EXPECT_FALSE(makeForSuperUser()->authTrashFolderContents(above, true));
     EXPECT_FALSE(makeForSuperUser()->authTrashFolderContents(above, false));
     EXPECT_FALSE(makeForSuperUser()->authMoveFolderContents(above, "/data"));
@@ -189,6 +191,46 @@ TEST_F(QMAuthorizationGuardTest, copiesFromAndCreatesInSystemFolders) {
     EXPECT_THAT(runs(), ElementsAre("execute /bin/cp -f -p -R /etc/hostname /data/x",
                                     "execute /bin/mkdir -p /usr/local/share/thing"));
     EXPECT_THAT(console(), IsEmpty());
+}
+
+TEST_F(QMAuthorizationGuardTest, writesNothingInTheSystemsPlaceOnAnyRoad) {
+    const std::string file = sandbox.write("file", "x");
+    link("/etc/hosts", "hosts");
+    link("/etc", "settings");
+    fs::create_directory(sandbox.path("folder"));
+    link("/bin/sh", "folder/file");
+    for (const bool superUser : {false, true}) {
+        host->superUser = superUser;
+        const auto authorization = make();
+        for (const std::string& path :
+             {sandbox.path("hosts"), sandbox.path("settings"), sandbox.path("settings/new"),
+              sandbox.path("folder"), std::string("/bin"), std::string("/bin/sh"),
+              std::string("/usr/lib/thing"), std::string("/etc/new")}) {
+            EXPECT_FALSE(authorization->authCopyFile(file, path)) << path;
+            EXPECT_FALSE(authorization->authMoveFile(file, path)) << path;
+        }
+        EXPECT_FALSE(authorization->authCreateDir("/usr/lib/thing/deep"));
+        EXPECT_FALSE(authorization->authCreateDir(sandbox.path("settings/new/deep")));
+    }
+    expectNothingRan();
+}
+
+TEST_F(QMAuthorizationGuardTest, asksTheListOfStandardFoldersOnlyAboutWhatGoes) {
+    const std::string file = sandbox.write("file", "x");
+    fs::create_directories(library());
+    EXPECT_TRUE(make()->authCopyFile(file, library()));
+    EXPECT_TRUE(make()->authMoveFile(file, library()));
+    EXPECT_TRUE(make()->authCreateDir(library()));
+    EXPECT_EQ(runs().size(), 3U);
+}
+
+TEST_F(QMAuthorizationGuardTest, hasLookedBeforeTheUserIsAsked) {
+    const std::string file = sandbox.write("file", "first");
+    const auto seen = platform::lookAtArguments("/bin/rm", {"-Rdf", file});
+    host->whenAsked = [&] { fs::rename(sandbox.write("other", "second"), file); };
+    EXPECT_TRUE(make()->authRemoveFile(file));
+    EXPECT_EQ(host->seenPaths, seen);
+    EXPECT_NE(host->seenPaths, platform::lookAtArguments("/bin/rm", {"-Rdf", file}));
 }
 
 TEST_F(QMAuthorizationGuardTest, guardsEachFormOfAPath) {

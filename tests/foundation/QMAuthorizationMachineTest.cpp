@@ -202,6 +202,47 @@ TEST_F(SudoTest, hasAHelperThatKeepsItsHandsOffTheSystem) {
     EXPECT_TRUE(fs::exists(secret() + "/file"));
 }
 
+TEST_F(SudoTest, hasAHelperThatKnowsTheCallersOwnFolders) {
+    // The home folder of the user is the test's own volume.
+    const std::string home = AuthorizationMachine::kFolder;
+    const std::string documents = home + "/Documents";
+    fs::create_directory(documents);
+    std::ofstream(documents + "/kept") << "text";
+    fs::create_directory_symlink(home, secret() + "/home");
+    const test::ChildOutcome outcome = asUser([&](QMAuthorization& authorization) {
+        ASSERT_TRUE(show(authorization, AuthorizationMachine::kPassword));
+        for (const std::string& path : {documents, secret() + "/home/Documents"}) {
+            EXPECT_EQ(authorization.authExecTask("/bin/rm", {"-Rdf", path}, false),
+                      platform::kAuthorizationDenied);
+            EXPECT_EQ(authorization.authExecTask("/bin/mv", {"-f", path, home + "/x"}, false),
+                      platform::kAuthorizationDenied);
+        }
+        EXPECT_EQ(authorization.authExecTask("/bin/rm", {"-Rdf", documents + "/kept"}, false), 0);
+    });
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_TRUE(fs::is_directory(documents));
+    EXPECT_FALSE(fs::exists(documents + "/kept"));
+}
+
+TEST_F(SudoTest, hasAHelperThatFollowsNoLinkThatWasPutInTheWay) {
+    const std::string victim = std::string(AuthorizationMachine::kFolder) + "/victim";
+    std::ofstream(victim) << "precious";
+    fs::create_symlink(victim, secret() + "/link");
+    fs::create_directory(secret() + "/folder");
+    fs::create_symlink(victim, secret() + "/folder/file");
+    const test::ChildOutcome outcome = asUser([](QMAuthorization& authorization) {
+        ASSERT_TRUE(show(authorization, AuthorizationMachine::kPassword));
+        for (const char* name : {"/link", "/folder"}) {
+            EXPECT_EQ(
+                authorization.authExecTask(
+                    "/bin/cp", {"-f", "-p", "-R", secret() + "/file", secret() + name}, false),
+                platform::kAuthorizationDenied);
+        }
+    });
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(test::readBytes(victim), "precious");
+}
+
 TEST_F(SudoTest, refusesAWrongPassword) {
     const test::ChildOutcome outcome = asUser([](QMAuthorization& authorization) {
         EXPECT_FALSE(show(authorization, "wrong password"));

@@ -55,6 +55,28 @@ TEST_F(AuthorizationStateTest, asksOnlyOnce) {
     EXPECT_THAT(host->events, IsEmpty());
 }
 
+TEST_F(AuthorizationStateTest, asksAgainWhenWhatHeldTheRightsHasDied) {
+    const auto authorization = make();
+    EXPECT_TRUE(authorization->authStart());
+    host->isHelperAlive = false;
+    EXPECT_FALSE(authorization->isAuthorized());
+    host->events.clear();
+    EXPECT_TRUE(authorization->authStart());
+    EXPECT_THAT(host->events,
+                ElementsAre("free 0", "create 0", "copyRights system.privilege.admin 19"));
+}
+
+TEST_F(AuthorizationStateTest, knowsWhetherRightsCanBeAskedForWithoutAsking) {
+    const auto authorization = make();
+    EXPECT_TRUE(authorization->canAskForRights());
+    host->canAsk = false;
+    EXPECT_FALSE(authorization->canAskForRights());
+    EXPECT_FALSE(make(false)->canAskForRights());
+    EXPECT_THAT(host->events, testing::Each("copyPrivilegedReference 0"));
+    EXPECT_TRUE(authorization->authStart());
+    EXPECT_TRUE(authorization->canAskForRights());
+}
+
 TEST_F(AuthorizationStateTest, isUnauthorizedWhenTheUserRefuses) {
     host->rightsStatus = platform::kAuthorizationCanceled;
     const auto authorization = make();
@@ -384,6 +406,9 @@ TEST_F(AuthFileTest, triesEveryEntryThoughOneFails) {
 
 class AuthTrashTest : public QMAuthorizationTest {
   protected:
+    [[nodiscard]] std::string note(const std::string& name) const {
+        return sandbox.home() + "/.local/share/Trash/info/" + name + ".trashinfo";
+    }
     /// The 14 digits of a date in a destination lie between both calls.
     static std::string stampNow() {
         const std::time_t now = std::time(nullptr);
@@ -397,6 +422,40 @@ TEST_F(AuthTrashTest, movesIntoTheUsersTrash) {
     const std::string file = sandbox.write("Cut.xml", "x");
     EXPECT_TRUE(make()->authTrashFile(file));
     EXPECT_THAT(runs(), ElementsAre("execute /bin/mv -f " + file + " " + trash("Cut.xml")));
+}
+
+TEST_F(AuthTrashTest, notesThePlaceOfWhatComesIntoTheDesktopsTrash) {
+    const std::string file = sandbox.write("Cut.xml", "x");
+    host->whenExecuted = [this] {
+        EXPECT_TRUE(test::exists(note("Cut.xml"))) << "written before the move";
+    };
+    EXPECT_TRUE(make()->authTrashFile(file));
+    EXPECT_THAT(test::readBytes(note("Cut.xml")), testing::HasSubstr("/files/Cut.xml\n"));
+}
+
+TEST_F(AuthTrashTest, takesTheNoteAwayWhenNothingIsMoved) {
+    const std::string file = sandbox.write("Cut.xml", "x");
+    host->executeStatus = platform::kAuthorizationDenied;
+    EXPECT_FALSE(make()->authTrashFile(file));
+    EXPECT_FALSE(make()->authTrashFile(sandbox.path("missing")));
+    EXPECT_TRUE(fs::is_empty(sandbox.home() + "/.local/share/Trash/info"));
+}
+
+TEST_F(AuthTrashTest, followsNoLinkThatIsNoTrash) {
+    const std::string file = sandbox.write("Cut.xml", "x");
+    fs::create_directory(sandbox.path("open"));
+    fs::permissions(sandbox.path("open"), static_cast<fs::perms>(0755));
+    fs::create_directory_symlink(sandbox.path("open"), sandbox.home() + "/.Trash");
+    EXPECT_FALSE(make()->authTrashFile(file));
+    EXPECT_THAT(runs(), IsEmpty());
+}
+
+TEST_F(AuthTrashTest, makesNoTrashForTheUserWhoBecameTheSuperUser) {
+    const std::string file = sandbox.write("Cut.xml", "x");
+    const auto authorization = make();
+    host->superUser = true;
+    EXPECT_TRUE(authorization->authTrashFile(file));
+    EXPECT_FALSE(test::exists(sandbox.home() + "/.Trash"));
 }
 
 TEST_F(AuthTrashTest, putsTheLocalTimeBehindANameThatIsTaken) {

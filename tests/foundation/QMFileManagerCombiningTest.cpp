@@ -1,6 +1,11 @@
+#include <cerrno>
+
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
 #include "tests/foundation/CopyTest.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/FailingSystemCall.h"
 #include "tests/support/FileState.h"
 #include "tests/support/PrivateMounts.h"
 
@@ -100,6 +105,35 @@ TEST_F(QMFileManagerCombiningTest, stopsAtASourceThatCannotBeOpened) {
     EXPECT_FALSE(exists(first));
     EXPECT_TRUE(exists(locked));
     EXPECT_TRUE(exists(second));
+}
+
+TEST_F(QMFileManagerCombiningTest, keepsTheSourcesWhenTheDiskDoesNotTakeWhatWasWritten) {
+    test::ChildProcess child([this] {
+        ASSERT_TRUE(test::failSystemCall(SYS_fsync, EIO));
+        test::ConsoleCapture console;
+        EXPECT_TRUE(QMFileManager::combineFiles({first, second}, combined, true));
+        EXPECT_EQ(console.lines(), Lines{"Error writing file " + combined + ": 1"});
+    });
+    EXPECT_EQ(child.wait(), 0);
+    EXPECT_EQ(readBytes(first), "one ");
+    EXPECT_EQ(readBytes(second), "two");
+}
+
+TEST_F(QMFileManagerCombiningTest, keepsTheSourcesWhenTheDestinationCannotBeClosed) {
+    test::ChildProcess child([this] {
+        ASSERT_TRUE(test::failSystemCall(SYS_close, EIO));
+        EXPECT_TRUE(QMFileManager::combineFiles({first, second}, combined, true));
+    });
+    EXPECT_EQ(child.wait(), 0);
+    EXPECT_EQ(readBytes(first), "one ");
+    EXPECT_EQ(readBytes(second), "two");
+}
+
+TEST_F(QMFileManagerCombiningTest, appendsASourceThatIsNamedTwice) {
+    EXPECT_TRUE(QMFileManager::combineFiles({first, second, first}, combined, true));
+    EXPECT_EQ(readBytes(combined), "one twoone ");
+    EXPECT_FALSE(exists(first));
+    EXPECT_FALSE(exists(second));
 }
 
 TEST_F(QMFileManagerCombiningTest, stopsAtASourceThatCannotBeRead) {

@@ -137,15 +137,54 @@ TEST_F(QMFileManagerGuardTest, movesNothingOfTheSystem) {
 }
 
 TEST_F(QMFileManagerGuardTest, replacesNothingOfTheSystem) {
-    for (const std::string& path : guarded()) {
-        EXPECT_FALSE(QMFileManager::moveFile(sandbox.path("file"), path)) << path;
-        EXPECT_FALSE(QMFileManager::copyFile(sandbox.path("file"), path)) << path;
-        EXPECT_FALSE(QMFileManager::compressFile(sandbox.path("file"), path)) << path;
-        EXPECT_FALSE(QMFileManager::decompressFile(sandbox.path("file"), path)) << path;
+    const std::string below = sandbox.path("below");
+    fs::create_directory(below);
+    fs::create_symlink("/etc/hosts", below + "/file");
+    fs::create_symlink("/etc/hosts", sandbox.path("hosts"));
+    const std::vector<std::string> paths{"/etc/hosts",
+                                         sandbox.path("settings/hosts"),
+                                         sandbox.path("settings/../etc/hosts"),
+                                         sandbox.path("settings"),
+                                         sandbox.path("hosts"),
+                                         below,
+                                         "/bin",
+                                         "/bin/sh",
+                                         "/usr/bin",
+                                         "/usr/lib/thing",
+                                         "/tmp",
+                                         "/"};
+    for (const bool asRoot : {false, true}) {
+        if (asRoot) {
+            beSuperUser();
+        }
+        for (const std::string& path : paths) {
+            EXPECT_FALSE(QMFileManager::moveFile(sandbox.path("file"), path)) << path;
+            EXPECT_FALSE(QMFileManager::copyFile(sandbox.path("file"), path)) << path;
+        }
+        EXPECT_FALSE(QMFileManager::createDirectory("/usr/lib/no such/folder"));
+        EXPECT_FALSE(QMFileManager::createDirectory(sandbox.path("settings/no such/folder")));
+        expectAllThere();
     }
     EXPECT_FALSE(QMFileManager::createEmptyFile("/etc/hosts"));
     expectAllThere();
     EXPECT_EQ(test::readBytes(sandbox.path("file")), "x");
+}
+
+TEST_F(QMFileManagerGuardTest, packsAndUnpacksNothingInTheSystemsPlace) {
+    for (const std::string& path : guarded()) {
+        EXPECT_FALSE(QMFileManager::compressFile(sandbox.path("file"), path)) << path;
+        EXPECT_FALSE(QMFileManager::decompressFile(sandbox.path("file"), path)) << path;
+    }
+    expectAllThere();
+}
+
+TEST_F(QMFileManagerGuardTest, asksForRightsToWriteIntoAStandardFolder) {
+    const std::string file = sandbox.path("file");
+    EXPECT_TRUE(QMFileManager::copyFile(file, library()));
+    EXPECT_TRUE(QMFileManager::moveFile(file, sandbox.home() + "/Desktop"));
+    EXPECT_THAT(runs(),
+                ElementsAre("execute /bin/cp -f -p -R " + file + " " + library(),
+                            "execute /bin/mv -f " + file + " " + sandbox.home() + "/Desktop"));
 }
 
 TEST_F(QMFileManagerGuardTest, allowsWhatLiesInTheUsersStandardFolders) {

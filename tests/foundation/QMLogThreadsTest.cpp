@@ -63,6 +63,47 @@ TEST_F(QMLogThreadsTest, writesAShortMessageOfAnotherThreadBeforeItsCallerGoesOn
     EXPECT_EQ(entries().size(), 200U);
 }
 
+TEST_F(QMLogThreadsTest, writesALineThatWasQueuedBeforeANewLogIntoTheLogBefore) {
+    writeGeneration(1, "an older line");
+    static_cast<void>(inChild([] {
+        QMLog::appendLog("before");
+        QMLog::createNewLog();
+        QMLog::appendLog("after");
+        QMLog::finishWriting();
+    }));
+    EXPECT_THAT(test::readBytes(generation(2)), ::testing::EndsWith(" - before\n"));
+    EXPECT_THAT(entries(), ::testing::ElementsAre("after"));
+}
+
+TEST_F(QMLogThreadsTest, keepsTheNewLogWhenTheWriterHasOpenedTheOldOneMeanwhile) {
+    writeGeneration(1, "an older line");
+    static_cast<void>(inChild([] {
+        // The old log is open, and the new one is started before anything is written.
+        QMLog::setWhenReopening([] {
+            QMLog::setWhenReopening(nullptr);
+            QMLog::createNewLog();
+            QMLog::finishWriting();
+        });
+        QMLog::sharedController().appendLogOnThread("while it was started");
+        QMLog::appendLog("after");
+        QMLog::finishWriting();
+    }));
+    EXPECT_THAT(entries(), ::testing::Contains("after"));
+    EXPECT_THAT(test::readBytes(generation(2)), ::testing::Not(::testing::HasSubstr("after")));
+}
+
+TEST_F(QMLogThreadsTest, knowsItsLogWhereverOthersMoveIt) {
+    static_cast<void>(inChild([this] {
+        EXPECT_EQ(QMLog::currentLog(), std::nullopt);
+        QMLog::createNewLog();
+        EXPECT_EQ(QMLog::currentLog(), generation(1));
+        std::filesystem::rename(generation(1), generation(3));
+        EXPECT_EQ(QMLog::currentLog(), generation(3));
+        std::filesystem::remove(generation(3));
+        EXPECT_EQ(QMLog::currentLog(), std::nullopt);
+    }));
+}
+
 TEST_F(QMLogThreadsTest, survivesLogsStartedByManyThreadsAtOnce) {
     const test::ChildOutcome outcome = inChild([] {
         QMLog::createNewLog("", true);

@@ -324,7 +324,7 @@ TEST_F(DocumentTest, withoutAnInterfaceWorksOnAnyThreadWithoutAMainLoop) {
     document->setReportOutput(nullptr);
     RepairOutcome outcome = RepairOutcome::stopped;
     const std::string path = sandbox.write("Cut.xml", test::kSoundXMEML);
-    std::thread([&] { outcome = document->startRepair(path); }).join();
+    std::thread([&] { outcome = document->startRepair(path).outcome; }).join();
     EXPECT_EQ(outcome, RepairOutcome::sound);
     EXPECT_EQ(window->calls, Strings{});
     EXPECT_FALSE(document->isRunning());

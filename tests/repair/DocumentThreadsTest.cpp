@@ -221,7 +221,7 @@ TEST_F(DocumentThreadsTest, twoRepairsOfOneDocumentAtOnceBothEndAndTheFileIsSafe
         } else {
             EXPECT_EQ(test::readBytes(path), kDamaged);
         }
-        std::filesystem::remove_all(sandbox.home() + "/.Trash");
+        test::removeTrash(sandbox.home());
         std::filesystem::remove(sandbox.path("Cut-backup.xml"));
     }
 }

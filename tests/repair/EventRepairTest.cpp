@@ -69,6 +69,45 @@ TEST_F(EventRepairTest, takesTheFirstReferenceWhereverItStands) {
               "</video></event>");
 }
 
+TEST_F(EventRepairTest, refusesAMendThatWouldMultiplyTheFile) {
+    const std::string reference(200'000, 'r');
+    std::string clip = "<video>\n<audio ref=\"" + reference + "\"/>";
+    for (int audio = 0; audio < 400; ++audio) {
+        clip += "<audio/>";
+    }
+    const std::string small = "<video><audio ref=\"a\"/><audio/></video>";
+    const std::string text = "<fcpxml>\n<spine><video/></spine><library><event>" + small +
+                             "\n \x0B<" + clip.substr(1) + "</video>" + small +
+                             "</event></library></fcpxml>";
+    std::string readable = text;
+    std::erase(readable, '\x0B');
+    host.setFileWasRepaired(true);
+    bool found = false;
+    const auto document = repairFCPXDocument(host, test::parsed(readable), &found,
+                                             [&text] { return std::optional(text); });
+    EXPECT_TRUE(found);
+    EXPECT_TRUE(host.fileHasErrs());
+    EXPECT_FALSE(host.fileWasRepaired());
+    EXPECT_LT(document->xmlString().size(), 2 * text.size());
+    ASSERT_FALSE(host.calls.empty());
+    EXPECT_EQ(
+        host.calls.back(),
+        "error: Line 3, column 3: the audio elements of this video that lack a reference were "
+        "left as they are; with it, the file would grow beyond four times its size.");
+}
+
+TEST_F(EventRepairTest, mendsWhatMakesASmallFileManyTimesLarger) {
+    const std::string reference(1'000, 'r');
+    std::string clip = "<video><audio ref=\"" + reference + "\"/>";
+    for (int audio = 0; audio < 1'000; ++audio) {
+        clip += "<audio/>";
+    }
+    const std::string mended = repairLibrary("<event>" + clip + "</video></event>");
+    EXPECT_EQ(hasErrors, true);
+    EXPECT_GT(mended.size(), 1'000U * 1'000U);
+    EXPECT_EQ(host.calls.size(), 1U);
+}
+
 TEST_F(EventRepairTest, leavesASoundClipAlone) {
     const std::string sound =
         "<event><video><audio ref=\"r1\"/><audio ref=\"r2\"/></video></event>";

@@ -9,6 +9,7 @@
 #include "tests/support/EngineTest.h"
 #include "tests/support/FileState.h"
 #include "tests/support/RecordingRepairHost.h"
+#include "tests/support/RecordingSwapObserver.h"
 #include "xml/XMLReader.h"
 
 namespace vornic::test {
@@ -28,7 +29,10 @@ class PipelineTest : public EngineTest {
   protected:
     void SetUp() override { writeUsualCatalogue(); }
 
-    RepairOutcome run(const std::string& path) { return RepairPipeline(host).run(path); }
+    RepairOutcome run(const std::string& path) {
+        result = RepairPipeline(host, observer).run(path);
+        return result.outcome;
+    }
     /// Writes a file and runs the pipeline on it.
     RepairOutcome runOn(std::string_view name, std::string_view bytes) {
         return run(sandbox.write(name, bytes));
@@ -54,6 +58,9 @@ class PipelineTest : public EngineTest {
     }
 
     RecordingRepairHost host;
+    RecordingSwapObserver observer;
+    /// Of the last run.
+    RepairResult result;
 };
 
 /// What every run on an existing file says first.

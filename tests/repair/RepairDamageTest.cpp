@@ -266,7 +266,7 @@ class RepairDamageTest : public test::PipelineTest {
         if (outcome != RepairOutcome::stopped) {
             ASSERT_EQ(names(), Strings{name});
         }
-        std::filesystem::remove_all(trash());
+        test::removeTrash(sandbox.home());
         std::filesystem::remove_all(sandbox.path(name));
         std::filesystem::remove_all(RepairPipeline::workingCopyPath(path, host.type));
     }

@@ -1,11 +1,17 @@
+#include <cerrno>
 #include <filesystem>
+#include <new>
 #include <stdexcept>
 #include <string>
+
+#include <sys/syscall.h>
 
 #include "platform/Exception.h"
 #include "platform/UserPreferences.h"
 #include "repair/RepairPipeline.h"
 #include "tests/repair/PipelineTest.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/FailingSystemCall.h"
 
 namespace vornic {
 namespace {
@@ -399,24 +405,37 @@ TEST_F(RepairPipelineTest, readsAUTF16FileByItsASCIIBytes) {
     EXPECT_NE(test::readBytes(sandbox.path("Cut.xml")).find("<name>a</name>"), std::string::npos);
 }
 
-TEST_F(RepairPipelineTest, endsCriticallyWhenTheWorkingCopyCanBeReadInNoWay) {
+TEST_F(RepairPipelineTest, endsCriticallyWhenTheWorkingCopyCannotBeRead) {
+    EXPECT_TRUE(test::passesInChild([&] {
+        host.onCall = [&](const std::string& call) {
+            if (call == "label: Checking file...") {
+                ASSERT_TRUE(test::failSystemCall(SYS_pread64, EIO));
+            }
+        };
+        const Strings report = reportOn("Cut.xml", kSoundXMEML);
+        ASSERT_EQ(report.size(), 3U);
+        EXPECT_EQ(report.at(0), "error: The file " + sandbox.path("Cut-backup.xml") +
+                                    " cannot be read: the disk or network reported an error.");
+        EXPECT_EQ(report.at(1), "error: Unable to load XML data");
+        EXPECT_EQ(report.at(2), "bold error: Critical error - repair canceled.");
+        EXPECT_EQ(outcome, RepairOutcome::stopped);
+        expectFlags(true, false);
+        EXPECT_EQ(host.calls.at(host.calls.size() - 2),
+                  "alert: Unable to load XML data | Repair has been canceled.");
+        EXPECT_EQ(names(), Strings{"Cut.xml"});
+    }));
+    EXPECT_EQ(test::readBytes(sandbox.path("Cut.xml")), kSoundXMEML);
+}
+
+TEST_F(RepairPipelineTest, leavesNoWorkingCopyWhenMemoryRunsOut) {
     host.onCall = [&](const std::string& call) {
-        if (call == "label: Checking file...") {
-            std::filesystem::remove(sandbox.path("Cut-backup.xml"));
-            std::filesystem::create_directory(sandbox.path("Cut-backup.xml"));
+        if (call == "label: Checking header tags...") {
+            throw std::bad_alloc();
         }
     };
-    const Strings report = reportOn("Cut.xml", kSoundXMEML);
-    ASSERT_EQ(report.size(), 3U);
-    EXPECT_EQ(report.at(0).substr(0, 7), "error: ");
-    EXPECT_NE(report.at(0).find("Cut-backup.xml"), std::string::npos);
-    EXPECT_EQ(report.at(1), "error: Unable to load XML data");
-    EXPECT_EQ(report.at(2), "bold error: Critical error - repair canceled.");
-    EXPECT_EQ(outcome, RepairOutcome::stopped);
-    expectFlags(true, false);
-    EXPECT_EQ(host.calls.at(host.calls.size() - 2),
-              "alert: Unable to load XML data | Repair has been canceled.");
-    EXPECT_EQ(test::readBytes(sandbox.path("Cut.xml")), kSoundXMEML);
+    EXPECT_THROW(runOn("Cut.xml", kSoundXMEML), std::bad_alloc);
+    EXPECT_EQ(host.calls.back(), "end");
+    EXPECT_EQ(names(), Strings{"Cut.xml"});
 }
 
 TEST_F(RepairPipelineTest, reportsAnEmptyFileAsUnable) {
@@ -437,7 +456,7 @@ TEST_F(RepairPipelineTest, logsTheRangeExceptionOfAFileThatBeginsWithAnEmptyTag)
     EXPECT_TRUE(last.starts_with("Exception in -[Document startRepair:]. NSRangeException - "))
         << last;
     EXPECT_EQ(test::readBytes(sandbox.path("Cut.xml")), "<>");
-    EXPECT_EQ(names(), (Strings{"Cut-backup.xml", "Cut.xml"}));
+    EXPECT_EQ(names(), Strings{"Cut.xml"});
 }
 
 TEST_F(RepairPipelineTest, endsOnceAfterAnExceptionOfItsOwnKind) {

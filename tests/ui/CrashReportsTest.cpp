@@ -186,6 +186,23 @@ TEST_F(CrashReportsTest, tellOfARunThatAnotherProgramEndedByAFatalSignal) {
     EXPECT_EQ(run("cleanly").output, "crashed: " + report() + "\n");
 }
 
+TEST_F(CrashReportsTest, nameTheLogWhereAnotherProgramHasMovedIt) {
+    const std::string logs = library + "/Logs/Quillmark";
+    test::RunningProgram running(settings("wait"));
+    ASSERT_TRUE(running.readUntil("waiting"));
+    fs::rename(logs + "/Vornic.1.log", logs + "/Vornic.2.log");
+    test::writeBytes(logs + "/Vornic.1.log", "another program's\n");
+    running.sendSignal(SIGSEGV);
+    running.finish();
+    ASSERT_EQ(reports().size(), 1U);
+    const std::string text = test::readBytes(report());
+    EXPECT_THAT(text, HasSubstr("\nLog: " + logs + "/Vornic.2.log\n"));
+    // By this it is found when it is moved on later.
+    const std::string first = test::logMessages(test::readBytes(logs + "/Vornic.2.log")).front();
+    EXPECT_THAT(first, ::testing::StartsWith("Log started: "));
+    EXPECT_THAT(text, HasSubstr("\n" + first + "\n"));
+}
+
 TEST_F(CrashReportsTest, beginWithTheNameOfTheirProgram) {
     EXPECT_EQ(kDesktopProgram, "Vornic");
     EXPECT_EQ(kRepairProgram, "vornic-repair");

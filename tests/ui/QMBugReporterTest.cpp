@@ -462,6 +462,15 @@ TEST_F(QMBugReporterTest, readsTheDatesOfAPreferenceFileInsteadOfThePreferences)
     EXPECT_EQ(QMBugReporter::checkForCrashes("Tool", plist), std::nullopt);
 }
 
+TEST_F(QMBugReporterTest, keepsACopyOfADamagedPreferenceFile) {
+    const std::string plist = sandbox.write("tool.plist", "<plist><dict><key>a");
+    QMBugReporter::startBugReporter("Tool", plist);
+    EXPECT_EQ(test::readBytes(sandbox.path("tool-damaged.plist")), "<plist><dict><key>a");
+    EXPECT_NE(test::readBytes(plist).find("launch"), std::string::npos);
+    QMBugReporter::stopBugReporter(plist);
+    EXPECT_FALSE(test::exists(sandbox.path("tool-damaged-2.plist")));
+}
+
 TEST_F(QMBugReporterTest, isSilentWhenNothingCanBeRecorded) {
     fs::create_directories(sandbox.path("tool.plist"));
     test::ConsoleCapture console;
@@ -496,6 +505,15 @@ TEST_F(ChownPlistTest, namesTheComponentBehindUsersAsTheOwner) {
     EXPECT_THAT(tool->takeArguments(), ElementsAre("other", "/Volumes/Disk/Users/other/x.plist"));
     QMBugReporter::chownPlist("/Users/Users/x");
     EXPECT_THAT(tool->takeArguments(), ElementsAre("Users", "/Users/Users/x"));
+}
+
+TEST_F(ChownPlistTest, runsTheToolWhereThisSystemHasIt) {
+    ASSERT_TRUE(fs::remove("/usr/sbin/chown"));
+    fs::create_directories(sandbox.path("Users/65534"));
+    const std::string plist = sandbox.write("Users/65534/tool.plist", "x");
+    ASSERT_EQ(test::fileState(plist).owner, 0U);
+    QMBugReporter::chownPlist(plist);
+    EXPECT_EQ(test::fileState(plist).owner, 65534U);
 }
 
 TEST_F(ChownPlistTest, leavesOtherPathsAlone) {

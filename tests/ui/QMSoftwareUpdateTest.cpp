@@ -13,6 +13,7 @@
 
 #include "platform/Bundle.h"
 #include "platform/FolderLock.h"
+#include "platform/MainThread.h"
 #include "platform/PropertyList.h"
 #include "platform/Thread.h"
 #include "tests/foundation/TaskTest.h"
@@ -296,6 +297,16 @@ TEST_F(QMSoftwareUpdateTest, takesAFileThatCannotBeRunForNoExecutable) {
 }
 
 // The start of the program
+
+TEST_F(QMSoftwareUpdateTest, startsNothingInAProgramThatQuits) {
+    const StandInProgram program = makeOwnUpdater();
+    platform::MainThread::shutdown();
+    QMSoftwareUpdate::startup();
+    EXPECT_TRUE(platform::joinDetachedThreads(std::chrono::seconds(30)));
+    platform::MainThread::restart();
+    EXPECT_FALSE(program.wasRun());
+    EXPECT_FALSE(test::exists(copy()));
+}
 
 TEST_F(QMSoftwareUpdateTest, checksAtStartWithoutASwitch) {
     const StandInProgram program = makeOwnUpdater();

@@ -1,16 +1,25 @@
+#include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
+#include "job/NamedSources.h"
 #include "platform/FileAttributes.h"
 #include "platform/FileSystem.h"
 #include "tests/repair/PipelineTest.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/FailingSystemCall.h"
 
-/// What a repair does to the files on the disk.
+/// What a repair does when files are not as they should be, or change meanwhile. What becomes of
+/// files in its ordinary course is in tests/app/RepairFilesTest.cpp.
 namespace vornic {
 namespace {
 
@@ -27,9 +36,9 @@ const std::string kRepaired =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n"
     "<xmeml version=\"5\">\n    <sequence/>\n</xmeml>\n";
 
-class RepairFilesTest : public test::PipelineTest {
+class RepairDisturbancesTest : public test::PipelineTest {
   protected:
-    ~RepairFilesTest() override { chmod(sandbox.folder().c_str(), 0700); }
+    ~RepairDisturbancesTest() override { chmod(sandbox.folder().c_str(), 0700); }
 
     /// Does something to the files when the run makes a call.
     void at(const std::string& call, std::function<void()> act) {
@@ -49,96 +58,19 @@ class RepairFilesTest : public test::PipelineTest {
     std::string path = sandbox.path("Cut.xml");
 };
 
-TEST_F(RepairFilesTest, aSoundFileIsNotTouchedAtAll) {
-    sandbox.write("Cut.xml", kSoundXMEML);
-    struct stat before {};
-    ASSERT_EQ(lstat(path.c_str(), &before), 0);
-    EXPECT_EQ(run(path), RepairOutcome::sound);
-    struct stat after {};
-    ASSERT_EQ(lstat(path.c_str(), &after), 0);
-    EXPECT_EQ(after.st_ino, before.st_ino);
-    EXPECT_EQ(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec);
-    EXPECT_EQ(after.st_ctim.tv_nsec, before.st_ctim.tv_nsec);
-}
-
-TEST_F(RepairFilesTest, theRepairedFileKeepsModeOwnerAndAttributes) {
-    sandbox.write("Cut.xml", kDamaged);
-    ASSERT_EQ(chmod(path.c_str(), 0640), 0);
-    if (!test::setAttribute(path, "user.note", "kept") ||
-        !test::setAttribute(path, test::kFinderInfo, std::string(8, 'o') + std::string(24, 'k'))) {
-        GTEST_SKIP() << "this volume has no extended attributes";
-    }
-    const FileState before = fileState(path);
-    EXPECT_EQ(run(path), RepairOutcome::repairedAndSwapped);
-    FileState expected = before;
-    expected.bytes = kRepaired;
-    expected.attributes[test::kFinderInfo] = "XML KeyG" + std::string(24, 'k');
-    EXPECT_EQ(fileState(path), expected);
-    // The user's file went to the Trash as it was.
-    EXPECT_EQ(fileState(trash() + "/Cut.xml"), before);
-}
-
-TEST_F(RepairFilesTest, anXMEMLResultGetsTypeAndCreator) {
-    sandbox.write("Cut.xml", kDamaged);
-    if (!test::setAttribute(path, "user.note", "")) {
-        GTEST_SKIP() << "this volume has no extended attributes";
-    }
-    EXPECT_EQ(run(path), RepairOutcome::repairedAndSwapped);
-    EXPECT_EQ(fileState(path).attributes[test::kFinderInfo], test::xmemlFinderInfo());
-}
-
-TEST_F(RepairFilesTest, anFCPXMLResultGetsNoTypeAndCreator) {
-    EXPECT_EQ(runOn("Cut.fcpxml",
-                    "<fcpxml><resources/><library><event><project/></event></library></fcpxml>"),
-              RepairOutcome::repairedAndSwapped);
-    EXPECT_TRUE(fileState(sandbox.path("Cut.fcpxml")).attributes.empty());
-}
-
-TEST_F(RepairFilesTest, aFileWithoutWritePermissionIsRepairedAndStaysSo) {
-    sandbox.write("Cut.xml", kDamaged);
-    ASSERT_EQ(chmod(path.c_str(), 0444), 0);
-    EXPECT_EQ(run(path), RepairOutcome::repairedAndSwapped);
-    EXPECT_EQ(test::readBytes(path), kRepaired);
-    EXPECT_EQ(fileState(path).mode & 07777U, 0444U);
-    EXPECT_EQ(host.report().back(), kRepairedLine);
-}
-
-TEST_F(RepairFilesTest, anOldWorkingCopyGoesToTheTrash) {
-    sandbox.write("Cut-backup.xml", "old");
-    EXPECT_EQ(runOn("Cut.xml", kSoundXMEML), RepairOutcome::sound);
-    EXPECT_EQ(names(), Strings{"Cut.xml"});
-    EXPECT_EQ(test::readBytes(trash() + "/Cut-backup.xml"), "old");
-}
-
-TEST_F(RepairFilesTest, anOldWorkingCopyThatIsAFolderGoesToTheTrash) {
-    std::filesystem::create_directory(copy());
-    sandbox.write("Cut-backup.xml/inside", "old");
-    EXPECT_EQ(runOn("Cut.xml", kSoundXMEML), RepairOutcome::sound);
-    EXPECT_EQ(names(), Strings{"Cut.xml"});
-    EXPECT_EQ(test::readBytes(trash() + "/Cut-backup.xml/inside"), "old");
-}
-
-TEST_F(RepairFilesTest, anOldWorkingCopyThatIsALinkGoesToTheTrashAsALink) {
+TEST_F(RepairDisturbancesTest, anOldWorkingCopyThatIsALinkGoesToTheTrashAsALink) {
     sandbox.write("target", "the link's target");
     for (const std::string& target : {sandbox.path("target"), sandbox.path("none")}) {
         std::filesystem::create_symlink(target, copy());
         EXPECT_EQ(runOn("Cut.xml", kSoundXMEML), RepairOutcome::sound);
         EXPECT_EQ(names(), (Strings{"Cut.xml", "target"}));
         EXPECT_EQ(std::filesystem::read_symlink(trash() + "/Cut-backup.xml"), target);
-        std::filesystem::remove(trash() + "/Cut-backup.xml");
+        test::removeTrash(sandbox.home());
     }
     EXPECT_EQ(test::readBytes(sandbox.path("target")), "the link's target");
 }
 
-TEST_F(RepairFilesTest, aNameThatIsTakenInTheTrashGetsANumber) {
-    for (int time = 0; time < 3; ++time) {
-        EXPECT_EQ(runOn("Cut.xml", kDamaged), RepairOutcome::repairedAndSwapped);
-        host = {};
-    }
-    EXPECT_EQ(namesInTrash(), (Strings{"Cut 2.xml", "Cut 3.xml", "Cut.xml"}));
-}
-
-TEST_F(RepairFilesTest, anOldWorkingCopyThatCannotBeMovedEndsTheRun) {
+TEST_F(RepairDisturbancesTest, anOldWorkingCopyThatCannotBeMovedEndsTheRun) {
     sandbox.write("../home/.Trash", "a file where the folder should be");
     sandbox.write("Cut-backup.xml", "old");
     host.hasErrors = true;
@@ -153,7 +85,7 @@ TEST_F(RepairFilesTest, anOldWorkingCopyThatCannotBeMovedEndsTheRun) {
     EXPECT_EQ(test::readBytes(copy()), "old");
 }
 
-class RepairUncopyable : public RepairFilesTest {
+class RepairUncopyable : public RepairDisturbancesTest {
   protected:
     /// A run that ends at its copy, with its messages.
     void expectUncopyable() {
@@ -202,27 +134,7 @@ TEST_F(RepairUncopyable, aFileInAFolderThatCannotBeWritten) {
     EXPECT_EQ(test::readBytes(path), kDamaged);
 }
 
-TEST_F(RepairFilesTest, aLinkIsReplacedAndItsTargetIsNeverWritten) {
-    const std::string target = sandbox.write("target", kDamaged);
-    const FileState before = fileState(target);
-    std::filesystem::create_symlink("target", path);
-    EXPECT_EQ(run(path), RepairOutcome::repairedAndSwapped);
-    EXPECT_EQ(fileState(target), before);
-    EXPECT_FALSE(std::filesystem::is_symlink(path));
-    EXPECT_EQ(test::readBytes(path), kRepaired);
-    EXPECT_EQ(namesInTrash(), Strings{"Cut.xml"});
-    EXPECT_EQ(std::filesystem::read_symlink(trash() + "/Cut.xml"), "target");
-}
-
-TEST_F(RepairFilesTest, aLinkToASoundFileStays) {
-    sandbox.write("target", kSoundXMEML);
-    std::filesystem::create_symlink("target", path);
-    EXPECT_EQ(run(path), RepairOutcome::sound);
-    EXPECT_EQ(std::filesystem::read_symlink(path), "target");
-    EXPECT_EQ(names(), (Strings{"Cut.xml", "target"}));
-}
-
-TEST_F(RepairFilesTest, theSourceStaysWhenItCannotBeMovedToTheTrash) {
+TEST_F(RepairDisturbancesTest, theSourceStaysWhenItCannotBeMovedToTheTrash) {
     sandbox.write("../home/.Trash", "a file where the folder should be");
     EXPECT_EQ(runOn("Cut.xml", kDamaged), RepairOutcome::repairedNotSwapped);
     EXPECT_EQ(Strings(host.calls.end() - 3, host.calls.end()),
@@ -235,7 +147,93 @@ TEST_F(RepairFilesTest, theSourceStaysWhenItCannotBeMovedToTheTrash) {
         << log.entries().back();
 }
 
-TEST_F(RepairFilesTest, theSourceStaysWhenAnotherRunHasReplacedTheWorkingCopy) {
+TEST_F(RepairDisturbancesTest, aNewerExportKeepsItsPlace) {
+    sandbox.write("Cut.xml", kDamaged);
+    at("label: Filtering invalid characters...", [&] {
+        sandbox.write("other", "a newer export");
+        std::filesystem::rename(sandbox.path("other"), path);
+    });
+    EXPECT_EQ(run(path), RepairOutcome::repairedNotSwapped);
+    EXPECT_EQ(Strings(host.calls.end() - 5, host.calls.end()),
+              (Strings{kRepairedLine,
+                       "error: The file " + path +
+                           " was changed by another program during the repair. It was left as it "
+                           "is now.",
+                       "error: The repaired file is " + copy() + ".", kRepairedAlert, "end"}));
+    EXPECT_EQ(result.swap.end, SwapEnd::sourceChanged);
+    EXPECT_EQ(test::readBytes(path), "a newer export");
+    EXPECT_EQ(test::readBytes(copy()), kRepaired);
+    EXPECT_FALSE(test::exists(trash()));
+}
+
+TEST_F(RepairDisturbancesTest, aNamedFileInTheWorkingCopysPlaceEndsTheRun) {
+    sandbox.write("Cut-backup.xml", "a project");
+    const NamedSource named(copy());
+    host.hasErrors = true;
+    EXPECT_EQ(runOn("Cut.xml", kDamaged), RepairOutcome::stopped);
+    const std::string remove = "Please remove " + copy() + " manually.";
+    EXPECT_EQ(Strings(host.calls.end() - 5, host.calls.end()),
+              (Strings{"info: Creating temporary file...",
+                       "bold error: Error: unable to remove temporary file. " + remove,
+                       "error: The file " + copy() +
+                           " cannot be moved to the Trash: it is open itself, or named as a file "
+                           "to be repaired.",
+                       "alert: Unable to remove temporary file | " + remove, "end"}));
+    expectFlags(false, false);
+    EXPECT_EQ(test::readBytes(copy()), "a project");
+    EXPECT_EQ(test::readBytes(path), kDamaged);
+}
+
+TEST_F(RepairDisturbancesTest, aRunSaysWhatItWaitsForAndObeysACancellation) {
+    sandbox.write("Cut.xml", kDamaged);
+    sandbox.write("Cut-backup.xml", "another run's");
+    const platform::FileDescriptor holder(open(copy().c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_EQ(flock(holder.get(), LOCK_EX), 0);
+    const std::string text = "Waiting for another program that uses the file " + copy() + "...";
+    at("info: " + text, [&] { host.cancelled = true; });
+    EXPECT_EQ(run(path), RepairOutcome::cancelled);
+    EXPECT_EQ(
+        Strings(host.calls.end() - 4, host.calls.end()),
+        (Strings{"info: Creating temporary file...", "label: " + text, "info: " + text, "end"}));
+    EXPECT_EQ(test::readBytes(path), kDamaged);
+    EXPECT_EQ(test::readBytes(copy()), "another run's");
+}
+
+TEST_F(RepairDisturbancesTest, saysWhatAKilledRunHasLeft) {
+    sandbox.write(".Cut.xml.vornic.swap", kSoundXMEML);
+    EXPECT_EQ(run(path), RepairOutcome::sound);
+    EXPECT_EQ(host.report().at(2), "info: An earlier repair of the file " + path +
+                                       " was interrupted. The file was brought back.");
+    EXPECT_EQ(test::readBytes(path), kSoundXMEML);
+}
+
+TEST_F(RepairDisturbancesTest, metadataThatWereLostAreReported) {
+    sandbox.write("Cut.xml", kDamaged);
+    if (!test::setAttribute(path, "user.note", "kept")) {
+        GTEST_SKIP() << "this volume has no extended attributes";
+    }
+    EXPECT_TRUE(test::passesInChild([&] {
+        at("label: Filtering invalid characters...",
+           [] { ASSERT_TRUE(test::failSystemCall(SYS_fsetxattr, EIO)); });
+        EXPECT_EQ(run(path), RepairOutcome::repairedAndSwapped);
+        const Strings report = host.report();
+        EXPECT_NE(std::find_if(report.begin(), report.end(),
+                               [&](const std::string& line) {
+                                   return line.starts_with("error: Something of the file " + path +
+                                                           " was not kept. ");
+                               }),
+                  report.end());
+    }));
+}
+
+TEST_F(RepairDisturbancesTest, tellsWhereAnOldWorkingCopyLies) {
+    sandbox.write("Cut-backup.xml", "old");
+    EXPECT_EQ(runOn("Cut.xml", kSoundXMEML), RepairOutcome::sound);
+    EXPECT_EQ(result.oldCopy, trash() + "/Cut-backup.xml");
+    EXPECT_TRUE(log.contains("The file " + copy() + " was moved to the Trash: " + result.oldCopy));
+}
+
+TEST_F(RepairDisturbancesTest, theSourceStaysWhenAnotherRunHasReplacedTheWorkingCopy) {
     sandbox.write("Cut.xml", kDamaged);
     at(kRepairedLine, [&] { replaceWorkingCopy("another run's"); });
     EXPECT_EQ(run(path), RepairOutcome::repairedNotSwapped);
@@ -250,7 +248,7 @@ TEST_F(RepairFilesTest, theSourceStaysWhenAnotherRunHasReplacedTheWorkingCopy) {
     EXPECT_FALSE(test::exists(trash()));
 }
 
-TEST_F(RepairFilesTest, theSourceStaysWhenTheWorkingCopyHasGone) {
+TEST_F(RepairDisturbancesTest, theSourceStaysWhenTheWorkingCopyHasGone) {
     sandbox.write("Cut.xml", kDamaged);
     at(kRepairedLine, [&] { std::filesystem::remove(copy()); });
     EXPECT_EQ(run(path), RepairOutcome::repairedNotSwapped);
@@ -258,7 +256,7 @@ TEST_F(RepairFilesTest, theSourceStaysWhenTheWorkingCopyHasGone) {
     EXPECT_EQ(test::readBytes(path), kDamaged);
 }
 
-TEST_F(RepairFilesTest, anotherRunsWorkingCopyIsNotRemoved) {
+TEST_F(RepairDisturbancesTest, anotherRunsWorkingCopyIsNotRemoved) {
     sandbox.write("Cut.xml", kSoundXMEML);
     at("label: Finishing...", [&] { replaceWorkingCopy("another run's"); });
     EXPECT_EQ(run(path), RepairOutcome::sound);
@@ -268,7 +266,7 @@ TEST_F(RepairFilesTest, anotherRunsWorkingCopyIsNotRemoved) {
               "The temporary file " + copy() + " was replaced by another program and left there.");
 }
 
-TEST_F(RepairFilesTest, aWorkingCopyThatCannotBeRemovedIsReported) {
+TEST_F(RepairDisturbancesTest, aWorkingCopyThatCannotBeRemovedIsReported) {
     sandbox.write("Cut.xml", kSoundXMEML);
     at("label: Finishing...", [&] { chmod(sandbox.folder().c_str(), 0500); });
     EXPECT_EQ(run(path), RepairOutcome::sound);
@@ -278,7 +276,7 @@ TEST_F(RepairFilesTest, aWorkingCopyThatCannotBeRemovedIsReported) {
                                         error->localizedDescription() + ".");
 }
 
-TEST_F(RepairFilesTest, whatAnotherRunPutInTheWorkingCopysPlaceIsNotJudged) {
+TEST_F(RepairDisturbancesTest, whatAnotherRunPutInTheWorkingCopysPlaceIsNotJudged) {
     sandbox.write("Cut.xml", kDamaged);
     at("label: Checking file...", [&] { replaceWorkingCopy(kSoundXMEML); });
     EXPECT_EQ(run(path), RepairOutcome::repairedAndSwapped);
@@ -286,7 +284,7 @@ TEST_F(RepairFilesTest, whatAnotherRunPutInTheWorkingCopysPlaceIsNotJudged) {
     EXPECT_EQ(names(), Strings{"Cut.xml"});
 }
 
-TEST_F(RepairFilesTest, aWorkingCopyThatWasTakenAwayIsMadeAgain) {
+TEST_F(RepairDisturbancesTest, aWorkingCopyThatWasTakenAwayIsMadeAgain) {
     sandbox.write("Cut.xml", kDamaged);
     ASSERT_EQ(chmod(path.c_str(), 0640), 0);
     at("label: Filtering invalid characters...", [&] { std::filesystem::remove(copy()); });
@@ -295,7 +293,7 @@ TEST_F(RepairFilesTest, aWorkingCopyThatWasTakenAwayIsMadeAgain) {
     EXPECT_EQ(fileState(path).mode & 07777U, 0640U);
 }
 
-TEST_F(RepairFilesTest, theUsersFileIsNotWrittenThroughALinkInTheWorkingCopysPlace) {
+TEST_F(RepairDisturbancesTest, theUsersFileIsNotWrittenThroughALinkInTheWorkingCopysPlace) {
     sandbox.write("Cut.xml", kDamaged);
     const auto source = platform::fileIdentity(path);
     at("label: Filtering invalid characters...", [&] {
@@ -308,7 +306,7 @@ TEST_F(RepairFilesTest, theUsersFileIsNotWrittenThroughALinkInTheWorkingCopysPla
     EXPECT_EQ(platform::fileIdentity(trash() + "/Cut.xml"), source);
 }
 
-TEST_F(RepairFilesTest, aResultThatCannotBeSavedEndsAsUnable) {
+TEST_F(RepairDisturbancesTest, aResultThatCannotBeSavedEndsAsUnable) {
     sandbox.write("Cut.xml", kDamaged);
     at("label: Filtering invalid characters...", [&] { chmod(sandbox.folder().c_str(), 0500); });
     EXPECT_EQ(run(path), RepairOutcome::unable);
@@ -326,7 +324,7 @@ TEST_F(RepairFilesTest, aResultThatCannotBeSavedEndsAsUnable) {
     EXPECT_EQ(test::readBytes(path), kDamaged);
 }
 
-TEST_F(RepairFilesTest, attributesThatCannotBeReadAreReportedAndChangeNoFlag) {
+TEST_F(RepairDisturbancesTest, attributesThatCannotBeReadAreReportedAndChangeNoFlag) {
     sandbox.write("Cut.xml", kSoundXMEML);
     at("info: Updating type/creator codes...", [&] { std::filesystem::remove(copy()); });
     EXPECT_EQ(run(path), RepairOutcome::sound);
@@ -341,7 +339,7 @@ TEST_F(RepairFilesTest, attributesThatCannotBeReadAreReportedAndChangeNoFlag) {
     EXPECT_TRUE(report.back().starts_with("error: Unable to remove temporary file " + copy()));
 }
 
-TEST_F(RepairFilesTest, attributesThatCannotBeWrittenAreReportedAndChangeNoFlag) {
+TEST_F(RepairDisturbancesTest, attributesThatCannotBeWrittenAreReportedAndChangeNoFlag) {
     sandbox.write("Cut.xml", kDamaged);
     // Until the volume has no more room for attributes of this file.
     bool isFull = false;
@@ -366,7 +364,7 @@ TEST_F(RepairFilesTest, attributesThatCannotBeWrittenAreReportedAndChangeNoFlag)
     expectFlags(true, true);
 }
 
-TEST_F(RepairFilesTest, namesWithBlanksQuotesAndLineBreaksAreRepaired) {
+TEST_F(RepairDisturbancesTest, namesWithBlanksQuotesAndLineBreaksAreRepaired) {
     for (const std::string name : {"a b.xml", "it's \"it\".xml", "two\nlines.xml", "-rf.xml",
                                    "50%d %@.xml", "\xFF\xFE.xml", ".xml"}) {
         host = {};

@@ -1,0 +1,119 @@
+#include "job/CopyTurn.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <thread>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/Failure.h"
+#include "platform/FileClaim.h"
+#include "platform/FileSystem.h"
+
+namespace vornic {
+
+using platform::Claim;
+using platform::FileDescriptor;
+
+namespace {
+
+using State = FoundCopy::State;
+
+enum class Look { absent, left, busy, changed, unknown };
+
+// Folders, pipes and the like are nobody's working copy, and so is a link that leads nowhere.
+bool canBeClaimed(const std::string& path, bool followLinks, struct stat& status) {
+    return fstatat(AT_FDCWD, path.c_str(), &status, followLinks ? 0 : AT_SYMLINK_NOFOLLOW) == 0 &&
+           S_ISREG(status.st_mode);
+}
+
+Look lookAt(const std::string& path, bool followLinks, FileDescriptor& file, int& errorNumber) {
+    struct stat status {};
+    if (!platform::nodeExists(path)) {
+        return Look::absent;
+    }
+    if (!canBeClaimed(path, followLinks, status)) {
+        return Look::left;
+    }
+    file = platform::openRegularFile(path, followLinks, errorNumber);
+    if (!file) {
+        if (errorNumber == ENOENT || errorNumber == ELOOP || errorNumber == EINVAL ||
+            errorNumber == EISDIR) {
+            return Look::changed;
+        }
+        // A job can read its own file, so that one of this user's that cannot be read is none.
+        const bool isOwn = errorNumber == EACCES && status.st_uid == geteuid();
+        return isOwn ? Look::left : Look::unknown;
+    }
+    const Claim claim = platform::claimFile(file.get(), errorNumber);
+    if (claim == Claim::busy || claim == Claim::failed) {
+        return claim == Claim::busy ? Look::busy : Look::unknown;
+    }
+    // The job that has given it back may have moved it meanwhile.
+    const bool isSame = canBeClaimed(path, followLinks, status) &&
+                        platform::identityOf(file.get()) ==
+                            platform::FileIdentity{.device = status.st_dev, .inode = status.st_ino};
+    return isSame ? Look::left : Look::changed;
+}
+
+// Looks again after short pauses, for no system call waits for a claim and for a cancellation.
+class Patience {
+  public:
+    Patience(std::string path, Waiting& waiting) : path_(std::move(path)), waiting_(waiting) {}
+
+    // False when the wait was cancelled.
+    bool pause() {
+        constexpr std::chrono::seconds kSilence{1};
+        constexpr std::chrono::milliseconds kLongestPause{50};
+        if (waiting_.isCancelled()) {
+            return false;
+        }
+        if (!isTold_ && std::chrono::steady_clock::now() - start_ >= kSilence) {
+            isTold_ = true;
+            waiting_.waitsFor(path_);
+        }
+        std::this_thread::sleep_for(pause_);
+        pause_ = std::min(pause_ * 2, kLongestPause);
+        return true;
+    }
+
+  private:
+    std::string path_;
+    Waiting& waiting_;
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+    std::chrono::milliseconds pause_{1};
+    bool isTold_ = false;
+};
+
+}  // namespace
+
+FoundCopy awaitTurn(const std::string& path, bool followLinks, Waiting& waiting, ErrorSlot& error) {
+    Patience patience(path, waiting);
+    for (;;) {
+        FileDescriptor file;
+        int errorNumber = 0;
+        switch (lookAt(path, followLinks, file, errorNumber)) {
+            case Look::absent:
+                return {.state = State::absent, .file = {}};
+            case Look::left:
+                return {.state = State::left, .file = std::move(file)};
+            case Look::unknown:
+                platform::failFile(error, path, "claimed", errorNumber);
+                return {.state = State::unknown, .file = {}};
+            case Look::busy:
+            case Look::changed:
+                break;
+        }
+        // Not claimed during the pause, in which another job may look at it.
+        file = FileDescriptor();
+        if (!patience.pause()) {
+            return {.state = State::cancelled, .file = {}};
+        }
+    }
+}
+
+}  // namespace vornic

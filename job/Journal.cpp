@@ -1,0 +1,291 @@
+#include "job/Journal.h"
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <ctime>
+#include <set>
+#include <sstream>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/AtomicFile.h"
+#include "platform/Directories.h"
+#include "platform/FileDescriptor.h"
+#include "platform/FileSystem.h"
+#include "platform/OwnFolder.h"
+#include "platform/PathText.h"
+#include "platform/RandomBytes.h"
+
+namespace vornic {
+namespace {
+
+/// The lock for writing; the numbers of entries are larger.
+constexpr std::uint64_t kWriter = 0;
+constexpr std::chrono::seconds kWriterLimit{10};
+constexpr std::chrono::milliseconds kNoWaiting{0};
+
+bool fail(ErrorSlot& error, const std::string& path, const char* verb, int errorNumber) {
+    error = posixError("The journal " + path + " cannot be " + verb, errorNumber);
+    return false;
+}
+
+std::int64_t now() {
+    return static_cast<std::int64_t>(std::time(nullptr));
+}
+
+std::uint64_t newId() {
+    std::uint64_t id = 0;
+    while (id <= kWriter) {
+        std::array<unsigned char, sizeof id> bytes{};
+        platform::fillWithRandomBytes(bytes.data(), bytes.size());
+        std::memcpy(&id, bytes.data(), sizeof id);
+        id >>= 2U;  // fits the range of a lock
+    }
+    return id;
+}
+
+/// A last line that a crash has torn must not swallow the one that is written now.
+bool endsInTheMiddleOfALine(int file) {
+    struct stat status {};
+    char last = '\n';
+    return fstat(file, &status) == 0 && status.st_size > 0 &&
+           pread(file, &last, 1, status.st_size - 1) == 1 && last != '\n';
+}
+
+/// How far the journal has been read with nothing left to settle.
+struct Settled {
+    std::uint64_t inode = 0;
+    std::size_t offset = 0;
+    std::size_t entries = 0;
+    /// Of the first entry.
+    std::int64_t oldest = 0;
+};
+
+/// A text that was cut off while it was written counts for nothing.
+Settled readSettled(const std::string& path) {
+    ErrorSlot ignored;
+    const std::string text = platform::readFile(path, ignored).value_or("");
+    Settled settled;
+    std::istringstream fields(text);
+    fields >> settled.inode >> settled.offset >> settled.entries >> settled.oldest;
+    return fields && text.ends_with('\n') ? settled : Settled();
+}
+
+/// In place: it can be made again, and a temporary file could be left by a program that is killed.
+void writeSettled(const std::string& path, const Settled& settled) {
+    const std::string text = std::to_string(settled.inode) + " " + std::to_string(settled.offset) +
+                             " " + std::to_string(settled.entries) + " " +
+                             std::to_string(settled.oldest) + "\n";
+    const platform::FileDescriptor file(
+        ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
+    if (file) {
+        static_cast<void>(platform::writeAll(file.get(), text.data(), text.size()));
+    }
+}
+
+}  // namespace
+
+std::optional<Journal> Journal::ofUser() {
+    const std::vector<std::string> library = platform::searchPathForDirectories(
+        platform::SearchPathDirectory::library, platform::SearchPathDomain::user);
+    return library.empty() ? std::nullopt
+                           : std::optional<Journal>(
+                                 platform::joinPath(library.front(), "Journal/Vornic.journal"));
+}
+
+std::string Journal::lockPath() const {
+    return platform::joinPath(platform::parentFolder(path_),
+                              "." + platform::lastComponent(path_) + ".lock");
+}
+
+std::string Journal::settledPath() const {
+    return path_ + ".settled";
+}
+
+std::optional<Journal::Run> Journal::begin(JournalEntry entry, ErrorSlot& error) const {
+    const std::string folder = platform::parentFolder(path_);
+    if (!platform::isDirectory(folder) && !platform::createPrivateFolder(folder, error) &&
+        !platform::isDirectory(folder)) {
+        return std::nullopt;
+    }
+    entry.id = newId();
+    entry.date = now();
+    entry.state = JournalEntry::State::begun;
+    std::optional<platform::ByteLock> lock =
+        platform::ByteLock::acquire(lockPath(), entry.id, kNoWaiting, error);
+    if (!lock || !append(beginLine(entry), error)) {
+        return std::nullopt;
+    }
+    error.reset();
+    return Run(std::move(entry), std::move(*lock));
+}
+
+bool Journal::finish(Run run, const std::string& original, ErrorSlot& error) const {
+    run.entry_.state = JournalEntry::State::done;
+    run.entry_.original = original;
+    return end(std::move(run), error);
+}
+
+bool Journal::takeBack(Run run, ErrorSlot& error) const {
+    run.entry_.state = JournalEntry::State::takenBack;
+    return end(std::move(run), error);
+}
+
+bool Journal::end(Run run, ErrorSlot& error) const {
+    return append(endLine(run.entry_), error);
+}
+
+bool Journal::append(std::string_view line, ErrorSlot& error) const {
+    platform::FileDescriptor file;
+    bool isNew = false;
+    {
+        const auto writer = platform::ByteLock::acquire(lockPath(), kWriter, kWriterLimit, error);
+        if (!writer) {
+            return false;
+        }
+        isNew = !platform::nodeExists(path_);
+        file = platform::FileDescriptor(
+            ::open(path_.c_str(), O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+        if (!file) {
+            return fail(error, path_, "opened", errno);
+        }
+        const std::string whole =
+            (endsInTheMiddleOfALine(file.get()) ? "\n" : "") + std::string(line);
+        const int errorNumber = platform::writeAll(file.get(), whole.data(), whole.size());
+        if (errorNumber != 0) {
+            return fail(error, path_, "written", errorNumber);
+        }
+    }
+    int errorNumber = platform::synchronize(file.get());
+    if (errorNumber == 0 && isNew) {
+        errorNumber = platform::synchronizeFolder(platform::parentFolder(path_));
+    }
+    return errorNumber == 0 || fail(error, path_, "written", errorNumber);
+}
+
+bool Journal::isWithinLimits(const JournalEntry& entry) const {
+    return entry.date > now() - limits_.age;
+}
+
+std::optional<std::vector<JournalEntry>> Journal::entries(ErrorSlot& error) const {
+    if (!platform::nodeExists(path_)) {
+        return std::vector<JournalEntry>();
+    }
+    const std::optional<std::string> text = platform::readFile(path_, error);
+    if (!text) {
+        return std::nullopt;
+    }
+    std::vector<JournalEntry> entries = parseJournal(*text).entries;
+    std::erase_if(entries, [this](const JournalEntry& entry) { return !isWithinLimits(entry); });
+    if (entries.size() > limits_.entries) {
+        entries.erase(entries.begin(),
+                      entries.end() - static_cast<std::ptrdiff_t>(limits_.entries));
+    }
+    return entries;
+}
+
+std::vector<Journal::Run> Journal::takeInterrupted() const {
+    struct stat status {};
+    if (stat(path_.c_str(), &status) != 0) {
+        return {};
+    }
+    Settled settled = readSettled(settledPath());
+    const auto size = static_cast<std::size_t>(status.st_size);
+    if (settled.inode != status.st_ino || settled.offset > size) {
+        settled = {.inode = status.st_ino};
+    }
+    std::optional<JournalContents> contents;
+    if (settled.offset < size) {
+        contents = read(settled.offset);
+    }
+    if (!contents) {
+        return {};
+    }
+    std::vector<Run> runs = takeOver(*contents);
+    if (!runs.empty()) {
+        dropEnded(runs, settled.offset);
+    }
+    if (settled.oldest == 0 && !contents->entries.empty()) {
+        settled.oldest = contents->entries.front().date;
+    }
+    // An entry that is counted twice, since one before it was still open, only makes the next trim
+    // come sooner.
+    settled.entries += contents->entries.size();
+    settled.offset += contents->settled;
+    if (settled.entries > limits_.entries ||
+        (settled.oldest != 0 && settled.oldest < now() - limits_.age)) {
+        trim();
+    } else {
+        writeSettled(settledPath(), settled);
+    }
+    return runs;
+}
+
+std::optional<JournalContents> Journal::read(std::size_t offset) const {
+    ErrorSlot ignored;
+    const std::optional<std::string> text = platform::readFile(path_, ignored);
+    return text && text->size() >= offset
+               ? std::optional(parseJournal(std::string_view(*text).substr(offset)))
+               : std::nullopt;
+}
+
+std::vector<Journal::Run> Journal::takeOver(const JournalContents& contents) const {
+    std::vector<Run> runs;
+    for (const JournalEntry& entry : contents.entries) {
+        ErrorSlot held;
+        std::optional<platform::ByteLock> lock;
+        if (entry.state == JournalEntry::State::begun) {
+            lock = platform::ByteLock::acquire(lockPath(), entry.id, kNoWaiting, held);
+        }
+        if (lock) {
+            runs.push_back(Run(entry, std::move(*lock)));
+        }
+    }
+    return runs;
+}
+
+// Between the reading and the lock another program may have ended the change and let go.
+void Journal::dropEnded(std::vector<Run>& runs, std::size_t offset) const {
+    const std::optional<JournalContents> contents = read(offset);
+    std::set<std::uint64_t> open;
+    for (const JournalEntry& entry : contents ? contents->entries : std::vector<JournalEntry>()) {
+        if (entry.state == JournalEntry::State::begun) {
+            open.insert(entry.id);
+        }
+    }
+    std::vector<Run> left;
+    for (Run& run : runs) {
+        if (open.contains(run.entry().id)) {
+            left.push_back(std::move(run));
+        }
+    }
+    runs.swap(left);
+}
+
+void Journal::trim() const {
+    // Fewer than may be kept, so that not every start has to do it.
+    constexpr std::size_t kTenths = 9;
+    ErrorSlot error;
+    const auto writer = platform::ByteLock::acquire(lockPath(), kWriter, kWriterLimit, error);
+    const std::optional<JournalContents> contents = writer ? read(0) : std::nullopt;
+    if (!contents) {
+        return;
+    }
+    const std::size_t most = limits_.entries / 10 * kTenths;
+    const std::size_t count = contents->entries.size();
+    std::string text;
+    for (std::size_t index = 0; index < count; ++index) {
+        const JournalEntry& entry = contents->entries[index];
+        const bool isOpen = entry.state == JournalEntry::State::begun;
+        if (isOpen || (isWithinLimits(entry) && count - index <= most)) {
+            text += beginLine(entry) + (isOpen ? "" : endLine(entry));
+        }
+    }
+    platform::writeFileAtomically(path_, text, platform::Durability::synced, error);
+}
+
+}  // namespace vornic

@@ -1,0 +1,88 @@
+#ifndef VORNIC_JOB_JOURNAL_H
+#define VORNIC_JOB_JOURNAL_H
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "job/JournalEntry.h"
+#include "job/JournalText.h"
+#include "platform/ByteLock.h"
+#include "platform/Error.h"
+
+namespace vornic {
+
+/// What was changed in its place, and where the old files are: a text file of the user's alone that
+/// only grows, but for entries older than 90 days and all but the newest 100,000, which are taken
+/// out now and then. Several programs write it at once. Any thread; an object may be used by
+/// several.
+class Journal {
+  public:
+    /// A change that has been announced. While it lives nobody takes it for interrupted.
+    class Run {
+      public:
+        [[nodiscard]] const JournalEntry& entry() const { return entry_; }
+
+      private:
+        friend class Journal;
+        Run(JournalEntry entry, platform::ByteLock lock)
+            : entry_(std::move(entry)), lock_(std::move(lock)) {}
+
+        JournalEntry entry_;
+        platform::ByteLock lock_;
+    };
+
+    /// How many entries are kept, for how many seconds.
+    struct Limits {
+        std::size_t entries = 100'000;
+        std::int64_t age = std::int64_t{90} * 24 * 60 * 60;
+    };
+
+    /// The journal of the user: "Journal/Vornic.journal" in the Library folder.
+    /// @return nothing without a home folder.
+    [[nodiscard]] static std::optional<Journal> ofUser();
+    explicit Journal(std::string path) : path_(std::move(path)) {}
+    Journal(std::string path, const Limits& limits) : path_(std::move(path)), limits_(limits) {}
+
+    [[nodiscard]] const std::string& path() const { return path_; }
+
+    /// Announces a change; it is on the disk when this returns. Number, date and state are set
+    /// here.
+    /// @return nothing, with the slot filled, when it could not be written.
+    [[nodiscard]] std::optional<Run> begin(JournalEntry entry, ErrorSlot& error) const;
+    /// The change was made; that is on the disk when this returns.
+    /// @param original where the old file lies in the Trash
+    bool finish(Run run, const std::string& original, ErrorSlot& error) const;
+    /// The change was not made, or has been taken back.
+    bool takeBack(Run run, ErrorSlot& error) const;
+
+    /// All entries within the limits, oldest first.
+    /// @return nothing, with the slot filled, when the file is there and cannot be read.
+    [[nodiscard]] std::optional<std::vector<JournalEntry>> entries(ErrorSlot& error) const;
+
+    /// Takes over the changes that no living program will end: whoever gets them ends them. Costs
+    /// next to nothing when nothing was written since the last call. Keeps the limits.
+    [[nodiscard]] std::vector<Run> takeInterrupted() const;
+
+  private:
+    [[nodiscard]] std::string lockPath() const;
+    [[nodiscard]] std::string settledPath() const;
+    bool append(std::string_view line, ErrorSlot& error) const;
+    bool end(Run run, ErrorSlot& error) const;
+    [[nodiscard]] std::optional<JournalContents> read(std::size_t offset) const;
+    [[nodiscard]] std::vector<Run> takeOver(const JournalContents& contents) const;
+    void dropEnded(std::vector<Run>& runs, std::size_t offset) const;
+    void trim() const;
+    [[nodiscard]] bool isWithinLimits(const JournalEntry& entry) const;
+
+    std::string path_;
+    Limits limits_;
+};
+
+}  // namespace vornic
+
+#endif

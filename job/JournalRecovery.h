@@ -1,0 +1,37 @@
+#ifndef VORNIC_JOB_JOURNAL_RECOVERY_H
+#define VORNIC_JOB_JOURNAL_RECOVERY_H
+
+#include <string>
+#include <vector>
+
+#include "job/Journal.h"
+
+namespace vornic {
+
+/// What became of a change that a program had begun when it was killed or the power failed.
+struct RecoveredRun {
+    enum class End {
+        /// The file is what it was before the change.
+        takenBack,
+        /// The change is complete; the old file is in the Trash.
+        finished,
+        /// The new file has its place; the old one was found nowhere.
+        lost,
+    };
+    End end = End::takenBack;
+    /// The user's file.
+    std::string file;
+    /// Where the old file is in the Trash, when the change was finished.
+    std::string original;
+};
+
+/// Finishes each change that was interrupted between two of its moves, or takes it back, and writes
+/// that into the journal. No file is replaced and none removed. Costs next to nothing when there is
+/// none. One thread; several programs may do it at once.
+/// @param trash the user's Trash ("~/.Trash")
+[[nodiscard]] std::vector<RecoveredRun> recoverInterrupted(const Journal& journal,
+                                                           const std::string& trash);
+
+}  // namespace vornic
+
+#endif

@@ -1,0 +1,107 @@
+#ifndef VORNIC_JOB_UNDO_H
+#define VORNIC_JOB_UNDO_H
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "job/ChangeHistory.h"
+#include "job/Journal.h"
+#include "platform/Error.h"
+#include "platform/HeldPath.h"
+#include "platform/Trash.h"
+
+namespace vornic {
+
+/// How one undo ended.
+struct UndoResult {
+    enum class End {
+        /// The original has its place again and the result is in the Trash.
+        undone,
+        /// The journal knows no change of this file that could be taken back.
+        nothingToUndo,
+        /// The original is no longer in the Trash. Nothing was touched.
+        emptied,
+        /// The file is not what the change had left, and nobody has agreed to taking that back.
+        /// Nothing was touched.
+        changed,
+        /// Something failed, which the slot tells. Each file is where it was.
+        failed,
+    };
+    End end = End::failed;
+    /// The user's file.
+    std::string file = {};
+    /// Where the result lies in the Trash now; empty when there was none.
+    std::string result = {};
+    /// Whether the file that went to the Trash was not what the change had left.
+    bool hadChanged = false;
+    ErrorSlot error = {};
+};
+
+/// A change that can be taken back.
+struct UndoableChange {
+    JournalEntry entry;
+    /// Where the original is now; empty when it is in the Trash no more.
+    std::string original;
+};
+
+/// The moments of an undo at which somebody else may come between.
+enum class UndoStep {
+    /// Everything has been looked at, nothing moved yet.
+    looked,
+    /// The original has its place, the result that of the original.
+    exchanged,
+};
+
+/// Takes back what the journal tells of: the original comes out of the Trash and what stands in its
+/// place goes there, by an exchange of the two names where the volumes allow it, so that at no
+/// moment nothing stands at the path. Several changes of one file go back one by one, newest first;
+/// when all have gone back, the last undo is taken back itself. One thread.
+class Undo {
+  public:
+    /// Asked when a file is not what the change had left. @return true to go on all the same.
+    using Question = std::function<bool(const JournalEntry& entry)>;
+
+    /// @param journal what has been done, and where each undo is written down
+    /// @param trash the user's Trash ("~/.Trash")
+    /// @param program,version who does it, for the journal
+    Undo(const Journal& journal, std::string trash, std::string program, std::string version);
+
+    /// What can be undone, newest first: of each file the next change.
+    /// @return nothing, with the slot filled, when the journal cannot be read.
+    [[nodiscard]] std::optional<std::vector<UndoableChange>> changes(ErrorSlot& error);
+
+    /// Takes back the next change of a file. @param file absolute
+    [[nodiscard]] UndoResult undo(const std::string& file, const Question& goOn);
+    /// Takes back the newest change that has not been taken back yet, of whatever file.
+    [[nodiscard]] UndoResult undoNewest(const Question& goOn);
+
+    /// Called at each step. For tests, which come between.
+    void setObserver(std::function<void(UndoStep)> observer) { observer_ = std::move(observer); }
+
+  private:
+    struct Places;
+
+    [[nodiscard]] UndoResult undoEntry(const JournalEntry& entry, const Question& goOn);
+    [[nodiscard]] UndoResult bringBack(Places& places);
+    [[nodiscard]] bool exchange(Places& places, ErrorSlot& error);
+    [[nodiscard]] bool moveInSteps(Places& places, ErrorSlot& error);
+    [[nodiscard]] bool restore(Places& places, ErrorSlot& error);
+    void tell(UndoStep step) const;
+    bool openTrash(ErrorSlot& error);
+    bool readJournal(ErrorSlot& error);
+
+    const Journal& journal_;
+    std::string trashPath_;
+    std::string program_;
+    std::string version_;
+    std::optional<platform::Trash> trash_;
+    // The journal is read once; this object's own undos are added.
+    std::optional<ChangeHistory> history_;
+    std::function<void(UndoStep)> observer_;
+};
+
+}  // namespace vornic
+
+#endif

@@ -1,0 +1,335 @@
+#include "job/WorkingCopy.h"
+
+#include <cerrno>
+#include <utility>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "foundation/FormatString.h"
+#include "foundation/QMLog.h"
+#include "job/CopyTurn.h"
+#include "job/FileSwap.h"
+#include "job/MoveToTrash.h"
+#include "job/NamedSources.h"
+#include "platform/CarefulRemoval.h"
+#include "platform/Failure.h"
+#include "platform/FileClaim.h"
+#include "platform/FileMetadata.h"
+#include "platform/FileSystem.h"
+#include "platform/FileTransfer.h"
+#include "platform/FreeMemory.h"
+#include "platform/PathText.h"
+#include "platform/Rename.h"
+
+namespace vornic {
+
+using platform::failFile;
+using platform::FileDescriptor;
+
+namespace {
+
+constexpr int kMostTries = 100;
+
+// Removes a file under a name that no other program knows, unless it is given another one.
+class Discarded {
+  public:
+    explicit Discarded(const SavedCopy& copy) : copy_(copy) {}
+    ~Discarded() {
+        // Under its name another program's file may stand, which was moved there.
+        if (!copy_.path.empty() && copy_.file && copy_.isAt(copy_.path)) {
+            static_cast<void>(unlink(copy_.path.c_str()) == 0);
+        }
+    }
+    Discarded(const Discarded&) = delete;
+    Discarded& operator=(const Discarded&) = delete;
+
+  private:
+    const SavedCopy& copy_;
+};
+
+}  // namespace
+
+WorkingCopy::WorkingCopy(std::string source, std::string path, Waiting& waiting)
+    : source_(std::move(source)), path_(std::move(path)), waiting_(waiting) {}
+
+bool WorkingCopy::sourceExists() const {
+    return platform::fileExists(source_);
+}
+
+bool WorkingCopy::settleLeft() {
+    const std::string aside = FileSwap::asidePath(source_);
+    ErrorSlot error;
+    const FoundCopy found = awaitTurn(aside, true, waiting_, error);
+    if (found.state != FoundCopy::State::left) {
+        return found.state != FoundCopy::State::cancelled;
+    }
+    const int errorNumber = platform::renameWithoutReplacing(aside, source_);
+    if (errorNumber == 0) {
+        notes_.push_back(formatString(
+            "An earlier repair of the file %@ was interrupted. The file was brought back.",
+            source_));
+        return true;
+    }
+    const std::optional<std::string> placed =
+        errorNumber == EEXIST ? moveToTrash(aside, platform::lastComponent(source_), error)
+                              : std::nullopt;
+    notes_.push_back(
+        placed ? formatString("An earlier repair of the file %@ was interrupted. What it left "
+                              "aside was moved to the Trash: %@",
+                              source_, *placed)
+               : formatString("An earlier repair of the file %@ was interrupted. What it left "
+                              "aside is %@.",
+                              source_, aside));
+    return true;
+}
+
+WorkingCopy::Clearing WorkingCopy::clearPath(ErrorSlot& error) {
+    const FoundCopy found = awaitTurn(path_, false, waiting_, error);
+    switch (found.state) {
+        case FoundCopy::State::absent:
+            return settleLeft() ? Clearing::done : Clearing::cancelled;
+        case FoundCopy::State::cancelled:
+            return Clearing::cancelled;
+        case FoundCopy::State::unknown:
+            return Clearing::noTurn;
+        case FoundCopy::State::left:
+            break;
+    }
+    if (NamedSource::isAt(path_)) {
+        platform::failFileBecause(error, path_, "moved to the Trash", EBUSY,
+                                  "it is open itself, or named as a file to be repaired");
+        return Clearing::refused;
+    }
+    return recycleLeft(path_, platform::lastComponent(path_), error) ? Clearing::done
+                                                                     : Clearing::failed;
+}
+
+bool WorkingCopy::recycleLeft(const std::string& at, const std::string& name, ErrorSlot& error) {
+    std::optional<std::string> placed = moveToTrash(at, name, error);
+    if (placed) {
+        QMLog::appendLog("The file %@ was moved to the Trash: %@", path_, *placed);
+        recycled_.push_back(std::move(*placed));
+        return true;
+    }
+    return false;
+}
+
+WorkingCopy::Clearing WorkingCopy::create(ErrorSlot& error) {
+    for (int attempt = 0; attempt < kMostTries; ++attempt) {
+        opened_ = SourceFile::open(source_, error);
+        if (!opened_ || isTooLarge(error)) {
+            return Clearing::failed;
+        }
+        SavedCopy made;
+        if (!makeTemporary(made, error)) {
+            return Clearing::failed;
+        }
+        const Discarded discarded(made);
+        const int errorNumber = platform::renameWithoutReplacing(made.path, path_);
+        if (errorNumber == 0) {
+            own_.path = path_;
+            std::swap(own_.file, made.file);
+            own_.version = made.version;
+            isSaved_ = false;
+            if (fill(own_, error)) {
+                return Clearing::done;
+            }
+            ErrorSlot ignored;
+            remove(ignored);
+            return Clearing::failed;
+        }
+        if (errorNumber != EEXIST) {
+            failFile(error, path_, "made", errorNumber);
+            return Clearing::failed;
+        }
+        // Another run was faster, or another program.
+        if (const Clearing clearing = clearPath(error); clearing != Clearing::done) {
+            return clearing;
+        }
+    }
+    failFile(error, path_, "made", EEXIST);
+    return Clearing::failed;
+}
+
+bool WorkingCopy::isTooLarge(ErrorSlot& error) const {
+    const std::optional<std::uint64_t> free = platform::freeMemory();
+    if (!free || opened_->version.size <= *free) {
+        return false;
+    }
+    platform::failFileBecause(error, source_, "copied", EFBIG, "it is larger than the free memory");
+    return true;
+}
+
+bool WorkingCopy::makeTemporary(SavedCopy& copy, ErrorSlot& error) const {
+    const std::string folder = platform::parentFolder(path_);
+    const std::string name = platform::lastComponent(path_);
+    int errorNumber = EEXIST;
+    for (int attempt = 0; attempt < kMostTries && errorNumber == EEXIST; ++attempt) {
+        copy.path = platform::joinPath(folder, platform::temporaryName(name));
+        copy.file = FileDescriptor(
+            ::open(copy.path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
+        errorNumber = copy.file ? 0 : errno;
+    }
+    if (!copy.file) {
+        return failFile(error, path_, "made", errorNumber);
+    }
+    copy.version.identity = platform::identityOf(copy.file.get());
+    const platform::Claim claim = platform::claimFile(copy.file.get(), errorNumber);
+    if (claim == platform::Claim::held || claim == platform::Claim::unavailable) {
+        return true;
+    }
+    static_cast<void>(unlink(copy.path.c_str()) == 0);
+    return failFile(error, path_, "claimed",
+                    claim == platform::Claim::busy ? EWOULDBLOCK : errorNumber);
+}
+
+bool WorkingCopy::fill(const SavedCopy& copy, ErrorSlot& error) const {
+    struct stat status {};
+    const int from = opened_->file.get();
+    int errorNumber = fstat(from, &status) == 0 ? 0 : errno;
+    if (errorNumber == 0) {
+        errorNumber = platform::copyContents(from, copy.file.get());
+    }
+    if (errorNumber != 0) {
+        return failFile(error, source_, "copied to " + path_, errorNumber);
+    }
+    // What is missing here is looked for again when the copy is saved.
+    static_cast<void>(platform::copyMetadata(from, status, copy.file.get()));
+    static_cast<void>(platform::copyTimes(status, copy.file.get()));
+    return true;
+}
+
+std::optional<std::string> WorkingCopy::read(ErrorSlot& error) {
+    std::string bytes;
+    int errorNumber = platform::readContents(own_.file.get(), bytes);
+    if (errorNumber != 0) {
+        errorNumber = platform::readContents(own_.file.get(), bytes);
+    }
+    if (errorNumber != 0) {
+        failFile(error, path_, "read", errorNumber);
+        return std::nullopt;
+    }
+    if (opened_ && !isSaved_) {
+        opened_->digest = platform::ContentDigest::of(bytes);
+    }
+    return bytes;
+}
+
+void WorkingCopy::save(const Writer& writer, ErrorSlot& error) {
+    // The caller's may still hold an earlier step's error.
+    ErrorSlot ownError;
+    SavedCopy made;
+    const Discarded discarded(made);
+    if (!makeTemporary(made, ownError) || !write(made, writer, ownError) ||
+        !place(made, ownError)) {
+        error = std::move(ownError);
+        return;
+    }
+    own_.path = path_;
+    own_.version = made.version;
+    own_.digest = made.digest;
+    std::swap(own_.file, made.file);
+    isSaved_ = true;
+}
+
+bool WorkingCopy::write(SavedCopy& copy, const Writer& writer, ErrorSlot& error) {
+    platform::ContentDigest digest;
+    int errorNumber = 0;
+    const bool isWhole = writer([&](std::string_view piece) {
+        digest.update(piece);
+        errorNumber = platform::writeAll(copy.file.get(), piece.data(), piece.size());
+        return errorNumber == 0;
+    });
+    struct stat status {};
+    if (errorNumber == 0 && fstat(opened_->file.get(), &status) != 0) {
+        errorNumber = errno;
+    }
+    if (!isWhole || errorNumber != 0) {
+        return failFile(error, path_, "written", errorNumber != 0 ? errorNumber : ECANCELED);
+    }
+    lostMetadata_ = platform::copyMetadata(opened_->file.get(), status, copy.file.get());
+    copy.digest = digest.value();
+    if (const auto version = platform::versionOf(copy.file.get(), errorNumber)) {
+        copy.version = *version;
+        return true;
+    }
+    return failFile(error, path_, "written", errorNumber);
+}
+
+bool WorkingCopy::place(const SavedCopy& copy, ErrorSlot& error) {
+    int errorNumber = EEXIST;
+    for (int attempt = 0; attempt < kMostTries && errorNumber == EEXIST; ++attempt) {
+        errorNumber = takeName(copy, error);
+        if (error) {
+            return false;
+        }
+    }
+    return errorNumber == 0 || failFile(error, path_, "written", errorNumber);
+}
+
+// Gives a new file the name of the copy. @return 0, or the errno value; EEXIST when it is to be
+// tried again. The slot is filled when what another program has put there cannot be moved away.
+int WorkingCopy::takeName(const SavedCopy& copy, ErrorSlot& error) {
+    int errorNumber = 0;
+    switch (platform::exchangeNames(copy.path, path_, errorNumber)) {
+        case platform::Exchange::done:
+            break;
+        case platform::Exchange::failed:
+            return errorNumber == ENOENT ? platform::renameWithoutReplacing(copy.path, path_)
+                                         : errorNumber;
+        case platform::Exchange::unavailable: {
+            const platform::Removal removal =
+                platform::removeWhileIs(path_, own_.version.identity, errorNumber);
+            if (removal == platform::Removal::failed && errorNumber != ENOENT) {
+                return errorNumber;
+            }
+            if (removal == platform::Removal::another &&
+                !recycleLeft(path_, platform::lastComponent(path_), error)) {
+                return EBUSY;
+            }
+            return platform::renameWithoutReplacing(copy.path, path_);
+        }
+    }
+    if (own_.isAt(copy.path)) {
+        if (unlink(copy.path.c_str()) == 0) {
+            return 0;
+        }
+        const int unlinkError = errno;
+        static_cast<void>(platform::exchangeNames(copy.path, path_, errorNumber));
+        return unlinkError;
+    }
+    if (recycleLeft(copy.path, platform::lastComponent(path_), error)) {
+        return 0;
+    }
+    static_cast<void>(platform::exchangeNames(copy.path, path_, errorNumber));
+    return EBUSY;
+}
+
+void WorkingCopy::remove(ErrorSlot& error) {
+    int errorNumber = 0;
+    switch (platform::removeWhileIs(path_, own_.version.identity, errorNumber)) {
+        case platform::Removal::removed:
+            break;
+        case platform::Removal::another:
+            QMLog::appendLog(
+                "The temporary file %@ was replaced by another program and left there.", path_);
+            break;
+        case platform::Removal::failed:
+            failFile(error, path_, "removed", errorNumber);
+            break;
+    }
+}
+
+SwapResult WorkingCopy::swap(SwapObserver& observer) {
+    if (!isSaved_ || !opened_) {
+        return {.end = SwapEnd::unsaved, .original = source_, .repaired = "", .error = {}};
+    }
+    return FileSwap(*opened_, own_, observer).run();
+}
+
+std::vector<std::string> WorkingCopy::takeNotes() {
+    return std::exchange(notes_, {});
+}
+
+}  // namespace vornic

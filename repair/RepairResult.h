@@ -1,0 +1,47 @@
+#ifndef VORNIC_REPAIR_REPAIR_RESULT_H
+#define VORNIC_REPAIR_REPAIR_RESULT_H
+
+#include <string>
+
+#include "job/SwapResult.h"
+
+namespace vornic {
+
+/// How a run ended.
+enum class RepairOutcome {
+    /// Nothing was wrong; the user's file is as it was.
+    sound,
+    /// The user's file is in the Trash and the repaired one has its path.
+    repairedAndSwapped,
+    /// The file counts as repaired, but nothing took its place; `RepairResult` says why, and where
+    /// the files are.
+    repairedNotSwapped,
+    /// Something could not be mended; the user's file is as it was.
+    unable,
+    /// The user or a signal cancelled; the user's file is as it was.
+    cancelled,
+    /// The run ended, by an exception perhaps, before it could judge the file; the user's file is
+    /// as it was.
+    stopped,
+};
+
+/// How a run ended, and where that has left the files.
+struct RepairResult {
+    RepairOutcome outcome = RepairOutcome::stopped;
+    /// Of a repaired file: how the swap ended, and where the files are. Else it says nothing.
+    SwapResult swap;
+    /// Where a file that stood at the working copy's path before the run lies in the Trash; empty
+    /// when there was none.
+    std::string oldCopy;
+
+    /// Whether the journal knows of the swap, so that it can be undone.
+    bool isUndoable = false;
+
+    friend bool operator==(const RepairResult& result, RepairOutcome outcome) {
+        return result.outcome == outcome;
+    }
+};
+
+}  // namespace vornic
+
+#endif
