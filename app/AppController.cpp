@@ -2,11 +2,14 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
 
+#include "foundation/FormatString.h"
+#include "foundation/LogGenerations.h"
 #include "foundation/PreferenceValues.h"
 #include "foundation/QMAuthorization.h"
 #include "foundation/QMLocalPaths.h"
@@ -59,22 +62,35 @@ std::string applicationShortName() {
     return platform::Bundle::mainBundle().infoString("QMShortName").value_or("brindle_tools");
 }
 
-void logUnopened(const std::string& what, const ErrorSlot& error) {
-    QMLog::appendLog("Unable to open %@. %@", what,
-                     error ? error->localizedDescription() : std::string());
+void tellUnopened(const std::string& what, const ErrorSlot& error) {
+    const std::string reason = error ? error->localizedDescription() : std::string();
+    QMLog::appendLog("Unable to open %@. %@", what, reason);
+    QMAlert::alertSheetWithMessageText(formatString("%@ could not be opened.", what), reason,
+                                       nullptr);
+}
+
+/// Tells that a log is there and nothing shows it; that there is none has been told already.
+void tellUnopenedLog(std::string_view name) {
+    const QMLocalPaths::Path folder = logFolder(true);
+    if (folder && platform::fileExists(
+                      appendingPathComponent(*folder, formatString(name, kApplicationName)))) {
+        QMAlert::alertSheetWithMessageText(
+            "The log could not be opened.",
+            "The program xdg-open is needed, and one that shows text files.", nullptr);
+    }
 }
 
 void openPage(const std::string& address) {
     ErrorSlot error;
     if (!platform::WorkspaceOpener::shared()->openURL(address, error)) {
-        logUnopened(address, error);
+        tellUnopened(address, error);
     }
 }
 
 void openFileWithItsApplication(const std::string& path) {
     ErrorSlot error;
     if (!platform::WorkspaceOpener::shared()->openFile(path, error)) {
-        logUnopened(path, error);
+        tellUnopened(path, error);
     }
 }
 
@@ -111,6 +127,9 @@ void AppController::awakeFromNib() {
         prefsAdminPass_->setState(true);
     }
     if (!authorize()) {
+        QMLog::appendLog(
+            "The application ends: it is locked and no administrator has authorized "
+            "its start.");
         isTerminating_ = true;
         host_.terminate();
     }
@@ -123,10 +142,24 @@ bool AppController::authorize() {
     }
     isAuthorizing_ = true;
     const auto isGiven = std::make_shared<std::atomic<bool>>(false);
-    platform::performWhileDispatching(
+    const bool isAnswered = platform::performWhileDispatching(
         [isGiven] { *isGiven = QMAuthorization::sharedController().authStart(); });
     isAuthorizing_ = false;
-    return *isGiven;
+    return isAnswered && *isGiven;
+}
+
+// Whether the lock is wanted even where it would keep everybody out.
+bool AppController::keepsLock() {
+    if (QMAuthorization::sharedController().canAskForRights()) {
+        return true;
+    }
+    constexpr std::int64_t kKeep = 1;
+    return QMAlert::alertSheetWithMessageText(
+               "Nobody will be able to start the application.", "Keep", "Undo", std::nullopt,
+               "An administrator password is to be asked for at the start, but nothing on this "
+               "machine can ask for one: the programs pkexec and vornic-auth-helper and the "
+               "authorization service (polkit) are needed.",
+               nullptr, true) == kKeep;
 }
 
 bool AppController::applicationShouldOpenUntitledFile() {
@@ -154,6 +187,7 @@ bool AppController::applicationOpenFile(const std::string& path) {
 }
 
 void AppController::applicationWillTerminate() {
+    isTerminating_ = true;
     QMBugReporter::stopBugReporter();
 }
 
@@ -188,6 +222,10 @@ void AppController::prefsToggleAdminPass(CheckBoxItem& sender) {
     }
     if (!*isOn && !authorize()) {
         sender.setState(true);
+        return;
+    }
+    if (*isOn && !keepsLock()) {
+        sender.setState(false);
         return;
     }
     // What it is now: the user may have changed it again while being asked.
@@ -236,15 +274,23 @@ void AppController::showAboutDialog() {
 }
 
 void AppController::viewLog() {
-    QMTroubleshootingUtils::viewLogForApp(kApplicationName);
+    if (!QMTroubleshootingUtils::viewLogForApp(kApplicationName)) {
+        tellUnopenedLog("%@.1.log");
+    }
 }
 
 void AppController::viewTaskLog() {
-    QMTroubleshootingUtils::viewTaskLogForApp(kApplicationName);
+    if (!QMTroubleshootingUtils::viewTaskLogForApp(kApplicationName)) {
+        tellUnopenedLog("%@.1.task.log");
+    }
 }
 
 void AppController::gatherLogs() {
+    if (std::exchange(isGathering_, true)) {
+        return;
+    }
     QMTroubleshootingUtils::gatherLogsForAppWithName(kApplicationName);
+    isGathering_ = false;
 }
 
 }  // namespace vornic

@@ -45,8 +45,9 @@ class AppController : public std::enable_shared_from_this<AppController> {
     void setPrefsAdminPass(std::shared_ptr<CheckBoxItem> item);
     /// Called once for each interface that names the controller. The first call, the main
     /// interface's, checks the administrator lock: with the lock on the check box is switched on
-    /// and an administrator must authorize, else the application is terminated. Later calls only
-    /// count. While the administrator is asked the main thread dispatches its events.
+    /// and an administrator must authorize, else it is logged and the application is terminated.
+    /// Later calls only count. While the administrator is asked the main thread dispatches its
+    /// events.
     void awakeFromNib();
     /// Calls `performStartupAction`. @return false: no empty document is ever made.
     bool applicationShouldOpenUntitledFile();
@@ -71,11 +72,14 @@ class AppController : public std::enable_shared_from_this<AppController> {
     [[nodiscard]] bool validateUserInterfaceItem(std::string_view action) const;
     /// The action of the check box, whose state has already changed: stores it. Turning the lock
     /// off needs an administrator's authorization; without it the box is set back on and nothing is
-    /// stored. Does nothing for a sender that has no state. While the administrator is asked the
-    /// main thread dispatches its events; turning the lock off once more meanwhile is refused.
+    /// stored. Turning it on asks for no authorization; where nothing could ever ask for one, the
+    /// user is warned and may undo it. Does nothing for a sender that has no state. While the
+    /// administrator is asked the main thread dispatches its events; turning the lock off once more
+    /// meanwhile is refused.
     void prefsToggleAdminPass(CheckBoxItem& sender);
 
-    // The Help menu. Web pages are opened in the browser.
+    // The Help menu. Web pages are opened in the browser. What cannot be opened is logged and told
+    // by an alert.
 
     /// Opens the user manual with its default application; does nothing when it is not installed.
     void helpUserManual();
@@ -90,6 +94,7 @@ class AppController : public std::enable_shared_from_this<AppController> {
 
     void viewLog();
     void viewTaskLog();
+    /// The main thread dispatches its events meanwhile; once more meanwhile does nothing.
     void gatherLogs();
 
     [[nodiscard]] bool hasGUI() const { return hasGUI_; }
@@ -97,17 +102,20 @@ class AppController : public std::enable_shared_from_this<AppController> {
     [[nodiscard]] const std::shared_ptr<CheckBoxItem>& prefsAdminPass() const {
         return prefsAdminPass_;
     }
-    /// True once the launch was refused and the application told to terminate.
+    /// True once the launch was refused and the application told to terminate, and from
+    /// `applicationWillTerminate` on: nothing is opened any more.
     [[nodiscard]] bool isTerminating() const { return isTerminating_; }
 
   private:
     AppController(ApplicationHost& host, bool hasGUI) : host_(host), hasGUI_(hasGUI) {}
 
     bool authorize();
+    [[nodiscard]] static bool keepsLock();
 
     ApplicationHost& host_;
     bool hasGUI_;
     bool isAuthorizing_ = false;
+    bool isGathering_ = false;
     bool isTerminating_ = false;
     unsigned awakeCount_ = 0;
     std::shared_ptr<CheckBoxItem> prefsAdminPass_;

@@ -17,8 +17,7 @@ class ApplicationHost {
   public:
     virtual ~ApplicationHost() = default;
 
-    /// Whether a document's window or a panel of the application is up and takes the keys. A window
-    /// that only offers to open something does not count.
+    /// Whether a window or a panel of the application is up and takes the keys.
     [[nodiscard]] virtual bool hasKeyWindow() const = 0;
     /// Runs the open panel modally. @return the paths of the chosen files, in the panel's order;
     /// nothing unless the user confirmed.

@@ -2,18 +2,23 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <new>
 #include <string_view>
 #include <utility>
 
+#include <unistd.h>
+
 #include "app/StandardStreams.h"
 #include "foundation/FormatString.h"
 #include "foundation/QMLog.h"
+#include "foundation/TerminalText.h"
 #include "foundation/Text.h"
 #include "platform/Bundle.h"
 #include "platform/Console.h"
 #include "platform/FileSystem.h"
+#include "platform/ItemStatus.h"
 #include "platform/Termination.h"
 #include "repair/Document.h"
 #include "ui/CrashReports.h"
@@ -28,8 +33,12 @@ constexpr std::int64_t kOldestVersion = 1;
 constexpr std::int64_t kNewestVersion = 5;
 constexpr int kSignalStatus = 128;
 
+void say(std::string_view message) {
+    platform::consoleLog(textForStream(message, STDERR_FILENO));
+}
+
 int fail(std::string_view message) {
-    platform::consoleLog(message);
+    say(message);
     return 1;
 }
 
@@ -44,8 +53,7 @@ void convertFile(const std::string& path, std::int64_t version) {
     ErrorSlot error;
     std::unique_ptr<XMLDocument> xml = XMLDocument::load(path, XMLMode::tolerant, error);
     if (!xml) {
-        platform::consoleLog(
-            formatString("Unable to load XML file %@: %@", path, error->localizedDescription()));
+        say(formatString("Unable to load XML file %@: %@", path, error->localizedDescription()));
         return;
     }
     logMends(*xml, path);
@@ -59,15 +67,20 @@ void convertArgument(const std::string& argument, std::int64_t version) {
     if (!platform::fileExists(path)) {
         path = appendingPathComponent(platform::currentDirectory(), argument);
         if (!platform::fileExists(path)) {
-            platform::consoleLog(formatString("File %@ does not exist", path));
+            say(formatString("File %@ does not exist", path));
+            if (const ErrorSlot reason = platform::failedLook(argument)) {
+                say(reason->localizedDescription());
+            }
             return;
         }
     }
     try {
         convertFile(path, version);
     } catch (const std::bad_alloc&) {
-        platform::consoleLog(
-            formatString("Unable to load XML file %@: There is not enough memory.", path));
+        say(formatString("Unable to load XML file %@: There is not enough memory.", path));
+    } catch (const std::exception& exception) {
+        // The next file may be better.
+        say(formatString("Unable to convert XML file %@: %@", path, exception.what()));
     }
 }
 
@@ -94,6 +107,10 @@ int ConvertCommand::run(const std::vector<std::string>& arguments) {
         convertArgument(*file, version);
     }
     QMLog::finishWriting();
+    // The status is about syntax and version alone.
+    if (const ErrorSlot error = standardOutputError()) {
+        say(error->localizedDescription());
+    }
     return platform::interruption() == 0 ? 0 : kSignalStatus + platform::interruption();
 }
 

@@ -9,7 +9,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "app/StandardStreams.h"
 #include "foundation/FormatString.h"
+#include "foundation/TerminalText.h"
 #include "platform/CrashStack.h"
 
 namespace vornic {
@@ -28,7 +30,9 @@ bool isRegularFile(int fileDescriptor) {
 }  // namespace
 
 TerminalProgress::TerminalProgress(std::shared_ptr<const Document> document)
-    : document_(std::move(document)), stdoutIsFile_(isRegularFile(STDOUT_FILENO)) {
+    : document_(std::move(document)),
+      stdoutIsFile_(isRegularFile(STDOUT_FILENO)),
+      stdoutIsTerminal_(isatty(STDOUT_FILENO) != 0) {
     if (isatty(STDERR_FILENO) == 0) {
         return;
     }
@@ -55,11 +59,12 @@ TerminalProgress::~TerminalProgress() {
 void TerminalProgress::printLine(std::string_view line) {
     const std::lock_guard lock(mutex_);
     erase();
-    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stdout));
-    static_cast<void>(std::fputc('\n', stdout));
-    if (!stdoutIsFile_) {
-        static_cast<void>(std::fflush(stdout));
+    if (stdoutIsTerminal_) {
+        writeToStandardOutput(escapedForTerminal(line), false);
+    } else {
+        writeToStandardOutput(line, false);
     }
+    writeToStandardOutput("\n", !stdoutIsFile_);
 }
 
 std::string TerminalProgress::bar(std::int64_t value, std::int64_t maximum) {

@@ -23,7 +23,8 @@ class TerminalProgress {
     TerminalProgress(const TerminalProgress&) = delete;
     TerminalProgress& operator=(const TerminalProgress&) = delete;
 
-    /// Writes a line to standard output with no bar in its way. Any thread.
+    /// Writes a line to standard output with no bar in its way, and where that is a terminal with
+    /// control characters written out. Any thread.
     void printLine(std::string_view line);
 
     /// The bar for a value of a maximum (0: indeterminate), without the control characters that put
@@ -37,6 +38,7 @@ class TerminalProgress {
     std::shared_ptr<const Document> document_;
     // Whoever reads along (a terminal, a pipe) sees each line at once; a file is written in blocks.
     bool stdoutIsFile_;
+    bool stdoutIsTerminal_;
     std::mutex mutex_;
     std::condition_variable wake_;
     bool ending_ = false;

@@ -1,5 +1,6 @@
 #include <csignal>
 #include <cstdlib>
+#include <optional>
 
 #include <fcntl.h>
 #include <sys/prctl.h>
@@ -51,9 +52,15 @@ int serve() {
     if (!socket || !leaveStreamsBehind() || chdir("/") != 0) {
         return EXIT_FAILURE;
     }
+    // Whom the program belongs to is the system's word, not the program's.
+    const std::optional<unsigned> caller = vornic::platform::callerOf(socket.get());
+    if (!caller) {
+        return EXIT_FAILURE;
+    }
     return vornic::platform::serveAuthorizedTools(
         socket.get(), {.takingAway = vornic::isGuardedSystemPath,
-                       .replacing = vornic::platform::leadsToProtectedPath});
+                       .replacing = vornic::platform::leadsToProtectedPath,
+                       .folders = vornic::platform::standardFoldersOf(*caller)});
 }
 
 }  // namespace

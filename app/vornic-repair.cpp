@@ -1,8 +1,16 @@
+#include <cstdlib>
+#include <new>
 #include <string>
 #include <vector>
 
 #include "app/RepairCommand.h"
+#include "app/StandardStreams.h"
 
 int main(int argc, char** argv) {
-    return vornic::RepairCommand::run(std::vector<std::string>(argv, argv + argc));
+    try {
+        return vornic::RepairCommand::run(std::vector<std::string>(argv, argv + argc));
+    } catch (const std::bad_alloc&) {
+        vornic::complainOfMemory("vornic-repair");
+        return EXIT_FAILURE;
+    }
 }

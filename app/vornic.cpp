@@ -1,13 +1,21 @@
+#include <cstdlib>
+#include <new>
 #include <string>
 #include <vector>
 
 #include "app/ConvertCommand.h"
 #include "app/DesktopHandOff.h"
+#include "app/StandardStreams.h"
 
 int main(int argc, char** argv) {
-    const std::vector<std::string> arguments(argv, argv + argc);
-    if (!vornic::ConvertCommand::isWanted(arguments)) {
-        return vornic::runDesktopProgram(argv);
+    try {
+        const std::vector<std::string> arguments(argv, argv + argc);
+        if (!vornic::ConvertCommand::isWanted(arguments)) {
+            return vornic::runDesktopProgram(argv);
+        }
+        return vornic::ConvertCommand::run(arguments);
+    } catch (const std::bad_alloc&) {
+        vornic::complainOfMemory("vornic");
+        return EXIT_FAILURE;
     }
-    return vornic::ConvertCommand::run(arguments);
 }

@@ -5,6 +5,8 @@
 
 #include <gmock/gmock.h>
 
+#include "foundation/QMLocalPaths.h"
+#include "platform/FolderLock.h"
 #include "tests/app/ControllerTest.h"
 #include "tests/support/OwnMachineLibrary.h"
 #include "ui/QMSiteLinks.h"
@@ -78,14 +80,15 @@ TEST_F(AppControllerHelpTest, suggestsAFeatureUnderTheFamilysNameWithoutAShortNa
                 ElementsAre(page("/support/brindletools/featurerequest/?app=brindle_tools")));
 }
 
-TEST_F(AppControllerHelpTest, logsAPageThatCannotBeOpened) {
+TEST_F(AppControllerHelpTest, logsAndTellsOfAPageThatCannotBeOpened) {
     opener->answer = false;
     controller->helpQMHome();
     QMLog::finishWriting();
     EXPECT_THAT(test::readBytes(logs("Vornic.1.log")),
                 HasSubstr("Unable to open " + std::string(QMSiteLinks::kBaseAddress) +
                           ". Nothing can be opened.\n"));
-    EXPECT_THAT(alerts->shown, IsEmpty());
+    EXPECT_THAT(alerts->texts(), ElementsAre(std::string(QMSiteLinks::kBaseAddress) +
+                                             " could not be opened. | Nothing can be opened."));
 }
 
 // The about box
@@ -103,6 +106,26 @@ TEST_F(AppControllerHelpTest, viewsTheCurrentLog) {
     EXPECT_THAT(opener->opened, ElementsAre("file " + logs("Vornic.1.log")));
 }
 
+TEST_F(AppControllerHelpTest, viewsItsOwnLogWhereverAnotherProgramHasMovedIt) {
+    QMLog::finishWriting();
+    // Another program of the name starts its log.
+    std::filesystem::rename(logs("Vornic.1.log"), logs("Vornic.2.log"));
+    std::ofstream(logs("Vornic.1.log")) << "another program's\n";
+    controller->viewLog();
+    EXPECT_THAT(opener->opened, ElementsAre("file " + logs("Vornic.2.log")));
+}
+
+TEST_F(AppControllerHelpTest, tellsThatALogCannotBeOpened) {
+    QMLog::finishWriting();
+    opener->answer = false;
+    controller->viewLog();
+    controller->viewTaskLog();
+    EXPECT_THAT(alerts->texts(),
+                ElementsAre("The log could not be opened. | The program xdg-open is needed, and "
+                            "one that shows text files.",
+                            HasSubstr("No log found")));
+}
+
 TEST_F(AppControllerHelpTest, viewsTheTaskLog) {
     controller->viewTaskLog();
     EXPECT_THAT(opener->opened, IsEmpty());
@@ -110,6 +133,23 @@ TEST_F(AppControllerHelpTest, viewsTheTaskLog) {
     std::ofstream(logs("Vornic.1.task.log")) << "task";
     controller->viewTaskLog();
     EXPECT_THAT(opener->opened, ElementsAre("file " + logs("Vornic.1.task.log")));
+}
+
+TEST_F(AppControllerHelpTest, keepsTheInterfaceLiveWhileLogsWaitForTheirTurn) {
+    QMLog::finishWriting();
+    std::filesystem::create_directories(sandbox.home() + "/Desktop");
+    auto turn = std::make_unique<platform::FolderLock>(QMLocalPaths::tempDirectory());
+    ASSERT_TRUE(turn->isHeld());
+    // Nobody else lets go of the turn than an event of the main thread, which is asked meanwhile
+    // for the same once more.
+    platform::MainThread::performAfter(std::chrono::milliseconds(50), [this, &turn] {
+        controller->gatherLogs();
+        turn.reset();
+    });
+    controller->gatherLogs();
+    EXPECT_EQ(turn, nullptr);
+    EXPECT_EQ(alerts->shown.size(), 1U);
+    EXPECT_EQ(alertShown(), "Logs gathered successfully");
 }
 
 TEST_F(AppControllerHelpTest, gathersTheLogsOnTheDesktop) {
@@ -148,13 +188,15 @@ TEST_F(AppControllerManualTest, doesNothingWithoutAManual) {
     EXPECT_THAT(host.calls, IsEmpty());
 }
 
-TEST_F(AppControllerManualTest, logsAManualThatCannotBeOpened) {
+TEST_F(AppControllerManualTest, logsAndTellsOfAManualThatCannotBeOpened) {
     std::ofstream(manual) << "%PDF";
     opener->answer = false;
     controller->helpUserManual();
     QMLog::finishWriting();
     EXPECT_THAT(test::readBytes(logs("Vornic.1.log")),
                 HasSubstr("Unable to open " + manual + ". Nothing can be opened.\n"));
+    EXPECT_THAT(alerts->texts(),
+                ElementsAre(manual + " could not be opened. | Nothing can be opened."));
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 
 #include <gmock/gmock.h>
 
+#include "platform/Thread.h"
 #include "tests/app/ControllerTest.h"
 #include "tests/support/OwnMachineLibrary.h"
 
@@ -98,6 +99,35 @@ TEST_F(AppControllerLockTest, terminatesWithoutAMessageWhenItIsRefused) {
     EXPECT_THAT(host.calls, ElementsAre("terminate"));
     EXPECT_TRUE(controller->isTerminating());
     EXPECT_THAT(alerts->shown, IsEmpty());
+    QMLog::finishWriting();
+    EXPECT_THAT(
+        test::readBytes(sandbox.home() + "/.local/share/quillmark/Logs/Quillmark/Vornic.1.log"),
+        HasSubstr("The application ends: it is locked and no administrator has authorized its "
+                  "start.\n"));
+}
+
+TEST_F(AppControllerLockTest, terminatesAtOnceWhenTheProgramQuitsWhileItAsks) {
+    store(kLock, 1);
+    authorize(true);
+    const auto answer = std::make_shared<std::promise<void>>();
+    authorization->whenAsked = [answer] { answer->get_future().wait(); };
+    platform::MainThread::performAfter(std::chrono::milliseconds(50),
+                                       [] { platform::MainThread::shutdown(); });
+    controller->awakeFromNib();
+    EXPECT_THAT(host.calls, ElementsAre("terminate"));
+    answer->set_value();
+    platform::MainThread::restart();
+    EXPECT_TRUE(platform::joinDetachedThreads(std::chrono::seconds(20)));
+}
+
+TEST_F(AppControllerLockTest, opensNothingOnceItHasTerminated) {
+    host.chosen = {{"/a.xml"}};
+    controller->applicationDidFinishLaunching();
+    controller->applicationWillTerminate();
+    runLoopFor(std::chrono::milliseconds(1500));
+    controller->openFile();
+    EXPECT_FALSE(controller->applicationOpenFile("/b.xml"));
+    EXPECT_THAT(host.calls, IsEmpty());
 }
 
 TEST_F(AppControllerLockTest, opensNothingOnceItIsTerminating) {
@@ -167,6 +197,33 @@ TEST_F(AppControllerLockTest, turnsTheLockOnWithoutAuthorization) {
     EXPECT_EQ(stored(kLock), PropertyList(1));
     EXPECT_FALSE(wasAsked());
     EXPECT_THAT(checkBox->changes, IsEmpty());
+}
+
+TEST_F(AppControllerLockTest, warnsBeforeItLocksEverybodyOut) {
+    authorization->canAsk = false;
+    alerts->answer = 0;
+    click(true);
+    EXPECT_FALSE(wasAsked());
+    EXPECT_EQ(stored(kLock), std::nullopt);
+    EXPECT_THAT(checkBox->changes, ElementsAre(false));
+    ASSERT_EQ(alerts->shown.size(), 1U);
+    EXPECT_EQ(alerts->shown[0].contents.defaultButtonTitle, "Keep");
+    EXPECT_EQ(alerts->shown[0].contents.alternateButtonTitle, "Undo");
+    alerts->answer = 1;
+    click(true);
+    EXPECT_FALSE(wasAsked());
+    EXPECT_EQ(stored(kLock), PropertyList(1));
+    EXPECT_EQ(checkBox->current, true);
+}
+
+TEST_F(AppControllerLockTest, warnsOfNothingWhereTheRightsAreThereAlready) {
+    authorize(true);
+    store(kLock, 1);
+    click(false);
+    authorization->canAsk = false;
+    click(true);
+    EXPECT_THAT(alerts->shown, IsEmpty());
+    EXPECT_EQ(stored(kLock), PropertyList(1));
 }
 
 TEST_F(AppControllerLockTest, turnsTheLockOffWhenAnAdministratorAuthorizes) {

@@ -231,6 +231,24 @@ TEST_F(ConvertCommandLineTest, convertsWithoutStandardStreams) {
     EXPECT_THAT(files.log(), ::testing::IsEmpty());
 }
 
+TEST_F(ConvertCommandLineTest, saysThatItsMessagesCannotBeWritten) {
+    ProgramSettings settings = files.converter(
+        {"-convertxmeml", "3", files.write("bad.xml", "<a/>"), files.writeSound("cut.xml")});
+    settings.output = ProgramStream::fullDevice;
+    const ProgramResult result = runProgram(settings);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(consoleMessages(result),
+                ElementsAre("Not everything could be written to standard output."));
+    EXPECT_EQ(readBytes(files.path("cut.xml")), soundXMEML("3"));
+}
+
+TEST_F(ConvertCommandLineTest, writesControlCharactersOutOnATerminal) {
+    ProgramSettings settings = files.converter({"-convertxmeml", "3", "a\x1B[2J\nb.xml"});
+    settings.errors = ProgramStream::terminal;
+    EXPECT_THAT(consoleMessages(runProgram(settings)),
+                ElementsAre("File " + files.path("a<U+001B>[2J<U+000A>b.xml") + " does not exist"));
+}
+
 TEST_F(ConvertCommandLineTest, convertsWhenNobodyReadsItsMessages) {
     const std::string bad = files.write("bad.xml", "<a/>");
     const std::string path = files.writeSound("cut.xml");

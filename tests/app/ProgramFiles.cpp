@@ -135,6 +135,12 @@ std::string repairedReport(const std::string& path) {
                   "successfully repaired.\n");
 }
 
+bool tellsOriginal(const std::string& errors, const std::string& trash) {
+    const std::string ending = "; vornic-repair --undo brings it back.\n";
+    return errors.starts_with("The original is " + trash + "/") && errors.ends_with(ending) &&
+           errors.find(ending) == errors.size() - ending.size();
+}
+
 std::vector<std::string> soundLog(const std::string& path) {
     return logOf(path, soundReport(path));
 }

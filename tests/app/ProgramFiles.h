@@ -64,6 +64,9 @@ class ProgramFiles {
 [[nodiscard]] std::string soundReport(const std::string& path);
 [[nodiscard]] std::string repairedReport(const std::string& path);
 
+/// Whether standard error holds the line about the original of one repaired file, and nothing else.
+[[nodiscard]] bool tellsOriginal(const std::string& errors, const std::string& trash);
+
 /// The messages that these two repairs log.
 [[nodiscard]] std::vector<std::string> soundLog(const std::string& path);
 [[nodiscard]] std::vector<std::string> repairedLog(const std::string& path);

@@ -1,6 +1,7 @@
 // The arguments of vornic-repair, its exit statuses and its output streams.
 
 #include <csignal>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -28,12 +29,18 @@ class RepairCommandLineTest : public ProgramTest {
                                               "\nUsage: vornic-repair [--quiet] [--] FILE...\n"));
     }
 
-    void expectRepairedWithStreams(ProgramStream output, ProgramStream errors) const {
+    /// The file is repaired whether anybody can read about it or not.
+    void expectRepairedWithStreams(ProgramStream output, ProgramStream errors, int status,
+                                   const std::string& complaint = "") const {
         const std::string path = files.writeDamaged("cut.xml");
         ProgramSettings settings = files.repairer({path});
         settings.output = output;
         settings.errors = errors;
-        EXPECT_EQ(runProgram(settings).status, 0);
+        const ProgramResult result = runProgram(settings);
+        EXPECT_EQ(result.status, status);
+        const std::string original =
+            "The original is " + files.trash() + "/cut.xml; vornic-repair --undo brings it back.\n";
+        EXPECT_EQ(result.errors, errors == ProgramStream::captured ? original + complaint : "");
         EXPECT_EQ(readBytes(path), repairedXMEML());
         EXPECT_THAT(namesIn(files.folder()), ElementsAre("cut.xml"));
         EXPECT_EQ(readBytes(files.trash() + "/cut.xml"), damagedXMEML());
@@ -69,7 +76,7 @@ TEST_F(RepairCommandLineTest, helpGoesToStandardOutput) {
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, "");
     EXPECT_THAT(result.output, StartsWith("Usage: vornic-repair [--quiet] [--] FILE...\n"));
-    for (const char* word : {"--quiet", "--help", "--version", "Trash", "130", "143"}) {
+    for (const char* word : {"--quiet", "--help", "--version", "Trash", "129", "130", "143"}) {
         EXPECT_THAT(result.output, HasSubstr(word));
     }
     EXPECT_FALSE(exists(files.logPath()));
@@ -97,6 +104,19 @@ TEST_F(RepairCommandLineTest, quietStillTellsWhyAFileWasNotLookedAt) {
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.output, "");
     EXPECT_THAT(result.errors, HasSubstr("Unable to locate file."));
+}
+
+TEST_F(RepairCommandLineTest, aFileThatMayNotBeLookedAtIsToldAsSuch) {
+    const std::string folder = files.path("closed");
+    std::filesystem::create_directory(folder);
+    std::filesystem::permissions(folder, std::filesystem::perms::none);
+    const std::string path = folder + "/cut.xml";
+    const ProgramResult result = files.repair({path});
+    std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "The file " + path + " cannot be looked at: permission denied.\n");
+    EXPECT_EQ(result.errors,
+              "vornic-repair: Unable to locate file. The file " + path + " cannot be found.\n");
 }
 
 TEST_F(RepairCommandLineTest, anOptionMayFollowAFile) {
@@ -130,8 +150,10 @@ TEST_F(RepairCommandLineTest, goesOnAfterABadFileAndEndsWithOne) {
         MatchesRegex(repairedReport("[^\n]*first.xml") +
                      "Starting repair for file [^\n]*bad.xml\\.\\.\\.\n(.|\n)*" +
                      "Unable to remove temporary file [^\n]*\n" + soundReport("[^\n]*last.xml")));
-    EXPECT_EQ(result.errors,
-              "vornic-repair: Unable to locate file. The file " + missing + " cannot be found.\n");
+    EXPECT_EQ(result.errors, "The original is " + files.trash() +
+                                 "/first.xml; vornic-repair --undo brings it back.\n"
+                                 "vornic-repair: Unable to locate file. The file " +
+                                 missing + " cannot be found.\n");
     EXPECT_EQ(readBytes(first), repairedXMEML());
     EXPECT_EQ(readBytes(bad), "x");
     EXPECT_EQ(readBytes(last), soundXMEML());
@@ -146,11 +168,11 @@ TEST_F(RepairCommandLineTest, endsWithZeroWhenEveryFileIsSoundOrRepaired) {
 }
 
 TEST_F(RepairCommandLineTest, writesItsReportIntoNoOtherFileWhenItHasNoOutput) {
-    expectRepairedWithStreams(ProgramStream::closed, ProgramStream::captured);
+    expectRepairedWithStreams(ProgramStream::closed, ProgramStream::captured, 0);
 }
 
 TEST_F(RepairCommandLineTest, writesIntoNoOtherFileWhenItHasNeitherStream) {
-    expectRepairedWithStreams(ProgramStream::closed, ProgramStream::closed);
+    expectRepairedWithStreams(ProgramStream::closed, ProgramStream::closed, 0);
 }
 
 TEST_F(RepairCommandLineTest, writesNoAlertIntoAnotherFileWhenItHasNoStandardError) {
@@ -163,16 +185,64 @@ TEST_F(RepairCommandLineTest, writesNoAlertIntoAnotherFileWhenItHasNoStandardErr
               "Beginning repair for file " + files.path("missing.xml") + "...");
 }
 
-TEST_F(RepairCommandLineTest, repairsToTheEndWhenNobodyReadsItsReport) {
-    expectRepairedWithStreams(ProgramStream::brokenPipe, ProgramStream::captured);
+TEST_F(RepairCommandLineTest, repairsToTheEndWhenNobodyReadsItsReportAndSaysSo) {
+    expectRepairedWithStreams(ProgramStream::brokenPipe, ProgramStream::captured, 1,
+                              "vornic-repair: Not everything could be written to standard output: "
+                              "the other end is closed.\n");
 }
 
 TEST_F(RepairCommandLineTest, repairsToTheEndWhenNobodyReadsEitherStream) {
-    expectRepairedWithStreams(ProgramStream::brokenPipe, ProgramStream::brokenPipe);
+    expectRepairedWithStreams(ProgramStream::brokenPipe, ProgramStream::brokenPipe, 1);
 }
 
-TEST_F(RepairCommandLineTest, repairsToTheEndWhenItsReportCannotBeWritten) {
-    expectRepairedWithStreams(ProgramStream::fullDevice, ProgramStream::captured);
+TEST_F(RepairCommandLineTest, repairsToTheEndWhenItsReportCannotBeWrittenAndSaysSo) {
+    expectRepairedWithStreams(ProgramStream::fullDevice, ProgramStream::captured, 1,
+                              "vornic-repair: Not everything could be written to standard output: "
+                              "no space left on the volume.\n");
+}
+
+TEST_F(RepairCommandLineTest, quietWritesNoReportThatCouldFail) {
+    const std::string path = files.writeDamaged("cut.xml");
+    ProgramSettings settings = files.repairer({"--quiet", path});
+    settings.output = ProgramStream::fullDevice;
+    EXPECT_EQ(runProgram(settings).status, 0);
+    EXPECT_EQ(readBytes(path), repairedXMEML());
+}
+
+TEST_F(RepairCommandLineTest, helpThatCannotBeWrittenIsAFailure) {
+    for (const char* option : {"--help", "--version"}) {
+        ProgramSettings settings = files.repairer({option});
+        settings.output = ProgramStream::fullDevice;
+        const ProgramResult result = runProgram(settings);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_THAT(result.errors, HasSubstr("no space left on the volume"));
+    }
+}
+
+/// A file whose version would pass for a line of the report and for orders to a terminal.
+class RepairForgeryTest : public ProgramTest {
+  protected:
+    [[nodiscard]] std::string outputOn(ProgramStream stream) const {
+        std::string text = soundXMEML();
+        text.replace(text.find("version=\"5\""), 11,
+                     "version=\"6&#10;No repair was necessary.&#155;2J&#9;\"");
+        ProgramSettings settings = files.repairer({files.write("cut.xml", text)});
+        settings.output = stream;
+        return runProgram(settings).output;
+    }
+};
+
+TEST_F(RepairForgeryTest, isWrittenOutOnATerminal) {
+    EXPECT_THAT(outputOn(ProgramStream::terminal),
+                HasSubstr("\nUnrecognized XML Interchange version "
+                          "6<U+000A>No repair was necessary.<U+009B>2J<U+0009>.\n"));
+}
+
+TEST_F(RepairForgeryTest, standsInAPipeAsInTheFile) {
+    EXPECT_THAT(outputOn(ProgramStream::captured),
+                HasSubstr("\nUnrecognized XML Interchange version "
+                          "6\nNo repair was necessary.\xC2\x9B"
+                          "2J\t.\n"));
 }
 
 /// Runs on ever longer files, until one takes long enough for a progress bar to be drawn.

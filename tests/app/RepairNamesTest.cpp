@@ -52,7 +52,7 @@ TEST_P(RepairNamesTest, isRepairedAndReportedAsItStands) {
     const std::string path = files.writeDamaged(name);
     const ProgramResult result = files.repair({"--", name});
     EXPECT_EQ(result.output, repairedReport(path));
-    EXPECT_EQ(result.errors, "");
+    EXPECT_TRUE(tellsOriginal(result.errors, files.trash())) << result.errors;
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(readBytes(path), repairedXMEML());
     EXPECT_EQ(namesIn(files.folder()), std::vector<std::string>{name});

@@ -59,7 +59,7 @@ class RepairSizesTest : public ProgramTest {
     void expectRepairedAndThenSound(const std::string& bytes) const {
         const std::string path = files.write("cut.xml", bytes);
         const ProgramResult result = files.repair({path});
-        EXPECT_EQ(result.errors, "");
+        EXPECT_TRUE(tellsOriginal(result.errors, files.trash())) << result.errors;
         EXPECT_EQ(result.status, 0);
         EXPECT_THAT(result.output, HasSubstr("Invalid DTD... repairing\n"));
         EXPECT_TRUE(readBytes(files.trash() + "/cut.xml") == bytes);

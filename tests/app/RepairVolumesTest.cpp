@@ -173,7 +173,7 @@ TEST_F(TrashOnAnotherVolumeTest, getsACopyOfTheFileWithItsMode) {
     const FileState before = fileState(path);
     const ProgramResult result = repairWithHomeThere(path);
     EXPECT_EQ(result.output, repairedReport(path));
-    EXPECT_EQ(result.errors, "");
+    EXPECT_TRUE(tellsOriginal(result.errors, home_ + "/.Trash")) << result.errors;
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(readBytes(path), repairedXMEML());
     EXPECT_EQ(fileState(home_ + "/.Trash/cut.xml"), before);
@@ -340,6 +340,7 @@ TEST_F(SpecialVolumeTest, withoutRoomForTheLogAFileIsRepairedAllTheSame) {
     const std::string path = files_->writeDamaged("cut.xml");
     ProgramSettings settings = files_->repairer({path});
     settings.environment[2] = "XDG_DATA_HOME=" + volume_;
+    fs::create_directory(files_->trash());
     writeBytes(volume_ + "/filler", std::string(8192, 'f'));
     const ProgramResult result = runProgram(settings);
     EXPECT_EQ(result.status, 0);
@@ -355,7 +356,7 @@ TEST_F(SpecialVolumeTest, withoutExtendedAttributesTheCodesAreLeftOut) {
     }
     const ProgramResult result = files_->repair({path});
     EXPECT_EQ(result.output, repairedReport(path));
-    EXPECT_EQ(result.errors, "");
+    EXPECT_TRUE(tellsOriginal(result.errors, files_->trash())) << result.errors;
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(readBytes(path), repairedXMEML());
     EXPECT_THAT(fileState(path).attributes, IsEmpty());

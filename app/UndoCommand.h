@@ -1,0 +1,35 @@
+#ifndef VORNIC_APP_UNDO_COMMAND_H
+#define VORNIC_APP_UNDO_COMMAND_H
+
+#include <string>
+#include <vector>
+
+namespace vornic {
+
+/// What `vornic-repair --undo` is asked for.
+struct UndoOptions {
+    /// Show what can be undone, and change nothing.
+    bool list = false;
+    /// Take files back that have changed since, without asking.
+    bool force = false;
+    bool quiet = false;
+    /// Absolute; none for the newest change of all, or for a list of all.
+    std::vector<std::string> files = {};
+};
+
+/// `vornic-repair --undo`: takes repairs back. What was done goes to standard output, what could
+/// not be done to standard error. Main thread.
+class UndoCommand {
+  public:
+    /// @return 0 when all was undone or listed, 1 when something was undone and something has to be
+    ///     said, 3 when nothing was undone.
+    static int run(const UndoOptions& options);
+
+    /// Finishes, or takes back, what a program was doing with a file when it was killed, with a
+    /// line on standard error and in the log for each.
+    static void settleInterruptedRuns();
+};
+
+}  // namespace vornic
+
+#endif

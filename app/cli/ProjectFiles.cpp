@@ -1,0 +1,92 @@
+#include "app/cli/ProjectFiles.h"
+
+#include <set>
+#include <string_view>
+#include <utility>
+
+#include "foundation/Text.h"
+#include "platform/FileSystem.h"
+
+namespace vornic {
+
+namespace {
+
+bool isBundle(const std::string& path) {
+    return lowercased(pathExtension(path)) == "fcpxmld";
+}
+
+std::string contentOfBundle(const std::string& path) {
+    return appendingPathComponent(path, "Info.fcpxml");
+}
+
+bool isWorkingCopy(std::string_view name) {
+    return name.ends_with("-backup.xml") || name.ends_with("-backup.fcpxml");
+}
+
+// Looks through folders without calling itself, so that depth costs no stack.
+class FolderSearch {
+  public:
+    explicit FolderSearch(ProjectFiles& files) : files_(files) {}
+
+    void search(const std::string& folder) {
+        // A folder's entries come before those that were met earlier.
+        std::vector<std::string> open{folder};
+        while (!open.empty()) {
+            const std::string path = std::move(open.back());
+            open.pop_back();
+            if (!platform::isDirectory(path)) {
+                files_.paths.push_back(path);
+            } else if (isBundle(path)) {
+                files_.paths.push_back(contentOfBundle(path));
+            } else {
+                enter(path, open);
+            }
+        }
+    }
+
+  private:
+    void enter(const std::string& folder, std::vector<std::string>& open) {
+        ErrorSlot error;
+        const auto identity = platform::fileIdentity(appendingPathComponent(folder, "."));
+        if (identity && !entered_.emplace(identity->device, identity->inode).second) {
+            return;
+        }
+        const auto names = platform::namesInFolder(folder, error);
+        if (!names) {
+            files_.refused.push_back({folder, error ? error->localizedDescription() : ""});
+            return;
+        }
+        for (auto name = names->rbegin(); name != names->rend(); ++name) {
+            const std::string path = appendingPathComponent(folder, *name);
+            const std::string extension = lowercased(pathExtension(*name));
+            const bool isProject = (extension == "xml" || extension == "fcpxml") &&
+                                   !isWorkingCopy(*name) && !platform::isDirectory(path);
+            if (!name->starts_with('.') && (isProject || platform::isDirectory(path))) {
+                open.push_back(path);
+            }
+        }
+    }
+
+    ProjectFiles& files_;
+    std::set<std::pair<std::uint64_t, std::uint64_t>> entered_;
+};
+
+}  // namespace
+
+ProjectFiles findProjectFiles(const std::vector<std::string>& arguments, bool descends) {
+    ProjectFiles files;
+    for (const std::string& argument : arguments) {
+        if (argument == "-" || !platform::isDirectory(argument)) {
+            files.paths.push_back(argument);
+        } else if (isBundle(argument)) {
+            files.paths.push_back(contentOfBundle(argument));
+        } else if (descends) {
+            FolderSearch(files).search(argument);
+        } else {
+            files.refused.push_back({argument, "It is a folder; -r looks into folders."});
+        }
+    }
+    return files;
+}
+
+}  // namespace vornic

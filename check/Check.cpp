@@ -1,0 +1,150 @@
+#include "check/Check.h"
+
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "check/fcpxml/StructureFindings.h"
+#include "formats/ElementIndexBuilder.h"
+#include "formats/PlaceFinder.h"
+#include "report/XMLFindings.h"
+#include "report/XMLRuleOf.h"
+#include "xml/TextDecoding.h"
+
+namespace vornic {
+
+namespace {
+
+constexpr std::string_view kNotYet = "this version has no such rules yet";
+
+// Whether the XML declaration says that the document stands alone (XML 1.0, section 2.9).
+bool saysStandalone(std::string_view text) {
+    if (!text.starts_with("<?xml")) {
+        return false;
+    }
+    const std::string_view declaration = text.substr(0, text.find("?>"));
+    return declaration.find("standalone=\"yes\"") != std::string_view::npos ||
+           declaration.find("standalone='yes'") != std::string_view::npos;
+}
+
+// Whether the document type declaration declares something of its own, which a comparison with the
+// format's definition would have to take in.
+bool hasInternalSubset(std::string_view text) {
+    const std::size_t declaration = text.find("<!DOCTYPE");
+    const std::size_t end = text.find_first_of("[>", declaration);
+    return declaration != std::string_view::npos && end != std::string_view::npos &&
+           text[end] == '[';
+}
+
+// What a second reading mends has been told.
+class MendCounter final : public XMLMendSink {
+  public:
+    std::size_t count = 0;
+
+    void mend(const XMLMend& /*mend*/, std::string_view /*name*/) override { ++count; }
+    void edit(const XMLEdit& /*edit*/) override {}
+    void dropped(TextSpan /*characters*/) override { ++count; }
+};
+
+// Checks one text; the groups one after the other.
+class Check {
+  public:
+    Check(const DecodedText& source, Report& report) : source_(source), report_(report) {}
+
+    void run() {
+        readMarkup();
+        judgeStructure();
+        for (const RuleGroup group : {RuleGroup::references, RuleGroup::timing, RuleGroup::values,
+                                      RuleGroup::versions, RuleGroup::characters}) {
+            skip(group, kNotYet);
+        }
+        skip(RuleGroup::media, "not asked for");
+        PlaceFinder(*index_, source_.decoding).place(report_.findings);
+    }
+
+  private:
+    void readMarkup() {
+        ElementIndexBuilder builder(source_.text);
+        XMLFindings sink(source_.text, report_.findings);
+        const XMLReading reading = readXML(source_.text, XMLMode::tolerant, &builder, &sink);
+        sink.addFault(reading);
+        index_.emplace(std::move(builder).finish());
+        report_.kind = nameOf(index_->kind());
+        report_.version = index_->version();
+        report_.groups.push_back({RuleGroup::xml, true, ""});
+    }
+
+    void judgeStructure() {
+        if (index_->kind() != FileKind::fcpxml) {
+            return skip(RuleGroup::structure, index_->kind() == FileKind::xmeml
+                                                  ? kNotYet
+                                                  : "the file is neither XMEML nor FCPXML");
+        }
+        const auto version = fcpxml::Version::parse(index_->version());
+        if (!version) {
+            return skip(RuleGroup::structure, report_.version.empty()
+                                                  ? "the file declares no version"
+                                                  : "no definition of this version is known");
+        }
+        fcpxml::Validator validator(fcpxml::Definition::of(*version), saysStandalone(source_.text),
+                                    structureFindings(*version, report_.findings));
+        MendCounter mends;
+        const XMLReading reading = readXML(source_.text, XMLMode::tolerant, &validator, &mends);
+        validator.finish();
+        report_.groups.push_back({RuleGroup::structure, true, ""});
+        report_.definition = "fcpxml " + version->text();
+        const bool declaresEntities =
+            reading.faultParts && reading.faultParts->code == XMLErrorCode::entityDeclaration;
+        if (!declaresEntities && !hasInternalSubset(source_.text)) {
+            report_.valid = validator.isValid() && !reading.fault && mends.count == 0;
+        }
+    }
+
+    void skip(RuleGroup group, std::string_view why) {
+        report_.groups.push_back({group, false, std::string(why)});
+    }
+
+    const DecodedText& source_;
+    Report& report_;
+    std::optional<ElementIndex> index_;
+};
+
+// A file whose bytes are no text has no places but the one that the decoder tells.
+void addDecodingFault(const Error& error, Findings& findings) {
+    const std::optional<RuleId> rule = xmlRuleOf(static_cast<XMLErrorCode>(error.code));
+    if (!rule) {
+        return;
+    }
+    if (Finding* const finding = findings.add(*rule, {})) {
+        finding->where.line = error.line;
+        finding->where.column = error.column;
+    }
+}
+
+}  // namespace
+
+Report checkFile(std::string bytes, const CheckOptions& options) {
+    Report report;
+    report.bytes = bytes.size();
+    report.findings = Findings(options.mostOfARule);
+    for (const RuleId rule : options.ignored) {
+        report.findings.ignore(rule);
+    }
+    ErrorSlot error;
+    const std::optional<DecodedText> source = decodeXMLText(std::move(bytes), error);
+    if (!source) {
+        addDecodingFault(*error, report.findings);
+        report.groups.push_back({RuleGroup::xml, true, ""});
+        for (const RuleGroup group : kCheckedGroups) {
+            if (group != RuleGroup::xml) {
+                report.groups.push_back({group, false, "the file could not be read as text"});
+            }
+        }
+        return report;
+    }
+    report.encoding = source->decoding.encoding;
+    Check(*source, report).run();
+    return report;
+}
+
+}  // namespace vornic

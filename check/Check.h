@@ -1,0 +1,28 @@
+#ifndef VORNIC_CHECK_CHECK_H
+#define VORNIC_CHECK_CHECK_H
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "report/Report.h"
+
+namespace vornic {
+
+struct CheckOptions {
+    /// Findings of a rule that are kept; more are only counted.
+    std::size_t mostOfARule = 100;
+    /// Rules whose findings are neither counted nor kept.
+    std::vector<RuleId> ignored;
+};
+
+/// Says what is wrong with a project file: decodes its bytes, reads them, tolerant, and looks at
+/// what its kind and version ask for. Nothing is written, nothing outside the bytes is looked at,
+/// nothing raised but for memory that has run out. Any thread.
+/// @param bytes of the whole file.
+/// @return the findings in the order of the file, with places in its bytes; `path` is left empty.
+[[nodiscard]] Report checkFile(std::string bytes, const CheckOptions& options);
+
+}  // namespace vornic
+
+#endif

@@ -1,0 +1,224 @@
+#include "check/fcpxml/StructureFindings.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "check/NearestName.h"
+
+namespace vornic {
+
+namespace {
+
+using fcpxml::Catalogue;
+using fcpxml::ElementId;
+using fcpxml::ValidityFault;
+using fcpxml::ValidityFaultKind;
+using fcpxml::Version;
+using fcpxml::VersionRun;
+
+constexpr std::size_t kMostNames = 6;
+
+// "a", "a or b", "a, b or c"; longer lists end with how many more there are.
+std::string listed(const std::vector<std::string>& names) {
+    std::string text;
+    const std::size_t shown = names.size() > kMostNames + 1 ? kMostNames : names.size();
+    for (std::size_t i = 0; i < shown; ++i) {
+        const bool isLast = i + 1 == names.size();
+        text += i == 0 ? "" : isLast ? " or " : ", ";
+        text += names[i];
+    }
+    if (shown < names.size()) {
+        text += " or one of " + std::to_string(names.size() - shown) + " others";
+    }
+    return text;
+}
+
+std::string inBrackets(std::string_view name) {
+    return "<" + std::string(name) + ">";
+}
+
+std::string elementsOf(const std::vector<ElementId>& ids) {
+    std::vector<std::string> names;
+    names.reserve(ids.size());
+    for (const ElementId id : ids) {
+        names.push_back(inBrackets(Catalogue::shared().element(id).name));
+    }
+    return listed(names);
+}
+
+// What may stand where something else was found: the name that was meant, if one is near.
+std::string insteadOf(std::string_view name, const std::vector<ElementId>& expected) {
+    if (expected.empty()) {
+        return "nothing";
+    }
+    std::vector<std::string_view> names;
+    names.reserve(expected.size());
+    for (const ElementId id : expected) {
+        names.push_back(Catalogue::shared().element(id).name);
+    }
+    const std::string_view nearest = nearestName(name, names);
+    return nearest.empty() ? elementsOf(expected) : inBrackets(nearest);
+}
+
+// "1.3", "1.0 to 1.5", "1.9 and later".
+std::string textOf(std::optional<VersionRun> versions) {
+    if (!versions) {
+        return "none";
+    }
+    if (versions->last == Version(Version::kNewestMinor)) {
+        return versions->first.text() + " and later";
+    }
+    return versions->first == versions->last
+               ? versions->first.text()
+               : versions->first.text() + " to " + versions->last.text();
+}
+
+std::string attributeInstead(std::string_view name, std::string_view element, Version version) {
+    std::vector<std::string_view> names;
+    if (const auto* definition = fcpxml::Definition::of(version).element(element)) {
+        for (const auto& attribute : definition->attributes) {
+            names.push_back(attribute.name);
+        }
+    }
+    const std::string_view nearest = nearestName(name, names);
+    return nearest.empty() ? "go" : "perhaps be " + std::string(nearest);
+}
+
+std::string valueInstead(const ValidityFault& fault) {
+    const std::vector<std::string_view>& values = fault.definition->values;
+    const std::string_view nearest = nearestName(fault.value, values);
+    return nearest.empty() ? listed({values.begin(), values.end()}) : std::string(nearest);
+}
+
+// Adds the findings of one file.
+class StructureFindings {
+  public:
+    StructureFindings(Version version, Findings& findings)
+        : version_(version), findings_(&findings) {}
+
+    void operator()(const ValidityFault& fault) const {
+        switch (fault.kind) {
+            case ValidityFaultKind::unknownAttribute:
+            case ValidityFaultKind::attributeOfOtherVersion:
+            case ValidityFaultKind::missingAttribute:
+            case ValidityFaultKind::valueNotListed:
+            case ValidityFaultKind::valueNotFixed:
+            case ValidityFaultKind::malformedId:
+            case ValidityFaultKind::repeatedId:
+            case ValidityFaultKind::danglingReference:
+                return addOfAttribute(fault);
+            default:
+                return addOfElement(fault);
+        }
+    }
+
+  private:
+    void addOfElement(const ValidityFault& fault) const;
+    void addOfAttribute(const ValidityFault& fault) const;
+
+    Version version_;
+    Findings* findings_;
+};
+
+void StructureFindings::addOfElement(const ValidityFault& fault) const {
+    const std::string instead = insteadOf(fault.element, fault.expected);
+    const Catalogue& catalogue = Catalogue::shared();
+    switch (fault.kind) {
+        case ValidityFaultKind::unknownElement:
+            findings_->add("structure-unknown-element"_rule, fault.where,
+                           {{"element", fault.element}, {"instead", instead}});
+            break;
+        case ValidityFaultKind::elementOfOtherVersion: {
+            const std::string versions =
+                textOf(catalogue.element(catalogue.idOf(fault.element)).span());
+            findings_->add(
+                "structure-element-of-other-version"_rule, fault.where,
+                {{"element", fault.element}, {"versions", versions}, {"version", version_.text()}});
+            break;
+        }
+        case ValidityFaultKind::misplacedElement:
+            findings_->add(
+                "structure-misplaced-element"_rule, fault.where,
+                {{"element", fault.element}, {"parent", fault.parent}, {"instead", instead}});
+            break;
+        case ValidityFaultKind::elementOutOfOrder:
+            findings_->add("structure-element-order"_rule, fault.where,
+                           {{"element", fault.element},
+                            {"parent", fault.parent},
+                            {"previous", catalogue.element(fault.previous).name}});
+            break;
+        case ValidityFaultKind::surplusElement:
+            findings_->add("structure-surplus-element"_rule, fault.where,
+                           {{"element", fault.element}, {"parent", fault.parent}});
+            break;
+        case ValidityFaultKind::missingElement: {
+            const std::string missing = elementsOf(fault.expected);
+            findings_->add("structure-missing-element"_rule, fault.where,
+                           {{"element", fault.element}, {"missing", missing}});
+            break;
+        }
+        case ValidityFaultKind::misplacedText:
+            findings_->add("structure-misplaced-text"_rule, fault.where,
+                           {{"element", fault.element}});
+            break;
+        case ValidityFaultKind::contentInEmptyElement:
+            findings_->add("structure-content-in-empty-element"_rule, fault.where,
+                           {{"element", fault.element}});
+            break;
+        case ValidityFaultKind::rootElementType:
+            findings_->add("structure-document-type"_rule, fault.where,
+                           {{"value", fault.value}, {"element", fault.element}});
+            break;
+        case ValidityFaultKind::notStandalone:
+            findings_->add("values-standalone"_rule, fault.where);
+            break;
+        default:
+            break;
+    }
+}
+
+void StructureFindings::addOfAttribute(const ValidityFault& fault) const {
+    const auto add = [&](RuleId rule, std::string_view instead = {},
+                         std::string_view versions = {}) {
+        findings_->add(rule, fault.where,
+                       {{"element", fault.element},
+                        {"attribute", fault.attribute},
+                        {"value", fault.value},
+                        {"instead", instead},
+                        {"versions", versions},
+                        {"version", version_.text()}});
+    };
+    switch (fault.kind) {
+        case ValidityFaultKind::unknownAttribute:
+            return add("structure-unknown-attribute"_rule,
+                       attributeInstead(fault.attribute, fault.element, version_));
+        case ValidityFaultKind::attributeOfOtherVersion: {
+            const Catalogue& catalogue = Catalogue::shared();
+            return add("structure-attribute-of-other-version"_rule, {},
+                       textOf(catalogue.element(catalogue.idOf(fault.element))
+                                  .spanOfAttribute(fault.attribute)));
+        }
+        case ValidityFaultKind::missingAttribute:
+            return add("structure-missing-attribute"_rule);
+        case ValidityFaultKind::valueNotListed:
+            return add("structure-value-not-listed"_rule, valueInstead(fault));
+        case ValidityFaultKind::valueNotFixed:
+            return add("structure-value-not-fixed"_rule, fault.definition->defaultValue);
+        case ValidityFaultKind::malformedId:
+            return add("structure-malformed-id"_rule);
+        case ValidityFaultKind::repeatedId:
+            return add("structure-repeated-id"_rule);
+        default:
+            return add("structure-dangling-reference"_rule);
+    }
+}
+
+}  // namespace
+
+fcpxml::Validator::FaultSink structureFindings(Version version, Findings& findings) {
+    return StructureFindings(version, findings);
+}
+
+}  // namespace vornic

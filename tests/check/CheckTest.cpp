@@ -1,0 +1,149 @@
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "check/Check.h"
+#include "report/RuleTable.h"
+
+namespace vornic {
+
+namespace {
+
+using Strings = std::vector<std::string>;
+
+Strings rulesOf(const Report& report) {
+    Strings rules;
+    for (const Finding& finding : report.findings.kept()) {
+        rules.emplace_back(ruleOf(finding.rule).id);
+    }
+    return rules;
+}
+
+bool ran(const Report& report, RuleGroup group) {
+    const auto found = std::find_if(report.groups.begin(), report.groups.end(),
+                                    [group](const GroupRun& run) { return run.group == group; });
+    return found != report.groups.end() && found->ran;
+}
+
+std::string whyNot(const Report& report, RuleGroup group) {
+    const auto found = std::find_if(report.groups.begin(), report.groups.end(),
+                                    [group](const GroupRun& run) { return run.group == group; });
+    return found == report.groups.end() ? "not listed" : found->why;
+}
+
+const std::string kSound =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE fcpxml>\n<fcpxml version=\"1.10\">\n"
+    "    <resources>\n        <format id=\"r1\" frameDuration=\"1/25s\"/>\n    </resources>\n"
+    "</fcpxml>\n";
+
+}  // namespace
+
+TEST(Check, findsNothingInASoundFile) {
+    const Report report = checkFile(kSound, {});
+    EXPECT_EQ(rulesOf(report), Strings());
+    EXPECT_EQ(report.kind, "fcpxml");
+    EXPECT_EQ(report.version, "1.10");
+    EXPECT_EQ(report.encoding, "UTF-8");
+    EXPECT_EQ(report.bytes, kSound.size());
+    EXPECT_EQ(report.definition, "fcpxml 1.10");
+    EXPECT_EQ(report.valid, true);
+    EXPECT_TRUE(ran(report, RuleGroup::xml));
+    EXPECT_TRUE(ran(report, RuleGroup::structure));
+    EXPECT_EQ(whyNot(report, RuleGroup::media), "not asked for");
+}
+
+TEST(Check, namesEachGroupOnceInTheirOrder) {
+    for (const std::string& text : {kSound, std::string("<xmeml version=\"5\"/>"),
+                                    std::string("no XML"), std::string("\xFF\xFE\x00", 3)}) {
+        const Report report = checkFile(text, {});
+        ASSERT_EQ(report.groups.size(), kCheckedGroups.size());
+        for (std::size_t i = 0; i < kCheckedGroups.size(); ++i) {
+            EXPECT_EQ(report.groups[i].group, kCheckedGroups[i]);
+            EXPECT_EQ(report.groups[i].ran, report.groups[i].why.empty());
+        }
+    }
+}
+
+TEST(Check, tellsThePlaceInTheFileAndWhatIsAroundIt) {
+    std::string text = kSound;
+    text.replace(text.find("format id"), 6, "fromat");
+    const Report report = checkFile("\xEF\xBB\xBF" + text, {});
+    ASSERT_EQ(rulesOf(report), Strings{"structure-unknown-element"});
+    const Place& place = report.findings.kept()[0].where;
+    EXPECT_EQ(place.line, 5U);
+    EXPECT_EQ(place.column, 9U);
+    EXPECT_EQ(place.offset, 3 + text.find("<fromat"));
+    EXPECT_EQ(place.length, 7U);
+    EXPECT_EQ(place.path, "/fcpxml[1]/resources[1]/fromat[1]");
+    EXPECT_EQ(report.valid, false);
+}
+
+TEST(Check, judgesTheStructureBesideFaultsOfMarkup) {
+    std::string text = kSound;
+    text.replace(text.find("1/25s"), 5, "1/25s & more");
+    text.replace(text.find("format id"), 6, "fromat");
+    const Report report = checkFile(text, {});
+    EXPECT_EQ(rulesOf(report), (Strings{"structure-unknown-element", "xml-stray-ampersand"}));
+    EXPECT_EQ(report.valid, false);
+}
+
+TEST(Check, givesNoVerdictWhereNoDefinitionIsKnown) {
+    std::string text = kSound;
+    text.replace(text.find("1.10"), 4, "1.15");
+    Report report = checkFile(text, {});
+    EXPECT_EQ(report.valid, std::nullopt);
+    EXPECT_EQ(whyNot(report, RuleGroup::structure), "no definition of this version is known");
+    EXPECT_EQ(whyNot(checkFile("<fcpxml/>", {}), RuleGroup::structure),
+              "the file declares no version");
+    EXPECT_EQ(whyNot(checkFile("<html/>", {}), RuleGroup::structure),
+              "the file is neither XMEML nor FCPXML");
+    EXPECT_EQ(checkFile("<xmeml version=\"5\"/>", {}).valid, std::nullopt);
+}
+
+TEST(Check, givesNoVerdictOnAFileWithDeclarationsOfItsOwn) {
+    std::string text = kSound;
+    text.replace(text.find("<!DOCTYPE fcpxml>"), 17, "<!DOCTYPE fcpxml [<!ELEMENT fcpxml ANY>]>");
+    EXPECT_EQ(checkFile(text, {}).valid, std::nullopt);
+    text = kSound;
+    text.replace(text.find("<!DOCTYPE fcpxml>"), 17, "<!DOCTYPE fcpxml [<!ENTITY a \"b\">]>");
+    EXPECT_EQ(checkFile(text, {}).valid, std::nullopt);
+}
+
+TEST(Check, keepsTheFirstOfEachRuleAndCountsAll) {
+    std::string text = "<fcpxml version=\"1.10\"><resources>";
+    for (int i = 0; i < 20; ++i) {
+        text += "<fromat/>";
+    }
+    const Report report = checkFile(text + "</resources></fcpxml>", {3, {}});
+    EXPECT_EQ(report.findings.kept().size(), 3U);
+    EXPECT_EQ(report.findings.count("structure-unknown-element"_rule), 20U);
+    EXPECT_EQ(report.findings.count(Severity::error), 20U);
+}
+
+TEST(Check, leavesRulesOutWithoutTouchingTheVerdict) {
+    std::string text = kSound;
+    text.replace(text.find("format id"), 6, "fromat");
+    const Report report = checkFile(text, {100, {"structure-unknown-element"_rule}});
+    EXPECT_EQ(rulesOf(report), Strings());
+    EXPECT_EQ(report.valid, false);
+}
+
+TEST(Check, readsOtherEncodings) {
+    const std::string head = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>";
+    const Report report =
+        checkFile(head + "<fcpxml version=\"1.10\"><event name=\"\xE9\"/><bad/></fcpxml>", {});
+    EXPECT_EQ(report.encoding, "ISO-8859-1");
+    ASSERT_EQ(rulesOf(report), Strings{"structure-unknown-element"});
+    EXPECT_EQ(report.findings.kept()[0].where.offset, head.size() + 40);
+}
+
+TEST(Check, tellsBytesThatAreNoText) {
+    const Report report = checkFile("<fcpxml version=\"1.10\">\n\xC3\x28</fcpxml>", {});
+    ASSERT_EQ(report.findings.kept().size(), 1U);
+    EXPECT_EQ(report.findings.kept()[0].where.line, 2U);
+    EXPECT_EQ(report.kind, "none");
+}
+
+}  // namespace vornic
