@@ -11,11 +11,17 @@
 
 namespace vornic {
 
-void prepareAlertBox(QMessageBox& box) {
+void prepareAlertBox(QMessageBox& box, const QString& message, const QString& info) {
     constexpr int kIconSize = 48;
     box.setObjectName(QStringLiteral("alert"));
     box.setWindowTitle(QStringLiteral("Vornic"));
     box.setTextFormat(Qt::PlainText);
+    box.setText(wrappable(message));
+    box.setInformativeText(wrappable(info));
+    // The box passes its text format on to the headline alone.
+    if (auto* const below = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel"))) {
+        below->setTextFormat(Qt::PlainText);
+    }
     box.setIconPixmap(QApplication::windowIcon().pixmap(kIconSize));
     if (auto* const headline = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
         QFont bold = headline->font();
@@ -24,19 +30,22 @@ void prepareAlertBox(QMessageBox& box) {
     }
 }
 
-void showAlert(QWidget* window, const QString& message, const QString& info) {
-    auto box = std::make_unique<QMessageBox>(window);
-    prepareAlertBox(*box);
-    box->setText(wrappable(message));
-    box->setInformativeText(wrappable(info));
+void tell(AlertWindow* window, const QString& message, const QString& info) {
+    // Asked for once and at once, the window need not be owned; the toolkit takes the sheets on it
+    // along.
+    const QMAlert::Window parent(std::shared_ptr<void>(), window);
+    QMAlert::alertSheetWithMessageText(message.toStdString(), std::nullopt, std::nullopt,
+                                       std::nullopt, info.toStdString(), parent, nullptr,
+                                       std::nullopt, false, nullptr);
+}
+
+void showAlert(QWidget& window, const QString& message, const QString& info) {
+    auto box = std::make_unique<QMessageBox>(&window);
+    prepareAlertBox(*box, message, info);
     box->setStandardButtons(QMessageBox::Ok);
     // From here on it belongs to the screen.
     box->setAttribute(Qt::WA_DeleteOnClose);
-    if (window != nullptr) {
-        beginSheet(*box.release());
-    } else {
-        beginAlone(*box.release());
-    }
+    beginSheet(*box.release());
 }
 
 }  // namespace vornic

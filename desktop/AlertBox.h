@@ -3,15 +3,21 @@
 
 #include <QMessageBox>
 
+#include "ui/QMAlert.h"
+
 namespace vornic {
 
 /// Gives a message box what all alerts have in common: the application's icon and title, a bold
-/// headline, and texts that are shown as they are.
-void prepareAlertBox(QMessageBox& box);
+/// headline, and below it the information. Nothing in the texts is taken for markup.
+void prepareAlertBox(QMessageBox& box, const QString& message, const QString& info);
 
-/// Shows a message with an OK button, as a sheet on a window or, without one (null), as a window of
-/// its own. Returns at once.
-void showAlert(QWidget* window, const QString& message, const QString& info);
+/// Shows a message with an OK button through `QMAlert`, on a window or, without one (null),
+/// free-standing. Returns at once.
+void tell(AlertWindow* window, const QString& message, const QString& info);
+
+/// Shows a message with an OK button as a sheet on a document's window, beside any other sheet on
+/// it. Returns at once.
+void showAlert(QWidget& window, const QString& message, const QString& info);
 
 }  // namespace vornic
 

@@ -3,21 +3,15 @@
 #include <QApplication>
 #include <QDragEnterEvent>
 #include <QDropEvent>
-#include <QFileSystemModel>
-#include <QHeaderView>
 #include <QMessageBox>
 #include <QMimeData>
-#include <QSortFilterProxyModel>
-#include <QTreeView>
 #include <QUrl>
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 #include <sys/stat.h>
 
 #include "desktop/AlertBox.h"
-#include "desktop/FileIcons.h"
 #include "desktop/FileManager.h"
 #include "desktop/MainMenu.h"
 #include "desktop/QtText.h"
@@ -27,6 +21,7 @@
 #include "foundation/QMLog.h"
 #include "foundation/Text.h"
 #include "platform/FileSystem.h"
+#include "platform/ItemStatus.h"
 #include "platform/MainThread.h"
 #include "platform/WorkspaceOpener.h"
 #include "ui/QMSoftwareUpdate.h"
@@ -34,26 +29,6 @@
 namespace vornic {
 
 namespace {
-
-constexpr QSize kOpenPanelSize(820, 520);
-
-// Shows folders, and the files that the settings allow.
-class AllowedFiles : public QSortFilterProxyModel {
-  public:
-    explicit AllowedFiles(OpenPanelSettings settings) : settings_(std::move(settings)) {}
-
-  protected:
-    [[nodiscard]] bool filterAcceptsRow(int row, const QModelIndex& parent) const override {
-        const QModelIndex index = sourceModel()->index(row, 0, parent);
-        const QString path = index.data(QFileSystemModel::FilePathRole).toString();
-        const auto* const files = dynamic_cast<const QFileSystemModel*>(sourceModel());
-        return (files != nullptr && files->isDir(index)) ||
-               settings_.allowsFile(pathFromQString(path));
-    }
-
-  private:
-    OpenPanelSettings settings_;
-};
 
 // Ends the document's life on the screen; a run that is going on ends at its next check point.
 void letGo(DocumentMainWindow& window) {
@@ -72,6 +47,33 @@ bool isWindow(const QObject& object) {
     const auto* const widget = qobject_cast<const QWidget*>(&object);
     return widget != nullptr &&
            (widget->windowType() == Qt::Window || widget->windowType() == Qt::Dialog);
+}
+
+// Takes files as a copy or a link, whatever keys are held: the program that they come from removes
+// what was moved. @return false when they can only be moved.
+bool takeAsCopy(QDropEvent& event) {
+    for (const Qt::DropAction action : {Qt::CopyAction, Qt::LinkAction}) {
+        if (event.possibleActions().testFlag(action)) {
+            event.setDropAction(action);
+            event.accept();
+            return true;
+        }
+    }
+    event.ignore();
+    return false;
+}
+
+// Why what stands at a path is no document; "" when it may be one.
+QString reasonNotToOpen(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) == 0) {
+        return S_ISDIR(status.st_mode)
+                   ? Application::tr("It is a folder: %1").arg(pathToQString(path))
+                   : QString();
+    }
+    const ErrorSlot unseen = platform::failedLook(path);
+    return unseen ? toQString(unseen->localizedDescription())
+                  : Application::tr("There is no such file: %1").arg(pathToQString(path));
 }
 
 std::vector<std::string> pathsOf(const QMimeData& data) {
@@ -105,17 +107,31 @@ void Application::launch(const std::vector<std::string>& paths) {
         terminate();
         return;
     }
-    mayOpen_ = true;
-    std::vector<std::string> all = paths;
-    std::move(waiting_.begin(), waiting_.end(), std::back_inserter(all));
-    openDocuments(all);
-    if (all.empty()) {
+    QMSoftwareUpdate().awakeFromNib();
+    decide(true);
+    openDocuments(paths);
+    if (paths.empty()) {
         controller_->applicationShouldOpenUntitledFile();
     }
     controller_->applicationDidFinishLaunching();
-    QMSoftwareUpdate().awakeFromNib();
     showStartWindow();
     isLaunched_ = true;
+}
+
+// Settles whether anything is opened here, and tells those who wait to know.
+void Application::decide(bool mayOpen) {
+    mayOpen_ = mayOpen;
+    for (const auto& told : std::exchange(undecided_, {})) {
+        told(mayOpen);
+    }
+}
+
+void Application::whenDecided(std::function<void(bool mayOpen)> told) {
+    if (mayOpen_ || isEnding_) {
+        told(mayOpen_ && !isEnding_);
+    } else {
+        undecided_.push_back(std::move(told));
+    }
 }
 
 void Application::run() {
@@ -126,19 +142,16 @@ void Application::run() {
     }
 }
 
-void Application::receive(const std::vector<std::string>& paths) {
-    if (isEnding_) {
-        return;
-    }
-    if (!mayOpen_) {
-        waiting_.insert(waiting_.end(), paths.begin(), paths.end());
-        return;
+bool Application::receive(const std::vector<std::string>& paths) {
+    if (isEnding_ || !mayOpen_) {
+        return false;
     }
     if (openPanel_ && !paths.empty()) {
         openPanel_->reject();
     }
     openDocuments(paths);
     bringToFront();
+    return true;
 }
 
 void Application::bringToFront() {
@@ -155,6 +168,7 @@ void Application::bringToFront() {
 
 void Application::finish() {
     isEnding_ = true;
+    decide(false);
     if (controller_) {
         controller_->applicationWillTerminate();
     }
@@ -168,40 +182,21 @@ void Application::finish() {
 
 bool Application::hasKeyWindow() const {
     const QWidgetList all = QApplication::topLevelWidgets();
-    return std::any_of(all.begin(), all.end(), [this](const QWidget* widget) {
-        return widget->isVisible() && widget != startWindow_.get() && isWindow(*widget);
+    return std::any_of(all.begin(), all.end(), [](const QWidget* widget) {
+        return widget->isVisible() && isWindow(*widget);
     });
 }
 
 std::optional<std::vector<std::string>> Application::runOpenPanel(
     const OpenPanelSettings& settings) {
-    QFileDialog panel(nullptr, toQString(settings.message));
-    panel.setObjectName(QStringLiteral("openPanel"));
-    panel.setAcceptMode(QFileDialog::AcceptOpen);
-    panel.setFileMode(settings.allowsMultipleSelection ? QFileDialog::ExistingFiles
-                                                       : QFileDialog::ExistingFile);
-    panel.setOption(QFileDialog::ReadOnly, !settings.canCreateDirectories);
-    panel.setOption(QFileDialog::DontUseNativeDialog);
-    FileIcons::useIn(panel);
-    panel.setProxyModel(new AllowedFiles(settings));  // which the panel owns
-    panel.setNameFilter(tr("Final Cut Pro XML files (*)"));
-    panel.setOption(QFileDialog::HideNameFilterDetails);
-    panel.resize(kOpenPanelSize);
-    if (const auto* const list = panel.findChild<QTreeView*>()) {
-        list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
-        list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    if (isEnding_) {
+        return std::nullopt;
     }
+    OpenPanel panel(settings);
     openPanel_ = &panel;
     const bool confirmed = panel.exec() == QDialog::Accepted;
     openPanel_ = nullptr;
-    if (!confirmed || isEnding_) {
-        return std::nullopt;
-    }
-    std::vector<std::string> paths;
-    for (const QString& path : panel.selectedFiles()) {
-        paths.push_back(pathFromQString(path));
-    }
-    return paths;
+    return confirmed && !isEnding_ ? std::optional(panel.paths()) : std::nullopt;
 }
 
 bool Application::openDocument(const std::string& path) {
@@ -209,13 +204,8 @@ bool Application::openDocument(const std::string& path) {
         open->makeKeyAndOrderFront();
         return true;
     }
-    struct stat status {};
-    const bool exists = stat(path.c_str(), &status) == 0;
-    if (!exists || S_ISDIR(status.st_mode)) {
-        const QString name = pathToQString(lastPathComponent(path));
-        presentError(tr("The document “%1” could not be opened.").arg(name),
-                     exists ? tr("It is a folder: %1").arg(pathToQString(path))
-                            : tr("There is no such file: %1").arg(pathToQString(path)));
+    if (const QString reason = reasonNotToOpen(path); !reason.isEmpty()) {
+        presentError(tr("The document “%1” could not be opened.").arg(fileNameOf(path)), reason);
         return false;
     }
     const std::shared_ptr<Document> document = Document::create();
@@ -263,6 +253,7 @@ void Application::showAboutPanel() {
 
 void Application::terminate() {
     isEnding_ = true;
+    decide(false);
     platform::MainThread::shutdown();
     // Not `quit`, which a window that does not close, such as the sheet of a run, would stop.
     const auto endLoops = [this] {
@@ -341,7 +332,7 @@ bool Application::eventFilter(QObject* object, QEvent* event) {
         case QEvent::DragMove: {
             auto* const drag = static_cast<QDragMoveEvent*>(event);
             if (object->isWidgetType() && !pathsOf(*drag->mimeData()).empty()) {
-                drag->acceptProposedAction();
+                takeAsCopy(*drag);
                 return true;
             }
             break;
@@ -350,9 +341,10 @@ bool Application::eventFilter(QObject* object, QEvent* event) {
             auto* const drop = static_cast<QDropEvent*>(event);
             const std::vector<std::string> paths = pathsOf(*drop->mimeData());
             if (object->isWidgetType() && !paths.empty()) {
-                drop->acceptProposedAction();
-                // The program that the files come from waits until the drop is done.
-                platform::MainThread::perform([this, paths] { openDocuments(paths); });
+                if (takeAsCopy(*drop)) {
+                    // The program that the files come from waits until the drop is done.
+                    platform::MainThread::perform([this, paths] { openDocuments(paths); });
+                }
                 return true;
             }
             break;
@@ -412,8 +404,8 @@ void Application::endWhenNothingIsOpen() {
 }
 
 void Application::presentError(const QString& message, const QString& info) {
-    QMLog::appendLog("%@. %@", message.toStdString(), info.toStdString());
-    showAlert(nullptr, message, info);
+    QMLog::appendLog("%@ %@", message.toStdString(), info.toStdString());
+    tell(nullptr, message, info);
 }
 
 void Application::openInFileManager(const std::string& folder) {

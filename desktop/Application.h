@@ -1,9 +1,9 @@
 #ifndef VORNIC_DESKTOP_APPLICATION_H
 #define VORNIC_DESKTOP_APPLICATION_H
 
-#include <QFileDialog>
 #include <QObject>
 #include <QPointer>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -13,13 +13,15 @@
 #include "app/ApplicationHost.h"
 #include "desktop/AboutWindow.h"
 #include "desktop/DocumentMainWindow.h"
+#include "desktop/IncomingFiles.h"
+#include "desktop/OpenPanel.h"
 #include "desktop/PreferencesWindow.h"
 #include "desktop/StartWindow.h"
 
 namespace vornic {
 
 /// The desktop application: its documents and windows. Main thread only.
-class Application : public QObject, public ApplicationHost {
+class Application : public QObject, public ApplicationHost, public FileReceiver {
   public:
     Application();
     ~Application() override;
@@ -31,9 +33,13 @@ class Application : public QObject, public ApplicationHost {
     void launch(const std::vector<std::string>& paths);
     /// Runs the event loop until the application terminates, unless it has done so already.
     void run();
+    /// While the launch is not yet sure of its right to open anything, what is to be told waits for
+    /// that, or for the end.
+    void whenDecided(std::function<void(bool mayOpen)> told) override;
     /// Opens what a later start of the program was given, instead of what an open panel asks for,
-    /// and comes to the front. What comes before the application may open anything waits.
-    void receive(const std::vector<std::string>& paths);
+    /// and comes to the front. @return false, and nothing happens, before the application may open
+    /// anything and once it ends.
+    bool receive(const std::vector<std::string>& paths) override;
     /// Closes what is left, after the event loop.
     void finish();
 
@@ -64,6 +70,7 @@ class Application : public QObject, public ApplicationHost {
     using WindowPointer = std::shared_ptr<DocumentMainWindow>;
 
     [[nodiscard]] DocumentMainWindow* windowOf(const std::string& path) const;
+    void decide(bool mayOpen);
     void showStartWindow();
     void closeDocument(DocumentMainWindow& window);
     void bringToFront();
@@ -77,8 +84,8 @@ class Application : public QObject, public ApplicationHost {
     std::unique_ptr<StartWindow> startWindow_;
     std::unique_ptr<PreferencesWindow> preferences_;
     std::unique_ptr<AboutWindow> about_;
-    QPointer<QFileDialog> openPanel_;
-    std::vector<std::string> waiting_;
+    QPointer<OpenPanel> openPanel_;
+    std::vector<std::function<void(bool mayOpen)>> undecided_;
     bool mayOpen_ = false;
     bool isLaunched_ = false;
     bool isRunning_ = false;

@@ -1,5 +1,6 @@
 #include "desktop/ConvertSheet.h"
 
+#include <QApplication>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
@@ -7,6 +8,7 @@
 #include <utility>
 
 #include "desktop/QtText.h"
+#include "desktop/Sheet.h"
 
 namespace vornic {
 
@@ -65,6 +67,7 @@ ConvertSheet::ConvertSheet(QWidget* window, std::function<void()> convert,
     column->addSpacing(column->spacing());
     auto* const form = new QFormLayout;
     form->addRow(tr("Convert &to version:"), versions_);
+    qobject_cast<QLabel*>(form->labelForField(versions_))->setTextFormat(Qt::PlainText);
     column->addLayout(form);
     column->addSpacing(column->spacing());
     auto* const row = new QHBoxLayout;
@@ -74,32 +77,58 @@ ConvertSheet::ConvertSheet(QWidget* window, std::function<void()> convert,
     row->addWidget(convertButton_);
     column->addLayout(row);
 
-    connect(convertButton_, &QPushButton::clicked, this, std::move(convert));
+    connect(convertButton_, &QPushButton::clicked, this, [this, convert = std::move(convert)] {
+        // A short conversion is over before the second click of a double click, which would start
+        // another one with what the menu shows by then.
+        const int interval = QApplication::doubleClickInterval();
+        if (lastClick_.isValid() && lastClick_.elapsed() < interval) {
+            return;
+        }
+        lastClick_.start();
+        setBusy(true);
+        convert();
+    });
     connect(closeButton, &QPushButton::clicked, this, [this] { close_(); });
-    clear();
-    setSpinning(false);
+    setBusy(false);
 }
 
-void ConvertSheet::clear() {
-    setCurVersion("");
-    setDowngradeVersion("");
-    removeAllVersions();
-    setMenuEnabled(false);
-    setButtonEnabled(false);
+void ConvertSheet::beginConvertSheet() {
+    setConvertCurVersion("");
+    setConvertDowngradeVersion("");
+    removeAllConvertVersions();
+    setConvertVersionMenuEnabled(false);
+    setConvertButtonEnabled(false);
+    setBusy(false);
+    beginSheet(*this);
 }
 
-void ConvertSheet::setSpinning(bool spinning) {
-    isSpinning_ = spinning;
-    spinner_->setVisible(spinning);
-    updateButton();
+void ConvertSheet::endConvertSheet() {
+    hide();
+    // A question that went together with the dialog has had the keyboard.
+    if (parentWidget() != nullptr && parentWidget()->isVisible()) {
+        parentWidget()->activateWindow();
+    }
 }
 
-void ConvertSheet::setCurVersion(std::string_view text) {
+// While it is busy the dialog takes neither a choice nor a click: a conversion that is going on is
+// not started a second time, and its version stays the one that is shown.
+void ConvertSheet::setBusy(bool busy) {
+    isBusy_ = busy;
+    spinner_->setVisible(busy);
+    updateControls();
+}
+
+void ConvertSheet::updateControls() {
+    versions_->setEnabled(isMenuEnabled_ && !isBusy_);
+    convertButton_->setEnabled(isButtonEnabled_ && !isBusy_);
+}
+
+void ConvertSheet::setConvertCurVersion(std::string_view text) {
     curVersion_->setText(toQString(text));
     makeRoom();
 }
 
-void ConvertSheet::setDowngradeVersion(std::string_view text) {
+void ConvertSheet::setConvertDowngradeVersion(std::string_view text) {
     downgradeVersion_->setText(toQString(text));
     makeRoom();
 }
@@ -109,27 +138,27 @@ void ConvertSheet::makeRoom() {
     resize(width(), std::max(height(), heightForWidth(width())));
 }
 
-void ConvertSheet::addVersion(std::string_view title) {
+void ConvertSheet::addConvertVersion(std::string_view title) {
     versions_->addItem(toQString(title));
 }
 
-void ConvertSheet::setLastVersionKey(std::string_view key) {
+void ConvertSheet::setLastConvertVersionKey(std::string_view key) {
     versions_->setItemData(versions_->count() - 1, toQString(key));
 }
 
-std::optional<std::string> ConvertSheet::selectedVersionKey() const {
+std::optional<std::string> ConvertSheet::selectedConvertVersionKey() const {
     const QVariant key = versions_->currentData();
     return key.isValid() ? std::optional(key.toString().toStdString()) : std::nullopt;
 }
 
-void ConvertSheet::setButtonEnabled(bool enabled) {
-    isButtonEnabled_ = enabled;
-    updateButton();
+void ConvertSheet::setConvertVersionMenuEnabled(bool enabled) {
+    isMenuEnabled_ = enabled;
+    updateControls();
 }
 
-// A conversion that is going on is not started a second time.
-void ConvertSheet::updateButton() {
-    convertButton_->setEnabled(isButtonEnabled_ && !isSpinning_);
+void ConvertSheet::setConvertButtonEnabled(bool enabled) {
+    isButtonEnabled_ = enabled;
+    updateControls();
 }
 
 }  // namespace vornic

@@ -3,6 +3,7 @@
 
 #include <QComboBox>
 #include <QDialog>
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
@@ -11,30 +12,35 @@
 #include <string>
 #include <string_view>
 
+#include "repair/ConversionDialog.h"
+
 namespace vornic {
 
 /// The conversion dialog of a document (`windowConvert`): the file's version, the lowest version
-/// without a loss, a menu of versions, and the convert button.
-class ConvertSheet : public QDialog {
+/// without a loss, a menu of versions, and the convert button. A click on the button makes the
+/// dialog busy by itself, so that a second one, however soon, starts nothing.
+class ConvertSheet : public QDialog, public ConversionDialog {
   public:
     ConvertSheet(QWidget* window, std::function<void()> convert, std::function<void()> close);
 
-    /// Empties the labels and the menu and disables both controls, for an analysis that begins.
-    void clear();
-    void setSpinning(bool spinning);
-    void setCurVersion(std::string_view text);
-    void setDowngradeVersion(std::string_view text);
-    void removeAllVersions() { versions_->clear(); }
-    void addVersion(std::string_view title);
-    void setLastVersionKey(std::string_view key);
-    [[nodiscard]] std::optional<std::string> selectedVersionKey() const;
-    void setMenuEnabled(bool enabled) { versions_->setEnabled(enabled); }
-    void setButtonEnabled(bool enabled);
+    void beginConvertSheet() override;
+    void endConvertSheet() override;
+    void startConvertSpinner() override { setBusy(true); }
+    void stopConvertSpinner() override { setBusy(false); }
+    void setConvertCurVersion(std::string_view text) override;
+    void setConvertDowngradeVersion(std::string_view text) override;
+    void removeAllConvertVersions() override { versions_->clear(); }
+    void addConvertVersion(std::string_view title) override;
+    void setLastConvertVersionKey(std::string_view key) override;
+    [[nodiscard]] std::optional<std::string> selectedConvertVersionKey() const override;
+    void setConvertVersionMenuEnabled(bool enabled) override;
+    void setConvertButtonEnabled(bool enabled) override;
 
     void reject() override { close_(); }
 
   private:
-    void updateButton();
+    void setBusy(bool busy);
+    void updateControls();
     void makeRoom();
 
     std::function<void()> close_;
@@ -43,8 +49,10 @@ class ConvertSheet : public QDialog {
     QComboBox* versions_;
     QProgressBar* spinner_;
     QPushButton* convertButton_;
+    bool isMenuEnabled_ = false;
     bool isButtonEnabled_ = false;
-    bool isSpinning_ = false;
+    bool isBusy_ = false;
+    QElapsedTimer lastClick_;
 };
 
 }  // namespace vornic

@@ -8,6 +8,7 @@
 
 #include "desktop/AlertBox.h"
 #include "desktop/FileIcons.h"
+#include "desktop/OutcomeText.h"
 #include "desktop/QtText.h"
 #include "desktop/Sheet.h"
 #include "desktop/WindowSize.h"
@@ -125,6 +126,7 @@ QWidget* DocumentMainWindow::makeHead() {
     name->setFont(large);
     auto* const kind = new QLabel(kindOf(path_), head);
     kind->setObjectName(QStringLiteral("fileKindLabel"));
+    kind->setTextFormat(Qt::PlainText);
     kind->setAccessibleDescription(tr("Kind of file"));
     column->addWidget(name);
     column->addWidget(kind);
@@ -261,35 +263,11 @@ void DocumentMainWindow::endProgressSheet() {
     progress_->hide();
 }
 
-void DocumentMainWindow::showOutcome(RepairOutcome outcome) {
-    using Kind = OutcomeBadge::Kind;
+void DocumentMainWindow::showOutcome(const RepairResult& result) {
+    const OutcomeText outcome = outcomeText(result);
     repairButton_->setEnabled(true);
-    showPlaces(outcome == RepairOutcome::repairedAndSwapped ||
-                   outcome == RepairOutcome::repairedNotSwapped,
-               outcome == RepairOutcome::repairedAndSwapped);
-    switch (outcome) {
-        case RepairOutcome::sound:
-            setOutcome(Kind::good, tr("The file is sound."));
-            break;
-        case RepairOutcome::repairedAndSwapped:
-            setOutcome(Kind::good, tr("Repaired. The original file is in the Trash."));
-            break;
-        case RepairOutcome::repairedNotSwapped:
-            setOutcome(Kind::warning,
-                       tr("Repaired, but the repaired file could not take the place of the "
-                          "original; it is beside it."));
-            break;
-        case RepairOutcome::unable:
-            setOutcome(Kind::bad, tr("Unable to repair. The file is as it was."));
-            break;
-        case RepairOutcome::cancelled:
-            setOutcome(Kind::neutral, tr("Cancelled. The file is as it was."));
-            break;
-        case RepairOutcome::stopped:
-            setOutcome(Kind::bad,
-                       tr("The repair could not be carried out. The file is as it was."));
-            break;
-    }
+    showPlaces(outcome.showsFile, outcome.showsTrash);
+    setOutcome(outcome.kind, outcome.text);
 }
 
 void DocumentMainWindow::setOutcome(OutcomeBadge::Kind kind, const QString& text) {
@@ -298,56 +276,11 @@ void DocumentMainWindow::setOutcome(OutcomeBadge::Kind kind, const QString& text
 }
 
 void DocumentMainWindow::beginAlertSheet(std::string_view message, std::string_view info) {
-    showAlert(this, toQString(message), toQString(info));
+    showAlert(*this, toQString(message), toQString(info));
 }
 
-void DocumentMainWindow::beginConvertSheet() {
-    convert_->clear();
-    beginSheet(*convert_);
-}
-
-void DocumentMainWindow::endConvertSheet() {
-    convert_->hide();
-}
-
-void DocumentMainWindow::startConvertSpinner() {
-    convert_->setSpinning(true);
-}
-
-void DocumentMainWindow::stopConvertSpinner() {
-    convert_->setSpinning(false);
-}
-
-void DocumentMainWindow::setConvertCurVersion(std::string_view text) {
-    convert_->setCurVersion(text);
-}
-
-void DocumentMainWindow::setConvertDowngradeVersion(std::string_view text) {
-    convert_->setDowngradeVersion(text);
-}
-
-void DocumentMainWindow::removeAllConvertVersions() {
-    convert_->removeAllVersions();
-}
-
-void DocumentMainWindow::addConvertVersion(std::string_view title) {
-    convert_->addVersion(title);
-}
-
-void DocumentMainWindow::setLastConvertVersionKey(std::string_view key) {
-    convert_->setLastVersionKey(key);
-}
-
-std::optional<std::string> DocumentMainWindow::selectedConvertVersionKey() const {
-    return convert_->selectedVersionKey();
-}
-
-void DocumentMainWindow::setConvertVersionMenuEnabled(bool enabled) {
-    convert_->setMenuEnabled(enabled);
-}
-
-void DocumentMainWindow::setConvertButtonEnabled(bool enabled) {
-    convert_->setButtonEnabled(enabled);
+void DocumentMainWindow::showConverted(std::string_view version) {
+    setOutcome(OutcomeBadge::Kind::good, tr("Converted to version %1.").arg(toQString(version)));
 }
 
 void DocumentMainWindow::closeEvent(QCloseEvent* event) {

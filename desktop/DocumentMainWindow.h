@@ -6,7 +6,6 @@
 #include <QPushButton>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -61,22 +60,12 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     [[nodiscard]] bool progressSheetIsSheet() const override;
     void beginProgressSheet() override;
     void endProgressSheet() override;
-    void showOutcome(RepairOutcome outcome) override;
+    void showOutcome(const RepairResult& result) override;
 
     void beginAlertSheet(std::string_view message, std::string_view info) override;
 
-    void beginConvertSheet() override;
-    void endConvertSheet() override;
-    void startConvertSpinner() override;
-    void stopConvertSpinner() override;
-    void setConvertCurVersion(std::string_view text) override;
-    void setConvertDowngradeVersion(std::string_view text) override;
-    void removeAllConvertVersions() override;
-    void addConvertVersion(std::string_view title) override;
-    void setLastConvertVersionKey(std::string_view key) override;
-    [[nodiscard]] std::optional<std::string> selectedConvertVersionKey() const override;
-    void setConvertVersionMenuEnabled(bool enabled) override;
-    void setConvertButtonEnabled(bool enabled) override;
+    [[nodiscard]] ConversionDialog& conversionDialog() override { return *convert_; }
+    void showConverted(std::string_view version) override;
 
   protected:
     void closeEvent(QCloseEvent* event) override;

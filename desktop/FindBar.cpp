@@ -4,6 +4,8 @@
 #include <QKeyEvent>
 #include <QToolButton>
 
+#include "desktop/QtText.h"
+
 namespace vornic {
 
 namespace {
@@ -12,7 +14,7 @@ QToolButton* makeButton(const QString& text, const QString& name, QWidget* paren
     auto* const button = new QToolButton(parent);
     button->setText(text);
     button->setAccessibleName(name);
-    button->setToolTip(name);
+    button->setToolTip(toolTipOf(name));
     button->setFocusPolicy(Qt::TabFocus);
     return button;
 }
@@ -26,6 +28,7 @@ FindBar::FindBar(ReportView* report, QWidget* parent)
     text_->setAccessibleName(tr("Text to find in the report"));
     text_->setPlaceholderText(tr("Find in the report"));
     text_->setClearButtonEnabled(true);
+    notFound_->setTextFormat(Qt::PlainText);
     notFound_->setText(tr("Not found"));
     notFound_->hide();
     QToolButton* const previous = makeButton(tr("Previous"), tr("Find the previous place"), this);

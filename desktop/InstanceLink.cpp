@@ -1,7 +1,7 @@
 #include "desktop/InstanceLink.h"
 
-#include <QLocalSocket>
-#include <chrono>
+#include <QCryptographicHash>
+#include <algorithm>
 #include <thread>
 #include <utility>
 
@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "desktop/HandOverProtocol.h"
 #include "desktop/QtText.h"
 #include "foundation/QMLocalPaths.h"
 
@@ -17,20 +18,31 @@ namespace vornic {
 
 namespace {
 
-// How long a start waits for the program that holds the lock, which may be starting itself.
-constexpr std::chrono::seconds kLongestWait{5};
+using Clock = std::chrono::steady_clock;
+
 constexpr std::chrono::milliseconds kPause{50};
-constexpr int kAnswerMilliseconds = 2000;
-// More than a command line can hold.
-constexpr qint64 kLongestMessage = qint64{8} * 1024 * 1024;
-constexpr char kTaken = '+';
-// What ends a message; a path holds no NUL byte and is never empty.
-constexpr char kEnd = '\0';
+constexpr int kLongestQueue = 256;
+
+int millisecondsUntil(Clock::time_point end) {
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now());
+    return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
+}
 
 }  // namespace
 
-std::string InstanceLink::defaultFolder() {
-    return QMLocalPaths::tempDirectory() + "/vornic-" + std::to_string(getuid());
+InstanceLink::InstanceLink(std::string folder) : InstanceLink(std::move(folder), Patience()) {}
+
+InstanceLink::InstanceLink(std::string folder, Patience patience)
+    : folder_(std::move(folder)), patience_(patience) {}
+
+std::string InstanceLink::folderFor(std::string_view display) {
+    // A socket's path is short, and a display's name may be a path itself.
+    constexpr int kDigits = 12;
+    const QByteArray digest =
+        QCryptographicHash::hash(QByteArray(display.data(), static_cast<qsizetype>(display.size())),
+                                 QCryptographicHash::Sha256);
+    return QMLocalPaths::tempDirectory() + "/vornic-" + std::to_string(getuid()) + "-" +
+           digest.toHex().left(kDigits).toStdString();
 }
 
 bool InstanceLink::makeFolder() const {
@@ -54,12 +66,16 @@ bool InstanceLink::handOver(const Paths& paths) {
     if (!makeFolder()) {
         return false;
     }
-    const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
+    auto end = Clock::now() + patience_.forASign;
     while (!lock()) {
-        if (send(paths)) {
+        const Answer answer = send(paths, end);
+        if (answer == Answer::taken) {
             return true;
         }
-        if (std::chrono::steady_clock::now() >= deadline) {
+        if (answer == Answer::notTaken) {
+            // It has hung up: it is ending, and lets go of the lock as it does.
+            end = Clock::now() + patience_.forASign;
+        } else if (Clock::now() >= end) {
             return false;
         }
         std::this_thread::sleep_for(kPause);
@@ -67,65 +83,72 @@ bool InstanceLink::handOver(const Paths& paths) {
     return false;
 }
 
-bool InstanceLink::send(const Paths& paths) const {
+InstanceLink::Answer InstanceLink::send(const Paths& paths, Clock::time_point end) const {
     QLocalSocket socket;
     socket.connectToServer(pathToQString(socketPath()));
-    if (!socket.waitForConnected(kAnswerMilliseconds)) {
-        return false;
+    if (!socket.waitForConnected(millisecondsUntil(end))) {
+        return Answer::none;
     }
     QByteArray message;
     for (const std::string& path : paths) {
         message.append(path.c_str(), static_cast<qsizetype>(path.size()));
-        message.append('\0');
+        message.append(hand_over::kEndOfPath);
     }
-    message.append(kEnd);
+    message.append(hand_over::kEndOfPath);
     socket.write(message);
-    while (socket.bytesToWrite() > 0 && socket.waitForBytesWritten(kAnswerMilliseconds)) {
+    while (socket.bytesToWrite() > 0 && socket.waitForBytesWritten(millisecondsUntil(end))) {
     }
-    char answer = 0;
-    return socket.waitForReadyRead(kAnswerMilliseconds) && socket.read(&answer, 1) == 1 &&
-           answer == kTaken;
+    return awaitAnswer(socket, end);
 }
 
-void InstanceLink::listen(std::function<void(const Paths&)> receive) {
+// Hangs up, which takes the files back, when nothing is heard for too long.
+InstanceLink::Answer InstanceLink::awaitAnswer(QLocalSocket& socket, Clock::time_point end) const {
+    Answer answer = Answer::none;
+    bool isCommitted = false;
+    char word = 0;
+    while (socket.bytesAvailable() > 0 || socket.waitForReadyRead(millisecondsUntil(end))) {
+        if (socket.read(&word, 1) != 1) {
+            break;
+        }
+        if (word == hand_over::kTaken) {
+            return Answer::taken;
+        }
+        answer = Answer::notTaken;
+        end = Clock::now() + (isCommitted ? patience_.forTheEnd : patience_.forASign);
+        if (word == hand_over::kReady && !isCommitted) {
+            isCommitted = true;
+            end = Clock::now() + patience_.forTheEnd;
+            socket.putChar(hand_over::kCommit);
+            socket.flush();
+        }
+    }
+    const bool isSilent = socket.state() == QLocalSocket::ConnectedState;
+    return isSilent ? Answer::none : answer;
+}
+
+void InstanceLink::listen(FileReceiver& receiver) {
     if (!lock_) {
         return;
     }
-    receive_ = std::move(receive);
     const QString path = pathToQString(socketPath());
     // Left behind by a program that was killed: the lock says that nobody listens there.
     QLocalServer::removeServer(path);
     server_.setSocketOptions(QLocalServer::UserAccessOption);
-    QObject::connect(&server_, &QLocalServer::newConnection, &server_, [this] {
-        while (QLocalSocket* const socket = server_.nextPendingConnection()) {
-            QObject::connect(socket, &QLocalSocket::readyRead, &server_,
-                             [this, socket] { receiveFrom(socket); });
-            QObject::connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+    server_.setListenBacklogSize(kLongestQueue);
+    QObject::connect(&server_, &QLocalServer::newConnection, &server_, [this, &receiver] {
+        while (QLocalSocket* const connection = server_.nextPendingConnection()) {
+            new IncomingFiles(connection, receiver);  // which the connection owns
         }
     });
     server_.listen(path);
 }
 
-void InstanceLink::receiveFrom(QLocalSocket* socket) {
-    if (socket->bytesAvailable() > kLongestMessage) {
-        socket->abort();
-        return;
+void InstanceLink::stop() {
+    server_.close();
+    for (QLocalSocket* const connection : server_.findChildren<QLocalSocket*>()) {
+        connection->abort();
     }
-    const QByteArray message = socket->peek(socket->bytesAvailable());
-    const bool isWhole = message == QByteArray(1, kEnd) || message.endsWith(QByteArray(2, kEnd));
-    if (!isWhole) {
-        return;
-    }
-    Paths paths;
-    for (const QByteArray& path : message.split('\0')) {
-        if (!path.isEmpty()) {
-            paths.push_back(path.toStdString());
-        }
-    }
-    socket->readAll();
-    socket->putChar(kTaken);
-    socket->flush();
-    receive_(paths);
+    static_cast<void>(lock_.close());
 }
 
 }  // namespace vornic

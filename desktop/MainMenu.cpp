@@ -98,6 +98,8 @@ class MenuBuilder {
         Application* const application = &application_;
         QObject::connect(recent, &QMenu::aboutToShow, &window_, [recent, application] {
             recent->clear();
+            // What has gone since is left out the next time.
+            RecentFiles::look(*recent, [] {});
             for (const std::string& path : RecentFiles::paths()) {
                 QAction* const action =
                     recent->addAction(fileNameOf(path).replace(u'&', QStringLiteral("&&")));

@@ -9,6 +9,7 @@
 #include "app/AppController.h"
 #include "desktop/AlertBox.h"
 #include "desktop/QtText.h"
+#include "desktop/Sheet.h"
 #include "foundation/PreferenceValues.h"
 #include "platform/UserPreferences.h"
 #include "ui/QMShortcutKeyTableDelegate.h"
@@ -68,8 +69,8 @@ void PreferencesWindow::storeShowsOpenPanel(bool shows) {
     if (!platform::UserPreferences().setValue(kKey, shows ? 1 : 0, error)) {
         logUnsavedPreference(kKey, error);
         showOpenPanel_->setChecked(showsOpenPanel());
-        showAlert(this, tr("The preference could not be saved."),
-                  error ? toQString(error->localizedDescription()) : QString());
+        tell(this, tr("The preference could not be saved."),
+             error ? toQString(error->localizedDescription()) : QString());
     }
 }
 
@@ -82,6 +83,16 @@ void PreferencesWindow::setVisible(bool visible) {
         readPreferences();
     }
     QDialog::setVisible(visible);
+}
+
+bool PreferencesWindow::hasAttachedSheet() const {
+    return hasSheet(*this);
+}
+
+void PreferencesWindow::makeKeyAndOrderFront() {
+    show();
+    raise();
+    activateWindow();
 }
 
 void PreferencesWindow::readPreferences() {

@@ -9,12 +9,13 @@
 
 #include "app/CheckBoxItem.h"
 #include "desktop/ShortcutKeysView.h"
+#include "ui/QMAlert.h"
 
 namespace vornic {
 
 /// The application's preferences: general ones and the shortcut keys. Each one is stored as soon as
 /// it is changed, and all are read anew whenever the window is shown.
-class PreferencesWindow : public QDialog {
+class PreferencesWindow : public QDialog, public AlertWindow {
   public:
     /// @param toggleAdminPass the action of the check box of the administrator lock.
     explicit PreferencesWindow(std::function<void(CheckBoxItem&)> toggleAdminPass);
@@ -23,6 +24,9 @@ class PreferencesWindow : public QDialog {
     [[nodiscard]] std::shared_ptr<CheckBoxItem> prefsAdminPass() const;
 
     void setVisible(bool visible) override;
+
+    [[nodiscard]] bool hasAttachedSheet() const override;
+    void makeKeyAndOrderFront() override;
 
   private:
     void readPreferences();

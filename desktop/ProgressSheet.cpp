@@ -73,7 +73,7 @@ void ProgressSheet::setStatusText(std::string_view text) {
     const int room = std::max(width(), kWidth) * kLines - kWidth / 2;
     statusText_->setText(fontMetrics().elidedText(whole, Qt::ElideMiddle, room));
     statusText_->setAccessibleName(whole);
-    statusText_->setToolTip(whole);
+    statusText_->setToolTip(toolTipOf(whole));
 }
 
 void ProgressSheet::paintState() {

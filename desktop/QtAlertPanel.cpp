@@ -23,9 +23,8 @@ constexpr std::int64_t kOtherReturn = -1;
 class QtAlertPanel : public AlertPanel {
   public:
     explicit QtAlertPanel(const AlertContents& contents) : box_(new QMessageBox) {
-        box_->setText(wrappable(toQString(contents.messageText)));
-        box_->setInformativeText(wrappable(toQString(contents.informativeText)));
-        prepareAlertBox(*box_);
+        prepareAlertBox(*box_, toQString(contents.messageText),
+                        toQString(contents.informativeText));
         addButtons(contents);
     }
 

@@ -54,8 +54,12 @@ QString wrappable(const QString& text) {
     return broken;
 }
 
+QString toolTipOf(const QString& text) {
+    return text.isEmpty() ? QString() : QStringLiteral("<p>%1</p>").arg(text.toHtmlEscaped());
+}
+
 QString toolTipOf(const std::string& path) {
-    return QStringLiteral("<p>%1</p>").arg(pathToQString(path).toHtmlEscaped());
+    return toolTipOf(pathToQString(path));
 }
 
 }  // namespace vornic

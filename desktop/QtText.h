@@ -22,7 +22,9 @@ namespace vornic {
 /// The name of the file at a path, to be shown on one line: control characters, and those that turn
 /// the direction of the text around, show as U+FFFD.
 [[nodiscard]] QString fileNameOf(const std::string& path);
-/// A path as a tool tip, which wraps where it is long; nothing in it is taken for markup.
+/// A text, or a path, as a tool tip, which wraps where it is long; nothing in it is taken for
+/// markup. All tool tips are made by it.
+[[nodiscard]] QString toolTipOf(const QString& text);
 [[nodiscard]] QString toolTipOf(const std::string& path);
 
 /// The text with places to break a line in words that are longer than any line, such as file names.

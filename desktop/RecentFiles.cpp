@@ -1,10 +1,15 @@
 #include "desktop/RecentFiles.h"
 
+#include <QPointer>
+#include <set>
 #include <utility>
 
 #include "foundation/Utf8.h"
+#include "platform/Exception.h"
 #include "platform/FileSystem.h"
+#include "platform/MainThread.h"
 #include "platform/PropertyList.h"
+#include "platform/Thread.h"
 #include "platform/UserPreferences.h"
 
 namespace vornic {
@@ -36,12 +41,50 @@ void store(const std::vector<std::string>& paths) {
     platform::UserPreferences().setValue(kKey, platform::PropertyList(std::move(entries)), ignored);
 }
 
+// What is known of the files, and which of them are being looked at.
+struct Looks {
+    std::set<std::string> gone;
+    std::set<std::string> underWay;
+};
+
+Looks& looks() {
+    static Looks instance;
+    return instance;
+}
+
+// @return whether the answer is news.
+bool noteAnswer(const std::string& path, bool exists) {
+    looks().underWay.erase(path);
+    return exists ? looks().gone.erase(path) > 0 : looks().gone.insert(path).second;
+}
+
 }  // namespace
 
 std::vector<std::string> RecentFiles::paths() {
     std::vector<std::string> paths = stored();
-    std::erase_if(paths, [](const std::string& path) { return !platform::fileExists(path); });
+    std::erase_if(paths, [](const std::string& path) { return looks().gone.contains(path); });
     return paths;
+}
+
+void RecentFiles::look(QObject& owner, const std::function<void()>& changed) {
+    for (const std::string& path : stored()) {
+        if (!looks().underWay.insert(path).second) {
+            continue;
+        }
+        const auto answer = [path, changed, owner = QPointer<QObject>(&owner)](bool exists) {
+            if (noteAnswer(path, exists) && owner) {
+                changed();
+            }
+        };
+        try {
+            platform::startUnattendedThread([path, answer] {
+                const bool exists = platform::fileExists(path);
+                platform::MainThread::perform([answer, exists] { answer(exists); });
+            });
+        } catch (const platform::Exception&) {
+            looks().underWay.erase(path);
+        }
+    }
 }
 
 void RecentFiles::add(const std::string& path) {
@@ -50,6 +93,7 @@ void RecentFiles::add(const std::string& path) {
     if (text != path) {
         return;
     }
+    looks().gone.erase(path);
     std::vector<std::string> paths = stored();
     std::erase(paths, path);
     paths.insert(paths.begin(), path);

@@ -1,6 +1,8 @@
 #ifndef VORNIC_DESKTOP_RECENT_FILES_H
 #define VORNIC_DESKTOP_RECENT_FILES_H
 
+#include <QObject>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -12,8 +14,14 @@ class RecentFiles {
   public:
     static constexpr std::size_t kMost = 10;
 
-    /// Those that are still there.
+    /// Those that are not known to have gone. No file is looked at: one on a server that does not
+    /// answer would hold up the windows.
     [[nodiscard]] static std::vector<std::string> paths();
+    /// Looks at each of them on a thread of its own and returns at once. What is never answered is
+    /// taken to be there.
+    /// @param owner nothing is called after its end.
+    /// @param changed called for each answer that changes what `paths` returns.
+    static void look(QObject& owner, const std::function<void()>& changed);
     static void add(const std::string& path);
     static void clear();
 };

@@ -29,11 +29,13 @@ StartWindow::StartWindow(std::function<void()> browse, std::function<void(const 
     auto* const content = new QWidget(this);
     auto* const area = new DropArea(content);
     auto* const icon = new QLabel(area);
+    icon->setTextFormat(Qt::PlainText);
     icon->setPixmap(QApplication::windowIcon().pixmap(kIconSize));
     icon->setAlignment(Qt::AlignCenter);
     auto* const invitation =
         new QLabel(tr("Drop Final Cut Pro XML files here to repair them."), area);
     invitation->setObjectName(QStringLiteral("dropLabel"));
+    invitation->setTextFormat(Qt::PlainText);
     invitation->setAlignment(Qt::AlignCenter);
     invitation->setWordWrap(true);
     auto* const button = new QPushButton(tr("&Open Files…"), area);
@@ -41,6 +43,7 @@ StartWindow::StartWindow(std::function<void()> browse, std::function<void(const 
     button->setAccessibleName(tr("Open files to repair"));
     button->setDefault(true);
     recentHeading_ = new QLabel(tr("&Recent files"), content);
+    recentHeading_->setTextFormat(Qt::PlainText);
     recentHeading_->setBuddy(recentFiles_);
     recentFiles_->setObjectName(QStringLiteral("recentFilesList"));
     recentFiles_->setAccessibleName(tr("Recent files"));
@@ -73,6 +76,11 @@ StartWindow::StartWindow(std::function<void()> browse, std::function<void(const 
 }
 
 void StartWindow::showRecentFiles() {
+    listRecentFiles();
+    RecentFiles::look(*this, [this] { listRecentFiles(); });
+}
+
+void StartWindow::listRecentFiles() {
     recentFiles_->clear();
     for (const std::string& path : RecentFiles::paths()) {
         auto* const item = new QListWidgetItem(fileNameOf(path), recentFiles_);

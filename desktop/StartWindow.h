@@ -15,13 +15,15 @@ class StartWindow : public QMainWindow {
   public:
     StartWindow(std::function<void()> browse, std::function<void(const std::string&)> open);
 
-    /// Lists the files that were opened last; there is no list where there are none.
+    /// Lists the files that were opened last, and takes those off the list that turn out to have
+    /// gone; there is no list where there are none.
     void showRecentFiles();
 
   protected:
     void closeEvent(QCloseEvent* event) override;
 
   private:
+    void listRecentFiles();
     void openItem(const QListWidgetItem* item);
 
     std::function<void(const std::string&)> open_;

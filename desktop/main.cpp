@@ -13,6 +13,7 @@
 #include "desktop/Appearance.h"
 #include "desktop/Application.h"
 #include "desktop/CloseRequests.h"
+#include "desktop/DisplayName.h"
 #include "desktop/InstanceLink.h"
 #include "desktop/QtAlertPanel.h"
 #include "desktop/QtRunLoop.h"
@@ -83,6 +84,7 @@ int main(int argc, char** argv) {
             stderr));
         return EXIT_FAILURE;
     }
+    const std::string chosenDisplay = vornic::displayOption(argc, argv);
     qInstallMessageHandler(refuseToStart);
     QApplication toolkit(argc, argv);
     qInstallMessageHandler(nullptr);
@@ -92,7 +94,8 @@ int main(int argc, char** argv) {
     QApplication::setQuitOnLastWindowClosed(false);
     const std::vector<std::string> files = filesOf(argc, argv);
 
-    vornic::InstanceLink link(vornic::InstanceLink::defaultFolder());
+    vornic::InstanceLink link(vornic::InstanceLink::folderFor(
+        vornic::displayName(QApplication::platformName().toStdString(), chosenDisplay)));
     const bool isAlone = std::getenv("VORNIC_NEW_INSTANCE") != nullptr;
     if (!isAlone && link.handOver(files)) {
         return EXIT_SUCCESS;
@@ -113,13 +116,13 @@ int main(int argc, char** argv) {
                              application.terminate();
                          });
         if (!isAlone) {
-            link.listen([&application](const std::vector<std::string>& paths) {
-                application.receive(paths);
-            });
+            link.listen(application);
         }
         application.launch(files);
         application.run();
         application.finish();
+        // A start from here on is one of its own.
+        link.stop();
         vornic::platform::MainThread::shutdown();
         vornic::platform::joinDetachedThreads(kLongestEnd);
         vornic::QMLog::finishWriting();

@@ -1,3 +1,5 @@
+#include "tests/desktop/ApplicationTest.h"
+
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QLabel>
@@ -27,67 +29,17 @@
 #include "platform/PropertyList.h"
 #include "platform/Thread.h"
 #include "platform/UserPreferences.h"
-#include "tests/desktop/DesktopTest.h"
 
 // The application with real documents.
 
 namespace vornic::test {
 namespace {
 
-constexpr const char* kSound =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n<xmeml version=\"5\">\n"
-    "    <sequence>\n        <name>Cut</name>\n    </sequence>\n</xmeml>\n";
-
-template <typename Widget>
-Widget* visible() {
-    for (QWidget* const widget : QApplication::allWidgets()) {
-        auto* const found = dynamic_cast<Widget*>(widget);
-        if (found != nullptr && found->isVisible()) {
-            return found;
-        }
-    }
-    return nullptr;
-}
-
-class ApplicationTest : public DesktopTest {
-  protected:
-    ApplicationTest() { showOpenPanelAtStart(false); }
-    ~ApplicationTest() override {
-        application.finish();
-        settle();
-    }
-
-    void showOpenPanelAtStart(bool shows) {
-        ErrorSlot error;
-        EXPECT_TRUE(platform::UserPreferences().setValue(AppController::kShowOpenDialogPreference,
-                                                         shows ? 1 : 0, error));
-    }
-
-    // Opens a file and waits for the end of its repair; the alert is answered.
-    DocumentMainWindow* opened(const std::string& path) {
-        EXPECT_TRUE(application.openDocument(path));
-        DocumentMainWindow* const window = application.currentWindow();
-        auto* const outcome = window->findChild<QLabel*>(QStringLiteral("outcomeLabel"));
-        EXPECT_TRUE(waitUntil(
-            [&] { return !outcome->text().isEmpty() && visible<QMessageBox>() != nullptr; }));
-        QTest::keyClick(visible<QMessageBox>(), Qt::Key_Return);
-        return window;
-    }
-
-    static QAction* action(const QWidget& window, const char* id) {
-        auto* const found = window.findChild<QAction*>(QString::fromLatin1(id));
-        EXPECT_NE(found, nullptr) << id;
-        return found;
-    }
-
-    Application application;
-};
-
 TEST_F(ApplicationTest, offersToOpenSomethingWhenNothingIsOpen) {
     application.launch({});
     ASSERT_NE(visible<StartWindow>(), nullptr);
     EXPECT_EQ(visible<QFileDialog>(), nullptr);
-    EXPECT_FALSE(application.hasKeyWindow());
+    EXPECT_TRUE(application.hasKeyWindow());
     EXPECT_EQ(application.currentDocument(), nullptr);
 }
 
@@ -131,6 +83,15 @@ TEST_F(ApplicationTest, offersFoldersAndTheFilesThatMayBeOpened) {
         EXPECT_EQ(names, (QStringList{QStringLiteral("a.xml"), QStringLiteral("b.FCPXML"),
                                       QStringLiteral("folder")}));
         auto* const name = panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        name->setText(QStringLiteral("c.txt"));
+        QTest::keyClick(name, Qt::Key_Return);
+        EXPECT_TRUE(panel->isVisible()) << "a file that is not offered was taken";
+        auto* const refusal = visible<QMessageBox>();
+        ASSERT_NE(refusal, nullptr);
+        EXPECT_EQ(refusal->parentWidget(), panel);
+        EXPECT_TRUE(refusal->text().contains(QStringLiteral("c.txt")));
+        QTest::keyClick(refusal, Qt::Key_Return);
+        EXPECT_EQ(visible<QMessageBox>(), nullptr);
         name->setText(QStringLiteral("b.FCPXML"));
         QTest::keyClick(name, Qt::Key_Return);
         if (panel->isVisible()) {
@@ -173,6 +134,16 @@ TEST_F(ApplicationTest, tellsThatAFileCannotBeOpened) {
     ASSERT_NE(visible<QMessageBox>(), nullptr);
     visible<QMessageBox>()->close();
     EXPECT_EQ(application.currentWindow(), nullptr);
+}
+
+TEST_F(ApplicationTest, tellsWhyItCannotSeeWhetherAFileIsThere) {
+    application.launch({});
+    std::filesystem::create_symlink("loop.xml", sandbox.path("loop.xml"));
+    EXPECT_FALSE(application.openDocument(sandbox.path("loop.xml")));
+    ASSERT_NE(visible<QMessageBox>(), nullptr);
+    EXPECT_TRUE(visible<QMessageBox>()->informativeText().contains(
+        QStringLiteral("too many symbolic links")));
+    visible<QMessageBox>()->close();
 }
 
 TEST_F(ApplicationTest, givesEveryCommandAnIdOfItsOwn) {
@@ -271,13 +242,88 @@ TEST_F(ApplicationTest, opensTheFilesOfALaterStartInsteadOfWhatThePanelAsksFor) 
     EXPECT_EQ(application.currentDocument()->filePath(), path);
 }
 
-TEST_F(ApplicationTest, keepsWhatItIsHandedBeforeItMayOpenAnything) {
+TEST_F(ApplicationTest, tellsThatItMayOpenFilesOnceItIsLaunched) {
     const std::string path = sandbox.write("a.xml", kSound);
-    application.receive({path});
-    EXPECT_EQ(application.currentWindow(), nullptr);
+    std::optional<bool> told;
+    application.whenDecided([&told](bool mayOpen) { told = mayOpen; });
+    EXPECT_EQ(told, std::nullopt);
+    EXPECT_FALSE(application.receive({path}));
     application.launch({});
-    ASSERT_NE(application.currentDocument(), nullptr);
+    EXPECT_EQ(told, true);
+    EXPECT_TRUE(application.receive({path}));
     EXPECT_EQ(application.currentDocument()->filePath(), path);
+}
+
+TEST_F(ApplicationTest, takesNoFilesOnceItEnds) {
+    std::optional<bool> told;
+    application.whenDecided([&told](bool mayOpen) { told = mayOpen; });
+    application.terminate();
+    EXPECT_EQ(told, false);
+    platform::MainThread::restart();
+    application.launch({});
+    application.terminate();
+    application.whenDecided([&told](bool mayOpen) { told = mayOpen; });
+    EXPECT_EQ(told, false);
+    EXPECT_FALSE(application.receive({sandbox.write("a.xml", kSound)}));
+    EXPECT_EQ(application.currentWindow(), nullptr);
+}
+
+TEST_F(ApplicationTest, showsNoOpenPanelOnceItEnds) {
+    showOpenPanelAtStart(true);
+    application.launch({sandbox.write("a.xml", kSound)});
+    // The check a second after the launch comes when all windows have gone.
+    application.finish();
+    EXPECT_FALSE(waitUntil([] { return visible<QFileDialog>() != nullptr; },
+                           std::chrono::milliseconds(1500)));
+    EXPECT_EQ(application.runOpenPanel({}), std::nullopt);
+}
+
+TEST_F(ApplicationTest, copiesWhatIsDroppedWhateverKeysAreHeld) {
+    application.launch({});
+    const std::string path = sandbox.write("a.xml", kSound);
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(QString::fromStdString(path))});
+    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton,
+                          Qt::ShiftModifier);
+    EXPECT_EQ(enter.proposedAction(), Qt::MoveAction);
+    QApplication::sendEvent(visible<StartWindow>(), &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    EXPECT_EQ(enter.dropAction(), Qt::CopyAction);
+    QDropEvent drop(QPointF(5, 5), Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton,
+                    Qt::ShiftModifier);
+    QApplication::sendEvent(visible<StartWindow>(), &drop);
+    EXPECT_TRUE(drop.isAccepted());
+    EXPECT_EQ(drop.dropAction(), Qt::CopyAction);
+    EXPECT_TRUE(waitUntil([this] { return application.currentWindow() != nullptr; }));
+}
+
+TEST_F(ApplicationTest, takesNothingThatCanOnlyBeMoved) {
+    application.launch({});
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(QString::fromStdString(sandbox.write("a.xml", kSound)))});
+    QDragEnterEvent enter(QPoint(5, 5), Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(visible<StartWindow>(), &enter);
+    EXPECT_FALSE(enter.isAccepted());
+    QDropEvent drop(QPointF(5, 5), Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(visible<StartWindow>(), &drop);
+    EXPECT_FALSE(drop.isAccepted());
+    settle();
+    EXPECT_EQ(application.currentWindow(), nullptr);
+}
+
+TEST_F(ApplicationTest, takesTheQuestionAboutARunAwayWhenTheRunHasEnded) {
+    application.launch({});
+    DocumentMainWindow* const window = opened(sandbox.write("a.xml", kSound));
+    window->document()->startProgress();
+    platform::MainThread::performAfter(std::chrono::milliseconds(50), [window] {
+        EXPECT_NE(visible<QMessageBox>(), nullptr);
+        window->document()->endProgress();
+    });
+    EXPECT_FALSE(window->close());
+    EXPECT_EQ(visible<QMessageBox>(), nullptr);
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_FALSE(window->hasAttachedSheet());
+    EXPECT_TRUE(window->close());
 }
 
 class LastWindowTest : public ApplicationTest {

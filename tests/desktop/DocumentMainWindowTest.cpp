@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QTest>
+#include <chrono>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -13,6 +14,7 @@
 #include "desktop/DocumentMainWindow.h"
 #include "desktop/FileIcons.h"
 #include "platform/MainThread.h"
+#include "platform/Thread.h"
 #include "platform/UserPreferences.h"
 #include "tests/desktop/DesktopTest.h"
 
@@ -271,6 +273,34 @@ TEST_F(DocumentMainWindowTest, convertsTheFileToTheChosenVersion) {
     EXPECT_NE(readBytes(path).find("<xmeml version=\"4\">"), std::string::npos);
     EXPECT_TRUE(waitUntil([&button] { return button.isEnabled(); }));
     EXPECT_TRUE(child<QDialog>("windowConvert").isVisible()) << "it closes by its button alone";
+}
+
+TEST_F(DocumentMainWindowTest, tellsOfAConversionThatWasWrittenWhenItsDialogWasClosed) {
+    open(sandbox.write("cut.xml", kSound));
+    alertAtTheEnd();
+    window->showConverted("4");
+    EXPECT_EQ(child<QLabel>("outcomeLabel").text(), QStringLiteral("Converted to version 4."));
+}
+
+TEST_F(DocumentMainWindowTest, convertsNothingOnceTheDialogIsClosed) {
+    const std::string path = sandbox.write("cut.xml", kSound);
+    open(path);
+    alertAtTheEnd();
+    document->showConvertDialog();
+    auto& menu = child<QComboBox>("convertVersionPopUp");
+    auto& button = child<QPushButton>("convertBtn");
+    EXPECT_TRUE(waitUntil([&button] { return button.isEnabled(); }));
+    menu.setCurrentIndex(menu.findData(QStringLiteral("4")));
+    const std::string before = readBytes(path);
+    button.click();
+    QTest::keyClick(&child<QDialog>("windowConvert"), Qt::Key_Escape);
+    EXPECT_FALSE(child<QDialog>("windowConvert").isVisible());
+    EXPECT_TRUE(platform::joinDetachedThreads(std::chrono::minutes(2)));
+    EXPECT_EQ(readBytes(path), before);
+    // The dialog can be opened and used again.
+    document->showConvertDialog();
+    EXPECT_TRUE(waitUntil([&button] { return button.isEnabled(); }));
+    EXPECT_EQ(menu.count(), 9) << "filled by one analysis";
 }
 
 TEST_F(DocumentMainWindowTest, showsAnEmptyDialogForAFileThatCannotBeAnalysed) {

@@ -1,3 +1,4 @@
+#include <QApplication>
 #include <QComboBox>
 #include <QLabel>
 #include <QProgressBar>
@@ -7,6 +8,7 @@
 
 #include "desktop/ConvertSheet.h"
 #include "desktop/ProgressSheet.h"
+#include "desktop/QtText.h"
 #include "desktop/Sheet.h"
 #include "tests/desktop/DesktopTest.h"
 
@@ -81,7 +83,7 @@ TEST_F(ProgressSheetTest, keepsALongLabelInside) {
     sheet.setStatusText(path);
     EXPECT_TRUE(waitUntil([] { return true; }));
     EXPECT_EQ(sheet.width(), width);
-    EXPECT_EQ(child<QLabel>(sheet, "progressStatusText").toolTip().toStdString(), path);
+    EXPECT_EQ(child<QLabel>(sheet, "progressStatusText").toolTip(), toolTipOf(path));
     sheet.setStatusText("Repairing...");
     EXPECT_EQ(child<QLabel>(sheet, "progressStatusText").text(), QStringLiteral("Repairing..."));
 }
@@ -102,20 +104,20 @@ TEST_F(ConvertSheetTest, isEmptyAndDisabledAtFirst) {
     EXPECT_EQ(menu.count(), 0);
     EXPECT_EQ(child<QLabel>(sheet, "convertCurVersion").text(), QString());
     EXPECT_EQ(child<QLabel>(sheet, "convertDowngradeVersion").text(), QString());
-    EXPECT_EQ(sheet.selectedVersionKey(), std::nullopt);
+    EXPECT_EQ(sheet.selectedConvertVersionKey(), std::nullopt);
 }
 
 TEST_F(ConvertSheetTest, knowsTheKeyOfTheChosenVersion) {
-    sheet.addVersion("5 (Final Cut Pro 6+)");
-    EXPECT_EQ(sheet.selectedVersionKey(), std::nullopt);
-    sheet.setLastVersionKey("5");
-    sheet.addVersion("4 (Final Cut Pro 5.1+)");
-    sheet.setLastVersionKey("4");
-    EXPECT_EQ(sheet.selectedVersionKey(), "5");
+    sheet.addConvertVersion("5 (Final Cut Pro 6+)");
+    EXPECT_EQ(sheet.selectedConvertVersionKey(), std::nullopt);
+    sheet.setLastConvertVersionKey("5");
+    sheet.addConvertVersion("4 (Final Cut Pro 5.1+)");
+    sheet.setLastConvertVersionKey("4");
+    EXPECT_EQ(sheet.selectedConvertVersionKey(), "5");
     menu.setCurrentIndex(1);
-    EXPECT_EQ(sheet.selectedVersionKey(), "4");
-    sheet.removeAllVersions();
-    EXPECT_EQ(sheet.selectedVersionKey(), std::nullopt);
+    EXPECT_EQ(sheet.selectedConvertVersionKey(), "4");
+    sheet.removeAllConvertVersions();
+    EXPECT_EQ(sheet.selectedConvertVersionKey(), std::nullopt);
 }
 
 TEST_F(ConvertSheetTest, hasRoomForTextsOfSeveralLines) {
@@ -123,8 +125,8 @@ TEST_F(ConvertSheetTest, hasRoomForTextsOfSeveralLines) {
     beginSheet(sheet);
     const std::string text =
         "Can be downgraded without changes to version: 3 (Final Cut Pro 5.1.2+)";
-    sheet.setCurVersion(text + " " + text);
-    sheet.setDowngradeVersion(text + " " + text);
+    sheet.setConvertCurVersion(text + " " + text);
+    sheet.setConvertDowngradeVersion(text + " " + text);
     QApplication::processEvents();
     for (const char* const name : {"convertCurVersion", "convertDowngradeVersion"}) {
         const auto& label = child<QLabel>(sheet, name);
@@ -133,22 +135,63 @@ TEST_F(ConvertSheetTest, hasRoomForTextsOfSeveralLines) {
 }
 
 TEST_F(ConvertSheetTest, startsNoSecondConversionWhileItIsBusy) {
-    sheet.setButtonEnabled(true);
+    sheet.setConvertButtonEnabled(true);
     EXPECT_TRUE(button.isEnabled());
-    sheet.setSpinning(true);
+    sheet.startConvertSpinner();
     EXPECT_FALSE(button.isEnabled());
     button.click();
     EXPECT_EQ(conversions, 0);
-    sheet.setSpinning(false);
+    sheet.stopConvertSpinner();
     button.click();
     EXPECT_EQ(conversions, 1);
+}
+
+TEST_F(ConvertSheetTest, takesADoubleClickForOneClick) {
+    sheet.setConvertVersionMenuEnabled(true);
+    sheet.setConvertButtonEnabled(true);
+    beginSheet(sheet);
+    QTest::mouseClick(&button, Qt::LeftButton);
+    QTest::mouseClick(&button, Qt::LeftButton);
+    QTest::keyClick(&sheet, Qt::Key_Return);
+    EXPECT_EQ(conversions, 1);
+    EXPECT_FALSE(menu.isEnabled()) << "the version stays the one that was chosen";
+    sheet.stopConvertSpinner();
+    EXPECT_TRUE(menu.isEnabled());
+    // A short conversion is over before the second click comes.
+    QTest::mouseClick(&button, Qt::LeftButton);
+    EXPECT_EQ(conversions, 1);
+    const int interval = QApplication::doubleClickInterval();
+    QApplication::setDoubleClickInterval(0);
+    QTest::mouseClick(&button, Qt::LeftButton);
+    QApplication::setDoubleClickInterval(interval);
+    EXPECT_EQ(conversions, 2);
+}
+
+TEST_F(ConvertSheetTest, isEmptyAndIdleWheneverItIsShown) {
+    sheet.addConvertVersion("5 (Final Cut Pro 6+)");
+    sheet.setConvertCurVersion("5");
+    sheet.setConvertDowngradeVersion("5");
+    sheet.setConvertVersionMenuEnabled(true);
+    sheet.setConvertButtonEnabled(true);
+    sheet.startConvertSpinner();
+    window.show();
+    sheet.beginConvertSheet();
+    EXPECT_TRUE(sheet.isVisible());
+    EXPECT_FALSE(child<QProgressBar>(sheet, "convertSpinner").isVisible());
+    EXPECT_FALSE(menu.isEnabled());
+    EXPECT_FALSE(button.isEnabled());
+    EXPECT_EQ(menu.count(), 0);
+    EXPECT_EQ(child<QLabel>(sheet, "convertCurVersion").text(), QString());
+    EXPECT_EQ(child<QLabel>(sheet, "convertDowngradeVersion").text(), QString());
+    sheet.endConvertSheet();
+    EXPECT_FALSE(sheet.isVisible());
 }
 
 TEST_F(ConvertSheetTest, showsThatItIsBusy) {
     beginSheet(sheet);
     auto& spinner = child<QProgressBar>(sheet, "convertSpinner");
     EXPECT_FALSE(spinner.isVisible());
-    sheet.setSpinning(true);
+    sheet.startConvertSpinner();
     EXPECT_TRUE(spinner.isVisible());
 }
 

@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QDrag>
+#include <QFile>
 #include <QLabel>
 #include <QMimeData>
 #include <QMouseEvent>
@@ -27,7 +28,11 @@ class DraggedFile : public QLabel {
             setWindowTitle(action == Qt::CopyAction ? QStringLiteral("accepted")
                                                     : QStringLiteral("refused"));
         });
-        drag->exec(Qt::CopyAction);
+        // As a file manager does with what was moved away from it.
+        if (drag->exec(Qt::CopyAction | Qt::MoveAction) == Qt::MoveAction) {
+            QFile::remove(path_);
+        }
+        setWindowTitle(QStringLiteral("dropped"));
     }
 
   private:

@@ -72,6 +72,21 @@ TEST_F(EndProgramTest, keepsTheRunGoingWhenItsWindowIsNotToCloseAfterAll) {
     EXPECT_THAT(program.report(program.window("cut.xml")), Not(HasSubstr("was cancelled")));
 }
 
+TEST_F(EndProgramTest, takesItsQuestionAwayWhenTheRunHasEnded) {
+    // So long that the question comes in between, so short that the test waits for the end.
+    const std::string path = sandbox.write("cut.xml", damagedAtLength(60000));
+    DrivenProgram program = start({path});
+    pressDuringRun(program, "ctrl+w");
+    program.waitForLabel(kCloseQuestion);
+    program.waitFor("the end of the question",
+                    [&] { return !program.find("label", kCloseQuestion); });
+    program.answerAlert("The file was repaired successfully", "OK");
+    program.waitForLabel("Repaired. The original file is in the Trash.");
+    program.waitUntilActive("cut.xml");
+    session->pressKeys({"ctrl+w"});
+    program.expectCleanEnd();
+}
+
 TEST_F(EndProgramTest, asksWhenTheFrameOfAWindowIsClosedDuringItsRun) {
     const std::string damaged = damagedAtLength();
     const std::string path = sandbox.write("cut.xml", damaged);

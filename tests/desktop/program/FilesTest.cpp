@@ -13,9 +13,10 @@ namespace {
 
 class FilesProgramTest : public ProgramTest {
   protected:
-    // Drags a file out of another program's window, drops it in the middle of a window, and waits
-    // for the window of the file.
-    void dropOn(const DrivenProgram& program, const char* title, const char* fileName) const {
+    // Drags a file out of another program's window, drops it in the middle of a window, with a key
+    // held unless that is "", and waits for the window of the file.
+    void dropOn(const DrivenProgram& program, const char* title, const char* fileName,
+                const std::string& key = "") const {
         std::vector<std::string> environment = session->environment();
         environment.insert(environment.end(), {"HOME=" + sandbox.home(), "PATH=/usr/bin:/bin"});
         DrivenProgram source(*session, {.program = VORNIC_DRAG_SOURCE,
@@ -24,6 +25,9 @@ class FilesProgramTest : public ProgramTest {
         source.waitUntilActive("Files");
         session->movePointer(source.window("Files").area().center());
         session->act({"mousedown", "1"});
+        if (!key.empty()) {
+            session->act({"keydown", key});
+        }
         const QPoint place = program.window(title).area().center();
         int step = 0;
         source.waitFor("a target that takes the file", [&] {
@@ -33,6 +37,10 @@ class FilesProgramTest : public ProgramTest {
         session->act({"mouseup", "1"});
         // The source serves the file until then.
         program.window(fileName);
+        source.window("dropped");
+        if (!key.empty()) {
+            session->act({"keyup", key});
+        }
         source.process().sendSignal(SIGTERM);
         source.finish();
     }
@@ -44,6 +52,16 @@ TEST_F(FilesProgramTest, opensAFileThatIsDroppedOnADocumentsWindow) {
     program.answerAlert("No repair was necessary", "OK");
     dropOn(program, "cut.xml", "dropped & odd.xml");
     program.answerAlert("The file was repaired successfully", "OK");
+    EXPECT_EQ(readBytes(path), kSound);
+}
+
+TEST_F(FilesProgramTest, leavesAFileInItsPlaceThatIsDroppedWithShift) {
+    const std::string path = sandbox.write("dropped.xml", kSound);
+    showOpenPanelAtStart(0);
+    const DrivenProgram program = start({});
+    program.waitForLabel("Drop Final Cut Pro XML files here to repair them.");
+    dropOn(program, "Vornic", "dropped.xml", "shift");
+    program.answerAlert("No repair was necessary", "OK");
     EXPECT_EQ(readBytes(path), kSound);
 }
 

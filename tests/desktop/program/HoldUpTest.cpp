@@ -37,8 +37,8 @@ TEST_F(HoldUpProgramTest, outlivesAFileThatGoesDuringItsRun) {
     ASSERT_EQ(std::remove(path.c_str()), 0);
     waitForTheEnd(program);
     program.waitForLabel(
-        "Repaired, but the repaired file could not take the place of the original; it is beside "
-        "it.");
+        "Repaired, but another program has changed the file meanwhile. It is as that program left "
+        "it; the repaired file is the one called cut-backup.xml.");
     program.answerAlert("The file was repaired successfully", "OK");
     EXPECT_EQ(readBytes(sandbox.path("cut-backup.xml")), kSound);
     session->pressKeys({"ctrl+q"});
@@ -67,7 +67,9 @@ TEST_F(HoldUpProgramTest, outlivesAVolumeThatGoesDuringARun) {
     program.waitForReport(program.window("cut.xml"), "Invalid character");
     ASSERT_TRUE(mounts.unmountVolume(volume));
     waitForTheEnd(program);
-    EXPECT_EQ(namesIn(volume), std::vector<std::string>());
+    // What was repaired is kept where the volume was.
+    EXPECT_EQ(namesIn(volume), std::vector<std::string>{"cut-backup.xml"});
+    EXPECT_EQ(readBytes(sandbox.path("volume/cut-backup.xml")), kSound);
     EXPECT_FALSE(exists(trash() + "/cut.xml"));
     program.clickButton("OK");
     program.clickButton("Repair the file");
@@ -106,8 +108,8 @@ TEST_F(HoldUpProgramTest, leavesTheFileWhenThereIsNoTrash) {
     std::ofstream(trash()) << "no folder";
     const DrivenProgram program = start({path});
     program.waitForLabel(
-        "Repaired, but the repaired file could not take the place of the original; it is beside "
-        "it.");
+        "Repaired, but the original file could not be moved to the Trash. It is as it was; the "
+        "repaired file is the one called cut-backup.xml.");
     EXPECT_EQ(readBytes(path), kDamaged);
     EXPECT_EQ(readBytes(sandbox.path("cut-backup.xml")), kSound);
 }

@@ -1,17 +1,20 @@
 #ifndef VORNIC_TESTS_DESKTOP_PROGRAM_PROGRAM_TEST_H
 #define VORNIC_TESTS_DESKTOP_PROGRAM_PROGRAM_TEST_H
 
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "app/AppController.h"
 #include "platform/UserPreferences.h"
 #include "tests/desktop/program/DesktopSession.h"
 #include "tests/desktop/program/DrivenProgram.h"
 #include "tests/desktop/program/Waiting.h"
+#include "tests/support/PrivateMounts.h"
 #include "tests/support/Sandbox.h"
 
 namespace vornic::test {
@@ -45,6 +48,30 @@ struct StartSettings {
     std::vector<std::string> environment = {};
     /// Whether the program joins one that runs already.
     bool joinsOthers = false;
+};
+
+/// Where the programs of a test write their log. As root the current one is in the machine's
+/// folder, which the test then has to itself.
+class OwnLogs {
+  public:
+    explicit OwnLogs(const Sandbox& sandbox)
+        : folder_(sandbox.home() + "/.local/share/quillmark/Logs"), currentFolder_(folder_) {
+        constexpr const char* kMachineLibrary = "/var/lib/quillmark";
+        if (geteuid() == 0) {
+            std::filesystem::create_directories(kMachineLibrary);
+            EXPECT_TRUE(mounts_.mountVolume(kMachineLibrary, "tmpfs", "mode=755"));
+            currentFolder_ = std::string(kMachineLibrary) + "/Logs";
+        }
+    }
+    [[nodiscard]] std::string path(int generation) const {
+        return (generation == 1 ? currentFolder_ : folder_) + "/Quillmark/Vornic." +
+               std::to_string(generation) + ".log";
+    }
+
+  private:
+    PrivateMounts mounts_;
+    std::string folder_;
+    std::string currentFolder_;
 };
 
 /// Base class of tests that drive the built desktop program on a desktop of their own.

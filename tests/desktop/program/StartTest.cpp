@@ -27,15 +27,31 @@ TEST_F(StartProgramTest, opensTheFileThatTheUserChoosesInTheOpenPanel) {
     program.waitUntilGone(kOpenPanel);
 }
 
-TEST_F(StartProgramTest, showsTheStartWindowWhenTheOpenPanelsAreCancelled) {
+TEST_F(StartProgramTest, takesNoFileOfAnotherKindWhoseNameIsTyped) {
+    const std::string other = sandbox.write("notes.txt", "notes");
+    const std::string path = sandbox.write("cut.xml", kSound);
+    DrivenProgram program = start({});
+    program.waitUntilActive(kOpenPanel);
+    session->type(other);
+    session->pressKeys({"Return"});
+    program.answerAlert("The file “notes.txt” cannot be chosen.", "OK");
+    program.waitUntilActive(kOpenPanel);
+    session->pressKeys({"ctrl+a"});
+    session->type(path);
+    session->pressKeys({"Return"});
+    program.answerAlert("No repair was necessary", "OK");
+    EXPECT_EQ(readBytes(other), "notes");
+}
+
+TEST_F(StartProgramTest, showsTheStartWindowWhenTheOpenPanelIsCancelled) {
     DrivenProgram program = start({});
     program.waitUntilActive(kOpenPanel);
     session->pressKeys({"Escape"});
     program.waitUntilGone(kOpenPanel);
-    // Nothing is open a second later, so that the panel is shown once more.
-    program.waitUntilActive(kOpenPanel);
-    session->pressKeys({"Escape"});
     program.waitUntilActive("Vornic");
+    // The start window takes the keys a second later, so that the panel does not come again.
+    EXPECT_FALSE(becomesTrue([&] { return program.findWindow(kOpenPanel).has_value(); },
+                             std::chrono::milliseconds(1500)));
     program.waitForLabel("Drop Final Cut Pro XML files here to repair them.");
     EXPECT_EQ(program.windowCount(), 1U) << program.describe();
     program.clickButton("Open files to repair");
