@@ -6,7 +6,7 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/BenchmarkText.h"
-#include "convert/ElementSearch.h"
+#include "formats/xmeml/ElementSearch.h"
 
 namespace vornic::bench {
 

@@ -127,6 +127,7 @@ class Comparison {
         return {{programs_ + "/vornic-repair", copy},
                 [=, this] {
                     fs::remove_all(folder_ + "/home/.Trash");
+                    fs::remove_all(folder_ + "/home/.local/share/Trash");
                     copyFile(file, copy);
                 },
                 [](const std::string& printed) {

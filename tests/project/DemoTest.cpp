@@ -34,7 +34,8 @@ TEST(Demo, repairsItsSamplesInAHomeOfTheirOwn) {
                     .environment = {"HOME=" + sandbox.home(), "PATH=/usr/bin:/bin",
                                     "TMPDIR=" + sandbox.folder()},
                     .folder = sandbox.folder()});
-    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(occurrences(result.errors, "; vornic-repair --undo brings it back.\n"), 4U)
+        << result.errors;
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(occurrences(result.output, "The file was repaired successfully."), 4U)
         << result.output;

@@ -16,7 +16,7 @@ namespace {
 const std::string kPages = VORNIC_SOURCE "/packaging/man/";
 
 std::set<std::string> optionsIn(const std::string& text) {
-    static const std::regex option("(^|[^-\\w])(--[a-z]+)");
+    static const std::regex option("(^|[^-\\w])(--[a-z]+(-[a-z]+)*)");
     std::set<std::string> options;
     for (std::sregex_iterator match(text.begin(), text.end(), option), end; match != end; ++match) {
         options.insert((*match)[2]);
@@ -29,9 +29,9 @@ std::string page(const std::string& name) {
     return std::regex_replace(readBytes(kPages + name), std::regex("\\\\-"), "-");
 }
 
-std::string help() {
+std::string help(const char* program = VORNIC_REPAIR_PROGRAM) {
     const ProgramResult result =
-        runProgram({.program = VORNIC_REPAIR_PROGRAM, .arguments = {"--help"}, .environment = {}});
+        runProgram({.program = program, .arguments = {"--help"}, .environment = {}});
     EXPECT_EQ(result.status, 0);
     return result.output;
 }
@@ -63,6 +63,10 @@ TEST(ManualPage, namesEveryOptionOfTheHelpAndNoOther) {
     EXPECT_EQ(optionsIn(page("vornic-repair.1")), options);
 }
 
+TEST(ManualPage, namesEveryOptionOfTheCheckAndNoOther) {
+    EXPECT_EQ(optionsIn(page("vornic-check.1")), optionsIn(help(VORNIC_CHECK_PROGRAM)));
+}
+
 TEST(ManualPage, namesTheSwitchOfTheConverter) {
     EXPECT_NE(page("vornic.1").find("-convertxmeml"), std::string::npos);
 }
@@ -79,6 +83,7 @@ TEST(ManualPage, rendersWithoutWarnings) {
         GTEST_SKIP() << "groff is not installed";
     }
     EXPECT_EQ(warnings("vornic.1"), "");
+    EXPECT_EQ(warnings("vornic-check.1"), "");
     EXPECT_EQ(warnings("vornic-repair.1"), "");
 }
 

@@ -237,9 +237,12 @@ TEST_F(SetUpScripts, installsOtherPeoplesToolsForTheTests) {
     fakeTool("ctest");
     EXPECT_EQ(run(checkout_ + "/test").status, 0);
     // The accessibility bus is there or not, as a file and no program.
-    EXPECT_THAT(record(), ::testing::ContainsRegex(
-                              "install unzip libarchive-tools xdg-utils file xvfb xdotool "
-                              "openbox dbus-daemon( at-spi2-core)?\n"))
+    EXPECT_THAT(
+        record(),
+        ::testing::ContainsRegex(
+            "install unzip libarchive-tools xdg-utils file libxml2-utils xvfb xdotool "
+            "openbox dbus-daemon libglib2.0-bin( gvfs)?( at-spi2-core)? x11-xkb-utils locales "
+            "groff-base( polkitd)? pkexec\n"))
         << record();
 }
 
@@ -289,6 +292,60 @@ TEST_F(SetUpScripts, passesArgumentsOnToCtest) {
     EXPECT_TRUE(result.output.starts_with("<" + checkout_ + ">\n<--preset>\n<release>\n"))
         << result.output;
     EXPECT_TRUE(result.output.ends_with("<-R>\n<Reader|Writer>\n")) << result.output;
+}
+
+TEST_F(SetUpScripts, countsAndNamesTheSkippedTestsBeforeCtestsOwnSummary) {
+    fakeBuildTools();
+    const std::string summary =
+        "100% tests passed, 0 tests failed out of 4\n"
+        "\n"
+        "Total Test time (real) =   0.10 sec\n"
+        "\n"
+        "The following tests did not run:\n"
+        "\t  2 - Sudo.refuses (Skipped)\n"
+        "\t  3 - Names/Odd.byte/0  # GetParam() = \"a b\" (Skipped)\n"
+        "\t  4 - Off.now (Disabled)\n";
+    const std::string log =
+        "2/4 Testing: Sudo.refuses\n"
+        "/a/b.cpp:129: Skipped\n"
+        "sudo is not installed\n"
+        "\n"
+        "3/4 Testing: Names/Odd.byte/0  # GetParam() = \"a b\"\n"
+        "nothing\n";
+    sandbox.write("summary", summary);
+    sandbox.write("log", log);
+    fakeTool("ctest",
+             "mkdir -p build/release/Testing/Temporary\n"
+             "cat '" +
+                 sandbox.path("log") +
+                 "' >build/release/Testing/Temporary/LastTest.log\n"
+                 "echo '1/4 Test #2: Sudo.refuses ...***Skipped   0.01 sec'\n"
+                 "cat '" +
+                 sandbox.path("summary") + "'");
+    const ProgramResult result = run(checkout_ + "/test");
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(result.output,
+              "1/4 Test #2: Sudo.refuses ...***Skipped   0.01 sec\n"
+              "2 of the tests were skipped:\n"
+              "  Sudo.refuses: sudo is not installed\n"
+              "  Names/Odd.byte/0  # GetParam() = \"a b\": it does not say why\n"
+              "\n" +
+                  summary);
+}
+
+TEST_F(SetUpScripts, saysNothingOfSkippedTestsWhereThereAreNone) {
+    fakeBuildTools();
+    fakeTool("ctest", "echo before; echo '100% tests passed, 0 tests failed out of 1'; echo after");
+    const ProgramResult result = run(checkout_ + "/test");
+    EXPECT_EQ(result.output, "before\n100% tests passed, 0 tests failed out of 1\nafter\n");
+}
+
+TEST_F(SetUpScripts, endsWithCtestsOwnStatus) {
+    fakeBuildTools();
+    fakeTool("ctest", "echo '50% tests passed, 1 tests failed out of 2'; printf last; exit 8");
+    const ProgramResult result = run(checkout_ + "/test");
+    EXPECT_EQ(result.status, 8);
+    EXPECT_EQ(result.output, "50% tests passed, 1 tests failed out of 2\nlast\n");
 }
 
 }  // namespace vornic::test

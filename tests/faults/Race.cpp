@@ -1,0 +1,158 @@
+#include "tests/faults/Race.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <string_view>
+#include <utility>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace vornic::test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kVictim = "victim.xml";
+constexpr const char* kKept = "Cut-kept.xml";
+
+void writeTo(int file, std::string_view bytes) {
+    if (write(file, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) {
+        std::perror("a race's own file");
+    }
+}
+
+void writeFile(const std::string& path, int flags, std::string_view bytes) {
+    constexpr mode_t kMode = 0640;
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | flags, kMode);
+    writeTo(file, bytes);
+    close(file);
+}
+
+}  // namespace
+
+Race::Race(std::string name, const Scene& scene, const Baseline& baseline, const Baseline& newer)
+    : name_(std::move(name)), scene_(scene), baseline_(baseline), newer_(newer) {
+    static const std::map<std::string, Way> ways = {{"in-place", Way::inPlace},
+                                                    {"renamed", Way::renamed},
+                                                    {"saved-as", Way::savedAs},
+                                                    {"half", Way::half},
+                                                    {"link", Way::link}};
+    way_ = ways.at(name_.substr(name_.find('-') + 1));
+    bytes_ = isAboutCopy() ? soundDocument('f') : newerBytes(scene.kind());
+}
+
+std::vector<std::string> Race::namesFor(const SceneKind& kind) {
+    if (newerBytes(kind) == kind.bytes || kind.work == SceneKind::Work::undo) {
+        return {};
+    }
+    std::vector<std::string> names = {"source-in-place", "source-renamed", "source-saved-as",
+                                      "source-half", "source-link"};
+    if (kind.work == SceneKind::Work::repair) {
+        for (const char* name : {"copy-in-place", "copy-renamed", "copy-saved-as", "copy-link"}) {
+            names.emplace_back(name);
+        }
+    }
+    return names;
+}
+
+std::string Race::newerBytes(const SceneKind& kind) {
+    constexpr std::string_view kOld = "Sand";
+    std::string bytes = kind.bytes;
+    for (std::size_t at = bytes.find(kOld); at != std::string::npos; at = bytes.find(kOld, at)) {
+        bytes.replace(at, kOld.size(), "Reef");
+    }
+    return bytes;
+}
+
+void Race::write(const std::string& name, const std::string& bytes) {
+    const std::string path = scene_.pathOf(name);
+    const std::string aside = scene_.pathOf("../aside");
+    switch (way_) {
+        case Way::inPlace:
+            writeFile(path, O_TRUNC, bytes);
+            break;
+        case Way::renamed:
+            writeFile(aside, O_EXCL, bytes);
+            fs::rename(aside, path);
+            break;
+        case Way::savedAs:
+            fs::remove(path);
+            writeFile(path, O_EXCL, bytes);
+            break;
+        case Way::half:
+            held_ = open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+            writeTo(held_, std::string_view(bytes).substr(0, bytes.size() / 2));
+            break;
+        case Way::link:
+            link(name);
+            break;
+    }
+}
+
+void Race::link(const std::string& name) const {
+    std::error_code ignored;
+    if (isAboutCopy()) {
+        fs::remove(scene_.pathOf(name), ignored);
+    } else {
+        fs::rename(scene_.pathOf(name), scene_.pathOf(kKept), ignored);
+    }
+    writeFile(scene_.pathOf(kVictim), O_EXCL, bytes_);
+    fs::create_symlink(kVictim, scene_.pathOf(name), ignored);
+}
+
+void Race::act() {
+    write(isAboutCopy() ? workingCopyName(scene_.kind()) : scene_.kind().file, bytes_);
+}
+
+void Race::finish() {
+    if (held_ >= 0) {
+        writeTo(held_, std::string_view(bytes_).substr(bytes_.size() / 2));
+        close(std::exchange(held_, -1));
+    }
+}
+
+Demands Race::demands() const {
+    const bool isRepair = scene_.kind().work == SceneKind::Work::repair;
+    Demands demands = demandsOf(scene_.kind(), baseline_);
+    demands.strangers = {workingCopyName(scene_.kind()), kVictim, kKept};
+    if (isAboutCopy()) {
+        // What stood there before is gone by the other program's doing.
+        const auto old = scene_.kind().others.find(workingCopyName(scene_.kind()));
+        if (old != scene_.kind().others.end()) {
+            std::erase(demands.kept, old->second);
+        }
+        if (way_ != Way::inPlace) {
+            demands.kept.push_back(bytes_);
+        }
+        return demands;
+    }
+    demands.sameWork = false;
+    if (way_ != Way::link) {
+        demands.atPath = {bytes_, newer_.result};
+        demands.atPathInTheEnd = {newer_.result};
+        std::erase(demands.kept, scene_.kind().bytes);
+    } else {
+        demands.atPath = {std::string("-> ") + kVictim, newer_.result};
+        demands.atPathInTheEnd.clear();
+    }
+    if (isRepair) {
+        demands.kept.push_back(bytes_);
+    }
+    return demands;
+}
+
+std::vector<std::string> Race::wrongs(const World& world) const {
+    const auto victim = world.files.find(kVictim);
+    if (way_ != Way::link || victim == world.files.end()) {
+        return {};
+    }
+    const bool isWhole =
+        victim->second == bytes_ || (!isAboutCopy() && victim->second == newer_.result);
+    return isWhole ? std::vector<std::string>()
+                   : std::vector<std::string>{"the file behind the link was overwritten"};
+}
+
+}  // namespace vornic::test

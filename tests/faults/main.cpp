@@ -1,0 +1,256 @@
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tests/app/TestMaterial.h"
+#include "tests/faults/CaseRunner.h"
+#include "tests/support/Unprivileged.h"
+
+// Tries what can go wrong in a run: the programs' system calls and allocations fail, limits and
+// volumes are too small, other programs write the same files, kills come at every moment. After
+// each case the user's bytes must be whole, the report true and the next run as good as the first.
+
+namespace vornic::test {
+
+namespace {
+
+constexpr const char* kUsage =
+    "Usage: run [--cases N] [--seed S] [--only TEXT] [--kind NAME]... [--patience SECONDS]\n"
+    "           [--programs FOLDER]\n"
+    "       run --case SCENE/FAULT/WHERE\n"
+    "       run --trace SCENE | --list\n"
+    "\n"
+    "Tries N cases (200), chosen by the seed (1) from each kind in turn, of those whose name has\n"
+    "the text in it. Prints what went wrong, with the case that repeats it, and counts by kind.\n"
+    "--programs names the folder of another build's programs. A run that takes longer than the\n"
+    "patience (30 seconds) hangs.\n"
+    "--trace prints the system calls of a scene without faults, --list the kinds with the number\n"
+    "of cases that there are. Exit status: 0 when nothing was wrong, 1 when something was, 2 for\n"
+    "wrong usage, 77 when nothing could be tried here.\n";
+
+constexpr int kWrongUsage = 2;
+constexpr int kSkipped = 77;
+
+struct Options {
+    std::size_t cases = 200;
+    unsigned seed = 1;
+    unsigned patience = 30;
+    std::string only;
+    std::set<std::string> kinds;
+    std::string single;
+    std::string trace;
+    std::string programs;
+    bool list = false;
+    bool wrong = false;
+};
+
+Options parse(const std::vector<std::string>& words) {
+    Options options;
+    for (std::size_t at = 0; at < words.size(); ++at) {
+        const std::string& word = words[at];
+        if (word == "--list") {
+            options.list = true;
+            continue;
+        }
+        if (at + 1 == words.size()) {
+            options.wrong = true;
+            break;
+        }
+        const std::string& value = words[++at];
+        const unsigned long number = std::strtoul(value.c_str(), nullptr, 10);
+        if (word == "--cases") {
+            options.cases = number;
+        } else if (word == "--seed") {
+            options.seed = static_cast<unsigned>(number);
+        } else if (word == "--patience") {
+            options.patience = static_cast<unsigned>(number);
+        } else if (word == "--only") {
+            options.only = value;
+        } else if (word == "--kind") {
+            options.kinds.insert(value);
+        } else if (word == "--case") {
+            options.single = value;
+        } else if (word == "--programs") {
+            options.programs = value;
+        } else if (word == "--trace") {
+            options.trace = value;
+        } else {
+            options.wrong = true;
+        }
+    }
+    return options;
+}
+
+using Lists = std::map<std::string, std::vector<FaultCase>>;
+
+void keepWanted(Lists& lists, const Options& options) {
+    std::erase_if(lists, [&](const auto& list) {
+        return !options.kinds.empty() && !options.kinds.contains(list.first);
+    });
+    for (auto& [kind, cases] : lists) {
+        std::erase_if(cases, [&](const FaultCase& tried) {
+            return textOf(tried).find(options.only) == std::string::npos;
+        });
+    }
+}
+
+// The standard's own shuffle may differ between libraries; this does not.
+void shuffle(std::vector<FaultCase>& cases, unsigned seed) {
+    std::mt19937 random(seed);
+    for (std::size_t at = cases.size(); at > 1; --at) {
+        std::swap(cases[at - 1], cases[random() % at]);
+    }
+}
+
+struct Chosen {
+    std::string kind;
+    FaultCase tried;
+};
+
+std::vector<Chosen> choose(Lists lists, const Options& options) {
+    for (auto& [kind, cases] : lists) {
+        shuffle(cases, options.seed);
+    }
+    std::vector<Chosen> chosen;
+    for (bool more = true; more && chosen.size() < options.cases;) {
+        more = false;
+        for (auto& [kind, cases] : lists) {
+            if (!cases.empty() && chosen.size() < options.cases) {
+                chosen.push_back({kind, cases.back()});
+                cases.pop_back();
+                more = true;
+            }
+        }
+    }
+    return chosen;
+}
+
+struct Count {
+    std::size_t tried = 0;
+    std::size_t wrong = 0;
+    std::size_t skipped = 0;
+};
+
+void tell(const FaultCase& tried, const CaseOutcome& outcome) {
+    const std::string first = outcome.story.substr(0, outcome.story.find('\n'));
+    std::printf("WRONG %s  (%s; %s)\n", textOf(tried).c_str(), tried.what.c_str(), first.c_str());
+    for (const std::string& wrong : outcome.wrongs) {
+        std::printf("    %s\n", wrong.c_str());
+    }
+    std::fflush(stdout);
+}
+
+int tryCases(CaseRunner& runner, const Options& options) {
+    Lists lists = runner.list();
+    keepWanted(lists, options);
+    std::map<std::string, Count> counts;
+    Count all;
+    for (const Chosen& chosen : choose(std::move(lists), options)) {
+        const CaseOutcome outcome = runner.run(chosen.tried);
+        Count& count = counts[chosen.kind];
+        for (Count* one : {&count, &all}) {
+            one->tried += outcome.tried ? 1U : 0U;
+            one->skipped += outcome.tried ? 0U : 1U;
+            one->wrong += outcome.wrongs.empty() ? 0U : 1U;
+        }
+        if (!outcome.wrongs.empty()) {
+            tell(chosen.tried, outcome);
+        }
+    }
+    counts["all"] = all;
+    for (const auto& [kind, count] : counts) {
+        std::printf("%-12s %7zu tried, %5zu wrong, %5zu not to be had here\n", kind.c_str(),
+                    count.tried, count.wrong, count.skipped);
+    }
+    if (runner.hasBadBaseline() || all.wrong > 0) {
+        return EXIT_FAILURE;
+    }
+    return all.tried == 0 ? kSkipped : EXIT_SUCCESS;
+}
+
+int trySingle(CaseRunner& runner, const std::string& text) {
+    const std::optional<FaultCase> tried = faultCaseOf(text);
+    const CaseOutcome outcome = tried ? runner.run(*tried) : CaseOutcome();
+    if (!outcome.tried) {
+        std::fprintf(stderr, "faults: %s cannot be tried\n", text.c_str());
+        return kWrongUsage;
+    }
+    std::printf("%s", outcome.story.c_str());
+    if (!outcome.wrongs.empty()) {
+        tell(*tried, outcome);
+    }
+    return outcome.wrongs.empty() ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+int printTrace(CaseRunner& runner, const std::string& scene) {
+    const std::vector<SystemCall> calls = runner.callsOf(scene);
+    for (const SystemCall& call : calls) {
+        std::printf("%-8s %s\n", textOf(call.place).c_str(), textOf(call).c_str());
+    }
+    return calls.empty() ? kWrongUsage : EXIT_SUCCESS;
+}
+
+int printList(CaseRunner& runner) {
+    std::size_t all = 0;
+    for (const auto& [kind, cases] : runner.list()) {
+        std::printf("%-12s %7zu\n", kind.c_str(), cases.size());
+        all += cases.size();
+    }
+    std::printf("%-12s %7zu\n", "all", all);
+    return EXIT_SUCCESS;
+}
+
+std::string programFolder(const TestMaterial& material) {
+    return std::filesystem::path(material.program("vornic")).parent_path();
+}
+
+// The library beside this program, where the user who runs the programs can read it.
+std::string readableLibrary(const TestMaterial& material) {
+    namespace fs = std::filesystem;
+    const fs::path beside = fs::path(VORNIC_FAULTS_ALLOCATIONS);
+    const fs::path folder = programFolder(material);
+    if (folder == fs::path(VORNIC_PROGRAM).parent_path()) {
+        return beside;
+    }
+    fs::copy(beside, folder, fs::copy_options::overwrite_existing);
+    return folder / beside.filename();
+}
+
+int run(const Options& options) {
+    const PrivateMounts mounts;
+    const TestMaterial material;
+    const std::string allocations = readableLibrary(material);
+    const Unprivileged unprivileged;
+    const Stage stage{
+        .programs = options.programs.empty() ? programFolder(material) : options.programs,
+        .mounts = mounts,
+        .allocations = allocations,
+        .longest = std::chrono::seconds(options.patience)};
+    CaseRunner runner(stage);
+    if (!options.single.empty()) {
+        return trySingle(runner, options.single);
+    }
+    if (!options.trace.empty()) {
+        return printTrace(runner, options.trace);
+    }
+    return options.list ? printList(runner) : tryCases(runner, options);
+}
+
+}  // namespace
+
+}  // namespace vornic::test
+
+int main(int count, char** words) {
+    const auto options = vornic::test::parse({words + 1, words + count});
+    if (options.wrong) {
+        std::fputs(vornic::test::kUsage, stderr);
+        return vornic::test::kWrongUsage;
+    }
+    return vornic::test::run(options);
+}
