@@ -79,6 +79,7 @@ class SetUpScripts : public ::testing::Test {
         fakeTool("ninja", "echo 'ninja: no work to do.'");
         fakeTool("pkg-config");
         fakeTool("ccache");
+        fakeTool("mold");
     }
 
     void removeTool(const std::string& name) const { fs::remove(tools_ + "/" + name); }

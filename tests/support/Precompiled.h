@@ -1,4 +1,5 @@
-#pragma once
+#ifndef VORNIC_TESTS_SUPPORT_PRECOMPILED_H
+#define VORNIC_TESTS_SUPPORT_PRECOMPILED_H
 
 // What nearly every test includes, compiled once. Tests still include what they use.
 
@@ -19,3 +20,5 @@
 #include <string_view>
 #include <thread>
 #include <vector>
+
+#endif
