@@ -2,6 +2,7 @@
 #define VORNIC_CHECK_CHECK_H
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,9 @@ struct CheckOptions {
     std::size_t mostOfARule = 100;
     /// Rules whose findings are neither counted nor kept.
     std::vector<RuleId> ignored;
+    /// The newest version that the receiver of the file reads: of FCPXML ("1.8") or of XMEML ("4").
+    /// Files of the other format are checked as without it. Nothing for any.
+    std::optional<std::string> reads;
 };
 
 /// Says what is wrong with a project file: decodes its bytes, reads them, tolerant, and looks at

@@ -2,104 +2,36 @@
 
 #include <utility>
 
-#include <nlohmann/json.hpp>
-
-#include "foundation/Utf8.h"
 #include "report/RuleTable.h"
 
 namespace vornic {
 
 namespace {
 
-using JSON = nlohmann::ordered_json;
-
-std::string written(const JSON& value) {
-    return value.dump(-1, ' ', false, JSON::error_handler_t::replace);
-}
-
-std::string validText(std::string_view text) {
-    std::string result;
-    appendAsValidUtf8(result, text);
-    return result;
-}
-
-JSON groupsOf(const Report& report) {
-    JSON groups = JSON::array();
+void writeGroups(JSONText& json, const Report& report) {
+    json.key("groups").beginArray();
     for (const GroupRun& run : report.groups) {
-        groups.push_back({{"id", nameOf(run.group)}, {"ran", run.ran}, {"why", run.why}});
+        json.beginObject().member("id", nameOf(run.group));
+        json.member("ran", run.ran).member("why", run.why).endObject();
     }
-    return groups;
+    json.endArray();
 }
 
-JSON countsOf(const Findings& findings) {
-    JSON counts = JSON::object();
+void writeCounts(JSONText& json, const Findings& findings) {
+    json.key("counts").beginObject();
     for (const Severity severity : {Severity::error, Severity::warning, Severity::info}) {
-        counts[std::string(nameOf(severity))] = findings.count(severity);
+        json.member(nameOf(severity), findings.count(severity));
     }
-    return counts;
-}
-
-// Rules of which nothing was found are left out.
-JSON rulesOf(const Findings& findings) {
-    JSON rules = JSON::object();
+    json.endObject();
+    // Rules of which nothing was found are left out.
+    json.key("rules").beginObject();
     for (std::size_t index = 0; index < kRuleCount; ++index) {
         const RuleId rule{static_cast<std::uint16_t>(index)};
         if (const std::uint64_t count = findings.count(rule); count != 0) {
-            rules[std::string(ruleOf(rule).id)] = count;
+            json.member(ruleOf(rule).id, count);
         }
     }
-    return rules;
-}
-
-JSON mendOf(const Mend& mend) {
-    JSON edits = JSON::array();
-    for (const Edit& edit : mend.edits) {
-        edits.push_back(
-            {{"offset", edit.offset}, {"length", edit.length}, {"text", validText(edit.text)}});
-    }
-    return {{"confidence", nameOf(mend.confidence)},
-            {"description", validText(mend.description)},
-            {"edits", std::move(edits)}};
-}
-
-JSON findingOf(const Finding& finding) {
-    const Rule& rule = ruleOf(finding.rule);
-    const Place& where = finding.where;
-    JSON object = {{"rule", rule.id},
-                   {"severity", nameOf(finding.severity)},
-                   {"line", where.line},
-                   {"column", where.column},
-                   {"offset", where.offset},
-                   {"length", where.length},
-                   {"path", validText(where.path)},
-                   {"name", validText(where.name)},
-                   {"timecode", where.timecode},
-                   {"message", validText(finding.message())},
-                   {"help", rule.remedy}};
-    if (finding.mend) {
-        object["mend"] = mendOf(*finding.mend);
-    }
-    return object;
-}
-
-// What stands in front of a file's findings, without the closing brace.
-std::string headOf(const Report& report) {
-    JSON definition = {{"name", report.definition}, {"valid", nullptr}};
-    if (report.valid) {
-        definition["valid"] = *report.valid;
-    }
-    const JSON head = {{"path", validText(report.path)},
-                       {"kind", report.kind},
-                       {"version", validText(report.version)},
-                       {"encoding", report.encoding},
-                       {"bytes", report.bytes},
-                       {"definition", std::move(definition)},
-                       {"groups", groupsOf(report)},
-                       {"counts", countsOf(report.findings)},
-                       {"rules", rulesOf(report.findings)}};
-    std::string text = written(head);
-    text.pop_back();
-    return text;
+    json.endObject();
 }
 
 }  // namespace
@@ -107,25 +39,68 @@ std::string headOf(const Report& report) {
 JSONReportWriter::JSONReportWriter(ReportSink sink, std::string_view tool, std::string_view version,
                                    Severity least)
     : sink_(std::move(sink)), least_(least) {
-    sink_("{\"report\":1,\"tool\":" + written({{"name", tool}, {"version", version}}) +
-          ",\"files\":[");
+    json_.beginObject().member("report", 1U).key("tool").beginObject();
+    json_.member("name", tool).member("version", version).endObject().key("files").beginArray();
 }
 
 void JSONReportWriter::file(const Report& report) {
-    sink_((hasFiles_ ? ",\n" : "\n") + headOf(report) + ",\"findings\":[");
-    hasFiles_ = true;
-    const char* separator = "\n";
+    head(report);
+    json_.key("findings").beginArray();
     for (const Finding& finding : report.findings.kept()) {
         if (finding.severity >= least_) {
-            sink_(separator + written(findingOf(finding)));
-            separator = ",\n";
+            this->finding(finding);
+            pass();
         }
     }
-    sink_("]}");
+    json_.endArray().endObject();
+    pass();
 }
 
 void JSONReportWriter::end() {
-    sink_("\n]}\n");
+    json_.endArray().endObject();
+    sink_(json_.take() + "\n");
+}
+
+void JSONReportWriter::head(const Report& report) {
+    json_.newLine().beginObject().member("path", report.path).member("kind", report.kind);
+    json_.member("version", report.version).member("encoding", report.encoding);
+    json_.member("bytes", report.bytes);
+    json_.key("definition").beginObject().member("name", report.definition).key("valid");
+    if (report.valid) {
+        json_.value(*report.valid);
+    } else {
+        json_.null();
+    }
+    json_.endObject();
+    writeGroups(json_, report);
+    writeCounts(json_, report.findings);
+}
+
+void JSONReportWriter::finding(const Finding& finding) {
+    const Rule& rule = ruleOf(finding.rule);
+    const Place& where = finding.where;
+    json_.newLine().beginObject().member("rule", rule.id);
+    json_.member("severity", nameOf(finding.severity));
+    json_.member("line", where.line).member("column", where.column);
+    json_.member("offset", where.offset);
+    json_.member("length", where.length);
+    json_.member("path", where.path).member("name", where.name);
+    json_.member("timecode", where.timecode).member("message", finding.message());
+    json_.member("help", rule.remedy);
+    if (finding.mend) {
+        mend(*finding.mend);
+    }
+    json_.endObject();
+}
+
+void JSONReportWriter::mend(const Mend& mend) {
+    json_.key("mend").beginObject().member("confidence", nameOf(mend.confidence));
+    json_.member("description", mend.description).key("edits").beginArray();
+    for (const Edit& edit : mend.edits) {
+        json_.beginObject().member("offset", edit.offset);
+        json_.member("length", edit.length).member("text", edit.text).endObject();
+    }
+    json_.endArray().endObject();
 }
 
 }  // namespace vornic

@@ -1,9 +1,9 @@
 #ifndef VORNIC_REPORT_JSON_REPORT_WRITER_H
 #define VORNIC_REPORT_JSON_REPORT_WRITER_H
 
-#include <string>
 #include <string_view>
 
+#include "report/JSONText.h"
 #include "report/ReportWriter.h"
 
 namespace vornic {
@@ -22,9 +22,15 @@ class JSONReportWriter : public ReportWriter {
     void end() override;
 
   private:
+    void head(const Report& report);
+    void finding(const Finding& finding);
+    void mend(const Mend& mend);
+    // Hands over what is written so far.
+    void pass() { sink_(json_.take()); }
+
     ReportSink sink_;
     Severity least_;
-    bool hasFiles_ = false;
+    JSONText json_;
 };
 
 }  // namespace vornic

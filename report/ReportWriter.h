@@ -22,6 +22,9 @@ class ReportWriter {
     virtual ~ReportWriter() = default;
 
     virtual void file(const Report& report) = 0;
+    /// Tells of a file for which there is no report. Formats without a place for that pass it over.
+    /// @param reason a sentence, which standard error tells, too.
+    virtual void refused(std::string_view /*path*/, std::string_view /*reason*/) {}
     /// Writes what ends the whole report.
     virtual void end() = 0;
 };

@@ -21,6 +21,7 @@
 #include "app/cli/ProjectFiles.h"
 #include "app/cli/RuleSelection.h"
 #include "check/Check.h"
+#include "formats/fcpxml/Version.h"
 #include "foundation/FormatString.h"
 #include "foundation/TerminalText.h"
 #include "platform/FileSystem.h"
@@ -28,6 +29,7 @@
 #include "report/GNUReportWriter.h"
 #include "report/JSONReportWriter.h"
 #include "report/RuleTable.h"
+#include "report/SARIFReportWriter.h"
 #include "report/TextReportWriter.h"
 #include "ui/CrashReports.h"
 
@@ -53,12 +55,14 @@ constexpr std::string_view kUsage =
     "\n"
     "  -r               look into folders: .xml, .fcpxml, .fcpxmld\n"
     "  -j N             check N files at once (default: one for each processor)\n"
-    "  --format FORMAT  text (default), json or gnu\n"
+    "  --format FORMAT  text (default), json, sarif or gnu\n"
     "  --report FILE    write the report to the file instead of standard output\n"
     "  --only RULES     look at these rules and groups alone, parted by commas\n"
     "  --ignore RULES   leave these out\n"
     "  --least WEIGHT   show findings from error, warning (default) or info on\n"
     "  --fail-on WEIGHT exit with 1 from error (default), warning or info on, or never\n"
+    "  --reads VERSION  what a receiver cannot read that knows FCPXML or XMEML up to this\n"
+    "                   version is an error\n"
     "  --max N          show N findings of each rule (default 100); all are counted\n"
     "  --list-rules     list the rules and end\n"
     "  --explain RULE   tell what a rule means and end\n"
@@ -78,13 +82,14 @@ constexpr std::array kOptions = {
     OptionSpecification{"--least", true},
     OptionSpecification{"--fail-on", true},
     OptionSpecification{"--max", true},
+    OptionSpecification{"--reads", true},
     OptionSpecification{"--list-rules"},
     OptionSpecification{"--explain", true},
     OptionSpecification{"--help"},
     OptionSpecification{"--version"},
 };
 
-enum class Format { text, json, gnu };
+enum class Format { text, json, sarif, gnu };
 
 struct Settings {
     Format format = Format::text;
@@ -139,6 +144,7 @@ class SettingsReader {
         readNumber("--max", settings_.check.mostOfARule);
         readLeast();
         readFailOn();
+        readReceiver();
         readRules();
         return fault_;
     }
@@ -148,6 +154,8 @@ class SettingsReader {
         const std::string format = line_.value("--format").value_or("text");
         if (format == "json") {
             settings_.format = Format::json;
+        } else if (format == "sarif") {
+            settings_.format = Format::sarif;
         } else if (format == "gnu") {
             settings_.format = Format::gnu;
         } else if (format != "text") {
@@ -184,6 +192,16 @@ class SettingsReader {
         }
     }
 
+    void readReceiver() {
+        settings_.check.reads = line_.value("--reads");
+        const std::string version = settings_.check.reads.value_or("5");
+        const bool isXMEML = version.size() == 1 && version >= "1" && version <= "5";
+        if (!isXMEML && !fcpxml::Version::parse(version)) {
+            fault_ = "--reads wants a version of FCPXML (1.0 to 1.14) or of XMEML (1 to 5), not " +
+                     version;
+        }
+    }
+
     void readRules() {
         RuleSelection selection;
         for (const std::string& list : line_.values("--only")) {
@@ -210,6 +228,7 @@ std::optional<std::string> readStandardInput() {
 }
 
 struct CheckedFile {
+    std::string path;
     Report report;
     // Why there is no report.
     std::string refusal;
@@ -217,6 +236,7 @@ struct CheckedFile {
 
 CheckedFile checkPath(const std::string& path, const CheckOptions& options) {
     CheckedFile file;
+    file.path = path;
     try {
         ErrorSlot error;
         std::optional<std::string> bytes =
@@ -240,6 +260,9 @@ std::unique_ptr<ReportWriter> writerFor(const Settings& settings, ReportSink sin
         case Format::json:
             return std::make_unique<JSONReportWriter>(std::move(sink), kProgram, VORNIC_VERSION,
                                                       settings.least);
+        case Format::sarif:
+            return std::make_unique<SARIFReportWriter>(std::move(sink), kProgram, VORNIC_VERSION,
+                                                       settings.least);
         case Format::gnu:
             return std::make_unique<GNUReportWriter>(std::move(sink), settings.least);
         default:
@@ -284,15 +307,17 @@ class Run {
         return status_;
     }
 
-    void refuse(const std::string& reason) {
-        complain(reason);
+    /// @param complaint what standard error is told.
+    void refuse(const std::string& path, const std::string& reason, const std::string& complaint) {
+        complain(complaint);
+        writer_->refused(path, reason);
         status_ = kUnreadable;
     }
 
   private:
     void finish(const CheckedFile& file) {
         if (!file.refusal.empty()) {
-            return refuse(file.refusal);
+            return refuse(file.path, file.refusal, file.refusal);
         }
         writer_->file(file.report);
         for (const Severity severity : {Severity::info, Severity::warning, Severity::error}) {
@@ -321,7 +346,8 @@ int checkFiles(const Settings& settings, const ProjectFiles& files) {
     }
     Run run(settings, output);
     for (const ProjectFiles::Refusal& refusal : files.refused) {
-        run.refuse(formatString("%@: %@", refusal.path, refusal.reason));
+        run.refuse(refusal.path, refusal.reason,
+                   formatString("%@: %@", refusal.path, refusal.reason));
     }
     const int status = run.run(files.paths);
     if (output != stdout && std::fclose(output) != 0) {

@@ -93,6 +93,17 @@ TEST_F(CheckCommandLineTest, writesJSON) {
     EXPECT_EQ(report["files"][0]["definition"]["valid"], false);
 }
 
+TEST_F(CheckCommandLineTest, writesSARIF) {
+    writeWrong("a b.fcpxml");
+    const ProgramResult result = check({"--format", "sarif", "a b.fcpxml", "missing.xml"});
+    EXPECT_EQ(result.status, 3);
+    const auto run = nlohmann::json::parse(result.output)["runs"][0];
+    EXPECT_EQ(run["results"][0]["ruleId"], "structure-unknown-element");
+    EXPECT_EQ(run["artifacts"][0]["location"]["uri"], "a%20b.fcpxml");
+    const auto told = run["invocations"][0]["toolExecutionNotifications"][0];
+    EXPECT_THAT(told["message"]["text"].get<std::string>(), HasSubstr("missing.xml"));
+}
+
 TEST_F(CheckCommandLineTest, reportsInTheOrderOfTheArguments) {
     std::vector<std::string> arguments{"--format", "gnu", "-j4"};
     std::string expected;
@@ -201,6 +212,8 @@ TEST_F(CheckCommandLineTest, refusesWrongUsage) {
     expectUsage({"--max"}, "the option --max wants a value");
     expectUsage({"--only", "structures", "a.xml"}, "there is no rule or group structures");
     expectUsage({"--least", "fatal", "a.xml"}, "--least wants error, warning or info, not fatal");
+    expectUsage({"--reads", "2.0", "a.xml"},
+                "--reads wants a version of FCPXML (1.0 to 1.14) or of XMEML (1 to 5), not 2.0");
     expectUsage({"--fail-on", "x", "a.xml"},
                 "--fail-on wants error, warning, info or never, not x");
 }

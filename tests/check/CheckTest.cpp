@@ -116,7 +116,8 @@ TEST(Check, keepsTheFirstOfEachRuleAndCountsAll) {
     for (int i = 0; i < 20; ++i) {
         text += "<fromat/>";
     }
-    const Report report = checkFile(text + "</resources></fcpxml>", {3, {}});
+    const Report report =
+        checkFile(text + "</resources></fcpxml>", {.mostOfARule = 3, .ignored = {}, .reads = {}});
     EXPECT_EQ(report.findings.kept().size(), 3U);
     EXPECT_EQ(report.findings.count("structure-unknown-element"_rule), 20U);
     EXPECT_EQ(report.findings.count(Severity::error), 20U);
@@ -125,7 +126,8 @@ TEST(Check, keepsTheFirstOfEachRuleAndCountsAll) {
 TEST(Check, leavesRulesOutWithoutTouchingTheVerdict) {
     std::string text = kSound;
     text.replace(text.find("format id"), 6, "fromat");
-    const Report report = checkFile(text, {100, {"structure-unknown-element"_rule}});
+    const Report report = checkFile(
+        text, {.mostOfARule = 100, .ignored = {"structure-unknown-element"_rule}, .reads = {}});
     EXPECT_EQ(rulesOf(report), Strings());
     EXPECT_EQ(report.valid, false);
 }
