@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "check/fcpxml/StructureFindings.h"
+#include "check/xmeml/Check.h"
 #include "formats/ElementIndexBuilder.h"
 #include "formats/PlaceFinder.h"
 #include "report/XMLFindings.h"
@@ -49,26 +50,37 @@ class MendCounter final : public XMLMendSink {
 // Checks one text; the groups one after the other.
 class Check {
   public:
-    Check(const DecodedText& source, Report& report) : source_(source), report_(report) {}
+    Check(const DecodedText& source, const CheckOptions& options, Report& report)
+        : source_(source), options_(options), report_(report) {}
 
     void run() {
         readMarkup();
-        judgeStructure();
-        for (const RuleGroup group : {RuleGroup::references, RuleGroup::timing, RuleGroup::values,
-                                      RuleGroup::versions, RuleGroup::characters}) {
-            skip(group, kNotYet);
+        if (index_->kind() == FileKind::xmeml) {
+            xmeml::check(*index_, isComplete_, options_, report_);
+        } else {
+            judgeFCPXML();
         }
+        skip(RuleGroup::characters, kNotYet);
         skip(RuleGroup::media, "not asked for");
         PlaceFinder(*index_, source_.decoding).place(report_.findings);
     }
 
   private:
+    void judgeFCPXML() {
+        judgeStructure();
+        for (const RuleGroup group :
+             {RuleGroup::references, RuleGroup::timing, RuleGroup::values, RuleGroup::versions}) {
+            skip(group, kNotYet);
+        }
+    }
+
     void readMarkup() {
         ElementIndexBuilder builder(source_.text);
         XMLFindings sink(source_.text, report_.findings);
         const XMLReading reading = readXML(source_.text, XMLMode::tolerant, &builder, &sink);
         sink.addFault(reading);
         index_.emplace(std::move(builder).finish());
+        isComplete_ = !reading.fault;
         report_.kind = nameOf(index_->kind());
         report_.version = index_->version();
         report_.groups.push_back({RuleGroup::xml, true, ""});
@@ -76,9 +88,7 @@ class Check {
 
     void judgeStructure() {
         if (index_->kind() != FileKind::fcpxml) {
-            return skip(RuleGroup::structure, index_->kind() == FileKind::xmeml
-                                                  ? kNotYet
-                                                  : "the file is neither XMEML nor FCPXML");
+            return skip(RuleGroup::structure, "the file is neither XMEML nor FCPXML");
         }
         const auto version = fcpxml::Version::parse(index_->version());
         if (!version) {
@@ -105,8 +115,10 @@ class Check {
     }
 
     const DecodedText& source_;
+    const CheckOptions& options_;
     Report& report_;
     std::optional<ElementIndex> index_;
+    bool isComplete_ = false;
 };
 
 // A file whose bytes are no text has no places but the one that the decoder tells.
@@ -143,7 +155,7 @@ Report checkFile(std::string bytes, const CheckOptions& options) {
         return report;
     }
     report.encoding = source->decoding.encoding;
-    Check(*source, report).run();
+    Check(*source, options, report).run();
     return report;
 }
 

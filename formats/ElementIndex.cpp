@@ -81,6 +81,10 @@ ElementNumber ElementIndex::ancestorOf(ElementNumber element, std::string_view n
     return ancestor;
 }
 
+bool ElementIndex::isClosed(ElementNumber element) const {
+    return !std::binary_search(unclosed_.begin(), unclosed_.end(), element);
+}
+
 TextSpan ElementIndex::startTagOf(ElementNumber element) const {
     const Entry& entry = entries_[element];
     if (entry.startTagLength != kLongTag) {

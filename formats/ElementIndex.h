@@ -57,6 +57,14 @@ class ElementIndex {
     [[nodiscard]] bool isNamed(ElementNumber element, std::string_view name) const {
         return nameOf(element) == name;
     }
+    /// For rules over all elements, which compare numbers quicker than names: which of the text's
+    /// different names the element has. `nameCount()` for all after the first 65535 ones.
+    [[nodiscard]] std::size_t nameNumberOf(ElementNumber element) const {
+        const std::uint16_t name = entries_[element].name;
+        return name == kOtherName ? nameCount() : name;
+    }
+    [[nodiscard]] std::size_t nameCount() const { return names_.size(); }
+    [[nodiscard]] std::string_view nameNumbered(std::size_t number) const { return names_[number]; }
 
     /// The element around it; `kNoElement` for the root.
     [[nodiscard]] ElementNumber parentOf(ElementNumber element) const {
@@ -85,6 +93,8 @@ class ElementIndex {
     [[nodiscard]] bool isEmpty(ElementNumber element) const {
         return contentOf(element).length == 0;
     }
+    /// False for an element that the reading ended in: what it lacks may have come later.
+    [[nodiscard]] bool isClosed(ElementNumber element) const;
     /// What is between start tag and end tag.
     [[nodiscard]] TextSpan contentOf(ElementNumber element) const;
 
@@ -171,6 +181,8 @@ class ElementIndex {
     std::vector<Collection> withAttribute_;
     std::vector<Collection> named_;
     std::deque<std::string> names_;
+    // Ascending.
+    std::vector<ElementNumber> unclosed_;
 };
 
 }  // namespace vornic

@@ -149,7 +149,7 @@ ElementIndex ElementIndexBuilder::finish() && {
                 std::min<std::size_t>(entry.length, ElementIndex::kLongTag));
         }
     }
-    open_.clear();
+    index_.unclosed_ = std::move(open_);
     index_.sortIds();
     for (auto* collections : {&index_.withAttribute_, &index_.named_}) {
         for (Collection& collection : *collections) {

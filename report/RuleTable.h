@@ -14,6 +14,7 @@
 #include "report/rules/RepairRules.h"
 #include "report/rules/StructureRules.h"
 #include "report/rules/ValueRules.h"
+#include "report/rules/XMEMLStructureRules.h"
 #include "report/rules/XMLRules.h"
 
 /// The table of rules: every sentence that the programs say about a file, with what it means and
@@ -39,8 +40,9 @@ template <std::size_t... Sizes>
 }  // namespace rules::detail
 
 /// All rules, by groups.
-inline constexpr auto kRuleTable = rules::detail::joined(rules::kXMLRules, rules::kStructureRules,
-                                                         rules::kValueRules, rules::kRepairRules);
+inline constexpr auto kRuleTable = rules::detail::joined(
+    rules::kXMLRules, rules::kStructureRules, rules::kValueRules, rules::kXMEMLStructureRules,
+    rules::kXMEMLVersionRules, rules::kRepairRules);
 
 inline constexpr std::size_t kRuleCount = kRuleTable.size();
 

@@ -49,6 +49,22 @@ TEST(ElementIndex, knowsWhatLiesInWhat) {
     EXPECT_EQ(index.nameOf(2), "c");
 }
 
+TEST(ElementIndex, numbersDifferentNames) {
+    const ElementIndex index = indexOf("<a><b/><a/><c/><b/></a>");
+    ASSERT_EQ(index.nameCount(), 3U);
+    EXPECT_EQ(index.nameNumberOf(1), index.nameNumberOf(4));
+    EXPECT_NE(index.nameNumberOf(1), index.nameNumberOf(3));
+    EXPECT_EQ(index.nameNumbered(index.nameNumberOf(3)), "c");
+}
+
+TEST(ElementIndex, knowsWhatTheReadingEndedIn) {
+    const ElementIndex index = indexOf("<a><b>x</b><c><d/>");
+    EXPECT_FALSE(index.isClosed(0));
+    EXPECT_TRUE(index.isClosed(1));
+    EXPECT_FALSE(index.isClosed(2));
+    EXPECT_TRUE(index.isClosed(3));
+}
+
 TEST(ElementIndex, knowsWhereEachElementIs) {
     const std::string text = "<a ><b c='>'>x<!-- </b> --></b ><d/></a>";
     const ElementIndex index = indexOf(text);

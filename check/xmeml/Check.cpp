@@ -1,0 +1,36 @@
+#include "check/xmeml/Check.h"
+
+#include "check/xmeml/Rules.h"
+#include "formats/xmeml/Version.h"
+
+namespace vornic::xmeml {
+
+namespace {
+
+void skip(Report& report, RuleGroup group, std::string_view why) {
+    report.groups.push_back({group, false, std::string(why)});
+}
+
+}  // namespace
+
+void check(const ElementIndex& index, bool isComplete, const CheckOptions& options,
+           Report& report) {
+    const View view(index, isComplete);
+    const std::optional<int> reads =
+        options.reads ? parseVersion(*options.reads) : std::optional<int>();
+    checkStructure(view, report.findings);
+    checkVersions(view, reads, report.findings);
+    report.groups.push_back({RuleGroup::structure, true, ""});
+    for (const RuleGroup group : {RuleGroup::references, RuleGroup::timing, RuleGroup::values}) {
+        skip(report, group, "this version has no such rules yet");
+    }
+    if (reads) {
+        report.groups.push_back({RuleGroup::versions, true, ""});
+    } else {
+        skip(report, RuleGroup::versions,
+             options.reads ? "the receiver's version is none of XMEML"
+                           : "no receiver's version is named");
+    }
+}
+
+}  // namespace vornic::xmeml

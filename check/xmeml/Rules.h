@@ -1,0 +1,25 @@
+#ifndef VORNIC_CHECK_XMEML_RULES_H
+#define VORNIC_CHECK_XMEML_RULES_H
+
+#include <optional>
+#include <string>
+
+#include "check/xmeml/View.h"
+#include "report/Findings.h"
+
+/// The rules of XMEML, a function for each subject. All are linear in the size of the file and look
+/// at nothing outside of it. Elements that the reading of a damaged file ended in are not said to
+/// lack anything.
+namespace vornic::xmeml {
+
+/// What must stand in an element, and what stands in the root.
+void checkStructure(const View& view, Findings& findings);
+
+/// The version that the file declares, the elements that are newer than it, and what a receiver
+/// that reads up to a version can't read.
+/// @param reads that version; nothing to look at the declared one alone.
+void checkVersions(const View& view, std::optional<int> reads, Findings& findings);
+
+}  // namespace vornic::xmeml
+
+#endif
