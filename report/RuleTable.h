@@ -14,6 +14,7 @@
 #include "report/rules/RepairRules.h"
 #include "report/rules/StructureRules.h"
 #include "report/rules/ValueRules.h"
+#include "report/rules/XMEMLReferenceRules.h"
 #include "report/rules/XMEMLStructureRules.h"
 #include "report/rules/XMLRules.h"
 
@@ -42,7 +43,7 @@ template <std::size_t... Sizes>
 /// All rules, by groups.
 inline constexpr auto kRuleTable = rules::detail::joined(
     rules::kXMLRules, rules::kStructureRules, rules::kValueRules, rules::kXMEMLStructureRules,
-    rules::kXMEMLVersionRules, rules::kRepairRules);
+    rules::kXMEMLReferenceRules, rules::kXMEMLVersionRules, rules::kRepairRules);
 
 inline constexpr std::size_t kRuleCount = kRuleTable.size();
 

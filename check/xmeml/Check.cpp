@@ -21,7 +21,13 @@ void check(const ElementIndex& index, bool isComplete, const CheckOptions& optio
     checkStructure(view, report.findings);
     checkVersions(view, reads, report.findings);
     report.groups.push_back({RuleGroup::structure, true, ""});
-    for (const RuleGroup group : {RuleGroup::references, RuleGroup::timing, RuleGroup::values}) {
+    if (isComplete) {
+        checkReferences(view, report.findings);
+        report.groups.push_back({RuleGroup::references, true, ""});
+    } else {
+        skip(report, RuleGroup::references, "the file could not be read to its end");
+    }
+    for (const RuleGroup group : {RuleGroup::timing, RuleGroup::values}) {
         skip(report, group, "this version has no such rules yet");
     }
     if (reads) {

@@ -20,6 +20,10 @@ void checkStructure(const View& view, Findings& findings);
 /// @param reads that version; nothing to look at the declared one alone.
 void checkVersions(const View& view, std::optional<int> reads, Findings& findings);
 
+/// Ids and what refers to them: files, clip items and their links, master clips. Needs the whole
+/// file.
+void checkReferences(const View& view, Findings& findings);
+
 }  // namespace vornic::xmeml
 
 #endif

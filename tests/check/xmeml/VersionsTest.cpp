@@ -35,7 +35,8 @@ const GroupRun& runOf(const Report& report, RuleGroup group) {
 
 const std::string kBin =
     "<xmeml version=\"2\"><bin><name>B</name><children/><uuid>1</uuid>"
-    "<multiclip><name>M</name><angle><clip id=\"c\"/></angle></multiclip></bin></xmeml>";
+    "<multiclip><name>M</name><angle><clip><name>C</name><duration>1</duration></clip></angle></"
+    "multiclip></bin></xmeml>";
 
 TEST(XMEMLVersions, anElementIsTooNewForTheFileOrForTheReceiverAndNeverForBoth) {
     EXPECT_EQ(rulesOf(reportOf(kBin, std::nullopt)), Strings{"structure-newer-element"});
