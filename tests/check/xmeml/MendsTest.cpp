@@ -1,0 +1,86 @@
+// What the rules of XMEML offer as a mend takes the finding away and brings no other.
+
+#include <map>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "check/Check.h"
+#include "report/RuleTable.h"
+#include "tests/support/RuleFixtures.h"
+
+namespace vornic::xmeml {
+namespace {
+
+using Counts = std::map<std::string_view, std::uint64_t>;
+
+Counts countsOf(const Report& report) {
+    Counts counts;
+    for (std::size_t index = 0; index < kRuleCount; ++index) {
+        const RuleId rule{static_cast<std::uint16_t>(index)};
+        if (report.findings.count(rule) != 0) {
+            counts[ruleOf(rule).id] = report.findings.count(rule);
+        }
+    }
+    return counts;
+}
+
+std::string mended(std::string bytes, const Mend& mend) {
+    for (auto edit = mend.edits.rbegin(); edit != mend.edits.rend(); ++edit) {
+        bytes.replace(edit->offset, edit->length, edit->text);
+    }
+    return bytes;
+}
+
+TEST(XMEMLMends, takeTheirFindingAwayAndBringNoOther) {
+    int count = 0;
+    for (const test::RuleFixture& fixture : test::ruleFixtures()) {
+        const Report report = checkFile(fixture.bytes, fixture.options);
+        if (report.kind != "xmeml") {
+            continue;
+        }
+        Counts before = countsOf(report);
+        for (const Finding& finding : report.findings.kept()) {
+            if (!finding.mend || ruleOf(finding.rule).id != fixture.rule) {
+                continue;
+            }
+            Counts wanted = before;
+            if (--wanted[ruleOf(finding.rule).id] == 0) {
+                wanted.erase(ruleOf(finding.rule).id);
+            }
+            const std::string text = mended(fixture.bytes, *finding.mend);
+            EXPECT_EQ(countsOf(checkFile(text, fixture.options)), wanted)
+                << fixture.rule << "/" << fixture.name << "\n"
+                << text;
+            ++count;
+        }
+    }
+    EXPECT_GE(count, 7);
+}
+
+TEST(XMEMLMends, ofARepeatedFileLeaveItsTagAndTakeItsContent) {
+    const std::string sequence =
+        "<sequence "
+        "id=\"s\"><duration>2</duration><rate><timebase>25</timebase></rate><media><video>"
+        "<track><clipitem "
+        "id=\"a\"><name>A</name><duration>9</duration><start>0</start><end>1</end>";
+    const std::string file = "<file id=\"f\"><name>F</name></file>";
+    const std::string text = "<xmeml version=\"5\">" + sequence + file +
+                             "</clipitem><clipitem id=\"b\"><name>B</name><duration>9</duration>"
+                             "<start>1</start><end>2</end>" +
+                             file + "</clipitem></track></video></media></sequence></xmeml>";
+    const Report report = checkFile(text, {});
+    for (const Finding& finding : report.findings.kept()) {
+        if (ruleOf(finding.rule).id == "references-file-repeated") {
+            EXPECT_EQ(finding.mend->confidence, Confidence::safe);
+            std::string wanted = text;
+            wanted.replace(wanted.rfind(file), file.size(), "<file id=\"f\"/>");
+            EXPECT_EQ(mended(text, *finding.mend), wanted);
+            return;
+        }
+    }
+    FAIL() << "the repeated file was not found";
+}
+
+}  // namespace
+}  // namespace vornic::xmeml
