@@ -1,0 +1,199 @@
+#include "mend/EditList.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "foundation/FormatString.h"
+#include "foundation/Utf8.h"
+#include "xml/FileOffsets.h"
+
+namespace vornic {
+
+namespace {
+
+std::ptrdiff_t growthOf(const Edit& edit) {
+    return static_cast<std::ptrdiff_t>(edit.text.size()) - static_cast<std::ptrdiff_t>(edit.length);
+}
+
+// Walks two lists in the order of the text that lies between them, and joins what meets there.
+class Composition {
+  public:
+    Composition(const EditList& first, const EditList& second) : first_(first), second_(second) {}
+
+    EditList run() {
+        while (atFirst_ < first_.size() || atSecond_ < second_.size()) {
+            beginGroup();
+            while (takeFirst() || takeSecond()) {
+            }
+            endGroup();
+        }
+        return std::move(joined_);
+    }
+
+  private:
+    // Where the next edit of the first list has put its text.
+    [[nodiscard]] std::size_t startOfFirst() const {
+        return static_cast<std::size_t>(static_cast<std::ptrdiff_t>(first_[atFirst_].offset) +
+                                        shift_);
+    }
+
+    void beginGroup() {
+        read_ = atFirst_;
+        readShift_ = shift_;
+        groupSecond_ = atSecond_;
+        const bool beginsWithFirst =
+            atSecond_ == second_.size() ||
+            (atFirst_ < first_.size() && startOfFirst() <= second_[atSecond_].offset);
+        start_ = beginsWithFirst ? startOfFirst() : second_[atSecond_].offset;
+        end_ = start_;
+        startShift_ = shift_;
+    }
+
+    bool takeFirst() {
+        if (atFirst_ == first_.size() || startOfFirst() > end_) {
+            return false;
+        }
+        const Edit& edit = first_[atFirst_];
+        end_ = std::max(end_, startOfFirst() + edit.text.size());
+        shift_ += growthOf(edit);
+        ++atFirst_;
+        return true;
+    }
+
+    bool takeSecond() {
+        if (atSecond_ == second_.size() || second_[atSecond_].offset > end_) {
+            return false;
+        }
+        end_ = std::max(end_, second_[atSecond_].offset + second_[atSecond_].length);
+        ++atSecond_;
+        return true;
+    }
+
+    void endGroup() {
+        Edit edit;
+        edit.offset = static_cast<std::size_t>(static_cast<std::ptrdiff_t>(start_) - startShift_);
+        edit.length =
+            static_cast<std::size_t>(static_cast<std::ptrdiff_t>(end_) - shift_) - edit.offset;
+        std::size_t from = start_;
+        for (std::size_t index = groupSecond_; index < atSecond_; ++index) {
+            appendOfFirst(edit.text, from, second_[index].offset);
+            edit.text += second_[index].text;
+            from = second_[index].offset + second_[index].length;
+        }
+        appendOfFirst(edit.text, from, end_);
+        joined_.push_back(std::move(edit));
+    }
+
+    // What the group's edits of the first list have written between two offsets; there is nothing
+    // else there. The offsets only grow.
+    void appendOfFirst(std::string& text, std::size_t from, std::size_t to) {
+        for (; read_ < atFirst_; ++read_) {
+            const Edit& edit = first_[read_];
+            const auto start =
+                static_cast<std::size_t>(static_cast<std::ptrdiff_t>(edit.offset) + readShift_);
+            const std::size_t begin = std::max(from, start);
+            const std::size_t end = std::min(to, start + edit.text.size());
+            if (begin < end) {
+                text.append(edit.text, begin - start, end - begin);
+            }
+            if (start + edit.text.size() > to) {
+                return;
+            }
+            readShift_ += growthOf(edit);
+        }
+    }
+
+    const EditList& first_;
+    const EditList& second_;
+    EditList joined_;
+    std::size_t atFirst_ = 0;
+    std::size_t atSecond_ = 0;
+    // From an offset of the original to one of the text between the lists.
+    std::ptrdiff_t shift_ = 0;
+    // The group: what it covers of the text between, and what belongs to it.
+    std::size_t start_ = 0;
+    std::size_t end_ = 0;
+    std::ptrdiff_t startShift_ = 0;
+    std::size_t groupSecond_ = 0;
+    // The next edit of the first list whose text has not been read to its end.
+    std::size_t read_ = 0;
+    std::ptrdiff_t readShift_ = 0;
+};
+
+// The text with every character that the encoding lacks as a reference.
+std::optional<std::string> encodeWithReferences(std::string_view text,
+                                                const std::string& encoding) {
+    std::string encoded;
+    for (std::size_t at = 0; at < text.size();) {
+        const Utf8Character character = utf8CharacterAt(text, at);
+        std::optional<std::string> bytes = encodeText(text.substr(at, character.length), encoding);
+        if (!bytes) {
+            bytes = encodeText(formatString("&#x%X;", static_cast<std::uint32_t>(character.code)),
+                               encoding);
+        }
+        if (!bytes) {
+            return std::nullopt;
+        }
+        encoded += *bytes;
+        at += character.length;
+    }
+    return encoded;
+}
+
+}  // namespace
+
+std::string applyEdits(std::string_view text, const EditList& edits) {
+    std::size_t size = text.size();
+    for (const Edit& edit : edits) {
+        size += edit.text.size();
+    }
+    std::string result;
+    result.reserve(size);
+    std::size_t from = 0;
+    for (const Edit& edit : edits) {
+        result.append(text, from, edit.offset - from);
+        result += edit.text;
+        from = edit.offset + edit.length;
+    }
+    result.append(text, from);
+    return result;
+}
+
+EditList composeEdits(const EditList& first, const EditList& second) {
+    return Composition(first, second).run();
+}
+
+std::optional<EditList> encodeEdits(const EditList& edits, const std::string& encoding) {
+    EditList encoded = edits;
+    if (encoding == "UTF-8") {
+        return encoded;
+    }
+    for (Edit& edit : encoded) {
+        std::optional<std::string> bytes = encodeWithReferences(edit.text, encoding);
+        if (!bytes) {
+            return std::nullopt;
+        }
+        edit.text = std::move(*bytes);
+    }
+    return encoded;
+}
+
+EditList toTextOffsets(const EditList& edits, const DecodedText& source) {
+    FileOffsets offsets(source.text, source.decoding);
+    std::size_t at = 0;
+    const auto advance = [&](std::size_t fileOffset) {
+        while (at < source.text.size() && offsets.of(at) < fileOffset) {
+            at += utf8CharacterAt(source.text, at).length;
+        }
+        return at;
+    };
+    EditList moved = edits;
+    for (Edit& edit : moved) {
+        const std::size_t end = edit.offset + edit.length;
+        edit.offset = advance(edit.offset);
+        edit.length = advance(end) - edit.offset;
+    }
+    return moved;
+}
+
+}  // namespace vornic

@@ -1,0 +1,41 @@
+#ifndef VORNIC_MEND_MEND_PLAN_H
+#define VORNIC_MEND_MEND_PLAN_H
+
+#include <string>
+#include <vector>
+
+#include "mend/EditList.h"
+#include "report/Findings.h"
+
+namespace vornic {
+
+/// What becomes of the mend of one finding.
+struct MendRecord {
+    /// With its mend, and with its place in the file as the user gave it.
+    Finding finding;
+    bool isMade = false;
+    /// Why not, in words that follow "not mended: "; "" when it is made.
+    std::string why;
+};
+
+/// Which of the mends of a file's findings are made together, and what they do to its bytes.
+struct MendPlan {
+    /// Edits of the file's bytes, their text still in UTF-8.
+    EditList edits;
+    /// One for each kept finding, in their order.
+    std::vector<MendRecord> records;
+
+    /// Takes all safe mends, and those that ask when their rule is named. Of mends that meet at one
+    /// place the first is taken; the others can be made afterwards, when the file has been checked
+    /// again. Linear but for the sorting of the edits.
+    /// @param findings as `checkFile` gives them: placed in the file's bytes, in its order
+    /// @param asked rules whose mends the user wants although they ask
+    [[nodiscard]] static MendPlan of(const Findings& findings, const std::vector<RuleId>& asked);
+
+    /// Whether a mend had to wait for another one at the same place.
+    bool hasPostponed = false;
+};
+
+}  // namespace vornic
+
+#endif
