@@ -42,6 +42,18 @@ void complain(const std::string& sentence) {
     QMLog::appendLog("%@", sentence);
 }
 
+/// All of one width, for a table.
+std::string_view participleOf(JournalEntry::Action action) {
+    switch (action) {
+        case JournalEntry::Action::undo:
+            return "undone  ";
+        case JournalEntry::Action::mend:
+            return "mended  ";
+        default:
+            return "repaired";
+    }
+}
+
 std::string localDate(std::int64_t date) {
     const auto time = static_cast<std::time_t>(date);
     struct tm parts {};
@@ -176,9 +188,8 @@ int list(const UndoOptions& options, Undo& undo) {
         if (!asked.empty() && !asked.contains(change.entry.file)) {
             continue;
         }
-        const bool isUndo = change.entry.action == JournalEntry::Action::undo;
         printLine(formatString("%@  %@  %@", localDate(change.entry.date),
-                               isUndo ? "undone  " : "repaired", change.entry.file));
+                               participleOf(change.entry.action), change.entry.file));
         printLine(change.original.empty() ? std::string("    no longer in the Trash")
                                           : formatString("    original: %@", change.original));
     }

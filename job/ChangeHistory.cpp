@@ -23,7 +23,7 @@ void ChangeHistory::add(const JournalEntry& entry) {
     }
     FileHistory& history = files_[entry.file];
     const Numbered numbered{.number = ++count_, .entry = entry};
-    if (entry.action == JournalEntry::Action::repair) {
+    if (entry.action != JournalEntry::Action::undo) {
         history.done.push_back(numbered);
         history.takenBack.clear();
     } else if (takesBackLast(entry, history.done)) {

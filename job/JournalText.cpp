@@ -8,11 +8,36 @@
 #include <optional>
 #include <system_error>
 #include <unordered_map>
+#include <utility>
 
 #include "platform/PercentEncoding.h"
 
 namespace vornic {
 namespace {
+
+constexpr std::pair<JournalEntry::Action, std::string_view> kActions[] = {
+    {JournalEntry::Action::repair, "repair"},
+    {JournalEntry::Action::mend, "mend"},
+    {JournalEntry::Action::undo, "undo"},
+};
+
+std::optional<JournalEntry::Action> actionNamed(std::string_view name) {
+    for (const auto& [action, itsName] : kActions) {
+        if (itsName == name) {
+            return action;
+        }
+    }
+    return std::nullopt;
+}
+
+std::string nameOf(JournalEntry::Action action) {
+    for (const auto& [known, name] : kActions) {
+        if (known == action) {
+            return std::string(name);
+        }
+    }
+    return "";
+}
 
 constexpr int kHexadecimal = 16;
 constexpr std::size_t kWordDigits = 16;
@@ -139,15 +164,14 @@ std::optional<JournalEntry> entryFrom(std::uint64_t id, const Fields& fields) {
     const std::optional<JournalFile> after = fileFrom(valueOf(fields, "after"));
     const std::string action = valueOf(fields, "action");
     entry.file = valueOf(fields, "file");
-    if (!date || !before || !after || entry.file.empty() ||
-        (action != "repair" && action != "undo")) {
+    if (!date || !before || !after || entry.file.empty() || !actionNamed(action)) {
         return std::nullopt;
     }
     entry.id = id;
     entry.date = *date;
     entry.program = valueOf(fields, "program");
     entry.version = valueOf(fields, "version");
-    entry.action = action == "undo" ? JournalEntry::Action::undo : JournalEntry::Action::repair;
+    entry.action = *actionNamed(action);
     entry.workingCopy = valueOf(fields, "copy");
     entry.before = *before;
     entry.after = *after;
@@ -213,7 +237,7 @@ std::string beginLine(const JournalEntry& entry) {
     line += field("date", dateText(entry.date));
     line += field("program", entry.program);
     line += field("version", entry.version);
-    line += field("action", entry.action == JournalEntry::Action::undo ? "undo" : "repair");
+    line += field("action", nameOf(entry.action));
     line += field("file", entry.file);
     line += field("copy", entry.workingCopy);
     line += field("before", fileText(entry.before));

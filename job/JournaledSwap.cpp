@@ -23,8 +23,11 @@ JournalFile fileOf(const platform::FileVersion& version,
 
 }  // namespace
 
-JournaledSwap::JournaledSwap(std::string program, std::string version)
-    : program_(std::move(program)), version_(std::move(version)), journal_(Journal::ofUser()) {}
+JournaledSwap::JournaledSwap(std::string program, std::string version, JournalEntry::Action action)
+    : program_(std::move(program)),
+      version_(std::move(version)),
+      action_(action),
+      journal_(Journal::ofUser()) {}
 
 bool JournaledSwap::willSwap(const SwapIntent& intent, ErrorSlot& /*error*/) {
     if (!journal_) {
@@ -32,6 +35,7 @@ bool JournaledSwap::willSwap(const SwapIntent& intent, ErrorSlot& /*error*/) {
     }
     JournalEntry entry{.program = program_,
                        .version = version_,
+                       .action = action_,
                        .file = resolved(intent.source),
                        .workingCopy = resolved(intent.workingCopy),
                        .before = fileOf(intent.sourceVersion, intent.sourceDigest),

@@ -15,7 +15,9 @@ namespace vornic {
 class JournaledSwap : public SwapObserver {
   public:
     /// @param program,version who makes the swap
-    JournaledSwap(std::string program, std::string version);
+    /// @param action what brings the new file
+    JournaledSwap(std::string program, std::string version,
+                  JournalEntry::Action action = JournalEntry::Action::repair);
 
     bool willSwap(const SwapIntent& intent, ErrorSlot& error) override;
     void didSwap(const SwapIntent& intent, const std::string& original) override;
@@ -27,6 +29,7 @@ class JournaledSwap : public SwapObserver {
   private:
     std::string program_;
     std::string version_;
+    JournalEntry::Action action_;
     std::optional<Journal> journal_;
     std::optional<Journal::Run> run_;
     bool isWrittenDown_ = false;

@@ -1,0 +1,224 @@
+#include "job/MendedBytes.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <utility>
+
+#include "foundation/FormatString.h"
+#include "mend/UnifiedDifference.h"
+#include "report/RuleTable.h"
+#include "xml/TextPlace.h"
+
+namespace vornic {
+
+namespace {
+
+// A round keeps no more findings of a rule in memory; the next one goes on.
+constexpr std::size_t kMostOfARound = 100000;
+constexpr int kMostRounds = 1000;
+
+using Counts = std::array<std::uint64_t, kRuleCount>;
+
+Counts countsOf(const Findings& findings) {
+    Counts counts{};
+    for (std::size_t index = 0; index < kRuleCount; ++index) {
+        counts[index] = findings.count({static_cast<std::uint16_t>(index)});
+    }
+    return counts;
+}
+
+// Where a byte of the changed text stood before; in what was replaced, where that begins.
+class OldOffsets {
+  public:
+    explicit OldOffsets(const EditList& edits) : edits_(edits) {
+        std::size_t shift = 0;  // wraps around where a text got shorter
+        starts_.reserve(edits.size());
+        for (const Edit& edit : edits) {
+            starts_.push_back(edit.offset + shift);
+            shift += edit.text.size() - edit.length;
+        }
+    }
+
+    [[nodiscard]] std::size_t of(std::size_t offset) const {
+        const auto next = std::upper_bound(starts_.begin(), starts_.end(), offset);
+        if (next == starts_.begin()) {
+            return offset;
+        }
+        const auto index = static_cast<std::size_t>(next - starts_.begin()) - 1;
+        const Edit& edit = edits_[index];
+        const std::size_t inside = offset - starts_[index];
+        return inside < edit.text.size() ? edit.offset
+                                         : edit.offset + edit.length + inside - edit.text.size();
+    }
+
+  private:
+    const EditList& edits_;
+    std::vector<std::size_t> starts_;
+};
+
+// Gives places in a later round's bytes the offsets, lines and columns of the old bytes.
+void placeInOldBytes(std::vector<MendRecord>& records, const EditList& edits,
+                     const std::string& oldBytes) {
+    ErrorSlot error;
+    const std::optional<DecodedText> source = decodeXMLText(oldBytes, error);
+    if (!source) {
+        return;
+    }
+    const OldOffsets oldOffsets(edits);
+    EditList places;
+    for (MendRecord& record : records) {
+        Place& where = record.finding.where;
+        const std::size_t end = oldOffsets.of(where.offset + where.length);
+        where.offset = oldOffsets.of(where.offset);
+        where.length = std::max(end, where.offset) - where.offset;
+        places.push_back({where.offset, 0, ""});
+    }
+    TextPlace lines(source->text);
+    std::size_t index = 0;
+    for (const Edit& place : toTextOffsets(places, *source)) {
+        Place& where = records[index++].finding.where;
+        lines.moveTo(place.offset);
+        where.line = where.line == 0 ? 0 : lines.line();
+        where.column = where.column == 0 ? 0 : lines.column();
+    }
+}
+
+// Mends one file, round after round.
+class Mending {
+  public:
+    Mending(std::string bytes, const MendRequest& request)
+        : old_(std::move(bytes)), request_(request) {
+        options_ = request.check;
+        options_.mostOfARule = std::max(options_.mostOfARule, kMostOfARound);
+    }
+
+    MendedBytes run() {
+        mended_.bytes = old_;
+        mended_.report = checkFile(mended_.bytes, options_);
+        for (int round = 0; round < kMostRounds && makeRound(); ++round) {
+        }
+        if (!mended_.refusal.empty()) {
+            giveUp();
+        }
+        std::stable_sort(mended_.records.begin(), mended_.records.end(),
+                         [](const MendRecord& left, const MendRecord& right) {
+                             return left.finding.where.offset < right.finding.where.offset;
+                         });
+        limitReport();
+        return std::move(mended_);
+    }
+
+  private:
+    // @return whether something was mended.
+    bool makeRound() {
+        MendPlan plan = MendPlan::of(mended_.report.findings, request_.asked);
+        const std::optional<EditList> edits = encodeEdits(plan.edits, mended_.report.encoding);
+        if (!edits) {
+            mended_.refusal =
+                formatString("a mend cannot be written in %@", mended_.report.encoding);
+            return false;
+        }
+        keepRecords(std::move(plan.records), edits->empty());
+        if (edits->empty()) {
+            return false;
+        }
+        std::string bytes = applyEdits(mended_.bytes, *edits);
+        Report report = checkFile(bytes, options_);
+        if (!isBetter(report)) {
+            return false;
+        }
+        mended_.edits = composeEdits(mended_.edits, *edits);
+        mended_.bytes = std::move(bytes);
+        mended_.report = std::move(report);
+        return true;
+    }
+
+    // The mends that are made; and, when nothing more is mended, what is left.
+    void keepRecords(std::vector<MendRecord> records, bool isLast) {
+        std::erase_if(records,
+                      [isLast](const MendRecord& record) { return !record.isMade && !isLast; });
+        if (!mended_.edits.empty()) {
+            placeInOldBytes(records, mended_.edits, old_);
+        }
+        for (MendRecord& record : records) {
+            made_[record.finding.rule.index] += record.isMade ? 1 : 0;
+            mended_.records.push_back(std::move(record));
+        }
+    }
+
+    // Whether every mend of the round took its finding away and none brought another one.
+    bool isBetter(const Report& report) {
+        const Counts before = countsOf(mended_.report.findings);
+        const Counts after = countsOf(report.findings);
+        for (std::size_t index = 0; index < kRuleCount; ++index) {
+            if (after[index] + std::exchange(made_[index], 0) > before[index]) {
+                mended_.refusal =
+                    formatString("the mends would leave or bring what the rule %@ tells",
+                                 ruleOf({static_cast<std::uint16_t>(index)}).id);
+            }
+        }
+        return mended_.refusal.empty();
+    }
+
+    void giveUp() {
+        mended_.bytes = std::move(old_);
+        mended_.edits.clear();
+        mended_.report = checkFile(mended_.bytes, options_);
+        mended_.records = MendPlan::of(mended_.report.findings, {}).records;
+        for (MendRecord& record : mended_.records) {
+            record.isMade = false;
+            record.why = mended_.refusal;
+        }
+    }
+
+    // Rounds keep more findings than a report shows.
+    void limitReport() {
+        const Counts counts = countsOf(mended_.report.findings);
+        const bool isOver = std::any_of(counts.begin(), counts.end(), [this](std::uint64_t count) {
+            return count > request_.check.mostOfARule;
+        });
+        if (isOver) {
+            mended_.report = checkFile(mended_.bytes, request_.check);
+        }
+    }
+
+    std::string old_;
+    const MendRequest& request_;
+    CheckOptions options_;
+    MendedBytes mended_;
+    // Mends of the present round, for each rule.
+    Counts made_{};
+};
+
+}  // namespace
+
+MendedBytes MendedBytes::of(std::string bytes, const MendRequest& request) {
+    return Mending(std::move(bytes), request).run();
+}
+
+std::string differenceOf(std::string bytes, const EditList& edits, std::string_view oldName,
+                         std::string_view newName) {
+    ErrorSlot error;
+    const std::string newBytes = applyEdits(bytes, edits);
+    const std::optional<DecodedText> before = decodeXMLText(std::move(bytes), error);
+    const std::optional<DecodedText> after = decodeXMLText(newBytes, error);
+    if (!before || !after) {
+        return "";
+    }
+    EditList textEdits = toTextOffsets(edits, *before);
+    EditList newPlaces;
+    std::size_t shift = 0;
+    for (const Edit& edit : edits) {
+        newPlaces.push_back({edit.offset + shift, edit.text.size(), ""});
+        shift += edit.text.size() - edit.length;
+    }
+    newPlaces = toTextOffsets(newPlaces, *after);
+    for (std::size_t index = 0; index < textEdits.size(); ++index) {
+        textEdits[index].text =
+            after->text.substr(newPlaces[index].offset, newPlaces[index].length);
+    }
+    return unifiedDifference(before->text, textEdits, oldName, newName);
+}
+
+}  // namespace vornic

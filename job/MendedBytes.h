@@ -1,0 +1,50 @@
+#ifndef VORNIC_JOB_MENDED_BYTES_H
+#define VORNIC_JOB_MENDED_BYTES_H
+
+#include <string>
+#include <vector>
+
+#include "check/Check.h"
+#include "mend/EditList.h"
+#include "mend/MendPlan.h"
+
+namespace vornic {
+
+/// Which mends a user wants.
+struct MendRequest {
+    /// Rules whose mends are made although they ask.
+    std::vector<RuleId> asked;
+    /// How the file is checked, before and afterwards. Only what these look at is mended.
+    CheckOptions check;
+};
+
+/// What mends make of the bytes of a file, in memory.
+struct MendedBytes {
+    /// Without mends, or with a refusal, what they were.
+    std::string bytes;
+    /// From the old bytes to these; their text in the file's encoding.
+    EditList edits;
+    /// What was made, and what was found and not made, in the order of the file. Places are those
+    /// of the old bytes.
+    std::vector<MendRecord> records;
+    /// Of `bytes`, without the path.
+    Report report;
+    /// Why nothing may be written although something could be mended; "" otherwise.
+    std::string refusal;
+
+    /// Checks a file, makes the mends that may be made, and checks again what came of it, until
+    /// nothing is left that waited for another mend. A mend that leaves its own finding or brings
+    /// one that was not there is a fault of this program: then nothing is mended, and the refusal
+    /// names the rule. Linear for each round; mends rarely wait for each other. Any thread.
+    [[nodiscard]] static MendedBytes of(std::string bytes, const MendRequest& request);
+};
+
+/// What the edits do, for people and for `patch`: the difference between the texts, whatever the
+/// encoding of the file.
+/// @param bytes of the file before
+[[nodiscard]] std::string differenceOf(std::string bytes, const EditList& edits,
+                                       std::string_view oldName, std::string_view newName);
+
+}  // namespace vornic
+
+#endif

@@ -1,0 +1,94 @@
+#include <filesystem>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "job/JournaledSwap.h"
+#include "job/MendFile.h"
+#include "job/Undo.h"
+#include "tests/job/JobTest.h"
+#include "tests/support/FileState.h"
+#include "tests/support/RecordingSwapObserver.h"
+
+namespace vornic {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kDamaged =
+    "<?xml version=\"1.0\"?>\n<xmeml version=\"5\">\n\t<name>a & b</name>\n</xmeml>\n";
+constexpr std::string_view kMended =
+    "<?xml version=\"1.0\"?>\n<xmeml version=\"5\">\n\t<name>a &amp; b</name>\n</xmeml>\n";
+
+class MendFileTest : public test::SandboxTest {
+  protected:
+    MendedFile mend(const std::string& file) { return mendFile(file, {}, waiting, observer); }
+    std::vector<std::string> namesInFolder() const { return test::namesIn(sandbox.folder()); }
+
+    test::RecordingWaiting waiting;
+    test::RecordingSwapObserver observer;
+    std::string path = sandbox.write("Cut.xml", kDamaged);
+};
+
+TEST_F(MendFileTest, putsTheOriginalIntoTheTrash) {
+    ASSERT_EQ(chmod(path.c_str(), 0640), 0);
+    const MendedFile result = mend(path);
+    ASSERT_TRUE(result.swap);
+    EXPECT_EQ(result.swap->end, SwapEnd::done);
+    EXPECT_FALSE(result.error);
+    EXPECT_EQ(test::readBytes(path), kMended);
+    EXPECT_EQ(test::readBytes(result.swap->original), kDamaged);
+    EXPECT_TRUE(result.swap->isInTrash);
+    EXPECT_EQ(fs::status(path).permissions(), fs::perms(0640));
+    EXPECT_THAT(namesInFolder(), ::testing::ElementsAre("Cut.xml"));
+}
+
+TEST_F(MendFileTest, leavesASoundFileAlone) {
+    sandbox.write("Cut.xml", kMended);
+    const test::FileState before = test::fileState(path);
+    const MendedFile result = mend(path);
+    EXPECT_FALSE(result.swap);
+    EXPECT_FALSE(result.error);
+    EXPECT_EQ(test::fileState(path), before);
+}
+
+TEST_F(MendFileTest, canBeUndone) {
+    JournaledSwap journaled("vornic-check", "1", JournalEntry::Action::mend);
+    ASSERT_TRUE(mendFile(path, {}, waiting, journaled).swap);
+    ASSERT_TRUE(journaled.isWrittenDown());
+    std::optional<Journal> journal = Journal::ofUser();
+    ASSERT_TRUE(journal);
+    Undo undo(*journal, sandbox.home() + "/.Trash", "test", "1");
+    EXPECT_EQ(undo.undo(path, [](const JournalEntry&) { return false; }).end,
+              UndoResult::End::undone);
+    EXPECT_EQ(test::readBytes(path), kDamaged);
+}
+
+TEST_F(MendFileTest, leavesANewerFileAlone) {
+    observer.at[SwapPoint::verified] = [this] { sandbox.write("Cut.xml", "newer"); };
+    const MendedFile result = mend(path);
+    EXPECT_TRUE(result.error);
+    EXPECT_EQ(test::readBytes(path), "newer");
+    EXPECT_THAT(namesInFolder(), ::testing::ElementsAre("Cut.xml"));
+}
+
+TEST_F(MendFileTest, tellsThatAFileCannotBeRead) {
+    const MendedFile result = mend(sandbox.path("none.xml"));
+    ASSERT_TRUE(result.error);
+    EXPECT_NE(result.error->localizedDescription().find("none.xml"), std::string::npos);
+}
+
+TEST_F(MendFileTest, leavesTheFileAloneWithoutATrash) {
+    sandbox.write("../home/.Trash", "no folder");
+    const MendedFile result = mend(path);
+    ASSERT_TRUE(result.error);
+    EXPECT_EQ(test::readBytes(path), kDamaged);
+    EXPECT_THAT(namesInFolder(), ::testing::ElementsAre("Cut.xml"));
+}
+
+}  // namespace
+
+}  // namespace vornic

@@ -1,0 +1,105 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "job/MendedBytes.h"
+#include "report/RuleTable.h"
+
+namespace vornic {
+
+namespace {
+
+constexpr std::string_view kHead = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n";
+
+std::string project(std::string_view name) {
+    return std::string(kHead)
+        .append(
+            "<!DOCTYPE fcpxml>\r\n<fcpxml version=\"1.10\">\r\n\t<resources/>\r\n\t<event name=\"")
+        .append(name)
+        .append("\"/>\r\n</fcpxml>\r\n");
+}
+
+std::vector<std::string> madeIn(const MendedBytes& mended) {
+    std::vector<std::string> made;
+    for (const MendRecord& record : mended.records) {
+        if (record.isMade) {
+            made.push_back(std::string(ruleOf(record.finding.rule).id) + " " +
+                           std::to_string(record.finding.where.line));
+        }
+    }
+    return made;
+}
+
+TEST(MendedBytes, changesNothingInASoundFile) {
+    const MendedBytes mended = MendedBytes::of(project("Cut"), {});
+    EXPECT_EQ(mended.bytes, project("Cut"));
+    EXPECT_TRUE(mended.edits.empty());
+    EXPECT_TRUE(mended.records.empty());
+    EXPECT_EQ(mended.report.valid, true);
+}
+
+TEST(MendedBytes, changesTheBytesOfTheMendsAlone) {
+    const MendedBytes mended = MendedBytes::of(project("Tom & \xF0\x9F\x98\x80 < Ann"), {});
+    EXPECT_EQ(mended.bytes, project("Tom &amp; \xF0\x9F\x98\x80 &lt; Ann"));
+    EXPECT_THAT(madeIn(mended),
+                ::testing::ElementsAre("xml-stray-ampersand 5", "xml-less-than-in-value 5"));
+    EXPECT_EQ(mended.report.findings.count(Severity::error), 0U);
+    EXPECT_EQ(applyEdits(project("Tom & \xF0\x9F\x98\x80 < Ann"), mended.edits), mended.bytes);
+}
+
+TEST(MendedBytes, writesInTheEncodingOfTheFile) {
+    std::string bytes =
+        "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<xmeml version=\"5\">\n"
+        "<!-- caf\xE9 & --><clip><name>caf\xE9 & bar</name></clip></xmeml>\n";
+    const MendedBytes mended = MendedBytes::of(bytes, {});
+    bytes.replace(bytes.rfind('&'), 1, "&amp;");
+    EXPECT_EQ(mended.bytes, bytes);
+}
+
+TEST(MendedBytes, mendsInRoundsWhatMeetsAtOnePlace) {
+    // Each of the attributes lacks the space before the next one.
+    const std::string bytes = std::string(kHead) +
+                              "<!DOCTYPE fcpxml>\n<fcpxml version=\"1.10\"><resources><format "
+                              "id=\"r1\"name=a&b frameDuration=\"1/25s\"/></resources></fcpxml>\n";
+    const MendedBytes mended = MendedBytes::of(bytes, {});
+    EXPECT_NE(mended.bytes.find("id=\"r1\" name=\"a&amp;b\" frameDuration"), std::string::npos)
+        << mended.bytes;
+    EXPECT_EQ(mended.refusal, "");
+    EXPECT_EQ(mended.report.findings.count(Severity::error), 0U);
+    EXPECT_EQ(applyEdits(bytes, mended.edits), mended.bytes);
+    for (const MendRecord& record : mended.records) {
+        EXPECT_TRUE(record.isMade);
+        EXPECT_EQ(record.finding.where.line, 3U);
+    }
+}
+
+TEST(MendedBytes, tellsWhatIsNotMended) {
+    const MendedBytes mended =
+        MendedBytes::of(std::string(kHead) + "<fcpxml version=\"1.10\"><resources></fcpxml>", {});
+    EXPECT_TRUE(mended.edits.empty());
+    ASSERT_FALSE(mended.records.empty());
+    EXPECT_FALSE(mended.records.front().isMade);
+    EXPECT_EQ(mended.records.front().why, "no mend is known");
+}
+
+TEST(MendedBytes, mendsOnlyWhatIsLookedAt) {
+    MendRequest request;
+    request.check.ignored = {"xml-stray-ampersand"_rule};
+    EXPECT_TRUE(MendedBytes::of(project("a & b"), request).edits.empty());
+}
+
+TEST(MendedBytes, showsTheDifferenceOfAFileInAnyEncoding) {
+    std::string bytes("\xFF\xFE", 2);
+    for (const char character :
+         std::string("<xmeml version=\"5\">\n<name>a & b</name>\n</xmeml>\n")) {
+        bytes += character;
+        bytes += '\0';
+    }
+    const MendedBytes mended = MendedBytes::of(bytes, {});
+    EXPECT_EQ(differenceOf(bytes, mended.edits, "old", "new"),
+              "--- old\n+++ new\n@@ -1,3 +1,3 @@\n <xmeml version=\"5\">\n-<name>a & b</name>\n"
+              "+<name>a &amp; b</name>\n </xmeml>\n");
+}
+
+}  // namespace
+
+}  // namespace vornic
