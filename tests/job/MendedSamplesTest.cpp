@@ -1,0 +1,145 @@
+#include <filesystem>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "job/MendedBytes.h"
+#include "report/RuleTable.h"
+#include "tests/support/Sandbox.h"
+#include "tests/xml/SampleFiles.h"
+#include "xml/XMLReader.h"
+
+namespace vornic {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// A fault that a mend takes back to the letter: `sound` in the file becomes `broken`.
+struct SeededFault {
+    std::string_view name;
+    std::string_view sound;
+    std::string_view broken;
+};
+
+constexpr SeededFault kFaults[] = {
+    {"ampersand", "&amp; ", "& "},
+    {"space between attributes", "\" ", "\""},
+    {"less-than sign", "&lt;", "<"},
+};
+
+bool isInComment(std::string_view text, std::size_t at) {
+    const std::size_t begin = text.rfind("<!--", at);
+    return begin != std::string_view::npos && text.find("-->", begin) > at;
+}
+
+bool isInStartTag(std::string_view text, std::size_t at) {
+    const std::size_t open = text.rfind('<', at);
+    return !isInComment(text, at) && open != std::string_view::npos && open + 1 < text.size() &&
+           std::isalpha(static_cast<unsigned char>(text[open + 1])) != 0 &&
+           text.find('>', open) > at;
+}
+
+// Breaks up to `most` places of a text.
+std::string broken(const std::string& text, const SeededFault& fault, std::mt19937& random,
+                   std::size_t most) {
+    std::vector<std::size_t> places;
+    for (std::size_t at = text.find(fault.sound); at != std::string::npos;
+         at = text.find(fault.sound, at + 1)) {
+        const bool isInTag = isInStartTag(text, at);
+        const bool isSpace = fault.sound.front() == '"';
+        const bool endsValue = isSpace && isInTag && at + 2 < text.size() &&
+                               std::isalpha(static_cast<unsigned char>(text[at + 2])) != 0 &&
+                               text[at - 1] != '=';
+        const bool isLessThan = fault.broken == "<";
+        if (isSpace ? endsValue : isLessThan ? isInTag : true) {
+            places.push_back(at);
+        }
+    }
+    std::shuffle(places.begin(), places.end(), random);
+    places.resize(std::min(places.size(), most));
+    std::sort(places.begin(), places.end());
+    EditList edits;
+    for (const std::size_t place : places) {
+        edits.push_back({place, fault.sound.size(), std::string(fault.broken)});
+    }
+    return applyEdits(text, edits);
+}
+
+std::vector<std::uint64_t> countsOf(const Report& report) {
+    std::vector<std::uint64_t> counts;
+    for (std::size_t index = 0; index < kRuleCount; ++index) {
+        counts.push_back(report.findings.count({static_cast<std::uint16_t>(index)}));
+    }
+    return counts;
+}
+
+class MendedSamplesTest : public ::testing::Test {
+  protected:
+    static std::vector<std::string> samples() {
+        const std::optional<std::string> folder = test::samplesFolder();
+        std::vector<std::string> files;
+        for (const char* kind : {"/xmeml", "/fcpxml", "/damaged"}) {
+            if (folder && fs::is_directory(*folder + kind)) {
+                const std::vector<std::string> more = test::filesBelow(*folder + kind);
+                files.insert(files.end(), more.begin(), more.end());
+            }
+        }
+        return files;
+    }
+};
+
+// What is seeded into a real file goes away, byte for byte, and nothing else changes.
+TEST_F(MendedSamplesTest, comeBackFromSeededFaults) {
+    const std::vector<std::string> files = samples();
+    if (files.empty()) {
+        GTEST_SKIP() << "VORNIC_SAMPLES names no folder of samples";
+    }
+    std::mt19937 random(15);
+    std::size_t seeded = 0;
+    for (const std::string& file : files) {
+        const std::string original = test::readBytes(file);
+        const MendedBytes sound = MendedBytes::of(original, {});
+        EXPECT_EQ(sound.refusal, "") << file;
+        ErrorSlot error;
+        const std::optional<std::string> text = textFromUTF8(sound.bytes, error);
+        // Behind a fault that ends the reading nothing is found.
+        const bool isWhole = text && !readXML(*text, XMLMode::strict).fault;
+        for (const SeededFault& fault : kFaults) {
+            const std::string damaged = broken(sound.bytes, fault, random, 20);
+            if (!isWhole || damaged == sound.bytes) {
+                continue;
+            }
+            const MendedBytes mended = MendedBytes::of(damaged, {});
+            EXPECT_EQ(mended.refusal, "") << file << " " << fault.name;
+            EXPECT_TRUE(mended.bytes == sound.bytes) << file << " " << fault.name;
+            EXPECT_EQ(applyEdits(damaged, mended.edits), mended.bytes) << file << " " << fault.name;
+            ++seeded;
+        }
+    }
+    EXPECT_GT(seeded, 60U);
+}
+
+// Mending takes findings away and brings none; a second time there is nothing left to mend.
+TEST_F(MendedSamplesTest, getBetterOnly) {
+    const std::vector<std::string> files = samples();
+    if (files.empty()) {
+        GTEST_SKIP() << "VORNIC_SAMPLES names no folder of samples";
+    }
+    for (const std::string& file : files) {
+        const std::string original = test::readBytes(file);
+        const std::vector<std::uint64_t> before = countsOf(checkFile(original, {}));
+        const MendedBytes mended = MendedBytes::of(original, {});
+        EXPECT_EQ(mended.refusal, "") << file;
+        const std::vector<std::uint64_t> after = countsOf(mended.report);
+        for (std::size_t index = 0; index < kRuleCount; ++index) {
+            EXPECT_LE(after[index], before[index])
+                << file << " " << ruleOf({static_cast<std::uint16_t>(index)}).id;
+        }
+        EXPECT_TRUE(MendedBytes::of(mended.bytes, {}).edits.empty()) << file;
+    }
+}
+
+}  // namespace
+
+}  // namespace vornic
