@@ -28,25 +28,30 @@ constexpr SeededFault kFaults[] = {
     {"less-than sign", "&lt;", "<"},
 };
 
-bool isInComment(std::string_view text, std::size_t at) {
-    const std::size_t begin = text.rfind("<!--", at);
-    return begin != std::string_view::npos && text.find("-->", begin) > at;
-}
-
-bool isInStartTag(std::string_view text, std::size_t at) {
-    const std::size_t open = text.rfind('<', at);
-    return !isInComment(text, at) && open != std::string_view::npos && open + 1 < text.size() &&
-           std::isalpha(static_cast<unsigned char>(text[open + 1])) != 0 &&
-           text.find('>', open) > at;
+// The bytes of all start tags that stand in no comment.
+std::vector<bool> startTagsOf(std::string_view text) {
+    std::vector<bool> isInTag(text.size(), false);
+    for (std::size_t at = text.find('<'); at < text.size(); at = text.find('<', at + 1)) {
+        if (text.substr(at).starts_with("<!--")) {
+            at = std::min(text.find("-->", at), text.size() - 1);
+        } else if (at + 1 < text.size() &&
+                   std::isalpha(static_cast<unsigned char>(text[at + 1])) != 0) {
+            for (; at < text.size() && text[at] != '>'; ++at) {
+                isInTag[at] = true;
+            }
+        }
+    }
+    return isInTag;
 }
 
 // Breaks up to `most` places of a text.
 std::string broken(const std::string& text, const SeededFault& fault, std::mt19937& random,
                    std::size_t most) {
+    const std::vector<bool> tags = startTagsOf(text);
     std::vector<std::size_t> places;
     for (std::size_t at = text.find(fault.sound); at != std::string::npos;
          at = text.find(fault.sound, at + 1)) {
-        const bool isInTag = isInStartTag(text, at);
+        const bool isInTag = tags[at];
         const bool isSpace = fault.sound.front() == '"';
         const bool endsValue = isSpace && isInTag && at + 2 < text.size() &&
                                std::isalpha(static_cast<unsigned char>(text[at + 2])) != 0 &&
