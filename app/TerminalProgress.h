@@ -1,27 +1,21 @@
 #ifndef VORNIC_APP_TERMINAL_PROGRESS_H
 #define VORNIC_APP_TERMINAL_PROGRESS_H
 
-#include <condition_variable>
+#include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
-#include <thread>
 
+#include "app/TerminalBar.h"
 #include "repair/Document.h"
 
 namespace vornic {
 
-/// Draws a document's progress as a bar in the last line of the terminal on standard error, ten
-/// times a second, and takes it away before a line of text is written. Does nothing when standard
-/// error is no terminal.
+/// Draws a document's progress as a bar in the last line of the terminal on standard error, and
+/// takes it away before a line of text is written. Does nothing when standard error is no terminal.
 class TerminalProgress {
   public:
-    explicit TerminalProgress(std::shared_ptr<const Document> document);
-    /// Takes the bar away.
-    ~TerminalProgress();
-    TerminalProgress(const TerminalProgress&) = delete;
-    TerminalProgress& operator=(const TerminalProgress&) = delete;
+    explicit TerminalProgress(const std::shared_ptr<const Document>& document);
 
     /// Writes a line to standard output with no bar in its way, and where that is a terminal with
     /// control characters written out. Any thread.
@@ -32,18 +26,10 @@ class TerminalProgress {
     [[nodiscard]] static std::string bar(std::int64_t value, std::int64_t maximum);
 
   private:
-    void draw();
-    void erase();
-
-    std::shared_ptr<const Document> document_;
     // Whoever reads along (a terminal, a pipe) sees each line at once; a file is written in blocks.
     bool stdoutIsFile_;
     bool stdoutIsTerminal_;
-    std::mutex mutex_;
-    std::condition_variable wake_;
-    bool ending_ = false;
-    bool drawn_ = false;
-    std::thread painter_;
+    TerminalBar bar_;
 };
 
 }  // namespace vornic

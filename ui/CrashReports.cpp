@@ -16,6 +16,10 @@
 namespace vornic {
 
 void startCrashReports(std::string_view program) {
+    startCrashReports(program, platform::applicationName());
+}
+
+void startCrashReports(std::string_view program, std::string_view logName) {
     const QMLocalPaths::Path logs = QMLocalPaths::logDirectory(true);
     if (!logs) {
         return;
@@ -24,7 +28,7 @@ void startCrashReports(std::string_view program) {
         {.program = std::string(program),
          .version = VORNIC_VERSION,
          .folder = appendingPathComponent(*logs, kDiagnosticReportsFolder),
-         .log = currentLogPath(platform::applicationName()).value_or("")});
+         .log = currentLogPath(std::string(logName)).value_or("")});
 }
 
 }  // namespace vornic

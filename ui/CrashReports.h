@@ -16,6 +16,8 @@ inline constexpr std::string_view kConvertProgram = "vornic-convert";
 /// "DiagnosticReports" of the user's log folder (`platform::installCrashReporter`). Called first
 /// in `main`. Does nothing when the user has no log folder.
 void startCrashReports(std::string_view program);
+/// The same for a program whose log has a name of its own.
+void startCrashReports(std::string_view program, std::string_view logName);
 
 }  // namespace vornic
 

@@ -4,7 +4,30 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "check/NearestName.h"
+#include "foundation/FormatString.h"
+
 namespace vornic {
+
+namespace {
+
+// With the name that was perhaps meant.
+std::string unknownRule(std::string_view name) {
+    std::vector<std::string_view> names;
+    for (const Rule& rule : kRuleTable) {
+        if (rule.group != RuleGroup::repair) {
+            names.push_back(rule.id);
+        }
+    }
+    for (const RuleGroup group : kCheckedGroups) {
+        names.push_back(nameOf(group));
+    }
+    const std::string_view nearest = nearestName(name, names);
+    return formatString("there is no rule or group %@%@", name,
+                        nearest.empty() ? "" : formatString("; perhaps %@ is meant", nearest));
+}
+
+}  // namespace
 
 std::string RuleSelection::addOnly(std::string_view list) {
     hasOnly_ = true;
@@ -13,6 +36,16 @@ std::string RuleSelection::addOnly(std::string_view list) {
 
 std::string RuleSelection::addIgnored(std::string_view list) {
     return mark(ignored_, list);
+}
+
+std::vector<const Rule*> RuleSelection::only() const {
+    std::vector<const Rule*> rules;
+    for (std::size_t index = 0; index < kRuleCount; ++index) {
+        if (only_[index]) {
+            rules.push_back(&kRuleTable[index]);
+        }
+    }
+    return rules;
 }
 
 std::vector<RuleId> RuleSelection::ignored() const {
@@ -41,7 +74,7 @@ std::string RuleSelection::mark(Marks& marks, std::string_view list) {
         isKnown = isKnown || std::any_of(kCheckedGroups.begin(), kCheckedGroups.end(),
                                          [name](RuleGroup group) { return nameOf(group) == name; });
         if (!isKnown) {
-            return "there is no rule or group " + std::string(name);
+            return unknownRule(name);
         }
     }
     return "";

@@ -20,6 +20,8 @@ class RuleSelection {
     /// Leaves rules out, also some that `addOnly` names.
     [[nodiscard]] std::string addIgnored(std::string_view list);
 
+    /// The rules that `addOnly` names, in the order of the table.
+    [[nodiscard]] std::vector<const Rule*> only() const;
     /// The rules that are left out.
     [[nodiscard]] std::vector<RuleId> ignored() const;
 

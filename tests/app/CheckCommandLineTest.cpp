@@ -1,8 +1,12 @@
 // The arguments of vornic-check, its exit statuses and its output.
 
+#include <csignal>
+#include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -11,18 +15,21 @@
 
 #include "tests/app/ProgramTest.h"
 #include "tests/support/FileState.h"
+#include "tests/support/LogText.h"
 
 namespace vornic::test {
 
+using ::testing::ContainsRegex;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::Not;
 using ::testing::StartsWith;
 
 class CheckCommandLineTest : public ProgramTest {
   protected:
     ProgramSettings checker(std::vector<std::string> arguments) const {
         ProgramSettings settings = files.repairer(std::move(arguments));
-        settings.program = VORNIC_CHECK_PROGRAM;
+        settings.program = material.program("vornic-check");
         return settings;
     }
     ProgramResult check(std::vector<std::string> arguments) const {
@@ -173,6 +180,36 @@ TEST_F(CheckCommandLineTest, writesTheReportToAFile) {
     EXPECT_EQ(result.output, "");
     EXPECT_THAT(readBytes(files.path("report.txt")), StartsWith("a.fcpxml:2:12: error:"));
     EXPECT_EQ(check({"--report", "no/such/folder", "a.fcpxml"}).status, 3);
+    EXPECT_THAT(check({"--report", "-", "a.fcpxml"}).output, HasSubstr("1 error, "));
+    EXPECT_THAT(check({"--report", "/dev/stdout", "a.fcpxml"}).output, HasSubstr("1 error, "));
+}
+
+TEST_F(CheckCommandLineTest, replacesAnOlderReportAsAWholeAndKeepsALink) {
+    writeWrong("a.fcpxml");
+    (void)files.write("old.txt", std::string(100'000, 'x'));
+    ASSERT_EQ(symlink("old.txt", files.path("link.txt").c_str()), 0);
+    EXPECT_EQ(check({"--report", "link.txt", "a.fcpxml"}).status, 1);
+    EXPECT_TRUE(std::filesystem::is_symlink(files.path("link.txt")));
+    EXPECT_THAT(readBytes(files.path("old.txt")), StartsWith("ERROR(structure-unknown-element)"));
+    EXPECT_THAT(namesIn(files.folder()), ElementsAre("a.fcpxml", "link.txt", "old.txt"));
+}
+
+TEST_F(CheckCommandLineTest, writesNoReportOverAProject) {
+    writeWrong("a.fcpxml");
+    const std::string other = files.writeSound("b.xml");
+    const std::string before = readBytes(other);
+    expectUsage({"--report", "a.fcpxml", "a.fcpxml"},
+                "the report would take the place of a file that is checked");
+    ASSERT_EQ(symlink("a.fcpxml", files.path("link").c_str()), 0);
+    expectUsage({"--report", "link", "a.fcpxml"},
+                "the report would take the place of a file that is checked");
+    const ProgramResult result = check({"--report", "b.xml", "a.fcpxml"});
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(
+        result.errors,
+        "vornic-check: The report cannot be written to b.xml: a project file stands there.\n");
+    EXPECT_EQ(readBytes(other), before);
+    EXPECT_THAT(readBytes(files.path("a.fcpxml")), StartsWith("<fcpxml"));
 }
 
 TEST_F(CheckCommandLineTest, saysSoWhenTheReportCannotBeWritten) {
@@ -180,8 +217,107 @@ TEST_F(CheckCommandLineTest, saysSoWhenTheReportCannotBeWritten) {
     ProgramSettings settings = checker({"a.fcpxml"});
     settings.output = ProgramStream::fullDevice;
     const ProgramResult result = runProgram(settings);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors,
+              "vornic-check: Not everything could be written to standard output: no space left on "
+              "the volume.\n");
+    settings.arguments = {"--list-rules"};
+    EXPECT_EQ(runProgram(settings).status, 1);
+}
+
+TEST_F(CheckCommandLineTest, endsQuietlyWhenNobodyReads) {
+    ProgramSettings settings = checker({writeWrong("a.fcpxml"), "--format", "json"});
+    settings.output = ProgramStream::brokenPipe;
+    const ProgramResult result = runProgram(settings);
+    EXPECT_EQ(result.signal, 0);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(linesOf(result.errors).size(), 1U);
+}
+
+TEST_F(CheckCommandLineTest, readsStandardInput) {
+    const std::string path = writeWrong("a.fcpxml");
+    ProgramSettings settings =
+        checker({"-c", "exec \"$0\" --format gnu - < a.fcpxml", material.program("vornic-check")});
+    settings.program = "/bin/sh";
+    const ProgramResult result = runProgram(settings);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.output, StartsWith("-:2:12: error: "));
+}
+
+TEST_F(CheckCommandLineTest, showsWhereAPathLeads) {
+    writeWrong("a.fcpxml");
+    const ProgramResult found =
+        check({"--where", "/fcpxml[1]/resources[1]/fromat/@id", "a.fcpxml"});
+    EXPECT_EQ(found.status, 0);
+    EXPECT_EQ(found.output,
+              "a.fcpxml(2,24): /fcpxml[1]/resources[1]/fromat/@id\n"
+              "      1 | <fcpxml version=\"1.10\">\n"
+              "      2 | <resources><fromat id=\"r1\"/></resources>\n"
+              "        |                        ^\n"
+              "      3 | </fcpxml>\n");
+    const ProgramResult missing = check({"--where=/fcpxml/event", "a.fcpxml"});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_EQ(missing.output, "");
+    EXPECT_THAT(missing.errors,
+                StartsWith("a.fcpxml: the path ends at /fcpxml: there is no <event> in it\n"));
+    EXPECT_EQ(check({"--where", "/fcpxml", "missing.xml"}).status, 3);
+}
+
+TEST_F(CheckCommandLineTest, keepsALogOfItsOwn) {
+    EXPECT_EQ(files.repair({files.writeSound("b.xml")}).status, 0);
+    const std::string log = readBytes(files.logPath());
+    for (int i = 0; i < 6; ++i) {
+        check({writeWrong("a.fcpxml"), "missing.xml"});
+    }
+    EXPECT_EQ(readBytes(files.logPath()), log);
+    const std::string own = readBytes(files.library("Logs/Quillmark") + "/vornic-check.1.log");
+    EXPECT_THAT(own, HasSubstr("a.fcpxml: 1 errors, 0 warnings, 0 notes\n"));
+    EXPECT_THAT(own, HasSubstr("missing.xml"));
+}
+
+TEST_F(CheckCommandLineTest, leavesAnUnreadableFileAndTellsWhy) {
+    const std::string path = writeWrong("a.fcpxml");
+    ASSERT_EQ(chmod(path.c_str(), 0), 0);
+    const ProgramResult result = check({"a.fcpxml"});
     EXPECT_EQ(result.status, 3);
-    EXPECT_THAT(result.errors, HasSubstr("The report could not be written."));
+    EXPECT_THAT(result.errors, HasSubstr("permission denied"));
+    EXPECT_EQ(result.output, "0 errors, 0 warnings, 0 notes in 0 files\n");
+}
+
+TEST_F(CheckCommandLineTest, endsAtASignalWithoutTheSum) {
+    std::string faults;
+    for (int i = 0; i < 20'000; ++i) {
+        faults += "<a/>";
+    }
+    (void)files.write("a.fcpxml", fcpxml(faults));
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        RunningProgram program(checker({"--max", "20000", "a.fcpxml"}));
+        EXPECT_TRUE(program.readUntil("ERROR"));
+        program.sendSignal(number);
+        const ProgramResult result = program.finish();
+        EXPECT_EQ(result.status, 128 + number);
+        EXPECT_THAT(result.output, Not(HasSubstr("notes in 1 file")));
+    }
+}
+
+TEST_F(CheckCommandLineTest, leavesTheOlderReportWhenASignalEndsIt) {
+    writeWrong("a.fcpxml");
+    (void)files.write("report.txt", "old");
+    ASSERT_EQ(mkfifo(files.path("pipe").c_str(), 0600), 0);
+    const int pipe = open(files.path("pipe").c_str(), O_RDWR | O_CLOEXEC);
+    const std::vector<std::string> before = namesIn(files.folder());
+    ProgramSettings settings = checker({"-c", "exec \"$0\" --report report.txt a.fcpxml - < pipe",
+                                        material.program("vornic-check")});
+    settings.program = "/bin/sh";
+    RunningProgram program(settings);
+    while (namesIn(files.folder()) == before) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    program.sendSignal(SIGTERM);
+    EXPECT_EQ(program.finish().status, 128 + SIGTERM);
+    EXPECT_EQ(namesIn(files.folder()), before);
+    EXPECT_EQ(readBytes(files.path("report.txt")), "old");
+    close(pipe);
 }
 
 TEST_F(CheckCommandLineTest, coloursATerminalAloneAndEscapesWhatCouldSteerIt) {
@@ -197,11 +333,19 @@ TEST_F(CheckCommandLineTest, coloursATerminalAloneAndEscapesWhatCouldSteerIt) {
 TEST_F(CheckCommandLineTest, listsAndExplainsItsRules) {
     const ProgramResult list = check({"--list-rules"});
     EXPECT_EQ(list.status, 0);
-    EXPECT_THAT(list.output, HasSubstr("structure-unknown-element (error)\n"));
+    EXPECT_THAT(
+        list.output,
+        ContainsRegex(
+            "\nstructure-unknown-element +error +<\\{element\\}> is no element of FCPXML\n"));
     const ProgramResult page = check({"--explain", "structure-unknown-element"});
     EXPECT_EQ(page.status, 0);
-    EXPECT_THAT(page.output, HasSubstr("How to mend it: "));
-    EXPECT_EQ(check({"--explain", "no-such-rule"}).status, 2);
+    EXPECT_THAT(page.output, HasSubstr("\nHow to mend it\n    "));
+    EXPECT_THAT(check({"--explain", "values"}).output, StartsWith("values-"));
+    const ProgramResult unknown = check({"--explain", "values-standalon"});
+    EXPECT_EQ(unknown.status, 2);
+    EXPECT_EQ(unknown.errors,
+              "vornic-check: there is no rule or group values-standalon; perhaps "
+              "values-standalone is meant\n");
 }
 
 TEST_F(CheckCommandLineTest, refusesWrongUsage) {
@@ -210,8 +354,13 @@ TEST_F(CheckCommandLineTest, refusesWrongUsage) {
     expectUsage({"--format", "xml", "a.xml"}, "there is no format xml");
     expectUsage({"--max", "0", "a.xml"}, "--max wants a number above 0, not 0");
     expectUsage({"--max"}, "the option --max wants a value");
-    expectUsage({"--only", "structures", "a.xml"}, "there is no rule or group structures");
+    expectUsage({"--only", "structures", "a.xml"},
+                "there is no rule or group structures; perhaps structure is meant");
     expectUsage({"--least", "fatal", "a.xml"}, "--least wants error, warning or info, not fatal");
+    expectUsage({"-", "-"}, "standard input can be checked only once");
+    expectUsage({"--where", "/fcpxml[1]"}, "--where wants one file");
+    expectUsage({"--where", "fcpxml", "a.xml"},
+                "--where wants a path such as /fcpxml[1]/event[1]/@name, not fcpxml");
     expectUsage({"--reads", "2.0", "a.xml"},
                 "--reads wants a version of FCPXML (1.0 to 1.14) or of XMEML (1 to 5), not 2.0");
     expectUsage({"--fail-on", "x", "a.xml"},

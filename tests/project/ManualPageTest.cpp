@@ -85,6 +85,7 @@ TEST(ManualPage, rendersWithoutWarnings) {
     EXPECT_EQ(warnings("vornic.1"), "");
     EXPECT_EQ(warnings("vornic-check.1"), "");
     EXPECT_EQ(warnings("vornic-repair.1"), "");
+    EXPECT_EQ(warnings("vornic-rules.7"), "");
 }
 
 }  // namespace vornic::test

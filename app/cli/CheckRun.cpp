@@ -1,0 +1,221 @@
+#include "app/cli/CheckRun.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <deque>
+#include <new>
+#include <system_error>
+#include <utility>
+
+#include <unistd.h>
+
+#include "foundation/FormatString.h"
+#include "foundation/QMLog.h"
+#include "foundation/TerminalText.h"
+#include "platform/CrashStack.h"
+#include "platform/FileSystem.h"
+#include "platform/Termination.h"
+#include "report/GNUReportWriter.h"
+#include "report/JSONReportWriter.h"
+#include "report/SARIFReportWriter.h"
+#include "report/TextReportWriter.h"
+
+#ifndef VORNIC_VERSION
+#error "VORNIC_VERSION is the project's version"
+#endif
+
+namespace vornic {
+
+namespace {
+
+constexpr int kFound = 1;
+constexpr int kUnreadable = 3;
+constexpr int kSignalStatus = 128;
+constexpr std::chrono::milliseconds kLookForSignals{20};
+
+std::unique_ptr<ReportWriter> writerFor(const CheckSettings& settings, ReportSink sink,
+                                        bool isTerminal) {
+    switch (settings.format) {
+        case ReportFormat::json:
+            return std::make_unique<JSONReportWriter>(std::move(sink), kCheckProgram,
+                                                      VORNIC_VERSION, settings.least);
+        case ReportFormat::sarif:
+            return std::make_unique<SARIFReportWriter>(std::move(sink), kCheckProgram,
+                                                       VORNIC_VERSION, settings.least);
+        case ReportFormat::gnu:
+            return std::make_unique<GNUReportWriter>(std::move(sink), settings.least);
+        default:
+            const bool isColoured = isTerminal && std::getenv("NO_COLOR") == nullptr;
+            return std::make_unique<TextReportWriter>(
+                std::move(sink), TextReportWriter::Style{isColoured, settings.least});
+    }
+}
+
+}  // namespace
+
+void complainOfCheck(std::string_view text) {
+    const std::string line =
+        formatString("%@: %@\n", kCheckProgram, textForStream(text, STDERR_FILENO));
+    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
+}
+
+std::optional<std::string> readProjectFile(const std::string& path, ErrorSlot& error) {
+    if (path != "-") {
+        return platform::readFile(path, error);
+    }
+    std::string bytes;
+    std::array<char, 65536> block{};
+    while (const std::size_t count = std::fread(block.data(), 1, block.size(), stdin)) {
+        bytes.append(block.data(), count);
+    }
+    if (std::ferror(stdin) == 0) {
+        return bytes;
+    }
+    error = posixError("Standard input cannot be read", errno);
+    return std::nullopt;
+}
+
+CheckRun::CheckRun(const CheckSettings& settings, ReportOutput& output)
+    : settings_(settings), output_(output) {
+    const auto sink = [this](std::string_view text) { output_.write(text); };
+    writer_ = writerFor(settings, sink, output.isTerminal());
+}
+
+int CheckRun::run(const ProjectFiles& files) {
+    fileCount_ = files.paths.size();
+    bar_ = std::make_unique<TerminalBar>([this] { return progress(); });
+    for (const ProjectFiles::Refusal& refusal : files.refused) {
+        refuse(refusal.path, refusal.reason, formatString("%@: %@", refusal.path, refusal.reason));
+    }
+    checkAll(files.paths);
+    finish();
+    bar_.reset();
+    return status_;
+}
+
+CheckRun::CheckedFile CheckRun::check(const std::string& path) const {
+    CheckedFile file;
+    file.path = path;
+    try {
+        ErrorSlot error;
+        std::optional<std::string> bytes = readProjectFile(path, error);
+        if (!bytes) {
+            file.refusal = error->localizedDescription();
+            return file;
+        }
+        file.report = checkFile(std::move(*bytes), settings_.check);
+        file.report.path = path;
+    } catch (const std::bad_alloc&) {
+        file.refusal = formatString("There is not enough memory to check the file %@.", path);
+    }
+    return file;
+}
+
+std::future<CheckRun::CheckedFile> CheckRun::start(const std::string& path) const {
+    try {
+        return std::async(std::launch::async, [this, &path] {
+            const platform::CrashStack crashStack;
+            return check(path);
+        });
+    } catch (const std::system_error&) {
+        // The system has no thread to give.
+        std::promise<CheckedFile> file;
+        file.set_value(check(path));
+        return file.get_future();
+    }
+}
+
+void CheckRun::checkAll(const std::vector<std::string>& paths) {
+    std::deque<std::future<CheckedFile>> open;
+    for (const std::string& path : paths) {
+        open.push_back(start(path));
+        if (open.size() >= settings_.jobs) {
+            await(open.front());
+            open.pop_front();
+        }
+        // Nobody reads any more.
+        if (output_.hasFailed()) {
+            return;
+        }
+    }
+    for (std::future<CheckedFile>& file : open) {
+        await(file);
+    }
+}
+
+void CheckRun::await(std::future<CheckedFile>& file) {
+    while (file.wait_for(kLookForSignals) != std::future_status::ready) {
+        if (const int signal = platform::interruption(); signal != 0) {
+            leave(signal);
+        }
+    }
+    add(file.get());
+    if (const int signal = platform::interruption(); signal != 0) {
+        leave(signal);
+    }
+}
+
+void CheckRun::add(const CheckedFile& file) {
+    ++filesDone_;
+    if (!file.refusal.empty()) {
+        return refuse(file.path, file.refusal, file.refusal);
+    }
+    const Findings& findings = file.report.findings;
+    QMLog::appendLog("%@: %llu errors, %llu warnings, %llu notes", file.path,
+                     findings.count(Severity::error), findings.count(Severity::warning),
+                     findings.count(Severity::info));
+    bar_->aside([&] {
+        writer_->file(file.report);
+        output_.flush();
+    });
+    for (const Severity severity : {Severity::info, Severity::warning, Severity::error}) {
+        if (settings_.failOn && severity >= *settings_.failOn && findings.count(severity) != 0) {
+            status_ = std::max(status_, kFound);
+        }
+    }
+}
+
+void CheckRun::refuse(const std::string& path, const std::string& reason,
+                      const std::string& complaint) {
+    QMLog::appendLog("%@", complaint);
+    bar_->aside([&] { complainOfCheck(complaint); });
+    writer_->refused(path, reason);
+    status_ = kUnreadable;
+}
+
+void CheckRun::finish() {
+    ErrorSlot error;
+    bar_->aside([&] {
+        writer_->end();
+        error = output_.finish();
+    });
+    if (error) {
+        bar_->aside([&] { complainOfCheck(error->localizedDescription()); });
+        status_ = std::max(status_, output_.isStandardOutput() ? kFound : kUnreadable);
+    }
+}
+
+// The files at work need not be waited for: nothing is lost with them. A report that is not whole
+// does not take the place of an older one.
+void CheckRun::leave(int signal) {
+    output_.abandon();
+    bar_.reset();
+    QMLog::finishWriting();
+    std::_Exit(kSignalStatus + signal);
+}
+
+std::string CheckRun::progress() const {
+    if (fileCount_ < 2) {
+        return "Checking...";
+    }
+    const std::size_t done = filesDone_;
+    return TerminalBar::cells(static_cast<std::int64_t>(done),
+                              static_cast<std::int64_t>(fileCount_)) +
+           formatString(" %zu of %zu files", done, fileCount_);
+}
+
+}  // namespace vornic

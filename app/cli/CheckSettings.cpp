@@ -1,0 +1,133 @@
+#include "app/cli/CheckSettings.h"
+
+#include <algorithm>
+#include <charconv>
+#include <string_view>
+#include <thread>
+#include <utility>
+
+#include "app/cli/RuleSelection.h"
+#include "formats/fcpxml/Version.h"
+#include "foundation/FormatString.h"
+
+namespace vornic {
+
+namespace {
+
+constexpr std::pair<std::string_view, ReportFormat> kFormats[] = {{"text", ReportFormat::text},
+                                                                  {"json", ReportFormat::json},
+                                                                  {"sarif", ReportFormat::sarif},
+                                                                  {"gnu", ReportFormat::gnu}};
+
+std::optional<std::size_t> positive(const std::string& text) {
+    std::size_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool isNumber = error == std::errc() && end == text.data() + text.size() && number != 0;
+    return isNumber ? std::optional(number) : std::nullopt;
+}
+
+std::optional<Severity> severityNamed(std::string_view name) {
+    for (const Severity severity : {Severity::error, Severity::warning, Severity::info}) {
+        if (nameOf(severity) == name) {
+            return severity;
+        }
+    }
+    return std::nullopt;
+}
+
+bool isXMEMLVersion(std::string_view text) {
+    return text.size() == 1 && text >= "1" && text <= "5";
+}
+
+class SettingsReader {
+  public:
+    SettingsReader(const CommandLine& line, CheckSettings& settings)
+        : line_(line), settings_(settings) {}
+
+    std::string read() {
+        settings_.jobs = std::max(1U, std::thread::hardware_concurrency());
+        settings_.reportPath = line_.value("--report");
+        readFormat();
+        readNumber("-j", settings_.jobs);
+        readNumber("--max", settings_.check.mostOfARule);
+        readLeast();
+        readFailOn();
+        readReceiver();
+        readRules();
+        return fault_;
+    }
+
+  private:
+    void readFormat() {
+        const std::string name = line_.value("--format").value_or("text");
+        const auto* const format =
+            std::find_if(std::begin(kFormats), std::end(kFormats),
+                         [&](const auto& known) { return known.first == name; });
+        if (format == std::end(kFormats)) {
+            fault_ = "there is no format " + name;
+        } else {
+            settings_.format = format->second;
+        }
+    }
+
+    void readNumber(std::string_view option, std::size_t& number) {
+        const std::optional<std::string> value = line_.value(option);
+        if (!value) {
+            return;
+        }
+        const std::optional<std::size_t> read = positive(*value);
+        if (!read) {
+            fault_ = formatString("%@ wants a number above 0, not %@", option, *value);
+        }
+        number = read.value_or(number);
+    }
+
+    void readLeast() {
+        const std::string name = line_.value("--least").value_or("warning");
+        const std::optional<Severity> least = severityNamed(name);
+        if (!least) {
+            fault_ = "--least wants error, warning or info, not " + name;
+        }
+        settings_.least = least.value_or(settings_.least);
+    }
+
+    void readFailOn() {
+        const std::string name = line_.value("--fail-on").value_or("error");
+        settings_.failOn = severityNamed(name);
+        if (!settings_.failOn && name != "never") {
+            fault_ = "--fail-on wants error, warning, info or never, not " + name;
+        }
+    }
+
+    void readReceiver() {
+        settings_.check.reads = line_.value("--reads");
+        const std::string version = settings_.check.reads.value_or("5");
+        if (!isXMEMLVersion(version) && !fcpxml::Version::parse(version)) {
+            fault_ = "--reads wants a version of FCPXML (1.0 to 1.14) or of XMEML (1 to 5), not " +
+                     version;
+        }
+    }
+
+    void readRules() {
+        RuleSelection selection;
+        for (const std::string& list : line_.values("--only")) {
+            fault_ = fault_.empty() ? selection.addOnly(list) : fault_;
+        }
+        for (const std::string& list : line_.values("--ignore")) {
+            fault_ = fault_.empty() ? selection.addIgnored(list) : fault_;
+        }
+        settings_.check.ignored = selection.ignored();
+    }
+
+    const CommandLine& line_;
+    CheckSettings& settings_;
+    std::string fault_;
+};
+
+}  // namespace
+
+std::string readCheckSettings(const CommandLine& line, CheckSettings& settings) {
+    return SettingsReader(line, settings).read();
+}
+
+}  // namespace vornic

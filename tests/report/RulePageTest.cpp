@@ -1,0 +1,66 @@
+#include <algorithm>
+#include <sstream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "report/RulePage.h"
+#include "report/RuleTable.h"
+#include "report/rules/Requirements.h"
+
+namespace vornic {
+namespace {
+
+bool isOfACheck(const Rule& rule) {
+    return rule.group != RuleGroup::repair;
+}
+
+TEST(RulePage, tellsAllThatTheTableSays) {
+    const Rule& rule = ruleOf("xml-stray-ampersand"_rule);
+    const std::string page = pageOf(rule);
+    EXPECT_TRUE(page.starts_with("xml-stray-ampersand (error, group xml)\n\nan ampersand begins"));
+    EXPECT_NE(page.find("\nHow to mend it\n    Write &amp; in its place.\n"), std::string::npos);
+    EXPECT_NE(page.find("\nSource\n    XML 1.0 (fifth edition), section 4.1\n"), std::string::npos);
+}
+
+TEST(RulePage, breaksLinesBetweenWordsAndLosesNone) {
+    for (const Rule& rule : kRuleTable) {
+        std::istringstream lines(pageOf(rule));
+        std::string joined;
+        for (std::string line; std::getline(lines, line);) {
+            EXPECT_LE(line.size(), 80U) << line;
+            const std::size_t start = std::min(line.find_first_not_of(' '), line.size());
+            joined += line.substr(start) + " ";
+        }
+        for (const std::string_view part :
+             {rule.message, rule.meaning, rule.effect, rule.remedy, rule.source}) {
+            EXPECT_NE(joined.find(part), std::string::npos) << rule.id << ": " << joined;
+        }
+    }
+}
+
+TEST(RuleList, hasALineForEachRuleOfACheck) {
+    std::istringstream lines(listOfRules());
+    auto rule = std::find_if(kRuleTable.begin(), kRuleTable.end(), isOfACheck);
+    for (std::string line; std::getline(lines, line);) {
+        ASSERT_NE(rule, kRuleTable.end());
+        EXPECT_TRUE(line.starts_with(std::string(rule->id) + " ")) << line;
+        EXPECT_NE(line.find(std::string("  ") + std::string(nameOf(rule->severity)) + " "),
+                  std::string::npos);
+        rule = std::find_if(rule + 1, kRuleTable.end(), isOfACheck);
+    }
+    EXPECT_EQ(rule, kRuleTable.end());
+}
+
+TEST(Requirements, areHeldByRulesThatExist) {
+    for (const rules::Requirement& requirement : rules::kRequirements) {
+        EXPECT_FALSE(requirement.rules.empty()) << requirement.text;
+        std::istringstream ids{std::string(requirement.rules)};
+        for (std::string id; ids >> id;) {
+            EXPECT_TRUE(findRule(id).has_value()) << requirement.text << ": " << id;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace vornic
