@@ -1,6 +1,7 @@
 #include "job/FileSwap.h"
 
 #include <cerrno>
+#include <optional>
 #include <utility>
 
 #include <unistd.h>
@@ -16,6 +17,27 @@
 namespace vornic {
 
 using platform::Exchange;
+
+/// What stood at a path under which no other program writes.
+struct SeenFile {
+    std::optional<platform::FileVersion> version;
+    std::optional<platform::ContentDigest::Value> digest;
+
+    friend bool operator==(const SeenFile&, const SeenFile&) = default;
+
+    static SeenFile at(const std::string& path) {
+        int ignored = 0;
+        SeenFile seen{.version = platform::versionAt(path, ignored), .digest = {}};
+        if (seen.version) {
+            // Renaming changes it.
+            seen.version->changed = {};
+        }
+        if (const auto file = platform::openRegularFile(path, false, ignored)) {
+            seen.digest = platform::ContentDigest::ofFile(file.get(), ignored);
+        }
+        return seen;
+    }
+};
 
 FileSwap::FileSwap(const SourceFile& source, const SavedCopy& copy, SwapObserver& observer)
     : source_(source), copy_(copy), observer_(observer), aside_(asidePath(source.path)) {}
@@ -38,7 +60,7 @@ SwapResult FileSwap::run() && {
         platform::failFile(error, copy_.path, "synchronized", errorNumber);
         return untouched(SwapEnd::failed, std::move(error));
     }
-    if (!copy_.isAt(copy_.path) || !copy_.isIntact()) {
+    if (!copy_.isAt(copy_.path) || !copy_.isUntouched()) {
         return untouched(SwapEnd::copyChanged, {});
     }
     observer_.reached(SwapPoint::verified);
@@ -77,150 +99,228 @@ SwapIntent FileSwap::intent() const {
 }
 
 SwapResult FileSwap::swap() {
-    // By this second name the copy goes to its place, and under it the original comes out: a name
-    // that no other program writes to.
+    // By this second name the copy goes to its place, and under it the original comes out.
     const int errorNumber = platform::linkOpenFile(copy_.file.get(), aside_);
     if (errorNumber == EEXIST) {
         ErrorSlot error;
         platform::failFile(error, aside_, "made", errorNumber);
         return untouched(SwapEnd::failed, std::move(error));
     }
-    return errorNumber == 0 ? swapByExchange() : swapInSteps();
+    return errorNumber == 0 ? swapByExchange() : swapInSteps(copy_.path);
 }
 
 SwapResult FileSwap::swapByExchange() {
+    // From now on nobody gets at the new file but by the source's path, once it has that.
+    remark_ = dropCopyName();
     int errorNumber = 0;
-    const Exchange exchange = platform::exchangeNames(aside_, source_.path, errorNumber);
-    if (exchange != Exchange::done) {
-        int ignored = 0;
-        static_cast<void>(platform::removeWhileIs(aside_, copy_.version.identity, ignored));
-        return exchange == Exchange::unavailable ? swapInSteps() : notRenamed(errorNumber);
+    const Standing copy = copy_.standingAt(aside_, errorNumber);
+    if (copy != Standing::asExpected) {
+        return settleCopy(copyDiffers(copy, errorNumber));
+    }
+    switch (platform::exchangeNames(aside_, source_.path, errorNumber)) {
+        case Exchange::done:
+            break;
+        case Exchange::unavailable:
+            return swapInSteps(aside_);
+        case Exchange::failed:
+            return settleCopy(notRenamed(errorNumber));
     }
     observer_.reached(SwapPoint::exchanged);
-    if (!source_.isAt(aside_)) {
-        observer_.reached(SwapPoint::differed);
+    return judgeExchange();
+}
+
+SwapResult FileSwap::judgeExchange() {
+    ErrorSlot error;
+    int errorNumber = 0;
+    const Standing out = source_.standingAt(aside_, errorNumber);
+    if (out == Standing::unknown) {
+        platform::failFile(error, source_.path, "read", errorNumber);
+    }
+    const bool isExpected = out == Standing::asExpected;
+    observer_.reached(isExpected ? SwapPoint::compared : SwapPoint::differed);
+    const Standing in = copy_.standingAt(source_.path, errorNumber);
+    if (in == Standing::unknown) {
+        platform::failFile(error, source_.path, "read", errorNumber);
+    }
+    if (in != Standing::asExpected && in != Standing::unknown) {
+        return giveWay(untouched(SwapEnd::sourceChanged, {}));
+    }
+    if (error) {
+        return takeBack(SwapEnd::failed, std::move(error));
+    }
+    if (!isExpected) {
         return takeBack(SwapEnd::sourceChanged, {});
     }
-    observer_.reached(SwapPoint::compared);
-    // From now on nobody gets at the new file but by the source's path.
-    ErrorSlot dropped = dropCopyName();
-    if (!copy_.isIntact()) {
-        return takeBack(SwapEnd::copyChanged, {});
-    }
+    return recycleOriginal(&FileSwap::takeBack);
+}
+
+/// @param undo takes the swap back when the Trash does not take the original
+SwapResult FileSwap::recycleOriginal(SwapResult (FileSwap::*undo)(SwapEnd, ErrorSlot)) {
     observer_.reached(SwapPoint::beforeTrash);
     ErrorSlot error;
-    const auto original = recycleAside(error);
-    return original ? finish(*original, std::move(dropped))
-                    : takeBack(SwapEnd::trashFailed, std::move(error));
+    const auto original = recycle(aside_, error);
+    return original ? finish(*original) : (this->*undo)(SwapEnd::trashFailed, std::move(error));
 }
 
 // Exchanges the names again.
 SwapResult FileSwap::takeBack(SwapEnd end, ErrorSlot error) {
-    int errorNumber = 0;
-    if (platform::exchangeNames(aside_, source_.path, errorNumber) != Exchange::done) {
-        if (errorNumber == ENOENT) {
-            // Another program has taken the new file away.
-            return bringBack(end, std::move(error));
-        }
-        platform::failFile(error, aside_, "moved to " + source_.path, errorNumber);
-        return {.end = SwapEnd::failed,
-                .original = aside_,
-                .repaired = source_.path,
-                .isAside = true,
-                .error = std::move(error)};
-    }
-    if (!copy_.isAt(aside_)) {
-        return giveWay(end, std::move(error));
-    }
+    const SeenFile placed = SeenFile::at(aside_);
     SwapResult result = untouched(end, std::move(error));
-    int ignored = 0;
-    if (copy_.isAt(copy_.path)) {
-        static_cast<void>(platform::removeWhileIs(aside_, copy_.version.identity, ignored));
-    } else if (platform::renameWithoutReplacing(aside_, copy_.path) != 0) {
-        result.repaired = aside_;
-    }
-    return result;
-}
-
-// Another program has put a file at the source's path after the exchange, which was thereby moved
-// aside: the newest one keeps the path, and what it replaced goes to the Trash.
-SwapResult FileSwap::giveWay(SwapEnd end, ErrorSlot error) {
     int errorNumber = 0;
     if (platform::exchangeNames(aside_, source_.path, errorNumber) != Exchange::done) {
-        platform::failFile(error, aside_, "moved to " + source_.path, errorNumber);
+        if (errorNumber == ENOENT && placed.version) {
+            // Another program has taken away what stood at the path.
+            return giveWay(std::move(result));
+        }
+        platform::failFile(result.error, aside_, "moved to " + source_.path, errorNumber);
+        result.end = SwapEnd::failed;
+        result.original = aside_;
+        result.repaired = source_.path;
+        result.isAside = true;
+        return result;
     }
-    const auto original = recycleAside(error);
-    return {.end = end == SwapEnd::copyChanged ? end : SwapEnd::sourceChanged,
-            .original = original.value_or(aside_),
-            .repaired = copy_.isAt(copy_.path) ? copy_.path : "",
-            .isInTrash = original.has_value(),
-            .isAside = !original.has_value(),
-            .error = std::move(error)};
+    observer_.reached(SwapPoint::takenBack);
+    const Standing came = copy_.standingAt(aside_, errorNumber);
+    if (came == Standing::asExpected || (came == Standing::unknown && copy_.isAt(aside_))) {
+        return settleCopy(std::move(result));
+    }
+    return returnNewest(placed, std::move(result));
 }
 
-SwapResult FileSwap::swapInSteps() {
-    if (const int errorNumber = platform::renameWithoutReplacing(source_.path, aside_);
-        errorNumber != 0) {
-        return notRenamed(errorNumber);
+// Another program has put a file at the source's path, or written into what stood there, before it
+// was exchanged: that is the newest, and gets the path. What comes out for it is what this swap had
+// put there, which goes to the Trash, or newer still, and gets the path in its turn.
+SwapResult FileSwap::returnNewest(const SeenFile& placed, SwapResult result) {
+    constexpr int kMostTurns = 100;
+    SeenFile older = placed;
+    for (int turn = 0; turn < kMostTurns; ++turn) {
+        SeenFile newest = SeenFile::at(aside_);
+        int errorNumber = 0;
+        if (platform::exchangeNames(aside_, source_.path, errorNumber) != Exchange::done) {
+            break;
+        }
+        observer_.reached(SwapPoint::takenBack);
+        if (SeenFile::at(aside_) == older) {
+            break;
+        }
+        older = std::move(newest);
+    }
+    return giveWay(std::move(result));
+}
+
+SwapResult FileSwap::swapInSteps(const std::string& from) {
+    hidden_ = platform::joinPath(platform::parentFolder(copy_.path),
+                                 platform::temporaryName(platform::lastComponent(copy_.path))) +
+              ".part";
+    int errorNumber = platform::renameWithoutReplacing(from, hidden_);
+    if (errorNumber != 0) {
+        ErrorSlot error;
+        platform::failFile(error, copy_.path, "moved to " + source_.path, errorNumber);
+        return settleCopy(untouched(SwapEnd::failed, std::move(error)));
+    }
+    const Standing copy = copy_.standingAt(hidden_, errorNumber);
+    if (copy != Standing::asExpected) {
+        static_cast<void>(platform::renameWithoutReplacing(hidden_, copy_.path));
+        return copyDiffers(copy, errorNumber);
+    }
+    errorNumber = platform::renameWithoutReplacing(source_.path, aside_);
+    if (errorNumber != 0) {
+        return settleCopy(notRenamed(errorNumber));
     }
     observer_.reached(SwapPoint::exchanged);
-    if (!source_.isAt(aside_)) {
+    const Standing out = source_.standingAt(aside_, errorNumber);
+    if (out == Standing::unknown) {
+        ErrorSlot error;
+        platform::failFile(error, source_.path, "read", errorNumber);
+        return bringBack(SwapEnd::failed, std::move(error));
+    }
+    if (out != Standing::asExpected) {
         observer_.reached(SwapPoint::differed);
         return bringBack(SwapEnd::sourceChanged, {});
     }
     observer_.reached(SwapPoint::compared);
+    return moveIn();
+}
+
+// The source is aside and the copy hidden.
+SwapResult FileSwap::moveIn() {
     ErrorSlot error;
-    const int errorNumber = platform::renameWithoutReplacing(copy_.path, source_.path);
+    int errorNumber = platform::renameWithoutReplacing(hidden_, source_.path);
     if (errorNumber == EEXIST) {
-        return bringBack(SwapEnd::sourceChanged, {});
+        return giveWay(untouched(SwapEnd::sourceChanged, {}));
     }
     if (errorNumber != 0) {
         platform::failFile(error, copy_.path, "moved to " + source_.path, errorNumber);
         return bringBack(SwapEnd::failed, std::move(error));
     }
-    if (!copy_.isAt(source_.path) || !copy_.isIntact()) {
-        return withdraw(SwapEnd::copyChanged, {});
+    observer_.reached(SwapPoint::movedIn);
+    const Standing in = copy_.standingAt(source_.path, errorNumber);
+    if (in == Standing::unknown) {
+        platform::failFile(error, source_.path, "read", errorNumber);
+        return withdraw(SwapEnd::failed, std::move(error));
     }
-    observer_.reached(SwapPoint::beforeTrash);
-    const auto original = recycleAside(error);
-    return original ? finish(*original, {}) : withdraw(SwapEnd::trashFailed, std::move(error));
+    if (in != Standing::asExpected) {
+        return giveWay(untouched(SwapEnd::sourceChanged, {}));
+    }
+    return recycleOriginal(&FileSwap::withdraw);
 }
 
-// Takes what was moved from the copy's path to the source's back again.
+// Takes what was moved to the source's path away again.
 SwapResult FileSwap::withdraw(SwapEnd end, ErrorSlot error) {
-    const int errorNumber = platform::renameWithoutReplacing(source_.path, copy_.path);
-    SwapResult result = bringBack(end, std::move(error));
-    if (errorNumber != 0 && result.repaired.empty() && copy_.isAt(source_.path)) {
-        result.repaired = source_.path;
+    SwapResult result = untouched(end, std::move(error));
+    int errorNumber = platform::renameWithoutReplacing(source_.path, hidden_);
+    if (errorNumber == ENOENT) {
+        return giveWay(std::move(result));
     }
-    return result;
+    if (errorNumber != 0) {
+        platform::failFile(result.error, source_.path, "moved to " + copy_.path, errorNumber);
+        result.end = SwapEnd::failed;
+        result.original = aside_;
+        result.repaired = source_.path;
+        result.isAside = true;
+        return result;
+    }
+    const Standing came = copy_.standingAt(hidden_, errorNumber);
+    if (came == Standing::asExpected || (came == Standing::unknown && copy_.isAt(hidden_))) {
+        return bringBack(end, std::move(result.error));
+    }
+    // The newest; unless there is a newer one again.
+    if (platform::renameWithoutReplacing(hidden_, source_.path) != 0) {
+        static_cast<void>(recycle(hidden_, result.error));
+    }
+    return giveWay(std::move(result));
 }
 
 // Gives what is aside the source's path back. What another program has put there meanwhile is
-// newer and stays, and what is aside, which it would have replaced, goes to the Trash.
+// newer and stays.
 SwapResult FileSwap::bringBack(SwapEnd end, ErrorSlot error) {
     SwapResult result = untouched(end, std::move(error));
-    result.repaired = copy_.isAt(copy_.path) ? copy_.path : "";
     const int errorNumber = platform::renameWithoutReplacing(aside_, source_.path);
-    if (errorNumber == 0) {
-        return result;
+    if (errorNumber == EEXIST) {
+        return giveWay(std::move(result));
     }
-    if (errorNumber == EEXIST && !copy_.isAt(source_.path)) {
-        result.end = SwapEnd::sourceChanged;
-        const auto original = recycleAside(result.error);
-        result.original = original.value_or(aside_);
-        result.isInTrash = original.has_value();
-        result.isAside = !original;
-        return result;
+    if (errorNumber != 0) {
+        result.end = SwapEnd::failed;
+        result.original = aside_;
+        result.isAside = true;
+        platform::failFile(result.error, aside_, "moved to " + source_.path, errorNumber);
     }
-    result.end = SwapEnd::failed;
-    result.original = aside_;
-    result.isAside = true;
-    platform::failFile(result.error, aside_, "moved to " + source_.path, errorNumber);
-    return result;
+    return settleCopy(std::move(result));
 }
 
-SwapResult FileSwap::finish(const std::string& original, ErrorSlot error) {
+// Leaves the path to another program, which has put the newest there or nothing. What it replaced
+// is aside and goes to the Trash.
+SwapResult FileSwap::giveWay(SwapResult result) {
+    const auto placed = recycle(aside_, result.error);
+    const bool isBack = !placed && platform::renameWithoutReplacing(aside_, source_.path) == 0;
+    result.end = SwapEnd::sourceChanged;
+    result.isInTrash = placed.has_value();
+    result.isAside = !placed && !isBack;
+    result.original = isBack ? source_.path : placed.value_or(aside_);
+    return settleCopy(std::move(result));
+}
+
+SwapResult FileSwap::finish(const std::string& original) {
     // Both files are where they belong; a folder that cannot be synced can at worst bring the old
     // entries back after a loss of power.
     static_cast<void>(platform::synchronizeFolder(platform::parentFolder(source_.path)));
@@ -228,7 +328,7 @@ SwapResult FileSwap::finish(const std::string& original, ErrorSlot error) {
             .original = original,
             .repaired = source_.path,
             .isInTrash = true,
-            .error = std::move(error)};
+            .error = std::move(remark_)};
 }
 
 SwapResult FileSwap::untouched(SwapEnd end, ErrorSlot error) const {
@@ -249,25 +349,62 @@ SwapResult FileSwap::notRenamed(int errorNumber) const {
     return untouched(SwapEnd::failed, std::move(error));
 }
 
+SwapResult FileSwap::copyDiffers(Standing standing, int errorNumber) const {
+    if (standing != Standing::unknown) {
+        return untouched(SwapEnd::copyChanged, {});
+    }
+    ErrorSlot error;
+    platform::failFile(error, copy_.path, "read", errorNumber);
+    return untouched(SwapEnd::failed, std::move(error));
+}
+
+// Gives the copy its own name again, unless it is gone or another file has that name now.
+SwapResult FileSwap::settleCopy(SwapResult result) const {
+    std::string place;
+    for (const std::string& name : {aside_, hidden_}) {
+        if (!name.empty() && copy_.isAt(name)) {
+            place = name;
+        }
+    }
+    int ignored = 0;
+    if (copy_.isAt(copy_.path)) {
+        if (!place.empty()) {
+            static_cast<void>(platform::removeWhileIs(place, copy_.version.identity, ignored));
+        }
+        place = copy_.path;
+    } else if (!place.empty() && platform::renameWithoutReplacing(place, copy_.path) == 0) {
+        place = copy_.path;
+    }
+    result.repaired = result.end == SwapEnd::copyChanged ? "" : place;
+    return result;
+}
+
 // Without a need for memory: only names that are known are changed.
 void FileSwap::restoreNames() {
     int errorNumber = 0;
-    if (copy_.isAt(source_.path) && source_.hasEntryAt(aside_)) {
-        static_cast<void>(platform::exchangeNames(aside_, source_.path, errorNumber));
+    const bool isIn = copy_.isAt(source_.path);
+    const bool isOriginalAside = platform::nodeExists(aside_) && !copy_.isAt(aside_);
+    if (isIn && (!isOriginalAside || !copy_.isUntouched())) {
+        // The swap is all but done, or the file is another program's now, and the newest.
+        return;
     }
-    if (source_.hasEntryAt(aside_)) {
+    if (isIn && platform::exchangeNames(aside_, source_.path, errorNumber) != Exchange::done) {
         static_cast<void>(platform::renameWithoutReplacing(source_.path, copy_.path));
+    }
+    if (isOriginalAside && !copy_.isAt(aside_)) {
         static_cast<void>(platform::renameWithoutReplacing(aside_, source_.path));
     }
-    if (copy_.isAt(aside_) && !copy_.isAt(copy_.path)) {
-        static_cast<void>(platform::renameWithoutReplacing(aside_, copy_.path));
-    } else if (copy_.isAt(aside_)) {
-        static_cast<void>(unlink(aside_.c_str()));
+    for (const std::string* name : {&aside_, &hidden_}) {
+        if (!name->empty() && copy_.isAt(*name) &&
+            platform::renameWithoutReplacing(*name, copy_.path) == EEXIST &&
+            copy_.isAt(copy_.path)) {
+            static_cast<void>(unlink(name->c_str()));
+        }
     }
 }
 
-std::optional<std::string> FileSwap::recycleAside(ErrorSlot& error) const {
-    return moveToTrash(aside_, platform::lastComponent(source_.path), error);
+std::optional<std::string> FileSwap::recycle(const std::string& path, ErrorSlot& error) const {
+    return moveToTrash(path, platform::lastComponent(source_.path), error);
 }
 
 ErrorSlot FileSwap::dropCopyName() {

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "job/Standing.h"
 #include "platform/ContentDigest.h"
 #include "platform/FileDescriptor.h"
 #include "platform/FileVersion.h"
@@ -17,17 +18,15 @@ struct SavedCopy {
     platform::FileVersion version;
     platform::ContentDigest::Value digest{};
 
-    /// Whether the open file still has the bytes that were written, whatever its name is now.
-    [[nodiscard]] bool isIntact() const {
-        int ignored = 0;
-        const auto now = platform::versionOf(file.get(), ignored);
-        return now && now->size == version.size &&
-               platform::ContentDigest::ofFile(file.get(), ignored) == digest;
-    }
-    /// Whether this very file stands at its path.
+    /// Whether size and time say that nobody has written into the open file, whatever its name is
+    /// now. Needs no memory. Two writings within a tick of the volume's clock look like one.
+    [[nodiscard]] bool isUntouched() const;
+    /// Whether this very file, with whatever contents, stands at `place`. Needs no memory.
     [[nodiscard]] bool isAt(const std::string& place) const {
         return platform::fileIdentity(place) == version.identity;
     }
+    /// @param errorNumber set to the errno value when the answer is `unknown`
+    [[nodiscard]] Standing standingAt(const std::string& place, int& errorNumber) const;
 };
 
 }  // namespace vornic

@@ -31,14 +31,30 @@ std::optional<SourceFile> SourceFile::open(const std::string& path, ErrorSlot& e
     return std::nullopt;
 }
 
-bool SourceFile::isAt(const std::string& place) const {
-    int ignored = 0;
-    if (!digest || !hasEntryAt(place)) {
-        return false;
+Standing SourceFile::standingAt(const std::string& place, int& errorNumber) const {
+    const auto there = platform::versionAt(place, errorNumber);
+    if (!there) {
+        return errorNumber == ENOENT ? Standing::nothing : Standing::unknown;
     }
-    const platform::FileDescriptor opened = platform::openRegularFile(place, true, ignored);
-    return opened && platform::identityOf(opened.get()) == version.identity &&
-           platform::ContentDigest::ofFile(opened.get(), ignored) == digest;
+    if (there->identity != entry) {
+        return Standing::another;
+    }
+    const platform::FileDescriptor opened = platform::openRegularFile(place, true, errorNumber);
+    if (!opened) {
+        return errorNumber == ENOENT || errorNumber == EINVAL ? Standing::written
+                                                              : Standing::unknown;
+    }
+    if (platform::identityOf(opened.get()) != version.identity) {
+        return Standing::written;
+    }
+    auto now = platform::ContentDigest::ofFile(opened.get(), errorNumber);
+    if (!now) {
+        now = platform::ContentDigest::ofFile(opened.get(), errorNumber);
+    }
+    if (!now) {
+        return Standing::unknown;
+    }
+    return now == digest ? Standing::asExpected : Standing::written;
 }
 
 }  // namespace vornic

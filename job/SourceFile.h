@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "job/Standing.h"
 #include "platform/ContentDigest.h"
 #include "platform/Error.h"
 #include "platform/FileDescriptor.h"
@@ -32,10 +33,11 @@ struct SourceFile {
     [[nodiscard]] bool hasEntryAt(const std::string& place) const {
         return platform::fileIdentity(place) == entry;
     }
-    /// Whether the same entry stands at `place`, where it may have been moved within its folder,
-    /// and leads to the same file with the very bytes that were read. False also when that cannot
-    /// be told.
-    [[nodiscard]] bool isAt(const std::string& place) const;
+    /// What stands at `place` of the same folder. `asExpected` is the same entry, which leads to the
+    /// same file with the very bytes that were read; a link that leads to another file counts as
+    /// written.
+    /// @param errorNumber set to the errno value when the answer is `unknown`
+    [[nodiscard]] Standing standingAt(const std::string& place, int& errorNumber) const;
 };
 
 }  // namespace vornic

@@ -33,6 +33,11 @@ enum class SwapPoint {
     compared,
     /// What came out is not the file that was read, and is about to be put back.
     differed,
+    /// Where names cannot be exchanged: the new file has come to the source's path.
+    movedIn,
+    /// What came out has the source's path again, and what came out for it is about to be looked
+    /// at.
+    takenBack,
     /// The original is about to be moved to the Trash.
     beforeTrash,
 };

@@ -1,3 +1,4 @@
+#include <array>
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
@@ -21,20 +22,12 @@ using test::Strings;
 
 constexpr unsigned kFlagsOfRename = 4;
 
-/// Each test runs twice: with names that can be exchanged, and on a volume that knows neither an
-/// exchange nor a rename that refuses to replace.
-class FileSwapTest : public test::JobTest, public ::testing::WithParamInterface<bool> {
+class SwapTest : public test::JobTest {
   protected:
-    void onVolume(const std::function<void()>& body) {
-        if (GetParam()) {
-            body();
-            return;
-        }
-        EXPECT_TRUE(test::passesInChild([&] {
-            constexpr std::uint32_t kBoth = RENAME_EXCHANGE | RENAME_NOREPLACE;
-            ASSERT_TRUE(test::failSystemCall(SYS_renameat2, EINVAL, kBoth, kFlagsOfRename));
-            body();
-        }));
+    /// For a child process alone.
+    static void failExchange() {
+        constexpr std::uint32_t kBoth = RENAME_EXCHANGE | RENAME_NOREPLACE;
+        ASSERT_TRUE(test::failSystemCall(SYS_renameat2, EINVAL, kBoth, kFlagsOfRename));
     }
     SwapResult swap() {
         prepare(copy);
@@ -46,6 +39,22 @@ class FileSwapTest : public test::JobTest, public ::testing::WithParamInterface<
         EXPECT_EQ(test::readBytes(source), "the user's");
         EXPECT_EQ(test::readBytes(path), "repaired");
         EXPECT_EQ(names(), (Strings{"Cut-backup.xml", "Cut.xml"}));
+    }
+};
+
+/// Each test runs twice: with names that can be exchanged, and on a volume that knows neither an
+/// exchange nor a rename that refuses to replace.
+class FileSwapTest : public SwapTest, public ::testing::WithParamInterface<bool> {
+  protected:
+    void onVolume(const std::function<void()>& body) {
+        if (GetParam()) {
+            body();
+            return;
+        }
+        EXPECT_TRUE(test::passesInChild([&] {
+            failExchange();
+            body();
+        }));
     }
 };
 
@@ -207,7 +216,7 @@ TEST_P(FileSwapTest, takesNoCopyThatAnotherProgramHasWrittenInto) {
 
 TEST_P(FileSwapTest, isTakenBackWhenTheCopyIsWrittenIntoDuringIt) {
     onVolume([&] {
-        observer.at[SwapPoint::compared] = [&] { overwrite(path, "foreign"); };
+        observer.at[SwapPoint::verified] = [&] { overwrite(path, "foreign"); };
         EXPECT_EQ(swap().end, SwapEnd::copyChanged);
         EXPECT_EQ(test::readBytes(source), "the user's");
         EXPECT_EQ(test::readBytes(path), "foreign");
@@ -235,6 +244,149 @@ TEST_P(FileSwapTest, saysWhereTheFilesAreWhenTheCopysNameIsTakenMeanwhile) {
         EXPECT_EQ(test::readBytes(result.original), "the user's");
         EXPECT_EQ(test::readBytes(result.repaired), "repaired");
     });
+}
+
+/// What another program does to the user's file.
+enum class Doing { nothing, writesIntoIt, replacesIt, removesIt };
+
+constexpr std::array kDoings{Doing::nothing, Doing::writesIntoIt, Doing::replacesIt,
+                             Doing::removesIt};
+
+/// The table in FileSwap.h: what another program has done before the names were exchanged, and what
+/// it does between the exchange and the look.
+class FileSwapTableTest : public SwapTest {
+  protected:
+    void act(Doing doing, const std::string& bytes) const {
+        switch (doing) {
+            case Doing::nothing:
+                break;
+            case Doing::writesIntoIt:
+                overwrite(source, bytes);
+                break;
+            case Doing::replacesIt:
+                replace(source, bytes);
+                break;
+            case Doing::removesIt:
+                fs::remove(source);
+                break;
+        }
+    }
+    SwapResult swapBetween(Doing before, SwapPoint point, Doing after) {
+        observer.at[SwapPoint::verified] = [this, before] { act(before, "written before"); };
+        observer.at[point] = [this, after] { act(after, "written after"); };
+        return swap();
+    }
+    /// @param kept what came out, and lies in the Trash now
+    void expectGivenWay(const SwapResult& result, const std::string& kept,
+                        const std::string& atPath) const {
+        EXPECT_EQ(result.end, SwapEnd::sourceChanged);
+        EXPECT_EQ(test::exists(source) ? test::readBytes(source) : "", atPath);
+        EXPECT_EQ(result.original, trash() + "/Cut.xml");
+        EXPECT_TRUE(result.isInTrash);
+        EXPECT_EQ(inTrash("Cut.xml"), kept);
+        EXPECT_EQ(result.repaired, test::exists(path) ? path : "");
+    }
+    void clean() {
+        test::removeTrash(sandbox.home());
+        for (const std::string& name : names()) {
+            fs::remove(sandbox.path(name));
+        }
+        sandbox.write("Cut.xml", "the user's");
+        observer.at.clear();
+    }
+};
+
+TEST_F(FileSwapTableTest, leavesTheNewestAtThePath) {
+    for (const Doing before : {Doing::nothing, Doing::writesIntoIt, Doing::replacesIt}) {
+        const std::string out = before == Doing::nothing ? "the user's" : "written before";
+        for (const Doing after : kDoings) {
+            SCOPED_TRACE(std::to_string(static_cast<int>(before)) + " " +
+                         std::to_string(static_cast<int>(after)));
+            const SwapResult result = swapBetween(before, SwapPoint::exchanged, after);
+            if (after != Doing::nothing) {
+                expectGivenWay(result, out, after == Doing::removesIt ? "" : "written after");
+                EXPECT_FALSE(test::exists(path));
+            } else if (before == Doing::nothing) {
+                EXPECT_EQ(result.end, SwapEnd::done);
+            } else {
+                EXPECT_EQ(result.end, SwapEnd::sourceChanged);
+                EXPECT_EQ(test::readBytes(source), out);
+                EXPECT_EQ(result.original, source);
+                EXPECT_EQ(result.repaired, path);
+                EXPECT_EQ(test::readBytes(path), "repaired");
+            }
+            EXPECT_FALSE(test::exists(aside));
+            clean();
+        }
+    }
+}
+
+TEST_F(FileSwapTableTest, leavesTheNewestAtThePathWhereNamesCannotBeExchanged) {
+    for (const Doing before : {Doing::nothing, Doing::writesIntoIt, Doing::replacesIt}) {
+        const std::string out = before == Doing::nothing ? "the user's" : "written before";
+        for (const Doing after : {Doing::writesIntoIt, Doing::replacesIt}) {
+            EXPECT_TRUE(test::passesInChild([&] {
+                failExchange();
+                const SwapResult result = swapBetween(before, SwapPoint::exchanged, after);
+                expectGivenWay(result, out, "written after");
+                EXPECT_EQ(test::readBytes(path), "repaired");
+                EXPECT_EQ(names(), (Strings{"Cut-backup.xml", "Cut.xml"}));
+            }));
+            clean();
+        }
+    }
+    for (const Doing after : {Doing::writesIntoIt, Doing::replacesIt, Doing::removesIt}) {
+        EXPECT_TRUE(test::passesInChild([&] {
+            failExchange();
+            const SwapResult result = swapBetween(Doing::nothing, SwapPoint::movedIn, after);
+            expectGivenWay(result, "the user's", after == Doing::removesIt ? "" : "written after");
+        }));
+        clean();
+    }
+}
+
+TEST_P(FileSwapTest, leavesWhatIsWrittenWhileItIsTakenBack) {
+    onVolume([&] {
+        observer.at[SwapPoint::beforeTrash] = [&] {
+            blockTrash();
+            overwrite(source, "newest");
+        };
+        const SwapResult result = swap();
+        EXPECT_EQ(result.end, SwapEnd::sourceChanged);
+        EXPECT_EQ(test::readBytes(source), "newest");
+        EXPECT_TRUE(result.isAside);
+        EXPECT_EQ(test::readBytes(result.original), "the user's");
+        EXPECT_FALSE(test::exists(path));
+    });
+}
+
+TEST_F(SwapTest, leavesWhatIsWrittenIntoWhatItHasPutBack) {
+    observer.at[SwapPoint::beforeTrash] = [&] {
+        blockTrash();
+        overwrite(source, "newer");
+    };
+    observer.at[SwapPoint::takenBack] = [&] {
+        fs::remove(trash());
+        overwrite(source, "newest");
+    };
+    const SwapResult result = swap();
+    EXPECT_EQ(result.end, SwapEnd::sourceChanged);
+    EXPECT_EQ(test::readBytes(source), "newest");
+    EXPECT_EQ(inTrash("Cut.xml"), "newer");
+    EXPECT_EQ(names(), Strings{"Cut.xml"});
+}
+
+TEST_F(SwapTest, isTakenBackWhenWhatCameOutCannotBeRead) {
+    prepare(copy);
+    EXPECT_TRUE(test::passesInChild([&] {
+        observer.at[SwapPoint::exchanged] = [] {
+            ASSERT_TRUE(test::failSystemCall(SYS_pread64, EIO));
+        };
+        const SwapResult result = copy.swap(observer);
+        EXPECT_EQ(result.end, SwapEnd::failed);
+        EXPECT_EQ(result.error->code, EIO);
+        expectInPlaces(result);
+    }));
 }
 
 TEST_P(FileSwapTest, isTakenBackWhenMemoryRunsOutDuringIt) {
