@@ -1,6 +1,7 @@
 #include "job/WorkingCopy.h"
 
 #include <cerrno>
+#include <cstring>
 #include <utility>
 
 #include <fcntl.h>
@@ -10,6 +11,7 @@
 #include "foundation/QMLog.h"
 #include "job/CopyTurn.h"
 #include "job/FileSwap.h"
+#include "job/LeftFiles.h"
 #include "job/MoveToTrash.h"
 #include "job/NamedSources.h"
 #include "platform/CarefulRemoval.h"
@@ -30,6 +32,9 @@ using platform::FileDescriptor;
 namespace {
 
 constexpr int kMostTries = 100;
+
+// The rest of the name of a file that may be removed when a killed run has left it.
+constexpr const char* kPart = ".part";
 
 // Removes a file under a name that no other program knows, unless it is given another one.
 class Discarded {
@@ -116,6 +121,11 @@ bool WorkingCopy::recycleLeft(const std::string& at, const std::string& name, Er
 }
 
 WorkingCopy::Clearing WorkingCopy::create(ErrorSlot& error) {
+    for (std::string& line : clearLeftFiles(platform::parentFolder(path_))) {
+        notes_.push_back(std::move(line));
+    }
+    discardPath_ = platform::joinPath(platform::parentFolder(path_),
+                                      platform::temporaryName(platform::lastComponent(path_)));
     for (int attempt = 0; attempt < kMostTries; ++attempt) {
         opened_ = SourceFile::open(source_, error);
         if (!opened_ || isTooLarge(error)) {
@@ -135,8 +145,7 @@ WorkingCopy::Clearing WorkingCopy::create(ErrorSlot& error) {
             if (fill(own_, error)) {
                 return Clearing::done;
             }
-            ErrorSlot ignored;
-            remove(ignored);
+            static_cast<void>(discard());
             return Clearing::failed;
         }
         if (errorNumber != EEXIST) {
@@ -166,7 +175,7 @@ bool WorkingCopy::makeTemporary(SavedCopy& copy, ErrorSlot& error) const {
     const std::string name = platform::lastComponent(path_);
     int errorNumber = EEXIST;
     for (int attempt = 0; attempt < kMostTries && errorNumber == EEXIST; ++attempt) {
-        copy.path = platform::joinPath(folder, platform::temporaryName(name));
+        copy.path = platform::joinPath(folder, platform::temporaryName(name)) + kPart;
         copy.file = FileDescriptor(
             ::open(copy.path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
         errorNumber = copy.file ? 0 : errno;
@@ -184,7 +193,7 @@ bool WorkingCopy::makeTemporary(SavedCopy& copy, ErrorSlot& error) const {
                     claim == platform::Claim::busy ? EWOULDBLOCK : errorNumber);
 }
 
-bool WorkingCopy::fill(const SavedCopy& copy, ErrorSlot& error) const {
+bool WorkingCopy::fill(SavedCopy& copy, ErrorSlot& error) const {
     struct stat status {};
     const int from = opened_->file.get();
     int errorNumber = fstat(from, &status) == 0 ? 0 : errno;
@@ -197,22 +206,26 @@ bool WorkingCopy::fill(const SavedCopy& copy, ErrorSlot& error) const {
     // What is missing here is looked for again when the copy is saved.
     static_cast<void>(platform::copyMetadata(from, status, copy.file.get()));
     static_cast<void>(platform::copyTimes(status, copy.file.get()));
-    return true;
+    if (const auto version = platform::versionOf(copy.file.get(), errorNumber)) {
+        copy.version = *version;
+        return true;
+    }
+    return failFile(error, source_, "copied to " + path_, errorNumber);
 }
 
 std::optional<std::string> WorkingCopy::read(ErrorSlot& error) {
     std::string bytes;
-    int errorNumber = platform::readContents(own_.file.get(), bytes);
-    if (errorNumber != 0) {
-        errorNumber = platform::readContents(own_.file.get(), bytes);
+    int errorNumber = opened_ ? platform::readContents(opened_->file.get(), bytes) : EBADF;
+    if (errorNumber != 0 && opened_) {
+        errorNumber = platform::readContents(opened_->file.get(), bytes);
     }
     if (errorNumber != 0) {
-        failFile(error, path_, "read", errorNumber);
+        failFile(error, source_, "read", errorNumber);
         return std::nullopt;
     }
-    if (opened_ && !isSaved_) {
-        opened_->digest = platform::ContentDigest::of(bytes);
-    }
+    const platform::ContentDigest::Value digest = platform::ContentDigest::of(bytes);
+    isTorn_ = isTorn_ || (opened_->digest && opened_->digest != digest);
+    opened_->digest = digest;
     return bytes;
 }
 
@@ -257,8 +270,15 @@ bool WorkingCopy::write(SavedCopy& copy, const Writer& writer, ErrorSlot& error)
     return failFile(error, path_, "written", errorNumber);
 }
 
-bool WorkingCopy::place(const SavedCopy& copy, ErrorSlot& error) {
-    int errorNumber = EEXIST;
+bool WorkingCopy::place(SavedCopy& copy, ErrorSlot& error) {
+    // Without the ending: what an exchange brings out under this name may be another program's.
+    const std::string plain = copy.path.substr(0, copy.path.size() - std::strlen(kPart));
+    int errorNumber = platform::renameWithoutReplacing(copy.path, plain);
+    if (errorNumber != 0) {
+        return failFile(error, path_, "written", errorNumber);
+    }
+    copy.path = plain;
+    errorNumber = EEXIST;
     for (int attempt = 0; attempt < kMostTries && errorNumber == EEXIST; ++attempt) {
         errorNumber = takeName(copy, error);
         if (error) {
@@ -291,7 +311,8 @@ int WorkingCopy::takeName(const SavedCopy& copy, ErrorSlot& error) {
             return platform::renameWithoutReplacing(copy.path, path_);
         }
     }
-    if (own_.isAt(copy.path)) {
+    // With other bytes in it, it is another program's.
+    if (own_.isAt(copy.path) && own_.isUntouched()) {
         if (unlink(copy.path.c_str()) == 0) {
             return 0;
         }
@@ -308,7 +329,9 @@ int WorkingCopy::takeName(const SavedCopy& copy, ErrorSlot& error) {
 
 void WorkingCopy::remove(ErrorSlot& error) {
     int errorNumber = 0;
-    switch (platform::removeWhileIs(path_, own_.version.identity, errorNumber)) {
+    const bool isForeign = platform::nodeExists(path_) && !(own_.isAt(path_) && own_.isUntouched());
+    switch (isForeign ? platform::Removal::another
+                      : platform::removeWhileIs(path_, own_.version.identity, errorNumber)) {
         case platform::Removal::removed:
             break;
         case platform::Removal::another:
@@ -321,7 +344,20 @@ void WorkingCopy::remove(ErrorSlot& error) {
     }
 }
 
+int WorkingCopy::discard() noexcept {
+    int errorNumber = 0;
+    if (!own_.file || !own_.isAt(path_) || !own_.isUntouched()) {
+        return 0;
+    }
+    const platform::Removal removal =
+        platform::removeWhileIs(path_, own_.version.identity, discardPath_, errorNumber);
+    return removal == platform::Removal::failed && errorNumber != ENOENT ? errorNumber : 0;
+}
+
 SwapResult WorkingCopy::swap(SwapObserver& observer) {
+    if (isTorn_) {
+        return {.end = SwapEnd::sourceChanged, .original = source_, .repaired = path_, .error = {}};
+    }
     if (!isSaved_ || !opened_) {
         return {.end = SwapEnd::unsaved, .original = source_, .repaired = "", .error = {}};
     }

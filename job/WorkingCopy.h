@@ -55,10 +55,13 @@ class WorkingCopy {
     /// left alone. The slot says why it failed.
     [[nodiscard]] Clearing clearPath(ErrorSlot& error);
     /// Copies the source, links followed, to the path, and claims the copy. A source that is larger
-    /// than the free memory is refused, since it could not be read.
+    /// than the free memory is refused, since it could not be read. What killed runs have left in
+    /// the folder is cleared.
     /// @return `done`, or the slot is filled unless the user has cancelled.
     [[nodiscard]] Clearing create(ErrorSlot& error);
-    /// The bytes of the copy. A reading that failed is tried once more.
+    /// The bytes of the source as they are now. The copy was made of these, but other programs know
+    /// its name, and what they write there is not the user's file. A reading that failed is tried
+    /// once more. Bytes that are not those of an earlier reading keep the copy from being swapped.
     /// @return nothing with the slot filled.
     [[nodiscard]] std::optional<std::string> read(ErrorSlot& error);
     /// Writes the file anew, atomically, with the source's mode, owner and attributes. Fills the
@@ -67,6 +70,9 @@ class WorkingCopy {
     /// Removes the copy. Fills the slot on failure; another program's file is left there, which is
     /// no failure and goes to the log.
     void remove(ErrorSlot& error);
+    /// The same without a need for memory, for the end of a run that came to nothing.
+    /// @return 0, or the errno value when the copy is still there
+    [[nodiscard]] int discard() noexcept;
     /// True once `create` has made the copy.
     [[nodiscard]] bool isMade() const { return static_cast<bool>(own_.file); }
     /// Puts the saved copy in the place of the source, which goes to the Trash.
@@ -86,9 +92,9 @@ class WorkingCopy {
     [[nodiscard]] bool isTooLarge(ErrorSlot& error) const;
     // Makes a claimed file under a name that no other program knows.
     [[nodiscard]] bool makeTemporary(SavedCopy& copy, ErrorSlot& error) const;
-    [[nodiscard]] bool fill(const SavedCopy& copy, ErrorSlot& error) const;
+    [[nodiscard]] bool fill(SavedCopy& copy, ErrorSlot& error) const;
     [[nodiscard]] bool write(SavedCopy& copy, const Writer& writer, ErrorSlot& error);
-    [[nodiscard]] bool place(const SavedCopy& copy, ErrorSlot& error);
+    [[nodiscard]] bool place(SavedCopy& copy, ErrorSlot& error);
     [[nodiscard]] int takeName(const SavedCopy& copy, ErrorSlot& error);
 
     std::string source_;
@@ -97,8 +103,12 @@ class WorkingCopy {
     std::optional<SourceFile> opened_;
     // The file that this run last put at the path.
     SavedCopy own_;
+    // A free name beside it, for its removal.
+    std::string discardPath_;
     // True when that file is one that this run has saved, no mere copy of the source.
     bool isSaved_ = false;
+    // True when the source was read twice and was not the same.
+    bool isTorn_ = false;
     std::string lostMetadata_;
     std::vector<std::string> recycled_;
     std::vector<std::string> notes_;

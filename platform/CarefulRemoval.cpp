@@ -24,11 +24,17 @@ void giveNameBack(const std::string& aside, const std::string& path) {
 }  // namespace
 
 Removal removeWhileIs(const std::string& path, const FileIdentity& identity, int& errorNumber) {
+    return removeWhileIs(path, identity,
+                         joinPath(parentFolder(path), temporaryName(lastComponent(path))),
+                         errorNumber);
+}
+
+Removal removeWhileIs(const std::string& path, const FileIdentity& identity,
+                      const std::string& aside, int& errorNumber) {
     const std::optional<FileIdentity> found = fileIdentity(path);
     if (found && *found != identity) {
         return Removal::another;
     }
-    const std::string aside = joinPath(parentFolder(path), temporaryName(lastComponent(path)));
     errorNumber = renameWithoutReplacing(path, aside);
     if (errorNumber != 0) {
         return Removal::failed;

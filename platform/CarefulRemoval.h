@@ -23,6 +23,11 @@ enum class Removal {
 [[nodiscard]] Removal removeWhileIs(const std::string& path, const FileIdentity& identity,
                                     int& errorNumber);
 
+/// The same without a need for memory, unless another program's file is found.
+/// @param aside a path of the same folder at which nothing stands, and which nobody else knows
+[[nodiscard]] Removal removeWhileIs(const std::string& path, const FileIdentity& identity,
+                                    const std::string& aside, int& errorNumber);
+
 }  // namespace vornic::platform
 
 #endif

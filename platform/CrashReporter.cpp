@@ -151,17 +151,20 @@ FileDescriptor createReport(timespec now) {
     return {};
 }
 
+const FatalSignal& fatalSignal(int number) {
+    return *std::find_if(kFatalSignals.begin(), kFatalSignals.end(),
+                         [number](const FatalSignal& signal) { return signal.number == number; });
+}
+
 void writeSignal(SignalSafeWriter& writer, int number, const siginfo_t& info) {
-    const auto* const found =
-        std::find_if(kFatalSignals.begin(), kFatalSignals.end(),
-                     [number](const FatalSignal& signal) { return signal.number == number; });
-    writer.text("Signal: ").text(found->name).text(" (");
+    const FatalSignal& signal = fatalSignal(number);
+    writer.text("Signal: ").text(signal.name).text(" (");
     writer.decimal(static_cast<unsigned>(number)).text("), code ");
     writer.text(info.si_code < 0 ? "-" : "");
     writer.decimal(static_cast<unsigned>(std::abs(info.si_code))).text("\n");
     if (info.si_code == SI_USER) {
         writer.text("Sent by process: ").decimal(static_cast<unsigned>(info.si_pid)).text("\n");
-    } else if (found->hasAddress && info.si_code > 0) {
+    } else if (signal.hasAddress && info.si_code > 0) {
         writer.text("Faulting address: ");
         writer.hexadecimal(reinterpret_cast<std::uintptr_t>(info.si_addr)).text("\n");
     }
@@ -215,6 +218,14 @@ void writeReport(SignalSafeWriter& writer, const timespec& now, int number, cons
     writer.text("\nBacktrace:\n").flush();
 }
 
+/// The user's files are written beside their places and put there by a change of name.
+void tellOnTerminal(int number) {
+    SignalSafeWriter writer(STDERR_FILENO);
+    writer.text(program.view()).text(" was ended by a fault (").text(fatalSignal(number).name);
+    writer.text("). Each file is as it was or complete; none is half written.\n");
+    writer.flush();
+}
+
 void report(int number, const siginfo_t& info, const void* context) {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
@@ -250,6 +261,8 @@ extern "C" void handleFatalSignal(int number, siginfo_t* info, void* context) {
     pid_t nobody = 0;
     if (reporter.compare_exchange_strong(nobody, currentThread())) {
         report(number, *info, context);
+        // Last, for a closed standard error may end the process.
+        tellOnTerminal(number);
     } else if (nobody != currentThread()) {
         // Another thread is reporting and ends the process when it is done.
         while (true) {

@@ -22,7 +22,8 @@ struct CrashReportSettings {
 /// report "PROGRAM_2026-11-21-070500-123456.crash", named by date, time and microseconds (UTC),
 /// readable by its owner alone. Then the process dies of the signal as it would have without, core
 /// dump included. The reason of an exception that nobody caught stands in the report of the abort
-/// that follows. A crash whose report cannot be written leaves none.
+/// that follows. A crash whose report cannot be written leaves none. Standard error gets a line in
+/// either case.
 ///
 /// Called once, on the main thread, before other threads are started; costs a few system calls. The
 /// calling thread, and every thread that keeps a `CrashStack`, is reported even when it crashed

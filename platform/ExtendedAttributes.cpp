@@ -59,24 +59,26 @@ bool isComputed(const std::string& name) {
     return name == "security.ima" || name == "security.evm";
 }
 
-/// True for an error that loses an attribute which its owner may expect to be kept.
-bool isLoss(const std::string& name, int errorNumber) {
+}  // namespace
+
+bool losesAttribute(const std::string& name, int errorNumber) {
     const bool isForbidden = errorNumber == EPERM || errorNumber == EACCES;
     // Gone since it was listed, or of a kind that not every volume knows.
     const bool isAbsent = errorNumber == ENODATA || errorNumber == ENOTSUP;
     return errorNumber != 0 && !isAbsent && (!isForbidden || name.starts_with("user."));
 }
 
-}  // namespace
-
-std::vector<std::string> extendedAttributeNames(int fileDescriptor) {
-    int ignored = 0;
+std::optional<std::vector<std::string>> extendedAttributeNames(int fileDescriptor,
+                                                               int& errorNumber) {
     const std::optional<std::string> list = readGrowing(
         [fileDescriptor](char* buffer, std::size_t size) {
             return listAttributes(fileDescriptor, buffer, size);
         },
-        ignored);
+        errorNumber);
     std::vector<std::string> names;
+    if (!list && errorNumber != ENOTSUP && errorNumber != ENOSYS) {
+        return std::nullopt;
+    }
     for (std::size_t start = 0; list && start < list->size();) {
         const std::size_t end = std::min(list->find('\0', start), list->size());
         names.emplace_back(*list, start, end - start);
@@ -113,7 +115,12 @@ int removeExtendedAttribute(int fileDescriptor, const std::string& name) {
 
 int copyExtendedAttributes(int from, int to) {
     int firstError = 0;
-    for (const std::string& name : extendedAttributeNames(from)) {
+    const auto names = extendedAttributeNames(from, firstError);
+    if (!names) {
+        return firstError;
+    }
+    firstError = 0;
+    for (const std::string& name : *names) {
         if (isComputed(name)) {
             continue;
         }
@@ -122,7 +129,7 @@ int copyExtendedAttributes(int from, int to) {
         if (value) {
             errorNumber = setExtendedAttribute(to, name, *value);
         }
-        if (firstError == 0 && isLoss(name, errorNumber)) {
+        if (firstError == 0 && losesAttribute(name, errorNumber)) {
             firstError = errorNumber;
         }
     }

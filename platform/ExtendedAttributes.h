@@ -12,7 +12,9 @@
 namespace vornic::platform {
 
 /// The names of all attributes of an open file; empty on a volume without them.
-[[nodiscard]] std::vector<std::string> extendedAttributeNames(int fileDescriptor);
+/// @return nothing, with `errorNumber` set, when the system does not tell.
+[[nodiscard]] std::optional<std::vector<std::string>> extendedAttributeNames(int fileDescriptor,
+                                                                             int& errorNumber);
 
 /// The value of one attribute.
 /// @param errorNumber set to the errno value when nothing is returned (ENODATA: no such attribute).
@@ -27,9 +29,13 @@ namespace vornic::platform {
 /// Removes one attribute. @return 0, or the errno value (ENODATA: no such attribute).
 [[nodiscard]] int removeExtendedAttribute(int fileDescriptor, const std::string& name);
 
+/// True for an errno value with which an attribute gets lost that its owner may expect to be kept:
+/// not for one that is gone, that the volume does not know, or that is the system's.
+[[nodiscard]] bool losesAttribute(const std::string& name, int errorNumber);
+
 /// Gives `to` every attribute of `from`; those that the process may not set are left out.
-/// @return 0, or the errno value of the first one that could not be kept although the volume knows
-///     attributes and the process may set it.
+/// @return 0, or the errno value of the first one that could not be read or kept although the
+///     volume knows attributes and the process may set it; the listing's when that failed.
 int copyExtendedAttributes(int from, int to);
 
 }  // namespace vornic::platform

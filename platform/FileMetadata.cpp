@@ -44,8 +44,9 @@ int copyOwner(const struct stat& status, int to, bool& kept) {
 /// alone must count.
 void dropInheritedAccessList(int from, int to) {
     const std::string name = "system.posix_acl_access";
-    const std::vector<std::string> names = extendedAttributeNames(from);
-    if (std::find(names.begin(), names.end(), name) == names.end()) {
+    int ignored = 0;
+    const auto names = extendedAttributeNames(from, ignored);
+    if (names && std::find(names->begin(), names->end(), name) == names->end()) {
         static_cast<void>(fremovexattr(to, name.c_str()) == 0);
     }
 }

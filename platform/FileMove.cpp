@@ -86,7 +86,9 @@ bool moveAcrossVolumes(const std::string& source, const std::string& folder,
     if (!original) {
         return failFile(error, source, "moved to " + folder, errorNumber);
     }
-    const std::string temporary = joinPath(folder, temporaryName(lastComponent(source)));
+    // A copy that a kill leaves here is known by the ending, and removed one day.
+    const std::string temporary =
+        joinPath(folder, temporaryName(lastComponent(source))).append(".part");
     if (!transferItem(source, temporary, Verification::readBack, error)) {
         return false;
     }

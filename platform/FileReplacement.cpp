@@ -57,6 +57,19 @@ bool isBeyondReach(int errorNumber) {
            errorNumber == EOPNOTSUPP || errorNumber == ENOSYS;
 }
 
+/// @return 0, or the errno value for which `to` does not have this attribute of `from`.
+int keepAttribute(int from, int to, const std::string& name) {
+    int errorNumber = 0;
+    int ignored = 0;
+    const std::optional<std::string> value = extendedAttribute(from, name, errorNumber);
+    if (!value || extendedAttribute(to, name, ignored) == value) {
+        return value ? 0 : errorNumber;
+    }
+    errorNumber = setExtendedAttribute(to, name, *value);
+    // An access control list, say, of users that this volume does not know.
+    return errorNumber == EINVAL ? 0 : errorNumber;
+}
+
 /// Gives `to` owner, attributes and mode of `from`. @return 0, or the errno value for which
 /// something that could be kept was not.
 int keepMetadata(int from, int to) {
@@ -72,14 +85,14 @@ int keepMetadata(int from, int to) {
     if (const int errorNumber = copyOwnerAttributesAndMode(from, status, to); errorNumber != 0) {
         return errorNumber;
     }
-    for (const std::string& name : extendedAttributeNames(from)) {
-        int ignored = 0;
-        const std::optional<std::string> value = extendedAttribute(from, name, ignored);
-        if (!value || extendedAttribute(to, name, ignored) == value) {
-            continue;
-        }
-        const int errorNumber = setExtendedAttribute(to, name, *value);
-        if (errorNumber != 0 && !isBeyondReach(errorNumber)) {
+    int listError = 0;
+    const auto names = extendedAttributeNames(from, listError);
+    if (!names) {
+        return listError;
+    }
+    for (const std::string& name : *names) {
+        const int errorNumber = keepAttribute(from, to, name);
+        if (losesAttribute(name, errorNumber)) {
             return errorNumber;
         }
     }

@@ -24,50 +24,82 @@ namespace {
 
 constexpr std::string_view kEnding = ".part";
 
-/// True for ".NAME.vornic-xxxxxxxxxx.part".
-bool isTemporaryName(std::string_view name) {
+/// "NAME" of ".NAME.vornic-xxxxxxxxxx"; "" of other names.
+std::string_view nameWithin(std::string_view name) {
     constexpr std::string_view kMark = ".vornic-";
     constexpr std::size_t kRandomLength = 10;
-    if (!name.starts_with('.') || !name.ends_with(kEnding)) {
-        return false;
-    }
-    name.remove_suffix(kEnding.size());
     const std::size_t mark = name.rfind(kMark);
-    if (mark == std::string_view::npos || name.size() != mark + kMark.size() + kRandomLength) {
-        return false;
+    if (!name.starts_with('.') || mark == std::string_view::npos || mark == 0 ||
+        name.size() != mark + kMark.size() + kRandomLength) {
+        return "";
     }
     const std::string_view random = name.substr(mark + kMark.size());
-    return std::all_of(random.begin(), random.end(), [](unsigned char byte) {
+    const bool isRandom = std::all_of(random.begin(), random.end(), [](unsigned char byte) {
         return std::islower(byte) != 0 || std::isdigit(byte) != 0;
     });
+    return isRandom ? name.substr(1, mark - 1) : "";
+}
+
+/// True for ".NAME.vornic-xxxxxxxxxx.part".
+bool isTemporaryName(std::string_view name) {
+    return name.ends_with(kEnding) &&
+           !nameWithin(name.substr(0, name.size() - kEnding.size())).empty();
 }
 
 /// True for a file of this user that nothing has changed for long and nobody holds.
-bool isDead(int file, std::chrono::seconds age) {
+bool isLeft(int file, std::chrono::seconds age) {
     struct stat status {};
     return fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid() &&
-           status.st_nlink == 1 && status.st_ctim.tv_sec + age.count() <= time(nullptr) &&
+           status.st_ctim.tv_sec + age.count() <= time(nullptr) &&
            flock(file, LOCK_EX | LOCK_NB) == 0;
 }
 
-void removeIfDead(int folder, const std::string& name, std::chrono::seconds age) {
-    const FileDescriptor file(
-        openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+/// The same for one that has no other name, either.
+bool isDead(int file, std::chrono::seconds age) {
     struct stat status {};
-    if (file && isDead(file.get(), age) &&
-        fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-        identityOf(file.get()) == FileIdentity{status.st_dev, status.st_ino}) {
-        static_cast<void>(unlinkat(folder, name.c_str(), 0) == 0);
-    }
+    return fstat(file, &status) == 0 && status.st_nlink == 1 && isLeft(file, age);
 }
 
-/// True the first time of several in a row, so that many files of one folder cost one look at it.
-bool isLookedAtAnew(int folder) {
-    static std::mutex mutex;
-    static FileIdentity last;
-    const std::lock_guard lock(mutex);
-    const FileIdentity identity = identityOf(folder);
-    return std::exchange(last, identity) != identity;
+/// Knows which folder was looked at last, so that many files of one folder cost one look at it.
+class LastFolder {
+  public:
+    bool isAnother(int folder) {
+        const std::lock_guard lock(mutex_);
+        const FileIdentity identity = identityOf(folder);
+        return std::exchange(last_, identity) != identity;
+    }
+
+  private:
+    std::mutex mutex_;
+    FileIdentity last_;
+};
+
+/// The names in a folder, unless it is the one that was looked at last.
+std::vector<std::string> namesToLookAt(const FileDescriptor& folder, LastFolder& last) {
+    std::vector<std::string> names;
+    if (!folder || !last.isAnother(folder.get()) || listFolder(folder.get(), names) != 0) {
+        names.clear();
+    }
+    return names;
+}
+
+FileDescriptor openFolder(const std::string& folder) {
+    return FileDescriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK));
+}
+
+FileDescriptor openEntry(const FileDescriptor& folder, const std::string& name) {
+    return FileDescriptor(
+        openat(folder.get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+}
+
+void removeIfDead(const FileDescriptor& folder, const std::string& name, std::chrono::seconds age) {
+    const FileDescriptor file = openEntry(folder, name);
+    struct stat status {};
+    if (file && isDead(file.get(), age) &&
+        fstatat(folder.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+        identityOf(file.get()) == FileIdentity{status.st_dev, status.st_ino}) {
+        static_cast<void>(unlinkat(folder.get(), name.c_str(), 0) == 0);
+    }
 }
 
 }  // namespace
@@ -160,17 +192,29 @@ int TemporaryFile::makeTemporary() {
 }
 
 void removeDeadTemporaries(const std::string& folder, std::chrono::seconds age) {
-    const FileDescriptor opened(
-        ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK));
-    std::vector<std::string> names;
-    if (!opened || !isLookedAtAnew(opened.get()) || listFolder(opened.get(), names) != 0) {
-        return;
-    }
-    for (const std::string& name : names) {
+    static LastFolder last;
+    const FileDescriptor opened = openFolder(folder);
+    for (const std::string& name : namesToLookAt(opened, last)) {
         if (isTemporaryName(name)) {
-            removeIfDead(opened.get(), name, age);
+            removeIfDead(opened, name, age);
         }
     }
+}
+
+std::vector<LeftFile> filesLeftAside(const std::string& folder, std::chrono::seconds age) {
+    static LastFolder last;
+    const FileDescriptor opened = openFolder(folder);
+    std::vector<LeftFile> left;
+    for (const std::string& name : namesToLookAt(opened, last)) {
+        const std::string_view original = nameWithin(name);
+        FileDescriptor file = original.empty() ? FileDescriptor() : openEntry(opened, name);
+        if (file && isLeft(file.get(), age)) {
+            left.push_back({.file = std::move(file),
+                            .path = joinPath(folder, name),
+                            .original = std::string(original)});
+        }
+    }
+    return left;
 }
 
 }  // namespace vornic::platform

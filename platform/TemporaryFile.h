@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <string>
+#include <vector>
 
 #include "platform/Error.h"
 #include "platform/FileDescriptor.h"
@@ -46,6 +47,22 @@ struct TemporaryFile {
 /// several calls in a row for one folder only the first one looks into it. Any thread.
 void removeDeadTemporaries(const std::string& folder,
                            std::chrono::seconds age = std::chrono::minutes(10));
+
+/// A file that a killed process has left under a hidden name. Locked while the object lives, so
+/// that it is found once.
+struct LeftFile {
+    FileDescriptor file;
+    std::string path;
+    /// What it was called, cut where that was long.
+    std::string original;
+};
+
+/// Finds what killed processes of this user have left in a folder under a hidden name without the
+/// ending, while they exchanged or moved files: it may be the user's, so that nobody may remove it.
+/// For locks, age and several calls in a row the same holds as for `removeDeadTemporaries`; the age
+/// may be less, since nothing gets lost when it is too little.
+[[nodiscard]] std::vector<LeftFile> filesLeftAside(
+    const std::string& folder, std::chrono::seconds age = std::chrono::minutes(1));
 
 }  // namespace vornic::platform
 

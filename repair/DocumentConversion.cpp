@@ -11,10 +11,12 @@
 #include "foundation/FormatString.h"
 #include "foundation/QMException.h"
 #include "foundation/QMLog.h"
+#include "job/LeftFiles.h"
 #include "platform/Console.h"
 #include "platform/Exception.h"
 #include "platform/FileSystem.h"
 #include "platform/MainThread.h"
+#include "platform/PathText.h"
 #include "repair/ConversionMessages.h"
 #include "repair/Document.h"
 
@@ -52,6 +54,15 @@ std::unique_ptr<XMLDocument> loadToConvert(const std::string& path) {
         tellNotLoaded(error.value_or(Error()).localizedDescription());
     }
     return document;
+}
+
+// Clears what killed runs have left beside the file that a path leads to, and says so.
+void clearBeside(const std::string& path) {
+    int ignored = 0;
+    const std::string target = platform::resolveFinalLink(path, ignored).value_or(path);
+    for (const std::string& line : clearLeftFiles(platform::parentFolder(target))) {
+        QMLog::appendLogAndPrint("%@", line);
+    }
 }
 
 }  // namespace
@@ -347,6 +358,7 @@ bool Document::convertDocument(const Run& run, const std::string& version,
     if (document) {
         document->setRootAttribute("version", version);
     }
+    clearBeside(path);
     ConversionResult result;
     {
         const Writing writing(*run);

@@ -62,9 +62,11 @@ std::vector<std::string> linesAbout(const SwapResult& swap, const std::string& s
         lines.push_back(formatString("The original file is %@.", swap.original));
     }
     if (swap.end == SwapEnd::sourceChanged || (isMoved && !swap.repaired.empty())) {
-        lines.push_back(swap.repaired.empty()
-                            ? formatString("The repaired file was taken away by another program.")
-                            : formatString("The repaired file is %@.", swap.repaired));
+        lines.push_back(
+            swap.repaired.empty()
+                ? formatString(
+                      "The repaired file was overwritten or taken away by another program.")
+                : formatString("The repaired file is %@.", swap.repaired));
     }
     return lines;
 }
@@ -91,7 +93,7 @@ RepairResult RepairPipeline::run(const std::string& path) && {
     } catch (const std::bad_alloc&) {
         document_.reset();
         std::string().swap(text_);
-        dropWorkingCopyWithoutMemory();
+        dropWorkingCopy();
         reportMemoryEnd();
         host_.endProgress();
         throw;
@@ -474,18 +476,15 @@ void RepairPipeline::removeWorkingCopy() {
 
 // After a run that came to no judgement: the copy is of no use to anybody.
 void RepairPipeline::dropWorkingCopy() {
-    if (result_.outcome == RepairOutcome::stopped && workingCopy_ && workingCopy_->isMade()) {
-        ErrorSlot error;
-        workingCopy_->remove(error);
-        if (error) {
-            QMLog::appendLog("%@", error->localizedDescription());
-        }
+    const bool isUseless = result_.outcome == RepairOutcome::stopped && workingCopy_;
+    const int errorNumber = isUseless ? workingCopy_->discard() : 0;
+    if (errorNumber == 0) {
+        return;
     }
-}
-
-void RepairPipeline::dropWorkingCopyWithoutMemory() {
     try {
-        dropWorkingCopy();
+        error_ = posixError(formatString("The file %@ cannot be removed", workingCopy_->path()),
+                            errorNumber);
+        reportUnremovedCopy();
     } catch (const std::bad_alloc&) {
         // It stays, and the next run moves it to the Trash.
     }

@@ -65,7 +65,6 @@ class RepairPipeline : private Waiting {
     void reportSwap(const SwapResult& swap);
     void removeWorkingCopy();
     void dropWorkingCopy();
-    void dropWorkingCopyWithoutMemory();
     void reportNotes();
 
     bool cancelled();

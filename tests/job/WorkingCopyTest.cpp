@@ -14,7 +14,9 @@
 #include "job/WorkingCopy.h"
 #include "tests/job/JobTest.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/FailingOnce.h"
 #include "tests/support/FailingSystemCall.h"
+#include "tests/support/RightsOfRoot.h"
 
 namespace vornic {
 namespace {
@@ -238,10 +240,63 @@ TEST_F(WorkingCopyTest, doesNotWaitForALockOnTheFolder) {
 TEST_F(WorkingCopyTest, isReadAgainWhenReadingFailedOnce) {
     EXPECT_TRUE(test::passesInChild([&] {
         ASSERT_EQ(copy.create(error), Clearing::done);
+        ASSERT_TRUE(test::failSystemCallOnce(SYS_pread64, EIO));
+        EXPECT_EQ(copy.read(error), "the user's");
+        EXPECT_EQ(error, std::nullopt);
+    }));
+}
+
+TEST_F(WorkingCopyTest, isNotReadWhenReadingFailsTwice) {
+    EXPECT_TRUE(test::passesInChild([&] {
+        ASSERT_EQ(copy.create(error), Clearing::done);
         ASSERT_TRUE(test::failSystemCall(SYS_pread64, EIO));
         EXPECT_EQ(copy.read(error), std::nullopt);
         EXPECT_EQ(error->code, EIO);
     }));
+}
+
+TEST_F(WorkingCopyTest, isNotReadOnceAnotherProgramHasWrittenIntoIt) {
+    ASSERT_EQ(copy.create(error), Clearing::done);
+    overwrite(path, "foreign");
+    EXPECT_EQ(copy.read(error), "the user's");
+    copy.save(writes("repaired"), error);
+    EXPECT_EQ(inTrash("Cut-backup.xml"), "foreign");
+    EXPECT_EQ(copy.swap(observer).end, SwapEnd::done);
+    EXPECT_EQ(inTrash("Cut.xml"), "the user's");
+}
+
+TEST_F(WorkingCopyTest, isNotRemovedOnceAnotherProgramHasWrittenIntoIt) {
+    prepare(copy);
+    overwrite(path, "foreign!");  // as many bytes
+    copy.remove(error);
+    EXPECT_EQ(copy.discard(), 0);
+    EXPECT_EQ(test::readBytes(path), "foreign!");
+}
+
+TEST_F(WorkingCopyTest, isNotSwappedWhenTheSourceWasReadTwiceAndDiffered) {
+    ASSERT_EQ(copy.create(error), Clearing::done);
+    ASSERT_TRUE(copy.read(error));
+    overwrite(source, "The user's");
+    EXPECT_EQ(copy.read(error), "The user's");
+    copy.save(writes("repaired"), error);
+    EXPECT_EQ(copy.swap(observer).end, SwapEnd::sourceChanged);
+    EXPECT_EQ(test::readBytes(source), "The user's");
+}
+
+TEST_F(WorkingCopyTest, isDiscardedWithoutMemory) {
+    prepare(copy);
+    EXPECT_EQ(copy.discard(), 0);
+    EXPECT_EQ(names(), Strings{"Cut.xml"});
+    EXPECT_EQ(copy.discard(), 0);
+}
+
+TEST_F(WorkingCopyTest, thatCannotBeDiscardedIsTold) {
+    prepare(copy);
+    EXPECT_TRUE(test::passesInChild([&] {
+        ASSERT_TRUE(test::failSystemCall(SYS_renameat2, EROFS));
+        EXPECT_EQ(copy.discard(), EROFS);
+    }));
+    EXPECT_EQ(test::readBytes(path), "repaired");
 }
 
 TEST_F(WorkingCopyTest, isNotReadFromAForeignFileAtItsPath) {
@@ -362,9 +417,38 @@ TEST_F(WorkingCopyTest, tellsWhatOfTheSourcesMetadataItLost) {
             << copy.lostMetadata();
     }));
     EXPECT_TRUE(test::passesInChild([&] {
+        ASSERT_TRUE(test::failSystemCall(SYS_flistxattr, EIO));
+        copy.save(writes("repaired"), error);
+        EXPECT_NE(copy.lostMetadata().find("The extended attributes cannot be kept"),
+                  std::string::npos)
+            << copy.lostMetadata();
+    }));
+    EXPECT_TRUE(test::passesInChild([&] {
+        ASSERT_TRUE(test::failSystemCall(SYS_fgetxattr, EIO));
+        copy.save(writes("repaired"), error);
+        EXPECT_NE(copy.lostMetadata().find("The extended attributes cannot be kept"),
+                  std::string::npos)
+            << copy.lostMetadata();
+    }));
+    EXPECT_TRUE(test::passesInChild([&] {
         ASSERT_TRUE(test::failSystemCall(SYS_fchmod, EIO));
         copy.save(writes("repaired"), error);
         EXPECT_NE(copy.lostMetadata().find("The mode cannot be kept"), std::string::npos)
+            << copy.lostMetadata();
+    }));
+}
+
+TEST_F(WorkingCopyTest, tellsThatTheOwnerWasLost) {
+    const test::RightsOfRoot rights;
+    constexpr uid_t kSomebody = 12345;
+    if (!rights.available() || chown(source.c_str(), kSomebody, kSomebody) != 0) {
+        GTEST_SKIP() << "only root gives files away";
+    }
+    ASSERT_EQ(copy.create(error), Clearing::done);
+    EXPECT_TRUE(test::passesInChild([&] {
+        ASSERT_TRUE(test::failSystemCall(SYS_fchown, EIO));
+        copy.save(writes("repaired"), error);
+        EXPECT_NE(copy.lostMetadata().find("The owner cannot be kept"), std::string::npos)
             << copy.lostMetadata();
     }));
 }

@@ -63,6 +63,20 @@ TEST_F(CrashReporterTest, tellsProgramPlaceAndCauseOfACrash) {
                               "2  0x"));
 }
 
+TEST_F(CrashReporterTest, saysOnStandardErrorThatTheProgramHasEnded) {
+    std::string said = sandbox.path("said");
+    settings.folder = "/dev/null/no report can be written";
+    EXPECT_EQ(crash([&] {
+                  const int file = open(said.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+                  dup2(file, STDERR_FILENO);
+                  std::abort();
+              }),
+              SIGABRT);
+    EXPECT_EQ(test::readBytes(said),
+              "probe was ended by a fault (SIGABRT). Each file is as it was or complete; none is "
+              "half written.\n");
+}
+
 TEST_F(CrashReporterTest, namesTheReportByProgramAndTime) {
     crash(crashingFunction);
     ASSERT_EQ(reports().size(), 1U);

@@ -9,6 +9,8 @@
 
 #include "platform/ExtendedAttributes.h"
 #include "platform/FileDescriptor.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/FailingSystemCall.h"
 #include "tests/support/PrivateMounts.h"
 #include "tests/support/Sandbox.h"
 
@@ -30,6 +32,11 @@ class ExtendedAttributesTest : public test::SandboxTest {
     int errorNumber = 0;
 };
 
+std::vector<std::string> namesOf(int fileDescriptor) {
+    int ignored = 0;
+    return extendedAttributeNames(fileDescriptor, ignored).value_or(std::vector<std::string>());
+}
+
 bool contains(const std::vector<std::string>& names, const std::string& name) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
@@ -41,6 +48,24 @@ TEST_F(ExtendedAttributesTest, readsWhatWasSet) {
     EXPECT_EQ(extendedAttribute(file.get(), "user.second", errorNumber), value);
 }
 
+TEST_F(ExtendedAttributesTest, tellsThatTheNamesCannotBeListed) {
+    const FileDescriptor to(::open(sandbox.write("copy", "x").c_str(), O_RDWR | O_CLOEXEC));
+    EXPECT_TRUE(test::passesInChild([&] {
+        ASSERT_TRUE(test::failSystemCall(SYS_flistxattr, EIO));
+        EXPECT_EQ(extendedAttributeNames(file.get(), errorNumber), std::nullopt);
+        EXPECT_EQ(errorNumber, EIO);
+        EXPECT_EQ(copyExtendedAttributes(file.get(), to.get()), EIO);
+    }));
+}
+
+TEST_F(ExtendedAttributesTest, countAsNoneOnAVolumeWithoutThem) {
+    EXPECT_TRUE(test::passesInChild([&] {
+        ASSERT_TRUE(test::failSystemCall(SYS_flistxattr, ENOTSUP));
+        EXPECT_EQ(extendedAttributeNames(file.get(), errorNumber), std::vector<std::string>());
+        EXPECT_EQ(copyExtendedAttributes(file.get(), file.get()), 0);
+    }));
+}
+
 TEST_F(ExtendedAttributesTest, replacesAnOlderValue) {
     EXPECT_EQ(setExtendedAttribute(file.get(), "user.first", "a longer value"), 0);
     EXPECT_EQ(extendedAttribute(file.get(), "user.first", errorNumber), "a longer value");
@@ -49,15 +74,15 @@ TEST_F(ExtendedAttributesTest, replacesAnOlderValue) {
 TEST_F(ExtendedAttributesTest, removesOneAttribute) {
     EXPECT_EQ(setExtendedAttribute(file.get(), "user.second", "two"), 0);
     EXPECT_EQ(removeExtendedAttribute(file.get(), "user.first"), 0);
-    EXPECT_FALSE(contains(extendedAttributeNames(file.get()), "user.first"));
-    EXPECT_TRUE(contains(extendedAttributeNames(file.get()), "user.second"));
+    EXPECT_FALSE(contains(namesOf(file.get()), "user.first"));
+    EXPECT_TRUE(contains(namesOf(file.get()), "user.second"));
     EXPECT_EQ(removeExtendedAttribute(file.get(), "user.first"), ENODATA);
 }
 
 TEST_F(ExtendedAttributesTest, removesThroughADescriptorForThePathAlone) {
     const FileDescriptor pathAlone(::open(path.c_str(), O_PATH | O_CLOEXEC));
     EXPECT_EQ(removeExtendedAttribute(pathAlone.get(), "user.first"), 0);
-    EXPECT_FALSE(contains(extendedAttributeNames(file.get()), "user.first"));
+    EXPECT_FALSE(contains(namesOf(file.get()), "user.first"));
 }
 
 TEST_F(ExtendedAttributesTest, keepsAnEmptyValueApartFromNone) {
@@ -69,7 +94,7 @@ TEST_F(ExtendedAttributesTest, keepsAnEmptyValueApartFromNone) {
 
 TEST_F(ExtendedAttributesTest, listsEveryName) {
     EXPECT_EQ(setExtendedAttribute(file.get(), "user.second", "two"), 0);
-    const std::vector<std::string> names = extendedAttributeNames(file.get());
+    const std::vector<std::string> names = namesOf(file.get());
     EXPECT_TRUE(contains(names, "user.first"));
     EXPECT_TRUE(contains(names, "user.second"));
 }
@@ -77,7 +102,7 @@ TEST_F(ExtendedAttributesTest, listsEveryName) {
 TEST_F(ExtendedAttributesTest, worksThroughADescriptorOfThePathAlone) {
     const FileDescriptor byPath(::open(path.c_str(), O_PATH | O_CLOEXEC));
     ASSERT_TRUE(byPath);
-    EXPECT_TRUE(contains(extendedAttributeNames(byPath.get()), "user.first"));
+    EXPECT_TRUE(contains(namesOf(byPath.get()), "user.first"));
     EXPECT_EQ(extendedAttribute(byPath.get(), "user.first", errorNumber), "one");
     EXPECT_EQ(setExtendedAttribute(byPath.get(), "user.first", "new"), 0);
     EXPECT_EQ(extendedAttribute(file.get(), "user.first", errorNumber), "new");
@@ -102,7 +127,7 @@ TEST_F(ExtendedAttributesTest, tellsAVolumeWithoutAttributesApart) {
     EXPECT_EQ(setExtendedAttribute(plain.get(), "user.first", "x"), ENOTSUP);
     EXPECT_EQ(extendedAttribute(plain.get(), "user.first", errorNumber), std::nullopt);
     EXPECT_EQ(errorNumber, ENOTSUP);
-    EXPECT_FALSE(contains(extendedAttributeNames(plain.get()), "user.first"));
+    EXPECT_FALSE(contains(namesOf(plain.get()), "user.first"));
     copyExtendedAttributes(file.get(), plain.get());
     EXPECT_EQ(test::readBytes(sandbox.path("plain")), "x");
 }

@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -5,11 +6,17 @@
 #include <string>
 #include <vector>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include "platform/FileReplacement.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/FailingSystemCall.h"
 #include "tests/support/FileState.h"
+#include "tests/support/RightsOfRoot.h"
 #include "tests/support/Sandbox.h"
 
 namespace vornic::platform {
@@ -164,6 +171,77 @@ TEST_F(FileReplacementTest, bringsAnExportBackWhereNothingStandsAnyMore) {
         }
     };
     expectRefused("new");
+}
+
+TEST_F(FileReplacementTest, leavesAFileWhoseMetadataCannotBeKept) {
+    if (!test::setAttribute(path, "user.note", "kept") || chmod(path.c_str(), 0640) != 0) {
+        GTEST_SKIP() << "this volume has no extended attributes";
+    }
+    read();
+    for (const long call : {SYS_flistxattr, SYS_fgetxattr, SYS_fsetxattr, SYS_fchmod}) {
+        EXPECT_TRUE(test::passesInChild([&] {
+            ASSERT_TRUE(test::failSystemCall(call, EIO));
+            EXPECT_FALSE(replace());
+            EXPECT_EQ(error.value_or(Error()).code, EIO);
+        })) << call;
+        EXPECT_EQ(test::readBytes(path), "old");
+        EXPECT_EQ(names(), std::vector<std::string>{"Cut.xml"});
+    }
+}
+
+TEST_F(FileReplacementTest, leavesAFileWhoseOwnerCannotBeKept) {
+    const test::RightsOfRoot rights;
+    constexpr uid_t kSomebody = 12345;
+    if (!rights.available() || chown(path.c_str(), kSomebody, kSomebody) != 0) {
+        GTEST_SKIP() << "only root gives files away";
+    }
+    read();
+    EXPECT_TRUE(test::passesInChild([&] {
+        ASSERT_TRUE(test::failSystemCall(SYS_fchown, EIO));
+        EXPECT_FALSE(replace());
+        EXPECT_EQ(error.value_or(Error()).code, EIO);
+    }));
+    EXPECT_EQ(test::readBytes(path), "old");
+}
+
+class FileReplacementInSteps : public FileReplacementTest {
+  protected:
+    /// On a volume that cannot exchange names.
+    void inSteps(const std::function<void()>& body) {
+        EXPECT_TRUE(test::passesInChild([&] {
+            constexpr unsigned kFlagsOfRename = 4;
+            ASSERT_TRUE(
+                test::failSystemCall(SYS_renameat2, EINVAL, RENAME_EXCHANGE, kFlagsOfRename));
+            body();
+        }));
+    }
+};
+
+TEST_F(FileReplacementInSteps, replacesWhatWasRead) {
+    inSteps([this] { EXPECT_TRUE(replace()); });
+    EXPECT_EQ(test::readBytes(path), "converted");
+    EXPECT_EQ(names(), std::vector<std::string>{"Cut.xml"});
+}
+
+TEST_F(FileReplacementInSteps, bringsBackWhatCameBefore) {
+    for (const bool isReplaced : {false, true}) {
+        intrusion() = [this, isReplaced](Moment moment) {
+            if (moment == Moment::beforeExchange) {
+                isReplaced ? exportAnew("new") : static_cast<void>(sandbox.write("Cut.xml", "new"));
+            }
+        };
+        inSteps([this] { expectRefused("new"); });
+        EXPECT_EQ(test::readBytes(path), "new");
+    }
+}
+
+TEST_F(FileReplacementInSteps, leavesWhatComesWhileNothingStandsAtThePath) {
+    intrusion() = [this](Moment moment) {
+        if (moment == Moment::afterExchange) {
+            exportAnew("new");
+        }
+    };
+    inSteps([this] { expectRefused("new"); });
 }
 
 TEST_F(FileReplacementTest, failsForAFileThatHasGone) {

@@ -76,6 +76,30 @@ TEST_F(TemporaryFileTest, keepsLinksAndFolders) {
     expectKept(kName);
 }
 
+TEST_F(TemporaryFileTest, findsWhatAnExchangeHasLeft) {
+    const std::string path =
+        sandbox.write(".Cut.xml.vornic-abcdefgh01", "what an exchange brought out");
+    sandbox.write(kName, "half");
+    sandbox.write(".Cut.xml.vornic-short", "the user's");
+    sandbox.write(".vornic-abcdefgh01", "the user's");
+    static_cast<void>(filesLeftAside(sandbox.home(), kAnyAge));
+    EXPECT_TRUE(filesLeftAside(sandbox.folder()).empty()) << "it is too young";
+    static_cast<void>(filesLeftAside(sandbox.home(), kAnyAge));
+    const std::vector<LeftFile> left = filesLeftAside(sandbox.folder(), kAnyAge);
+    ASSERT_EQ(left.size(), 1U);
+    EXPECT_EQ(left[0].path, path);
+    EXPECT_EQ(left[0].original, "Cut.xml");
+    EXPECT_TRUE(test::exists(path));
+}
+
+TEST_F(TemporaryFileTest, doesNotFindWhatALivingProcessHolds) {
+    const std::string path = sandbox.write(".Cut.xml.vornic-abcdefgh01", "in exchange");
+    const FileDescriptor holder(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_EQ(flock(holder.get(), LOCK_EX), 0);
+    static_cast<void>(filesLeftAside(sandbox.home(), kAnyAge));
+    EXPECT_TRUE(filesLeftAside(sandbox.folder(), kAnyAge).empty());
+}
+
 TEST_F(TemporaryFileTest, looksIntoAFolderOnceForManyFilesInARow) {
     removeDeadTemporaries(sandbox.folder(), kAnyAge);
     sandbox.write(kName, "half");

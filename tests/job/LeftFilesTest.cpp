@@ -1,0 +1,88 @@
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+
+#include "job/LeftFiles.h"
+#include "job/MoveToTrash.h"
+#include "tests/job/JobTest.h"
+
+namespace {
+
+time_t secondsAhead = 0;
+
+}  // namespace
+
+// In the place of the C library's, for nothing can make a file look older than it is.
+extern "C" time_t time(time_t* result) noexcept {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    const time_t seconds = now.tv_sec + secondsAhead;
+    if (result != nullptr) {
+        *result = seconds;
+    }
+    return seconds;
+}
+
+namespace vornic {
+namespace {
+
+using test::Strings;
+
+class LeftFilesTest : public test::JobTest {
+  protected:
+    void SetUp() override {
+        JobTest::SetUp();
+        // Another folder, so that the next look is a new one.
+        static_cast<void>(clearLeftFiles(sandbox.home()));
+    }
+    void TearDown() override { secondsAhead = 0; }
+    std::string left = sandbox.path(".Cut.xml.vornic-abcdefgh01");
+};
+
+TEST_F(LeftFilesTest, goToTheTrashWithASentence) {
+    std::ofstream(left) << "the older";
+    secondsAhead = 3600;
+    EXPECT_EQ(clearLeftFiles(sandbox.folder()),
+              Strings{"An earlier change of the file " + source +
+                      " was interrupted. What it left aside was moved to the Trash: " + trash() +
+                      "/Cut.xml"});
+    EXPECT_EQ(inTrash("Cut.xml"), "the older");
+    EXPECT_EQ(names(), Strings{"Cut.xml"});
+}
+
+TEST_F(LeftFilesTest, stayWithASentenceWhereTheTrashDoesNotTakeThem) {
+    std::ofstream(left) << "the older";
+    blockTrash();
+    secondsAhead = 3600;
+    EXPECT_EQ(clearLeftFiles(sandbox.folder()),
+              Strings{"An earlier change of the file " + source +
+                      " was interrupted. What it left aside is " + left + "."});
+    EXPECT_EQ(test::readBytes(left), "the older");
+}
+
+TEST_F(LeftFilesTest, ofALivingProgramStay) {
+    std::ofstream(left) << "the older";
+    EXPECT_EQ(clearLeftFiles(sandbox.folder()), Strings{}) << "it has just come";
+    EXPECT_EQ(test::readBytes(left), "the older");
+}
+
+TEST_F(LeftFilesTest, areClearedWhereAWorkingCopyIsMade) {
+    std::ofstream(left) << "the older";
+    sandbox.write(".Cut-backup.xml.vornic-abcdefgh01.part", "half");
+    secondsAhead = 3600;
+    ASSERT_EQ(copy.create(error), WorkingCopy::Clearing::done);
+    EXPECT_EQ(inTrash("Cut.xml"), "the older");
+    EXPECT_EQ(copy.takeNotes().size(), 1U);
+    EXPECT_EQ(names(), (Strings{"Cut-backup.xml", "Cut.xml"}));
+}
+
+TEST_F(LeftFilesTest, inTheTrashAreRemoved) {
+    std::filesystem::create_directory(trash());
+    sandbox.write("../home/.Trash/.Cut.xml.vornic-abcdefgh01.part", "half");
+    secondsAhead = 3600;
+    EXPECT_TRUE(moveToTrash(source, "Cut.xml", error));
+    EXPECT_EQ(namesInTrash(), Strings{"Cut.xml"});
+}
+
+}  // namespace
+}  // namespace vornic

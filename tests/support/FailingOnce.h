@@ -1,0 +1,63 @@
+#ifndef VORNIC_TESTS_SUPPORT_FAILING_ONCE_H
+#define VORNIC_TESTS_SUPPORT_FAILING_ONCE_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <future>
+#include <thread>
+
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/ioctl.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace vornic::test {
+
+/// Makes one system call of this thread fail, without being made, the next time; the calls after
+/// that go through. Nothing undoes it, so that only a `ChildProcess` may call this.
+/// @param number a `SYS_…` constant
+/// @return false when the system takes no such filters.
+[[nodiscard]] inline bool failSystemCallOnce(long number, int errorNumber) {
+    std::promise<int> filtered;
+    // Started before the filter, which it is therefore not under.
+    std::thread([listener = filtered.get_future(), errorNumber]() mutable {
+        const int descriptor = listener.get();
+        for (bool isFirst = true;; isFirst = false) {
+            struct seccomp_notif call {};
+            struct seccomp_notif_resp answer {};
+            if (ioctl(descriptor, SECCOMP_IOCTL_NOTIF_RECV, &call) != 0) {
+                return;
+            }
+            answer.id = call.id;
+            answer.error = isFirst ? -errorNumber : 0;
+            answer.flags = isFirst ? 0 : SECCOMP_USER_NOTIF_FLAG_CONTINUE;
+            if (ioctl(descriptor, SECCOMP_IOCTL_NOTIF_SEND, &answer) != 0) {
+                return;
+            }
+        }
+    }).detach();
+    std::array<struct sock_filter, 4> program{{
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(struct seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t>(number), 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_USER_NOTIF),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    }};
+    struct sock_fprog filter {};
+    filter.len = static_cast<unsigned short>(program.size());
+    filter.filter = program.data();
+    if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) {
+        filtered.set_value(-1);
+        return false;
+    }
+    const long listener =
+        syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, SECCOMP_FILTER_FLAG_NEW_LISTENER, &filter);
+    filtered.set_value(static_cast<int>(listener));
+    return listener >= 0;
+}
+
+}  // namespace vornic::test
+
+#endif
