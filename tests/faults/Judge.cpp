@@ -193,14 +193,8 @@ void Judge::judgeNextRun(const ProgramEnd& end, const World& world) {
             add(name + " is still there");
         }
     }
-    for (const auto& [path, bytes] : world.temporaries) {
-        // What stood at the path when names were exchanged may be the user's, so that nobody
-        // removes it.
-        const bool isExchanged =
-            !path.ends_with(".part") && (bytes == kind_.bytes || bytes == baseline_.result);
-        if (!isExchanged) {
-            add("the temporary file " + path + " is still there");
-        }
+    for (const auto& [path, ignored] : world.temporaries) {
+        add("the temporary file " + path + " is still there");
     }
     for (std::size_t index = before; index < wrongs_.size(); ++index) {
         wrongs_[index] = "after the next run: " + wrongs_[index];
