@@ -56,12 +56,14 @@ std::string FileSwap::asidePath(const std::string& source) {
 SwapResult FileSwap::run() && {
     ErrorSlot error;
     // May wait for a slow disk, so that the looks at the files come after it.
-    if (const int errorNumber = platform::synchronize(copy_.file.get()); errorNumber != 0) {
-        platform::failFile(error, copy_.path, "synchronized", errorNumber);
+    if (const int syncError = platform::synchronize(copy_.file.get()); syncError != 0) {
+        platform::failFile(error, copy_.path, "synchronized", syncError);
         return untouched(SwapEnd::failed, std::move(error));
     }
-    if (!copy_.isAt(copy_.path) || !copy_.isUntouched()) {
-        return untouched(SwapEnd::copyChanged, {});
+    int errorNumber = 0;
+    const Standing copy = copy_.glanceAt(copy_.path, errorNumber);
+    if (copy != Standing::asExpected) {
+        return copyDiffers(copy, errorNumber);
     }
     observer_.reached(SwapPoint::verified);
     const SwapIntent about = intent();
@@ -384,7 +386,8 @@ void FileSwap::restoreNames() {
     int errorNumber = 0;
     const bool isIn = copy_.isAt(source_.path);
     const bool isOriginalAside = platform::nodeExists(aside_) && !copy_.isAt(aside_);
-    if (isIn && (!isOriginalAside || !copy_.isUntouched())) {
+    const bool isWritten = copy_.glanceAt(source_.path, errorNumber) == Standing::written;
+    if (isIn && (!isOriginalAside || isWritten)) {
         // The swap is all but done, or the file is another program's now, and the newest.
         return;
     }

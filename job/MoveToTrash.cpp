@@ -6,7 +6,6 @@
 #include "platform/Failure.h"
 #include "platform/HeldPath.h"
 #include "platform/PathText.h"
-#include "platform/TemporaryFile.h"
 #include "platform/Trash.h"
 
 namespace vornic {
@@ -15,9 +14,6 @@ std::optional<std::string> moveToTrash(const std::string& path, const std::strin
                                        ErrorSlot& error) {
     const std::string place = expandingTildeInPath("~/.Trash");
     const std::optional<platform::Trash> trash = platform::Trash::open(place, error);
-    if (trash) {
-        platform::removeDeadTemporaries(trash->folder());
-    }
     const std::optional<platform::HeldPath> item =
         trash ? platform::holdPath(path) : std::optional<platform::HeldPath>();
     if (!item) {

@@ -6,13 +6,7 @@ namespace vornic {
 
 using platform::ContentDigest;
 
-bool SavedCopy::isUntouched() const {
-    int ignored = 0;
-    const auto now = platform::versionOf(file.get(), ignored);
-    return now && now->size == version.size && now->modified == version.modified;
-}
-
-Standing SavedCopy::standingAt(const std::string& place, int& errorNumber) const {
+Standing SavedCopy::glanceAt(const std::string& place, int& errorNumber) const {
     const auto there = platform::versionAt(place, errorNumber);
     if (!there) {
         return errorNumber == ENOENT ? Standing::nothing : Standing::unknown;
@@ -20,8 +14,14 @@ Standing SavedCopy::standingAt(const std::string& place, int& errorNumber) const
     if (there->identity != version.identity) {
         return Standing::another;
     }
-    if (there->size != version.size) {
-        return Standing::written;
+    return there->size == version.size && there->modified == version.modified ? Standing::asExpected
+                                                                              : Standing::written;
+}
+
+Standing SavedCopy::standingAt(const std::string& place, int& errorNumber) const {
+    const Standing glance = glanceAt(place, errorNumber);
+    if (glance != Standing::asExpected && glance != Standing::written) {
+        return glance;
     }
     auto now = ContentDigest::ofFile(file.get(), errorNumber);
     if (!now) {

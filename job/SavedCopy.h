@@ -18,14 +18,15 @@ struct SavedCopy {
     platform::FileVersion version;
     platform::ContentDigest::Value digest{};
 
-    /// Whether size and time say that nobody has written into the open file, whatever its name is
-    /// now. Needs no memory. Two writings within a tick of the volume's clock look like one.
-    [[nodiscard]] bool isUntouched() const;
     /// Whether this very file, with whatever contents, stands at `place`. Needs no memory.
     [[nodiscard]] bool isAt(const std::string& place) const {
         return platform::fileIdentity(place) == version.identity;
     }
+    /// What stands at `place`, judged by size and time: two writings of as many bytes within a tick
+    /// of the volume's clock look like one. Needs no memory.
     /// @param errorNumber set to the errno value when the answer is `unknown`
+    [[nodiscard]] Standing glanceAt(const std::string& place, int& errorNumber) const;
+    /// The same, judged by all bytes.
     [[nodiscard]] Standing standingAt(const std::string& place, int& errorNumber) const;
 };
 

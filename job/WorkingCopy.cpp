@@ -56,7 +56,9 @@ class Discarded {
 }  // namespace
 
 WorkingCopy::WorkingCopy(std::string source, std::string path, Waiting& waiting)
-    : source_(std::move(source)), path_(std::move(path)), waiting_(waiting) {}
+    : source_(std::move(source)), path_(std::move(path)), waiting_(waiting) {
+    own_.path = path_;
+}
 
 bool WorkingCopy::sourceExists() const {
     return platform::fileExists(source_);
@@ -126,6 +128,7 @@ WorkingCopy::Clearing WorkingCopy::create(ErrorSlot& error) {
     }
     discardPath_ = platform::joinPath(platform::parentFolder(path_),
                                       platform::temporaryName(platform::lastComponent(path_)));
+    isWhole_ = false;
     for (int attempt = 0; attempt < kMostTries; ++attempt) {
         opened_ = SourceFile::open(source_, error);
         if (!opened_ || isTooLarge(error)) {
@@ -138,11 +141,11 @@ WorkingCopy::Clearing WorkingCopy::create(ErrorSlot& error) {
         const Discarded discarded(made);
         const int errorNumber = platform::renameWithoutReplacing(made.path, path_);
         if (errorNumber == 0) {
-            own_.path = path_;
             std::swap(own_.file, made.file);
             own_.version = made.version;
             isSaved_ = false;
-            if (fill(own_, error)) {
+            isWhole_ = fill(own_, error);
+            if (isWhole_) {
                 return Clearing::done;
             }
             static_cast<void>(discard());
@@ -239,7 +242,6 @@ void WorkingCopy::save(const Writer& writer, ErrorSlot& error) {
         error = std::move(ownError);
         return;
     }
-    own_.path = path_;
     own_.version = made.version;
     own_.digest = made.digest;
     std::swap(own_.file, made.file);
@@ -312,7 +314,7 @@ int WorkingCopy::takeName(const SavedCopy& copy, ErrorSlot& error) {
         }
     }
     // With other bytes in it, it is another program's.
-    if (own_.isAt(copy.path) && own_.isUntouched()) {
+    if (own_.glanceAt(copy.path, errorNumber) == Standing::asExpected) {
         if (unlink(copy.path.c_str()) == 0) {
             return 0;
         }
@@ -328,25 +330,35 @@ int WorkingCopy::takeName(const SavedCopy& copy, ErrorSlot& error) {
 }
 
 void WorkingCopy::remove(ErrorSlot& error) {
-    int errorNumber = 0;
-    const bool isForeign = platform::nodeExists(path_) && !(own_.isAt(path_) && own_.isUntouched());
-    switch (isForeign ? platform::Removal::another
-                      : platform::removeWhileIs(path_, own_.version.identity, errorNumber)) {
-        case platform::Removal::removed:
+    int errorNumber = ENOENT;
+    platform::Removal removal = platform::Removal::failed;
+    switch (own_.glanceAt(path_, errorNumber)) {
+        case Standing::asExpected:
+            removal = platform::removeWhileIs(path_, own_.version.identity, errorNumber);
             break;
-        case platform::Removal::another:
-            QMLog::appendLog(
-                "The temporary file %@ was replaced by another program and left there.", path_);
+        case Standing::written:
+        case Standing::another:
+            removal = platform::Removal::another;
             break;
-        case platform::Removal::failed:
-            failFile(error, path_, "removed", errorNumber);
+        case Standing::nothing:
+        case Standing::unknown:
             break;
+    }
+    if (removal == platform::Removal::failed) {
+        failFile(error, path_, "removed", errorNumber);
+    } else if (removal == platform::Removal::another) {
+        QMLog::appendLog("The temporary file %@ was replaced by another program and left there.",
+                         path_);
     }
 }
 
 int WorkingCopy::discard() noexcept {
     int errorNumber = 0;
-    if (!own_.file || !own_.isAt(path_) || !own_.isUntouched()) {
+    const Standing found = own_.file ? own_.glanceAt(path_, errorNumber) : Standing::nothing;
+    if (found == Standing::unknown) {
+        return errorNumber;
+    }
+    if (found != Standing::asExpected && (isWhole_ || found != Standing::written)) {
         return 0;
     }
     const platform::Removal removal =

@@ -105,6 +105,8 @@ class WorkingCopy {
     SavedCopy own_;
     // A free name beside it, for its removal.
     std::string discardPath_;
+    // True once everything has been written into it.
+    bool isWhole_ = false;
     // True when that file is one that this run has saved, no mere copy of the source.
     bool isSaved_ = false;
     // True when the source was read twice and was not the same.

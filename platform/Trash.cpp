@@ -3,6 +3,7 @@
 #include <array>
 #include <cerrno>
 #include <ctime>
+#include <mutex>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -16,6 +17,7 @@
 #include "platform/FileTransfer.h"
 #include "platform/PathText.h"
 #include "platform/PercentEncoding.h"
+#include "platform/TemporaryFile.h"
 #include "platform/TrashFolders.h"
 
 namespace vornic::platform {
@@ -81,6 +83,22 @@ void replaceAll(std::string& text, const std::string& from, const std::string& t
     }
 }
 
+/// Removes copies that killed processes have left half-way. Once a minute is enough, for there may
+/// be many items to look at.
+void clearNowAndThen(const std::string& folder) {
+    constexpr std::time_t kPause = 60;
+    static std::mutex mutex;
+    static std::string lastFolder;
+    static std::time_t lastTime = 0;
+    const std::lock_guard lock(mutex);
+    const std::time_t now = std::time(nullptr);
+    if (folder != lastFolder || now >= lastTime + kPause || now < lastTime) {
+        removeDeadTemporaries(folder);
+        lastFolder = folder;
+        lastTime = now;
+    }
+}
+
 }  // namespace
 
 std::string TrashedItem::path() const {
@@ -96,6 +114,7 @@ std::optional<Trash> Trash::open(const std::string& path, ErrorSlot& error) {
     trash.items_ = std::move(folders.items);
     trash.info_ = std::move(folders.info);
     trash.folder_ = std::move(folders.path);
+    clearNowAndThen(trash.folder_);
     return trash;
 }
 

@@ -242,7 +242,9 @@ CaseOutcome CaseRunner::runVolume(const Prepared& prepared, const FaultCase& tri
     // The volume is as full for the next run.
     demands.atPathInTheEnd = demands.atPath;
     demands.strangers = {workingCopyName(*prepared.kind)};
-    const bool same = end.status == prepared.baseline.end.status;
+    // After an undo it has the file to repair for the first time.
+    const bool same =
+        end.status == prepared.baseline.end.status && prepared.kind->work != SceneKind::Work::undo;
     CaseOutcome outcome = conclude(scene, prepared, demands, end);
     if (!same) {
         std::erase_if(outcome.wrongs, [](const std::string& wrong) {

@@ -8,6 +8,7 @@
 #include <string>
 #include <thread>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <sys/stat.h>

@@ -405,7 +405,7 @@ TEST_F(RepairPipelineTest, readsAUTF16FileByItsASCIIBytes) {
     EXPECT_NE(test::readBytes(sandbox.path("Cut.xml")).find("<name>a</name>"), std::string::npos);
 }
 
-TEST_F(RepairPipelineTest, endsCriticallyWhenTheWorkingCopyCannotBeRead) {
+TEST_F(RepairPipelineTest, endsCriticallyWhenTheFileCannotBeRead) {
     EXPECT_TRUE(test::passesInChild([&] {
         host.onCall = [&](const std::string& call) {
             if (call == "label: Checking file...") {
@@ -414,7 +414,7 @@ TEST_F(RepairPipelineTest, endsCriticallyWhenTheWorkingCopyCannotBeRead) {
         };
         const Strings report = reportOn("Cut.xml", kSoundXMEML);
         ASSERT_EQ(report.size(), 3U);
-        EXPECT_EQ(report.at(0), "error: The file " + sandbox.path("Cut-backup.xml") +
+        EXPECT_EQ(report.at(0), "error: The file " + sandbox.path("Cut.xml") +
                                     " cannot be read: the disk or network reported an error.");
         EXPECT_EQ(report.at(1), "error: Unable to load XML data");
         EXPECT_EQ(report.at(2), "bold error: Critical error - repair canceled.");
