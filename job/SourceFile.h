@@ -33,9 +33,9 @@ struct SourceFile {
     [[nodiscard]] bool hasEntryAt(const std::string& place) const {
         return platform::fileIdentity(place) == entry;
     }
-    /// What stands at `place` of the same folder. `asExpected` is the same entry, which leads to the
-    /// same file with the very bytes that were read; a link that leads to another file counts as
-    /// written.
+    /// What stands at `place` of the same folder. `asExpected` is the same entry, which leads to
+    /// the same file with the very bytes that were read; a link that leads to another file counts
+    /// as written.
     /// @param errorNumber set to the errno value when the answer is `unknown`
     [[nodiscard]] Standing standingAt(const std::string& place, int& errorNumber) const;
 };
