@@ -26,7 +26,7 @@ double median(std::vector<double> values) {
 bool runOnce(const Contender& contender, const std::string& outputPath, Figures* figures) {
     contender.prepare();
     const MeasuredProcess process = runMeasured(contender.arguments, outputPath);
-    const std::string fault = process.status == 0
+    const std::string fault = process.status == contender.status
                                   ? contender.fault(outputPath)
                                   : "it ended with status " + std::to_string(process.status);
     if (!fault.empty()) {
@@ -47,8 +47,8 @@ const char* verdict(bool reached) {
 }  // namespace
 
 void printContestHeading() {
-    std::printf("%-34s %9s %9s %6s %6s  %-6s %9s %9s\n", "", "ours", "rival", "ratio", "target", "",
-                "ours", "rival");
+    std::printf("%-34s %9s %9s %6s %6s  %-6s %9s %9s %6s\n", "", "ours", "rival", "ratio", "target",
+                "", "ours", "rival", "ratio");
 }
 
 bool runContest(const Contest& contest, const std::string& outputPath) {
@@ -66,14 +66,15 @@ bool runContest(const Contest& contest, const std::string& outputPath) {
     constexpr double kMilliseconds = 1000;
     const double ratio = median(ours.seconds) / median(rival.seconds);
     const bool fastEnough = ratio <= contest.timeTarget;
-    const bool smallEnough = median(ours.megabytes) <= median(rival.megabytes);
-    std::printf("%-34s %6.1f ms %6.1f ms %6.2f %6.2f  %-6s %6.1f MB %6.1f MB  %s\n",
+    const double memory = median(ours.megabytes) / median(rival.megabytes);
+    const bool smallEnough = memory <= contest.memoryTarget.value_or(memory);
+    std::printf("%-34s %6.1f ms %6.1f ms %6.2f %6.2f  %-6s %6.1f MB %6.1f MB %6.2f  %s\n",
                 contest.name.c_str(), median(ours.seconds) * kMilliseconds,
                 median(rival.seconds) * kMilliseconds, ratio, contest.timeTarget,
-                verdict(fastEnough), median(ours.megabytes), median(rival.megabytes),
-                contest.hasMemoryTarget ? verdict(smallEnough) : "");
+                verdict(fastEnough), median(ours.megabytes), median(rival.megabytes), memory,
+                contest.memoryTarget ? verdict(smallEnough) : "");
     std::fflush(stdout);
-    return fastEnough && (smallEnough || !contest.hasMemoryTarget);
+    return fastEnough && smallEnough;
 }
 
 int runInScratchFolder(const std::string& parent,

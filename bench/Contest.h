@@ -2,6 +2,7 @@
 #define VORNIC_BENCH_CONTEST_H
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,8 @@ struct Contender {
     std::function<void()> prepare;
     /// Says why the run did not do its work, given what the program printed; "" when it did.
     std::function<std::string(const std::string& outputPath)> fault;
+    /// The exit status of a run that did its work.
+    int status = 0;
 };
 
 /// Two contenders that are run in turn, and what the first is to reach.
@@ -23,8 +26,8 @@ struct Contest {
     Contender rival;
     /// The median time of ours is to be at most this many times the rival's.
     double timeTarget = 1;
-    /// True when the median peak memory of ours is to be no higher than the rival's.
-    bool hasMemoryTarget = false;
+    /// The median peak memory of ours is to be at most this many times the rival's, if anything.
+    std::optional<double> memoryTarget;
     int runs = 5;
 };
 

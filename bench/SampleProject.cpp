@@ -17,7 +17,7 @@ using Sink = std::function<void(std::string_view)>;
 constexpr std::size_t kPieceBytes = std::size_t{1} << 20U;
 constexpr int kBlankIndentedVersion = 5;
 constexpr int kClipsOfATrack = 120;
-constexpr int kTracksOfASequence = 4;
+constexpr std::int64_t kTracksOfAKind = 2;
 constexpr std::int64_t kClipsOfAFile = 3;
 
 constexpr std::array<std::string_view, 8> kNames = {
@@ -137,17 +137,22 @@ class ProjectWriter {
         writeRate();
         writeTimecode("01:00:00:00", 90000);
         text_.open("media");
-        for (int track = 0; track < kTracksOfASequence && (track == 0 || !isLongEnough());
-             ++track) {
-            writeTrack(track % 2 == 0 ? "video" : "audio");
+        for (const char* kind : {"video", "audio"}) {
+            text_.open(kind);
+            for (std::int64_t track = 1; track <= kTracksOfAKind && (track == 1 || !isLongEnough());
+                 ++track) {
+                writeTrack(kind, track);
+            }
+            text_.close();
         }
         text_.close();
         text_.close();
     }
 
-    void writeTrack(std::string_view kind) {
-        text_.open(kind);
+    void writeTrack(std::string_view kind, std::int64_t track) {
         text_.open("track");
+        track_ = track;
+        firstOfTrack_ = clips_ + 1;
         std::int64_t frame = 0;
         for (int clip = 0; clip < kClipsOfATrack && (clip == 0 || !isLongEnough()); ++clip) {
             const std::int64_t length = 25 + random(200);
@@ -156,7 +161,6 @@ class ProjectWriter {
         }
         text_.leaf("enabled", "TRUE");
         text_.leaf("locked", "FALSE");
-        text_.close();
         text_.close();
     }
 
@@ -261,12 +265,12 @@ class ProjectWriter {
     }
 
     void writeLinks(std::string_view kind) {
-        for (std::int64_t index = 1; index <= 2; ++index) {
+        for (const std::int64_t clip : {clips_, firstOfTrack_}) {
             text_.open("link");
-            text_.leaf("linkclipref", "clipitem-" + std::to_string(clips_ + index - 1));
+            text_.leaf("linkclipref", "clipitem-" + std::to_string(clip));
             text_.leaf("mediatype", kind);
-            text_.leaf("trackindex", index);
-            text_.leaf("clipindex", clips_);
+            text_.leaf("trackindex", track_);
+            text_.leaf("clipindex", clip - firstOfTrack_ + 1);
             text_.close();
         }
     }
@@ -298,6 +302,8 @@ class ProjectWriter {
     std::mt19937 random_{20};  // NOLINT(cert-msc32-c,cert-msc51-cpp)
     std::int64_t sequences_ = 0;
     std::int64_t clips_ = 0;
+    std::int64_t track_ = 1;
+    std::int64_t firstOfTrack_ = 1;
 };
 
 }  // namespace

@@ -13,7 +13,9 @@
 #include <unistd.h>
 
 #include "bench/Contest.h"
+#include "bench/FCPXMLSample.h"
 #include "bench/SampleProject.h"
+#include "tests/formats/fcpxml/DocumentGenerator.h"
 
 namespace vornic::bench {
 
@@ -24,6 +26,10 @@ namespace fs = std::filesystem;
 constexpr std::size_t kMegabyte = 1000 * 1000;
 constexpr int kManyRuns = 101;
 constexpr int kWrongUsage = 2;
+constexpr std::size_t kManyFaults = 6'000'000;
+constexpr int kDefinedMinor = 10;
+// For what is measured for its memory alone.
+constexpr double kNoTarget = 100;
 
 std::string firstBytes(const std::string& path) {
     constexpr std::size_t kEnough = 400;
@@ -55,35 +61,100 @@ class Comparison {
         }
     }
 
-    bool run() {
+    /// @param onlyChecks leaves out repairs and conversions.
+    bool run(bool onlyChecks) {
         printContestHeading();
+        if (!onlyChecks) {
+            compareRepairs();
+        }
+        compareChecks();
+        return allReached_;
+    }
+
+  private:
+    void compareRepairs() {
         for (const auto& [megabytes, runs] : {std::pair{1, 21}, {10, 11}, {50, 5}, {200, 5}}) {
             const std::string size = std::to_string(megabytes) + " MB";
             const std::string file = make(size, {.bytes = megabytes * kMegabyte});
             // The aims are set for 50 MB; no size is to be slower than the rival.
             const bool isMeasure = megabytes == 50;
             compare({"repair a sound file, " + size, repairSound(file), format(file),
-                     isMeasure ? 0.6 : 1, true, runs});
-            compare({"convert 5 to 4, " + size, convert(file, 4), format(file), isMeasure ? 0.4 : 1,
-                     false, runs});
+                     isMeasure ? 0.6 : 1, 1, runs});
+            compare({"convert 5 to 4, " + size,
+                     convert(file, 4),
+                     format(file),
+                     isMeasure ? 0.4 : 1,
+                     {},
+                     runs});
         }
         const std::string version4 =
             make("50 MB, version 4", {.bytes = 50 * kMegabyte, .version = 4});
-        compare({"repair, 50 MB, version 4", repairSound(version4), format(version4), 0.6, true});
+        compare({"repair, 50 MB, version 4", repairSound(version4), format(version4), 0.6, 1});
         const std::string small = make("3 KB", {.bytes = 1000, .version = 4});
-        compare(
-            {"repair a sound file, 3 KB", repairSound(small), format(small), 1, false, kManyRuns});
-        compare({"convert 4 to 5, 3 KB", convert(small, 5), format(small), 1, false, kManyRuns});
+        compare({"repair a sound file, 3 KB", repairSound(small), format(small), 1, {}, kManyRuns});
+        compare({"convert 4 to 5, 3 KB", convert(small, 5), format(small), 1, {}, kManyRuns});
         const std::string sound = path("50 MB");
         const std::string damaged =
             make("50 MB, damaged", {.bytes = 50 * kMegabyte, .forbiddenEvery = 1000});
-        compare({"50 MB: damaged / sound", repairDamaged(damaged), repairSound(sound), 2, false});
-        compare({"repair: 200 MB / 50 MB", repairSound(path("200 MB")), repairSound(sound), 4.4,
-                 false});
-        return allReached_;
+        compare({"50 MB: damaged / sound", repairDamaged(damaged), repairSound(sound), 2, {}});
+        compare(
+            {"repair: 200 MB / 50 MB", repairSound(path("200 MB")), repairSound(sound), 4.4, {}});
     }
 
-  private:
+    void compareChecks() {
+        const std::string sound = make("50 MB", {.bytes = 50 * kMegabyte});
+        const std::string huge = make("200 MB", {.bytes = 200 * kMegabyte});
+        compare({"check XMEML, 50 MB", check(sound), lint(sound), 0.5, 0.35});
+        compare({"check XMEML: 200 MB / 50 MB", check(huge), check(sound), 4.4, {}});
+        writeDefinition();
+        const std::string projects = makeFCPXML("50 MB", {.bytes = 50 * kMegabyte});
+        const std::string many = makeFCPXML("200 MB", {.bytes = 200 * kMegabyte});
+        compare({"check FCPXML, 50 MB", check(projects), validate(projects), 0.3, {}});
+        compare({"check FCPXML: 200 MB / 50 MB", check(many), check(projects), 4.4, {}});
+        const std::string larger = makeFCPXML("60 MB", {.bytes = 60 * kMegabyte});
+        const std::string faulty =
+            makeFCPXML("faults", {.bytes = 60 * kMegabyte, .strayAmpersands = kManyFaults});
+        Contender faults = check(faulty);
+        faults.status = 1;
+        faults.fault = [](const std::string& printed) {
+            return missing(printed, std::to_string(kManyFaults) + " errors, ");
+        };
+        compare({"60 MB: 6,000,000 faults / sound", faults, check(larger), kNoTarget, 1.3});
+    }
+
+    void writeDefinition() const {
+        std::ofstream(folder_ + "/1.10.dtd")
+            << test::documentTypeDefinition(fcpxml::Version(kDefinedMinor));
+    }
+
+    std::string makeFCPXML(const std::string& name, FCPXMLSample sample) {
+        sample.definition = folder_ + "/1.10.dtd";
+        const std::string file = folder_ + "/" + name + ".fcpxml";
+        if (!saveFCPXMLSample(sample, file)) {
+            std::printf("cannot write %s\n", file.c_str());
+            std::exit(EXIT_FAILURE);
+        }
+        return file;
+    }
+
+    [[nodiscard]] Contender check(const std::string& file) const {
+        return {{programs_ + "/vornic-check", file},
+                [=] { settle(file); },
+                [](const std::string& printed) { return missing(printed, "0 errors, "); }};
+    }
+
+    [[nodiscard]] static Contender lint(const std::string& file) {
+        return {{"xmllint", "--noout", "--huge", file},
+                [=] { settle(file); },
+                [](const std::string&) { return std::string(); }};
+    }
+
+    [[nodiscard]] static Contender validate(const std::string& file) {
+        return {{"xmllint", "--noout", "--huge", "--valid", file},
+                [=] { settle(file); },
+                [](const std::string&) { return std::string(); }};
+    }
+
     [[nodiscard]] std::string path(const std::string& name) const {
         return folder_ + "/" + name + ".xml";
     }
@@ -169,12 +240,13 @@ class Comparison {
 }  // namespace vornic::bench
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::fputs("Usage: bench-compare FOLDER_OF_THE_PROGRAMS\n", stderr);
+    const bool onlyChecks = argc == 3 && std::string_view(argv[2]) == "checks";
+    if (argc != 2 && !onlyChecks) {
+        std::fputs("Usage: bench-compare FOLDER_OF_THE_PROGRAMS [checks]\n", stderr);
         return vornic::bench::kWrongUsage;
     }
     return vornic::bench::runInScratchFolder(
         std::filesystem::temp_directory_path(), [&](const std::string& folder) {
-            return vornic::bench::Comparison(argv[1], folder).run();
+            return vornic::bench::Comparison(argv[1], folder).run(onlyChecks);
         });
 }

@@ -1,3 +1,7 @@
+#include <random>
+#include <string>
+#include <string_view>
+
 #include <gtest/gtest.h>
 
 #include "xml/TextPlace.h"
@@ -42,6 +46,35 @@ TEST(TextPlace, goesBack) {
     expectPlace(place, 4, 2, 3);
     expectPlace(place, 0, 1, 1);
     expectPlace(place, 3, 2, 2);
+}
+
+TEST(TextPlace, agreesWithCountingByteByByte) {
+    std::minstd_rand random(7);  // NOLINT(cert-msc32-c,cert-msc51-cpp)
+    for (int run = 0; run < 50; ++run) {
+        std::string text;
+        for (int i = 0; i < 1500; ++i) {
+            constexpr std::string_view kBytes = "ab\n\r\xC3\xA9\n\r\n";
+            const std::size_t length = run % 2 == 0 ? 2 : kBytes.size();
+            text += kBytes[random() % length];
+        }
+        std::size_t line = 1;
+        std::size_t column = 1;
+        TextPlace steps(text);
+        for (std::size_t offset = 0; offset <= text.size(); ++offset) {
+            if (offset % 7 == 0) {
+                expectPlace(steps, offset, line, column);
+            }
+            TextPlace jump(text);
+            expectPlace(jump, offset, line, column);
+            const bool isPair = text.compare(offset, 2, "\r\n") == 0;
+            const bool isEnd =
+                offset < text.size() && (text[offset] == '\n' || (text[offset] == '\r' && !isPair));
+            const bool isCharacter =
+                offset < text.size() && (static_cast<unsigned char>(text[offset]) & 0xC0U) != 0x80U;
+            line += isEnd ? 1 : 0;
+            column = isEnd ? 1 : column + (isCharacter ? 1 : 0);
+        }
+    }
 }
 
 TEST(TextPlace, stopsAtTheEnd) {
