@@ -76,6 +76,16 @@ int copyOwnerAttributesAndMode(int from, const struct stat& status, int to) {
     return copyAll(from, status, to).mode;
 }
 
+int moveOwnerAttributesAndMode(int from, const struct stat& status, int to) {
+    const Losses losses = copyAll(from, status, to);
+    for (const int errorNumber : {losses.owner, losses.attributes, losses.mode}) {
+        if (errorNumber == EIO || errorNumber == ENOMEM) {
+            return errorNumber;
+        }
+    }
+    return 0;
+}
+
 std::string copyMetadata(int from, const struct stat& status, int to) {
     const Losses losses = copyAll(from, status, to);
     std::string sentences;

@@ -15,6 +15,11 @@ namespace vornic::platform {
 /// cannot be kept is no failure.
 int copyOwnerAttributesAndMode(int from, const struct stat& status, int to);
 
+/// The same for a copy that the original will be removed for: what a broken disk or a lack of
+/// memory keeps from being read or written is a failure, and what the volume or the user's rights
+/// cannot keep is none. @return 0 or the errno value.
+[[nodiscard]] int moveOwnerAttributesAndMode(int from, const struct stat& status, int to);
+
 /// The same, and tells everything that was lost and could have been kept.
 /// @return empty, or a sentence for each loss: "The mode cannot be kept: input/output error.". An
 ///     owner that this user cannot give away and a volume without attributes are no loss.

@@ -93,9 +93,13 @@ int fillCopy(int source, FileDescriptor& copy, Verification verification) {
     if (errorNumber != 0) {
         return errorNumber;
     }
-    copyOwnerAttributesAndMode(source, status, copy.get());
-    copyTimes(status, copy.get());
     if (verification == Verification::readBack) {
+        errorNumber = moveOwnerAttributesAndMode(source, status, copy.get());
+    } else {
+        copyOwnerAttributesAndMode(source, status, copy.get());
+    }
+    copyTimes(status, copy.get());
+    if (errorNumber == 0 && verification == Verification::readBack) {
         errorNumber = synchronize(copy.get());
     }
     const int closeError = copy.close();

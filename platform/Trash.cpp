@@ -17,6 +17,7 @@
 #include "platform/FileTransfer.h"
 #include "platform/PathText.h"
 #include "platform/PercentEncoding.h"
+#include "platform/Rename.h"
 #include "platform/TemporaryFile.h"
 #include "platform/TrashFolders.h"
 
@@ -83,6 +84,17 @@ void replaceAll(std::string& text, const std::string& from, const std::string& t
     }
 }
 
+/// What was set aside in the Trash by a process that was killed becomes an item that can be seen.
+void showItemsLeftAside(const std::string& folder) {
+    for (const LeftFile& left : filesLeftAside(folder)) {
+        int errorNumber = EEXIST;
+        for (long attempt = 1; errorNumber == EEXIST; ++attempt) {
+            const std::string name = numberedName(left.original, attempt, kLongestName);
+            errorNumber = renameWithoutReplacing(left.path, joinPath(folder, name));
+        }
+    }
+}
+
 /// Removes copies that killed processes have left half-way. Once a minute is enough, for there may
 /// be many items to look at.
 void clearNowAndThen(const std::string& folder) {
@@ -94,6 +106,7 @@ void clearNowAndThen(const std::string& folder) {
     const std::time_t now = std::time(nullptr);
     if (folder != lastFolder || now >= lastTime + kPause || now < lastTime) {
         removeDeadTemporaries(folder);
+        showItemsLeftAside(folder);
         lastFolder = folder;
         lastTime = now;
     }

@@ -304,6 +304,11 @@ CaseOutcome CaseRunner::runPair(const Prepared& prepared, const FaultCase& tried
         return {};
     }
     const ProgramEnd otherEnd = second->finish();
+    if (tried.fault == "second-stem" && otherEnd.status == 1) {
+        // The first run took the second one's file for an old working copy, before that had begun.
+        // The second tells where its result is.
+        demands.strangers.emplace_back("Cut-backup-backup.xml");
+    }
     CaseOutcome outcome = conclude(scene, prepared, demands, end);
     outcome.story = "the second: " + storyOf(otherEnd) + outcome.story;
     if (otherEnd.hung || otherEnd.signal != 0) {

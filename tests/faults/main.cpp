@@ -5,6 +5,7 @@
 #include <map>
 #include <random>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -21,13 +22,14 @@ namespace vornic::test {
 namespace {
 
 constexpr const char* kUsage =
-    "Usage: run [--cases N] [--seed S] [--only TEXT] [--kind NAME]... [--patience SECONDS]\n"
-    "           [--programs FOLDER]\n"
+    "Usage: run [--cases N] [--seed S] [--only TEXT] [--without TEXT,TEXT...] [--kind NAME]...\n"
+    "           [--patience SECONDS] [--programs FOLDER]\n"
     "       run --case SCENE/FAULT/WHERE\n"
     "       run --trace SCENE | --list\n"
     "\n"
     "Tries N cases (200), chosen by the seed (1) from each kind in turn, of those whose name has\n"
-    "the text in it. Prints what went wrong, with the case that repeats it, and counts by kind.\n"
+    "the text in it, or not. Prints what went wrong, with the case that repeats it, and counts by "
+    "kind.\n"
     "--programs names the folder of another build's programs. A run that takes longer than the\n"
     "patience (30 seconds) hangs.\n"
     "--trace prints the system calls of a scene without faults, --list the kinds with the number\n"
@@ -42,6 +44,7 @@ struct Options {
     unsigned seed = 1;
     unsigned patience = 30;
     std::string only;
+    std::vector<std::string> without;
     std::set<std::string> kinds;
     std::string single;
     std::string trace;
@@ -49,6 +52,15 @@ struct Options {
     bool list = false;
     bool wrong = false;
 };
+
+std::vector<std::string> split(const std::string& text, char separator) {
+    std::vector<std::string> parts;
+    std::istringstream stream(text);
+    for (std::string part; std::getline(stream, part, separator);) {
+        parts.push_back(part);
+    }
+    return parts;
+}
 
 Options parse(const std::vector<std::string>& words) {
     Options options;
@@ -72,6 +84,8 @@ Options parse(const std::vector<std::string>& words) {
             options.patience = static_cast<unsigned>(number);
         } else if (word == "--only") {
             options.only = value;
+        } else if (word == "--without") {
+            options.without = split(value, ',');
         } else if (word == "--kind") {
             options.kinds.insert(value);
         } else if (word == "--case") {
@@ -89,14 +103,20 @@ Options parse(const std::vector<std::string>& words) {
 
 using Lists = std::map<std::string, std::vector<FaultCase>>;
 
+bool isWanted(const std::string& name, const Options& options) {
+    const auto has = [&name](const std::string& part) {
+        return name.find(part) != std::string::npos;
+    };
+    return has(options.only) && std::none_of(options.without.begin(), options.without.end(), has);
+}
+
 void keepWanted(Lists& lists, const Options& options) {
     std::erase_if(lists, [&](const auto& list) {
         return !options.kinds.empty() && !options.kinds.contains(list.first);
     });
     for (auto& [kind, cases] : lists) {
-        std::erase_if(cases, [&](const FaultCase& tried) {
-            return textOf(tried).find(options.only) == std::string::npos;
-        });
+        std::erase_if(cases,
+                      [&](const FaultCase& tried) { return !isWanted(textOf(tried), options); });
     }
 }
 

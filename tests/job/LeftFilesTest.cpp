@@ -76,12 +76,15 @@ TEST_F(LeftFilesTest, areClearedWhereAWorkingCopyIsMade) {
     EXPECT_EQ(names(), (Strings{"Cut-backup.xml", "Cut.xml"}));
 }
 
-TEST_F(LeftFilesTest, inTheTrashAreRemoved) {
+TEST_F(LeftFilesTest, inTheTrashAreRemovedOrShown) {
     std::filesystem::create_directory(trash());
+    sandbox.write("../home/.Trash/.Cut.xml.vornic-abcdefgh02", "the older");
     sandbox.write("../home/.Trash/.Cut.xml.vornic-abcdefgh01.part", "half");
     secondsAhead = 3600;
     EXPECT_TRUE(moveToTrash(source, "Cut.xml", error));
-    EXPECT_EQ(namesInTrash(), Strings{"Cut.xml"});
+    EXPECT_EQ(namesInTrash(), (Strings{"Cut 2.xml", "Cut.xml"}));
+    EXPECT_EQ(inTrash("Cut.xml"), "the older");
+    EXPECT_EQ(inTrash("Cut 2.xml"), "the user's");
 }
 
 }  // namespace
