@@ -243,7 +243,7 @@ TEST_F(SetUpScripts, installsOtherPeoplesToolsForTheTests) {
         ::testing::ContainsRegex(
             "install unzip libarchive-tools xdg-utils file libxml2-utils xvfb xdotool "
             "openbox dbus-daemon libglib2.0-bin( gvfs)?( at-spi2-core)? x11-xkb-utils locales "
-            "groff-base( polkitd)? pkexec\n"))
+            "groff-base zsh fish( polkitd)? pkexec\n"))
         << record();
 }
 
@@ -275,6 +275,13 @@ TEST_F(SetUpScripts, repairsFilesOfTheCallersFolderThroughALink) {
     fs::create_symlink(checkout_ + "/run", sandbox.path("repair files"));
     const ProgramResult result = run("repair files", {"a file.xml", "--quiet", "b'.xml"});
     EXPECT_EQ(result.output, "<" + sandbox.folder() + ">\n<a file.xml>\n<--quiet>\n<b'.xml>\n");
+}
+
+TEST_F(SetUpScripts, checksFilesWhenAsked) {
+    fakeBuildTools();
+    fakeProgram("vornic-check");
+    const ProgramResult result = run(checkout_ + "/run", {"--check", "--least", "info", "a b.xml"});
+    EXPECT_EQ(result.output, "<" + sandbox.folder() + ">\n<--least>\n<info>\n<a b.xml>\n");
 }
 
 TEST_F(SetUpScripts, startsTheDesktopProgramThroughTheEntryPoint) {

@@ -1,0 +1,99 @@
+# Completion of vornic, vornic-repair and vornic-check for bash. It needs no other functions, so that
+# it can be read into any shell.
+
+# Completes names of project files and folders.
+_vornic_files() {
+    local name
+    compopt -o filenames 2>/dev/null
+    while IFS= read -r name; do
+        case ${name,,} in
+            *.xml | *.fcpxml | *.fcpxmld) COMPREPLY+=("$name") ;;
+            *) if [[ -d $name ]]; then COMPREPLY+=("$name"); fi ;;
+        esac
+    done < <(compgen -f -- "$1")
+}
+
+# Completes one of the words in $1; after a comma, the next one of a list.
+_vornic_words() {
+    local front=''
+    if [[ $3 == list && $2 == *,* ]]; then
+        front=${2%,*},
+    fi
+    local word
+    while IFS= read -r word; do
+        COMPREPLY+=("$front$word")
+    done < <(compgen -W "$1" -- "${2#"$front"}")
+}
+
+_vornic_rules() {
+    printf '%s ' '*' xml structure references timing values versions characters media
+    "$1" --list-rules 2>/dev/null | while read -r rule _; do printf '%s ' "$rule"; done
+}
+
+# Sets `current` and `previous`: the word to complete and the option whose value it may be, also in
+# --option=value, which bash takes apart.
+_vornic_at() {
+    current=${COMP_WORDS[COMP_CWORD]}
+    previous=${COMP_WORDS[COMP_CWORD - 1]}
+    if [[ $current == '=' ]]; then
+        current=''
+    elif [[ $previous == '=' && COMP_CWORD -gt 1 ]]; then
+        previous=${COMP_WORDS[COMP_CWORD - 2]}
+    fi
+}
+
+_vornic_check() {
+    local current previous
+    _vornic_at
+    COMPREPLY=()
+    case $previous in
+        --format) _vornic_words 'text json sarif gnu' "$current" ;;
+        --least) _vornic_words 'error warning info' "$current" ;;
+        --fail-on) _vornic_words 'error warning info never' "$current" ;;
+        --only | --ignore) _vornic_words "$(_vornic_rules "$1")" "$current" list ;;
+        --explain) _vornic_words "$(_vornic_rules "$1")" "$current" ;;
+        --reads) _vornic_words '1 2 3 4 5 1.0 1.1 1.2 1.3 1.4 1.5 1.6 1.7 1.8 1.9 1.10 1.11 1.12
+            1.13 1.14' "$current" ;;
+        --report)
+            compopt -o filenames 2>/dev/null
+            mapfile -t COMPREPLY < <(compgen -f -- "$current")
+            ;;
+        --max | --where | -j) ;;
+        *)
+            if [[ $current == -* ]]; then
+                _vornic_words '-r -j --format --report --only --ignore --least --fail-on --max
+                    --reads --where --list-rules --explain --help --version' "$current"
+            else
+                _vornic_files "$current"
+            fi
+            ;;
+    esac
+}
+
+_vornic_repair() {
+    local current previous
+    _vornic_at
+    COMPREPLY=()
+    if [[ $current == -* ]]; then
+        _vornic_words '--quiet --undo --list --force --help --version' "$current"
+    else
+        _vornic_files "$current"
+    fi
+}
+
+_vornic() {
+    local current previous
+    _vornic_at
+    COMPREPLY=()
+    if [[ $previous == -convertxmeml ]]; then
+        _vornic_words '1 2 3 4 5' "$current"
+    elif [[ $current == -* ]]; then
+        _vornic_words '-convertxmeml' "$current"
+    else
+        _vornic_files "$current"
+    fi
+}
+
+complete -F _vornic vornic
+complete -F _vornic_repair vornic-repair
+complete -F _vornic_check vornic-check

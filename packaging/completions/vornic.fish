@@ -1,0 +1,37 @@
+# Completion of vornic, vornic-repair and vornic-check for fish.
+
+function __vornic_rules
+    printf '%s\n' xml structure references timing values versions characters media
+    vornic-check --list-rules 2>/dev/null | string replace -r ' .*' ''
+end
+
+set -l files "(__fish_complete_suffix .fcpxml; __fish_complete_suffix .xml; __fish_complete_suffix .fcpxmld)"
+set -l fcpxml_versions (for minor in (seq 0 14); echo 1.$minor; end)
+
+complete -c vornic-check -k -a "$files"
+complete -c vornic-check -s r -d 'Look into folders'
+complete -c vornic-check -s j -x -d 'Check so many files at once'
+complete -c vornic-check -l format -x -a 'text json sarif gnu' -d 'Form of the report'
+complete -c vornic-check -l report -r -d 'Write the report to a file'
+complete -c vornic-check -l only -x -a '(__fish_complete_list , __vornic_rules)' -d 'Look at these rules alone'
+complete -c vornic-check -l ignore -x -a '(__fish_complete_list , __vornic_rules)' -d 'Leave these rules out'
+complete -c vornic-check -l least -x -a 'error warning info' -d 'Show findings from this weight on'
+complete -c vornic-check -l fail-on -x -a 'error warning info never' -d 'Exit with 1 from this weight on'
+complete -c vornic-check -l max -x -d 'Show so many findings of each rule'
+complete -c vornic-check -l reads -x -a "1 2 3 4 5 $fcpxml_versions" -d 'What the receiver reads'
+complete -c vornic-check -l where -x -d 'Show the line of an element or attribute'
+complete -c vornic-check -l list-rules -d 'List the rules'
+complete -c vornic-check -l explain -x -a '(__vornic_rules)' -d 'Tell what a rule means'
+complete -c vornic-check -l help -d 'Print a summary'
+complete -c vornic-check -l version -d 'Print the version'
+
+complete -c vornic-repair -k -a "$files"
+complete -c vornic-repair -l quiet -d 'Print no report'
+complete -c vornic-repair -l undo -d 'Bring originals back'
+complete -c vornic-repair -l list -d 'With --undo: show what can be undone'
+complete -c vornic-repair -l force -d 'With --undo: do not ask about changed files'
+complete -c vornic-repair -l help -d 'Print a summary'
+complete -c vornic-repair -l version -d 'Print the version'
+
+complete -c vornic -k -a "$files"
+complete -c vornic -o convertxmeml -x -a '1 2 3 4 5' -d 'Convert to another version'
