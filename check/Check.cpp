@@ -122,12 +122,12 @@ class Check {
 };
 
 // A file whose bytes are no text has no places but the one that the decoder tells.
-void addDecodingFault(const Error& error, Findings& findings) {
+void addDecodingFault(const Error& error, const TextDecoding& how, Findings& findings) {
     const std::optional<RuleId> rule = xmlRuleOf(static_cast<XMLErrorCode>(error.code));
     if (!rule) {
         return;
     }
-    if (Finding* const finding = findings.add(*rule, {})) {
+    if (Finding* const finding = findings.add(*rule, {}, {{"name", how.encoding}})) {
         finding->where.line = error.line;
         finding->where.column = error.column;
     }
@@ -143,9 +143,10 @@ Report checkFile(std::string bytes, const CheckOptions& options) {
         report.findings.ignore(rule);
     }
     ErrorSlot error;
-    const std::optional<DecodedText> source = decodeXMLText(std::move(bytes), error);
-    if (!source) {
-        addDecodingFault(*error, report.findings);
+    TextDecoding how;
+    std::optional<std::string> text = decodeXMLText(std::move(bytes), how, error);
+    if (!text) {
+        addDecodingFault(*error, how, report.findings);
         report.groups.push_back({RuleGroup::xml, true, ""});
         for (const RuleGroup group : kCheckedGroups) {
             if (group != RuleGroup::xml) {
@@ -154,8 +155,9 @@ Report checkFile(std::string bytes, const CheckOptions& options) {
         }
         return report;
     }
-    report.encoding = source->decoding.encoding;
-    Check(*source, options, report).run();
+    report.encoding = how.encoding;
+    const DecodedText source{std::move(*text), std::move(how)};
+    Check(source, options, report).run();
     return report;
 }
 

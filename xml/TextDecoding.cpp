@@ -180,9 +180,10 @@ constexpr std::array<Signature, 11> kSignatures = {{
     {"\x4C\x6F\xA7\x94", "EBCDIC", false},
 }};
 
-std::optional<std::string> unsupported(std::string_view name, ErrorSlot& error) {
+std::optional<std::string> unsupported(std::string_view name, TextDecoding& how, ErrorSlot& error) {
+    how.encoding = excerpt(name);
     error = encodingError(XMLErrorCode::unknownEncoding,
-                          "The file's encoding, " + excerpt(name) + ", is not supported.");
+                          "The file's encoding, " + how.encoding + ", is not supported.");
     return std::nullopt;
 }
 
@@ -193,7 +194,7 @@ std::optional<std::string> decodeDeclared(std::string bytes, TextDecoding& how, 
     }
     const char* const converter = converterFor(name);
     if (converter == nullptr) {
-        return unsupported(firstInvalidUTF8(name) ? "unreadable" : name, error);
+        return unsupported(firstInvalidUTF8(name) ? "unreadable" : name, how, error);
     }
     // A declaration that can be read byte by byte is not UTF-16, whatever it says.
     const std::string_view encoding = converter;
@@ -217,7 +218,7 @@ std::optional<std::string> decode(std::string bytes, TextDecoding& how, ErrorSlo
         return textFromUTF8(std::move(bytes), error);
     }
     if (!encoding.starts_with(kUTF16)) {
-        return unsupported(encoding, error);
+        return unsupported(encoding, how, error);
     }
     how.encoding = encoding;
     return convert(std::move(bytes), how.markLength, signature->converter, error);
@@ -259,6 +260,10 @@ std::optional<std::string> textFromUTF8(std::string bytes, ErrorSlot& error) {
 std::optional<std::string> decodeXMLBytes(std::string bytes, ErrorSlot& error) {
     TextDecoding ignored;
     return decode(std::move(bytes), ignored, error);
+}
+
+std::optional<std::string> decodeXMLText(std::string bytes, TextDecoding& how, ErrorSlot& error) {
+    return decode(std::move(bytes), how, error);
 }
 
 std::optional<DecodedText> decodeXMLText(std::string bytes, ErrorSlot& error) {

@@ -44,6 +44,10 @@ struct DecodedText {
 
 /// `decodeXMLBytes`, which also tells how the text lies in the bytes; see `FileOffsets`.
 [[nodiscard]] std::optional<DecodedText> decodeXMLText(std::string bytes, ErrorSlot& error);
+/// The same. @param how is filled on failure, too: its encoding is then the one that the file was
+/// taken for, by its own name when it is not known.
+[[nodiscard]] std::optional<std::string> decodeXMLText(std::string bytes, TextDecoding& how,
+                                                       ErrorSlot& error);
 
 /// The text in an encoding that `TextDecoding` names, without a byte order mark; nothing when it
 /// has characters that the encoding lacks.

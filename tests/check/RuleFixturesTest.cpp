@@ -92,4 +92,22 @@ TEST(RuleFixtures, areThereForEveryRuleOfACheckOfEitherKind) {
     }
 }
 
+TEST(RuleFixtures, areToldInMessagesThatNameWhatTheySpeakOf) {
+    for (const RuleFixture& fixture : ruleFixtures()) {
+        const Report report = checkFile(fixture.bytes, fixture.options);
+        for (const Finding& finding : report.findings.kept()) {
+            const std::string message = finding.message();
+            for (const std::string_view name : argumentNames(ruleOf(finding.rule).message)) {
+                const auto argument =
+                    std::find_if(finding.arguments.begin(), finding.arguments.end(),
+                                 [name](const Argument& each) { return each.name == name; });
+                EXPECT_TRUE(argument != finding.arguments.end() && !argument->value.empty())
+                    << fixture.rule << "/" << fixture.name << ": " << name << " in " << message;
+            }
+            EXPECT_EQ(message.find("  "), std::string::npos) << message;
+            EXPECT_EQ(message.find("\"\""), std::string::npos) << message;
+        }
+    }
+}
+
 }  // namespace vornic::test

@@ -60,6 +60,20 @@ TEST(RuleTable, theMessageOfACheckSaysWhatWouldBeRight) {
     }
 }
 
+// What a rule is about as a whole needs no name.
+TEST(RuleTable, theMessageOfARuleAboutAFormatNamesTheThing) {
+    constexpr std::string_view kAboutTheFile[] = {"structure-no-content", "structure-no-version",
+                                                  "values-standalone"};
+    for (const Rule& rule : kRuleTable) {
+        const bool isOfAFormat = rule.group != RuleGroup::repair && rule.group != RuleGroup::xml;
+        const bool isAboutTheFile = std::find(std::begin(kAboutTheFile), std::end(kAboutTheFile),
+                                              rule.id) != std::end(kAboutTheFile);
+        if (isOfAFormat) {
+            EXPECT_EQ(argumentNames(rule.message).empty(), isAboutTheFile) << rule.id;
+        }
+    }
+}
+
 TEST(RuleTable, namesOfArgumentsAreWordsInLowerCase) {
     for (const Rule& rule : kRuleTable) {
         for (const std::string_view name : argumentNames(rule.message)) {
