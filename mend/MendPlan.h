@@ -1,22 +1,13 @@
 #ifndef VORNIC_MEND_MEND_PLAN_H
 #define VORNIC_MEND_MEND_PLAN_H
 
-#include <string>
 #include <vector>
 
 #include "mend/EditList.h"
 #include "report/Findings.h"
+#include "report/MendRecord.h"
 
 namespace vornic {
-
-/// What becomes of the mend of one finding.
-struct MendRecord {
-    /// With its mend, and with its place in the file as the user gave it.
-    Finding finding;
-    bool isMade = false;
-    /// Why not, in words that follow "not mended: "; "" when it is made.
-    std::string why;
-};
 
 /// Which of the mends of a file's findings are made together, and what they do to its bytes.
 struct MendPlan {

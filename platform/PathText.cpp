@@ -105,4 +105,15 @@ std::optional<std::string> resolveFinalLink(std::string path, int& errorNumber) 
     return std::nullopt;
 }
 
+std::string numberedName(const std::string& name, long attempt, std::size_t longest) {
+    constexpr std::size_t kLongestExtension = 64;
+    SplitName parts = splitExtension(name);
+    if (parts.extension.size() > kLongestExtension) {
+        parts = {.stem = name, .extension = ""};
+    }
+    const std::string number = attempt == 1 ? "" : " " + std::to_string(attempt);
+    const std::string ending = number + parts.extension;
+    return std::string(truncateUTF8(parts.stem, longest - ending.size())) + ending;
+}
+
 }  // namespace vornic::platform

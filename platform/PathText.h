@@ -47,6 +47,12 @@ struct SplitName {
 /// @return nothing, with `errorNumber` set, when the links lead in a circle or cannot be read.
 [[nodiscard]] std::optional<std::string> resolveFinalLink(std::string path, int& errorNumber);
 
+/// A name that is free where others are taken: "Cut.xml", then "Cut 2.xml", "Cut 3.xml" and so on.
+/// @param attempt from 1 on
+/// @param longest how many bytes the name may have; the part before the number is cut, between
+///     characters of UTF-8
+[[nodiscard]] std::string numberedName(const std::string& name, long attempt, std::size_t longest);
+
 }  // namespace vornic::platform
 
 #endif

@@ -26,18 +26,6 @@ namespace {
 
 constexpr std::string_view kInfoExtension = ".trashinfo";
 
-/// "Cut.xml", then "Cut 2.xml", "Cut 3.xml" and so on, each of at most `longest` bytes.
-std::string numberedName(const std::string& name, long attempt, std::size_t longest) {
-    constexpr std::size_t kLongestExtension = 64;
-    SplitName parts = splitExtension(name);
-    if (parts.extension.size() > kLongestExtension) {
-        parts = {.stem = name, .extension = ""};
-    }
-    const std::string number = attempt == 1 ? "" : " " + std::to_string(attempt);
-    const std::string ending = number + parts.extension;
-    return std::string(truncateUTF8(parts.stem, longest - ending.size())) + ending;
-}
-
 /// The note about an item, with the present time.
 std::string infoText(const std::string& originalPath) {
     const std::time_t now = std::time(nullptr);

@@ -9,6 +9,16 @@
 namespace vornic {
 
 void GNUReportWriter::file(const Report& report) {
+    for (const MendRecord& record : report.mends.value_or(std::vector<MendRecord>())) {
+        if (record.isMade) {
+            const Place& where = record.finding.where;
+            sink_(formatString(
+                "%@:%zu:%zu: note: mended: %@ [%@]\n", escapedForTerminal(report.path),
+                std::max<std::size_t>(where.line, 1), std::max<std::size_t>(where.column, 1),
+                escapedForTerminal(record.finding.mend->description),
+                ruleOf(record.finding.rule).id));
+        }
+    }
     for (const Finding& finding : report.findings.kept()) {
         if (finding.severity >= least_) {
             const Place& where = finding.where;

@@ -52,7 +52,16 @@ void JSONReportWriter::file(const Report& report) {
             pass();
         }
     }
-    json_.endArray().endObject();
+    json_.endArray();
+    if (report.mends) {
+        json_.key("mends").beginArray();
+        for (const MendRecord& record : *report.mends) {
+            this->record(record);
+            pass();
+        }
+        json_.endArray();
+    }
+    json_.endObject();
     pass();
 }
 
@@ -91,6 +100,16 @@ void JSONReportWriter::finding(const Finding& finding) {
         mend(*finding.mend);
     }
     json_.endObject();
+}
+
+void JSONReportWriter::record(const MendRecord& record) {
+    const Finding& finding = record.finding;
+    json_.newLine().beginObject().member("rule", ruleOf(finding.rule).id);
+    json_.member("line", finding.where.line).member("column", finding.where.column);
+    json_.member("offset", finding.where.offset).member("length", finding.where.length);
+    json_.member("path", finding.where.path).member("message", finding.message());
+    json_.member("description", finding.mend ? finding.mend->description : std::string());
+    json_.member("made", record.isMade).member("why", record.why).endObject();
 }
 
 void JSONReportWriter::mend(const Mend& mend) {

@@ -24,6 +24,7 @@ class JSONReportWriter : public ReportWriter {
   private:
     void head(const Report& report);
     void finding(const Finding& finding);
+    void record(const MendRecord& record);
     void mend(const Mend& mend);
     // Hands over what is written so far.
     void pass() { sink_(json_.take()); }

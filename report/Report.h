@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "report/Findings.h"
+#include "report/MendRecord.h"
 #include "report/RuleGroup.h"
 
 namespace vornic {
@@ -38,6 +39,9 @@ struct Report {
     /// One entry for each of `kCheckedGroups`, in their order.
     std::vector<GroupRun> groups;
     Findings findings;
+    /// What was mended, and what was found before and not mended; nothing when nobody asked for
+    /// mends. The rest of the report is about the file as it is afterwards.
+    std::optional<std::vector<MendRecord>> mends;
 };
 
 }  // namespace vornic

@@ -1,7 +1,8 @@
 #include "report/TextReportWriter.h"
 
 #include <algorithm>
-#include <string_view>
+#include <map>
+#include <utility>
 
 #include "foundation/FormatString.h"
 #include "foundation/TerminalText.h"
@@ -12,6 +13,7 @@ namespace vornic {
 namespace {
 
 constexpr std::string_view kPlain = "\x1B[0m";
+constexpr std::string_view kMendedColour = "\x1B[1;32m";
 
 std::string_view capitalNameOf(Severity severity) {
     switch (severity) {
@@ -47,17 +49,15 @@ std::string placeOf(const Report& report, const Place& place) {
 
 }  // namespace
 
-std::string TextReportWriter::heading(const Finding& finding) const {
-    const std::string plain =
-        formatString("%@(%@)", capitalNameOf(finding.severity), ruleOf(finding.rule).id);
-    if (!style_.isColoured) {
-        return plain;
-    }
-    return std::string(colourOf(finding.severity)).append(plain).append(kPlain);
+std::string TextReportWriter::coloured(std::string_view colour, std::string text) const {
+    return style_.isColoured ? std::string(colour).append(text).append(kPlain) : text;
 }
 
 void TextReportWriter::finding(const Report& report, const Finding& finding) {
-    std::string lines = heading(finding) + ": " + placeOf(report, finding.where) + ": " +
+    const std::string heading =
+        formatString("%@(%@)", capitalNameOf(finding.severity), ruleOf(finding.rule).id);
+    std::string lines = coloured(colourOf(finding.severity), heading) + ": " +
+                        placeOf(report, finding.where) + ": " +
                         escapedForTerminal(finding.message()) + "\n";
     const Place& where = finding.where;
     std::string below;
@@ -92,13 +92,45 @@ void TextReportWriter::remainders(const Report& report) {
     }
 }
 
+void TextReportWriter::mends(const Report& report) {
+    for (const MendRecord& record : *report.mends) {
+        if (record.isMade) {
+            ++*mended_;
+            const std::string heading = formatString("MENDED(%@)", ruleOf(record.finding.rule).id);
+            sink_(coloured(kMendedColour, heading) + ": " + placeOf(report, record.finding.where) +
+                  ": " + escapedForTerminal(record.finding.mend->description) + "\n");
+        }
+    }
+}
+
+// A line for each rule and reason. That there is no mend at all is not worth one.
+void TextReportWriter::whatWasNotMended(const Report& report) {
+    std::map<std::pair<RuleId, std::string_view>, std::uint64_t> reasons;
+    for (const MendRecord& record : *report.mends) {
+        if (!record.isMade && record.finding.mend) {
+            ++reasons[{record.finding.rule, record.why}];
+        }
+    }
+    for (const auto& [reason, count] : reasons) {
+        sink_(formatString("    %llu of %@ not mended: %@\n", count, ruleOf(reason.first).id,
+                           reason.second));
+    }
+}
+
 void TextReportWriter::file(const Report& report) {
+    if (report.mends) {
+        mended_ = mended_.value_or(0);
+        mends(report);
+    }
     for (const Finding& finding : report.findings.kept()) {
         if (finding.severity >= style_.least) {
             this->finding(report, finding);
         }
     }
     remainders(report);
+    if (report.mends) {
+        whatWasNotMended(report);
+    }
     for (const Severity severity : {Severity::info, Severity::warning, Severity::error}) {
         counts_[static_cast<std::size_t>(severity)] += report.findings.count(severity);
     }
@@ -112,7 +144,7 @@ void TextReportWriter::end() {
     sink_(counted(of(Severity::error), "error", "errors") + ", " +
           counted(of(Severity::warning), "warning", "warnings") + ", " +
           counted(of(Severity::info), "note", "notes") + " in " + counted(files_, "file", "files") +
-          "\n");
+          (mended_ ? formatString(", %llu mended", *mended_) : "") + "\n");
 }
 
 }  // namespace vornic

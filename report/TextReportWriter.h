@@ -4,7 +4,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "report/ReportWriter.h"
 
@@ -17,7 +19,8 @@ namespace vornic {
 ///     2 errors, 1 warning, 3 notes in 1 file
 ///
 /// Text from files and paths is escaped as `escapedForTerminal` does. A rule of which more was
-/// found than is shown says so after the file's findings.
+/// found than is shown says so after the file's findings. Of a file that was mended each mend is
+/// told first, with its place in the old file.
 class TextReportWriter : public ReportWriter {
   public:
     struct Style {
@@ -35,12 +38,15 @@ class TextReportWriter : public ReportWriter {
   private:
     void finding(const Report& report, const Finding& finding);
     void remainders(const Report& report);
-    [[nodiscard]] std::string heading(const Finding& finding) const;
+    void mends(const Report& report);
+    void whatWasNotMended(const Report& report);
+    [[nodiscard]] std::string coloured(std::string_view colour, std::string text) const;
 
     ReportSink sink_;
     Style style_;
     std::array<std::uint64_t, kSeverityCount> counts_{};
     std::uint64_t files_ = 0;
+    std::optional<std::uint64_t> mended_;
 };
 
 }  // namespace vornic

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "app/StandardStreams.h"
+#include "app/UndoCommand.h"
 #include "app/cli/CheckRun.h"
 #include "app/cli/CheckSettings.h"
 #include "app/cli/CommandLine.h"
@@ -41,7 +42,7 @@ constexpr std::string_view kUsage =
     "       vornic-check --where PATH [--] FILE\n"
     "\n"
     "Says what is wrong with Final Cut Pro XML files (XMEML and FCPXML), where, and what\n"
-    "would be right. It writes none of them. \"-\" is standard input.\n"
+    "would be right. It writes none of them unless --fix is given. \"-\" is standard input.\n"
     "\n"
     "  -r               look into folders: .xml, .fcpxml, .fcpxmld\n"
     "  -j N             check N files at once (default: one for each processor)\n"
@@ -54,6 +55,11 @@ constexpr std::string_view kUsage =
     "  --max N          show N findings of each rule (default 100); all are counted\n"
     "  --reads VERSION  what a receiver cannot read that knows FCPXML or XMEML up to this\n"
     "                   version is an error\n"
+    "  --fix[=RULES]    make the mends that drop and guess nothing, and those of the named\n"
+    "                   rules that ask; the original goes to the Trash, from where\n"
+    "                   vornic-repair --undo brings it back\n"
+    "  --dry-run        with --fix: show the difference and write nothing\n"
+    "  -o FILE|FOLDER   with --fix: write a copy and leave the file as it is\n"
     "  --where PATH     show the line of an element or attribute, such as\n"
     "                   /fcpxml[1]/library[1]/event[1]/project[2]/@name, and end\n"
     "  --list-rules     list the rules and end\n"
@@ -63,7 +69,8 @@ constexpr std::string_view kUsage =
     "\n"
     "Exit status: 0 when nothing was found that --fail-on counts, 1 when something was or\n"
     "the report got lost on its way, 2 for wrong usage, 3 when a file could not be read or\n"
-    "the report file not be written, 129, 130 or 143 when interrupted.\n";
+    "mended or the report file not be written, 129, 130 or 143 when interrupted. With --fix\n"
+    "it is about the file after the mends.\n";
 
 constexpr std::array kOptions = {
     OptionSpecification{"-r"},
@@ -76,6 +83,9 @@ constexpr std::array kOptions = {
     OptionSpecification{"--fail-on", true},
     OptionSpecification{"--max", true},
     OptionSpecification{"--reads", true},
+    OptionSpecification{.name = "--fix", .isValueOptional = true},
+    OptionSpecification{"--dry-run"},
+    OptionSpecification{"-o", true},
     OptionSpecification{"--where", true},
     OptionSpecification{"--list-rules"},
     OptionSpecification{"--explain", true},
@@ -147,6 +157,13 @@ std::string faultOf(const CheckSettings& settings, const std::vector<std::string
     if (std::count(paths.begin(), paths.end(), "-") > 1) {
         return "standard input can be checked only once";
     }
+    if (settings.fix && std::count(paths.begin(), paths.end(), "-") != 0) {
+        return "--fix wants files, and standard input is none";
+    }
+    if (settings.fix && settings.fix->output && paths.size() > 1 &&
+        !platform::isDirectory(*settings.fix->output)) {
+        return "-o wants a folder for more than one file";
+    }
     if (!settings.reportPath) {
         return "";
     }
@@ -183,6 +200,9 @@ int check(const CommandLine& line) {
     // A name of its own, so that no run moves on the logs of the programs that change files.
     QMLog::sharedController().setAppName(std::string(kCheckProgram));
     QMLog::createNewLog(kCheckProgram, true);
+    if (settings.fix) {
+        UndoCommand::settleInterruptedRuns();
+    }
     const int status = checkFiles(settings, files);
     QMLog::finishWriting();
     return status;

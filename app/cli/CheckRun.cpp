@@ -55,6 +55,11 @@ std::unique_ptr<ReportWriter> writerFor(const CheckSettings& settings, ReportSin
     }
 }
 
+void printErrorLine(const std::string& line) {
+    const std::string text = textForStream(line, STDERR_FILENO) + "\n";
+    static_cast<void>(std::fwrite(text.data(), 1, text.size(), stderr));
+}
+
 }  // namespace
 
 void complainOfCheck(std::string_view text) {
@@ -101,6 +106,9 @@ CheckRun::CheckedFile CheckRun::check(const std::string& path) const {
     CheckedFile file;
     file.path = path;
     try {
+        if (settings_.fix) {
+            return fix(path);
+        }
         ErrorSlot error;
         std::optional<std::string> bytes = readProjectFile(path, error);
         if (!bytes) {
@@ -113,6 +121,15 @@ CheckRun::CheckedFile CheckRun::check(const std::string& path) const {
         file.refusal = formatString("There is not enough memory to check the file %@.", path);
     }
     return file;
+}
+
+CheckRun::CheckedFile CheckRun::fix(const std::string& path) const {
+    FixedFile fixed = fixFile(path, settings_.check, *settings_.fix);
+    return {.path = path,
+            .report = std::move(fixed.report),
+            .refusal = std::move(fixed.refusal),
+            .lines = std::move(fixed.lines),
+            .difference = std::move(fixed.difference)};
 }
 
 std::future<CheckRun::CheckedFile> CheckRun::start(const std::string& path) const {
@@ -138,7 +155,7 @@ void CheckRun::checkAll(const std::vector<std::string>& paths) {
             open.pop_front();
         }
         // Nobody reads any more.
-        if (output_.hasFailed()) {
+        if (output_.hasFailed() && !settings_.fix) {
             return;
         }
     }
@@ -149,7 +166,8 @@ void CheckRun::checkAll(const std::vector<std::string>& paths) {
 
 void CheckRun::await(std::future<CheckedFile>& file) {
     while (file.wait_for(kLookForSignals) != std::future_status::ready) {
-        if (const int signal = platform::interruption(); signal != 0) {
+        // A file that is being written is written to its end.
+        if (const int signal = platform::interruption(); signal != 0 && !settings_.fix) {
             leave(signal);
         }
     }
@@ -161,15 +179,26 @@ void CheckRun::await(std::future<CheckedFile>& file) {
 
 void CheckRun::add(const CheckedFile& file) {
     ++filesDone_;
+    for (const std::string& line : file.lines) {
+        bar_->aside([&] { printErrorLine(line); });
+    }
     if (!file.refusal.empty()) {
         return refuse(file.path, file.refusal, file.refusal);
     }
+    report(file);
+}
+
+void CheckRun::report(const CheckedFile& file) {
     const Findings& findings = file.report.findings;
     QMLog::appendLog("%@: %llu errors, %llu warnings, %llu notes", file.path,
                      findings.count(Severity::error), findings.count(Severity::warning),
                      findings.count(Severity::info));
     bar_->aside([&] {
-        writer_->file(file.report);
+        if (settings_.showsDifferences()) {
+            output_.write(file.difference);
+        } else {
+            writer_->file(file.report);
+        }
         output_.flush();
     });
     for (const Severity severity : {Severity::info, Severity::warning, Severity::error}) {
@@ -190,7 +219,9 @@ void CheckRun::refuse(const std::string& path, const std::string& reason,
 void CheckRun::finish() {
     ErrorSlot error;
     bar_->aside([&] {
-        writer_->end();
+        if (!settings_.showsDifferences()) {
+            writer_->end();
+        }
         error = output_.finish();
     });
     if (error) {

@@ -40,13 +40,18 @@ class CheckRun {
         Report report;
         // Why there is no report.
         std::string refusal;
+        // What mending has to say, and would do.
+        std::vector<std::string> lines;
+        std::string difference;
     };
 
     [[nodiscard]] CheckedFile check(const std::string& path) const;
     [[nodiscard]] std::future<CheckedFile> start(const std::string& path) const;
     void checkAll(const std::vector<std::string>& paths);
     void await(std::future<CheckedFile>& file);
+    [[nodiscard]] CheckedFile fix(const std::string& path) const;
     void add(const CheckedFile& file);
+    void report(const CheckedFile& file);
     /// @param complaint what standard error is told.
     void refuse(const std::string& path, const std::string& reason, const std::string& complaint);
     void finish();

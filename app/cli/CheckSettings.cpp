@@ -54,6 +54,7 @@ class SettingsReader {
         readFailOn();
         readReceiver();
         readRules();
+        readFix();
         return fault_;
     }
 
@@ -117,6 +118,28 @@ class SettingsReader {
             fault_ = fault_.empty() ? selection.addIgnored(list) : fault_;
         }
         settings_.check.ignored = selection.ignored();
+    }
+
+    void readFix() {
+        const std::vector<std::string> lists = line_.values("--fix");
+        const bool isDryRun = line_.has("--dry-run");
+        const std::optional<std::string> output = line_.value("-o");
+        if (lists.empty()) {
+            fault_ = isDryRun || output ? "--dry-run and -o go with --fix" : fault_;
+            return;
+        }
+        RuleSelection asked;
+        for (const std::string& list : lists) {
+            if (fault_.empty() && !list.empty()) {
+                fault_ = asked.addOnly(list);
+            }
+        }
+        settings_.fix = FixSettings{.asked = {}, .isDryRun = isDryRun, .output = output};
+        for (const Rule* const rule : asked.only()) {
+            settings_.fix->asked.push_back(*findRule(rule->id));
+        }
+        // One after the other: what two names of one file lead to is mended once.
+        settings_.jobs = 1;
     }
 
     const CommandLine& line_;

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "app/cli/CommandLine.h"
+#include "app/cli/FileMending.h"
 #include "check/Check.h"
 #include "report/Severity.h"
 
@@ -25,6 +26,14 @@ struct CheckSettings {
     std::optional<Severity> failOn = Severity::error;
     /// How many files are checked at once.
     std::size_t jobs = 1;
+    /// Nothing where files are only looked at.
+    std::optional<FixSettings> fix;
+
+    /// Whether differences are shown in place of a report.
+    [[nodiscard]] bool showsDifferences() const {
+        return fix && fix->isDryRun &&
+               (format == ReportFormat::text || format == ReportFormat::gnu);
+    }
 };
 
 /// Reads the values of options.

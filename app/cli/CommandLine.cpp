@@ -43,15 +43,15 @@ CommandLine CommandLine::parse(const std::vector<std::string>& arguments,
         const auto known = std::find_if(options.begin(), options.end(), [&](const auto& option) {
             return option.name == written.name;
         });
-        if (known == options.end() || (!known->takesValue && written.value)) {
+        if (known == options.end() ||
+            (!known->takesValue && !known->isValueOptional && written.value)) {
             line.fault_ = "unknown option " + argument;
-        } else if (known->takesValue && !written.value && i + 1 == arguments.size()) {
+        } else if (written.value || !known->takesValue) {
+            line.options_.emplace_back(known->name, written.value.value_or(std::string_view()));
+        } else if (i + 1 == arguments.size()) {
             line.fault_ = "the option " + argument + " wants a value";
         } else {
-            const std::string_view value = !known->takesValue ? std::string_view()
-                                           : written.value    ? *written.value
-                                                              : arguments[++i];
-            line.options_.emplace_back(known->name, value);
+            line.options_.emplace_back(known->name, arguments[++i]);
         }
     }
     return line;

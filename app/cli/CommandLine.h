@@ -15,6 +15,8 @@ struct OptionSpecification {
     /// "--format", or "-j".
     std::string_view name;
     bool takesValue = false;
+    /// Whether the value may be left out; it is then only taken as `--name=VALUE`.
+    bool isValueOptional = false;
 };
 
 /// The options and files of a command line, taken the same way by every program: `--name VALUE` and

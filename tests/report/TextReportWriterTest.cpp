@@ -74,6 +74,24 @@ TEST(TextReportWriter, hidesWhatWeighsLessAndCountsIt) {
     EXPECT_EQ(textOf({&report}), "0 errors, 0 warnings, 2 notes in 1 file\n");
 }
 
+TEST(TextReportWriter, tellsMendsAndWhyOthersWereNotMade) {
+    Report report = reportOn("a.xml");
+    Finding finding = addTo(report, "xml-missing-space"_rule, 4, 7);
+    finding.mend = Mend{Confidence::safe, "write a blank", {{3, 0, " "}}};
+    report.mends.emplace();
+    report.mends->push_back({finding, true, ""});
+    report.mends->push_back({finding, false, "it is made only with --fix=xml-missing-space"});
+    report.mends->push_back({finding, false, "it is made only with --fix=xml-missing-space"});
+    finding.mend.reset();
+    report.mends->push_back({finding, false, "no mend is known"});
+    report.findings = Findings();
+    EXPECT_EQ(textOf({&report}),
+              "MENDED(xml-missing-space): a.xml(4,7): write a blank\n"
+              "    2 of xml-missing-space not mended: it is made only with "
+              "--fix=xml-missing-space\n"
+              "0 errors, 0 warnings, 0 notes in 1 file, 1 mended\n");
+}
+
 TEST(TextReportWriter, saysHowManyMoreThereAreOfARule) {
     Report report = reportOn("a.xml", 1);
     for (std::size_t offset = 0; offset < 6'000'000; ++offset) {

@@ -1,0 +1,161 @@
+#include "app/cli/FileMending.h"
+
+#include <string_view>
+#include <utility>
+
+#include "foundation/FormatString.h"
+#include "foundation/QMLog.h"
+#include "job/JournaledSwap.h"
+#include "job/MendFile.h"
+#include "job/ResultFile.h"
+#include "platform/FileSystem.h"
+#include "platform/PathText.h"
+#include "platform/Termination.h"
+
+#ifndef VORNIC_VERSION
+#error "VORNIC_VERSION is the project's version"
+#endif
+
+namespace vornic {
+
+namespace {
+
+constexpr std::string_view kProgram = "vornic-check";
+
+// The run that has the file may take long; only an interruption ends the waiting.
+class Patience final : public Waiting {
+  public:
+    explicit Patience(std::vector<std::string>& lines) : lines_(lines) {}
+
+    void waitsFor(const std::string& path) override {
+        lines_.push_back(formatString("Waited for another program that used the file %@.", path));
+    }
+    [[nodiscard]] bool isCancelled() override { return platform::interruption() != 0; }
+
+  private:
+    std::vector<std::string>& lines_;
+};
+
+void notMade(std::vector<MendRecord>& records, std::string_view why) {
+    for (MendRecord& record : records) {
+        if (record.isMade) {
+            record.isMade = false;
+            record.why = why;
+        }
+    }
+}
+
+// Fixes one file.
+class Fixing {
+  public:
+    Fixing(const std::string& path, const CheckOptions& options, const FixSettings& settings)
+        : path_(path), settings_(settings) {
+        request_.asked = settings.asked;
+        request_.check = options;
+    }
+
+    FixedFile run() && {
+        if (settings_.isDryRun || settings_.output) {
+            fixCopy();
+        } else {
+            fixInPlace();
+        }
+        fixed_.report.path = path_;
+        return std::move(fixed_);
+    }
+
+  private:
+    void fixInPlace() {
+        Patience patience(fixed_.lines);
+        JournaledSwap journaled(std::string(kProgram), VORNIC_VERSION, JournalEntry::Action::mend);
+        MendedFile result = mendFile(path_, request_, patience, journaled);
+        fixed_.lines.insert(fixed_.lines.end(), result.notes.begin(), result.notes.end());
+        take(std::move(result.mended));
+        if (result.error || result.isCancelled) {
+            return refuse(result.error ? result.error->localizedDescription()
+                                       : formatString("The file %@ was not mended.", path_));
+        }
+        if (!result.swap) {
+            return;
+        }
+        const std::string original = formatString(
+            "The original is %@%@", result.swap->original,
+            journaled.isWrittenDown() ? "; vornic-repair --undo brings it back." : ".");
+        QMLog::appendLog("The file %@ was mended. %@", path_, original);
+        fixed_.lines.push_back(original);
+        tellLost(result.lostMetadata);
+    }
+
+    void fixCopy() {
+        ErrorSlot error;
+        const std::optional<std::string> bytes = platform::readFile(path_, error);
+        if (!bytes) {
+            return refuse(error->localizedDescription());
+        }
+        MendedBytes mended = MendedBytes::of(*bytes, request_);
+        if (settings_.isDryRun) {
+            fixed_.difference = differenceOf(*bytes, mended.edits, path_, path_);
+            mended.report = checkFile(*bytes, request_.check);
+            notMade(mended.records, "--dry-run writes nothing");
+        } else if (mended.refusal.empty()) {
+            writeCopy(mended.bytes);
+        }
+        take(std::move(mended));
+    }
+
+    void writeCopy(const std::string& bytes) {
+        const std::string wanted =
+            platform::isDirectory(*settings_.output)
+                ? platform::joinPath(*settings_.output, platform::lastComponent(path_))
+                : *settings_.output;
+        ErrorSlot error;
+        const std::optional<ResultFile> written = writeResultFile(wanted, bytes, path_, error);
+        if (!written) {
+            return refuse(error->localizedDescription());
+        }
+        fixed_.lines.push_back(formatString("The mended file is %@", written->path));
+        tellLost(written->lostMetadata);
+    }
+
+    void take(MendedBytes mended) {
+        fixed_.report = std::move(mended.report);
+        fixed_.report.mends = std::move(mended.records);
+        if (!mended.refusal.empty()) {
+            refuse(formatString("The file %@ was not mended: %@.", path_, mended.refusal));
+        }
+    }
+
+    // The file is what it was, and so is what is said about it.
+    void refuse(std::string reason) {
+        fixed_.refusal = std::move(reason);
+        ErrorSlot error;
+        std::vector<MendRecord> records =
+            std::move(fixed_.report.mends).value_or(std::vector<MendRecord>());
+        notMade(records, "the file was not written");
+        if (std::optional<std::string> bytes = platform::readFile(path_, error)) {
+            fixed_.report = checkFile(std::move(*bytes), request_.check);
+            fixed_.report.mends = std::move(records);
+        }
+    }
+
+    void tellLost(const std::string& lostMetadata) {
+        if (!lostMetadata.empty()) {
+            fixed_.lines.push_back(
+                formatString("Something of the file %@ was not kept. %@", path_, lostMetadata));
+        }
+    }
+
+    const std::string& path_;
+    const FixSettings& settings_;
+    MendRequest request_;
+    FixedFile fixed_;
+};
+
+}  // namespace
+
+FixedFile fixFile(const std::string& path, const CheckOptions& options,
+                  const FixSettings& settings) {
+    return Fixing(path, options, settings).run();
+}
+
+}  // namespace vornic

@@ -1,0 +1,72 @@
+#include "job/ResultFile.h"
+
+#include <cerrno>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/Failure.h"
+#include "platform/FileMetadata.h"
+#include "platform/FileSystem.h"
+#include "platform/FileTransfer.h"
+#include "platform/PathText.h"
+#include "platform/Rename.h"
+#include "platform/TemporaryFile.h"
+
+namespace vornic {
+
+namespace {
+
+constexpr long kMostNumbers = 10000;
+
+// Gives the file the first name that is free. @return 0 or the errno value.
+int place(platform::TemporaryFile& file, ResultFile& result) {
+    const std::string name = platform::lastComponent(result.path);
+    const std::string folder = result.path.substr(0, result.path.size() - name.size());
+    int errorNumber = EEXIST;
+    for (long number = 1; errorNumber == EEXIST && number <= kMostNumbers; ++number) {
+        result.path = folder + platform::numberedName(name, number, platform::kLongestName);
+        errorNumber = platform::renameWithoutReplacing(file.temporary, result.path);
+    }
+    if (errorNumber == 0) {
+        file.temporary.clear();
+    }
+    return errorNumber;
+}
+
+}  // namespace
+
+std::optional<ResultFile> writeResultFile(const std::string& path, std::string_view bytes,
+                                          const std::string& from, ErrorSlot& error) {
+    const platform::FileDescriptor source(::open(from.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    struct stat status {};
+    if (!source || fstat(source.get(), &status) != 0) {
+        platform::failFile(error, from, "read", errno);
+        return std::nullopt;
+    }
+    platform::TemporaryFile file;
+    // A name of its own: what stands at the path is nobody's business until the end.
+    const std::string own = platform::joinPath(
+        platform::parentFolder(path), platform::temporaryName(platform::lastComponent(path)));
+    if (ErrorSlot reason; !file.open(own, reason)) {
+        platform::failFile(error, path, "written", static_cast<int>(reason->code));
+        return std::nullopt;
+    }
+    ResultFile result{.path = path, .lostMetadata = ""};
+    int errorNumber = platform::writeAll(file.file.get(), bytes.data(), bytes.size());
+    if (errorNumber == 0) {
+        result.lostMetadata = platform::copyMetadata(source.get(), status, file.file.get());
+        errorNumber = fsync(file.file.get()) == 0 ? 0 : errno;
+    }
+    if (errorNumber == 0) {
+        errorNumber = place(file, result);
+    }
+    if (errorNumber != 0) {
+        platform::failFile(error, path, "written", errorNumber);
+        return std::nullopt;
+    }
+    return result;
+}
+
+}  // namespace vornic
