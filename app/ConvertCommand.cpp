@@ -15,10 +15,12 @@
 #include "foundation/QMLog.h"
 #include "foundation/TerminalText.h"
 #include "foundation/Text.h"
+#include "job/LeftFiles.h"
 #include "platform/Bundle.h"
 #include "platform/Console.h"
 #include "platform/FileSystem.h"
 #include "platform/ItemStatus.h"
+#include "platform/PathText.h"
 #include "platform/Termination.h"
 #include "repair/Document.h"
 #include "ui/CrashReports.h"
@@ -62,9 +64,19 @@ void convertFile(const std::string& path, std::int64_t version) {
     document->convertXMEMLVersion(formatString("%i", version), std::move(xml), path);
 }
 
+// A conversion that was killed may have left the file aside.
+bool existsOrComesBack(const std::string& path) {
+    if (!platform::fileExists(path)) {
+        for (const std::string& line : clearLeftFiles(platform::parentFolder(path))) {
+            say(line);
+        }
+    }
+    return platform::fileExists(path);
+}
+
 void convertArgument(const std::string& argument, std::int64_t version) {
     std::string path = argument;
-    if (!platform::fileExists(path)) {
+    if (!existsOrComesBack(path)) {
         path = appendingPathComponent(platform::currentDirectory(), argument);
         if (!platform::fileExists(path)) {
             say(formatString("File %@ does not exist", path));

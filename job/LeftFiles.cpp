@@ -3,15 +3,35 @@
 #include "foundation/FormatString.h"
 #include "job/MoveToTrash.h"
 #include "platform/PathText.h"
+#include "platform/Rename.h"
 #include "platform/TemporaryFile.h"
 
 namespace vornic {
+
+namespace {
+
+/// Where names cannot be exchanged a kill can leave nothing at the path. A working copy is no file
+/// to bring back, and a long name may be cut.
+bool mayComeBack(const platform::LeftFile& left) {
+    constexpr std::size_t kSurelyWhole = 90;
+    return left.original.find("-backup.") == std::string::npos &&
+           left.original.size() <= kSurelyWhole;
+}
+
+}  // namespace
 
 std::vector<std::string> clearLeftFiles(const std::string& folder) {
     platform::removeDeadTemporaries(folder);
     std::vector<std::string> lines;
     for (const platform::LeftFile& left : platform::filesLeftAside(folder)) {
         const std::string file = platform::joinPath(folder, left.original);
+        if (mayComeBack(left) && platform::renameWithoutReplacing(left.path, file) == 0) {
+            lines.push_back(
+                formatString("An earlier change of the file %@ was interrupted. The "
+                             "file was brought back.",
+                             file));
+            continue;
+        }
         ErrorSlot ignored;
         const auto placed = moveToTrash(left.path, left.original, ignored);
         lines.push_back(

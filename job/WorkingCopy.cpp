@@ -65,6 +65,9 @@ bool WorkingCopy::sourceExists() const {
 }
 
 bool WorkingCopy::settleLeft() {
+    for (std::string& line : clearLeftFiles(platform::parentFolder(source_))) {
+        notes_.push_back(std::move(line));
+    }
     const std::string aside = FileSwap::asidePath(source_);
     ErrorSlot error;
     const FoundCopy found = awaitTurn(aside, true, waiting_, error);
@@ -123,9 +126,6 @@ bool WorkingCopy::recycleLeft(const std::string& at, const std::string& name, Er
 }
 
 WorkingCopy::Clearing WorkingCopy::create(ErrorSlot& error) {
-    for (std::string& line : clearLeftFiles(platform::parentFolder(path_))) {
-        notes_.push_back(std::move(line));
-    }
     discardPath_ = platform::joinPath(platform::parentFolder(path_),
                                       platform::temporaryName(platform::lastComponent(path_)));
     isWhole_ = false;

@@ -46,8 +46,8 @@ class WorkingCopy {
     [[nodiscard]] const std::string& path() const { return path_; }
     [[nodiscard]] bool sourceExists() const;
     /// Finds what a run that was killed while it swapped this source has left aside: gives it the
-    /// source's path when nothing stands there, else moves it to the Trash. Waits for a run that is
-    /// swapping right now.
+    /// source's path when nothing stands there, else moves it to the Trash. What killed runs have
+    /// left besides in the folder is cleared. Waits for a run that is swapping right now.
     /// @return false when the user has cancelled the wait.
     [[nodiscard]] bool settleLeft();
     /// Moves what stands at the path, an older working copy, to the Trash, when no other run uses
@@ -55,8 +55,7 @@ class WorkingCopy {
     /// left alone. The slot says why it failed.
     [[nodiscard]] Clearing clearPath(ErrorSlot& error);
     /// Copies the source, links followed, to the path, and claims the copy. A source that is larger
-    /// than the free memory is refused, since it could not be read. What killed runs have left in
-    /// the folder is cleared.
+    /// than the free memory is refused, since it could not be read.
     /// @return `done`, or the slot is filled unless the user has cancelled.
     [[nodiscard]] Clearing create(ErrorSlot& error);
     /// The bytes of the source as they are now. The copy was made of these, but other programs know

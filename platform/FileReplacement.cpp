@@ -51,6 +51,16 @@ bool isStill(const FileSnapshot& expected, const std::string& path, bool isRenam
     return *now == expected.version || hasContents(path, expected.digest);
 }
 
+/// The same for what this process has renamed and must not leave under that name. What cannot be
+/// looked at for want of memory counts as changed.
+bool isStillAside(const FileSnapshot& expected, const std::string& path) {
+    try {
+        return isStill(expected, path, true);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
 /// True for what tells that this user or this volume cannot keep something at all.
 bool isBeyondReach(int errorNumber) {
     return errorNumber == EPERM || errorNumber == EACCES || errorNumber == EINVAL ||
@@ -154,13 +164,7 @@ FileReplacement::State::Outcome FileReplacement::State::takeName(const FileSnaps
 
 FileReplacement::State::Outcome FileReplacement::State::judge(const FileSnapshot& expected) {
     reach(Moment::afterExchange);
-    bool isExpected = false;
-    try {
-        isExpected = isStill(expected, temporary, true);
-    } catch (const std::bad_alloc&) {
-        // What could not be looked at counts as changed.
-    }
-    if (isExpected) {
+    if (isStillAside(expected, temporary)) {
         return Outcome::done;
     }
     giveBack();
@@ -208,7 +212,7 @@ FileReplacement::State::Outcome FileReplacement::State::takeNameInSteps(
         return Outcome::failed;
     }
     reach(Moment::afterExchange);
-    const bool isExpected = isStill(expected, aside, true);
+    const bool isExpected = isStillAside(expected, aside);
     errorNumber = renameWithoutReplacing(isExpected ? temporary : aside, target);
     if (errorNumber != 0 && errorNumber != EEXIST) {
         static_cast<void>(renameWithoutReplacing(aside, target));

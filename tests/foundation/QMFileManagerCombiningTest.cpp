@@ -1,4 +1,5 @@
 #include <cerrno>
+#include <filesystem>
 
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -7,6 +8,7 @@
 #include "tests/support/ChildProcess.h"
 #include "tests/support/FailingSystemCall.h"
 #include "tests/support/FileState.h"
+#include "tests/support/InterceptedCall.h"
 #include "tests/support/PrivateMounts.h"
 
 namespace vornic {
@@ -31,6 +33,7 @@ class QMFileManagerCombiningTest : public test::FileServicesTest {
 
     std::string first = sandbox.write("first", "one ");
     std::string second = sandbox.write("second", "two");
+    std::string third = sandbox.write("third", " three");
     std::string combined = sandbox.path("combined");
 };
 
@@ -127,6 +130,24 @@ TEST_F(QMFileManagerCombiningTest, keepsTheSourcesWhenTheDestinationCannotBeClos
     EXPECT_EQ(child.wait(), 0);
     EXPECT_EQ(readBytes(first), "one ");
     EXPECT_EQ(readBytes(second), "two");
+}
+
+TEST_F(QMFileManagerCombiningTest, keepsASourceThatIsReplacedOrWrittenAfterItWasRead) {
+    test::ChildProcess child([this] {
+        // The sources have been read when the disk is asked to take what was written.
+        ASSERT_TRUE(test::interceptSystemCall(SYS_fsync, [this] {
+            sandbox.write("newer", "a newer one");
+            std::filesystem::rename(sandbox.path("newer"), first);
+            sandbox.write("second", "grown since");
+            return 0;
+        }));
+        EXPECT_TRUE(QMFileManager::combineFiles({first, second, third}, combined, true));
+    });
+    EXPECT_EQ(child.wait(), 0);
+    EXPECT_EQ(readBytes(combined), "one two three");
+    EXPECT_EQ(readBytes(first), "a newer one");
+    EXPECT_EQ(readBytes(second), "grown since");
+    EXPECT_FALSE(exists(third));
 }
 
 TEST_F(QMFileManagerCombiningTest, appendsASourceThatIsNamedTwice) {

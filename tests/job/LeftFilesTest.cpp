@@ -60,20 +60,32 @@ TEST_F(LeftFilesTest, stayWithASentenceWhereTheTrashDoesNotTakeThem) {
     EXPECT_EQ(test::readBytes(left), "the older");
 }
 
+TEST_F(LeftFilesTest, comeBackWhereNothingStands) {
+    std::filesystem::rename(source, left);
+    sandbox.write(".Cut-backup.xml.vornic-abcdefgh01", "a working copy");
+    secondsAhead = 3600;
+    EXPECT_EQ(
+        clearLeftFiles(sandbox.folder()).back(),
+        "An earlier change of the file " + source + " was interrupted. The file was brought back.");
+    EXPECT_EQ(test::readBytes(source), "the user's");
+    EXPECT_EQ(names(), Strings{"Cut.xml"});
+    EXPECT_EQ(inTrash("Cut-backup.xml"), "a working copy");
+}
+
 TEST_F(LeftFilesTest, ofALivingProgramStay) {
     std::ofstream(left) << "the older";
     EXPECT_EQ(clearLeftFiles(sandbox.folder()), Strings{}) << "it has just come";
     EXPECT_EQ(test::readBytes(left), "the older");
 }
 
-TEST_F(LeftFilesTest, areClearedWhereAWorkingCopyIsMade) {
+TEST_F(LeftFilesTest, areClearedBeforeARepair) {
     std::ofstream(left) << "the older";
     sandbox.write(".Cut-backup.xml.vornic-abcdefgh01.part", "half");
     secondsAhead = 3600;
-    ASSERT_EQ(copy.create(error), WorkingCopy::Clearing::done);
+    EXPECT_TRUE(copy.settleLeft());
     EXPECT_EQ(inTrash("Cut.xml"), "the older");
     EXPECT_EQ(copy.takeNotes().size(), 1U);
-    EXPECT_EQ(names(), (Strings{"Cut-backup.xml", "Cut.xml"}));
+    EXPECT_EQ(names(), Strings{"Cut.xml"});
 }
 
 TEST_F(LeftFilesTest, inTheTrashAreRemovedOrShown) {

@@ -14,8 +14,8 @@
 #include "job/WorkingCopy.h"
 #include "tests/job/JobTest.h"
 #include "tests/support/ChildProcess.h"
-#include "tests/support/FailingOnce.h"
 #include "tests/support/FailingSystemCall.h"
+#include "tests/support/InterceptedCall.h"
 #include "tests/support/RightsOfRoot.h"
 
 namespace vornic {

@@ -1,6 +1,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <functional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -324,16 +325,25 @@ TEST_F(PinnedActionTest, runsToolsInASessionOfTheirOwnWithTheirFoldersAlone) {
     folders.emplace_back(::open(sandbox.folder().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     EXPECT_TRUE(runSystemTool("/bin/sh",
                               {"-c",
-                               "cat /proc/self/stat > /proc/self/fd/3/stat; "
+                               "cat /proc/$$/stat > /proc/self/fd/3/stat; "
                                "echo $$ > /proc/self/fd/3/process; "
                                "cd /proc/$$/fd; echo * > /proc/self/fd/3/open"},
                               std::move(folders)));
-    const std::string status = text("stat");
-    const std::string process = text("process");
-    // Number, name, state, parent, group, session.
-    EXPECT_NE(status.find(" " + process.substr(0, process.size() - 1) + " "), std::string::npos)
-        << status;
-    EXPECT_NE(status.substr(status.find(')')).find(" " + std::to_string(getsid(0)) + " "), 4U);
+    // Number, name in brackets, state, parent, group, session, terminal: none.
+    std::istringstream status(text("stat"));
+    std::string name;
+    std::string state;
+    long process = 0;
+    long parent = 0;
+    long group = 0;
+    long session = 0;
+    long terminal = -1;
+    status >> process >> name >> state >> parent >> group >> session >> terminal;
+    EXPECT_EQ(std::to_string(process) + "\n", text("process"));
+    EXPECT_EQ(parent, getpid());
+    EXPECT_EQ(group, process);
+    EXPECT_EQ(session, process);
+    EXPECT_EQ(terminal, 0);
     EXPECT_THAT(text("open"), testing::StartsWith("0 1 2 3"));
     EXPECT_EQ(text("open").find(std::to_string(socketOfOurs.get()) + " "), std::string::npos);
     EXPECT_FALSE(runSystemTool("/bin/false", {}, {}));

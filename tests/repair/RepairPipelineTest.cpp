@@ -12,6 +12,7 @@
 #include "tests/repair/PipelineTest.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/FailingSystemCall.h"
+#include "tests/support/InterceptedCall.h"
 
 namespace vornic {
 namespace {
@@ -403,6 +404,19 @@ TEST_F(RepairPipelineTest, readsAUTF16FileByItsASCIIBytes) {
     }
     EXPECT_EQ(runOn("Cut.xml", text), RepairOutcome::repairedAndSwapped);
     EXPECT_NE(test::readBytes(sandbox.path("Cut.xml")).find("<name>a</name>"), std::string::npos);
+}
+
+TEST_F(RepairPipelineTest, readsAFileAgainThatCouldNotBeReadOnce) {
+    EXPECT_TRUE(test::passesInChild([&] {
+        host.onCall = [&](const std::string& call) {
+            if (call == "label: Checking file...") {
+                ASSERT_TRUE(test::failSystemCallOnce(SYS_pread64, EIO));
+            }
+        };
+        EXPECT_EQ(runOn("Cut.xml", withName("caf\u00e9 & bar")), RepairOutcome::repairedAndSwapped);
+    }));
+    EXPECT_NE(test::readBytes(sandbox.path("Cut.xml")).find("<name>caf\u00e9 &amp; bar</name>"),
+              std::string::npos);
 }
 
 TEST_F(RepairPipelineTest, endsCriticallyWhenTheFileCannotBeRead) {

@@ -1,11 +1,13 @@
-#ifndef VORNIC_TESTS_SUPPORT_FAILING_ONCE_H
-#define VORNIC_TESTS_SUPPORT_FAILING_ONCE_H
+#ifndef VORNIC_TESTS_SUPPORT_INTERCEPTED_CALL_H
+#define VORNIC_TESTS_SUPPORT_INTERCEPTED_CALL_H
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <future>
 #include <thread>
+#include <utility>
 
 #include <linux/filter.h>
 #include <linux/seccomp.h>
@@ -16,14 +18,16 @@
 
 namespace vornic::test {
 
-/// Makes one system call of this thread fail, without being made, the next time; the calls after
+/// Comes between the next time that this thread makes a system call and that call; the calls after
 /// that go through. Nothing undoes it, so that only a `ChildProcess` may call this.
 /// @param number a `SYS_…` constant
+/// @param act called on another thread before the call is made; returns 0 to let it be made, or the
+///     errno value that it yields without being made
 /// @return false when the system takes no such filters.
-[[nodiscard]] inline bool failSystemCallOnce(long number, int errorNumber) {
+[[nodiscard]] inline bool interceptSystemCall(long number, std::function<int()> act) {
     std::promise<int> filtered;
     // Started before the filter, which it is therefore not under.
-    std::thread([listener = filtered.get_future(), errorNumber]() mutable {
+    std::thread([listener = filtered.get_future(), act = std::move(act)]() mutable {
         const int descriptor = listener.get();
         for (bool isFirst = true;; isFirst = false) {
             struct seccomp_notif call {};
@@ -32,8 +36,8 @@ namespace vornic::test {
                 return;
             }
             answer.id = call.id;
-            answer.error = isFirst ? -errorNumber : 0;
-            answer.flags = isFirst ? 0 : SECCOMP_USER_NOTIF_FLAG_CONTINUE;
+            answer.error = isFirst ? -act() : 0;
+            answer.flags = answer.error == 0 ? SECCOMP_USER_NOTIF_FLAG_CONTINUE : 0;
             if (ioctl(descriptor, SECCOMP_IOCTL_NOTIF_SEND, &answer) != 0) {
                 return;
             }
@@ -56,6 +60,11 @@ namespace vornic::test {
         syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, SECCOMP_FILTER_FLAG_NEW_LISTENER, &filter);
     filtered.set_value(static_cast<int>(listener));
     return listener >= 0;
+}
+
+/// Makes one system call of this thread fail, without being made, the next time.
+[[nodiscard]] inline bool failSystemCallOnce(long number, int errorNumber) {
+    return interceptSystemCall(number, [errorNumber] { return errorNumber; });
 }
 
 }  // namespace vornic::test
