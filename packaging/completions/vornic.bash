@@ -31,12 +31,15 @@ _vornic_rules() {
 }
 
 # Sets `current` and `previous`: the word to complete and the option whose value it may be, also in
-# --option=value, which bash takes apart.
+# --option=value, which bash takes apart. The value of --fix may be left out: only behind a "=" is
+# the next word one.
 _vornic_at() {
     current=${COMP_WORDS[COMP_CWORD]}
     previous=${COMP_WORDS[COMP_CWORD - 1]}
     if [[ $current == '=' ]]; then
         current=''
+    elif [[ $previous == --fix ]]; then
+        previous=''
     elif [[ $previous == '=' && COMP_CWORD -gt 1 ]]; then
         previous=${COMP_WORDS[COMP_CWORD - 2]}
     fi
@@ -50,11 +53,11 @@ _vornic_check() {
         --format) _vornic_words 'text json sarif gnu' "$current" ;;
         --least) _vornic_words 'error warning info' "$current" ;;
         --fail-on) _vornic_words 'error warning info never' "$current" ;;
-        --only | --ignore) _vornic_words "$(_vornic_rules "$1")" "$current" list ;;
+        --only | --ignore | --fix) _vornic_words "$(_vornic_rules "$1")" "$current" list ;;
         --explain) _vornic_words "$(_vornic_rules "$1")" "$current" ;;
         --reads) _vornic_words '1 2 3 4 5 1.0 1.1 1.2 1.3 1.4 1.5 1.6 1.7 1.8 1.9 1.10 1.11 1.12
             1.13 1.14' "$current" ;;
-        --report)
+        --report | -o)
             compopt -o filenames 2>/dev/null
             mapfile -t COMPREPLY < <(compgen -f -- "$current")
             ;;
@@ -62,7 +65,7 @@ _vornic_check() {
         *)
             if [[ $current == -* ]]; then
                 _vornic_words '-r -j --format --report --only --ignore --least --fail-on --max
-                    --reads --where --list-rules --explain --help --version' "$current"
+                    --reads --fix --dry-run -o --where --list-rules --explain --help --version' "$current"
             else
                 _vornic_files "$current"
             fi

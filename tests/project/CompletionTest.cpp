@@ -97,6 +97,9 @@ TEST_F(BashCompletion, offersTheValuesOfOptions) {
     EXPECT_THAT(offered({"vornic-check", "--format", "="}),
                 UnorderedElementsAre("text", "json", "sarif", "gnu"));
     EXPECT_THAT(offered({"vornic-check", "--fail-on", "n"}), UnorderedElementsAre("never"));
+    EXPECT_THAT(offered({"vornic-check", "--fix", "=", "values-stand"}),
+                UnorderedElementsAre("values-standalone"));
+    EXPECT_THAT(offered({"vornic-check", "--fix", "--dry"}), UnorderedElementsAre("--dry-run"));
     EXPECT_THAT(offered({"vornic-check", "--explain", "values-stand"}),
                 UnorderedElementsAre("values-standalone"));
     EXPECT_THAT(offered({"vornic-check", "--ignore", "structure,values-stand"}),
