@@ -4,10 +4,12 @@
 #include <string_view>
 #include <utility>
 
+#include "check/fcpxml/Rules.h"
 #include "check/fcpxml/StructureFindings.h"
 #include "check/xmeml/Check.h"
 #include "formats/ElementIndexBuilder.h"
 #include "formats/PlaceFinder.h"
+#include "formats/fcpxml/Timecodes.h"
 #include "report/XMLFindings.h"
 #include "report/XMLRuleOf.h"
 #include "xml/TextDecoding.h"
@@ -17,6 +19,7 @@ namespace vornic {
 namespace {
 
 constexpr std::string_view kNotYet = "this version has no such rules yet";
+constexpr std::string_view kNeitherKind = "the file is neither XMEML nor FCPXML";
 
 // Whether the XML declaration says that the document stands alone (XML 1.0, section 2.9).
 bool saysStandalone(std::string_view text) {
@@ -62,15 +65,29 @@ class Check {
         }
         skip(RuleGroup::characters, kNotYet);
         skip(RuleGroup::media, "not asked for");
+        addTimecodes();
         PlaceFinder(*index_, source_.decoding).place(report_.findings);
     }
 
   private:
     void judgeFCPXML() {
         judgeStructure();
+        if (index_->kind() == FileKind::fcpxml) {
+            return checkFCPXML(*index_, {isComplete_, !report_.definition.empty()}, options_,
+                               report_);
+        }
         for (const RuleGroup group :
              {RuleGroup::references, RuleGroup::timing, RuleGroup::values, RuleGroup::versions}) {
-            skip(group, kNotYet);
+            skip(group, kNeitherKind);
+        }
+    }
+
+    void addTimecodes() {
+        if (index_->kind() == FileKind::fcpxml) {
+            fcpxml::Timecodes timecodes(*index_);
+            for (Finding& finding : report_.findings.kept()) {
+                finding.where.timecode = timecodes.at(finding.where.offset);
+            }
         }
     }
 
@@ -88,7 +105,7 @@ class Check {
 
     void judgeStructure() {
         if (index_->kind() != FileKind::fcpxml) {
-            return skip(RuleGroup::structure, "the file is neither XMEML nor FCPXML");
+            return skip(RuleGroup::structure, kNeitherKind);
         }
         const auto version = fcpxml::Version::parse(index_->version());
         if (!version) {

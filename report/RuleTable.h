@@ -11,6 +11,10 @@
 
 #include "report/Rule.h"
 #include "report/RuleId.h"
+#include "report/rules/FCPXMLReferenceRules.h"
+#include "report/rules/FCPXMLTimingRules.h"
+#include "report/rules/FCPXMLValueRules.h"
+#include "report/rules/FCPXMLVersionRules.h"
 #include "report/rules/RepairRules.h"
 #include "report/rules/StructureRules.h"
 #include "report/rules/ValueRules.h"
@@ -42,8 +46,14 @@ template <std::size_t... Sizes>
 
 /// All rules, by groups.
 inline constexpr auto kRuleTable = rules::detail::joined(
-    rules::kXMLRules, rules::kStructureRules, rules::kValueRules, rules::kXMEMLStructureRules,
-    rules::kXMEMLReferenceRules, rules::kXMEMLVersionRules, rules::kRepairRules);
+    rules::kXMLRules, rules::kStructureRules, rules::kValueRules,
+    // FCPXML.
+    rules::kFCPXMLReferenceRules, rules::kFCPXMLTimingRules, rules::kFCPXMLValueRules,
+    rules::kFCPXMLVersionRules,
+    // XMEML.
+    rules::kXMEMLStructureRules, rules::kXMEMLReferenceRules, rules::kXMEMLVersionRules,
+    // Repairs.
+    rules::kRepairRules);
 
 inline constexpr std::size_t kRuleCount = kRuleTable.size();
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "check/Listing.h"
 #include "check/NearestName.h"
 
 namespace vornic {
@@ -17,23 +18,6 @@ using fcpxml::ValidityFault;
 using fcpxml::ValidityFaultKind;
 using fcpxml::Version;
 using fcpxml::VersionRun;
-
-constexpr std::size_t kMostNames = 6;
-
-// "a", "a or b", "a, b or c"; longer lists end with how many more there are.
-std::string listed(const std::vector<std::string>& names) {
-    std::string text;
-    const std::size_t shown = names.size() > kMostNames + 1 ? kMostNames : names.size();
-    for (std::size_t i = 0; i < shown; ++i) {
-        const bool isLast = i + 1 == names.size();
-        text += i == 0 ? "" : isLast ? " or " : ", ";
-        text += names[i];
-    }
-    if (shown < names.size()) {
-        text += " or one of " + std::to_string(names.size() - shown) + " others";
-    }
-    return text;
-}
 
 std::string inBrackets(std::string_view name) {
     return "<" + std::string(name) + ">";

@@ -8,12 +8,12 @@
 
 namespace vornic::fcpxml {
 
-/// The attributes of type IDREF in any version, and the paths of media.
-inline constexpr std::array<std::string_view, 6> kIndexedAttributes = {
-    "ref", "format", "tracking", "dataLocator", "projectRef", "src"};
-/// What holds a timeline, and the angles that clips name.
-inline constexpr std::array<std::string_view, 3> kIndexedElements = {"sequence", "spine",
-                                                                     "mc-angle"};
+/// The attributes of type IDREF in any version, the paths of media, and dates.
+inline constexpr std::array<std::string_view, 7> kIndexedAttributes = {
+    "ref", "format", "tracking", "dataLocator", "projectRef", "src", "modDate"};
+/// What holds a timeline, the angles of multicam clips, and what names them.
+inline constexpr std::array<std::string_view, 4> kIndexedElements = {"sequence", "spine",
+                                                                     "mc-angle", "mc-source"};
 
 inline constexpr IndexedNames kIndexedNames = {kIndexedAttributes, kIndexedElements};
 

@@ -83,7 +83,9 @@ inline constexpr Rule kXMEMLVersionRules[] = {
      "{reads} or lower",
      "The number of the version is newer than all that the receiver knows.",
      "Programs refuse a file of a newer version at once, whatever is in it.",
-     "Convert the file to a version that the receiver reads.", detail::kXMEMLVersions},
+     "Convert the file to a version that the receiver reads.",
+     "Final Cut Pro XML Interchange Format, appendix on versions; FCPXML document type definitions "
+     "1.0 to 1.14"},
     {"versions-newer-element", RuleGroup::versions, Severity::error,
      "<{element}> came with XMEML {since}; for a receiver that reads up to {reads} it should not "
      "be "

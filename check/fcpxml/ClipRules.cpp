@@ -1,0 +1,177 @@
+#include "check/fcpxml/ClipRules.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+#include "check/fcpxml/Naming.h"
+
+namespace vornic {
+
+namespace {
+
+using fcpxml::Resource;
+using fcpxml::Time;
+
+// What a clip may hold besides connected clips: itself.
+bool holdsContent(StoryKind kind) {
+    return kind == StoryKind::clip || kind == StoryKind::syncClip || kind == StoryKind::audition;
+}
+
+bool isWholeNumber(std::string_view text) {
+    if (text.starts_with('-') || text.starts_with('+')) {
+        text.remove_prefix(1);
+    }
+    return !text.empty() &&
+           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+bool isZero(std::string_view number) {
+    return number.find_first_not_of("+-0") == std::string_view::npos;
+}
+
+}  // namespace
+
+bool ClipRules::hasLane(const StoryElement& clip) const {
+    return clip.lane.offset != 0 && !isZero(clip.lane.of(index_.text()));
+}
+
+bool ClipRules::isConnected(const StoryElement& clip, const StoryElement& parent) {
+    const std::string_view lane = clip.lane.of(index_.text());
+    if (clip.lane.offset != 0 && !isWholeNumber(lane)) {
+        findings_.add("values-lane"_rule, clip.lane,
+                      {{"clip", calledBy(index_, clip.element)}, {"value", quotedValue(lane)}});
+        return true;
+    }
+    if (hasLane(clip)) {
+        return true;
+    }
+    if (holdsContent(parent.kind)) {
+        return false;
+    }
+    findings_.add(
+        "timing-connected-without-lane"_rule,
+        clip.lane.offset != 0 ? clip.lane : index_.startTagOf(clip.element),
+        {{"clip", calledBy(index_, clip.element)}, {"parent", calledBy(index_, parent.element)}});
+    return true;
+}
+
+void ClipRules::judgeLaneInSpine(const StoryElement& item) {
+    if (!hasLane(item)) {
+        return;
+    }
+    Finding* const finding = findings_.add("timing-lane-in-spine"_rule, item.lane,
+                                           {{"clip", calledBy(index_, item.element)},
+                                            {"value", quotedValue(item.lane.of(index_.text()))}});
+    if (finding != nullptr) {
+        finding->mend = Mend{Confidence::ask, "take the attribute lane out",
+                             removalOf(index_, item.element, "lane")};
+    }
+}
+
+void ClipRules::judgeAnchor(const StoryElement& clip, const StoryElement& parent, Time start,
+                            Time duration) {
+    const Time offset = clip.offset.time;
+    const Time end = start + duration;
+    if (offset < start || offset > end) {
+        findings_.add("timing-connected-outside"_rule, clip.offset.place,
+                      {{"clip", calledBy(index_, clip.element)},
+                       {"parent", calledBy(index_, parent.element)},
+                       {"value", offset.text()},
+                       {"first", start.text()},
+                       {"last", end.text()}});
+    }
+}
+
+void ClipRules::judgeDuration(const StoryElement& clip) {
+    if (clip.duration.time <= Time(0)) {
+        findings_.add("timing-no-duration"_rule, clip.duration.place,
+                      {{"attribute", "duration"},
+                       {"clip", calledBy(index_, clip.element)},
+                       {"value", clip.duration.time.text()}});
+    }
+}
+
+// Whether the clip's own time, or that of a clip that it stands in, runs otherwise than its media.
+bool ClipRules::isRetimed(ElementNumber clip) const {
+    constexpr int kMostAncestors = 32;
+    for (int count = 0; clip != kNoElement && count < kMostAncestors; ++count) {
+        for (ElementNumber child = index_.firstChildOf(clip); child != kNoElement;
+             child = index_.nextSiblingOf(child)) {
+            const std::string_view name = index_.nameOf(child);
+            if (name == "timeMap" || name == "conform-rate") {
+                return true;
+            }
+            // Both stand in front of all others but these.
+            if (name != "note" && name != "param") {
+                break;
+            }
+        }
+        clip = index_.parentOf(clip);
+    }
+    return false;
+}
+
+void ClipRules::judgeRange(const StoryElement& clip, Time duration, Time frame) {
+    const Resource* const asset = resources_.find(clip.reference, "asset");
+    if (asset == nullptr || asset->isStill || !(asset->duration > Time(0))) {
+        return;
+    }
+    const Time tolerance = frame.isKnown() ? frame : asset->frameDuration.valueOr(Time(1, 24));
+    const Time first = clip.start.isThere() ? clip.start.time : asset->start;
+    const Time last = first + duration;
+    const Time end = asset->start + asset->duration;
+    const bool isOutside = asset->start - first >= tolerance || last - end >= tolerance;
+    if (!isOutside || !last.isKnown() || isRetimed(clip.element)) {
+        return;
+    }
+    const bool startsOutside = asset->start - first >= tolerance || first >= end;
+    const TextSpan place = startsOutside && clip.start.isThere() ? clip.start.place
+                           : clip.duration.isThere()             ? clip.duration.place
+                                                                 : index_.startTagOf(clip.element);
+    findings_.add("timing-clip-beyond-media"_rule, place,
+                  {{"clip", calledBy(index_, clip.element)},
+                   {"first", first.seconds()},
+                   {"last", last.seconds()},
+                   {"from", asset->start.seconds()},
+                   {"to", end.seconds()}});
+}
+
+// A clip that begins inside of what it holds is trimmed.
+void ClipRules::judgeSyncStart(const StoryElement& clip, Time start, const StoryElement& content,
+                               Time duration) {
+    constexpr Time kShort(1, 24);
+    const Time offset = content.offset.isThere() ? content.offset.time : Time(0);
+    if ((start - offset).absolute() < kShort || !start.isKnown() || !offset.isKnown()) {
+        return;
+    }
+    const bool isTrimmed = start > offset && start < offset + duration;
+    const TextSpan place =
+        clip.start.isThere() ? clip.start.place : index_.startTagOf(clip.element);
+    findings_.add("timing-sync-clip-start"_rule, isTrimmed ? Severity::info : Severity::warning,
+                  place,
+                  {{"clip", calledBy(index_, clip.element)},
+                   {"value", start.text()},
+                   {"offset", offset.text()}});
+}
+
+void ClipRules::judgeRate(const StoryElement& asset) {
+    if (!(asset.duration.time > Time(0)) ||
+        index_.attributeTextOf(asset.element, "hasVideo") != "1") {
+        return;
+    }
+    const Resource* const format = resources_.find(asset.format, "format");
+    if (format == nullptr || index_.attributeOf(format->element, "frameDuration")) {
+        return;
+    }
+    // Other names stand for formats that programs know.
+    const bool isOfStills =
+        format->name.empty() || format->name.find("RateUndefined") != std::string_view::npos;
+    if (isOfStills) {
+        findings_.add("timing-media-without-rate"_rule, asset.duration.place,
+                      {{"clip", calledBy(index_, asset.element)},
+                       {"duration", asset.duration.time.seconds()}});
+    }
+}
+
+}  // namespace vornic

@@ -1,0 +1,47 @@
+#ifndef VORNIC_CHECK_FCPXML_CLIP_RULES_H
+#define VORNIC_CHECK_FCPXML_CLIP_RULES_H
+
+#include "check/fcpxml/TimeReader.h"
+#include "formats/ElementIndex.h"
+#include "formats/fcpxml/Resources.h"
+#include "formats/fcpxml/Time.h"
+#include "report/Findings.h"
+
+namespace vornic {
+
+/// The rules about a single clip: its media, its lane, and what it hangs on.
+class ClipRules {
+  public:
+    ClipRules(const ElementIndex& index, fcpxml::Resources& resources, Findings& findings)
+        : index_(index), resources_(resources), findings_(findings) {}
+
+    /// A lane other than 0 was written.
+    [[nodiscard]] bool hasLane(const StoryElement& clip) const;
+    /// Whether a clip or spine that stands in another clip is connected to it; the others are what
+    /// that one shows. Tells those that should have a lane and have none.
+    [[nodiscard]] bool isConnected(const StoryElement& clip, const StoryElement& parent);
+
+    void judgeLaneInSpine(const StoryElement& item);
+    void judgeAnchor(const StoryElement& clip, const StoryElement& parent, fcpxml::Time start,
+                     fcpxml::Time duration);
+    /// Of a connected clip.
+    void judgeDuration(const StoryElement& clip);
+    /// Whether a clip lies in its asset's range. @param frame differences below it are none.
+    void judgeRange(const StoryElement& clip, fcpxml::Time duration, fcpxml::Time frame);
+    /// @param content the first thing in the sync-clip that is not connected to it.
+    void judgeSyncStart(const StoryElement& clip, fcpxml::Time start, const StoryElement& content,
+                        fcpxml::Time duration);
+    /// Whether an asset with motion has frames of a length.
+    void judgeRate(const StoryElement& asset);
+
+  private:
+    [[nodiscard]] bool isRetimed(ElementNumber clip) const;
+
+    const ElementIndex& index_;
+    fcpxml::Resources& resources_;
+    Findings& findings_;
+};
+
+}  // namespace vornic
+
+#endif

@@ -1,0 +1,33 @@
+#ifndef VORNIC_CHECK_FCPXML_NAMING_H
+#define VORNIC_CHECK_FCPXML_NAMING_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "formats/ElementIndex.h"
+#include "report/Mend.h"
+
+namespace vornic {
+
+/// How a message calls an element: `<asset-clip> "Interview"`, or `<asset-clip>` when neither it
+/// nor what it refers to has a name.
+[[nodiscard]] std::string calledBy(const ElementIndex& index, ElementNumber element);
+
+/// "an <asset>", "a <format>".
+[[nodiscard]] std::string withArticle(std::string_view element);
+
+/// What an attribute says, as a message quotes it: references replaced, long ones cut.
+[[nodiscard]] std::string quotedValue(std::string_view rawValue);
+
+/// A text as it stands between the quotes of an attribute.
+[[nodiscard]] std::string escapedAttributeValue(std::string_view text);
+
+/// The edits that take an attribute out with the white space in front of it; none when the element
+/// has no such attribute.
+[[nodiscard]] std::vector<Edit> removalOf(const ElementIndex& index, ElementNumber element,
+                                          std::string_view attribute);
+
+}  // namespace vornic
+
+#endif

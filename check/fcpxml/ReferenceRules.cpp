@@ -1,0 +1,210 @@
+#include "check/fcpxml/ReferenceRules.h"
+
+#include <array>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "check/fcpxml/Naming.h"
+#include "formats/fcpxml/Resources.h"
+
+namespace vornic {
+
+namespace {
+
+using fcpxml::Resource;
+using fcpxml::Resources;
+
+// What an attribute of an element may name; the second kind is empty where there is one alone.
+struct ReferenceKinds {
+    std::string_view attribute;
+    // Empty for every element that has the attribute.
+    std::string_view element;
+    std::string_view kind;
+    std::string_view otherKind = {};
+};
+
+constexpr std::array kKinds = {
+    ReferenceKinds{"ref", "asset-clip", "asset"},
+    ReferenceKinds{"ref", "ref-clip", "media"},
+    ReferenceKinds{"ref", "mc-clip", "media"},
+    ReferenceKinds{"ref", "video", "asset", "effect"},
+    ReferenceKinds{"ref", "audio", "asset", "effect"},
+    ReferenceKinds{"ref", "title", "effect"},
+    ReferenceKinds{"ref", "filter", "effect"},
+    ReferenceKinds{"ref", "filter-video", "effect"},
+    ReferenceKinds{"ref", "filter-audio", "effect"},
+    ReferenceKinds{"ref", "filter-color", "effect"},
+    ReferenceKinds{"ref", "transition", "effect"},
+    ReferenceKinds{"ref", "text-style", "text-style-def"},
+    ReferenceKinds{"format", "", "format"},
+    ReferenceKinds{"tracking", "", "tracking-shape"},
+    ReferenceKinds{"dataLocator", "", "locator"},
+    ReferenceKinds{"projectRef", "", "projectRef", "project"},
+};
+
+constexpr std::array<std::string_view, 5> kAttributes = {"ref", "format", "tracking", "dataLocator",
+                                                         "projectRef"};
+
+const ReferenceKinds* kindsOf(std::string_view attribute, std::string_view element) {
+    for (const ReferenceKinds& kinds : kKinds) {
+        if (kinds.attribute == attribute && (kinds.element.empty() || kinds.element == element)) {
+            return &kinds;
+        }
+    }
+    return nullptr;
+}
+
+class ReferenceCheck {
+  public:
+    ReferenceCheck(const ElementIndex& index, bool tellsDangling, Findings& findings)
+        : index_(index), resources_(index), tellsDangling_(tellsDangling), findings_(findings) {}
+
+    void run() {
+        for (const std::string_view attribute : kAttributes) {
+            for (const ElementNumber element : index_.elementsWithAttribute(attribute)) {
+                judgeReference(element, attribute);
+            }
+        }
+        readAngles();
+        for (const ElementNumber source : index_.elementsNamed("mc-source")) {
+            judgeAngle(source);
+        }
+        judgeUids("asset");
+        judgeUids("media");
+    }
+
+  private:
+    void judgeReference(ElementNumber element, std::string_view attribute);
+    void judgeMedia(ElementNumber element, TextSpan value, ElementNumber media);
+    void readAngles();
+    void judgeAngle(ElementNumber source);
+    void judgeUids(std::string_view kind);
+    [[nodiscard]] bool isSameMedia(ElementNumber left, ElementNumber right) const;
+    [[nodiscard]] std::string_view sourceOf(ElementNumber asset) const;
+
+    const ElementIndex& index_;
+    Resources resources_;
+    bool tellsDangling_;
+    Findings& findings_;
+    // The angle ids of each multicam.
+    std::unordered_map<ElementNumber, std::unordered_set<std::string_view>> angles_;
+};
+
+void ReferenceCheck::judgeReference(ElementNumber element, std::string_view attribute) {
+    const ReferenceKinds* const kinds = kindsOf(attribute, index_.nameOf(element));
+    if (kinds == nullptr) {
+        return;
+    }
+    const TextSpan value = *index_.attributeOf(element, attribute);
+    const std::string_view id = value.of(index_.text());
+    const Resource* const target = resources_.find(id);
+    if (target == nullptr) {
+        if (tellsDangling_) {
+            findings_.add("references-dangling"_rule, value,
+                          {{"attribute", attribute},
+                           {"clip", calledBy(index_, element)},
+                           {"id", quotedValue(id)}});
+        }
+        return;
+    }
+    if (target->kind != kinds->kind && target->kind != kinds->otherKind) {
+        const std::string instead =
+            withArticle(kinds->kind) +
+            (kinds->otherKind.empty() ? "" : " or " + withArticle(kinds->otherKind));
+        findings_.add("references-wrong-kind"_rule, value,
+                      {{"attribute", attribute},
+                       {"clip", calledBy(index_, element)},
+                       {"id", quotedValue(id)},
+                       {"found", withArticle(target->kind)},
+                       {"instead", instead}});
+        return;
+    }
+    if (target->kind == "media") {
+        judgeMedia(element, value, target->element);
+    }
+}
+
+void ReferenceCheck::judgeMedia(ElementNumber element, TextSpan value, ElementNumber media) {
+    const bool isMulticam = index_.isNamed(element, "mc-clip");
+    const std::string_view held = isMulticam ? "multicam" : "sequence";
+    const std::string_view other = isMulticam ? "sequence" : "multicam";
+    const ElementNumber content = index_.firstChildOf(media);
+    if (content != kNoElement && index_.isNamed(content, other)) {
+        findings_.add("references-wrong-media"_rule, value,
+                      {{"clip", calledBy(index_, element)},
+                       {"id", quotedValue(value.of(index_.text()))},
+                       {"found", other},
+                       {"instead", held}});
+    }
+}
+
+void ReferenceCheck::readAngles() {
+    for (const ElementNumber angle : index_.elementsNamed("mc-angle")) {
+        const std::optional<TextSpan> id = index_.attributeOf(angle, "angleID");
+        if (id && !angles_[index_.parentOf(angle)].insert(id->of(index_.text())).second) {
+            findings_.add("references-repeated-angle"_rule, *id,
+                          {{"angle", quotedValue(id->of(index_.text()))}});
+        }
+    }
+}
+
+void ReferenceCheck::judgeAngle(ElementNumber source) {
+    const std::optional<TextSpan> angle = index_.attributeOf(source, "angleID");
+    const ElementNumber clip = index_.parentOf(source);
+    if (!angle || clip == kNoElement || !index_.isNamed(clip, "mc-clip")) {
+        return;
+    }
+    const Resource* const media = resources_.find(index_.attributeTextOf(clip, "ref"), "media");
+    const ElementNumber multicam =
+        media == nullptr ? kNoElement : index_.firstChildOf(media->element);
+    if (multicam == kNoElement || !index_.isNamed(multicam, "multicam")) {
+        return;
+    }
+    const auto angles = angles_.find(multicam);
+    if (angles == angles_.end() || !angles->second.contains(angle->of(index_.text()))) {
+        findings_.add(
+            "references-unknown-angle"_rule, *angle,
+            {{"clip", calledBy(index_, clip)}, {"angle", quotedValue(angle->of(index_.text()))}});
+    }
+}
+
+std::string_view ReferenceCheck::sourceOf(ElementNumber asset) const {
+    const ElementNumber representation = index_.childOf(asset, "media-rep");
+    return index_.attributeTextOf(representation == kNoElement ? asset : representation, "src");
+}
+
+// Two compound or multicam clips are never the same; two assets are when their file is.
+bool ReferenceCheck::isSameMedia(ElementNumber left, ElementNumber right) const {
+    return index_.isNamed(left, "asset") && sourceOf(left) == sourceOf(right);
+}
+
+void ReferenceCheck::judgeUids(std::string_view kind) {
+    std::unordered_map<std::string_view, ElementNumber> owners;
+    for (const ElementNumber element : fcpxml::resourcesNamed(index_, kind)) {
+        const std::optional<TextSpan> uid = index_.attributeOf(element, "uid");
+        if (!uid || uid->length == 0) {
+            continue;
+        }
+        const auto [owner, isNew] = owners.try_emplace(uid->of(index_.text()), element);
+        if (isNew || isSameMedia(owner->second, element)) {
+            continue;
+        }
+        Finding* const finding = findings_.add(
+            "references-uid-clash"_rule, *uid,
+            {{"thing", calledBy(index_, element)}, {"other", calledBy(index_, owner->second)}});
+        if (finding != nullptr) {
+            finding->mend = Mend{Confidence::ask, "take the attribute uid out of this one",
+                                 removalOf(index_, element, "uid")};
+        }
+    }
+}
+
+}  // namespace
+
+void checkFCPXMLReferences(const ElementIndex& index, bool tellsDangling, Findings& findings) {
+    ReferenceCheck(index, tellsDangling, findings).run();
+}
+
+}  // namespace vornic

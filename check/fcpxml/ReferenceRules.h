@@ -1,0 +1,16 @@
+#ifndef VORNIC_CHECK_FCPXML_REFERENCE_RULES_H
+#define VORNIC_CHECK_FCPXML_REFERENCE_RULES_H
+
+#include "formats/ElementIndex.h"
+#include "report/Findings.h"
+
+namespace vornic {
+
+/// What the ids, angle ids and uids of an FCPXML file lead to.
+/// @param tellsDangling whether references to nothing are told: where the definition of the file's
+/// version told them already, they are passed.
+void checkFCPXMLReferences(const ElementIndex& index, bool tellsDangling, Findings& findings);
+
+}  // namespace vornic
+
+#endif

@@ -1,0 +1,24 @@
+#include "check/fcpxml/Rules.h"
+
+#include "check/fcpxml/ReferenceRules.h"
+#include "check/fcpxml/TimingRules.h"
+#include "check/fcpxml/ValueRules.h"
+#include "check/fcpxml/VersionRules.h"
+
+namespace vornic {
+
+void checkFCPXML(const ElementIndex& index, const FCPXMLReading& reading,
+                 const CheckOptions& options, Report& report) {
+    checkFCPXMLReferences(index, reading.isComplete && !reading.isCompared, report.findings);
+    checkFCPXMLTiming(index, reading.isComplete, report.findings);
+    checkFCPXMLValues(index, report.findings);
+    const auto reads =
+        options.reads ? fcpxml::Version::parse(*options.reads) : std::optional<fcpxml::Version>();
+    checkFCPXMLVersions(index, reads, report.findings);
+    for (const RuleGroup group :
+         {RuleGroup::references, RuleGroup::timing, RuleGroup::values, RuleGroup::versions}) {
+        report.groups.push_back({group, true, ""});
+    }
+}
+
+}  // namespace vornic

@@ -1,0 +1,88 @@
+#include "formats/fcpxml/Resources.h"
+
+namespace vornic::fcpxml {
+
+namespace {
+
+std::string_view trimmed(std::string_view text) {
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    const std::size_t last = text.find_last_not_of(" \t\r\n");
+    return first == std::string_view::npos ? std::string_view()
+                                           : text.substr(first, last + 1 - first);
+}
+
+void addNamed(const ElementIndex& index, ElementNumber resources, std::string_view name,
+              std::vector<ElementNumber>& found) {
+    for (ElementNumber child = index.firstChildOf(resources); child != vornic::kNoElement;
+         child = index.nextSiblingOf(child)) {
+        if (index.isNamed(child, name)) {
+            found.push_back(child);
+        }
+    }
+}
+
+}  // namespace
+
+std::vector<ElementNumber> resourcesNamed(const ElementIndex& index, std::string_view name) {
+    std::vector<ElementNumber> found;
+    for (ElementNumber child = index.firstChildOf(0); child != vornic::kNoElement;
+         child = index.nextSiblingOf(child)) {
+        const bool isProject = index.isNamed(child, "project");
+        const ElementNumber resources = isProject ? index.firstChildOf(child) : child;
+        if (resources != vornic::kNoElement && index.isNamed(resources, "resources")) {
+            addNamed(index, resources, name, found);
+        }
+    }
+    return found;
+}
+
+Resource Resources::read(ElementNumber element) {
+    Resource resource;
+    resource.element = element;
+    resource.kind = index_.nameOf(element);
+    resource.name = index_.attributeTextOf(element, "name");
+    if (resource.kind == "format") {
+        resource.frameDuration = parsedTime(index_.attributeTextOf(element, "frameDuration")).time;
+    } else if (resource.kind == "asset") {
+        const auto start = index_.attributeOf(element, "start");
+        resource.start = start ? parsedTime(start->of(index_.text())).time : Time(0);
+        resource.duration = parsedTime(index_.attributeTextOf(element, "duration")).time;
+        // Not by `find`: an asset may name itself.
+        const std::string_view id = trimmed(index_.attributeTextOf(element, "format"));
+        const ElementNumber format = id.empty() ? vornic::kNoElement : index_.elementWithId(id);
+        if (format != vornic::kNoElement && index_.isNamed(format, "format")) {
+            resource.frameDuration =
+                parsedTime(index_.attributeTextOf(format, "frameDuration")).time;
+        }
+        resource.isStill = !resource.frameDuration.isKnown() &&
+                           index_.attributeTextOf(element, "hasVideo") == "1" &&
+                           index_.attributeTextOf(element, "hasAudio") != "1";
+    }
+    return resource;
+}
+
+const Resource* Resources::find(std::string_view reference) {
+    const std::string_view id = trimmed(reference);
+    if (const auto known = known_.find(id); known != known_.end()) {
+        return known->second.element == vornic::kNoElement ? nullptr : &known->second;
+    }
+    const ElementNumber element = id.empty() ? vornic::kNoElement : index_.elementWithId(id);
+    Resource resource;
+    if (element != vornic::kNoElement) {
+        resource = read(element);
+    }
+    const Resource& kept = known_.emplace(id, resource).first->second;
+    return element == vornic::kNoElement ? nullptr : &kept;
+}
+
+const Resource* Resources::find(std::string_view reference, std::string_view kind) {
+    const Resource* const resource = find(reference);
+    return resource != nullptr && resource->kind == kind ? resource : nullptr;
+}
+
+Time Resources::frameDurationOf(std::string_view formatReference) {
+    const Resource* const format = find(formatReference, "format");
+    return format == nullptr ? Time() : format->frameDuration;
+}
+
+}  // namespace vornic::fcpxml

@@ -1,0 +1,57 @@
+#ifndef VORNIC_FORMATS_FCPXML_RESOURCES_H
+#define VORNIC_FORMATS_FCPXML_RESOURCES_H
+
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "formats/ElementIndex.h"
+#include "formats/fcpxml/Time.h"
+
+namespace vornic::fcpxml {
+
+/// Something with an id that other elements refer to, and what rules ask of it again and again.
+struct Resource {
+    ElementNumber element = vornic::kNoElement;
+    /// The element's name: "asset", "format", "media".
+    std::string_view kind;
+    /// Raw, "" for none.
+    std::string_view name;
+    /// Of an asset: where its media begin (0 when it does not say so) and how long they are.
+    Time start;
+    Time duration;
+    /// Of a format: the length of a frame. Of an asset: that of its format.
+    Time frameDuration;
+    /// Of an asset: that it has a picture and no sound, and a format without a frame duration. A
+    /// clip may show it as long as it likes.
+    bool isStill = false;
+};
+
+/// What the ids of a file lead to. Each id is looked up once. One thread; the index must outlive
+/// this.
+class Resources {
+  public:
+    explicit Resources(const ElementIndex& index) : index_(index) {}
+
+    /// What the raw value of a reference leads to; null when nothing has the id. Stays where it is.
+    [[nodiscard]] const Resource* find(std::string_view reference);
+    /// The same when it is of that kind, else null.
+    [[nodiscard]] const Resource* find(std::string_view reference, std::string_view kind);
+    /// The frame duration of the format that a reference leads to; unknown when there is none.
+    [[nodiscard]] Time frameDurationOf(std::string_view formatReference);
+
+  private:
+    [[nodiscard]] Resource read(ElementNumber element);
+
+    const ElementIndex& index_;
+    std::unordered_map<std::string_view, Resource> known_;
+};
+
+/// The resources of that name, such as all assets, in document order. They stand in the root
+/// element, or in projects up to version 1.3.
+[[nodiscard]] std::vector<ElementNumber> resourcesNamed(const ElementIndex& index,
+                                                        std::string_view name);
+
+}  // namespace vornic::fcpxml
+
+#endif
