@@ -51,7 +51,9 @@ bool isFixture(const std::string& name) {
 }  // namespace
 
 std::vector<std::string> ruleFixtureFolders() {
-    return namesIn(kFolder);
+    std::vector<std::string> names = namesIn(kFolder);
+    std::erase_if(names, [](const std::string& name) { return !fs::is_directory(kFolder / name); });
+    return names;
 }
 
 std::vector<RuleFixture> ruleFixtures() {
