@@ -1,5 +1,6 @@
 #include "check/fcpxml/SpineCheck.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -41,7 +42,7 @@ void SpineCheck::item(const StoryElement& item, Time duration) {
     if (std::exchange(isFirst_, false)) {
         judgeFirst(item, offset);
     } else if (isOnGrid) {
-        judgePlace(item, offset);
+        judgePlace(item, offset, duration);
     }
     if (transition_.element != kNoElement) {
         judgeLength(item.element, duration);
@@ -61,6 +62,7 @@ void SpineCheck::goOnBehind(Time offset, Time duration, bool isOnGrid) {
     due_ = isOnGrid || stoodRight ? due : otherwise;
     dueOtherwise_ = isOnGrid || stoodRight ? otherwise : due;
     isSound_ = isSound_ && due_.isKnown();
+    end_ = end_.isKnown() && end_ > due ? end_ : due;
 }
 
 bool SpineCheck::judgeGrid(const StoryElement& item, const TimeAttribute& time,
@@ -93,19 +95,60 @@ void SpineCheck::judgeFirst(const StoryElement& item, Time offset) {
     }
 }
 
-void SpineCheck::judgePlace(const StoryElement& item, Time offset) {
+bool SpineCheck::isAt(Time time, Time wanted) const {
+    return (time - wanted).absolute() < tolerance();
+}
+
+bool SpineCheck::fillsHole(Time offset, Time duration) {
+    const auto hole = std::find_if(holes_.begin(), holes_.end(), [&](const Hole& candidate) {
+        return isAt(offset, candidate.from);
+    });
+    if (hole == holes_.end()) {
+        return false;
+    }
+    hole->from = offset + duration;
+    if (!(hole->to - hole->from >= tolerance())) {
+        holes_.erase(hole);
+    }
+    return true;
+}
+
+void SpineCheck::judgePlace(const StoryElement& item, Time offset, Time duration) {
+    constexpr std::size_t kMostHoles = 16;
     const Time difference = offset - due_;
-    if (!(difference.absolute() >= tolerance()) ||
-        (offset - dueOtherwise_).absolute() < tolerance()) {
+    if (fillsHole(offset, duration) || !(difference.absolute() >= tolerance()) ||
+        isAt(offset, dueOtherwise_) || isAt(offset, end_)) {
+        return;
+    }
+    if (difference > Time(0)) {
+        const Hole hole{due_, offset, item.element, item.offset.place};
+        if (holes_.size() < kMostHoles) {
+            holes_.push_back(hole);
+        } else {
+            addHole(hole);
+        }
         return;
     }
     isSound_ = false;
-    const bool isHole = difference > Time(0);
-    findings_->add(isHole ? "timing-spine-hole"_rule : "timing-spine-overlap"_rule,
-                   item.offset.place,
+    findings_->add("timing-spine-overlap"_rule, item.offset.place,
                    {{"length", lengthText(difference.absolute(), frame_)},
                     {"clip", calledBy(*index_, item.element)},
                     {"offset", onGrid(due_)}});
+}
+
+void SpineCheck::addHole(const Hole& hole) {
+    isSound_ = false;
+    findings_->add("timing-spine-hole"_rule, hole.place,
+                   {{"length", lengthText(hole.to - hole.from, frame_)},
+                    {"clip", calledBy(*index_, hole.item)},
+                    {"offset", onGrid(hole.from)}});
+}
+
+void SpineCheck::finish() {
+    for (const Hole& hole : holes_) {
+        addHole(hole);
+    }
+    holes_.clear();
 }
 
 void SpineCheck::transition(const StoryElement& transition) {
@@ -114,12 +157,12 @@ void SpineCheck::transition(const StoryElement& transition) {
     const Time duration = transition.duration.time;
     const bool isAtStart = isFirst_;
     const Time centre = offset + duration.half();
-    const auto isAt = [this](Time time, Time wanted) {
+    const auto isNear = [this](Time time, Time wanted) {
         return (time - wanted).absolute() < tolerance() + tolerance();
     };
     if (offset.isKnown() && duration.isKnown() && due_.isKnown()) {
-        const bool isRight = isAt(centre, due_) || isAt(offset + duration, due_) ||
-                             (isAtStart && isAt(offset, due_));
+        const bool isRight = isNear(centre, due_) || isNear(offset + duration, due_) ||
+                             (isAtStart && isNear(offset, due_));
         if (!isRight) {
             findings_->add("timing-transition-misplaced"_rule, transition.offset.place,
                            {{"clip", calledBy(*index_, transition.element)},

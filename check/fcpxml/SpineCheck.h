@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "check/fcpxml/TimeReader.h"
 #include "formats/ElementIndex.h"
@@ -16,7 +17,8 @@ namespace vornic {
 
 /// Goes through the items of one spine in their order and tells holes, overlaps and what is not on
 /// the grid of frames. One fault is told once: behind it the storyline goes on from where its next
-/// item stands.
+/// item stands. Items may stand in any order, as some exports have it: what comes later may fill a
+/// hole.
 class SpineCheck {
   public:
     /// @param begin where the first item has to stand; unknown for any place.
@@ -29,6 +31,9 @@ class SpineCheck {
     void item(const StoryElement& item, fcpxml::Time duration);
     void transition(const StoryElement& transition);
 
+    /// Tells the holes that nothing has filled. To be called behind the last item.
+    void finish();
+
     /// Where the next item has to stand; unknown when that cannot be said.
     [[nodiscard]] fcpxml::Time due() const { return due_; }
     /// False once something was told, or a time was not known.
@@ -36,9 +41,20 @@ class SpineCheck {
     [[nodiscard]] fcpxml::Time frame() const { return frame_; }
 
   private:
+    // From what ended before it to the item that was found behind it.
+    struct Hole {
+        fcpxml::Time from;
+        fcpxml::Time to;
+        ElementNumber item;
+        TextSpan place;
+    };
+
     [[nodiscard]] bool judgeGrid(const StoryElement& item, const TimeAttribute& time,
                                  std::string_view attribute);
-    void judgePlace(const StoryElement& item, fcpxml::Time offset);
+    void judgePlace(const StoryElement& item, fcpxml::Time offset, fcpxml::Time duration);
+    void addHole(const Hole& hole);
+    [[nodiscard]] bool fillsHole(fcpxml::Time offset, fcpxml::Time duration);
+    [[nodiscard]] bool isAt(fcpxml::Time time, fcpxml::Time wanted) const;
     void judgeFirst(const StoryElement& item, fcpxml::Time offset);
     void goOnBehind(fcpxml::Time offset, fcpxml::Time duration, bool isOnGrid);
     void judgeLength(ElementNumber neighbour, fcpxml::Time duration);
@@ -54,6 +70,10 @@ class SpineCheck {
     fcpxml::Time due_;
     // Where the next item would stand if the last one stood where it should.
     fcpxml::Time dueOtherwise_;
+    // The end of the item that ends last.
+    fcpxml::Time end_;
+    // Those that a later item may still fill.
+    std::vector<Hole> holes_;
     ElementNumber previous_ = kNoElement;
     fcpxml::Time previousDuration_;
     // The transition in front of the next item.

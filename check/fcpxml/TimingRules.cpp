@@ -107,9 +107,11 @@ void TimelineCheck::closeUpTo(ElementNumber element) {
         Level& level = levels_.back();
         if (level.story.kind == StoryKind::sequence) {
             judgeExtent(level);
-        } else if (level.spine && !level.spine->isSound() && level.isPlaced &&
-                   level.timeline != kNoLevel) {
-            levels_[level.timeline].isMeasured = false;
+        } else if (level.spine) {
+            level.spine->finish();
+            if (!level.spine->isSound() && level.isPlaced && level.timeline != kNoLevel) {
+                levels_[level.timeline].isMeasured = false;
+            }
         }
         levels_.pop_back();
     }

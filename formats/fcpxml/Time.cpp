@@ -197,7 +197,8 @@ ParsedTime parsedTime(std::string_view text) {
 
 std::string timecodeText(Time position, Time frame, bool isDropFrame) {
     const std::int64_t rate = countedRate(frame);
-    if (rate == 0 || !(position >= Time(0))) {
+    constexpr Time kMostSeconds(100 * 3600);
+    if (rate == 0 || !(position >= Time(0)) || !(position < kMostSeconds)) {
         return "";
     }
     std::int64_t number = position.framesOf(frame);
@@ -206,10 +207,6 @@ std::string timecodeText(Time position, Time frame, bool isDropFrame) {
         number = droppedNumber(number, rate);
     }
     const std::int64_t seconds = number / rate;
-    constexpr std::int64_t kMostSeconds = 100 * 3600;
-    if (seconds >= kMostSeconds) {
-        return "";
-    }
     constexpr std::size_t kLongest = 32;
     char buffer[kLongest];
     std::snprintf(buffer, sizeof(buffer), "%02d:%02d:%02d%c%02d", static_cast<int>(seconds / 3600),

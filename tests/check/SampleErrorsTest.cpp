@@ -29,7 +29,8 @@ constexpr const char* kList = VORNIC_SOURCE "/tests/data/check/errors-on-samples
 void addErrorsOf(const fs::path& file, const std::string& name, Counts& counts) {
     CheckOptions options;
     options.mostOfARule = std::numeric_limits<std::size_t>::max();
-    for (const Finding& finding : checkFile(readBytes(file), options).findings.kept()) {
+    const Report report = checkFile(readBytes(file), options);
+    for (const Finding& finding : report.findings.kept()) {
         if (finding.severity == Severity::error) {
             ++counts[{name, std::string(ruleOf(finding.rule).id)}];
         }
