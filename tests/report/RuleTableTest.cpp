@@ -63,7 +63,7 @@ TEST(RuleTable, theMessageOfACheckSaysWhatWouldBeRight) {
 // What a rule is about as a whole needs no name.
 TEST(RuleTable, theMessageOfARuleAboutAFormatNamesTheThing) {
     constexpr std::string_view kAboutTheFile[] = {"structure-no-content", "structure-no-version",
-                                                  "values-standalone"};
+                                                  "values-standalone", "versions-not-declared"};
     for (const Rule& rule : kRuleTable) {
         const bool isOfAFormat = rule.group != RuleGroup::repair && rule.group != RuleGroup::xml;
         const bool isAboutTheFile = std::find(std::begin(kAboutTheFile), std::end(kAboutTheFile),

@@ -84,9 +84,9 @@ TEST(FCPXMLTiming, letsItemsStandInAnyOrder) {
     EXPECT_EQ(rulesOf(withSpine(gap("0s", "5s") + gap("9s", "5s") + gap("5s", "1s") +
                                 gap("6s", "3s") + gap("14s", "5s"))),
               Strings());
-    EXPECT_EQ(rulesOf(withSpine(gap("0s", "5s") + gap("9s", "5s") + gap("5s", "1s") +
-                                gap("14s", "5s"))),
-              Strings{"timing-spine-hole"});
+    EXPECT_EQ(
+        rulesOf(withSpine(gap("0s", "5s") + gap("9s", "5s") + gap("5s", "1s") + gap("14s", "5s"))),
+        Strings{"timing-spine-hole"});
 }
 
 TEST(FCPXMLTiming, tellsALengthThatIsWrongOnce) {
