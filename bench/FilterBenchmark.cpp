@@ -12,7 +12,7 @@ namespace {
 class SilentObserver : public CharacterFilterObserver {
   public:
     [[nodiscard]] bool isCancelled() override { return false; }
-    void removedUnit(std::int64_t /*index*/) override {}
+    void removedUnit(std::int64_t /*index*/, TextSpan /*character*/) override {}
     [[nodiscard]] bool finishedUnits(std::int64_t /*first*/, std::int64_t /*last*/) override {
         return true;
     }

@@ -6,11 +6,9 @@
 #include <cstddef>
 
 #include "foundation/FormatString.h"
-#include "foundation/QMLog.h"
 #include "foundation/Text.h"
 #include "platform/Exception.h"
 #include "repair/SpecialBytes.h"
-#include "report/Message.h"
 #include "report/RuleTable.h"
 
 namespace vornic {
@@ -207,7 +205,8 @@ class Scan {
         if (firstUntold_ < index()) {
             return;
         }
-        observer_.removedUnit(firstUntold_);
+        const TextSpan bytes{offsetOf(at_), static_cast<std::size_t>(character.bytes)};
+        observer_.removedUnit(firstUntold_, bytes);
         if (character.units == 2) {
             static_cast<void>(observer_.finishedUnits(firstUntold_, firstUntold_));
             ++firstUntold_;
@@ -215,7 +214,7 @@ class Scan {
             if (cancelled_) {
                 return;
             }
-            observer_.removedUnit(firstUntold_);
+            observer_.removedUnit(firstUntold_, bytes);
         }
         replace(character, "");
         roundEnd_ = at_;
@@ -283,30 +282,36 @@ class Scan {
 class SilentObserver : public CharacterFilterObserver {
   public:
     bool isCancelled() override { return false; }
-    void removedUnit(std::int64_t /*index*/) override {}
+    void removedUnit(std::int64_t /*index*/, TextSpan /*character*/) override {}
     bool finishedUnits(std::int64_t /*first*/, std::int64_t /*last*/) override { return true; }
 };
 
-class HostObserver : public CharacterFilterObserver {
+class ReportingObserver : public CharacterFilterObserver {
   public:
-    explicit HostObserver(RepairHost& host) : host_(host) {}
+    ReportingObserver(SourcePlaces& places, RepairReport& report, const StopToken& stop)
+        : places_(places), report_(report), stop_(stop) {}
 
-    bool isCancelled() override { return host_.progressCancelled(); }
+    bool isCancelled() override { return stop_.stopRequested(); }
 
-    void removedUnit(std::int64_t index) override {
+    void removedUnit(std::int64_t index, TextSpan character) override {
         // The line has room for a 32-bit number.
-        host_.appendErrorInfoText(messageOf("repair-character-removed"_rule,
-                                            {{"index", static_cast<std::int32_t>(index)}}));
-        host_.setFileHasErrs(true);
-        host_.setFileWasRepaired(true);
+        report_.add("repair-character-removed"_rule, FindingEffect::removed, character, places_,
+                    {{"index", static_cast<std::int32_t>(index)}});
     }
 
     bool finishedUnits(std::int64_t first, std::int64_t last) override {
-        return host_.setProgressValues(first, last, kSilentInterval);
+        // Nobody can see the values in between.
+        const std::int64_t latest = last % kSilentInterval == 0 ? last - 1 : last;
+        if (latest >= first) {
+            report_.events().progressValue(latest);
+        }
+        return true;
     }
 
   private:
-    RepairHost& host_;
+    SourcePlaces& places_;
+    RepairReport& report_;
+    const StopToken& stop_;
 };
 
 }  // namespace
@@ -321,27 +326,28 @@ std::size_t originOfFilteredOffset(std::string_view text, std::size_t filteredOf
     return Scan(text, observer).originOf(filteredOffset);
 }
 
-std::optional<std::string> filterInvalidCharsInString(RepairHost& host, std::string_view text) {
-    if (host.progressCancelled()) {
+std::optional<std::string> filterInvalidCharsInString(SourcePlaces& places, RepairReport& report,
+                                                      const StopToken& stop) {
+    if (stop.stopRequested()) {
         return std::nullopt;
     }
-    QMLog::appendLog("Filtering invalid characters from string...");
+    report.log("repair-filtering-text"_rule);
+    const std::string_view text = places.text();
     if (text.size() >= kLengthThatNeedsAMaximum) {
         const std::size_t length = utf16Length(text);
         if (length >= kLengthThatNeedsAMaximum) {
-            host.setProgressMax(static_cast<std::int64_t>(length));
+            report.events().progressMaximum(static_cast<std::int64_t>(length));
         }
     }
-    HostObserver observer(host);
+    ReportingObserver observer(places, report, stop);
     std::optional<std::string> filtered = filterInvalidCharacters(text, observer);
     if (filtered) {
-        host.setIndeterminateProgress();
+        report.events().progressIsBusy();
     }
     return filtered;
 }
 
 std::string stripInvalidCharsFromData(std::string_view data) {
-    QMLog::appendLog("Stripping invalid characters from data...");
     std::string kept(data);
     kept.erase(std::remove_if(
                    kept.begin(), kept.end(),

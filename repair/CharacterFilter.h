@@ -7,7 +7,9 @@
 #include <string>
 #include <string_view>
 
-#include "repair/RepairHost.h"
+#include "job/StopToken.h"
+#include "repair/RepairReport.h"
+#include "xml/TextSpan.h"
 
 namespace vornic {
 
@@ -19,7 +21,8 @@ class CharacterFilterObserver {
     [[nodiscard]] virtual bool isCancelled() = 0;
     /// A character that XML does not take was left out. One outside the Basic Multilingual Plane is
     /// told twice, for each of its two units.
-    virtual void removedUnit(std::int64_t index) = 0;
+    /// @param character the bytes of the text that it is
+    virtual void removedUnit(std::int64_t index, TextSpan character) = 0;
     /// The units from `first` to `last` are done. Every unit is told once, in order; a removed one
     /// by itself, after its removal.
     /// @return false to end the filtering.
@@ -51,14 +54,15 @@ class CharacterFilterObserver {
 /// @throws platform::RangeException as `filterInvalidCharacters` does.
 [[nodiscard]] std::size_t originOfFilteredOffset(std::string_view text, std::size_t filteredOffset);
 
-/// `filterInvalidCharacters` for a document: logs what it does, drives the progress bar (its
-/// maximum is set for texts of 512001 units and more), reports each removal and marks the
-/// document's flags.
-/// @return the filtered text, or nothing when the run was cancelled.
-[[nodiscard]] std::optional<std::string> filterInvalidCharsInString(RepairHost& host,
-                                                                    std::string_view text);
+/// `filterInvalidCharacters` for a run: logs what it does, tells its progress (with a maximum for
+/// texts of 512001 units and more) and reports each removal.
+/// @param places the text, and where in the user's file it is
+/// @return the filtered text, or nothing when the run was stopped.
+[[nodiscard]] std::optional<std::string> filterInvalidCharsInString(SourcePlaces& places,
+                                                                    RepairReport& report,
+                                                                    const StopToken& stop);
 
-/// Keeps exactly the bytes from 0x20 to 0x7E, in order, and says in the log that it does.
+/// Keeps exactly the bytes from 0x20 to 0x7E, in order.
 [[nodiscard]] std::string stripInvalidCharsFromData(std::string_view data);
 
 }  // namespace vornic

@@ -14,6 +14,10 @@
 #include "platform/MainThread.h"
 #include "platform/Thread.h"
 #include "repair/CharacterFilter.h"
+#include "repair/DocumentEvents.h"
+#include "repair/RepairPipeline.h"
+#include "report/Message.h"
+#include "report/RuleTable.h"
 
 #ifndef VORNIC_VERSION
 #error "VORNIC_VERSION is the project's version"
@@ -151,7 +155,7 @@ RepairResult Document::startRepair(const std::string& path) {
         inWindow([&result](DocumentWindow& window) { window.showOutcome(result); });
     };
     try {
-        result = RepairPipeline(*this, journaled).run(path);
+        result = runPipeline(path, journaled);
         result.isUndoable = journaled.isWrittenDown();
     } catch (...) {
         show();
@@ -161,12 +165,40 @@ RepairResult Document::startRepair(const std::string& path) {
     return result;
 }
 
+RepairResult Document::runPipeline(const std::string& path, SwapObserver& observer) {
+    setProgressCancelled(false);
+    setXmlType(xmlTypeOf(fileKindOfPath(path)));
+    RepairResult result;
+    try {
+        DocumentEvents events(*this);
+        RepairPipeline pipeline(path, events, StopToken([this] { return progressCancelled(); }),
+                                observer);
+        startProgress();
+        result = std::move(pipeline).run();
+        if (result.closing) {
+            displayAlert(result.closing->title, result.closing->information);
+        }
+    } catch (const platform::Exception& exception) {
+        QMException::logException(exception, "-[Document startRepair:]");
+    } catch (...) {
+        endProgress();
+        throw;
+    }
+    endProgress();
+    return result;
+}
+
 std::string Document::stripInvalidCharsFromData(std::string_view data) {
+    QMLog::appendLog("%@", messageOf("repair-stripping"_rule));
     return vornic::stripInvalidCharsFromData(data);
 }
 
 Document::Text Document::filterInvalidCharsInString(std::string_view text) {
-    return vornic::filterInvalidCharsInString(*this, text);
+    DocumentEvents events(*this);
+    RepairReport report(events, {fileHasErrs(), fileWasRepaired()});
+    SourcePlaces places(text, std::nullopt);
+    return vornic::filterInvalidCharsInString(places, report,
+                                              StopToken([this] { return progressCancelled(); }));
 }
 
 // Flags. They are plain in meaning: no thread reads another's data by them.
@@ -280,19 +312,10 @@ void Document::setProgressValue(std::int64_t value) {
     progressValue_.store(value, std::memory_order_relaxed);
 }
 
-bool Document::setProgressValues(std::int64_t first, std::int64_t last, std::int64_t except) {
-    // Nobody can see the values in between.
-    const std::int64_t latest = last % except == 0 ? last - 1 : last;
-    if (latest >= first) {
-        setProgressValue(latest);
-    }
-    return true;
-}
-
 void Document::cancelProgress() {
     setProgressCancelled(true);
     inWindow([](DocumentWindow& window) { window.setProgressCancelEnabled(false); });
-    appendInfoText("The repair was cancelled.");
+    appendInfoText(messageOf("repair-cancelled"_rule));
 }
 
 std::int64_t Document::progressMax() const {

@@ -14,11 +14,11 @@
 #include "convert/ConversionOffer.h"
 #include "convert/VersionConversion.h"
 #include "job/NamedSources.h"
+#include "job/SwapObserver.h"
 #include "platform/Error.h"
 #include "repair/ConversionRun.h"
 #include "repair/DocumentWindow.h"
-#include "repair/RepairHost.h"
-#include "repair/RepairPipeline.h"
+#include "repair/RepairResult.h"
 #include "xml/XMLDocument.h"
 
 namespace vornic {
@@ -30,14 +30,14 @@ namespace vornic {
 ///
 /// Without a window (`hasGUI` false) report lines go to standard output, nothing is drawn, asked or
 /// alerted, and operations run in place on the calling thread.
-class Document : public std::enable_shared_from_this<Document>, public RepairHost {
+class Document : public std::enable_shared_from_this<Document> {
   public:
     using Text = std::optional<std::string>;
     using AlertDictionary = std::map<std::string, std::string>;
 
     /// A new document with `hasGUI` true and no file yet.
     [[nodiscard]] static std::shared_ptr<Document> create();
-    ~Document() override;
+    ~Document();
     Document(const Document&) = delete;
     Document& operator=(const Document&) = delete;
 
@@ -68,7 +68,8 @@ class Document : public std::enable_shared_from_this<Document>, public RepairHos
     /// The user's action: starts a repair of the document's file on a new thread. Does nothing
     /// without a file. Main thread.
     void repair();
-    /// Runs the whole repair of a file on the calling thread. @return how it ended.
+    /// Runs the whole repair of a file on the calling thread, with all that is shown of it. @return
+    /// what came of it.
     RepairResult startRepair(const std::string& path);
     /// The function of the same name for any document.
     [[nodiscard]] std::string stripInvalidCharsFromData(std::string_view data);
@@ -126,17 +127,17 @@ class Document : public std::enable_shared_from_this<Document>, public RepairHos
 
     [[nodiscard]] bool hasGUI() const { return hasGUI_; }
     void setHasGUI(bool hasGUI) { hasGUI_ = hasGUI; }
-    [[nodiscard]] int xmlType() const override { return xmlType_; }
-    void setXmlType(int type) override { xmlType_ = type; }
-    [[nodiscard]] bool fileHasErrs() const override;
-    void setFileHasErrs(bool hasErrors) override;
-    [[nodiscard]] bool fileWasRepaired() const override;
-    void setFileWasRepaired(bool wasRepaired) override;
+    [[nodiscard]] int xmlType() const { return xmlType_; }
+    void setXmlType(int type) { xmlType_ = type; }
+    [[nodiscard]] bool fileHasErrs() const;
+    void setFileHasErrs(bool hasErrors);
+    [[nodiscard]] bool fileWasRepaired() const;
+    void setFileWasRepaired(bool wasRepaired);
     /// True from `startProgress` to `endProgress`.
     [[nodiscard]] bool isRunning() const;
     /// True once the user has cancelled, the document was closed, or the interruption flag is set.
-    [[nodiscard]] bool progressCancelled() const override;
-    void setProgressCancelled(bool cancelled) override;
+    [[nodiscard]] bool progressCancelled() const;
+    void setProgressCancelled(bool cancelled);
     /// The lowest version that loses nothing; 0 until an analysis has run.
     [[nodiscard]] std::int64_t minDowngradeVersion() const;
     void setMinDowngradeVersion(std::int64_t version);
@@ -144,19 +145,17 @@ class Document : public std::enable_shared_from_this<Document>, public RepairHos
     // Progress. Any thread; "busy" is a bar without a measure.
 
     /// Marks a run as going on and not cancelled, and shows the busy progress sheet.
-    void startProgress() override;
+    void startProgress();
     /// Takes the sheet away and marks the run as ended.
-    void endProgress() override;
-    void setProgressLabel(std::string_view text) override;
+    void endProgress();
+    void setProgressLabel(std::string_view text);
     /// Gives the bar a measure from 0, where it stands now, to a maximum in units of the caller.
-    void setProgressMax(std::int64_t maximum) override;
+    void setProgressMax(std::int64_t maximum);
     /// Makes the bar busy again.
-    void setIndeterminateProgress() override;
+    void setIndeterminateProgress();
     /// Adds 1 to the bar's value.
     void incrementProgress();
-    void setProgressValue(std::int64_t value) override;
-    /// Sets the last of the values; it never looks for a cancellation. @return true.
-    bool setProgressValues(std::int64_t first, std::int64_t last, std::int64_t except) override;
+    void setProgressValue(std::int64_t value);
     /// The action of the cancel button: asks the run to end, which takes the sheet away when it
     /// does. Main thread.
     void cancelProgress();
@@ -166,11 +165,11 @@ class Document : public std::enable_shared_from_this<Document>, public RepairHos
 
     // The report text. Any thread. A line is also written to the log, whatever the window shows.
 
-    void clearInfoText() override;
-    void appendInfoText(std::string_view text) override;
-    void appendBoldInfoText(std::string_view text) override;
-    void appendErrorInfoText(std::string_view text) override;
-    void appendBoldErrorInfoText(std::string_view text) override;
+    void clearInfoText();
+    void appendInfoText(std::string_view text);
+    void appendBoldInfoText(std::string_view text);
+    void appendErrorInfoText(std::string_view text);
+    void appendBoldErrorInfoText(std::string_view text);
     /// Puts an entry at the end of the report, red for an error and bold when asked, with an empty
     /// line before it when it is not the first; without a window it is a line of standard output.
     void appendInfoText(std::string_view text, bool isError, bool isBold);
@@ -181,7 +180,7 @@ class Document : public std::enable_shared_from_this<Document>, public RepairHos
     /// @param message nothing: neither logged nor shown
     /// @param info nothing: the empty text. It is read as a format without arguments.
     void displayAlert(std::optional<std::string_view> message,
-                      std::optional<std::string_view> info) override;
+                      std::optional<std::string_view> info);
     /// Shows the alert of a dictionary with the keys "message" and "infotext". Main thread.
     void displayAlertOnMainThread(const AlertDictionary& dictionary);
 
@@ -200,6 +199,7 @@ class Document : public std::enable_shared_from_this<Document>, public RepairHos
   private:
     Document();
 
+    [[nodiscard]] RepairResult runPipeline(const std::string& path, SwapObserver& observer);
     // Runs something that draws, on the main thread, when there is a window to draw in.
     void inWindow(const std::function<void(DocumentWindow&)>& draw) const;
     void setConvertInterfaceEnabled(bool enabled);
@@ -246,7 +246,6 @@ class Document : public std::enable_shared_from_this<Document>, public RepairHos
     std::atomic<std::int64_t> progressValue_ = 0;
     const std::atomic<int>* interruption_ = nullptr;
 
-    // All belong to the main thread.
     // These belong to the main thread.
     std::shared_ptr<DocumentWindow> window_;
     std::shared_ptr<QMAlert> closeQuestion_;

@@ -35,16 +35,20 @@ class StartTags : public XMLReaderEvents {
 
 }  // namespace
 
-std::optional<LineAndColumn> placeOfElement(std::string_view text, std::string_view name,
-                                            std::size_t index) {
+std::optional<Place> placeOfElement(std::string_view text, std::string_view name,
+                                    std::size_t index) {
     StartTags tags(name, index);
     static_cast<void>(readXML(text, XMLMode::tolerant, &tags));
     if (!tags.found()) {
         return std::nullopt;
     }
-    TextPlace place(text);
-    place.moveTo(*tags.found());
-    return LineAndColumn{.line = place.line(), .column = place.column()};
+    TextPlace lines(text);
+    lines.moveTo(*tags.found());
+    Place place;
+    place.offset = *tags.found();
+    place.line = lines.line();
+    place.column = lines.column();
+    return place;
 }
 
 }  // namespace vornic

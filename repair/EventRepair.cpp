@@ -2,47 +2,38 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <string_view>
 
 #include "formats/fcpxml/AudioReferences.h"
 #include "repair/ElementPlace.h"
-#include "report/Message.h"
 #include "report/RuleTable.h"
 #include "xml/QMXMLParser.h"
-#include "xml/TextPlace.h"
 
 namespace vornic {
 
 namespace {
 
-void reportRefusal(RepairHost& host, XMLNode document, XMLNode video, const FileText& fileText) {
-    constexpr std::string_view kSentence =
-        "the audio elements of this video that lack a reference were left as they are; with it, "
-        "the "
-        "file would grow beyond four times its size.";
+Place placeOfVideo(XMLNode document, XMLNode video, const FileText& fileText) {
     const std::optional<std::string> text = fileText ? fileText() : std::nullopt;
     const QMXMLParser::Nodes videos =
         QMXMLParser::nodesForQuery("//video", document).value_or(QMXMLParser::Nodes());
     const auto index = std::find(videos.begin(), videos.end(), video) - videos.begin();
-    const auto place =
-        text ? placeOfElement(*text, "video", static_cast<std::size_t>(index)) : std::nullopt;
-    host.setFileHasErrs(true);
-    host.setFileWasRepaired(false);
-    host.appendErrorInfoText(place ? sentenceWithPlace(place->line, place->column, kSentence)
-                                   : std::string(kSentence));
+    return text ? placeOfElement(*text, "video", static_cast<std::size_t>(index)).value_or(Place())
+                : Place();
 }
 
 }  // namespace
 
-std::unique_ptr<XMLDocument> repairFCPXDocument(RepairHost& host,
-                                                std::unique_ptr<XMLDocument> document,
-                                                bool* hasErrors, const FileText& fileText) {
-    host.appendInfoText(messageOf("repair-checking-events"_rule));
+std::unique_ptr<XMLDocument> repairFCPXDocument(std::unique_ptr<XMLDocument> document,
+                                                bool* hasErrors, const FoundInRepair& found,
+                                                const FileText& fileText) {
     bool mended = false;
     if (document) {
         const fcpxml::AddedReferences added = fcpxml::addMissingAudioReferences(*document);
         if (added.refused) {
-            reportRefusal(host, document->documentNode(), added.refused, fileText);
+            found({"repair-references-refused"_rule,
+                   FindingEffect::unmended,
+                   {},
+                   placeOfVideo(document->documentNode(), added.refused, fileText)});
         }
         mended = added.mended;
     }

@@ -5,9 +5,7 @@
 #include <utility>
 
 #include "foundation/QMException.h"
-#include "foundation/QMLog.h"
 #include "platform/Exception.h"
-#include "report/Message.h"
 #include "report/RuleTable.h"
 
 namespace vornic {
@@ -16,54 +14,45 @@ namespace {
 
 using DocumentPointer = std::unique_ptr<XMLDocument>;
 
-/// Reports a fault that is not mended.
-void reportFault(RepairHost& host, std::string_view message) {
-    host.setFileHasErrs(true);
-    host.setFileWasRepaired(false);
-    host.appendErrorInfoText(message);
-}
-
-void mendDocumentType(RepairHost& host, XMLDocument* document, std::string_view name) {
+void mendDocumentType(XMLDocument* document, std::string_view name, const FoundInRepair& found) {
     if (document != nullptr && document->documentTypeName() == name) {
         return;
     }
-    host.setFileHasErrs(true);
-    host.appendErrorInfoText(messageOf("repair-document-type"_rule));
+    found({"repair-document-type"_rule, FindingEffect::mended});
     if (document != nullptr) {
         document->setDocumentType(name);
     }
 }
 
-void checkRootElement(RepairHost& host, const XMLDocument* document, std::string_view name) {
+void checkRootElement(const XMLDocument* document, std::string_view name,
+                      const FoundInRepair& found) {
     if (document == nullptr || document->rootName() != name) {
-        reportFault(host, messageOf("repair-root-element"_rule, {{"name", name}}));
+        found({"repair-root-element"_rule, FindingEffect::unmended, {{"name", std::string(name)}}});
     }
 }
 
 /// What both kinds of file have in common.
-void checkHead(RepairHost& host, XMLDocument* document, std::string_view name) {
-    QMLog::appendLog("Checking header tags...");
-    mendDocumentType(host, document, name);
-    checkRootElement(host, document, name);
+void checkHead(XMLDocument* document, std::string_view name, const FoundInRepair& found) {
+    mendDocumentType(document, name, found);
+    checkRootElement(document, name, found);
 }
 
-/// Reports it when there is no such element anywhere inside the root element. @return true when
-/// there is one.
-bool checkContent(RepairHost& host, const XMLDocument* document, std::string_view element,
-                  RuleId missing) {
+/// Looks for an element anywhere inside the root element. @return true when there is one.
+bool checkContent(const XMLDocument* document, std::string_view element, RuleId missing,
+                  const FoundInRepair& found) {
     if (document != nullptr && document->hasElementInRoot(element)) {
         return true;
     }
-    reportFault(host, messageOf(missing));
+    found({missing, FindingEffect::unmended});
     return false;
 }
 
 }  // namespace
 
-DocumentPointer checkXMEMLHeaderTags(RepairHost& host, DocumentPointer document) {
+DocumentPointer checkXMEMLHeaderTags(DocumentPointer document, const FoundInRepair& found) {
     try {
-        checkHead(host, document.get(), "xmeml");
-        checkContent(host, document.get(), "sequence", "repair-no-sequence"_rule);
+        checkHead(document.get(), "xmeml", found);
+        checkContent(document.get(), "sequence", "repair-no-sequence"_rule, found);
     } catch (const platform::Exception& exception) {
         QMException::logException(exception, "-[Document checkXMEMLHeaderTags:]");
         return nullptr;
@@ -71,11 +60,11 @@ DocumentPointer checkXMEMLHeaderTags(RepairHost& host, DocumentPointer document)
     return document;
 }
 
-DocumentPointer checkFCPXMLHeaderTags(RepairHost& host, DocumentPointer document) {
+DocumentPointer checkFCPXMLHeaderTags(DocumentPointer document, const FoundInRepair& found) {
     try {
-        checkHead(host, document.get(), "fcpxml");
-        if (checkContent(host, document.get(), "project", "repair-no-project"_rule)) {
-            checkContent(host, document.get(), "resources", "repair-no-resources"_rule);
+        checkHead(document.get(), "fcpxml", found);
+        if (checkContent(document.get(), "project", "repair-no-project"_rule, found)) {
+            checkContent(document.get(), "resources", "repair-no-resources"_rule, found);
         }
     } catch (const platform::Exception& exception) {
         QMException::logException(exception, "-[Document checkFCPXMLHeaderTags:]");

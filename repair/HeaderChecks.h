@@ -3,19 +3,19 @@
 
 #include <memory>
 
-#include "repair/RepairHost.h"
+#include "repair/RepairFinding.h"
 #include "xml/XMLDocument.h"
 
 namespace vornic {
 
 /// Check the head of a document: the document type declaration, which is mended, the root element
-/// and the elements that a project needs, which are only reported. A null document has no
-/// declaration, no root element and no query results.
+/// and the elements that a project needs, which are only found to be missing. A null document has
+/// no declaration, no root element and no query results.
 /// @return the same document, mended in place, or null after an exception, which is logged.
 [[nodiscard]] std::unique_ptr<XMLDocument> checkXMEMLHeaderTags(
-    RepairHost& host, std::unique_ptr<XMLDocument> document);
+    std::unique_ptr<XMLDocument> document, const FoundInRepair& found);
 [[nodiscard]] std::unique_ptr<XMLDocument> checkFCPXMLHeaderTags(
-    RepairHost& host, std::unique_ptr<XMLDocument> document);
+    std::unique_ptr<XMLDocument> document, const FoundInRepair& found);
 
 }  // namespace vornic
 

@@ -1,28 +1,32 @@
 #include "repair/RepairPipeline.h"
 
 #include <new>
+#include <string_view>
 #include <utility>
 
 #include "foundation/FormatString.h"
 #include "foundation/QMException.h"
-#include "foundation/QMLog.h"
 #include "foundation/Text.h"
 #include "foundation/Utf8.h"
+#include "platform/Failure.h"
 #include "platform/FileAttributes.h"
 #include "platform/ItemStatus.h"
 #include "platform/UserPreferences.h"
 #include "repair/CharacterFilter.h"
+#include "repair/ClosingMessage.h"
 #include "repair/EventRepair.h"
 #include "repair/HeaderChecks.h"
+#include "repair/SwapReport.h"
 #include "repair/VersionTagCheck.h"
+#include "report/RuleTable.h"
+#include "report/XMLRuleOf.h"
 #include "xml/TextDecoding.h"
+#include "xml/TextPlace.h"
 #include "xml/XMLFileCodes.h"
 
 namespace vornic {
 
 namespace {
-
-constexpr int kFCPXML = 1;
 
 // The preferences hold text; a path may hold any bytes.
 platform::PropertyList asPreference(const std::string& path) {
@@ -31,497 +35,499 @@ platform::PropertyList asPreference(const std::string& path) {
     return platform::PropertyList(std::move(text));
 }
 
-// What a user has to know of a swap that did not come to its end.
-std::vector<std::string> linesAbout(const SwapResult& swap, const std::string& source,
-                                    const std::string& copy) {
-    std::vector<std::string> lines;
-    switch (swap.end) {
-        case SwapEnd::done:
-        case SwapEnd::trashFailed:
-        case SwapEnd::failed:
-            break;
-        case SwapEnd::unsaved:
-            lines.push_back(formatString(
-                "No repaired file was saved as %@. The file %@ was left as it is.", copy, source));
-            break;
-        case SwapEnd::copyChanged:
-            lines.push_back(
-                formatString("The temporary file %@ was replaced by another program. The file %@ "
-                             "was left as it is.",
-                             copy, source));
-            break;
-        case SwapEnd::sourceChanged:
-            lines.push_back(
-                formatString("The file %@ was changed by another program during the repair. It was "
-                             "left as it is now.",
-                             source));
-            break;
+RunEnd stoppedWith(ClosingMessage closing) {
+    return {RepairOutcome::stopped, std::move(closing)};
+}
+
+std::size_t markLength(std::string_view bytes) {
+    return bytes.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+}
+
+// The name that the rule of a mend wants; "" for most.
+std::string nameFor(const XMLMend& mend, std::string_view text) {
+    if (mend.code != XMLErrorCode::undefinedEntity &&
+        mend.code != XMLErrorCode::attributeWithoutValue) {
+        return "";
     }
-    const bool isMoved = swap.end != SwapEnd::done && swap.original != source;
-    if (isMoved && !swap.original.empty()) {
-        lines.push_back(formatString("The original file is %@.", swap.original));
-    }
-    if (swap.end == SwapEnd::sourceChanged || (isMoved && !swap.repaired.empty())) {
-        lines.push_back(
-            swap.repaired.empty()
-                ? formatString(
-                      "The repaired file was overwritten or taken away by another program.")
-                : formatString("The repaired file is %@.", swap.repaired));
-    }
-    return lines;
+    text.remove_prefix(mend.offset);
+    text.remove_prefix(text.starts_with('&') ? 1 : 0);
+    return excerpt(text.substr(0, text.find_first_of("; \t\r\n=/>")));
 }
 
 }  // namespace
 
-std::string RepairPipeline::workingCopyPath(const std::string& path, int xmlType) {
+std::string RepairPipeline::workingCopyPath(const std::string& path, FileKind kind) {
     return deletingPathExtension(path) +
-           formatString("-backup.%@", xmlType == kFCPXML ? "fcpxml" : "xml");
+           formatString("-backup.%@", kind == FileKind::fcpxml ? "fcpxml" : "xml");
 }
 
-RepairResult RepairPipeline::run(const std::string& path) && {
-    path_ = path;
+RepairPipeline::RepairPipeline(const std::string& path, Events& events, StopToken stop,
+                               SwapObserver& observer)
+    : path_(path),
+      kind_(fileKindOfPath(path)),
+      report_(events),
+      stop_(std::move(stop)),
+      observer_(observer),
+      named_(path),
+      workingCopy_(path, workingCopyPath(path, kind_), *this) {}
+
+RepairResult RepairPipeline::run() && {
+    RepairResult result;
     try {
-        const bool judged =
-            begin() && clearWorkingCopyPath() && makeWorkingCopy() && readText() && load() &&
-            (!hasDocument_ ||
-             (filterAndParse() && checkHeader() && repairEvents() && save() && updateCodes()));
-        if (judged) {
-            finish();
+        const Stage<Done> judged = judge();
+        if (const RunEnd* const end = judged.end()) {
+            result.outcome = end->outcome;
+            result.closing = end->closing;
+        } else {
+            finish(result);
         }
     } catch (const platform::Exception& exception) {
         QMException::logException(exception, "-[Document startRepair:]");
     } catch (const std::bad_alloc&) {
-        document_.reset();
-        std::string().swap(text_);
-        dropWorkingCopy();
+        dropWorkingCopy(result.outcome);
         reportMemoryEnd();
-        host_.endProgress();
         throw;
     } catch (...) {
-        dropWorkingCopy();
-        host_.endProgress();
+        dropWorkingCopy(result.outcome);
         throw;
     }
-    dropWorkingCopy();
-    host_.endProgress();
-    return std::move(result_);
+    dropWorkingCopy(result.outcome);
+    complete(result);
+    return result;
 }
 
-bool RepairPipeline::begin() {
-    host_.setProgressCancelled(false);
-    host_.setXmlType(lowercased(pathExtension(path_)) == "fcpxml" ? kFCPXML : 0);
-    named_.emplace(path_);
-    workingCopy_.emplace(path_, workingCopyPath(path_, host_.xmlType()),
-                         static_cast<Waiting&>(*this));
-    host_.startProgress();
-    QMLog::appendLog("Beginning repair for file %@...", path_);
-    if (!workingCopy_->settleLeft()) {
-        return endCancelled();
+// What holds of every run.
+void RepairPipeline::complete(RepairResult& result) {
+    const bool isRepaired = result.outcome == RepairOutcome::repairedAndSwapped ||
+                            result.outcome == RepairOutcome::repairedNotSwapped;
+    result.kind = kind_;
+    result.verdict = report_.verdict();
+    result.findings = std::move(report_.findings());
+    result.original = isRepaired ? result.swap.original : path_;
+    if (result.outcome == RepairOutcome::repairedNotSwapped) {
+        result.workingCopy = result.swap.repaired;
+    } else if (result.outcome == RepairOutcome::cancelled && workingCopy_.isMade()) {
+        result.workingCopy = workingCopy_.path();
     }
-    if (!workingCopy_->sourceExists()) {
-        const std::string info = formatString("The file %@ cannot be found.", path_);
-        QMLog::appendLog("%@", info);
+    if (!workingCopy_.recycled().empty()) {
+        result.oldCopy = workingCopy_.recycled().back();
+    }
+}
+
+Stage<Done> RepairPipeline::judge() {
+    return begin()
+        .then([this](Done) { return clearWorkingCopyPath(); })
+        .then([this](Done) { return makeWorkingCopy(); })
+        .then([this](Done) { return readText(); })
+        .then([this](SourceText text) { return load(std::move(text)); })
+        .then([this](Loaded loaded) {
+            return loaded.hasDocument ? mend(std::move(loaded.text)) : Stage<Done>(Done());
+        });
+}
+
+Stage<Done> RepairPipeline::begin() {
+    report_.log("repair-begins"_rule, {{"path", path_}});
+    if (!workingCopy_.settleLeft()) {
+        return cancelledRun();
+    }
+    if (!workingCopy_.sourceExists()) {
+        report_.log("repair-file-missing"_rule, {{"path", path_}});
         if (const ErrorSlot reason = platform::failedLook(path_)) {
-            host_.appendErrorInfoText(reason->localizedDescription());
+            report_.say("repair-reason"_rule, {{"reason", reason->localizedDescription()}});
         }
-        host_.displayAlert("Unable to locate file", info);
-        return false;
+        return stoppedWith(closingMessage("repair-not-located"_rule, {{"path", path_}}));
     }
     ErrorSlot ignored;  // a preference that can't be stored is no reason not to repair
     platform::UserPreferences().setValue("filepath", asPreference(path_), ignored);
-    host_.clearInfoText();
-    const std::string start = formatString("Starting repair for file %@...", path_);
-    host_.appendBoldInfoText(start);
-    host_.setProgressLabel(start);
-    host_.setProgressLabel("Creating temporary file...");
-    host_.appendInfoText("Creating temporary file...");
+    report_.say("repair-start"_rule, {{"path", path_}});
+    report_.label("repair-start"_rule, {{"path", path_}});
+    report_.label("repair-making-copy"_rule);
+    report_.say("repair-making-copy"_rule);
     reportNotes();
-    return true;
+    return Done();
 }
 
 void RepairPipeline::waitsFor(const std::string& path) {
-    const std::string text =
-        formatString("Waiting for another program that uses the file %@...", path);
-    host_.setProgressLabel(text);
-    host_.appendInfoText(text);
+    report_.label("repair-waiting"_rule, {{"path", path}});
+    report_.say("repair-waiting"_rule, {{"path", path}});
 }
 
-bool RepairPipeline::clearWorkingCopyPath() {
+Stage<Done> RepairPipeline::clearWorkingCopyPath() {
     ErrorSlot reason;
-    const WorkingCopy::Clearing clearing = workingCopy_->clearPath(reason);
+    const WorkingCopy::Clearing clearing = workingCopy_.clearPath(reason);
     reportNotes();
-    return clearing == WorkingCopy::Clearing::done || stopUncleared(clearing, reason);
+    if (clearing != WorkingCopy::Clearing::done) {
+        return uncleared(clearing, reason);
+    }
+    return Done();
 }
 
-bool RepairPipeline::makeWorkingCopy() {
-    if (cancelled()) {
-        return false;
+Stage<Done> RepairPipeline::makeWorkingCopy() {
+    if (isCancelled()) {
+        return cancelledRun();
     }
     error_.reset();
-    const WorkingCopy::Clearing clearing = workingCopy_->create(error_);
+    const WorkingCopy::Clearing clearing = workingCopy_.create(error_);
     reportNotes();
     if (clearing == WorkingCopy::Clearing::failed) {
-        return stopUncreated(slotDescription());
+        return uncreated(slotDescription());
     }
-    return clearing == WorkingCopy::Clearing::done || stopUncleared(clearing, error_);
+    if (clearing != WorkingCopy::Clearing::done) {
+        return uncleared(clearing, error_);
+    }
+    return Done();
 }
 
-bool RepairPipeline::stopUncleared(WorkingCopy::Clearing clearing, const ErrorSlot& reason) {
+RunEnd RepairPipeline::uncleared(WorkingCopy::Clearing clearing, const ErrorSlot& reason) {
     const std::string why = reason ? reason->localizedDescription() : std::string();
     if (clearing == WorkingCopy::Clearing::cancelled) {
-        return endCancelled();
+        return cancelledRun();
     }
     if (clearing == WorkingCopy::Clearing::noTurn) {
-        return stopUncreated(why);
+        return uncreated(why);
     }
-    const std::string remove = formatString("Please remove %@ manually.", workingCopy_->path());
-    host_.appendBoldErrorInfoText(
-        formatString("Error: unable to remove temporary file. %@", remove));
+    report_.say("repair-old-copy-stays"_rule, {{"copy", workingCopy_.path()}});
     if (clearing == WorkingCopy::Clearing::refused) {
-        host_.appendErrorInfoText(why);
+        report_.say("repair-reason"_rule, {{"reason", why}});
     } else {
-        QMLog::appendLog("%@", why);
+        report_.log("repair-reason"_rule, {{"reason", why}});
     }
-    return stopBeforeCopy("Unable to remove temporary file", remove);
+    report_.setVerdict({});
+    return stoppedWith(
+        closingMessage("repair-old-copy-in-the-way"_rule, {{"copy", workingCopy_.path()}}));
 }
 
-bool RepairPipeline::stopUncreated(const std::string& why) {
-    host_.appendBoldErrorInfoText(formatString("Error: unable to create temporary file. %@", why));
-    return stopBeforeCopy("Unable to create temporary file", why);
-}
-
-bool RepairPipeline::endCancelled() {
-    result_.outcome = RepairOutcome::cancelled;
-    return false;
+RunEnd RepairPipeline::uncreated(const std::string& why) {
+    report_.say("repair-copy-failed"_rule, {{"reason", why}});
+    report_.setVerdict({});
+    return stoppedWith(closingMessage("repair-not-copied"_rule, {{"reason", why}}));
 }
 
 void RepairPipeline::reportNotes() {
-    for (const std::string& note : workingCopy_->takeNotes()) {
-        host_.appendInfoText(note);
-    }
-    if (!workingCopy_->recycled().empty()) {
-        result_.oldCopy = workingCopy_->recycled().back();
+    for (const std::string& note : workingCopy_.takeNotes()) {
+        report_.say("repair-note"_rule, {{"note", note}});
     }
 }
 
-bool RepairPipeline::stopBeforeCopy(const char* alert, const std::string& info) {
-    host_.setFileHasErrs(false);
-    host_.setFileWasRepaired(false);
-    host_.displayAlert(alert, info);
-    return false;
-}
-
-bool RepairPipeline::readText() {
-    reportAndLabel("Checking file...");
-    host_.setFileHasErrs(false);
-    host_.setFileWasRepaired(true);
-    if (cancelled()) {
-        return false;
+Stage<RepairPipeline::SourceText> RepairPipeline::readText() {
+    report_.sayAndLabel("repair-checking-file"_rule);
+    report_.setVerdict({false, true});
+    if (isCancelled()) {
+        return cancelledRun();
     }
-    std::optional<std::string> bytes = workingCopy_->read(error_);
+    std::optional<std::string> bytes = workingCopy_.read(error_);
     if (!bytes) {
-        host_.setFileHasErrs(true);
-        return !cancelled() && stopCritically(slotDescription());
+        report_.noteErrors();
+        return isCancelled() ? cancelledRun() : criticalEnd();
     }
+    const std::size_t start = markLength(*bytes);
     std::optional<std::string> text = textFromUTF8(std::move(*bytes), error_);
-    if (cancelled()) {
-        return false;
+    if (isCancelled()) {
+        return cancelledRun();
     }
     if (!text) {
         return readRawBytes();
     }
-    text_ = std::move(*text);
-    return true;
+    return SourceText{std::move(*text), start};
 }
 
-bool RepairPipeline::readRawBytes() {
+Stage<RepairPipeline::SourceText> RepairPipeline::readRawBytes() {
     error_.reset();
-    host_.setFileHasErrs(true);
-    const std::optional<std::string> bytes = workingCopy_->read(error_);
+    report_.noteErrors();
+    const std::optional<std::string> bytes = workingCopy_.read(error_);
     if (!bytes) {
-        return stopCritically(slotDescription());
+        return criticalEnd();
     }
-    if (cancelled()) {
-        return false;
+    if (isCancelled()) {
+        return cancelledRun();
     }
+    report_.log("repair-stripping"_rule);
     std::string stripped = stripInvalidCharsFromData(*bytes);
-    if (cancelled()) {
-        return false;
+    if (isCancelled()) {
+        return cancelledRun();
     }
     std::optional<std::string> text = textFromUTF8(std::move(stripped), error_);
     if (!text) {
-        return stopCritically(slotDescription());
+        return criticalEnd();
     }
-    text_ = std::move(*text);
-    return !cancelled();
+    return unlessCancelled(SourceText{std::move(*text), std::nullopt});
 }
 
-bool RepairPipeline::stopCritically(const std::string& reason) {
-    host_.setFileWasRepaired(false);
-    host_.appendErrorInfoText(reason);
-    host_.appendErrorInfoText("Unable to load XML data");
-    host_.appendBoldErrorInfoText("Critical error - repair canceled.");
-    host_.displayAlert("Unable to load XML data", "Repair has been canceled.");
-    return false;
+RunEnd RepairPipeline::criticalEnd() {
+    report_.setVerdict({report_.verdict().hasErrors, false});
+    reportReason();
+    report_.say("repair-not-loaded"_rule);
+    report_.say("repair-critical"_rule);
+    return stoppedWith(closingMessage("repair-canceled"_rule));
 }
 
-bool RepairPipeline::load() {
-    XMLReading reading = readXML(text_, XMLMode::tolerant);
+Stage<RepairPipeline::Loaded> RepairPipeline::load(SourceText text) {
+    SourcePlaces places(text.text, text.start);
+    XMLReading reading = readXML(text.text, XMLMode::tolerant);
     if (reading.fault) {
+        countFault(reading, places);
         error_ = std::move(reading.fault);
     }
     if (error_) {
-        return filterAfterFailedLoad();
+        return filterAfterFailedLoad(std::move(text));
     }
-    hasDocument_ = true;
-    host_.appendInfoText("File loaded successfully.");
-    return reportMends(reading.mends) && !cancelled();
+    report_.say("repair-loaded"_rule);
+    return reportMends(reading.mends, places).then([&](Done) {
+        return unlessCancelled(Loaded{std::move(text), true});
+    });
 }
 
-bool RepairPipeline::reportMends(const std::vector<XMLMend>& mends) {
+Stage<Done> RepairPipeline::reportMends(const std::vector<XMLMend>& mends, SourcePlaces& places) {
     for (const XMLMend& mend : mends) {
-        host_.setFileHasErrs(true);
-        host_.appendErrorInfoText(
-            formatString("Line %li, column %li: %@", mend.line, mend.column, mend.what));
-        if (cancelled()) {
-            return false;
+        report_.noteErrors();
+        if (const std::optional<RuleId> rule = xmlRuleOf(mend.code)) {
+            report_.count(*rule, {mend.offset, 1}, places,
+                          {{"name", nameFor(mend, places.text())}});
+        }
+        report_.say("repair-mended-markup"_rule,
+                    {{"line", mend.line}, {"column", mend.column}, {"what", mend.what}});
+        if (isCancelled()) {
+            return cancelledRun();
         }
     }
-    return true;
+    return Done();
 }
 
-bool RepairPipeline::filterAfterFailedLoad() {
-    host_.setFileHasErrs(true);
-    host_.appendErrorInfoText(slotDescription());
-    host_.setProgressLabel("File did not load successfully - beginning repair...");
-    host_.appendErrorInfoText("File did not load successfully - beginning repair...");
-    if (cancelled()) {
-        return false;
+void RepairPipeline::countFault(const XMLReading& reading, SourcePlaces& places) {
+    if (!reading.faultParts) {
+        return;
     }
-    host_.appendErrorInfoText("Filtering invalid characters...");
-    host_.setProgressLabel("Filtering invalid characters...");
-    if (!filterText()) {
-        return false;
+    const XMLFault& fault = *reading.faultParts;
+    if (const std::optional<RuleId> rule = xmlRuleOf(fault.code)) {
+        const std::size_t line = places.of({fault.otherOffset, 0}).line;
+        const std::size_t length = fault.offset < places.text().size() ? 1 : 0;
+        report_.count(
+            *rule, {fault.offset, length}, places,
+            {{"name", excerpt(fault.name)}, {"other", excerpt(fault.other)}, {"line", line}});
     }
-    XMLReading reading = readXML(text_, XMLMode::strict);
-    hasDocument_ = !reading.fault.has_value();
-    if (reading.fault) {
-        error_ = std::move(reading.fault);
-    }
-    // The slot still holds the fault of the first parse, whatever this one found.
-    host_.setFileHasErrs(true);
-    host_.setFileWasRepaired(false);
-    host_.appendErrorInfoText(slotDescription());
-    host_.appendErrorInfoText("Unable to load XML data");
-    return !cancelled();
 }
 
-bool RepairPipeline::filterText() {
-    std::optional<std::string> filtered = filterInvalidCharsInString(host_, text_);
+Stage<RepairPipeline::Loaded> RepairPipeline::filterAfterFailedLoad(SourceText text) {
+    report_.noteErrors();
+    reportReason();
+    report_.label("repair-beginning-repair"_rule);
+    report_.say("repair-beginning-repair"_rule);
+    if (isCancelled()) {
+        return cancelledRun();
+    }
+    report_.sayAsError("repair-filtering"_rule);
+    report_.label("repair-filtering"_rule);
+    return filterText(std::move(text)).then([this](SourceText filtered) -> Stage<Loaded> {
+        XMLReading reading = readXML(filtered.text, XMLMode::strict);
+        const bool hasDocument = !reading.fault.has_value();
+        if (reading.fault) {
+            error_ = std::move(reading.fault);
+        }
+        // The slot still holds the fault of the first parse, whatever this one found.
+        report_.giveUp();
+        reportReason();
+        report_.say("repair-not-loaded"_rule);
+        return unlessCancelled(Loaded{std::move(filtered), hasDocument});
+    });
+}
+
+Stage<RepairPipeline::SourceText> RepairPipeline::filterText(SourceText text) {
+    SourcePlaces places(text.text, text.start);
+    std::optional<std::string> filtered = filterInvalidCharsInString(places, report_, stop_);
     if (!filtered) {
-        return endCancelled();
+        return cancelledRun();
     }
-    text_ = std::move(*filtered);
-    return !cancelled();
+    return unlessCancelled(SourceText{std::move(*filtered), std::nullopt});
 }
 
-bool RepairPipeline::filterAndParse() {
-    reportAndLabel("Filtering invalid characters...");
-    if (!filterText()) {
-        return false;
-    }
-    document_ = XMLDocument::parse(std::move(text_), XMLMode::strict, error_);
-    return true;
+Stage<Done> RepairPipeline::mend(SourceText text) {
+    return filterAndParse(std::move(text))
+        .then([this](Tree document) { return checkHeader(std::move(document)); })
+        .then([this](Tree document) { return repairEvents(std::move(document)); })
+        .then([this](Tree document) { return save(std::move(document)); })
+        .then([this](Done) { return updateCodes(); });
 }
 
-bool RepairPipeline::checkHeader() {
-    reportAndLabel("Checking header tags...");
-    if (cancelled()) {
-        return false;
-    }
-    const bool isFCPXML = host_.xmlType() != 0;
-    document_ = isFCPXML ? checkFCPXMLHeaderTags(host_, std::move(document_))
-                         : checkXMEMLHeaderTags(host_, std::move(document_));
-    if (!isFCPXML) {
-        reportAndLabel("Checking version tags...");
-        if (cancelled()) {
-            return false;
-        }
-        checkVersionTags(host_, document_.get());
-    }
-    return true;
+Stage<RepairPipeline::Tree> RepairPipeline::filterAndParse(SourceText text) {
+    report_.sayAndLabel("repair-filtering"_rule);
+    return filterText(std::move(text)).then([this](SourceText filtered) -> Stage<Tree> {
+        return XMLDocument::parse(std::move(filtered.text), XMLMode::strict, error_);
+    });
 }
 
-bool RepairPipeline::repairEvents() {
-    if (cancelled()) {
-        return false;
+Stage<RepairPipeline::Tree> RepairPipeline::checkHeader(Tree document) {
+    report_.sayAndLabel("repair-checking-header"_rule);
+    if (isCancelled()) {
+        return cancelledRun();
     }
-    if (host_.xmlType() == kFCPXML) {
-        bool hasErrors = false;
-        document_ = repairFCPXDocument(host_, std::move(document_), &hasErrors, [this] {
+    report_.log("repair-checking-header"_rule);
+    if (kind_ == FileKind::fcpxml) {
+        return checkFCPXMLHeaderTags(std::move(document), reporting());
+    }
+    document = checkXMEMLHeaderTags(std::move(document), reporting());
+    report_.sayAndLabel("repair-checking-version"_rule);
+    if (isCancelled()) {
+        return cancelledRun();
+    }
+    report_.log("repair-checking-version"_rule);
+    checkVersionTags(document.get(), reporting());
+    return document;
+}
+
+Stage<RepairPipeline::Tree> RepairPipeline::repairEvents(Tree document) {
+    if (isCancelled()) {
+        return cancelledRun();
+    }
+    if (kind_ != FileKind::fcpxml) {
+        return document;
+    }
+    report_.say("repair-checking-events"_rule);
+    std::size_t start = 0;
+    bool hasErrors = false;
+    document = repairFCPXDocument(
+        std::move(document), &hasErrors,
+        [&](RepairFinding finding) {
+            finding.where.offset += start;
+            report_.add(finding);
+        },
+        [&]() -> std::optional<std::string> {
             ErrorSlot ignored;  // then there is no place to tell
-            std::optional<std::string> bytes = workingCopy_->read(ignored);
+            std::optional<std::string> bytes = workingCopy_.read(ignored);
+            start = markLength(bytes.value_or(""));
             return bytes ? textFromUTF8(std::move(*bytes), ignored) : std::nullopt;
         });
-        if (hasErrors) {
-            host_.setFileHasErrs(true);
-        }
+    if (hasErrors) {
+        report_.noteErrors();
     }
-    return true;
+    return document;
 }
 
-bool RepairPipeline::save() {
-    if (document_) {
-        workingCopy_->save(
-            [this](const WorkingCopy::Sink& sink) { return document_->serialize(sink); }, error_);
+Stage<Done> RepairPipeline::save(Tree document) {
+    if (document) {
+        workingCopy_.save([&](const WorkingCopy::Sink& sink) { return document->serialize(sink); },
+                          error_);
     }
     if (error_) {
-        host_.setFileHasErrs(true);
-        host_.setFileWasRepaired(false);
-        host_.appendBoldErrorInfoText(formatString("Unable to save file: %@", slotDescription()));
+        report_.giveUp();
+        report_.say("repair-save-failed"_rule, {{"reason", slotDescription()}});
     }
-    return !cancelled();
+    return unlessCancelled(Done());
 }
 
-bool RepairPipeline::updateCodes() {
-    if (host_.xmlType() != 0) {
-        return !cancelled();
+Stage<Done> RepairPipeline::updateCodes() {
+    if (kind_ == FileKind::fcpxml) {
+        return unlessCancelled(Done());
     }
-    reportAndLabel("Updating type/creator codes...");
-    const auto attributes = platform::readFileAttributes(workingCopy_->path(), error_);
+    report_.sayAndLabel("repair-updating-codes"_rule);
+    const auto attributes = platform::readFileAttributes(workingCopy_.path(), error_);
     if (error_) {
-        reportAttributeError("Unable to load file attributes. %@");
+        report_.say("repair-codes-unread"_rule, {{"reason", slotDescription()}});
     } else {
         platform::FileAttributes changed = attributes.value_or(platform::FileAttributes{});
         changed.hfsTypeCode = kXMLFileTypeCode;
         changed.hfsCreatorCode = kXMLFileCreatorCode;
-        platform::writeFileAttributes(workingCopy_->path(), changed, error_);
+        platform::writeFileAttributes(workingCopy_.path(), changed, error_);
         if (error_) {
-            reportAttributeError("Unable to write file attributes. %@");
+            report_.say("repair-codes-unwritten"_rule, {{"reason", slotDescription()}});
         }
     }
-    return !cancelled();
+    return unlessCancelled(Done());
 }
 
-void RepairPipeline::finish() {
-    // The tree is of no more use, and the swap may wait for a slow disk.
-    document_.reset();
-    host_.setProgressLabel("Finishing...");
-    if (!host_.fileHasErrs()) {
-        finishSound();
-    } else if (!host_.fileWasRepaired()) {
-        finishUnable();
+void RepairPipeline::finish(RepairResult& result) {
+    report_.label("repair-finishing"_rule);
+    const Verdict verdict = report_.verdict();
+    if (!verdict.hasErrors) {
+        finishSound(result);
+    } else if (!verdict.wasRepaired) {
+        finishUnable(result);
     } else {
-        finishRepaired();
+        finishRepaired(result);
     }
 }
 
-void RepairPipeline::finishSound() {
-    host_.appendBoldInfoText("No repair was necessary. No critical errors were found in the file.");
+void RepairPipeline::finishSound(RepairResult& result) {
+    report_.say("repair-sound"_rule);
     removeWorkingCopy();
-    result_.outcome = RepairOutcome::sound;
-    host_.displayAlert("No repair was necessary", "No critical errors were found in the file.");
+    result.outcome = RepairOutcome::sound;
+    result.closing = closingMessage("repair-sound"_rule);
 }
 
-void RepairPipeline::finishUnable() {
-    host_.appendBoldErrorInfoText(
-        "Unable to repair file. Errors were found in the file and Vornic was unable to fix them.");
+void RepairPipeline::finishUnable(RepairResult& result) {
+    report_.say("repair-unable"_rule);
     removeWorkingCopy();
-    result_.outcome = RepairOutcome::unable;
-    host_.displayAlert("Unable to repair file",
-                       "Errors were found in the file and Vornic was unable to fix them.");
+    result.outcome = RepairOutcome::unable;
+    result.closing = closingMessage("repair-unable"_rule);
 }
 
-void RepairPipeline::finishRepaired() {
-    host_.appendBoldInfoText(
-        "The file was repaired successfully. Errors were found in the file and were successfully "
-        "repaired.");
-    result_.swap = workingCopy_->swap(*observer_);
-    result_.outcome = result_.swap.end == SwapEnd::done ? RepairOutcome::repairedAndSwapped
-                                                        : RepairOutcome::repairedNotSwapped;
-    reportSwap(result_.swap);
-    if (error_) {
-        reportUnremovedCopy();
-    }
-    host_.displayAlert("The file was repaired successfully",
-                       "Errors were found in the file and were successfully repaired.");
-}
-
-// Says what the given lines don't: why the file is not where it should be, and where it is.
-void RepairPipeline::reportSwap(const SwapResult& swap) {
-    const std::string lost = workingCopy_->lostMetadata();
+void RepairPipeline::finishRepaired(RepairResult& result) {
+    report_.say("repair-done"_rule);
+    result.swap = workingCopy_.swap(observer_);
+    const SwapResult& swap = result.swap;
+    result.outcome = swap.end == SwapEnd::done ? RepairOutcome::repairedAndSwapped
+                                               : RepairOutcome::repairedNotSwapped;
+    const std::string lost = workingCopy_.lostMetadata();
     if (swap.end == SwapEnd::done && !lost.empty()) {
-        host_.appendErrorInfoText(
-            formatString("Something of the file %@ was not kept. %@", path_, lost));
-    }
-    if (swap.end == SwapEnd::trashFailed) {
-        QMLog::appendLog("The file %@ could not be moved to the Trash. %@ The repaired file is %@.",
-                         path_, swap.error ? swap.error->localizedDescription() : "",
-                         swap.repaired);
+        report_.say("repair-metadata-lost"_rule, {{"path", path_}, {"what", lost}});
     }
     if (swap.error && (swap.end == SwapEnd::done || swap.end == SwapEnd::failed)) {
         error_ = swap.error;
     }
-    for (const std::string& line : linesAbout(swap, path_, workingCopy_->path())) {
-        host_.appendErrorInfoText(line);
+    reportSwap(report_, swap, path_, workingCopy_.path());
+    if (error_) {
+        reportUnremovedCopy();
     }
+    result.closing = closingMessage("repair-done"_rule);
 }
 
 void RepairPipeline::removeWorkingCopy() {
-    workingCopy_->remove(error_);
+    workingCopy_.remove(error_);
     if (error_) {
         reportUnremovedCopy();
     }
 }
 
 // After a run that came to no judgement: the copy is of no use to anybody.
-void RepairPipeline::dropWorkingCopy() {
-    const bool isUseless = result_.outcome == RepairOutcome::stopped && workingCopy_;
-    const int errorNumber = isUseless ? workingCopy_->discard() : 0;
+void RepairPipeline::dropWorkingCopy(RepairOutcome outcome) {
+    const int errorNumber = outcome == RepairOutcome::stopped ? workingCopy_.discard() : 0;
     if (errorNumber == 0) {
         return;
     }
     try {
-        error_ = posixError(formatString("The file %@ cannot be removed", workingCopy_->path()),
-                            errorNumber);
+        platform::failFile(error_, workingCopy_.path(), "removed", errorNumber);
         reportUnremovedCopy();
     } catch (const std::bad_alloc&) {
         // It stays, and the next run moves it to the Trash.
     }
 }
 
+void RepairPipeline::reportReason() {
+    report_.say("repair-reason"_rule, {{"reason", slotDescription()}});
+}
+
 void RepairPipeline::reportUnremovedCopy() {
-    host_.appendErrorInfoText(formatString("Unable to remove temporary file %@. %@.",
-                                           workingCopy_->path(), slotDescription()));
+    report_.say("repair-copy-unremoved"_rule,
+                {{"copy", workingCopy_.path()}, {"reason", slotDescription()}});
 }
 
-void RepairPipeline::reportAttributeError(const char* format) {
-    host_.appendBoldErrorInfoText(formatString(format, slotDescription()));
-}
-
-bool RepairPipeline::cancelled() {
-    if (!host_.progressCancelled()) {
-        return false;
-    }
-    result_.outcome = RepairOutcome::cancelled;
-    return true;
-}
-
-void RepairPipeline::reportAndLabel(const char* text) {
-    host_.appendInfoText(text);
-    host_.setProgressLabel(text);
-}
-
-// What the run held has to make room for the words.
 void RepairPipeline::reportMemoryEnd() {
-    document_.reset();
-    std::string().swap(text_);
     try {
-        host_.appendBoldErrorInfoText(
-            formatString("There is not enough memory to repair the file %@.", path_));
+        report_.say("repair-no-memory"_rule, {{"path", path_}});
     } catch (const std::bad_alloc&) {
         // Whoever started the run is told by the exception.
     }
+}
+
+template <typename Value>
+Stage<Value> RepairPipeline::unlessCancelled(Value value) {
+    if (isCancelled()) {
+        return cancelledRun();
+    }
+    return value;
+}
+
+FoundInRepair RepairPipeline::reporting() {
+    return [this](const RepairFinding& finding) { report_.add(finding); };
 }
 
 std::string RepairPipeline::slotDescription() const {

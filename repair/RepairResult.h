@@ -1,9 +1,14 @@
 #ifndef VORNIC_REPAIR_REPAIR_RESULT_H
 #define VORNIC_REPAIR_REPAIR_RESULT_H
 
+#include <optional>
 #include <string>
 
+#include "formats/FileKind.h"
+#include "job/Events.h"
 #include "job/SwapResult.h"
+#include "repair/ClosingMessage.h"
+#include "report/Findings.h"
 
 namespace vornic {
 
@@ -25,9 +30,24 @@ enum class RepairOutcome {
     stopped,
 };
 
-/// How a run ended, and where that has left the files.
+/// How a run ended, what it has found, and where that has left the files.
 struct RepairResult {
     RepairOutcome outcome = RepairOutcome::stopped;
+    /// By the file's extension.
+    FileKind kind = FileKind::xmeml;
+    /// When the run ended; neither flag for one that could not read the file.
+    Verdict verdict;
+    /// Exact counts by rule and severity, and the first findings of each rule with their places in
+    /// the user's file.
+    Findings findings;
+    /// Nothing after a cancellation and after an exception.
+    std::optional<ClosingMessage> closing;
+    /// Where the file that was to be repaired is now: at its own path, unless a repaired one took
+    /// that. Empty when another program has taken it away.
+    std::string original;
+    /// Where the run has left its working copy: a cancelled one, and one whose repaired file could
+    /// not take the place of the original. Else empty.
+    std::string workingCopy;
     /// Of a repaired file: how the swap ended, and where the files are. Else it says nothing.
     SwapResult swap;
     /// Where a file that stood at the working copy's path before the run lies in the Trash; empty

@@ -10,19 +10,12 @@
 #include "formats/xmeml/ElementSearch.h"
 #include "formats/xmeml/VersionedXMEML.h"
 #include "foundation/QMException.h"
-#include "foundation/QMLog.h"
 #include "platform/Exception.h"
-#include "report/Message.h"
 #include "report/RuleTable.h"
 
 namespace vornic {
 
 namespace {
-
-void noteFault(RepairHost& host) {
-    host.setFileHasErrs(true);
-    host.setFileWasRepaired(false);
-}
 
 /// The elements that the versions introduced, in order, up to the first version that lists none.
 std::vector<std::string> elementsOf(const VersionCatalogue& catalogue,
@@ -42,8 +35,8 @@ std::vector<std::string> elementsOf(const VersionCatalogue& catalogue,
     return elements;
 }
 
-void warnAboutElements(RepairHost& host, const XMLDocument& document, const std::string& version,
-                       const std::vector<std::string>& elements) {
+void warnAboutElements(const XMLDocument& document, const std::string& version,
+                       const std::vector<std::string>& elements, const FoundInRepair& found) {
     if (elements.empty()) {
         return;
     }
@@ -51,47 +44,42 @@ void warnAboutElements(RepairHost& host, const XMLDocument& document, const std:
     document.serialize([&search](std::string_view piece) { return search.append(piece); });
     for (std::size_t i = 0; i < elements.size(); ++i) {
         if (search.found(i)) {
-            host.appendErrorInfoText(messageOf("repair-newer-element"_rule,
-                                               {{"element", elements[i]}, {"version", version}}));
+            found({"repair-newer-element"_rule,
+                   FindingEffect::warning,
+                   {{"element", elements[i]}, {"version", version}}});
         }
     }
 }
 
-void checkDeclaredVersion(RepairHost& host, const XMLDocument& document,
-                          const std::optional<std::string>& version) {
+void checkDeclaredVersion(const XMLDocument& document, const std::optional<std::string>& version,
+                          const FoundInRepair& found) {
     // No tree of ours has an attribute without a value; whatever has none is reported.
     if (!version) {
-        noteFault(host);
-        host.appendErrorInfoText(messageOf("repair-version-empty"_rule));
+        found({"repair-version-empty"_rule});
         return;
     }
     const std::optional<VersionCatalogue> catalogue = VersionCatalogue::load();
     if (!catalogue) {
-        noteFault(host);
-        host.appendBoldErrorInfoText(messageOf("repair-catalogue-missing"_rule));
+        found({"repair-catalogue-missing"_rule});
         return;
     }
     const std::optional<std::vector<std::string>> later = catalogue->versionsAbove(*version);
     if (!later) {
-        noteFault(host);
-        host.appendBoldErrorInfoText(
-            messageOf("repair-version-unknown"_rule, {{"version", *version}}));
+        found({"repair-version-unknown"_rule, FindingEffect::unmended, {{"version", *version}}});
         return;
     }
-    warnAboutElements(host, document, *version, elementsOf(*catalogue, *later));
+    warnAboutElements(document, *version, elementsOf(*catalogue, *later), found);
 }
 
 }  // namespace
 
-void checkVersionTags(RepairHost& host, const XMLDocument* document) {
+void checkVersionTags(const XMLDocument* document, const FoundInRepair& found) {
     try {
-        QMLog::appendLog("Checking version tags...");
         if (document != nullptr && isVersionedXMEML(*document)) {
-            checkDeclaredVersion(host, *document, document->rootAttribute("version"));
+            checkDeclaredVersion(*document, document->rootAttribute("version"), found);
             return;
         }
-        noteFault(host);
-        host.appendErrorInfoText(messageOf("repair-version-missing"_rule));
+        found({"repair-version-missing"_rule});
     } catch (const platform::Exception& exception) {
         QMException::logException(exception, "-[Document checkVersionTags:]");
     }

@@ -1,15 +1,16 @@
 #ifndef VORNIC_REPAIR_VERSION_TAG_CHECK_H
 #define VORNIC_REPAIR_VERSION_TAG_CHECK_H
 
-#include "repair/RepairHost.h"
+#include "repair/RepairFinding.h"
 #include "xml/XMLDocument.h"
 
 namespace vornic {
 
 /// Warns about elements that the version which the document declares does not know. The serialised
-/// text is searched for all of them in one pass, without being kept. Nothing is raised.
+/// text is searched for all of them in one pass, without being kept. An exception is logged, not
+/// raised.
 /// @param document null when there is none.
-void checkVersionTags(RepairHost& host, const XMLDocument* document);
+void checkVersionTags(const XMLDocument* document, const FoundInRepair& found);
 
 }  // namespace vornic
 

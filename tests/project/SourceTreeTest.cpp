@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -188,6 +189,26 @@ TEST(SourceTree, everyHeaderHasAGuardOfItsOwn) {
             << path << " has the guard " << file.guard;
         EXPECT_EQ(owners.emplace(file.guard, path).first->second, path) << file.guard;
     }
+}
+
+// A sentence begins with a capital letter and has a blank.
+TEST(SourceTree, whatARepairSaysStandsInTheTableOfRules) {
+    const std::set<std::string> stages = {
+        "CharacterFilter", "ClosingMessage", "DocumentEvents", "ElementPlace",    "EventRepair",
+        "HeaderChecks",    "RepairPipeline", "RepairReport",   "VersionTagCheck", "SwapReport"};
+    std::size_t literals = 0;
+    for (const std::string& stage : stages) {
+        std::ifstream stream(fs::path(VORNIC_SOURCE) / "repair" / (stage + ".cpp"));
+        EXPECT_TRUE(stream.is_open()) << stage;
+        for (std::string line; std::getline(stream, line);) {
+            const std::string literal =
+                between(line.substr(std::min(line.find('"'), line.size())), "\"", '"');
+            literals += literal.empty() ? 0 : 1;
+            EXPECT_FALSE(literal.find(' ') != std::string::npos && std::isupper(literal[0]))
+                << stage << ": " << literal;
+        }
+    }
+    EXPECT_GT(literals, stages.size());
 }
 
 }  // namespace vornic::test

@@ -1,107 +1,123 @@
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <random>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/Exception.h"
 #include "repair/CharacterFilter.h"
 #include "tests/repair/ReferenceFilter.h"
 #include "tests/support/EngineTest.h"
-#include "tests/support/RecordingRepairHost.h"
+#include "tests/support/RecordingEvents.h"
 
 namespace vornic {
 namespace {
 
 using Strings = std::vector<std::string>;
 
-/// Writes the values of the bar down among the other calls, and can be cancelled at any call.
-class OrderedHost : public test::RecordingRepairHost {
+/// Writes down what it is told, unit by unit, and can cancel at any call.
+class OrderedObserver : public CharacterFilterObserver {
   public:
-    explicit OrderedHost(std::size_t cancelAtCallNumber = SIZE_MAX) {
-        onCall = [this, cancelAtCallNumber](const std::string&) {
-            cancelled = cancelled || calls.size() >= cancelAtCallNumber;
-        };
+    explicit OrderedObserver(std::size_t cancelAtCallNumber)
+        : cancelAtCallNumber_(cancelAtCallNumber) {}
+
+    bool isCancelled() override { return calls.size() >= cancelAtCallNumber_; }
+    void removedUnit(std::int64_t index, TextSpan character) override {
+        calls.push_back("removed: " + std::to_string(index) + ", bytes " +
+                        std::to_string(character.offset) + " to " +
+                        std::to_string(character.end()));
     }
-    void setProgressValue(std::int64_t value) override {
-        calls.push_back("value: " + std::to_string(value));
-        onCall(calls.back());
+    bool finishedUnits(std::int64_t first, std::int64_t last) override {
+        for (std::int64_t index = first; index <= last; ++index) {
+            calls.push_back("finished: " + std::to_string(index));
+            if (index < last && isCancelled()) {
+                return false;
+            }
+        }
+        return true;
     }
+
+    Strings calls;
+
+  private:
+    std::size_t cancelAtCallNumber_;
 };
 
-/// What a filter does: its result, its calls and the flags that it leaves.
+/// What a filter does: its result and its calls.
 struct Filtering {
     std::optional<std::string> result;
     bool raised = false;
     Strings calls;
-    bool hasErrors = false;
-    bool wasRepaired = false;
     friend bool operator==(const Filtering&, const Filtering&) = default;
 };
 
 std::ostream& operator<<(std::ostream& stream, const Filtering& filtering) {
-    stream << (filtering.raised ? "raised" : filtering.result.value_or("nothing")) << '\n';
+    stream << (filtering.raised ? "raised" : filtering.result.value_or("nothing"));
     for (const std::string& call : filtering.calls) {
-        stream << "  " << call << '\n';
+        stream << "\n  " << call;
     }
-    return stream << "  " << filtering.hasErrors << filtering.wasRepaired;
+    return stream;
 }
 
-using Filter = std::function<std::optional<std::string>(RepairHost&, std::string_view)>;
+using Filter = std::optional<std::string>(std::string_view, CharacterFilterObserver&);
 
-Filtering run(const Filter& filter, std::string_view text,
-              std::size_t cancelAtCallNumber = SIZE_MAX) {
-    OrderedHost host(cancelAtCallNumber);
-    host.wasRepaired = false;
+Filtering run(Filter& filter, std::string_view text, std::size_t cancelAtCallNumber = SIZE_MAX) {
+    OrderedObserver observer(cancelAtCallNumber);
     Filtering filtering;
     try {
-        filtering.result = filter(host, text);
+        filtering.result = filter(text, observer);
     } catch (const platform::RangeException&) {
         filtering.raised = true;
     }
-    filtering.calls = host.calls;
-    filtering.hasErrors = host.hasErrors;
-    filtering.wasRepaired = host.wasRepaired;
+    filtering.calls = std::move(observer.calls);
     return filtering;
 }
 
 class CharacterFilterTest : public test::EngineTest {
   protected:
+    /// Filters a text that begins with the second byte of a file.
+    std::optional<std::string> filter(std::string_view text) {
+        SourcePlaces places(text, 1);
+        return filterInvalidCharsInString(places, report, events.stopToken());
+    }
     std::string filtered(std::string_view text) {
-        const std::optional<std::string> result = filterInvalidCharsInString(host, text);
+        report.setVerdict({false, false});
+        const std::optional<std::string> result = filter(text);
         EXPECT_TRUE(result.has_value());
         return result.value_or("");
     }
 
-    test::RecordingRepairHost host;
+    test::RecordingEvents events;
+    RepairReport report{events};
 };
 
 TEST_F(CharacterFilterTest, yieldsAnEmptyStringForAnEmptyOne) {
     EXPECT_EQ(filtered(""), "");
-    EXPECT_EQ(host.calls, Strings{"indeterminate"});
-    EXPECT_TRUE(host.progressValues.empty());
+    EXPECT_EQ(events.calls, Strings{"indeterminate"});
+    EXPECT_TRUE(events.progressValues.empty());
     EXPECT_EQ(log.entries(), Strings{"Filtering invalid characters from string..."});
 }
 
 TEST_F(CharacterFilterTest, returnsNothingAndLogsNothingWhenItWasCancelledBefore) {
-    host.cancelled = true;
-    EXPECT_EQ(filterInvalidCharsInString(host, "text"), std::nullopt);
-    EXPECT_EQ(host.calls, Strings{});
+    events.cancelled = true;
+    EXPECT_EQ(filter("text"), std::nullopt);
+    EXPECT_EQ(events.calls, Strings{});
     EXPECT_EQ(log.entries(), Strings{});
 }
 
 TEST_F(CharacterFilterTest, leavesMarkupAndPlainTextAlone) {
     const std::string text = "<?xml version=\"1.0\"?>\r\n<!DOCTYPE xmeml>\n<a b='1'>\tc.d\n</a>";
     EXPECT_EQ(filtered(text), text);
-    EXPECT_FALSE(host.hasErrors);
+    EXPECT_FALSE(report.verdict().hasErrors);
 }
 
 TEST_F(CharacterFilterTest, escapesQuotesAndGreaterThanSignsInText) {
     EXPECT_EQ(filtered("<a>\"b\" 'c' > d</a>"), "<a>&quot;b&quot; &apos;c&apos; &gt; d</a>");
-    EXPECT_FALSE(host.hasErrors);
+    EXPECT_FALSE(report.verdict().hasErrors);
 }
 
 TEST_F(CharacterFilterTest, keepsQuotesAndAmpersandsInsideATag) {
@@ -149,55 +165,52 @@ TEST_F(CharacterFilterTest, endsATagAtTheFirstGreaterThanSignEvenInsideAValue) {
 TEST_F(CharacterFilterTest, turnsOtherCharactersIntoDecimalReferencesAnywhere) {
     EXPECT_EQ(filtered("<caf\u00E9 a='\u6F22'>\u00E9\u007F\u0080\uD7FF</x>"),
               "<caf&#233; a='&#28450;'>&#233;&#127;&#128;&#55295;</x>");
-    EXPECT_FALSE(host.hasErrors);
+    EXPECT_FALSE(report.verdict().hasErrors);
 }
 
 TEST_F(CharacterFilterTest, removesEveryControlCharacterButTabAndLineBreaks) {
     for (int unit = 0; unit < 0x20; ++unit) {
         const std::string text = {'a', static_cast<char>(unit), 'b'};
         const bool isKept = unit == '\t' || unit == '\n' || unit == '\r';
-        host = {};
-        host.wasRepaired = false;
+        events = {};
         EXPECT_EQ(filtered(text), isKept ? text : "ab") << unit;
-        EXPECT_EQ(host.calls, isKept ? Strings{"indeterminate"}
-                                     : (Strings{"error: Invalid character at byte 1 removed.",
-                                                "indeterminate"}))
+        EXPECT_EQ(events.calls, isKept ? Strings{"indeterminate"}
+                                       : (Strings{"error: Invalid character at byte 1 removed.",
+                                                  "indeterminate"}))
             << unit;
-        EXPECT_EQ(host.hasErrors, !isKept);
-        EXPECT_EQ(host.wasRepaired, !isKept);
+        EXPECT_EQ(report.verdict(), (Verdict{!isKept, !isKept}));
     }
 }
 
 TEST_F(CharacterFilterTest, removesTheWholeRangeFromTheSurrogatesUp) {
     EXPECT_EQ(filtered("a\uE000b\uF8FFc\uFB01d\uFEFFe\uFFFDf\uFFFFg"), "abcdefg");
-    EXPECT_EQ(host.report(), (Strings{"error: Invalid character at byte 1 removed.",
-                                      "error: Invalid character at byte 3 removed.",
-                                      "error: Invalid character at byte 5 removed.",
-                                      "error: Invalid character at byte 7 removed.",
-                                      "error: Invalid character at byte 9 removed.",
-                                      "error: Invalid character at byte 11 removed."}));
+    EXPECT_EQ(events.report(), (Strings{"error: Invalid character at byte 1 removed.",
+                                        "error: Invalid character at byte 3 removed.",
+                                        "error: Invalid character at byte 5 removed.",
+                                        "error: Invalid character at byte 7 removed.",
+                                        "error: Invalid character at byte 9 removed.",
+                                        "error: Invalid character at byte 11 removed."}));
 }
 
 TEST_F(CharacterFilterTest, removesASurrogatePairWithTwoMessages) {
     EXPECT_EQ(filtered("\u00E9\U0001F600x\U00010000"), "&#233;x");
-    EXPECT_EQ(host.report(), (Strings{"error: Invalid character at byte 1 removed.",
-                                      "error: Invalid character at byte 2 removed.",
-                                      "error: Invalid character at byte 4 removed.",
-                                      "error: Invalid character at byte 5 removed."}));
+    EXPECT_EQ(events.report(), (Strings{"error: Invalid character at byte 1 removed.",
+                                        "error: Invalid character at byte 2 removed.",
+                                        "error: Invalid character at byte 4 removed.",
+                                        "error: Invalid character at byte 5 removed."}));
 }
 
 TEST_F(CharacterFilterTest, marksTheFileAsRepairedEvenWhenAnEarlierStepHadGivenItUp) {
-    host.wasRepaired = false;
-    EXPECT_EQ(filtered("\x01"), "");
-    EXPECT_TRUE(host.hasErrors);
-    EXPECT_TRUE(host.wasRepaired);
+    report.giveUp();
+    EXPECT_EQ(filter("\x01"), "");
+    EXPECT_EQ(report.verdict(), (Verdict{true, true}));
 }
 
 TEST_F(CharacterFilterTest, keepsEverythingButLessThanSignsInsideCDATA) {
     const std::string kept = "\" ' & > \x01 \x7F \u00E9 \uE000 \U0001F600 ]]";
     EXPECT_EQ(filtered("<a><![CDATA[" + kept + "]]></a>"), "<a><![CDATA[" + kept + "]]></a>");
     EXPECT_EQ(filtered("<![CDATA[a<b<![CDATA[c]]>"), "<![CDATA[a&lt;b&lt;![CDATA[c]]>");
-    EXPECT_FALSE(host.hasErrors);
+    EXPECT_FALSE(report.verdict().hasErrors);
 }
 
 TEST_F(CharacterFilterTest, isBackInTextBehindACDATASection) {
@@ -218,11 +231,9 @@ TEST_F(CharacterFilterTest, doesNotRecogniseACDATASectionInTheLastEightUnits) {
 }
 
 TEST_F(CharacterFilterTest, raisesForATextThatBeginsWithAnEmptyTag) {
-    EXPECT_THROW(static_cast<void>(filterInvalidCharsInString(host, "<>")),
-                 platform::RangeException);
-    EXPECT_THROW(static_cast<void>(filterInvalidCharsInString(host, "<><a/>")),
-                 platform::RangeException);
-    EXPECT_EQ(host.calls, Strings{});
+    EXPECT_THROW(static_cast<void>(filter("<>")), platform::RangeException);
+    EXPECT_THROW(static_cast<void>(filter("<><a/>")), platform::RangeException);
+    EXPECT_EQ(events.calls, Strings{});
 }
 
 TEST_F(CharacterFilterTest, takesAnEmptyTagAnywhereElse) {
@@ -235,49 +246,66 @@ TEST_F(CharacterFilterTest, setsNoMaximumForATextOf512000Units) {
     // More bytes than units, so that it shows which of them are counted.
     const std::string text = "\u00E9" + std::string(511999, 'a');
     EXPECT_EQ(filtered(text).size(), 512005U);
-    EXPECT_EQ(host.calls, Strings{"indeterminate"});
+    EXPECT_EQ(events.calls, Strings{"indeterminate"});
 }
 
 TEST_F(CharacterFilterTest, setsTheMaximumOfATextOf512001Units) {
     const std::string text = "\u00E9" + std::string(512000, 'a');
     EXPECT_EQ(filtered(text).size(), 512006U);
-    EXPECT_EQ(host.calls, (Strings{"max: 512001", "indeterminate"}));
+    EXPECT_EQ(events.calls, (Strings{"max: 512001", "indeterminate"}));
 }
 
-TEST_F(CharacterFilterTest, tellsEveryIndexButTheMultiplesOf6144) {
+TEST_F(CharacterFilterTest, tellsIndexesThatAreNoMultiplesOf6144) {
     const std::string text = std::string(20000, 'a') + "\U0001F600<b>\u00E9</b>" +
                              std::string(50000, 'c') + "\x01" + std::string(3000, '"');
     EXPECT_FALSE(filtered(text).empty());
-    std::vector<std::int64_t> expected;
-    const auto length = static_cast<std::int64_t>(test::unitsOf(text).size());
-    for (std::int64_t i = 0; i < length; ++i) {
-        if (i % 6144 != 0) {
-            expected.push_back(i);
-        }
-    }
-    EXPECT_EQ(host.progressValues, expected);
+    const std::vector<std::int64_t>& values = events.progressValues;
+    ASSERT_GT(values.size(), 4U);
+    EXPECT_TRUE(std::is_sorted(values.begin(), values.end()));
+    EXPECT_TRUE(std::none_of(values.begin(), values.end(),
+                             [](std::int64_t value) { return value % 6144 == 0; }));
+    EXPECT_EQ(values.back(), static_cast<std::int64_t>(test::unitsOf(text).size()) - 1);
+    events = {};
+    EXPECT_FALSE(filtered(std::string(6145, 'a')).empty());
+    EXPECT_EQ(events.progressValues, std::vector<std::int64_t>{6143});
+    events = {};
+    EXPECT_FALSE(filtered(std::string(6144, 'a') + '\x01').empty());
+    EXPECT_EQ(events.progressValues, std::vector<std::int64_t>{6143});
 }
 
 TEST_F(CharacterFilterTest, tellsARemovalBeforeItsOwnIndexAndAfterAllEarlierOnes) {
-    const Filtering filtering = run(filterInvalidCharsInString, "ab\x01\U0001F600z");
-    EXPECT_EQ(filtering.calls, (Strings{"value: 1", "error: Invalid character at byte 2 removed.",
-                                        "value: 2", "error: Invalid character at byte 3 removed.",
-                                        "value: 3", "error: Invalid character at byte 4 removed.",
-                                        "value: 4", "value: 5", "indeterminate"}));
+    const Filtering filtering = run(filterInvalidCharacters, "ab\x01\U0001F600z");
+    EXPECT_EQ(filtering.calls, (Strings{"finished: 0", "finished: 1", "removed: 2, bytes 2 to 3",
+                                        "finished: 2", "removed: 3, bytes 3 to 7", "finished: 3",
+                                        "removed: 4, bytes 3 to 7", "finished: 4", "finished: 5"}));
+}
+
+TEST_F(CharacterFilterTest, countsEachRemovalAndKeepsItsPlaceInTheFile) {
+    EXPECT_EQ(filtered("<a>\n\u00E9\x01</a>"), "<a>\n&#233;</a>");
+    EXPECT_EQ(report.findings().count("repair-character-removed"_rule), 1U);
+    ASSERT_EQ(report.findings().kept().size(), 1U);
+    const Place& where = report.findings().kept().front().where;
+    EXPECT_EQ(where.line, 2U);
+    EXPECT_EQ(where.column, 2U);
+    EXPECT_EQ(where.offset, 7U);
+    EXPECT_EQ(where.length, 1U);
 }
 
 TEST_F(CharacterFilterTest, leavesTheBarAsItIsWhenItIsCancelled) {
-    host.cancelAtCall = "error: Invalid character at byte 1 removed.";
-    EXPECT_EQ(filterInvalidCharsInString(host, "a\x01z\x01z"), std::nullopt);
-    EXPECT_EQ(host.calls, Strings{"error: Invalid character at byte 1 removed."});
-    EXPECT_EQ(host.progressValues, std::vector<std::int64_t>{1});
+    events.cancelAtCall = "error: Invalid character at byte 1 removed.";
+    EXPECT_EQ(filter("a\x01z\x01z"), std::nullopt);
+    EXPECT_EQ(events.calls, Strings{"error: Invalid character at byte 1 removed."});
+    EXPECT_EQ(events.progressValues, std::vector<std::int64_t>{1});
 }
 
 TEST_F(CharacterFilterTest, hasItsResultWhenTheLastUnitIsTheOneThatCancels) {
-    const Filtering filtering = run(filterInvalidCharsInString, "a\x01", 1);
+    const Filtering filtering = run(filterInvalidCharacters, "a\x01", 3);
     EXPECT_EQ(filtering.result, "a");
-    EXPECT_EQ(filtering.calls, (Strings{"error: Invalid character at byte 1 removed.", "value: 1",
-                                        "indeterminate"}));
+    EXPECT_EQ(filtering.calls, (Strings{"finished: 0", "removed: 1, bytes 1 to 2", "finished: 1"}));
+}
+
+std::optional<std::string> plainFilter(std::string_view text, CharacterFilterObserver& observer) {
+    return test::referenceFilter(text, observer);
 }
 
 /// Random texts from pieces that mean something to the filter.
@@ -329,7 +357,7 @@ TEST_F(CharacterFilterTest, doesWhatThePlainestFormDoesCallForCall) {
     for (std::uint32_t seed = 0; seed < 3000; ++seed) {
         RandomText random(seed);
         const std::string text = random.make(random.below(60));
-        ASSERT_EQ(run(filterInvalidCharsInString, text), run(test::referenceFilter, text))
+        ASSERT_EQ(run(filterInvalidCharacters, text), run(plainFilter, text))
             << "seed " << seed << ": " << text;
     }
 }
@@ -338,10 +366,9 @@ TEST_F(CharacterFilterTest, isCancelledWhereThePlainestFormIs) {
     for (std::uint32_t seed = 0; seed < 200; ++seed) {
         RandomText random(seed);
         const std::string text = random.make(1 + random.below(30));
-        const std::size_t calls = run(test::referenceFilter, text).calls.size();
+        const std::size_t calls = run(plainFilter, text).calls.size();
         for (std::size_t number = 1; number <= calls; ++number) {
-            ASSERT_EQ(run(filterInvalidCharsInString, text, number),
-                      run(test::referenceFilter, text, number))
+            ASSERT_EQ(run(filterInvalidCharacters, text, number), run(plainFilter, text, number))
                 << "seed " << seed << ", call " << number << ": " << text;
         }
     }
@@ -351,8 +378,7 @@ TEST_F(CharacterFilterTest, doesWhatThePlainestFormDoesOverManyRounds) {
     for (std::uint32_t seed = 0; seed < 6; ++seed) {
         RandomText random(seed);
         const std::string text = random.make(8000);
-        ASSERT_EQ(run(filterInvalidCharsInString, text), run(test::referenceFilter, text))
-            << "seed " << seed;
+        ASSERT_EQ(run(filterInvalidCharacters, text), run(plainFilter, text)) << "seed " << seed;
     }
 }
 
@@ -368,7 +394,6 @@ TEST_F(StripInvalidCharsFromData, keepsExactlyThePrintableASCIIBytes) {
         }
     }
     EXPECT_EQ(stripInvalidCharsFromData(all + all), printable + printable);
-    EXPECT_EQ(log.entries(), Strings{"Stripping invalid characters from data..."});
 }
 
 TEST_F(StripInvalidCharsFromData, dropsAMultiByteCharacterWhole) {

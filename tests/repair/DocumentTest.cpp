@@ -167,15 +167,6 @@ TEST_F(DocumentProgress, countsUp) {
     EXPECT_EQ(window->calls, Strings{});
 }
 
-TEST_F(DocumentProgress, showsTheLatestOfManyValuesThatAreToldAtOnce) {
-    EXPECT_TRUE(document->setProgressValues(1, 40, 6144));
-    EXPECT_EQ(document->progressValue(), 40);
-    EXPECT_TRUE(document->setProgressValues(41, 6144, 6144));
-    EXPECT_EQ(document->progressValue(), 6143);
-    EXPECT_TRUE(document->setProgressValues(12288, 12288, 6144));
-    EXPECT_EQ(document->progressValue(), 6143);
-}
-
 TEST_F(DocumentProgress, isCancelledByItsButton) {
     document->startProgress();
     window->calls.clear();
@@ -317,6 +308,79 @@ TEST_F(DocumentTest, strippingAndFilteringAreOperationsOfTheDocument) {
     EXPECT_EQ(insertions(), Strings{"Invalid character at byte 1 removed. [error]"});
     document->setProgressCancelled(true);
     EXPECT_EQ(document->filterInvalidCharsInString("a"), std::nullopt);
+}
+
+TEST_F(DocumentTest, aRepairClearsAnOldCancellationAndTakesTheKindFromTheName) {
+    document->setProgressCancelled(true);
+    document->setXmlType(7);
+    EXPECT_EQ(document->startRepair(sandbox.write("Cut.xml", test::kSoundXMEML)),
+              RepairOutcome::sound);
+    EXPECT_FALSE(document->progressCancelled());
+    EXPECT_EQ(document->xmlType(), 0);
+    EXPECT_EQ(document->startRepair(sandbox.write("Cut.FCPXML", test::kSoundFCPXML)),
+              RepairOutcome::sound);
+    EXPECT_EQ(document->xmlType(), 1);
+}
+
+TEST_F(DocumentTest, aMissingFileIsAnAlertAndLeavesFlagsAndReportAlone) {
+    document->setFileHasErrs(true);
+    document->setFileWasRepaired(true);
+    const std::string path = sandbox.path("None.xml");
+    EXPECT_EQ(document->startRepair(path), RepairOutcome::stopped);
+    const std::string info = "The file " + path + " cannot be found.";
+    EXPECT_EQ(window->calls, (Strings{"cancel button on", "stop", "indeterminate", "start",
+                                      "status: Repairing...", "begin sheet", "end sheet",
+                                      "alert: Unable to locate file | " + info, "stop"}));
+    EXPECT_EQ(log.entries(), (Strings{"Beginning repair for file " + path + "...", info,
+                                      "Unable to locate file. " + info}));
+    EXPECT_TRUE(document->fileHasErrs());
+    EXPECT_TRUE(document->fileWasRepaired());
+}
+
+TEST_F(DocumentTest, theFlagsFollowARepairWhileItRuns) {
+    Strings flags;
+    window->onCall = [&](const std::string& call) {
+        if (call.starts_with("insert: ")) {
+            flags.push_back(std::string(document->fileHasErrs() ? "errors, " : "no errors, ") +
+                            (document->fileWasRepaired() ? "repaired" : "not repaired"));
+        }
+    };
+    EXPECT_EQ(document->startRepair(sandbox.write("Cut.xml", "<xmeml/>")), RepairOutcome::unable);
+    EXPECT_EQ(insertions().at(6), "Invalid DTD... repairing [error]");
+    EXPECT_EQ(
+        flags,
+        (Strings{"no errors, not repaired", "no errors, not repaired", "no errors, not repaired",
+                 "no errors, repaired", "no errors, repaired", "no errors, repaired",
+                 "errors, repaired", "errors, not repaired", "errors, not repaired",
+                 "errors, not repaired", "errors, not repaired", "errors, not repaired"}));
+}
+
+TEST_F(DocumentTest, tellsTheTruthAboutASwapThatAnAlertRaisedAfter) {
+    window->onCall = [](const std::string& call) {
+        if (call.starts_with("alert: ")) {
+            throw platform::Exception("Test", "raised");
+        }
+    };
+    const std::string path = sandbox.write("Cut.xml", "<xmeml version=\"5\"><sequence/></xmeml>");
+    EXPECT_EQ(document->startRepair(path), RepairOutcome::repairedAndSwapped);
+    EXPECT_EQ(log.entries().back(), "Exception in -[Document startRepair:]. Test - raised.");
+    EXPECT_FALSE(document->isRunning());
+    ASSERT_EQ(window->outcomes.size(), 1U);
+    EXPECT_EQ(window->outcomes.front(), RepairOutcome::repairedAndSwapped);
+}
+
+TEST_F(DocumentTest, endsARunOnceThatAnotherExceptionEnded) {
+    window->onCall = [](const std::string& call) {
+        if (call == "status: Checking file...") {
+            throw std::runtime_error("other");
+        }
+    };
+    const std::string path = sandbox.write("Cut.xml", test::kSoundXMEML);
+    EXPECT_THROW(static_cast<void>(document->startRepair(path)), std::runtime_error);
+    EXPECT_EQ(window->callsOf("end sheet").size(), 1U);
+    EXPECT_FALSE(document->isRunning());
+    ASSERT_EQ(window->outcomes.size(), 1U);
+    EXPECT_EQ(window->outcomes.front(), RepairOutcome::stopped);
 }
 
 TEST_F(DocumentTest, withoutAnInterfaceWorksOnAnyThreadWithoutAMainLoop) {

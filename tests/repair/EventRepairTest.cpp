@@ -7,24 +7,23 @@
 #include <vector>
 
 #include "repair/EventRepair.h"
-#include "tests/support/EngineTest.h"
-#include "tests/support/RecordingRepairHost.h"
+#include "tests/repair/CheckOfRepairTest.h"
 
 namespace vornic {
 namespace {
 
 using Strings = std::vector<std::string>;
 
-class EventRepairTest : public test::EngineTest {
+class EventRepairTest : public test::CheckOfRepairTest {
   protected:
     /// Repairs a document and returns it as text without its declaration and indentation.
     std::string repair(std::string_view text) {
         std::unique_ptr<XMLDocument> document = test::parsed(text);
         const XMLDocument* given = document.get();
         hasErrors.reset();
-        bool found = true;
-        document = repairFCPXDocument(host, std::move(document), &found);
-        hasErrors = found;
+        bool hasMended = true;
+        document = repairFCPXDocument(std::move(document), &hasMended, found);
+        hasErrors = hasMended;
         EXPECT_EQ(document.get(), given);
         return withoutIndentation(document->xmlString());
     }
@@ -37,7 +36,6 @@ class EventRepairTest : public test::EngineTest {
         return repaired.substr(open.size(), repaired.size() - open.size() - close.size());
     }
 
-    test::RecordingRepairHost host;
     std::optional<bool> hasErrors;
 
   private:
@@ -59,7 +57,7 @@ TEST_F(EventRepairTest, givesTheFirstReferenceToTheAudioThatHasNone) {
               "<event><video><audio ref=\"r2\"/><audio ref=\"r2\"/><audio ref=\"r3\"/></video>"
               "</event>");
     EXPECT_EQ(hasErrors, true);
-    EXPECT_EQ(host.calls, Strings{"info: Checking for FCPX-specific errors..."});
+    EXPECT_EQ(findings(), Strings{});
 }
 
 TEST_F(EventRepairTest, takesTheFirstReferenceWhereverItStands) {
@@ -81,19 +79,22 @@ TEST_F(EventRepairTest, refusesAMendThatWouldMultiplyTheFile) {
                              "</event></library></fcpxml>";
     std::string readable = text;
     std::erase(readable, '\x0B');
-    host.setFileWasRepaired(true);
-    bool found = false;
-    const auto document = repairFCPXDocument(host, test::parsed(readable), &found,
+    bool hasMended = false;
+    const auto document = repairFCPXDocument(test::parsed(readable), &hasMended, found,
                                              [&text] { return std::optional(text); });
-    EXPECT_TRUE(found);
-    EXPECT_TRUE(host.fileHasErrs());
-    EXPECT_FALSE(host.fileWasRepaired());
+    EXPECT_TRUE(hasMended);
+    expectFlags(true, false);
     EXPECT_LT(document->xmlString().size(), 2 * text.size());
-    ASSERT_FALSE(host.calls.empty());
+    EXPECT_EQ(findings(), Strings{"repair-references-refused"});
     EXPECT_EQ(
-        host.calls.back(),
-        "error: Line 3, column 3: the audio elements of this video that lack a reference were "
-        "left as they are; with it, the file would grow beyond four times its size.");
+        events.calls,
+        Strings{"error: Line 3, column 3: the audio elements of this video that lack a reference "
+                "were left as they are; with it, the file would grow beyond four times its size."});
+    ASSERT_EQ(report.findings().kept().size(), 1U);
+    const Place& where = report.findings().kept().front().where;
+    EXPECT_EQ(where.line, 3U);
+    EXPECT_EQ(where.column, 3U);
+    EXPECT_EQ(text.substr(where.offset, 7), "<video>");
 }
 
 TEST_F(EventRepairTest, mendsWhatMakesASmallFileManyTimesLarger) {
@@ -105,7 +106,6 @@ TEST_F(EventRepairTest, mendsWhatMakesASmallFileManyTimesLarger) {
     const std::string mended = repairLibrary("<event>" + clip + "</video></event>");
     EXPECT_EQ(hasErrors, true);
     EXPECT_GT(mended.size(), 1'000U * 1'000U);
-    EXPECT_EQ(host.calls.size(), 1U);
 }
 
 TEST_F(EventRepairTest, leavesASoundClipAlone) {
@@ -169,39 +169,32 @@ TEST_F(EventRepairTest, neverLooksOutsideTheFirstLibrarysEvents) {
     }
 }
 
-TEST_F(EventRepairTest, onlyReportsTheCheckForAFileWithoutALibrary) {
+TEST_F(EventRepairTest, findsNothingInAFileWithoutALibrary) {
     EXPECT_EQ(repair("<fcpxml/>"), "<fcpxml/>");
     EXPECT_EQ(hasErrors, false);
-    EXPECT_EQ(host.calls, Strings{"info: Checking for FCPX-specific errors..."});
+    EXPECT_EQ(findings(), Strings{});
 }
 
-TEST_F(EventRepairTest, changesNoFlagOfItsDocument) {
+TEST_F(EventRepairTest, leavesItToItsCallerToCallAMendAnError) {
     repairLibrary("<event><video><audio ref=\"r2\"/><audio/></video></event>");
-    EXPECT_FALSE(host.hasErrors);
-    EXPECT_TRUE(host.wasRepaired);
+    expectFlags(false, true);
 }
 
 TEST_F(EventRepairTest, needsNoOutput) {
     std::unique_ptr<XMLDocument> document = test::parsed(
         "<fcpxml><library><event><video><audio ref=\"r\"/><audio/></video></event></library>"
         "</fcpxml>");
-    document = repairFCPXDocument(host, std::move(document), nullptr);
+    document = repairFCPXDocument(std::move(document), nullptr, found);
     ASSERT_NE(document, nullptr);
     EXPECT_NE(document->xmlString().find("<audio ref=\"r\"/>\n                <audio ref=\"r\"/>"),
               std::string::npos);
 }
 
 TEST_F(EventRepairTest, setsTheOutputWithoutADocument) {
-    bool found = true;
-    EXPECT_EQ(repairFCPXDocument(host, nullptr, &found), nullptr);
-    EXPECT_FALSE(found);
-    EXPECT_EQ(host.calls, Strings{"info: Checking for FCPX-specific errors..."});
-}
-
-TEST_F(EventRepairTest, passesAnExceptionOn) {
-    host.raiseAtCall = "info: Checking for FCPX-specific errors...";
-    EXPECT_THROW(static_cast<void>(repairFCPXDocument(host, test::parsed("<fcpxml/>"), nullptr)),
-                 platform::Exception);
+    bool hasMended = true;
+    EXPECT_EQ(repairFCPXDocument(nullptr, &hasMended, found), nullptr);
+    EXPECT_FALSE(hasMended);
+    EXPECT_EQ(findings(), Strings{});
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ namespace {
 class Counter : public CharacterFilterObserver {
   public:
     bool isCancelled() override { return false; }
-    void removedUnit(std::int64_t index) override {
+    void removedUnit(std::int64_t index, TextSpan /*character*/) override {
         isInOrder = isInOrder && index == next;
         ++removed;
     }

@@ -15,7 +15,7 @@ namespace {
 class SilentObserver : public CharacterFilterObserver {
   public:
     bool isCancelled() override { return false; }
-    void removedUnit(std::int64_t) override {}
+    void removedUnit(std::int64_t, TextSpan) override {}
     bool finishedUnits(std::int64_t, std::int64_t) override { return true; }
 };
 

@@ -8,7 +8,7 @@
 #include "repair/RepairPipeline.h"
 #include "tests/support/EngineTest.h"
 #include "tests/support/FileState.h"
-#include "tests/support/RecordingRepairHost.h"
+#include "tests/support/RecordingEvents.h"
 #include "tests/support/RecordingSwapObserver.h"
 #include "xml/XMLReader.h"
 
@@ -24,13 +24,13 @@ inline constexpr std::string_view kSoundFCPXML =
     "    <resources/>\n    <library>\n        <event>\n            <project name=\"Cut\"/>\n"
     "        </event>\n    </library>\n</fcpxml>\n";
 
-/// Runs the pipeline on real files, for a document that writes down what is done to it.
+/// Runs the pipeline on real files, and writes down what they tell.
 class PipelineTest : public EngineTest {
   protected:
     void SetUp() override { writeUsualCatalogue(); }
 
     RepairOutcome run(const std::string& path) {
-        result = RepairPipeline(host, observer).run(path);
+        result = RepairPipeline(path, events, events.stopToken(), observer).run();
         return result.outcome;
     }
     /// Writes a file and runs the pipeline on it.
@@ -52,12 +52,17 @@ class PipelineTest : public EngineTest {
         EXPECT_TRUE(reading.fault.has_value()) << text;
         return reading.fault ? reading.fault->localizedDescription() : "";
     }
+    /// "TITLE | INFORMATION"; "" for a run without.
+    [[nodiscard]] std::string closing() const {
+        return result.closing ? result.closing->title + " | " + result.closing->information : "";
+    }
     void expectFlags(bool hasErrors, bool wasRepaired) const {
-        EXPECT_EQ(host.hasErrors, hasErrors);
-        EXPECT_EQ(host.wasRepaired, wasRepaired);
+        EXPECT_EQ(result.verdict, (Verdict{hasErrors, wasRepaired}));
+        ASSERT_FALSE(events.verdicts.empty());
+        EXPECT_EQ(events.verdicts.back(), result.verdict);
     }
 
-    RecordingRepairHost host;
+    RecordingEvents events;
     RecordingSwapObserver observer;
     /// Of the last run.
     RepairResult result;
@@ -65,11 +70,8 @@ class PipelineTest : public EngineTest {
 
 /// What every run on an existing file says first.
 inline Strings openingCalls(const std::string& path) {
-    return {"start",
-            "clear",
-            "bold: Starting repair for file " + path + "...",
-            "label: Starting repair for file " + path + "...",
-            "label: Creating temporary file...",
+    return {"bold: Starting repair for file " + path + "...",
+            "label: Starting repair for file " + path + "...", "label: Creating temporary file...",
             "info: Creating temporary file..."};
 }
 
@@ -81,13 +83,13 @@ inline const std::string kRepairedLine =
 inline const std::string kUnableLine =
     "bold error: Unable to repair file. Errors were found in the file and Vornic was unable to fix "
     "them.";
-inline const std::string kSoundAlert =
-    "alert: No repair was necessary | No critical errors were found in the file.";
-inline const std::string kRepairedAlert =
-    "alert: The file was repaired successfully | Errors were found in the file and were "
+inline const std::string kSoundClosing =
+    "No repair was necessary | No critical errors were found in the file.";
+inline const std::string kRepairedClosing =
+    "The file was repaired successfully | Errors were found in the file and were "
     "successfully repaired.";
-inline const std::string kUnableAlert =
-    "alert: Unable to repair file | Errors were found in the file and Vornic was unable to fix "
+inline const std::string kUnableClosing =
+    "Unable to repair file | Errors were found in the file and Vornic was unable to fix "
     "them.";
 
 /// Lists one after the other.

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "platform/Exception.h"
+#include "xml/TextSpan.h"
 
 namespace vornic::test {
 
@@ -16,27 +18,44 @@ void append(Units& output, std::string_view ascii) {
     output.append(ascii.begin(), ascii.end());
 }
 
+std::size_t lengthOf(char lead) {
+    const auto byte = static_cast<unsigned char>(lead);
+    return byte < 0x80 ? 1 : (byte < 0xE0 ? 2 : (byte < 0xF0 ? 3 : 4));
+}
+
+std::vector<TextSpan> charactersOf(std::string_view text) {
+    std::vector<TextSpan> characters;
+    for (std::size_t i = 0; i < text.size();) {
+        const TextSpan character{i, lengthOf(text[i])};
+        characters.insert(characters.end(), character.length == 4 ? 2 : 1, character);
+        i = character.end();
+    }
+    return characters;
+}
+
+class SilentObserver : public CharacterFilterObserver {
+  public:
+    bool isCancelled() override { return false; }
+    void removedUnit(std::int64_t /*index*/, TextSpan /*character*/) override {}
+    bool finishedUnits(std::int64_t /*first*/, std::int64_t /*last*/) override { return true; }
+};
+
 class ReferenceFilter {
   public:
-    ReferenceFilter(RepairHost& host, const Units& input) : host_(host), input_(input) {}
+    ReferenceFilter(CharacterFilterObserver& observer, std::string_view text)
+        : observer_(observer), input_(unitsOf(text)), characters_(charactersOf(text)) {}
 
     std::optional<Units> run() {
-        if (host_.progressCancelled()) {
-            return std::nullopt;
-        }
-        if (input_.size() >= 512001) {
-            host_.setProgressMax(static_cast<std::int64_t>(input_.size()));
-        }
         for (i_ = 0; i_ < input_.size(); ++i_) {
-            if (host_.progressCancelled()) {
+            if (observer_.isCancelled()) {
                 return std::nullopt;
             }
             takeUnit(input_[i_]);
-            if (i_ % 6144 != 0) {
-                host_.setProgressValue(static_cast<std::int64_t>(i_));
+            const auto index = static_cast<std::int64_t>(i_);
+            if (!observer_.finishedUnits(index, index)) {
+                return std::nullopt;
             }
         }
-        host_.setIndeterminateProgress();
         return output_;
     }
 
@@ -91,10 +110,7 @@ class ReferenceFilter {
         if (u == 9 || u == 10 || u == 13) {
             output_.push_back(u);
         } else if (u < 0x20 || u >= 0xD800) {
-            host_.appendErrorInfoText("Invalid character at byte " + std::to_string(i_) +
-                                      " removed.");
-            host_.setFileHasErrs(true);
-            host_.setFileWasRepaired(true);
+            observer_.removedUnit(static_cast<std::int64_t>(i_), characters_[i_]);
         } else if (u >= 0x7F) {
             append(output_, "&#" + std::to_string(static_cast<unsigned>(u)) + ";");
         } else {
@@ -120,8 +136,10 @@ class ReferenceFilter {
         }
     }
 
-    RepairHost& host_;
-    const Units& input_;
+    CharacterFilterObserver& observer_;
+    Units input_;
+    // The bytes that each unit belongs to.
+    std::vector<TextSpan> characters_;
     Units output_;
     std::size_t i_ = 0;
     bool inTag_ = false;
@@ -134,7 +152,7 @@ std::u16string unitsOf(std::string_view text) {
     std::u16string units;
     for (std::size_t i = 0; i < text.size();) {
         const auto lead = static_cast<unsigned char>(text[i]);
-        const std::size_t length = lead < 0x80 ? 1 : (lead < 0xE0 ? 2 : (lead < 0xF0 ? 3 : 4));
+        const std::size_t length = lengthOf(text[i]);
         char32_t code = length == 1 ? lead : lead & (0xFFU >> (length + 1));
         for (std::size_t k = 1; k < length; ++k) {
             code = (code << 6U) | (static_cast<unsigned char>(text.at(i + k)) & 0x3FU);
@@ -177,13 +195,15 @@ std::string textOf(std::u16string_view units) {
     return text;
 }
 
-std::optional<std::string> referenceFilter(RepairHost& host, std::string_view text) {
-    const Units input = unitsOf(text);
-    const std::optional<Units> output = ReferenceFilter(host, input).run();
-    if (!output) {
-        return std::nullopt;
-    }
-    return textOf(*output);
+std::optional<std::string> referenceFilter(std::string_view text,
+                                           CharacterFilterObserver& observer) {
+    const std::optional<Units> output = ReferenceFilter(observer, text).run();
+    return output ? std::optional(textOf(*output)) : std::nullopt;
+}
+
+std::optional<std::string> referenceFilter(std::string_view text) {
+    SilentObserver observer;
+    return referenceFilter(text, observer);
 }
 
 }  // namespace vornic::test

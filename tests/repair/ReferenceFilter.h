@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "repair/RepairHost.h"
+#include "repair/CharacterFilter.h"
 
 namespace vornic::test {
 
@@ -16,7 +16,10 @@ namespace vornic::test {
 /// The character filter in its plainest form: unit after unit, one step after the other, with no
 /// thought for speed. What the real one does must be the same, call for call.
 /// @throws platform::RangeException as the real one does.
-[[nodiscard]] std::optional<std::string> referenceFilter(RepairHost& host, std::string_view text);
+[[nodiscard]] std::optional<std::string> referenceFilter(std::string_view text,
+                                                         CharacterFilterObserver& observer);
+/// The same for nobody.
+[[nodiscard]] std::optional<std::string> referenceFilter(std::string_view text);
 
 }  // namespace vornic::test
 

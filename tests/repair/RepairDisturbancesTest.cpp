@@ -25,7 +25,7 @@ namespace {
 
 using test::fileState;
 using test::FileState;
-using test::kRepairedAlert;
+using test::kRepairedClosing;
 using test::kRepairedLine;
 using test::kSoundLine;
 using test::kSoundXMEML;
@@ -42,7 +42,7 @@ class RepairDisturbancesTest : public test::PipelineTest {
 
     /// Does something to the files when the run makes a call.
     void at(const std::string& call, std::function<void()> act) {
-        host.onCall = [call, act = std::move(act)](const std::string& made) {
+        events.onCall = [call, act = std::move(act)](const std::string& made) {
             if (made == call) {
                 act();
             }
@@ -73,13 +73,12 @@ TEST_F(RepairDisturbancesTest, anOldWorkingCopyThatIsALinkGoesToTheTrashAsALink)
 TEST_F(RepairDisturbancesTest, anOldWorkingCopyThatCannotBeMovedEndsTheRun) {
     sandbox.write("../home/.Trash", "a file where the folder should be");
     sandbox.write("Cut-backup.xml", "old");
-    host.hasErrors = true;
     EXPECT_EQ(runOn("Cut.xml", kDamaged), RepairOutcome::stopped);
     const std::string remove = "Please remove " + copy() + " manually.";
-    EXPECT_EQ(Strings(host.calls.end() - 4, host.calls.end()),
+    EXPECT_EQ(Strings(events.calls.end() - 2, events.calls.end()),
               (Strings{"info: Creating temporary file...",
-                       "bold error: Error: unable to remove temporary file. " + remove,
-                       "alert: Unable to remove temporary file | " + remove, "end"}));
+                       "bold error: Error: unable to remove temporary file. " + remove}));
+    EXPECT_EQ(closing(), "Unable to remove temporary file | " + remove);
     expectFlags(false, false);
     EXPECT_EQ(test::readBytes(path), kDamaged);
     EXPECT_EQ(test::readBytes(copy()), "old");
@@ -91,14 +90,13 @@ class RepairUncopyable : public RepairDisturbancesTest {
     void expectUncopyable() {
         ErrorSlot error;
         ASSERT_FALSE(platform::copyFile(path, copy(), error));
-        host.hasErrors = true;
         EXPECT_EQ(run(path), RepairOutcome::stopped);
-        ASSERT_GE(host.calls.size(), 4U);
+        ASSERT_GE(events.calls.size(), 2U);
         EXPECT_EQ(
-            Strings(host.calls.end() - 4, host.calls.end()),
+            Strings(events.calls.end() - 2, events.calls.end()),
             (Strings{"info: Creating temporary file...",
-                     "bold error: Error: unable to create temporary file. " + error->description,
-                     "alert: Unable to create temporary file | " + error->description, "end"}));
+                     "bold error: Error: unable to create temporary file. " + error->description}));
+        EXPECT_EQ(closing(), "Unable to create temporary file | " + error->description);
         expectFlags(false, false);
         EXPECT_FALSE(test::exists(copy()));
     }
@@ -137,8 +135,10 @@ TEST_F(RepairUncopyable, aFileInAFolderThatCannotBeWritten) {
 TEST_F(RepairDisturbancesTest, theSourceStaysWhenItCannotBeMovedToTheTrash) {
     sandbox.write("../home/.Trash", "a file where the folder should be");
     EXPECT_EQ(runOn("Cut.xml", kDamaged), RepairOutcome::repairedNotSwapped);
-    EXPECT_EQ(Strings(host.calls.end() - 3, host.calls.end()),
-              (Strings{kRepairedLine, kRepairedAlert, "end"}));
+    EXPECT_EQ(events.calls.back(), kRepairedLine);
+    EXPECT_EQ(closing(), kRepairedClosing);
+    EXPECT_EQ(result.original, path);
+    EXPECT_EQ(result.workingCopy, copy());
     EXPECT_EQ(test::readBytes(path), kDamaged);
     EXPECT_EQ(test::readBytes(copy()), kRepaired);
     expectFlags(true, true);
@@ -154,12 +154,13 @@ TEST_F(RepairDisturbancesTest, aNewerExportKeepsItsPlace) {
         std::filesystem::rename(sandbox.path("other"), path);
     });
     EXPECT_EQ(run(path), RepairOutcome::repairedNotSwapped);
-    EXPECT_EQ(Strings(host.calls.end() - 5, host.calls.end()),
+    EXPECT_EQ(Strings(events.calls.end() - 3, events.calls.end()),
               (Strings{kRepairedLine,
                        "error: The file " + path +
                            " was changed by another program during the repair. It was left as it "
                            "is now.",
-                       "error: The repaired file is " + copy() + ".", kRepairedAlert, "end"}));
+                       "error: The repaired file is " + copy() + "."}));
+    EXPECT_EQ(closing(), kRepairedClosing);
     EXPECT_EQ(result.swap.end, SwapEnd::sourceChanged);
     EXPECT_EQ(test::readBytes(path), "a newer export");
     EXPECT_EQ(test::readBytes(copy()), kRepaired);
@@ -169,16 +170,15 @@ TEST_F(RepairDisturbancesTest, aNewerExportKeepsItsPlace) {
 TEST_F(RepairDisturbancesTest, aNamedFileInTheWorkingCopysPlaceEndsTheRun) {
     sandbox.write("Cut-backup.xml", "a project");
     const NamedSource named(copy());
-    host.hasErrors = true;
     EXPECT_EQ(runOn("Cut.xml", kDamaged), RepairOutcome::stopped);
     const std::string remove = "Please remove " + copy() + " manually.";
-    EXPECT_EQ(Strings(host.calls.end() - 5, host.calls.end()),
+    EXPECT_EQ(Strings(events.calls.end() - 3, events.calls.end()),
               (Strings{"info: Creating temporary file...",
                        "bold error: Error: unable to remove temporary file. " + remove,
                        "error: The file " + copy() +
                            " cannot be moved to the Trash: it is open itself, or named as a file "
-                           "to be repaired.",
-                       "alert: Unable to remove temporary file | " + remove, "end"}));
+                           "to be repaired."}));
+    EXPECT_EQ(closing(), "Unable to remove temporary file | " + remove);
     expectFlags(false, false);
     EXPECT_EQ(test::readBytes(copy()), "a project");
     EXPECT_EQ(test::readBytes(path), kDamaged);
@@ -190,11 +190,10 @@ TEST_F(RepairDisturbancesTest, aRunSaysWhatItWaitsForAndObeysACancellation) {
     const platform::FileDescriptor holder(open(copy().c_str(), O_RDONLY | O_CLOEXEC));
     ASSERT_EQ(flock(holder.get(), LOCK_EX), 0);
     const std::string text = "Waiting for another program that uses the file " + copy() + "...";
-    at("info: " + text, [&] { host.cancelled = true; });
+    at("info: " + text, [&] { events.cancelled = true; });
     EXPECT_EQ(run(path), RepairOutcome::cancelled);
-    EXPECT_EQ(
-        Strings(host.calls.end() - 4, host.calls.end()),
-        (Strings{"info: Creating temporary file...", "label: " + text, "info: " + text, "end"}));
+    EXPECT_EQ(Strings(events.calls.end() - 3, events.calls.end()),
+              (Strings{"info: Creating temporary file...", "label: " + text, "info: " + text}));
     EXPECT_EQ(test::readBytes(path), kDamaged);
     EXPECT_EQ(test::readBytes(copy()), "another run's");
 }
@@ -202,8 +201,8 @@ TEST_F(RepairDisturbancesTest, aRunSaysWhatItWaitsForAndObeysACancellation) {
 TEST_F(RepairDisturbancesTest, saysWhatAKilledRunHasLeft) {
     sandbox.write(".Cut.xml.vornic.swap", kSoundXMEML);
     EXPECT_EQ(run(path), RepairOutcome::sound);
-    EXPECT_EQ(host.report().at(2), "info: An earlier repair of the file " + path +
-                                       " was interrupted. The file was brought back.");
+    EXPECT_EQ(events.report().at(2), "info: An earlier repair of the file " + path +
+                                         " was interrupted. The file was brought back.");
     EXPECT_EQ(test::readBytes(path), kSoundXMEML);
 }
 
@@ -216,7 +215,7 @@ TEST_F(RepairDisturbancesTest, metadataThatWereLostAreReported) {
         at("label: Filtering invalid characters...",
            [] { ASSERT_TRUE(test::failSystemCall(SYS_fsetxattr, EIO)); });
         EXPECT_EQ(run(path), RepairOutcome::repairedAndSwapped);
-        const Strings report = host.report();
+        const Strings report = events.report();
         EXPECT_NE(std::find_if(report.begin(), report.end(),
                                [&](const std::string& line) {
                                    return line.starts_with("error: Something of the file " + path +
@@ -237,12 +236,11 @@ TEST_F(RepairDisturbancesTest, theSourceStaysWhenAnotherRunHasReplacedTheWorking
     sandbox.write("Cut.xml", kDamaged);
     at(kRepairedLine, [&] { replaceWorkingCopy("another run's"); });
     EXPECT_EQ(run(path), RepairOutcome::repairedNotSwapped);
-    EXPECT_EQ(
-        Strings(host.calls.end() - 4, host.calls.end()),
-        (Strings{kRepairedLine,
-                 "error: The temporary file " + copy() +
-                     " was replaced by another program. The file " + path + " was left as it is.",
-                 kRepairedAlert, "end"}));
+    EXPECT_EQ(Strings(events.calls.end() - 2, events.calls.end()),
+              (Strings{kRepairedLine, "error: The temporary file " + copy() +
+                                          " was replaced by another program. The file " + path +
+                                          " was left as it is."}));
+    EXPECT_EQ(closing(), kRepairedClosing);
     EXPECT_EQ(test::readBytes(path), kDamaged);
     EXPECT_EQ(test::readBytes(copy()), "another run's");
     EXPECT_FALSE(test::exists(trash()));
@@ -260,7 +258,7 @@ TEST_F(RepairDisturbancesTest, anotherRunsWorkingCopyIsNotRemoved) {
     sandbox.write("Cut.xml", kSoundXMEML);
     at("label: Finishing...", [&] { replaceWorkingCopy("another run's"); });
     EXPECT_EQ(run(path), RepairOutcome::sound);
-    EXPECT_EQ(host.report().back(), kSoundLine);
+    EXPECT_EQ(events.report().back(), kSoundLine);
     EXPECT_EQ(test::readBytes(copy()), "another run's");
     EXPECT_EQ(log.entries().back(),
               "The temporary file " + copy() + " was replaced by another program and left there.");
@@ -272,8 +270,8 @@ TEST_F(RepairDisturbancesTest, aWorkingCopyThatCannotBeRemovedIsReported) {
     EXPECT_EQ(run(path), RepairOutcome::sound);
     ErrorSlot error;
     static_cast<void>(platform::removeFile(copy(), error));
-    EXPECT_EQ(host.report().back(), "error: Unable to remove temporary file " + copy() + ". " +
-                                        error->localizedDescription() + ".");
+    EXPECT_EQ(events.report().back(), "error: Unable to remove temporary file " + copy() + ". " +
+                                          error->localizedDescription() + ".");
 }
 
 TEST_F(RepairDisturbancesTest, whatAnotherRunPutInTheWorkingCopysPlaceIsNotJudged) {
@@ -310,7 +308,7 @@ TEST_F(RepairDisturbancesTest, aResultThatCannotBeSavedEndsAsUnable) {
     sandbox.write("Cut.xml", kDamaged);
     at("label: Filtering invalid characters...", [&] { chmod(sandbox.folder().c_str(), 0500); });
     EXPECT_EQ(run(path), RepairOutcome::unable);
-    const Strings report = host.report();
+    const Strings report = events.report();
     const std::string line = "bold error: Unable to save file: ";
     const auto save = std::find_if(report.begin(), report.end(),
                                    [&](const std::string& text) { return text.starts_with(line); });
@@ -331,7 +329,7 @@ TEST_F(RepairDisturbancesTest, attributesThatCannotBeReadAreReportedAndChangeNoF
     expectFlags(false, true);
     ErrorSlot error;
     static_cast<void>(platform::readFileAttributes(copy(), error));
-    const Strings report = host.report();
+    const Strings report = events.report();
     EXPECT_EQ(report.at(report.size() - 3),
               "bold error: Unable to load file attributes. " + error->localizedDescription());
     EXPECT_EQ(report.at(report.size() - 2), kSoundLine);
@@ -354,7 +352,7 @@ TEST_F(RepairDisturbancesTest, attributesThatCannotBeWrittenAreReportedAndChange
         GTEST_SKIP() << "this volume has room for any number of attributes, or for none";
     }
     EXPECT_EQ(run(path), RepairOutcome::repairedAndSwapped);
-    const Strings report = host.report();
+    const Strings report = events.report();
     const std::string line = "bold error: Unable to write file attributes. ";
     ASSERT_EQ(report.at(report.size() - 3).substr(0, line.size()), line);
     const std::string reason = report.at(report.size() - 3).substr(line.size());
@@ -367,11 +365,11 @@ TEST_F(RepairDisturbancesTest, attributesThatCannotBeWrittenAreReportedAndChange
 TEST_F(RepairDisturbancesTest, namesWithBlanksQuotesAndLineBreaksAreRepaired) {
     for (const std::string name : {"a b.xml", "it's \"it\".xml", "two\nlines.xml", "-rf.xml",
                                    "50%d %@.xml", "\xFF\xFE.xml", ".xml"}) {
-        host = {};
+        events = {};
         EXPECT_EQ(runOn(name, kDamaged), RepairOutcome::repairedAndSwapped) << name;
         EXPECT_EQ(test::readBytes(sandbox.path(name)), kRepaired) << name;
         EXPECT_EQ(test::readBytes(trash() + "/" + name), kDamaged) << name;
-        EXPECT_EQ(host.report().front(),
+        EXPECT_EQ(events.report().front(),
                   "bold: Starting repair for file " + sandbox.path(name) + "...");
     }
 }

@@ -18,13 +18,13 @@ namespace vornic {
 namespace {
 
 using test::joined;
-using test::kRepairedAlert;
+using test::kRepairedClosing;
 using test::kRepairedLine;
-using test::kSoundAlert;
+using test::kSoundClosing;
 using test::kSoundFCPXML;
 using test::kSoundLine;
 using test::kSoundXMEML;
-using test::kUnableAlert;
+using test::kUnableClosing;
 using test::kUnableLine;
 using test::openingCalls;
 using test::Strings;
@@ -34,7 +34,7 @@ class RepairPipelineTest : public test::PipelineTest {
     /// The report, from the line behind "Checking file..." on, of a run on a file of this text.
     Strings reportOn(std::string_view name, std::string_view text) {
         outcome = runOn(name, text);
-        const Strings report = host.report();
+        const Strings report = events.report();
         const Strings opening = {"bold: Starting repair for file " + sandbox.path(name) + "...",
                                  "info: Creating temporary file...", "info: Checking file..."};
         EXPECT_GE(report.size(), opening.size());
@@ -55,7 +55,7 @@ TEST_F(RepairPipelineTest, reportsEveryStepOfASoundXMEMLFileInOrder) {
     const std::string path = sandbox.path("Cut.xml");
     EXPECT_EQ(runOn("Cut.xml", kSoundXMEML), RepairOutcome::sound);
     EXPECT_EQ(
-        host.calls,
+        events.calls,
         joined({openingCalls(path),
                 {"info: Checking file...", "label: Checking file...",
                  "info: File loaded successfully.", "info: Filtering invalid characters...",
@@ -63,9 +63,10 @@ TEST_F(RepairPipelineTest, reportsEveryStepOfASoundXMEMLFileInOrder) {
                  "info: Checking header tags...", "label: Checking header tags...",
                  "info: Checking version tags...", "label: Checking version tags...",
                  "info: Updating type/creator codes...", "label: Updating type/creator codes...",
-                 "label: Finishing...", kSoundLine, kSoundAlert, "end"}}));
+                 "label: Finishing...", kSoundLine}}));
+    EXPECT_EQ(closing(), kSoundClosing);
     expectFlags(false, true);
-    EXPECT_EQ(host.type, 0);
+    EXPECT_EQ(result.kind, FileKind::xmeml);
     EXPECT_EQ(names(), Strings{"Cut.xml"});
     EXPECT_EQ(test::readBytes(path), kSoundXMEML);
     EXPECT_FALSE(test::exists(trash()));
@@ -74,16 +75,17 @@ TEST_F(RepairPipelineTest, reportsEveryStepOfASoundXMEMLFileInOrder) {
 TEST_F(RepairPipelineTest, reportsEveryStepOfASoundFCPXMLFileInOrder) {
     const std::string path = sandbox.path("Cut.fcpxml");
     EXPECT_EQ(runOn("Cut.fcpxml", kSoundFCPXML), RepairOutcome::sound);
-    EXPECT_EQ(host.calls,
+    EXPECT_EQ(events.calls,
               joined({openingCalls(path),
                       {"info: Checking file...", "label: Checking file...",
                        "info: File loaded successfully.", "info: Filtering invalid characters...",
                        "label: Filtering invalid characters...", "indeterminate",
                        "info: Checking header tags...", "label: Checking header tags...",
                        "info: Checking for FCPX-specific errors...", "label: Finishing...",
-                       kSoundLine, kSoundAlert, "end"}}));
+                       kSoundLine}}));
+    EXPECT_EQ(closing(), kSoundClosing);
     expectFlags(false, true);
-    EXPECT_EQ(host.type, 1);
+    EXPECT_EQ(result.kind, FileKind::fcpxml);
     EXPECT_EQ(names(), Strings{"Cut.fcpxml"});
 }
 
@@ -95,41 +97,38 @@ TEST_F(RepairPipelineTest, logsWhatItDoesBesideTheReport) {
                        "Checking version tags..."}));
 }
 
-TEST_F(RepairPipelineTest, clearsAnOldCancellationBeforeItBegins) {
-    host.cancelled = true;
-    EXPECT_EQ(runOn("Cut.xml", kSoundXMEML), RepairOutcome::sound);
-    EXPECT_FALSE(host.cancelled);
-}
-
 TEST_F(RepairPipelineTest, decidesTheKindOfFileByItsExtensionAlone) {
     for (const std::string name : {"a.xml", "b", "c.xmeml", "d.fcpxml.xml", "fcpxml"}) {
-        host.type = 7;
         static_cast<void>(runOn(name, kSoundFCPXML));
-        EXPECT_EQ(host.type, 0) << name;
+        EXPECT_EQ(result.kind, FileKind::xmeml) << name;
     }
     for (const std::string name : {"a.fcpxml", "B.FCPXML", "c.FcpXml"}) {
-        host.type = 7;
         static_cast<void>(runOn(name, kSoundXMEML));
-        EXPECT_EQ(host.type, 1) << name;
+        EXPECT_EQ(result.kind, FileKind::fcpxml) << name;
     }
 }
 
 TEST_F(RepairPipelineTest, namesTheWorkingCopyAfterTheFileAndItsKind) {
-    EXPECT_EQ(RepairPipeline::workingCopyPath("/a/Cut.xml", 0), "/a/Cut-backup.xml");
-    EXPECT_EQ(RepairPipeline::workingCopyPath("/a/Cut.FCPXML", 1), "/a/Cut-backup.fcpxml");
-    EXPECT_EQ(RepairPipeline::workingCopyPath("/a/Cut", 0), "/a/Cut-backup.xml");
-    EXPECT_EQ(RepairPipeline::workingCopyPath("/a/Cut.xmeml", 0), "/a/Cut-backup.xml");
-    EXPECT_EQ(RepairPipeline::workingCopyPath("/a.b/Cut", 0), "/a.b/Cut-backup.xml");
-    EXPECT_EQ(RepairPipeline::workingCopyPath("/a/Cut.1.xml", 0), "/a/Cut.1-backup.xml");
-    EXPECT_EQ(RepairPipeline::workingCopyPath("/a/.xml", 0), "/a/.xml-backup.xml");
-    EXPECT_EQ(RepairPipeline::workingCopyPath("Cut.xml", 0), "Cut-backup.xml");
+    EXPECT_EQ(RepairPipeline::workingCopyPath("/a/Cut.xml", FileKind::xmeml), "/a/Cut-backup.xml");
+    EXPECT_EQ(RepairPipeline::workingCopyPath("/a/Cut.FCPXML", FileKind::fcpxml),
+              "/a/Cut-backup.fcpxml");
+    EXPECT_EQ(RepairPipeline::workingCopyPath("/a/Cut", FileKind::xmeml), "/a/Cut-backup.xml");
+    EXPECT_EQ(RepairPipeline::workingCopyPath("/a/Cut.xmeml", FileKind::xmeml),
+              "/a/Cut-backup.xml");
+    EXPECT_EQ(RepairPipeline::workingCopyPath("/a.b/Cut", FileKind::xmeml), "/a.b/Cut-backup.xml");
+    EXPECT_EQ(RepairPipeline::workingCopyPath("/a/Cut.1.xml", FileKind::xmeml),
+              "/a/Cut.1-backup.xml");
+    EXPECT_EQ(RepairPipeline::workingCopyPath("/a/.xml", FileKind::xmeml), "/a/.xml-backup.xml");
+    EXPECT_EQ(RepairPipeline::workingCopyPath("Cut.xml", FileKind::xmeml), "Cut-backup.xml");
 }
 
 TEST_F(RepairPipelineTest, tellsThatThereIsNoFile) {
     const std::string path = sandbox.path("None.xml");
     EXPECT_EQ(run(path), RepairOutcome::stopped);
     const std::string info = "The file " + path + " cannot be found.";
-    EXPECT_EQ(host.calls, (Strings{"start", "alert: Unable to locate file | " + info, "end"}));
+    EXPECT_EQ(events.calls, Strings{});
+    EXPECT_EQ(closing(), "Unable to locate file | " + info);
+    EXPECT_EQ(result.verdict, Verdict{});
     EXPECT_EQ(log.entries(), (Strings{"Beginning repair for file " + path + "...", info}));
     EXPECT_EQ(platform::UserPreferences().value("filepath"), std::nullopt);
     EXPECT_EQ(names(), Strings{});
@@ -138,7 +137,7 @@ TEST_F(RepairPipelineTest, tellsThatThereIsNoFile) {
 TEST_F(RepairPipelineTest, tellsThatThereIsNoFileAtTheEndOfALink) {
     std::filesystem::create_symlink(sandbox.path("None.xml"), sandbox.path("Link.xml"));
     EXPECT_EQ(run(sandbox.path("Link.xml")), RepairOutcome::stopped);
-    EXPECT_EQ(host.report(), Strings{});
+    EXPECT_EQ(events.report(), Strings{});
 }
 
 TEST_F(RepairPipelineTest, storesThePathOfTheFileInThePreferences) {
@@ -176,8 +175,7 @@ TEST_F(RepairPipelineTest, repairsAMissingDeclaration) {
     EXPECT_EQ(names(), Strings{"Cut.xml"});
     EXPECT_EQ(namesInTrash(), Strings{"Cut.xml"});
     EXPECT_EQ(test::readBytes(trash() + "/Cut.xml"), text);
-    EXPECT_EQ(host.calls.back(), "end");
-    EXPECT_EQ(host.calls.at(host.calls.size() - 2), kRepairedAlert);
+    EXPECT_EQ(closing(), kRepairedClosing);
 }
 
 TEST_F(RepairPipelineTest, cannotRepairAWrongRootElement) {
@@ -193,7 +191,7 @@ TEST_F(RepairPipelineTest, cannotRepairAWrongRootElement) {
     expectFlags(true, false);
     EXPECT_EQ(names(), Strings{"Cut.xml"});
     EXPECT_EQ(test::readBytes(sandbox.path("Cut.xml")), text);
-    EXPECT_EQ(host.calls.at(host.calls.size() - 2), kUnableAlert);
+    EXPECT_EQ(closing(), kUnableClosing);
 }
 
 TEST_F(RepairPipelineTest, mendsTheAudioReferencesOfAnFCPXMLFile) {
@@ -226,7 +224,7 @@ TEST_F(RepairPipelineTest, reportsAMendThatTheFilterMakesToAndEndsAsRepaired) {
 TEST_F(RepairPipelineTest, endsAsRepairedForEachFaultThatTheFilterWritesCorrectly) {
     for (const std::string& text : {withName("a & b & c"), withName("a ]]> b"),
                                     kXMEMLHead + "<sequence id=\"a<b\"/></xmeml>"}) {
-        host = {};
+        events = {};
         const Strings report = reportOn("Cut.xml", text);
         EXPECT_EQ(outcome, RepairOutcome::repairedAndSwapped) << text;
         EXPECT_EQ(report.at(1).substr(0, 14), "error: Line 1,") << text;
@@ -297,7 +295,7 @@ TEST_F(RepairPipelineTest, givesUpAFileThatNeitherParses) {
 TEST_F(RepairPipelineTest, labelsTheStepsOfAFileThatDoesNotLoad) {
     static_cast<void>(runOn("Cut.xml", "<xmeml>"));
     Strings labels;
-    for (const std::string& call : host.calls) {
+    for (const std::string& call : events.calls) {
         if (call.starts_with("label: ") || call == "indeterminate") {
             labels.push_back(call);
         }
@@ -335,7 +333,7 @@ TEST_F(RepairPipelineTest, keepsTheErrorOfTheFirstParseAlthoughTheSecondSucceeds
 
 TEST_F(RepairPipelineTest, savesTheWorkingCopyBeforeAnOldErrorMakesItAFailure) {
     std::string saved;
-    host.onCall = [&](const std::string& call) {
+    events.onCall = [&](const std::string& call) {
         if (call.starts_with("bold error: Unable to save file")) {
             saved = test::readBytes(sandbox.path("Cut-backup.xml"));
         }
@@ -363,10 +361,10 @@ TEST_F(RepairPipelineTest, removesForbiddenCharactersAndEndsAsRepaired) {
 
 TEST_F(RepairPipelineTest, takesAByteOrderMarkAtTheBeginningAsTheEncodingsSignature) {
     EXPECT_EQ(runOn("Cut.xml", "\uFEFF" + std::string(kSoundXMEML)), RepairOutcome::sound);
-    host = {};
+    events = {};
     // The index counts from the character behind the mark.
     EXPECT_EQ(runOn("Cut.xml", "\uFEFF<a\x01/>"), RepairOutcome::unable);
-    EXPECT_EQ(host.report().at(5), "error: Invalid character at byte 2 removed.");
+    EXPECT_EQ(events.report().at(5), "error: Invalid character at byte 2 removed.");
 }
 
 TEST_F(RepairPipelineTest, removesAByteOrderMarkInTheMiddle) {
@@ -421,7 +419,7 @@ TEST_F(RepairPipelineTest, readsAFileAgainThatCouldNotBeReadOnce) {
 
 TEST_F(RepairPipelineTest, endsCriticallyWhenTheFileCannotBeRead) {
     EXPECT_TRUE(test::passesInChild([&] {
-        host.onCall = [&](const std::string& call) {
+        events.onCall = [&](const std::string& call) {
             if (call == "label: Checking file...") {
                 ASSERT_TRUE(test::failSystemCall(SYS_pread64, EIO));
             }
@@ -434,21 +432,19 @@ TEST_F(RepairPipelineTest, endsCriticallyWhenTheFileCannotBeRead) {
         EXPECT_EQ(report.at(2), "bold error: Critical error - repair canceled.");
         EXPECT_EQ(outcome, RepairOutcome::stopped);
         expectFlags(true, false);
-        EXPECT_EQ(host.calls.at(host.calls.size() - 2),
-                  "alert: Unable to load XML data | Repair has been canceled.");
+        EXPECT_EQ(closing(), "Unable to load XML data | Repair has been canceled.");
         EXPECT_EQ(names(), Strings{"Cut.xml"});
     }));
     EXPECT_EQ(test::readBytes(sandbox.path("Cut.xml")), kSoundXMEML);
 }
 
 TEST_F(RepairPipelineTest, leavesNoWorkingCopyWhenMemoryRunsOut) {
-    host.onCall = [&](const std::string& call) {
+    events.onCall = [&](const std::string& call) {
         if (call == "label: Checking header tags...") {
             throw std::bad_alloc();
         }
     };
     EXPECT_THROW(runOn("Cut.xml", kSoundXMEML), std::bad_alloc);
-    EXPECT_EQ(host.calls.back(), "end");
     EXPECT_EQ(names(), Strings{"Cut.xml"});
 }
 
@@ -465,7 +461,6 @@ TEST_F(RepairPipelineTest, logsTheRangeExceptionOfAFileThatBeginsWithAnEmptyTag)
         (Strings{"error: " + fault, "error: File did not load successfully - beginning repair...",
                  "error: Filtering invalid characters..."}));
     EXPECT_EQ(outcome, RepairOutcome::stopped);
-    EXPECT_EQ(host.calls.back(), "end");
     const std::string last = log.entries().back();
     EXPECT_TRUE(last.starts_with("Exception in -[Document startRepair:]. NSRangeException - "))
         << last;
@@ -473,33 +468,26 @@ TEST_F(RepairPipelineTest, logsTheRangeExceptionOfAFileThatBeginsWithAnEmptyTag)
     EXPECT_EQ(names(), Strings{"Cut.xml"});
 }
 
-TEST_F(RepairPipelineTest, endsOnceAfterAnExceptionOfItsOwnKind) {
-    host.raiseAtCall = "info: Checking version tags...";
+TEST_F(RepairPipelineTest, endsAfterAnExceptionOfItsOwnKindWithoutAClosingMessage) {
+    events.raiseAtCall = "info: Checking version tags...";
     EXPECT_EQ(runOn("Cut.xml", kSoundXMEML), RepairOutcome::stopped);
-    EXPECT_EQ(std::count(host.calls.begin(), host.calls.end(), "end"), 1);
-    EXPECT_EQ(host.calls.back(), "end");
+    EXPECT_EQ(closing(), "");
     EXPECT_EQ(log.entries().back(), "Exception in -[Document startRepair:]. Test - raised.");
+    EXPECT_EQ(names(), Strings{"Cut.xml"});
 }
 
-TEST_F(RepairPipelineTest, endsOnceAfterAnotherExceptionAndPassesItOn) {
-    host.onCall = [](const std::string& call) {
+TEST_F(RepairPipelineTest, passesAnotherExceptionOnAndLeavesNoWorkingCopy) {
+    events.onCall = [](const std::string& call) {
         if (call == "info: Checking version tags...") {
             throw std::runtime_error("other");
         }
     };
     EXPECT_THROW(static_cast<void>(runOn("Cut.xml", kSoundXMEML)), std::runtime_error);
-    EXPECT_EQ(std::count(host.calls.begin(), host.calls.end(), "end"), 1);
-    EXPECT_EQ(host.calls.back(), "end");
-}
-
-TEST_F(RepairPipelineTest, tellsTheTruthAboutASwapThatAnAlertRaisedAfter) {
-    host.raiseAtCall = kRepairedAlert;
-    EXPECT_EQ(runOn("Cut.xml", withName("a & b")), RepairOutcome::repairedAndSwapped);
-    EXPECT_EQ(namesInTrash(), Strings{"Cut.xml"});
+    EXPECT_EQ(names(), Strings{"Cut.xml"});
 }
 
 TEST_F(RepairPipelineTest, goesOnWithoutADocumentWhenAHeaderCheckRaises) {
-    host.raiseAtCall = "error: Invalid DTD... repairing";
+    events.raiseAtCall = "error: Invalid DTD... repairing";
     EXPECT_EQ(reportOn("Cut.xml", "<xmeml version=\"5\"><sequence/></xmeml>"),
               (Strings{"info: File loaded successfully.", "info: Filtering invalid characters...",
                        "info: Checking header tags...", "error: Invalid DTD... repairing",
@@ -511,7 +499,7 @@ TEST_F(RepairPipelineTest, goesOnWithoutADocumentWhenAHeaderCheckRaises) {
 }
 
 TEST_F(RepairPipelineTest, leavesTheFileWhenAHeaderCheckRaisesAndNothingIsSaved) {
-    host.raiseAtCall = "error: Invalid DTD... repairing";
+    events.raiseAtCall = "error: Invalid DTD... repairing";
     const std::string text = "<fcpxml><resources/><project/></fcpxml>";
     const std::string path = sandbox.path("Cut.fcpxml");
     const std::string copy = sandbox.path("Cut-backup.fcpxml");
@@ -522,8 +510,7 @@ TEST_F(RepairPipelineTest, leavesTheFileWhenAHeaderCheckRaisesAndNothingIsSaved)
                        "error: No repaired file was saved as " + copy + ". The file " + path +
                            " was left as it is."}));
     EXPECT_EQ(outcome, RepairOutcome::repairedNotSwapped);
-    EXPECT_EQ(host.calls.back(), "end");
-    EXPECT_EQ(*(host.calls.end() - 2), kRepairedAlert);
+    EXPECT_EQ(closing(), kRepairedClosing);
     EXPECT_EQ(test::readBytes(path), text);
     EXPECT_FALSE(test::exists(trash()));
 }

@@ -3,8 +3,7 @@
 #include <vector>
 
 #include "repair/VersionTagCheck.h"
-#include "tests/support/EngineTest.h"
-#include "tests/support/RecordingRepairHost.h"
+#include "tests/repair/CheckOfRepairTest.h"
 
 namespace vornic {
 namespace {
@@ -12,40 +11,31 @@ namespace {
 using Strings = std::vector<std::string>;
 
 std::string warning(const std::string& element, const std::string& version) {
-    return "error: Warning: Invalid element " + element + "> for XML Interchange version " +
-           version +
-           ". Go to Tools > Convert XML Interchange Version to convert this to the proper format.";
+    return "repair-newer-element " + element + " " + version;
 }
 
-class VersionTagCheckTest : public test::EngineTest {
+class VersionTagCheckTest : public test::CheckOfRepairTest {
   protected:
     VersionTagCheckTest() { writeUsualCatalogue(); }
 
-    void check(std::string_view text) { checkVersionTags(host, test::parsed(text).get()); }
+    void check(std::string_view text) { checkVersionTags(test::parsed(text).get(), found); }
     /// Checks an XMEML file of the version with this in its root element.
     void check(const std::string& version, const std::string& content) {
         check("<xmeml version=\"" + version + "\">" + content + "</xmeml>");
     }
-    void expectFlags(bool hasErrors, bool wasRepaired) const {
-        EXPECT_EQ(host.hasErrors, hasErrors);
-        EXPECT_EQ(host.wasRepaired, wasRepaired);
-    }
-
-    test::RecordingRepairHost host;
 };
 
 TEST_F(VersionTagCheckTest, findsNothingInASoundFile) {
     check("1", "<sequence><name>metadata</name></sequence>");
-    EXPECT_EQ(host.calls, Strings{});
+    EXPECT_EQ(findings(), Strings{});
     expectFlags(false, true);
-    EXPECT_EQ(log.entries(), Strings{"Checking version tags..."});
 }
 
 TEST_F(VersionTagCheckTest, warnsInTheOrderOfVersionsAndListsAndChangesNoFlag) {
     check("2",
           "<color>1</color><uuid>2</uuid><itemhistory>3</itemhistory><metadata a=\"4\">5</metadata>"
           "<multiclip>6</multiclip>");
-    EXPECT_EQ(host.calls, (Strings{warning("<metadata", "2"), warning("<uuid", "2"),
+    EXPECT_EQ(findings(), (Strings{warning("<metadata", "2"), warning("<uuid", "2"),
                                    warning("<itemhistory", "2"), warning("<color", "2")}));
     expectFlags(false, true);
     EXPECT_TRUE(alerts->shown.empty());
@@ -53,63 +43,62 @@ TEST_F(VersionTagCheckTest, warnsInTheOrderOfVersionsAndListsAndChangesNoFlag) {
 
 TEST_F(VersionTagCheckTest, warnsOnceHoweverOftenAnElementOccurs) {
     check("4", "<color>1</color><color id=\"2\">3</color><color>4</color>");
-    EXPECT_EQ(host.calls, Strings{warning("<color", "4")});
+    EXPECT_EQ(findings(), Strings{warning("<color", "4")});
 }
 
 TEST_F(VersionTagCheckTest, warnsAgainForALaterVersionThatListsTheSameElement) {
     catalogue.write({{"1", {"4", {}}}, {"2", {"5", {{"<a"}}}}, {"3", {"6", {{"<a"}}}}});
     check("1", "<a>1</a>");
-    EXPECT_EQ(host.calls, (Strings{warning("<a", "1"), warning("<a", "1")}));
+    EXPECT_EQ(findings(), (Strings{warning("<a", "1"), warning("<a", "1")}));
 }
 
 TEST_F(VersionTagCheckTest, takesAnEmptyPairButNoEmptyElementTag) {
     check("4", "<color></color>");
-    EXPECT_EQ(host.calls, Strings{warning("<color", "4")});
-    host.calls.clear();
+    EXPECT_EQ(findings(), Strings{warning("<color", "4")});
     check("4", "<color/>");
-    EXPECT_EQ(host.calls, Strings{});
+    EXPECT_EQ(findings(), Strings{warning("<color", "4")});
 }
 
 TEST_F(VersionTagCheckTest, takesAnEmptyElementTagWithAttributes) {
     check("4", "<color id=\"1\"/>");
-    EXPECT_EQ(host.calls, Strings{warning("<color", "4")});
+    EXPECT_EQ(findings(), Strings{warning("<color", "4")});
 }
 
 TEST_F(VersionTagCheckTest, searchesCommentsAndSectionsToo) {
     check("4", "<!-- <color> --><a><![CDATA[<anchoroffset >]]></a>");
-    EXPECT_EQ(host.calls, (Strings{warning("<anchoroffset", "4"), warning("<color", "4")}));
+    EXPECT_EQ(findings(), (Strings{warning("<anchoroffset", "4"), warning("<color", "4")}));
 }
 
 TEST_F(VersionTagCheckTest, takesElementStringsAsTheyStand) {
     catalogue.write({{"1", {"4", {}}}, {"2", {"5", {{"dog", "id=\"3\""}}}}});
     check("1", "<name>a dog was here</name><clip id=\"3\">b</clip>");
-    EXPECT_EQ(host.calls, (Strings{warning("dog", "1"), warning("id=\"3\"", "1")}));
+    EXPECT_EQ(findings(), (Strings{warning("dog", "1"), warning("id=\"3\"", "1")}));
 }
 
 TEST_F(VersionTagCheckTest, neverSearchesAFileOfTheNewestVersion) {
     catalogue.write({{"1", {"4", {{"<a"}}}}, {"2", {"5", {{"<b"}}}}});
     check("2", "<a>1</a><b>2</b>");
-    EXPECT_EQ(host.calls, Strings{});
+    EXPECT_EQ(findings(), Strings{});
     expectFlags(false, true);
 }
 
 TEST_F(VersionTagCheckTest, goesByTheOrderOfTheKeysAsTexts) {
     catalogue.write({{"1", {"4", {}}}, {"2", {"5", {{"<b"}}}}, {"10", {"9", {{"<a"}}}}});
     check("10", "<a>1</a><b>2</b>");
-    EXPECT_EQ(host.calls, Strings{warning("<b", "10")});
+    EXPECT_EQ(findings(), Strings{warning("<b", "10")});
 }
 
 TEST_F(VersionTagCheckTest, stopsAtAVersionWithoutAList) {
     catalogue.write(
         {{"1", {"4", {}}}, {"2", {"5", {{"<a"}}}}, {"3", {"6", {}}}, {"4", {"7", {{"<b"}}}}});
     check("1", "<a>1</a><b>2</b>");
-    EXPECT_EQ(host.calls, Strings{warning("<a", "1")});
+    EXPECT_EQ(findings(), Strings{warning("<a", "1")});
 }
 
 TEST_F(VersionTagCheckTest, stopsAtAVersionWithAnEmptyList) {
     catalogue.write({{"1", {"4", {}}}, {"2", {"5", Strings{}}}, {"3", {"6", {{"<b"}}}}});
     check("1", "<b>2</b>");
-    EXPECT_EQ(host.calls, Strings{});
+    EXPECT_EQ(findings(), Strings{});
     expectFlags(false, true);
 }
 
@@ -122,58 +111,55 @@ TEST_F(VersionTagCheckTest, skipsAVersionWithoutAnEntry) {
         {"elements", PropertyList(PropertyList::Array{PropertyList("<b")})}});
     catalogue.write(PropertyList(root));
     check("1", "<b>2</b>");
-    EXPECT_EQ(host.calls, Strings{warning("<b", "1")});
+    EXPECT_EQ(findings(), Strings{warning("<b", "1")});
 }
 
 TEST_F(VersionTagCheckTest, doesNotRecognizeAnUncataloguedVersion) {
     check("7", "<color>1</color>");
-    EXPECT_EQ(host.calls, Strings{"bold error: Unrecognized XML Interchange version 7."});
+    EXPECT_EQ(findings(), Strings{"repair-version-unknown 7"});
     expectFlags(true, false);
 }
 
 TEST_F(VersionTagCheckTest, doesNotRecognizeAVersionInOtherLetterCase) {
     catalogue.write({{"2b", {"4", {}}}, {"3", {"5", {{"<a"}}}}});
     check("2B", "<a>1</a>");
-    EXPECT_EQ(host.calls, Strings{"bold error: Unrecognized XML Interchange version 2B."});
+    EXPECT_EQ(findings(), Strings{"repair-version-unknown 2B"});
 }
 
 TEST_F(VersionTagCheckTest, doesNotRecognizeAnEmptyVersion) {
     check("", "");
-    EXPECT_EQ(host.calls, Strings{"bold error: Unrecognized XML Interchange version ."});
+    EXPECT_EQ(findings(), Strings{"repair-version-unknown "});
     expectFlags(true, false);
 }
 
 TEST_F(VersionTagCheckTest, reportsAMissingCatalogueWithoutAnAlert) {
     catalogue.remove();
     check("1", "");
-    EXPECT_EQ(host.calls,
-              Strings{"bold error: Unable to load XML version information. Please reinstall "
-                      "Brindle Tools."});
+    EXPECT_EQ(findings(), Strings{"repair-catalogue-missing"});
     expectFlags(true, false);
     EXPECT_TRUE(alerts->shown.empty());
 }
 
 TEST_F(VersionTagCheckTest, reportsAFileWithoutVersionInformation) {
+    Strings expected;
     for (const char* text : {"<xmeml/>", "<Xmeml version=\"5\"/>", "<fcpxml version=\"1.8\"/>"}) {
-        host = test::RecordingRepairHost();
         check(text);
-        EXPECT_EQ(host.calls,
-                  Strings{"error: Unable to locate XML Interchange version information"})
-            << text;
+        expected.emplace_back("repair-version-missing");
+        EXPECT_EQ(findings(), expected) << text;
         expectFlags(true, false);
     }
 }
 
 TEST_F(VersionTagCheckTest, reportsTheSameWithoutADocument) {
-    checkVersionTags(host, nullptr);
-    EXPECT_EQ(host.calls, Strings{"error: Unable to locate XML Interchange version information"});
+    checkVersionTags(nullptr, found);
+    EXPECT_EQ(findings(), Strings{"repair-version-missing"});
     expectFlags(true, false);
 }
 
 TEST_F(VersionTagCheckTest, endsAfterAnException) {
-    host.raiseAtCall = warning("<uuid", "2");
+    raiseAtFinding = warning("<uuid", "2");
     check("2", "<uuid>2</uuid><color>1</color>");
-    EXPECT_EQ(host.calls, Strings{warning("<uuid", "2")});
+    EXPECT_EQ(findings(), Strings{warning("<uuid", "2")});
     EXPECT_EQ(log.entries().back(), "Exception in -[Document checkVersionTags:]. Test - raised.");
     expectFlags(false, true);
 }
@@ -184,7 +170,7 @@ TEST_F(VersionTagCheckTest, findsElementsInALargeDocument) {
         content += "<clipitem id=\"" + std::to_string(i) + "\"><name>a</name></clipitem>";
     }
     check("1", content + "<color>1</color>");
-    EXPECT_EQ(host.calls, Strings{warning("<color", "1")});
+    EXPECT_EQ(findings(), Strings{warning("<color", "1")});
 }
 
 }  // namespace

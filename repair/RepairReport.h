@@ -1,0 +1,70 @@
+#ifndef VORNIC_REPAIR_REPAIR_REPORT_H
+#define VORNIC_REPAIR_REPAIR_REPORT_H
+
+#include <cstddef>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+
+#include "job/Events.h"
+#include "repair/RepairFinding.h"
+#include "repair/SourcePlaces.h"
+#include "report/Findings.h"
+#include "report/Message.h"
+#include "xml/TextSpan.h"
+
+namespace vornic {
+
+/// What a repair says and finds: sends each sentence of the table to the events, as a line in the
+/// rule's style, and keeps verdict and findings for the result of the run. One thread.
+class RepairReport {
+  public:
+    /// How many findings of a rule are kept.
+    static constexpr std::size_t kKeptFindings = 100;
+
+    explicit RepairReport(Events& events, const Verdict& verdict = {})
+        : events_(events), verdict_(verdict) {}
+
+    using ArgumentList = std::initializer_list<MessageArgument>;
+
+    void say(RuleId rule, ArgumentList arguments = {});
+    /// For the line of a step that is made because of an error.
+    void sayAsError(RuleId rule, ArgumentList arguments = {});
+    void log(RuleId rule, ArgumentList arguments = {});
+    void label(RuleId rule, ArgumentList arguments = {});
+    /// The line first, then the label.
+    void sayAndLabel(RuleId rule);
+
+    /// Counts a finding, changes the verdict as its effect says, and then says its line.
+    void add(const RepairFinding& finding);
+    /// The same for a finding at some bytes of a text; costs no memory once enough findings of the
+    /// rule are kept.
+    void add(RuleId rule, FindingEffect effect, TextSpan where, SourcePlaces& places,
+             ArgumentList arguments);
+    /// Counts a fault of the markup that is said in other words.
+    void count(RuleId rule, TextSpan where, SourcePlaces& places, ArgumentList arguments);
+
+    [[nodiscard]] const Verdict& verdict() const { return verdict_; }
+    /// Tells the events, also when nothing changes.
+    void setVerdict(const Verdict& verdict);
+    /// Something was found; whether it can be mended is left open.
+    void noteErrors() { setVerdict({true, verdict_.wasRepaired}); }
+    /// Something was found that can't be mended.
+    void giveUp() { setVerdict({true, false}); }
+
+    [[nodiscard]] Findings& findings() { return findings_; }
+
+    [[nodiscard]] Events& events() { return events_; }
+
+  private:
+    void line(RuleId rule, std::string_view text, bool isError);
+    void takeEffect(FindingEffect effect);
+
+    Events& events_;
+    Verdict verdict_;
+    Findings findings_{kKeptFindings};
+};
+
+}  // namespace vornic
+
+#endif
