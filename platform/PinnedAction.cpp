@@ -48,6 +48,21 @@ int renameToFreeName(int from, const std::string& name, int to, const std::strin
     return renameat(from, name.c_str(), to, newName.c_str()) == 0 ? 0 : errno;
 }
 
+/// Gives somebody's item its name back, or a numbered one when that is taken by now: it must not
+/// stay where its owner cannot look. Such a name may be taken as well, by whoever means to keep it
+/// there.
+void putBack(int hidden, int folder, const std::string& name) {
+    constexpr long kMostTries = 1000;
+    const SplitName parts = splitExtension(name);
+    std::string place = name;
+    for (long number = 2; number < kMostTries; ++number) {
+        if (renameToFreeName(hidden, kItem, folder, place) != EEXIST) {
+            return;
+        }
+        place = parts.stem + " " + std::to_string(number) + parts.extension;
+    }
+}
+
 bool exchange(int one, const std::string& name, int other, const std::string& otherName) {
     return renameat2(one, name.c_str(), other, otherName.c_str(), RENAME_EXCHANGE) == 0;
 }
@@ -189,8 +204,7 @@ AuthorizationStatus PinnedAction::takeAside() {
     if (standsAt(aside_->get(), kItem, item.identity)) {
         return kAuthorizationSuccess;
     }
-    static_cast<void>(
-        renameToFreeName(aside_->get(), kItem, item.place.folder.get(), item.place.name));
+    putBack(aside_->get(), item.place.folder.get(), item.place.name);
     aside_ = nullptr;
     return kAuthorizationDenied;
 }
@@ -208,8 +222,9 @@ void PinnedAction::removeAside() {
     arguments.push_back(inFolder(1, kItem));
     static_cast<void>(runTool_(run_.tool, arguments, duplicates({aside_->get()})));
     // What could not be removed goes back to where it was.
-    static_cast<void>(renameToFreeName(aside_->get(), kItem, run_.source.place.folder.get(),
-                                       run_.source.place.name));
+    if (isThere(aside_->get(), kItem)) {
+        putBack(aside_->get(), run_.source.place.folder.get(), run_.source.place.name);
+    }
     aside_ = nullptr;
 }
 
@@ -289,7 +304,7 @@ bool PinnedAction::copyToDestination() {
     } else if (isPlaced && exchange(hidden->get(), kItem, to, name)) {
         isPlaced = standsAt(hidden->get(), kItem, destination.identity);
         if (!isPlaced && !exchange(hidden->get(), kItem, to, name)) {
-            // Somebody's file is in the hidden folder and has to stay.
+            putBack(hidden->get(), to, name);
             return false;
         }
     } else if (isPlaced) {

@@ -63,6 +63,8 @@ void Judge::judgeEnd(const ProgramEnd& end) {
         add("the program hung");
     } else if (end.signal != 0 && !end.killed && end.signal != SIGXFSZ && !demands_.mayCrash) {
         add("signal " + std::to_string(end.signal) + " ended the program");
+    } else if (end.signal != 0 && !end.killed && end.errors.empty()) {
+        add("signal " + std::to_string(end.signal) + " ended the program without a word");
     }
 }
 

@@ -8,11 +8,14 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include "platform/PinnedAction.h"
 #include "tests/platform/SecondVolume.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/FileState.h"
+#include "tests/support/InterceptedCall.h"
 #include "tests/support/Sandbox.h"
 
 namespace vornic::platform {
@@ -232,6 +235,27 @@ TEST_F(PinnedActionTest, removesWhatWasCheckedAndPutsBackWhatTookItsPlace) {
     EXPECT_EQ(remove("file", {}, [this] { swap("file"); }), kAuthorizationDenied);
     EXPECT_EQ(text("file"), "other");
     EXPECT_THAT(names(), ElementsAre("file", "swapped-file"));
+}
+
+TEST_F(PinnedActionTest, hidesNothingThatCannotHaveItsNameBack) {
+    sandbox.write("file.txt", "checked");
+    EXPECT_TRUE(test::passesInChild([&] {
+        EXPECT_EQ(remove("file.txt", {},
+                         [&] {
+                             swap("file.txt");
+                             // Once that is aside, something else has the name.
+                             ASSERT_TRUE(test::interceptSystemCall(SYS_newfstatat, [this] {
+                                 if (!test::exists(sandbox.path("file.txt"))) {
+                                     sandbox.write("file.txt", "newest");
+                                 }
+                                 return 0;
+                             }));
+                         }),
+                  kAuthorizationDenied);
+    }));
+    EXPECT_EQ(text("file.txt"), "newest");
+    EXPECT_EQ(text("file 2.txt"), "other");
+    EXPECT_THAT(names(), ElementsAre("file 2.txt", "file.txt", "swapped-file.txt"));
 }
 
 TEST_F(PinnedActionTest, movesBackWhatTookTheSourcesPlaceAfterTheChecks) {

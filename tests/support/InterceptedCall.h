@@ -18,8 +18,8 @@
 
 namespace vornic::test {
 
-/// Comes between the next time that this thread makes a system call and that call; the calls after
-/// that go through. Nothing undoes it, so that only a `ChildProcess` may call this.
+/// Does something each time that this thread is about to make a system call. Nothing undoes it, so
+/// that only a `ChildProcess` may call this.
 /// @param number a `SYS_…` constant
 /// @param act called on another thread before the call is made; returns 0 to let it be made, or the
 ///     errno value that it yields without being made
@@ -29,14 +29,14 @@ namespace vornic::test {
     // Started before the filter, which it is therefore not under.
     std::thread([listener = filtered.get_future(), act = std::move(act)]() mutable {
         const int descriptor = listener.get();
-        for (bool isFirst = true;; isFirst = false) {
+        for (;;) {
             struct seccomp_notif call {};
             struct seccomp_notif_resp answer {};
             if (ioctl(descriptor, SECCOMP_IOCTL_NOTIF_RECV, &call) != 0) {
                 return;
             }
             answer.id = call.id;
-            answer.error = isFirst ? -act() : 0;
+            answer.error = -act();
             answer.flags = answer.error == 0 ? SECCOMP_USER_NOTIF_FLAG_CONTINUE : 0;
             if (ioctl(descriptor, SECCOMP_IOCTL_NOTIF_SEND, &answer) != 0) {
                 return;
@@ -64,7 +64,8 @@ namespace vornic::test {
 
 /// Makes one system call of this thread fail, without being made, the next time.
 [[nodiscard]] inline bool failSystemCallOnce(long number, int errorNumber) {
-    return interceptSystemCall(number, [errorNumber] { return errorNumber; });
+    return interceptSystemCall(number,
+                               [errorNumber]() mutable { return std::exchange(errorNumber, 0); });
 }
 
 }  // namespace vornic::test
