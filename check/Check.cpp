@@ -64,7 +64,7 @@ class Check {
             judgeFCPXML();
         }
         skip(RuleGroup::characters, kNotYet);
-        skip(RuleGroup::media, "not asked for");
+        skip(RuleGroup::media, kNotAskedFor);
         addTimecodes();
         PlaceFinder(*index_, source_.decoding).place(report_.findings);
     }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "report/Findings.h"
@@ -11,6 +12,9 @@
 #include "report/RuleGroup.h"
 
 namespace vornic {
+
+/// The reason of a group that is looked at only when a user asks for it.
+inline constexpr std::string_view kNotAskedFor = "not asked for";
 
 /// Whether a group of rules was looked at.
 struct GroupRun {

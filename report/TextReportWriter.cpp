@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <map>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "foundation/FormatString.h"
 #include "foundation/TerminalText.h"
@@ -117,6 +119,29 @@ void TextReportWriter::whatWasNotMended(const Report& report) {
     }
 }
 
+// Groups that did not run for the same reason are told in one line. What was not asked for is
+// not missed.
+void TextReportWriter::notRun(const Report& report) {
+    std::vector<std::pair<std::string, std::string>> reasons;
+    for (const GroupRun& run : report.groups) {
+        if (run.ran || run.why == kNotAskedFor) {
+            continue;
+        }
+        const auto known = std::find_if(reasons.begin(), reasons.end(), [&](const auto& reason) {
+            return reason.first == run.why;
+        });
+        if (known == reasons.end()) {
+            reasons.emplace_back(run.why, nameOf(run.group));
+        } else {
+            known->second.append(", ").append(nameOf(run.group));
+        }
+    }
+    for (const auto& [why, groups] : reasons) {
+        sink_(formatString("    %@ did not run on %@: %@\n", groups,
+                           escapedForTerminal(report.path), why));
+    }
+}
+
 void TextReportWriter::file(const Report& report) {
     if (report.mends) {
         mended_ = mended_.value_or(0);
@@ -131,6 +156,7 @@ void TextReportWriter::file(const Report& report) {
     if (report.mends) {
         whatWasNotMended(report);
     }
+    notRun(report);
     for (const Severity severity : {Severity::info, Severity::warning, Severity::error}) {
         counts_[static_cast<std::size_t>(severity)] += report.findings.count(severity);
     }

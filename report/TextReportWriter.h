@@ -19,8 +19,8 @@ namespace vornic {
 ///     2 errors, 1 warning, 3 notes in 1 file
 ///
 /// Text from files and paths is escaped as `escapedForTerminal` does. A rule of which more was
-/// found than is shown says so after the file's findings. Of a file that was mended each mend is
-/// told first, with its place in the old file.
+/// found than is shown says so after the file's findings, and so do groups that could not run. Of a
+/// file that was mended each mend is told first, with its place in the old file.
 class TextReportWriter : public ReportWriter {
   public:
     struct Style {
@@ -38,6 +38,7 @@ class TextReportWriter : public ReportWriter {
   private:
     void finding(const Report& report, const Finding& finding);
     void remainders(const Report& report);
+    void notRun(const Report& report);
     void mends(const Report& report);
     void whatWasNotMended(const Report& report);
     [[nodiscard]] std::string coloured(std::string_view colour, std::string text) const;

@@ -48,6 +48,7 @@ constexpr std::string_view kUsage =
     "  -j N             check N files at once (default: one for each processor)\n"
     "  --format FORMAT  text (default), json, sarif or gnu\n"
     "  --report FILE    write the report to the file instead of standard output\n"
+    "  --quiet          write no report; the exit status tells\n"
     "  --only RULES     look at these rules and groups alone, parted by commas\n"
     "  --ignore RULES   leave these out\n"
     "  --least WEIGHT   show findings from error, warning (default) or info on\n"
@@ -77,6 +78,7 @@ constexpr std::array kOptions = {
     OptionSpecification{"-j", true},
     OptionSpecification{"--format", true},
     OptionSpecification{"--report", true},
+    OptionSpecification{"--quiet"},
     OptionSpecification{"--only", true},
     OptionSpecification{"--ignore", true},
     OptionSpecification{"--least", true},

@@ -37,6 +37,12 @@ constexpr int kUnreadable = 3;
 constexpr int kSignalStatus = 128;
 constexpr std::chrono::milliseconds kLookForSignals{20};
 
+class SilentReportWriter : public ReportWriter {
+  public:
+    void file(const Report& /*report*/) override {}
+    void end() override {}
+};
+
 std::unique_ptr<ReportWriter> writerFor(const CheckSettings& settings, ReportSink sink,
                                         bool isTerminal) {
     switch (settings.format) {
@@ -46,6 +52,8 @@ std::unique_ptr<ReportWriter> writerFor(const CheckSettings& settings, ReportSin
         case ReportFormat::sarif:
             return std::make_unique<SARIFReportWriter>(std::move(sink), kCheckProgram,
                                                        VORNIC_VERSION, settings.least);
+        case ReportFormat::none:
+            return std::make_unique<SilentReportWriter>();
         case ReportFormat::gnu:
             return std::make_unique<GNUReportWriter>(std::move(sink), settings.least);
         default:

@@ -67,7 +67,7 @@ class SettingsReader {
         if (format == std::end(kFormats)) {
             fault_ = "there is no format " + name;
         } else {
-            settings_.format = format->second;
+            settings_.format = line_.has("--quiet") ? ReportFormat::none : format->second;
         }
     }
 

@@ -12,7 +12,8 @@
 
 namespace vornic {
 
-enum class ReportFormat { text, json, sarif, gnu };
+/// None for --quiet.
+enum class ReportFormat { text, json, sarif, gnu, none };
 
 /// What the options of `vornic-check` ask for.
 struct CheckSettings {

@@ -64,7 +64,7 @@ _vornic_check() {
         --max | --where | -j) ;;
         *)
             if [[ $current == -* ]]; then
-                _vornic_words '-r -j --format --report --only --ignore --least --fail-on --max
+                _vornic_words '-r -j --format --report --quiet --only --ignore --least --fail-on --max
                     --reads --fix --dry-run -o --where --list-rules --explain --help --version' "$current"
             else
                 _vornic_files "$current"

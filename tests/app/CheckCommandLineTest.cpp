@@ -142,6 +142,8 @@ TEST_F(CheckCommandLineTest, looksIntoFoldersWhenAsked) {
     EXPECT_EQ(result.output, "in/Cut.fcpxmld/Info.fcpxml" + rest + "in/a.fcpxml" + rest +
                                  "in/b.XML" + rest + "in/deep/c.xml" + rest);
     EXPECT_EQ(check({"in/Cut.fcpxmld"}).status, 1);
+    ASSERT_EQ(unlink(files.path("in/Cut.fcpxmld/Info.fcpxml").c_str()), 0);
+    EXPECT_THAT(check({"in/Cut.fcpxmld"}).errors, HasSubstr("in/Cut.fcpxmld/Info.fcpxml"));
     const ProgramResult refused = check({"in"});
     EXPECT_EQ(refused.status, 3);
     EXPECT_THAT(refused.errors, HasSubstr("in: It is a folder; -r looks into folders."));
@@ -298,6 +300,32 @@ TEST_F(CheckCommandLineTest, endsAtASignalWithoutTheSum) {
         EXPECT_EQ(result.status, 128 + number);
         EXPECT_THAT(result.output, Not(HasSubstr("notes in 1 file")));
     }
+}
+
+TEST_F(CheckCommandLineTest, showsProgressOfALongRunOnATerminal) {
+    writeWrong("a.fcpxml");
+    ASSERT_EQ(mkfifo(files.path("pipe").c_str(), 0600), 0);
+    const int pipe = open(files.path("pipe").c_str(), O_RDWR | O_CLOEXEC);
+    ProgramSettings settings = checker(
+        {"-c", "exec \"$0\" --format gnu a.fcpxml - < pipe", material.program("vornic-check")});
+    settings.program = "/bin/sh";
+    settings.errors = ProgramStream::terminal;
+    RunningProgram program(settings);
+    EXPECT_TRUE(program.readUntil("]  50% 1 of 2 files"));
+    ASSERT_EQ(write(pipe, "<xmeml", 6), 6);
+    close(pipe);
+    const ProgramResult result = program.finish();
+    EXPECT_THAT(result.output, HasSubstr("\n-:1:"));
+    EXPECT_TRUE(result.errors.ends_with("\r\033[K"));
+    EXPECT_EQ(check({"a.fcpxml"}).errors, "");
+}
+
+TEST_F(CheckCommandLineTest, saysNothingWhenAskedTo) {
+    writeWrong("a.fcpxml");
+    const ProgramResult result = check({"--quiet", "a.fcpxml"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output + result.errors, "");
+    EXPECT_THAT(check({"--quiet", "missing.xml"}).errors, HasSubstr("missing.xml"));
 }
 
 TEST_F(CheckCommandLineTest, leavesTheOlderReportWhenASignalEndsIt) {

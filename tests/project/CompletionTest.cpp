@@ -104,6 +104,9 @@ TEST_F(BashCompletion, offersTheValuesOfOptions) {
                 UnorderedElementsAre("values-standalone"));
     EXPECT_THAT(offered({"vornic-check", "--ignore", "structure,values-stand"}),
                 UnorderedElementsAre("structure,values-standalone"));
+    EXPECT_THAT(offered({"vornic-check", "--fix", "=", "values-stand"}),
+                UnorderedElementsAre("values-standalone"));
+    EXPECT_THAT(offered({"vornic-check", "--fix", "values-stand"}), ::testing::IsEmpty());
     EXPECT_THAT(offered({"vornic-check", "--reads", "1.1"}),
                 UnorderedElementsAre("1.1", "1.10", "1.11", "1.12", "1.13", "1.14"));
     EXPECT_THAT(offered({"vornic", "-convertxmeml", ""}),
@@ -153,7 +156,7 @@ TEST(Completion, namesEveryOptionForZshAndFish) {
         ASSERT_NE(start, std::string::npos);
         const std::string part = zsh.substr(start, zsh.find(";;", start) - start);
         for (const std::string& option : optionsOf(program)) {
-            EXPECT_TRUE(std::regex_search(part, std::regex("[')*]" + option + "=?\\[")))
+            EXPECT_TRUE(std::regex_search(part, std::regex("[')*]" + option + "=?-?\\[")))
                 << program.name << " " << option;
             const bool isLong = option.starts_with("--");
             const std::string form = isLong ? " -l " + option.substr(2) : " -s " + option.substr(1);

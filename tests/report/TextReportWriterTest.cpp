@@ -102,6 +102,20 @@ TEST(TextReportWriter, saysHowManyMoreThereAreOfARule) {
                                     "6000000 errors, 0 warnings, 0 notes in 1 file\n"));
 }
 
+TEST(TextReportWriter, tellsWhichGroupsDidNotRunAndWhy) {
+    Report report = reportOn("a.xml");
+    report.groups = {{RuleGroup::xml, true, ""},
+                     {RuleGroup::structure, false, "no definition of this version is known"},
+                     {RuleGroup::timing, false, "the file is too deep"},
+                     {RuleGroup::versions, false, "no definition of this version is known"},
+                     {RuleGroup::media, false, "not asked for"}};
+    EXPECT_EQ(textOf({&report}),
+              "    structure, versions did not run on a.xml: no definition of this version is "
+              "known\n"
+              "    timing did not run on a.xml: the file is too deep\n"
+              "0 errors, 0 warnings, 0 notes in 1 file\n");
+}
+
 TEST(TextReportWriter, escapesWhatComesFromFilesAndPaths) {
     Report report = reportOn("a\x1B[2J.xml");
     Finding* const finding =
