@@ -1,5 +1,7 @@
 #include "check/Check.h"
 
+#include <array>
+#include <cstddef>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -150,9 +152,24 @@ void addDecodingFault(const Error& error, const TextDecoding& how, Findings& fin
     }
 }
 
-}  // namespace
+// A group of which every rule is left out was not asked for, whatever the others had to look at.
+void markIgnoredGroups(const std::vector<RuleId>& ignored, Report& report) {
+    std::array<bool, kRuleCount> isIgnored{};
+    for (const RuleId rule : ignored) {
+        isIgnored.at(rule.index) = true;
+    }
+    for (GroupRun& run : report.groups) {
+        bool isAsked = false;
+        for (std::size_t index = 0; index < kRuleCount; ++index) {
+            isAsked = isAsked || (kRuleTable[index].group == run.group && !isIgnored[index]);
+        }
+        if (!isAsked) {
+            run = {run.group, false, std::string(kNotAskedFor)};
+        }
+    }
+}
 
-Report checkFile(std::string bytes, const CheckOptions& options) {
+Report checkBytes(std::string bytes, const CheckOptions& options) {
     Report report;
     report.bytes = bytes.size();
     report.findings = Findings(options.mostOfARule);
@@ -175,6 +192,14 @@ Report checkFile(std::string bytes, const CheckOptions& options) {
     report.encoding = how.encoding;
     const DecodedText source{std::move(*text), std::move(how)};
     Check(source, options, report).run();
+    return report;
+}
+
+}  // namespace
+
+Report checkFile(std::string bytes, const CheckOptions& options) {
+    Report report = checkBytes(std::move(bytes), options);
+    markIgnoredGroups(options.ignored, report);
     return report;
 }
 

@@ -132,6 +132,18 @@ TEST(Check, leavesRulesOutWithoutTouchingTheVerdict) {
     EXPECT_EQ(report.valid, false);
 }
 
+TEST(Check, saysThatAGroupWasNotAskedForWhenAllOfItsRulesAreLeftOut) {
+    CheckOptions options;
+    for (std::size_t index = 0; index < kRuleCount; ++index) {
+        if (kRuleTable[index].group == RuleGroup::timing) {
+            options.ignored.push_back({static_cast<std::uint16_t>(index)});
+        }
+    }
+    EXPECT_EQ(whyNot(checkFile(kSound, options), RuleGroup::timing), "not asked for");
+    options.ignored.pop_back();
+    EXPECT_TRUE(ran(checkFile(kSound, options), RuleGroup::timing));
+}
+
 TEST(Check, readsOtherEncodings) {
     const std::string head = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>";
     const Report report =

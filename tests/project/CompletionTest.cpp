@@ -104,8 +104,6 @@ TEST_F(BashCompletion, offersTheValuesOfOptions) {
                 UnorderedElementsAre("values-standalone"));
     EXPECT_THAT(offered({"vornic-check", "--ignore", "structure,values-stand"}),
                 UnorderedElementsAre("structure,values-standalone"));
-    EXPECT_THAT(offered({"vornic-check", "--fix", "=", "values-stand"}),
-                UnorderedElementsAre("values-standalone"));
     EXPECT_THAT(offered({"vornic-check", "--fix", "values-stand"}), ::testing::IsEmpty());
     EXPECT_THAT(offered({"vornic-check", "--reads", "1.1"}),
                 UnorderedElementsAre("1.1", "1.10", "1.11", "1.12", "1.13", "1.14"));
