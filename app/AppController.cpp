@@ -4,10 +4,12 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <optional>
 #include <utility>
 #include <vector>
 
+#include "app/InterruptedRuns.h"
 #include "foundation/FormatString.h"
 #include "foundation/LogGenerations.h"
 #include "foundation/PreferenceValues.h"
@@ -77,6 +79,22 @@ void tellUnopenedLog(std::string_view name) {
         QMAlert::alertSheetWithMessageText(
             "The log could not be opened.",
             "The program xdg-open is needed, and one that shows text files.", nullptr);
+    }
+}
+
+/// What a program that was killed has left may lie on a volume that is slow, and is copied to the
+/// Trash where that is on another one.
+void settleInterruptedRunsInTheBackground() {
+    try {
+        platform::detachNewThread([] {
+            try {
+                settleInterruptedRuns();
+            } catch (const std::bad_alloc&) {
+                // The next start tries again.
+            }
+        });
+    } catch (const platform::Exception& exception) {
+        QMLog::appendLog("%@", exception.reason());
     }
 }
 
@@ -168,6 +186,9 @@ bool AppController::applicationShouldOpenUntitledFile() {
 }
 
 void AppController::applicationDidFinishLaunching() {
+    if (!isTerminating_) {
+        settleInterruptedRunsInTheBackground();
+    }
     platform::MainThread::performAfter(kStartupCheckDelay, [weak = weak_from_this()] {
         const std::shared_ptr<AppController> controller = weak.lock();
         if (controller && !controller->host_.hasKeyWindow()) {

@@ -10,6 +10,7 @@
 
 #include <unistd.h>
 
+#include "app/InterruptedRuns.h"
 #include "app/StandardStreams.h"
 #include "app/TerminalProgress.h"
 #include "app/UndoCommand.h"
@@ -252,7 +253,9 @@ int runOnFiles(const Options& options) {
     startCrashReports(kRepairProgram);
     platform::catchInterruptions();
     QMLog::createNewLog(platform::applicationName(), options.quiet);
-    UndoCommand::settleInterruptedRuns();
+    for (const std::string& sentence : settleInterruptedRuns()) {
+        complain(sentence);
+    }
     const int status = options.undo ? undo(options) : repairFiles(options);
     QMLog::finishWriting();
     return status;

@@ -1,12 +1,14 @@
 #include "app/UndoCommand.h"
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <ctime>
 #include <optional>
 #include <set>
 #include <string_view>
 
+#include <poll.h>
 #include <unistd.h>
 
 #include "app/StandardStreams.h"
@@ -15,8 +17,6 @@
 #include "foundation/QMLog.h"
 #include "foundation/TerminalText.h"
 #include "job/Journal.h"
-#include "job/JournalRecovery.h"
-#include "job/Undo.h"
 #include "platform/HeldPath.h"
 #include "platform/Termination.h"
 
@@ -66,6 +66,19 @@ bool isAtTerminal() {
     return isatty(STDIN_FILENO) == 1 && isatty(STDERR_FILENO) == 1;
 }
 
+/// A line from the terminal. @return "" at the end of the input and for an interruption.
+std::string readAnswer() {
+    std::array<pollfd, 2> waited{
+        {{STDIN_FILENO, POLLIN, 0}, {platform::interruptionDescriptor(), POLLIN, 0}}};
+    while (platform::interruption() == 0 && poll(waited.data(), waited.size(), -1) < 0 &&
+           errno == EINTR) {
+    }
+    std::array<char, 256> answer{};
+    const ssize_t length =
+        platform::interruption() == 0 ? read(STDIN_FILENO, answer.data(), answer.size()) : -1;
+    return length > 0 ? std::string(answer.data(), static_cast<std::size_t>(length)) : "";
+}
+
 /// Asks on the terminal. Without one nobody can agree.
 bool askAbout(const JournalEntry& entry) {
     if (!isAtTerminal()) {
@@ -75,17 +88,18 @@ bool askAbout(const JournalEntry& entry) {
         formatString("The file %@ has changed since. Bring back the original all the "
                      "same? What is there now goes to the Trash. [y/N] ",
                      textForStream(entry.file, STDERR_FILENO)));
-    std::array<char, 16> answer{};
-    return std::fgets(answer.data(), answer.size(), stdin) != nullptr &&
-           (answer[0] == 'y' || answer[0] == 'Y');
+    const std::string answer = readAnswer();
+    if (!answer.ends_with('\n')) {
+        printError("\n");
+    }
+    return answer.starts_with('y') || answer.starts_with('Y');
 }
 
-std::string complaintAbout(const UndoResult& result) {
+/// Why a file was not put back.
+std::string failureOf(const UndoResult& result) {
     switch (result.end) {
         case UndoResult::End::undone:
-            return result.hadChanged && !result.result.empty()
-                       ? formatString("The file %@ had changed since.", result.file)
-                       : "";
+            return result.error ? result.error->localizedDescription() : "";
         case UndoResult::End::nothingToUndo:
             return result.file.empty()
                        ? "There is nothing to undo."
@@ -94,10 +108,12 @@ std::string complaintAbout(const UndoResult& result) {
             return formatString("The original of the file %@ is no longer in the Trash.",
                                 result.file);
         case UndoResult::End::changed:
-            return formatString(
-                "The file %@ has changed since and was left as it is; --force "
-                "brings the original back all the same.",
-                result.file);
+            return platform::interruption() != 0
+                       ? ""
+                       : formatString(
+                             "The file %@ has changed since and was left as it is; --force "
+                             "brings the original back all the same.",
+                             result.file);
         case UndoResult::End::failed:
             return result.error ? result.error->localizedDescription()
                                 : formatString("The file %@ could not be put back.", result.file);
@@ -105,9 +121,34 @@ std::string complaintAbout(const UndoResult& result) {
     return "";
 }
 
+}  // namespace
+
+std::vector<std::string> complaintsAbout(const UndoResult& result) {
+    const bool isUndone = result.end == UndoResult::End::undone;
+    std::vector<std::string> complaints{failureOf(result)};
+    if (isUndone && result.hadChanged && !result.result.empty()) {
+        complaints.push_back(formatString("The file %@ had changed since.", result.file));
+    }
+    if (!result.losses.empty()) {
+        complaints.push_back(
+            formatString("The file %@ is not all that it was. %@", result.file, result.losses));
+    }
+    if (result.isBeside) {
+        complaints.push_back(formatString(
+            "What was there could not be moved to the Trash and is %@", result.result));
+    } else if (!isUndone && !result.result.empty()) {
+        complaints.push_back(
+            formatString("What another program has replaced is %@", result.result));
+    }
+    std::erase(complaints, std::string());
+    return complaints;
+}
+
+namespace {
+
 std::vector<std::string> linesAbout(const UndoResult& result) {
     std::vector<std::string> lines{formatString("The original is back: %@", result.file)};
-    if (!result.result.empty()) {
+    if (!result.result.empty() && !result.isBeside) {
         lines.push_back(formatString("What was there is %@", result.result));
     }
     return lines;
@@ -152,8 +193,7 @@ class UndoRun {
                 }
             }
         }
-        const std::string complaint = complaintAbout(result);
-        if (!complaint.empty()) {
+        for (const std::string& complaint : complaintsAbout(result)) {
             hasComplaint_ = true;
             complain(complaint);
         }
@@ -207,36 +247,6 @@ int UndoCommand::run(const UndoOptions& options) {
     Undo undo(*journal, QMLocalPaths::trashDirectory().value_or(""), "vornic-repair",
               VORNIC_VERSION);
     return options.list ? list(options, undo) : UndoRun(options, undo).run();
-}
-
-void UndoCommand::settleInterruptedRuns() {
-    const std::optional<Journal> journal = Journal::ofUser();
-    if (!journal) {
-        return;
-    }
-    for (const RecoveredRun& run :
-         recoverInterrupted(*journal, QMLocalPaths::trashDirectory().value_or(""))) {
-        switch (run.end) {
-            case RecoveredRun::End::takenBack:
-                complain(
-                    formatString("An earlier run with the file %@ was interrupted and has "
-                                 "been taken back.",
-                                 run.file));
-                break;
-            case RecoveredRun::End::finished:
-                complain(
-                    formatString("An earlier run with the file %@ was interrupted and has "
-                                 "been finished. The original is %@.",
-                                 run.file, run.original));
-                break;
-            case RecoveredRun::End::lost:
-                complain(
-                    formatString("An earlier run with the file %@ was interrupted. Its "
-                                 "original is neither in its place nor in the Trash.",
-                                 run.file));
-                break;
-        }
-    }
 }
 
 }  // namespace vornic

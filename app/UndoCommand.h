@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "job/Undo.h"
+
 namespace vornic {
 
 /// What `vornic-repair --undo` is asked for.
@@ -17,17 +19,17 @@ struct UndoOptions {
     std::vector<std::string> files = {};
 };
 
+/// A sentence for everything that is not as it should be after an undo; with one the exit status is
+/// not 0.
+[[nodiscard]] std::vector<std::string> complaintsAbout(const UndoResult& result);
+
 /// `vornic-repair --undo`: takes repairs back. What was done goes to standard output, what could
 /// not be done to standard error. Main thread.
 class UndoCommand {
   public:
     /// @return 0 when all was undone or listed, 1 when something was undone and something has to be
-    ///     said, 3 when nothing was undone.
+    ///     said, 3 when nothing was undone. An interruption ends the run at the next file.
     static int run(const UndoOptions& options);
-
-    /// Finishes, or takes back, what a program was doing with a file when it was killed, with a
-    /// line on standard error and in the log for each.
-    static void settleInterruptedRuns();
 };
 
 }  // namespace vornic

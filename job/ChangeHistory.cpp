@@ -18,7 +18,7 @@ bool takesBackLast(const JournalEntry& entry, List& list) {
 }  // namespace
 
 void ChangeHistory::add(const JournalEntry& entry) {
-    if (entry.state != JournalEntry::State::done) {
+    if (entry.state != JournalEntry::State::done || !known_.insert(entry.id).second) {
         return;
     }
     FileHistory& history = files_[entry.file];

@@ -2,9 +2,11 @@
 #define VORNIC_JOB_CHANGE_HISTORY_H
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "job/JournalEntry.h"
@@ -15,7 +17,8 @@ namespace vornic {
 /// been, the last undo itself.
 class ChangeHistory {
   public:
-    /// Takes in the next entry of the journal. One that was not done counts for nothing.
+    /// Takes in the next entry of the journal. One that was not done, and one that is known
+    /// already, counts for nothing.
     void add(const JournalEntry& entry);
 
     /// What is to be taken back next of a file; nothing when nothing was ever done to it.
@@ -39,6 +42,7 @@ class ChangeHistory {
     [[nodiscard]] static const Numbered* nextOf(const FileHistory& history);
 
     std::unordered_map<std::string, FileHistory> files_;
+    std::unordered_set<std::uint64_t> known_;
     std::size_t count_ = 0;
 };
 

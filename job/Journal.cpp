@@ -7,6 +7,7 @@
 #include <ctime>
 #include <set>
 #include <sstream>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -31,6 +32,23 @@ constexpr std::chrono::milliseconds kNoWaiting{0};
 bool fail(ErrorSlot& error, const std::string& path, const char* verb, int errorNumber) {
     error = posixError("The journal " + path + " cannot be " + verb, errorNumber);
     return false;
+}
+
+void failBecauseForeign(ErrorSlot& error, const std::string& path) {
+    error = Error{
+        .domain = std::string(kPosixErrorDomain),
+        .code = EPERM,
+        .description = "The journal " + path + " cannot be used: it belongs to somebody else."};
+}
+
+/// Root leaves nothing in the home of a user, who could not write it afterwards.
+bool isInAnothersHome(const std::string& folder) {
+    struct stat status {};
+    std::string nearest = folder;
+    while (stat(nearest.c_str(), &status) != 0 && nearest.size() > 1) {
+        nearest = platform::parentFolder(nearest);
+    }
+    return geteuid() == 0 && status.st_uid != 0;
 }
 
 std::int64_t now() {
@@ -106,8 +124,19 @@ std::string Journal::settledPath() const {
     return path_ + ".settled";
 }
 
+std::optional<platform::ByteLock> Journal::claim(const std::string& file, ErrorSlot& error) const {
+    // Beyond the numbers of entries.
+    constexpr std::uint64_t kFirst = std::uint64_t{1} << 62U;
+    return platform::ByteLock::acquire(
+        lockPath(), kFirst | platform::ContentDigest::of(file)[0] >> 2U, kNoWaiting, error);
+}
+
 std::optional<Journal::Run> Journal::begin(JournalEntry entry, ErrorSlot& error) const {
     const std::string folder = platform::parentFolder(path_);
+    if (isInAnothersHome(folder)) {
+        failBecauseForeign(error, path_);
+        return std::nullopt;
+    }
     if (!platform::isDirectory(folder) && !platform::createPrivateFolder(folder, error) &&
         !platform::isDirectory(folder)) {
         return std::nullopt;
@@ -148,10 +177,9 @@ bool Journal::append(std::string_view line, ErrorSlot& error) const {
             return false;
         }
         isNew = !platform::nodeExists(path_);
-        file = platform::FileDescriptor(
-            ::open(path_.c_str(), O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+        file = open(O_RDWR | O_APPEND | O_CREAT, error);
         if (!file) {
-            return fail(error, path_, "opened", errno);
+            return false;
         }
         const std::string whole =
             (endsInTheMiddleOfALine(file.get()) ? "\n" : "") + std::string(line);
@@ -171,26 +199,45 @@ bool Journal::isWithinLimits(const JournalEntry& entry) const {
     return entry.date > now() - limits_.age;
 }
 
-std::optional<std::vector<JournalEntry>> Journal::entries(ErrorSlot& error) const {
-    if (!platform::nodeExists(path_)) {
-        return std::vector<JournalEntry>();
-    }
-    const std::optional<std::string> text = platform::readFile(path_, error);
-    if (!text) {
-        return std::nullopt;
-    }
-    std::vector<JournalEntry> entries = parseJournal(*text).entries;
+void Journal::keepLimits(std::vector<JournalEntry>& entries) const {
     std::erase_if(entries, [this](const JournalEntry& entry) { return !isWithinLimits(entry); });
     if (entries.size() > limits_.entries) {
         entries.erase(entries.begin(),
                       entries.end() - static_cast<std::ptrdiff_t>(limits_.entries));
     }
-    return entries;
+}
+
+std::optional<std::vector<JournalEntry>> Journal::entries(ErrorSlot& error) const {
+    Position start;
+    std::optional<News> news = entriesSince(start, error);
+    return news ? std::optional(std::move(news->entries)) : std::nullopt;
+}
+
+std::optional<Journal::News> Journal::entriesSince(Position& position, ErrorSlot& error) const {
+    struct stat status {};
+    News news;
+    if (lstat(path_.c_str(), &status) != 0 && errno == ENOENT) {
+        news.isAnew = std::exchange(position, Position()).inode != 0;
+        return news;
+    }
+    if (position.inode != status.st_ino ||
+        position.offset > static_cast<std::size_t>(status.st_size)) {
+        position = {.inode = status.st_ino};
+        news.isAnew = true;
+    }
+    std::optional<JournalContents> contents = read(position.offset, error);
+    if (!contents) {
+        return std::nullopt;
+    }
+    position.offset += contents->settled;
+    news.entries = std::move(contents->entries);
+    keepLimits(news.entries);
+    return news;
 }
 
 std::vector<Journal::Run> Journal::takeInterrupted() const {
     struct stat status {};
-    if (stat(path_.c_str(), &status) != 0) {
+    if (stat(path_.c_str(), &status) != 0 || status.st_uid != geteuid()) {
         return {};
     }
     Settled settled = readSettled(settledPath());
@@ -198,9 +245,10 @@ std::vector<Journal::Run> Journal::takeInterrupted() const {
     if (settled.inode != status.st_ino || settled.offset > size) {
         settled = {.inode = status.st_ino};
     }
+    ErrorSlot ignored;
     std::optional<JournalContents> contents;
     if (settled.offset < size) {
-        contents = read(settled.offset);
+        contents = read(settled.offset, ignored);
     }
     if (!contents) {
         return {};
@@ -225,12 +273,39 @@ std::vector<Journal::Run> Journal::takeInterrupted() const {
     return runs;
 }
 
-std::optional<JournalContents> Journal::read(std::size_t offset) const {
-    ErrorSlot ignored;
-    const std::optional<std::string> text = platform::readFile(path_, ignored);
-    return text && text->size() >= offset
-               ? std::optional(parseJournal(std::string_view(*text).substr(offset)))
-               : std::nullopt;
+platform::FileDescriptor Journal::open(int flags, ErrorSlot& error) const {
+    platform::FileDescriptor file(::open(path_.c_str(), flags | O_CLOEXEC | O_NOFOLLOW, 0600));
+    struct stat status {};
+    if (!file || fstat(file.get(), &status) != 0) {
+        fail(error, path_, "opened", errno);
+        return {};
+    }
+    if (status.st_uid != geteuid()) {
+        failBecauseForeign(error, path_);
+        return {};
+    }
+    return file;
+}
+
+std::optional<JournalContents> Journal::read(std::size_t offset, ErrorSlot& error) const {
+    constexpr std::size_t kBlock = std::size_t{1} << 20U;
+    const platform::FileDescriptor file = open(O_RDONLY | O_NONBLOCK, error);
+    if (!file) {
+        return std::nullopt;
+    }
+    std::string text;
+    int errorNumber = lseek(file.get(), static_cast<off_t>(offset), SEEK_SET) < 0 ? errno : 0;
+    for (std::size_t got = kBlock; errorNumber == 0 && got == kBlock;) {
+        const std::size_t length = text.size();
+        text.resize(length + kBlock);
+        got = platform::readBlock(file.get(), text.data() + length, kBlock, errorNumber);
+        text.resize(length + got);
+    }
+    if (errorNumber != 0) {
+        fail(error, path_, "read", errorNumber);
+        return std::nullopt;
+    }
+    return parseJournal(text);
 }
 
 std::vector<Journal::Run> Journal::takeOver(const JournalContents& contents) const {
@@ -250,7 +325,8 @@ std::vector<Journal::Run> Journal::takeOver(const JournalContents& contents) con
 
 // Between the reading and the lock another program may have ended the change and let go.
 void Journal::dropEnded(std::vector<Run>& runs, std::size_t offset) const {
-    const std::optional<JournalContents> contents = read(offset);
+    ErrorSlot ignored;
+    const std::optional<JournalContents> contents = read(offset, ignored);
     std::set<std::uint64_t> open;
     for (const JournalEntry& entry : contents ? contents->entries : std::vector<JournalEntry>()) {
         if (entry.state == JournalEntry::State::begun) {
@@ -271,7 +347,7 @@ void Journal::trim() const {
     constexpr std::size_t kTenths = 9;
     ErrorSlot error;
     const auto writer = platform::ByteLock::acquire(lockPath(), kWriter, kWriterLimit, error);
-    const std::optional<JournalContents> contents = writer ? read(0) : std::nullopt;
+    const std::optional<JournalContents> contents = writer ? read(0, error) : std::nullopt;
     if (!contents) {
         return;
     }

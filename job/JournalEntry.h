@@ -17,6 +17,8 @@ struct JournalFile {
     std::uint64_t size = 0;
     platform::ContentDigest::Value digest{};
     bool isLink = false;
+    /// The text of a link; empty where it was not written down.
+    std::string linkText = {};
     friend bool operator==(const JournalFile&, const JournalFile&) = default;
 };
 

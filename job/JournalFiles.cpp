@@ -1,6 +1,8 @@
 #include "job/JournalFiles.h"
 
 #include <cerrno>
+#include <filesystem>
+#include <system_error>
 #include <vector>
 
 #include <sys/stat.h>
@@ -24,6 +26,34 @@ std::string sidePath(const std::string& file, std::string_view ending) {
     return platform::joinPath(platform::parentFolder(file), "." + name + std::string(ending));
 }
 
+std::string linkTextAt(const std::string& path) {
+    std::error_code ignored;
+    return std::filesystem::read_symlink(path, ignored).string();
+}
+
+/// The number in "Cut 2.xml" for "Cut.xml", 1 for that itself, 0 for any other name.
+unsigned long numberIn(std::string_view candidate, const platform::SplitName& name) {
+    constexpr std::size_t kMostDigits = 9;
+    if (candidate == name.stem + name.extension) {
+        return 1;
+    }
+    const std::string beginning = name.stem + " ";
+    if (candidate.size() <= beginning.size() + name.extension.size() ||
+        !candidate.starts_with(beginning) || !candidate.ends_with(name.extension)) {
+        return 0;
+    }
+    candidate.remove_prefix(beginning.size());
+    candidate.remove_suffix(name.extension.size());
+    const bool isNumber = candidate.size() <= kMostDigits &&
+                          candidate.find_first_not_of("0123456789") == std::string_view::npos;
+    return isNumber ? std::stoul(std::string(candidate)) : 0;
+}
+
+std::vector<std::string> namesIn(const std::string& folder) {
+    ErrorSlot ignored;
+    return platform::namesInFolder(folder, ignored).value_or(std::vector<std::string>());
+}
+
 }  // namespace
 
 std::string undoWaitingPath(const std::string& file) {
@@ -43,6 +73,7 @@ std::optional<JournalFile> journalFileAt(const std::string& path, ErrorSlot& err
     JournalFile file;
     file.identity = {.device = status.st_dev, .inode = status.st_ino};
     file.isLink = S_ISLNK(status.st_mode);
+    file.linkText = file.isLink ? linkTextAt(path) : "";
     int errorNumber = 0;
     const platform::FileDescriptor contents =
         platform::openRegularFile(path, file.isLink, errorNumber);
@@ -68,7 +99,8 @@ bool hasContentsOf(const JournalFile& file, const std::string& path) {
     }
     if (file.isLink) {
         // In the Trash a link may lead elsewhere; it is known by itself.
-        return status.st_ino == file.identity.inode;
+        return file.linkText.empty() ? status.st_ino == file.identity.inode
+                                     : linkTextAt(path) == file.linkText;
     }
     ErrorSlot ignored;
     const std::optional<JournalFile> there = static_cast<std::uint64_t>(status.st_size) == file.size
@@ -88,12 +120,37 @@ std::string findInTrash(const JournalFile& file, const std::string& folder,
     if (hasContentsOf(file, usual)) {
         return usual;
     }
-    ErrorSlot ignored;
-    const std::vector<std::string> names =
-        platform::namesInFolder(folder, ignored).value_or(std::vector<std::string>());
-    for (const std::string& other : names) {
+    for (const std::string& other : namesIn(folder)) {
         const std::string path = platform::joinPath(folder, other);
         if (isSameFile(file, path)) {
+            return path;
+        }
+    }
+    return "";
+}
+
+std::string findCopyInTrash(const JournalFile& file, const std::string& folder,
+                            const std::string& name) {
+    std::string found = findInTrash(file, folder, name);
+    if (!found.empty()) {
+        return found;
+    }
+    const platform::SplitName parts = platform::splitExtension(name);
+    unsigned long highest = 0;
+    for (const std::string& other : namesIn(folder)) {
+        const unsigned long number = numberIn(other, parts);
+        if (number > highest && hasContentsOf(file, platform::joinPath(folder, other))) {
+            highest = number;
+            found = platform::joinPath(folder, other);
+        }
+    }
+    return found;
+}
+
+std::string findHidden(const JournalFile& file, const std::string& folder) {
+    for (const std::string& name : namesIn(folder)) {
+        const std::string path = platform::joinPath(folder, name);
+        if (platform::isTemporaryName(name) && isSameFile(file, path)) {
             return path;
         }
     }

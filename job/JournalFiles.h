@@ -28,8 +28,20 @@ namespace vornic {
 [[nodiscard]] std::string findInTrash(const JournalFile& file, const std::string& folder,
                                       const std::string& name);
 
-/// Where, in its folder, a file waits that is to take the place of another one in an undo of
-/// several moves, and where the other one is meanwhile.
+/// `findInTrash` for a file that may have been copied there from another volume, under its name or
+/// a numbered one ("Cut 2.xml"): the one with the highest number. What another file of that name
+/// and with the same bytes has left there is taken for it.
+[[nodiscard]] std::string findCopyInTrash(const JournalFile& file, const std::string& folder,
+                                          const std::string& name);
+
+/// What a move that was killed has left in a folder: this very file, under a hidden name that the
+/// programs give to what they are about to remove.
+/// @return "" when there is none.
+[[nodiscard]] std::string findHidden(const JournalFile& file, const std::string& folder);
+
+/// Where, in its folder, an original waits that is to take the place of a file in an undo of
+/// several moves and what it replaces is afterwards; and where that is when the two cannot exchange
+/// their names.
 [[nodiscard]] std::string undoWaitingPath(const std::string& file);
 [[nodiscard]] std::string undoAsidePath(const std::string& file);
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "job/JournalFiles.h"
+#include "job/UndoRemains.h"
 #include "platform/FileSystem.h"
 #include "platform/HeldPath.h"
 #include "platform/PathText.h"
@@ -13,7 +14,6 @@
 namespace vornic {
 namespace {
 
-using platform::joinPath;
 using platform::lastComponent;
 using platform::parentFolder;
 
@@ -21,87 +21,103 @@ using platform::parentFolder;
 class Recovery {
   public:
     Recovery(const JournalEntry& entry, std::string trash)
-        : entry_(entry), trash_(std::move(trash)) {
+        : entry_(entry), trashPath_(std::move(trash)), target_(platform::holdPath(entry.file)) {
         result_.file = entry.file;
+        result_.isUndo = entry.action == JournalEntry::Action::undo;
     }
 
     RecoveredRun run() && {
-        if (isSameFile(entry_.before, entry_.file)) {
-            putResultAway();
-            return std::move(result_);
-        }
-        const std::string waiting = placeBetweenMoves();
-        if (waiting.empty()) {
-            lookIntoTheTrash();
-        } else if (!platform::nodeExists(entry_.file) &&
-                   platform::renameWithoutReplacing(waiting, entry_.file) == 0) {
-            putResultAway();
-        } else {
-            finish(waiting);
+        settleFile();
+        if (result_.isUndo && target_ && openTrash()) {
+            settleRemains();
         }
         return std::move(result_);
     }
 
   private:
+    void settleFile() {
+        if (isSameFile(entry_.before, entry_.file)) {
+            return;
+        }
+        if (entry_.before.identity.inode == 0) {
+            // Nothing had stood at the path.
+            result_.end = hasContentsOf(entry_.after, entry_.file) ? RecoveredRun::End::finished
+                                                                   : RecoveredRun::End::takenBack;
+            return;
+        }
+        const std::string waiting = placeBetweenMoves();
+        if (waiting.empty()) {
+            lookIntoTheTrash();
+        } else if (platform::nodeExists(entry_.file) ||
+                   platform::renameWithoutReplacing(waiting, entry_.file) != 0) {
+            finish(waiting);
+        }
+    }
+
     [[nodiscard]] bool liesInTrash(const std::string& path) {
-        return openTrash() && parentFolder(path) == folder_->folder();
+        return openTrash() && parentFolder(path) == trash_->folder();
     }
 
     bool openTrash() {
         ErrorSlot ignored;
-        if (!folder_) {
-            folder_ = platform::Trash::open(trash_, ignored);
+        if (!trash_) {
+            trash_ = platform::Trash::open(trashPath_, ignored);
         }
-        return folder_.has_value();
+        return trash_.has_value();
     }
 
     /// Where the old file is neither in its place nor in the Trash yet.
     std::string placeBetweenMoves() {
-        for (const std::string& path : {undoAsidePath(entry_.file), entry_.workingCopy}) {
+        for (const std::string& path :
+             {undoAsidePath(entry_.file), undoWaitingPath(entry_.file), entry_.workingCopy}) {
             if (isSameFile(entry_.before, path) && !liesInTrash(path)) {
                 return path;
             }
         }
-        return "";
+        return findHidden(entry_.before, parentFolder(entry_.file));
     }
 
     void finish(const std::string& waiting) {
-        result_.end = RecoveredRun::End::finished;
-        result_.original = recycle(waiting).value_or(waiting);
-    }
-
-    std::optional<std::string> recycle(const std::string& path) {
-        const std::optional<platform::HeldPath> item = platform::holdPath(path);
+        const std::optional<platform::HeldPath> item = platform::holdPath(waiting);
         ErrorSlot ignored;
         const auto trashed = openTrash() && item
-                                 ? folder_->take(*item, lastComponent(entry_.file), ignored)
+                                 ? trash_->take(*item, lastComponent(entry_.file), ignored)
                                  : std::nullopt;
-        return trashed ? std::optional(trashed->path()) : std::nullopt;
+        result_.end = RecoveredRun::End::finished;
+        result_.original = trashed ? trashed->path() : waiting;
+        if (!trashed && !platform::nodeExists(waiting)) {
+            // Another run was faster.
+            lookIntoTheTrash();
+        }
     }
 
     void lookIntoTheTrash() {
-        if (openTrash()) {
-            const std::string name = liesInTrash(entry_.workingCopy)
-                                         ? lastComponent(entry_.workingCopy)
-                                         : lastComponent(entry_.file);
-            result_.original = findInTrash(entry_.before, folder_->folder(), name);
+        result_.original.clear();
+        if (openTrash() && liesInTrash(entry_.workingCopy)) {
+            result_.original =
+                findInTrash(entry_.before, trash_->folder(), lastComponent(entry_.workingCopy));
+        }
+        if (openTrash() && result_.original.empty()) {
+            result_.original =
+                findCopyInTrash(entry_.before, trash_->folder(), lastComponent(entry_.file));
         }
         result_.end =
             result_.original.empty() ? RecoveredRun::End::lost : RecoveredRun::End::finished;
     }
 
-    /// An original on its way out of the Trash goes back there.
-    void putResultAway() {
-        result_.end = RecoveredRun::End::takenBack;
-        const std::string waiting = undoWaitingPath(entry_.file);
-        if (entry_.action == JournalEntry::Action::undo && hasContentsOf(entry_.after, waiting)) {
-            static_cast<void>(recycle(waiting));
+    /// What was on its way out of the Trash goes back there, or has its place twice.
+    void settleRemains() {
+        const std::string name = lastComponent(entry_.workingCopy);
+        clearWaiting(*trash_, name, *target_);
+        if (result_.end == RecoveredRun::End::finished && result_.original != entry_.workingCopy) {
+            dropOriginal(*trash_, name, entry_.after, *target_);
         }
     }
 
     const JournalEntry& entry_;
-    std::string trash_;
-    std::optional<platform::Trash> folder_;
+    std::string trashPath_;
+    std::optional<platform::HeldPath> target_;
+    std::optional<platform::Trash> trash_;
     RecoveredRun result_;
 };
 
@@ -110,8 +126,13 @@ class Recovery {
 std::vector<RecoveredRun> recoverInterrupted(const Journal& journal, const std::string& trash) {
     std::vector<RecoveredRun> recovered;
     for (Journal::Run& run : journal.takeInterrupted()) {
-        recovered.push_back(Recovery(run.entry(), trash).run());
         ErrorSlot ignored;
+        const auto claim = journal.claim(run.entry().file, ignored);
+        if (!claim) {
+            // A living run is at work on the file; the next start comes back to this one.
+            continue;
+        }
+        recovered.push_back(Recovery(run.entry(), trash).run());
         if (recovered.back().end == RecoveredRun::End::takenBack) {
             journal.takeBack(std::move(run), ignored);
         } else {

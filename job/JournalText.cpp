@@ -134,6 +134,10 @@ std::string field(std::string_view name, std::string_view value) {
     return " " + std::string(name) + "=" + platform::percentEncoded(value, "/:");
 }
 
+std::string linkField(std::string_view name, const JournalFile& file) {
+    return file.linkText.empty() ? "" : field(name, file.linkText);
+}
+
 std::optional<Fields> fieldsFrom(const std::vector<std::string_view>& words) {
     Fields fields;
     for (std::size_t index = 2; index < words.size(); ++index) {
@@ -174,7 +178,9 @@ std::optional<JournalEntry> entryFrom(std::uint64_t id, const Fields& fields) {
     entry.action = *actionNamed(action);
     entry.workingCopy = valueOf(fields, "copy");
     entry.before = *before;
+    entry.before.linkText = valueOf(fields, "beforelink");
     entry.after = *after;
+    entry.after.linkText = valueOf(fields, "afterlink");
     entry.undoes = number<std::uint64_t>(valueOf(fields, "undoes"), kHexadecimal).value_or(0);
     return entry;
 }
@@ -242,6 +248,7 @@ std::string beginLine(const JournalEntry& entry) {
     line += field("copy", entry.workingCopy);
     line += field("before", fileText(entry.before));
     line += field("after", fileText(entry.after));
+    line += linkField("beforelink", entry.before) + linkField("afterlink", entry.after);
     if (entry.undoes != 0) {
         line += field("undoes", hexadecimal(entry.undoes));
     }

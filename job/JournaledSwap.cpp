@@ -1,5 +1,7 @@
 #include "job/JournaledSwap.h"
 
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include <sys/stat.h>
@@ -44,6 +46,8 @@ bool JournaledSwap::willSwap(const SwapIntent& intent, ErrorSlot& /*error*/) {
     if (lstat(intent.source.c_str(), &status) == 0 && S_ISLNK(status.st_mode)) {
         entry.before.isLink = true;
         entry.before.identity = {.device = status.st_dev, .inode = status.st_ino};
+        std::error_code ignored;
+        entry.before.linkText = std::filesystem::read_symlink(intent.source, ignored).string();
     }
     ErrorSlot reason;
     run_ = journal_->begin(std::move(entry), reason);

@@ -8,8 +8,8 @@
 
 #include "job/ChangeHistory.h"
 #include "job/Journal.h"
+#include "job/UndoSwap.h"
 #include "platform/Error.h"
-#include "platform/HeldPath.h"
 #include "platform/Trash.h"
 
 namespace vornic {
@@ -32,10 +32,16 @@ struct UndoResult {
     End end = End::failed;
     /// The user's file.
     std::string file = {};
-    /// Where the result lies in the Trash now; empty when there was none.
+    /// Where that is which stood at the path: in the Trash, or beside the file. Empty when it is in
+    /// its place, or nothing was there.
     std::string result = {};
+    /// Whether it is beside the file, since it could not be moved to the Trash.
+    bool isBeside = false;
+    /// A sentence for everything that the original had and could not be given again.
+    std::string losses = {};
     /// Whether the file that went to the Trash was not what the change had left.
     bool hadChanged = false;
+    /// What failed; also after an undo that could not be written down.
     ErrorSlot error = {};
 };
 
@@ -46,18 +52,10 @@ struct UndoableChange {
     std::string original;
 };
 
-/// The moments of an undo at which somebody else may come between.
-enum class UndoStep {
-    /// Everything has been looked at, nothing moved yet.
-    looked,
-    /// The original has its place, the result that of the original.
-    exchanged,
-};
-
 /// Takes back what the journal tells of: the original comes out of the Trash and what stands in its
-/// place goes there, by an exchange of the two names where the volumes allow it, so that at no
-/// moment nothing stands at the path. Several changes of one file go back one by one, newest first;
-/// when all have gone back, the last undo is taken back itself. One thread.
+/// place goes there (`UndoSwap`). Several changes of one file go back one by one, newest first;
+/// when all have gone back, the last undo is taken back itself. Of several runs that take one file
+/// back at once, one does and the others are told. One thread.
 class Undo {
   public:
     /// Asked when a file is not what the change had left. @return true to go on all the same.
@@ -81,13 +79,9 @@ class Undo {
     void setObserver(std::function<void(UndoStep)> observer) { observer_ = std::move(observer); }
 
   private:
-    struct Places;
-
     [[nodiscard]] UndoResult undoEntry(const JournalEntry& entry, const Question& goOn);
-    [[nodiscard]] UndoResult bringBack(Places& places);
-    [[nodiscard]] bool exchange(Places& places, ErrorSlot& error);
-    [[nodiscard]] bool moveInSteps(Places& places, ErrorSlot& error);
-    [[nodiscard]] bool restore(Places& places, ErrorSlot& error);
+    [[nodiscard]] UndoResult undoClaimed(const JournalEntry& entry, const Question& goOn);
+    [[nodiscard]] UndoResult bringBack(const JournalEntry& entry, const UndoPlaces& places);
     void tell(UndoStep step) const;
     bool openTrash(ErrorSlot& error);
     bool readJournal(ErrorSlot& error);
@@ -97,8 +91,9 @@ class Undo {
     std::string program_;
     std::string version_;
     std::optional<platform::Trash> trash_;
-    // The journal is read once; this object's own undos are added.
-    std::optional<ChangeHistory> history_;
+    // As much of the journal as has been read.
+    ChangeHistory history_;
+    Journal::Position position_;
     std::function<void(UndoStep)> observer_;
 };
 

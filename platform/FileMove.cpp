@@ -7,6 +7,7 @@
 #include "platform/ItemInventory.h"
 #include "platform/PathText.h"
 #include "platform/Rename.h"
+#include "platform/TemporaryFile.h"
 
 namespace vornic::platform {
 namespace {
@@ -88,7 +89,7 @@ bool moveAcrossVolumes(const std::string& source, const std::string& folder,
     }
     // A copy that a kill leaves here is known by the ending, and removed one day.
     const std::string temporary =
-        joinPath(folder, temporaryName(lastComponent(source))).append(".part");
+        joinPath(folder, temporaryName(lastComponent(source)).append(kPartEnding));
     if (!transferItem(source, temporary, Verification::readBack, error)) {
         return false;
     }

@@ -17,6 +17,13 @@ enum class Verification { none, readBack };
 [[nodiscard]] bool transferItem(const std::string& source, const std::string& destination,
                                 Verification verification, ErrorSlot& error);
 
+/// Copies a regular file or a link, which is not followed, to a path at which nothing may exist.
+/// The copy is synced, read back and compared before it counts; one that fails leaves nothing.
+/// @param losses set to a sentence for everything of owner, mode and attributes that was lost and
+///     could have been kept; empty when nothing was
+[[nodiscard]] bool copyTellingLosses(const std::string& source, const std::string& destination,
+                                     std::string& losses, ErrorSlot& error);
+
 /// The contents of one open file to another, inside the kernel where it can.
 /// @return 0 or the errno value.
 [[nodiscard]] int copyContents(int from, int to);

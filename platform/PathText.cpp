@@ -10,6 +10,13 @@
 #include "platform/RandomBytes.h"
 
 namespace vornic::platform {
+namespace {
+
+constexpr std::string_view kTemporaryMark = ".vornic-";
+constexpr std::string_view kAlphabet = "abcdefghijklmnopqrstuvwxyz0123456789";
+constexpr std::size_t kRandomLength = 10;
+
+}  // namespace
 
 std::string withoutTrailingSlashes(std::string_view path) {
     while (path.size() > 1 && path.back() == '/') {
@@ -75,15 +82,22 @@ std::string_view truncateUTF8(std::string_view text, std::size_t length) {
 std::string temporaryName(std::string_view name) {
     // Short enough for file systems that take less than 255 bytes, encrypting ones for example.
     constexpr std::size_t kKeptOfName = 100;
-    constexpr std::string_view kAlphabet = "abcdefghijklmnopqrstuvwxyz0123456789";
-    std::array<unsigned char, 10> random{};
+    std::array<unsigned char, kRandomLength> random{};
     fillWithRandomBytes(random.data(), random.size());
     std::string result = ".";
-    result.append(truncateUTF8(name, kKeptOfName)).append(".vornic-");
+    result.append(truncateUTF8(name, kKeptOfName)).append(kTemporaryMark);
     for (const unsigned char byte : random) {
         result += kAlphabet[byte % kAlphabet.size()];
     }
     return result;
+}
+
+bool isTemporaryName(std::string_view name) {
+    const std::size_t mark = name.rfind(kTemporaryMark);
+    return name.starts_with('.') && mark != std::string_view::npos &&
+           name.size() == mark + kTemporaryMark.size() + kRandomLength &&
+           name.find_first_not_of(kAlphabet, mark + kTemporaryMark.size()) ==
+               std::string_view::npos;
 }
 
 std::optional<std::string> resolveFinalLink(std::string path, int& errorNumber) {

@@ -42,6 +42,9 @@ struct SplitName {
 /// ".<name>.vornic-<10 letters and digits>", the name shortened so that it always fits.
 [[nodiscard]] std::string temporaryName(std::string_view name);
 
+/// True for a name that `temporaryName` may have given.
+[[nodiscard]] bool isTemporaryName(std::string_view name);
+
 /// Follows the links at the end of a path, a dangling one included, to the path of what is no link.
 /// Looks at the disk.
 /// @return nothing, with `errorNumber` set, when the links lead in a circle or cannot be read.

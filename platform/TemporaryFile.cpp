@@ -22,8 +22,6 @@ namespace vornic::platform {
 
 namespace {
 
-constexpr std::string_view kEnding = ".part";
-
 /// "NAME" of ".NAME.vornic-xxxxxxxxxx"; "" of other names.
 std::string_view nameWithin(std::string_view name) {
     constexpr std::string_view kMark = ".vornic-";
@@ -41,9 +39,9 @@ std::string_view nameWithin(std::string_view name) {
 }
 
 /// True for ".NAME.vornic-xxxxxxxxxx.part".
-bool isTemporaryName(std::string_view name) {
-    return name.ends_with(kEnding) &&
-           !nameWithin(name.substr(0, name.size() - kEnding.size())).empty();
+bool isPartName(std::string_view name) {
+    return name.ends_with(kPartEnding) &&
+           !nameWithin(name.substr(0, name.size() - kPartEnding.size())).empty();
 }
 
 /// True for a file of this user that nothing has changed for long and nobody holds.
@@ -124,7 +122,7 @@ bool TemporaryFile::open(const std::string& wantedPath, ErrorSlot& error) {
 }
 
 int TemporaryFile::becomeExchangeable() {
-    std::string plain = temporary.substr(0, temporary.size() - kEnding.size());
+    std::string plain = temporary.substr(0, temporary.size() - kPartEnding.size());
     if (std::rename(temporary.c_str(), plain.c_str()) != 0) {
         return errno;
     }
@@ -175,7 +173,7 @@ int TemporaryFile::makeTemporary() {
     const mode_t mode = old ? 0600 : 0666;
     constexpr int kMostTries = 100;
     for (int attempt = 0; attempt < kMostTries; ++attempt) {
-        std::string candidate = joinPath(folder, temporaryName(name)).append(kEnding);
+        std::string candidate = joinPath(folder, temporaryName(name)).append(kPartEnding);
         file = FileDescriptor(
             ::open(candidate.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode));
         if (file) {
@@ -195,7 +193,7 @@ void removeDeadTemporaries(const std::string& folder, std::chrono::seconds age) 
     static LastFolder last;
     const FileDescriptor opened = openFolder(folder);
     for (const std::string& name : namesToLookAt(opened, last)) {
-        if (isTemporaryName(name)) {
+        if (isPartName(name)) {
             removeIfDead(opened, name, age);
         }
     }

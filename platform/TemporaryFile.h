@@ -3,12 +3,16 @@
 
 #include <chrono>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/Error.h"
 #include "platform/FileDescriptor.h"
 
 namespace vornic::platform {
+
+/// What the name of an unfinished file ends with.
+inline constexpr std::string_view kPartEnding = ".part";
 
 /// New contents for a file, in a file of its own in the same folder that goes when nobody gives it
 /// the target's name. Its name ends with ".part" and it is locked as long as it is being written,

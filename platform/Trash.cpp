@@ -178,7 +178,8 @@ int Trash::replaceInfo(const std::string& name, const std::string& originalPath)
     if (!info_) {
         return 0;
     }
-    const std::string temporary = temporaryName(name);
+    removeDeadTemporaries(descriptorPath(info_.get()));
+    const std::string temporary = temporaryName(name).append(kPartEnding);
     const int errorNumber = writeNewFile(info_.get(), temporary, infoText(originalPath));
     if (errorNumber != 0) {
         return errorNumber;

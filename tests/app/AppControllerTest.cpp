@@ -11,9 +11,13 @@
 #include <gmock/gmock.h>
 
 #include "app/AppController.h"
+#include "job/Journal.h"
+#include "job/JournalFiles.h"
 #include "platform/Thread.h"
 #include "repair/Document.h"
 #include "tests/app/ControllerTest.h"
+#include "tests/support/FileState.h"
+#include "tests/support/LogCapture.h"
 #include "tests/support/RecordingDocumentWindow.h"
 
 namespace vornic {
@@ -193,6 +197,28 @@ TEST_F(AppControllerTest, looksForAKeyWindowNoMoreOnceItIsGone) {
     controller.reset();
     runLoopFor(milliseconds(1500));
     EXPECT_THAT(host.calls, IsEmpty());
+}
+
+TEST_F(AppControllerTest, settlesWhatAKilledProgramHasLeft) {
+    const auto controller = made();
+    const std::string path = std::filesystem::canonical(sandbox.folder()).string() + "/Cut.xml";
+    test::writeBytes(path, "repaired");
+    test::writeBytes(path + ".old", "original");
+    ErrorSlot error;
+    const Journal journal = Journal::ofUser().value();
+    const JournalFile before = journalFileAt(path + ".old", error).value_or(JournalFile());
+    ASSERT_TRUE(
+        journal.begin({.program = "test", .version = "1", .file = path, .before = before}, error));
+    std::filesystem::rename(path + ".old", undoAsidePath(path));
+    controller->applicationDidFinishLaunching();
+    EXPECT_TRUE(platform::joinDetachedThreads(std::chrono::seconds(20)));
+    const std::string original = sandbox.home() + "/.local/share/Trash/files/Cut.xml";
+    EXPECT_EQ(test::readBytes(original), "original");
+    EXPECT_TRUE(
+        test::LogCapture::contains("An earlier run with the file " + path +
+                                   " was interrupted and has been finished. The original is " +
+                                   std::filesystem::canonical(original).string() + "."));
+    EXPECT_FALSE(test::exists(undoAsidePath(path)));
 }
 
 TEST_F(AppControllerTest, showsThePanelOnEachOfTheTwoWays) {

@@ -15,6 +15,7 @@
 #include "platform/Bundle.h"
 #include "platform/MainThread.h"
 #include "platform/PropertyList.h"
+#include "platform/Thread.h"
 #include "platform/UserPreferences.h"
 #include "tests/app/RecordingApplicationHost.h"
 #include "tests/support/RecordingAlertPanels.h"
@@ -37,6 +38,7 @@ class ControllerTest : public ::testing::Test {
             std::make_shared<QMAuthorization>(true, authorization));
     }
     ~ControllerTest() override {
+        EXPECT_TRUE(platform::joinDetachedThreads(std::chrono::seconds(20)));
         QMLog::finishWriting();
         QMAuthorization::setSharedController(nullptr);
         platform::Bundle::setMainBundle(std::nullopt);

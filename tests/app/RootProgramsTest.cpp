@@ -156,4 +156,40 @@ TEST_F(RootProgramsTest, theSwitchThatDisablesTheLogIsTheUsersOwn) {
     EXPECT_THAT(namesIn(kMachineFolder), IsEmpty());
 }
 
+TEST_F(RootProgramsTest, anUndoGivesAFileBackToItsOwner) {
+    const std::string path = files_->writeDamaged("cut.xml");
+    ASSERT_EQ(chown(path.c_str(), kOwner, kGroup), 0);
+    const FileState before = fileState(path);
+    const ProgramResult repair = files_->repair({path});
+    EXPECT_EQ(repair.status, 0);
+    EXPECT_TRUE(tellsOriginal(repair.errors, files_->trash())) << repair.errors;
+    EXPECT_EQ(fileState(path).owner, kOwner);
+    EXPECT_EQ(files_->repair({"--undo", path}).status, 0);
+    EXPECT_EQ(fileState(path), before);
+}
+
+TEST_F(RootProgramsTest, aRepairLeavesNoJournalInAnothersHome) {
+    ASSERT_EQ(chown(files_->home().c_str(), kOwner, kGroup), 0);
+    const std::string path = files_->writeDamaged("cut.xml");
+    const ProgramResult result = files_->repair({path});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "The original is " + files_->trash() + "/cut.xml.\n");
+    EXPECT_FALSE(exists(files_->library("Journal")));
+    const ProgramResult undone = files_->repair({"--undo", path});
+    EXPECT_EQ(undone.status, 3);
+    EXPECT_EQ(readBytes(path), repairedXMEML());
+}
+
+TEST_F(RootProgramsTest, anUndoDoesNotBelieveAnothersJournal) {
+    const std::string path = files_->writeDamaged("cut.xml");
+    ASSERT_EQ(files_->repair({path}).status, 0);
+    const std::string journal = files_->library("Journal/Vornic.journal");
+    ASSERT_EQ(chown(journal.c_str(), kOwner, kGroup), 0);
+    const ProgramResult result = files_->repair({"--undo", path});
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(result.errors, "vornic-repair: The journal " + journal +
+                                 " cannot be used: it belongs to somebody else.\n");
+    EXPECT_EQ(readBytes(path), repairedXMEML());
+}
+
 }  // namespace vornic::test

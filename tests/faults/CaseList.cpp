@@ -73,9 +73,7 @@ void CaseRunner::listPlaces(const Prepared& prepared, Lists& lists) {
         for (const std::string& race : races) {
             add(lists["races"], kind, race, textOf(call.place), textOf(call));
         }
-        if (kind.work != SceneKind::Work::undo) {
-            add(lists["pairs"], kind, "second-same", textOf(call.place), textOf(call));
-        }
+        add(lists["pairs"], kind, "second-same", textOf(call.place), textOf(call));
         if (kind.name == "damaged") {
             add(lists["pairs"], kind, "second-stem", textOf(call.place), textOf(call));
             add(lists["pairs"], kind, "second-twin", textOf(call.place), textOf(call));

@@ -286,6 +286,8 @@ CaseOutcome CaseRunner::runPair(const Prepared& prepared, const FaultCase& tried
     Demands demands = demandsOf(kind, prepared.baseline);
     // What the other has done is the same.
     demands.failureMustBeTrue = false;
+    // An undo that begins when the other one has ended takes that back.
+    demands.sameWork = kind.work != SceneKind::Work::undo;
     const std::string bytes = damagedDocument('b');
     if (tried.fault != "second-same") {
         const std::string name = tried.fault == "second-stem" ? "Cut-backup.xml" : "Cut.xmeml";

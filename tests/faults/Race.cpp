@@ -45,8 +45,11 @@ Race::Race(std::string name, const Scene& scene, const Baseline& baseline, const
 }
 
 std::vector<std::string> Race::namesFor(const SceneKind& kind) {
-    if (newerBytes(kind) == kind.bytes || kind.work == SceneKind::Work::undo) {
+    if (newerBytes(kind) == kind.bytes) {
         return {};
+    }
+    if (kind.work == SceneKind::Work::undo) {
+        return {"source-in-place", "source-renamed", "source-saved-as"};
     }
     std::vector<std::string> names = {"source-in-place", "source-renamed", "source-saved-as",
                                       "source-half", "source-link"};
@@ -130,6 +133,15 @@ Demands Race::demands() const {
         return demands;
     }
     demands.sameWork = false;
+    if (scene_.kind().work == SceneKind::Work::undo) {
+        // What another program has saved stays at the path, until the next run repairs it. It may
+        // have been saved over the original that was back, or over what a repair had made.
+        demands.atPath = {bytes_};
+        demands.atPathInTheEnd = {newer_.before.files.at(scene_.kind().file)};
+        std::erase(demands.kept, scene_.kind().bytes);
+        std::erase(demands.kept, baseline_.before.files.at(scene_.kind().file));
+        return demands;
+    }
     if (way_ != Way::link) {
         demands.atPath = {bytes_, newer_.result};
         demands.atPathInTheEnd = {newer_.result};

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "job/JournalRecovery.h"
+#include "platform/PathText.h"
 #include "platform/Rename.h"
 #include "tests/job/JournaledRepair.h"
 
@@ -120,6 +121,94 @@ TEST_F(JournalRecoveryTest, putsAnOriginalThatWasOnItsWayBackIntoTheTrashAgain) 
     EXPECT_EQ(test::readBytes(file()), "original");
     EXPECT_EQ(test::readBytes(trash() + "/Cut.xml"), "repaired");
     EXPECT_THAT(test::namesIn(sandbox.folder()), ElementsAre("Cut.xml"));
+}
+
+TEST_F(JournalRecoveryTest, takesBackAnUndoThatHadMadeACopyBesideTheFile) {
+    const std::string trashed = recycle(copy(), "Cut.xml");
+    for (const char* begun : {"", "repa", "repaired"}) {
+        JournalEntry undo = announced("Cut.xml");
+        undo.action = JournalEntry::Action::undo;
+        undo.workingCopy = trashed;
+        undo.after = known(trashed);
+        ASSERT_TRUE(journal.begin(std::move(undo), error));
+        test::writeBytes(undoWaitingPath(file()), begun);
+        const RecoveredRun run = recover();
+        EXPECT_EQ(run.end, RecoveredRun::End::takenBack);
+        EXPECT_TRUE(run.isUndo);
+        EXPECT_EQ(test::readBytes(file()), "original");
+        EXPECT_THAT(test::namesIn(trash()), ElementsAre("Cut.xml"));
+        EXPECT_THAT(test::namesIn(sandbox.folder()), ElementsAre("Cut.xml"));
+    }
+}
+
+TEST_F(JournalRecoveryTest, finishesAnUndoThatHadExchangedACopyWithTheFile) {
+    const std::string trashed = recycle(copy(), "Cut.xml");
+    JournalEntry undo = announced("Cut.xml");
+    undo.action = JournalEntry::Action::undo;
+    undo.workingCopy = trashed;
+    undo.after = known(trashed);
+    ASSERT_TRUE(journal.begin(std::move(undo), error));
+    fs::rename(file(), undoWaitingPath(file()));
+    fs::copy_file(trashed, file());
+    const RecoveredRun run = recover();
+    EXPECT_EQ(run.end, RecoveredRun::End::finished);
+    EXPECT_EQ(test::readBytes(file()), "repaired");
+    EXPECT_EQ(test::readBytes(run.original), "original");
+    EXPECT_THAT(test::namesIn(trash()), testing::SizeIs(1)) << "what is back has left the Trash";
+    EXPECT_THAT(test::namesIn(sandbox.folder()), ElementsAre("Cut.xml"));
+}
+
+TEST_F(JournalRecoveryTest, keepsAnOriginalInTheTrashWhoseCopyWasEdited) {
+    const std::string trashed = recycle(copy(), "Cut.xml");
+    JournalEntry undo = announced("Cut.xml");
+    undo.action = JournalEntry::Action::undo;
+    undo.workingCopy = trashed;
+    undo.after = known(trashed);
+    ASSERT_TRUE(journal.begin(std::move(undo), error));
+    fs::rename(file(), undoWaitingPath(file()));
+    test::writeBytes(file(), "edited since");
+    EXPECT_EQ(recover().end, RecoveredRun::End::finished);
+    EXPECT_EQ(test::readBytes(file()), "edited since");
+    EXPECT_EQ(test::readBytes(trashed), "repaired");
+    EXPECT_THAT(test::namesIn(trash()), testing::SizeIs(2));
+}
+
+TEST_F(JournalRecoveryTest, knowsWhatBecameOfAnUndoToAnEmptyPlace) {
+    for (const bool isDone : {false, true}) {
+        JournalEntry undo = announced("Cut.xml");
+        undo.action = JournalEntry::Action::undo;
+        undo.before = {};
+        ASSERT_TRUE(journal.begin(std::move(undo), error));
+        fs::remove(file());
+        if (isDone) {
+            fs::rename(copy(), file());
+        }
+        const RecoveredRun run = recover();
+        EXPECT_EQ(run.end, isDone ? RecoveredRun::End::finished : RecoveredRun::End::takenBack);
+        EXPECT_EQ(run.original, "");
+        sandbox.write("Cut.xml", "original");
+    }
+}
+
+TEST_F(JournalRecoveryTest, findsAnOriginalThatWasAboutToBeRemovedAfterItsCopying) {
+    announce();
+    fs::rename(file(), realPath(platform::temporaryName("Cut.xml")));
+    fs::rename(copy(), file());
+    const RecoveredRun run = recover();
+    EXPECT_EQ(run.end, RecoveredRun::End::finished);
+    EXPECT_EQ(test::readBytes(run.original), "original");
+    EXPECT_THAT(test::namesIn(sandbox.folder()), ElementsAre("Cut.xml"));
+}
+
+TEST_F(JournalRecoveryTest, findsTheCopyOfAnOriginalUnderANumberedName) {
+    sandbox.write("taken", "another");
+    static_cast<void>(recycle(realPath("taken"), "Cut.xml"));
+    announce();
+    fs::copy_file(file(), trash() + "/Cut 2.xml");
+    fs::rename(copy(), file());
+    const RecoveredRun run = recover();
+    EXPECT_EQ(run.end, RecoveredRun::End::finished);
+    EXPECT_EQ(fs::path(run.original).filename(), "Cut 2.xml");
 }
 
 }  // namespace

@@ -1,12 +1,15 @@
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <set>
 #include <thread>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <unistd.h>
 
 #include "job/Journal.h"
 #include "tests/support/ChildProcess.h"
@@ -166,6 +169,97 @@ TEST_F(JournalTest, losesNothingWhenSeveralWriteAtOnce) {
     EXPECT_EQ(files.size(), 2U * kEntries);
     EXPECT_THAT(small.takeInterrupted(), IsEmpty());
     EXPECT_EQ(entries().size(), 27U);
+}
+
+TEST_F(JournalTest, holdsAThousandEntriesOfManyProcesses) {
+    constexpr int kProcesses = 20;
+    constexpr int kEntries = 50;
+    const auto work = [this](int process) {
+        for (int count = 0; count < kEntries; ++count) {
+            // Longer than what a pipe or a block holds in one piece.
+            write("/" + std::to_string(process) + "/" + std::to_string(count) +
+                  std::string(5000, 'n'));
+        }
+    };
+    {
+        std::vector<std::unique_ptr<test::ChildProcess>> children;
+        for (int process = 0; process < kProcesses; ++process) {
+            children.push_back(
+                std::make_unique<test::ChildProcess>([&work, process] { work(process); }));
+        }
+        // What nobody has ended yet belongs to the living.
+        for (int time = 0; time < kProcesses; ++time) {
+            EXPECT_THAT(journal.takeInterrupted(), IsEmpty());
+        }
+        for (const auto& child : children) {
+            EXPECT_EQ(child->wait(), 0);
+        }
+    }
+    std::set<std::string> files;
+    for (const JournalEntry& entry : entries()) {
+        EXPECT_EQ(entry.state, JournalEntry::State::done);
+        files.insert(entry.file);
+    }
+    EXPECT_EQ(files.size(), std::size_t{kProcesses} * kEntries);
+}
+
+TEST_F(JournalTest, tellsWhatIsNew) {
+    Journal::Position position;
+    EXPECT_THAT(journal.entriesSince(position, error)->entries, IsEmpty());
+    write("/a");
+    auto open = journal.begin(entryAbout("/open"), error);
+    auto news = journal.entriesSince(position, error);
+    ASSERT_TRUE(news && news->isAnew);
+    EXPECT_EQ(news->entries.size(), 2U);
+    write("/b");
+    news = journal.entriesSince(position, error);
+    ASSERT_TRUE(news);
+    EXPECT_FALSE(news->isAnew);
+    ASSERT_EQ(news->entries.size(), 2U) << "what is open is told again";
+    EXPECT_EQ(news->entries[0].file, "/open");
+    EXPECT_EQ(news->entries[1].file, "/b");
+    ASSERT_TRUE(journal.finish(std::move(*open), "", error));
+    EXPECT_EQ(journal.entriesSince(position, error)->entries.size(), 2U);
+    EXPECT_THAT(journal.entriesSince(position, error)->entries, IsEmpty());
+    const Journal small(journal.path(), {.entries = 2, .age = 1000});
+    EXPECT_THAT(small.takeInterrupted(), IsEmpty());
+    news = journal.entriesSince(position, error);
+    ASSERT_TRUE(news);
+    EXPECT_TRUE(news->isAnew) << "it was written anew";
+}
+
+TEST_F(JournalTest, givesAFileToOneRunAtATime) {
+    write("/a");
+    auto claim = journal.claim("/a", error);
+    EXPECT_TRUE(claim);
+    EXPECT_FALSE(journal.claim("/a", error));
+    EXPECT_TRUE(journal.claim("/b", error));
+    claim.reset();
+    EXPECT_TRUE(journal.claim("/a", error));
+}
+
+TEST_F(JournalTest, believesNobodyElses) {
+    write("/a");
+    if (chown(journal.path().c_str(), 1, 1) != 0) {
+        GTEST_SKIP() << "needs root's rights";
+    }
+    EXPECT_FALSE(journal.entries(error));
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->description,
+              "The journal " + journal.path() + " cannot be used: it belongs to somebody else.");
+    const std::string text = test::readBytes(journal.path());
+    EXPECT_FALSE(journal.begin(entryAbout("/b"), error));
+    EXPECT_THAT(journal.takeInterrupted(), IsEmpty());
+    EXPECT_EQ(test::readBytes(journal.path()), text);
+}
+
+TEST_F(JournalTest, isNotMadeByRootInAnothersHome) {
+    if (chown(sandbox.home().c_str(), 1, 1) != 0) {
+        GTEST_SKIP() << "needs root's rights";
+    }
+    EXPECT_FALSE(journal.begin(entryAbout("/a"), error));
+    EXPECT_TRUE(error);
+    EXPECT_THAT(test::namesIn(sandbox.home()), IsEmpty());
 }
 
 TEST_F(JournalTest, tellsThatItCannotBeWritten) {

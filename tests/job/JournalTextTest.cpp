@@ -34,6 +34,8 @@ TEST(JournalText, readsWhatItWrites) {
     JournalEntry entry = someEntry();
     entry.action = JournalEntry::Action::undo;
     entry.undoes = 0x77;
+    entry.before.isLink = true;
+    entry.before.linkText = "../a b:c";
     EXPECT_EQ(parseJournal(beginLine(entry)).entries, std::vector<JournalEntry>{entry});
     entry.state = JournalEntry::State::done;
     entry.original = "/home/anna/.Trash/My Cut 2.xml";

@@ -67,6 +67,16 @@ TEST_F(PathTextTest, makesTemporaryNamesThatAreNewAndRecognisable) {
     EXPECT_TRUE(names.begin()->starts_with(".Cut.xml.vornic-")) << *names.begin();
 }
 
+TEST_F(PathTextTest, knowsTemporaryNames) {
+    EXPECT_TRUE(isTemporaryName(temporaryName("Cut.xml")));
+    EXPECT_TRUE(isTemporaryName(temporaryName(".Cut.xml.vornic-abcdefgh01")));
+    for (const char* name : {"Cut.xml", "", "Cut.xml.vornic-abcdefgh01", ".Cut.xml.vornic.swap",
+                             ".Cut.xml.vornic-abcdefgh0", ".Cut.xml.vornic-abcdefgh012",
+                             ".Cut.xml.vornic-ABCDEFGH01", ".Cut.xml.vornic-abcdefgh01.part"}) {
+        EXPECT_FALSE(isTemporaryName(name)) << name;
+    }
+}
+
 TEST_F(PathTextTest, keepsTemporaryNamesShort) {
     EXPECT_LE(temporaryName(std::string(255, 'x')).size(), 143U);
 }
