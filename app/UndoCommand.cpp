@@ -218,16 +218,12 @@ std::set<std::string> pathsOf(const std::vector<std::string>& files) {
 
 int list(const UndoOptions& options, Undo& undo) {
     ErrorSlot error;
-    const auto changes = undo.changes(error);
+    const auto changes = undo.changes(error, pathsOf(options.files));
     if (!changes) {
         complain(error->localizedDescription());
         return kNothingUndone;
     }
-    const std::set<std::string> asked = pathsOf(options.files);
     for (const UndoableChange& change : *changes) {
-        if (!asked.empty() && !asked.contains(change.entry.file)) {
-            continue;
-        }
         printLine(formatString("%@  %@  %@", localDate(change.entry.date),
                                participleOf(change.entry.action), change.entry.file));
         printLine(change.original.empty() ? std::string("    no longer in the Trash")

@@ -42,13 +42,14 @@ void failBecauseForeign(ErrorSlot& error, const std::string& path) {
 }
 
 /// Root leaves nothing in the home of a user, who could not write it afterwards.
-bool isInAnothersHome(const std::string& folder) {
+bool isInAnothersHome(std::string folder) {
     struct stat status {};
-    std::string nearest = folder;
-    while (stat(nearest.c_str(), &status) != 0 && nearest.size() > 1) {
-        nearest = platform::parentFolder(nearest);
+    bool isForeign = false;
+    for (; geteuid() == 0 && !isForeign && folder.size() > 1;
+         folder = platform::parentFolder(folder)) {
+        isForeign = stat(folder.c_str(), &status) == 0 && status.st_uid != 0;
     }
-    return geteuid() == 0 && status.st_uid != 0;
+    return isForeign;
 }
 
 std::int64_t now() {

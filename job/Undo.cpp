@@ -68,12 +68,16 @@ bool Undo::readJournal(ErrorSlot& error) {
     return true;
 }
 
-std::optional<std::vector<UndoableChange>> Undo::changes(ErrorSlot& error) {
+std::optional<std::vector<UndoableChange>> Undo::changes(ErrorSlot& error,
+                                                         const std::set<std::string>& files) {
     if (!readJournal(error)) {
         return std::nullopt;
     }
     std::vector<UndoableChange> changes;
     for (JournalEntry& entry : history_.all()) {
+        if (!files.empty() && !files.contains(entry.file)) {
+            continue;
+        }
         std::string original =
             isStillThere(entry.before, entry.original) ? entry.original : std::string();
         changes.push_back({.entry = std::move(entry), .original = std::move(original)});

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -67,8 +68,10 @@ class Undo {
     Undo(const Journal& journal, std::string trash, std::string program, std::string version);
 
     /// What can be undone, newest first: of each file the next change.
+    /// @param files as the journal may name them; none for all
     /// @return nothing, with the slot filled, when the journal cannot be read.
-    [[nodiscard]] std::optional<std::vector<UndoableChange>> changes(ErrorSlot& error);
+    [[nodiscard]] std::optional<std::vector<UndoableChange>> changes(
+        ErrorSlot& error, const std::set<std::string>& files = {});
 
     /// Takes back the next change of a file. @param file absolute
     [[nodiscard]] UndoResult undo(const std::string& file, const Question& goOn);

@@ -1,6 +1,5 @@
 // The question about a changed file, at a terminal.
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -13,7 +12,6 @@
 
 namespace vornic::test {
 
-namespace fs = std::filesystem;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
@@ -60,7 +58,7 @@ TEST_F(UndoQuestionTest, anythingElseLeavesTheFile) {
         EXPECT_EQ(result.status, 3) << keys;
         EXPECT_THAT(result.output, HasSubstr("has changed since and was left as it is"));
         expectUntouched();
-        fs::remove(files.trash() + "/cut.xml");
+        removeTrash(files.home());
     }
 }
 
