@@ -10,8 +10,8 @@
 #include <system_error>
 #include <utility>
 
+#include "app/InterruptedRuns.h"
 #include "app/StandardStreams.h"
-#include "app/UndoCommand.h"
 #include "app/cli/CheckRun.h"
 #include "app/cli/CheckSettings.h"
 #include "app/cli/CommandLine.h"
@@ -203,7 +203,9 @@ int check(const CommandLine& line) {
     QMLog::sharedController().setAppName(std::string(kCheckProgram));
     QMLog::createNewLog(kCheckProgram, true);
     if (settings.fix) {
-        UndoCommand::settleInterruptedRuns();
+        for (const std::string& sentence : settleInterruptedRuns()) {
+            complainOfCheck(sentence);
+        }
     }
     const int status = checkFiles(settings, files);
     QMLog::finishWriting();

@@ -155,12 +155,13 @@ TEST_F(UndoProgramTest, tellsWhatTheOriginalCouldNotBeGivenAgain) {
     fs::create_directory_symlink(other.folder(), files.trash());
     const std::string path = repaired("cut.xml");
     EXPECT_TRUE(passesInChild([&] {
-        ASSERT_TRUE(failSystemCall(SYS_fchmod, EIO));
+        ASSERT_TRUE(failSystemCall(SYS_fchmod, ENOSPC));
         const ProgramResult result = undo({path});
         EXPECT_EQ(result.status, 1);
-        EXPECT_EQ(result.errors, "vornic-repair: The file " + path +
-                                     " is not all that it was. The mode cannot be kept: the disk "
-                                     "or network reported an error.\n");
+        EXPECT_EQ(result.errors,
+                  "vornic-repair: The file " + path +
+                      " is not all that it was. The mode cannot be kept: no space left "
+                      "on the volume.\n");
     }));
     EXPECT_EQ(readBytes(path), damagedXMEML());
 }

@@ -141,7 +141,7 @@ TEST_F(UndoApartTest, tellsWhatTheOriginalHasLost) {
             continue;
         }
         EXPECT_TRUE(test::passesInChild([&] {
-            ASSERT_TRUE(test::failSystemCall(loss.call, EIO));
+            ASSERT_TRUE(test::failSystemCall(loss.call, ENOSPC));
             const UndoResult result = undo();
             EXPECT_EQ(result.end, UndoResult::End::undone);
             EXPECT_THAT(result.losses, HasSubstr(loss.sentence));
