@@ -177,19 +177,24 @@ FileReplacement::State::Outcome FileReplacement::State::judge(const FileSnapshot
 void FileReplacement::State::giveBack() {
     constexpr int kMostTurns = 100;
     std::optional<FileIdentity> placed;
+    std::optional<FileSnapshot> placedContents;
     for (int turn = 0; turn < kMostTurns; ++turn) {
         reach(Moment::beforeReturn);
         const std::optional<FileIdentity> returned = fileIdentity(temporary);
+        const std::optional<FileSnapshot> returnedContents = snapshotAt(temporary);
         int errorNumber = 0;
         if (exchangeNames(temporary, target, errorNumber) != Exchange::done) {
             // Nothing stands at the target any more, say.
             static_cast<void>(renameWithoutReplacing(temporary, target));
             break;
         }
-        if (placed ? fileIdentity(temporary) == placed : isOwn(temporary)) {
+        const bool isPlaced = placed && fileIdentity(temporary) == placed &&
+                              (!placedContents || isStillAside(*placedContents, temporary));
+        if (isPlaced || (!placed && isOwn(temporary))) {
             return;
         }
         placed = returned;
+        placedContents = returnedContents;
     }
     temporary.clear();
 }

@@ -1,8 +1,23 @@
 #include "platform/FileSnapshot.h"
 
+#include <new>
+
+#include "platform/FileDescriptor.h"
 #include "platform/PathText.h"
 
 namespace vornic::platform {
+
+std::optional<FileSnapshot> snapshotAt(const std::string& path) {
+    int ignored = 0;
+    try {
+        const FileDescriptor file = openRegularFile(path, false, ignored);
+        const auto version = file ? versionOf(file.get(), ignored) : std::nullopt;
+        const auto digest = version ? ContentDigest::ofFile(file.get(), ignored) : std::nullopt;
+        return digest ? std::optional(FileSnapshot{*version, *digest}) : std::nullopt;
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
+    }
+}
 
 std::optional<std::string> readFileForChange(const std::string& path, FileSnapshot& snapshot,
                                              ErrorSlot& error) {

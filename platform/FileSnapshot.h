@@ -17,6 +17,10 @@ struct FileSnapshot {
     friend bool operator==(const FileSnapshot&, const FileSnapshot&) = default;
 };
 
+/// What stands at a path itself; a link is not followed. Any thread.
+/// @return nothing when that is no file that can be read, or there is too little memory to read it.
+[[nodiscard]] std::optional<FileSnapshot> snapshotAt(const std::string& path);
+
 /// `readFile` that also tells what was read. A file that another program changes or replaces
 /// meanwhile gives a snapshot that matches it no more. Any thread.
 /// @param snapshot filled unless the reading fails

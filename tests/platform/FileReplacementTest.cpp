@@ -162,6 +162,19 @@ TEST_F(FileReplacementTest, keepsWhatWasWrittenIntoTheNewFileBeforeItIsTakenBack
     expectRefused("written into what stood there");
 }
 
+TEST_F(FileReplacementTest, keepsWhatWasWrittenIntoAnExportThatItHasGivenBack) {
+    intrusion() = [this, returns = 0](Moment moment) mutable {
+        if (moment == Moment::beforeExchange) {
+            exportAnew("new");
+        } else if (moment == Moment::afterExchange) {
+            exportAnew("newer");
+        } else if (++returns == 2) {
+            std::ofstream(path) << "NEW";
+        }
+    };
+    expectRefused("NEW");
+}
+
 TEST_F(FileReplacementTest, bringsAnExportBackWhereNothingStandsAnyMore) {
     intrusion() = [this](Moment moment) {
         if (moment == Moment::beforeExchange) {
