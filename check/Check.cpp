@@ -15,6 +15,7 @@
 #include "report/XMLFindings.h"
 #include "report/XMLRuleOf.h"
 #include "xml/TextDecoding.h"
+#include "xml/XMLEventTee.h"
 
 namespace vornic {
 
@@ -42,15 +43,23 @@ bool hasInternalSubset(std::string_view text) {
            text[end] == '[';
 }
 
-// What a second reading mends has been told.
-class MendCounter final : public XMLMendSink {
+// What a reading mends that tells nothing new.
+class UnheardMends final : public XMLMendSink {
   public:
-    std::size_t count = 0;
-
-    void mend(const XMLMend& /*mend*/, std::string_view /*name*/) override { ++count; }
+    void mend(const XMLMend& /*mend*/, std::string_view /*name*/) override {}
     void edit(const XMLEdit& /*edit*/) override {}
-    void dropped(TextSpan /*characters*/) override { ++count; }
+    void dropped(TextSpan /*characters*/) override {}
 };
+
+// The root element with its attributes, where it stands near the beginning of the text.
+ElementIndex indexOfHead(std::string_view text) {
+    constexpr std::size_t kHead = 16384;
+    const std::string_view head = text.substr(0, kHead);
+    ElementIndexBuilder builder(head);
+    UnheardMends mends;
+    static_cast<void>(readXML(head, XMLMode::tolerant, &builder, &mends));
+    return std::move(builder).finish();
+}
 
 // Checks one text; the groups one after the other.
 class Check {
@@ -59,6 +68,7 @@ class Check {
         : source_(source), options_(options), report_(report) {}
 
     void run() {
+        makeValidator(indexOfHead(source_.text));
         readMarkup();
         if (index_->kind() == FileKind::xmeml) {
             xmeml::check(*index_, isComplete_, options_, report_);
@@ -93,13 +103,26 @@ class Check {
         }
     }
 
+    void makeValidator(const ElementIndex& index) {
+        const auto version = fcpxml::Version::parse(index.version());
+        if (index.kind() == FileKind::fcpxml && version) {
+            version_ = *version;
+            validator_.emplace(fcpxml::Definition::of(*version), saysStandalone(source_.text),
+                               structureFindings(*version, report_.findings));
+        }
+    }
+
     void readMarkup() {
         ElementIndexBuilder builder(source_.text);
         XMLFindings sink(source_.text, report_.findings);
-        const XMLReading reading = readXML(source_.text, XMLMode::tolerant, &builder, &sink);
+        XMLEventTee both{&builder, validator_ ? &*validator_ : nullptr};
+        const XMLReading reading = readXML(source_.text, XMLMode::tolerant, &both, &sink);
         sink.addFault(reading);
         index_.emplace(std::move(builder).finish());
         isComplete_ = !reading.fault;
+        isMended_ = sink.hasMends();
+        declaresEntities_ =
+            reading.faultParts && reading.faultParts->code == XMLErrorCode::entityDeclaration;
         report_.kind = nameOf(index_->kind());
         report_.version = index_->version();
         report_.groups.push_back({RuleGroup::xml, true, ""});
@@ -109,24 +132,27 @@ class Check {
         if (index_->kind() != FileKind::fcpxml) {
             return skip(RuleGroup::structure, kNeitherKind);
         }
-        const auto version = fcpxml::Version::parse(index_->version());
-        if (!version) {
+        if (!validator_ && fcpxml::Version::parse(index_->version())) {
+            readOnceMore();
+        }
+        if (!validator_) {
             return skip(RuleGroup::structure, report_.version.empty()
                                                   ? "the file declares no version"
                                                   : "no definition of this version is known");
         }
-        fcpxml::Validator validator(fcpxml::Definition::of(*version), saysStandalone(source_.text),
-                                    structureFindings(*version, report_.findings));
-        MendCounter mends;
-        const XMLReading reading = readXML(source_.text, XMLMode::tolerant, &validator, &mends);
-        validator.finish();
+        validator_->finish();
         report_.groups.push_back({RuleGroup::structure, true, ""});
-        report_.definition = "fcpxml " + version->text();
-        const bool declaresEntities =
-            reading.faultParts && reading.faultParts->code == XMLErrorCode::entityDeclaration;
-        if (!declaresEntities && !hasInternalSubset(source_.text)) {
-            report_.valid = validator.isValid() && !reading.fault && mends.count == 0;
+        report_.definition = "fcpxml " + version_.text();
+        if (!declaresEntities_ && !hasInternalSubset(source_.text)) {
+            report_.valid = validator_->isValid() && isComplete_ && !isMended_;
         }
+    }
+
+    // For a root element that stands so far down that its version was not known before.
+    void readOnceMore() {
+        makeValidator(*index_);
+        UnheardMends mends;
+        static_cast<void>(readXML(source_.text, XMLMode::tolerant, &*validator_, &mends));
     }
 
     void skip(RuleGroup group, std::string_view why) {
@@ -137,7 +163,11 @@ class Check {
     const CheckOptions& options_;
     Report& report_;
     std::optional<ElementIndex> index_;
+    std::optional<fcpxml::Validator> validator_;
+    fcpxml::Version version_;
     bool isComplete_ = false;
+    bool isMended_ = false;
+    bool declaresEntities_ = false;
 };
 
 // A file whose bytes are no text has no places but the one that the decoder tells.

@@ -23,6 +23,7 @@ Mend safeMend(RuleId rule, std::vector<Edit> edits) {
 
 void XMLFindings::mend(const XMLMend& mend, std::string_view name) {
     last_ = nullptr;
+    hasMends_ = true;
     if (const std::optional<RuleId> rule = xmlRuleOf(mend.code)) {
         last_ = findings_.add(*rule, {mend.offset, 1}, {{"name", excerpt(name)}});
         if (last_ != nullptr) {
@@ -38,6 +39,7 @@ void XMLFindings::edit(const XMLEdit& edit) {
 }
 
 void XMLFindings::dropped(TextSpan characters) {
+    hasMends_ = true;
     const RuleId rule = "xml-forbidden-character"_rule;
     if (Finding* const finding = findings_.add(rule, characters)) {
         finding->mend = safeMend(rule, {{characters.offset, characters.length, ""}});

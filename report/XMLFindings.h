@@ -23,6 +23,8 @@ class XMLFindings final : public XMLMendSink {
     void mend(const XMLMend& mend, std::string_view name) override;
     void edit(const XMLEdit& edit) override;
     void dropped(TextSpan characters) override;
+    /// Whether the text had to be mended, also where that is not kept as a finding.
+    [[nodiscard]] bool hasMends() const { return hasMends_; }
 
     /// Adds the fault that ended the reading, if one did.
     void addFault(const XMLReading& reading);
@@ -32,6 +34,7 @@ class XMLFindings final : public XMLMendSink {
     Findings& findings_;
     // The finding of the last mend; null when it was only counted.
     Finding* last_ = nullptr;
+    bool hasMends_ = false;
 };
 
 }  // namespace vornic

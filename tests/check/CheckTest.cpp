@@ -89,6 +89,25 @@ TEST(Check, judgesTheStructureBesideFaultsOfMarkup) {
     EXPECT_EQ(report.valid, false);
 }
 
+TEST(Check, judgesTheStructureOfAFileThatBeginsWithALongComment) {
+    std::string text = kSound;
+    text.insert(text.find("<fcpxml "), "<!--" + std::string(100'000, ' ') + "-->");
+    EXPECT_EQ(checkFile(text, {}).valid, true);
+    text.replace(text.find("format id"), 6, "fromat");
+    const Report report = checkFile(text + "&", {});
+    EXPECT_EQ(report.definition, "fcpxml 1.10");
+    EXPECT_EQ(report.findings.count("structure-unknown-element"_rule), 1U);
+    EXPECT_EQ(report.valid, false);
+}
+
+TEST(Check, takesAFileThatHadToBeMendedForInvalid) {
+    std::string text = kSound;
+    text.replace(text.find("1/25s"), 5, "1/25s\x01");
+    CheckOptions options;
+    options.ignored = {"xml-forbidden-character"_rule};
+    EXPECT_EQ(checkFile(text, options).valid, false);
+}
+
 TEST(Check, givesNoVerdictWhereNoDefinitionIsKnown) {
     std::string text = kSound;
     text.replace(text.find("1.10"), 4, "1.15");
