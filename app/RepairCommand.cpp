@@ -57,8 +57,8 @@ constexpr std::string_view kUsage =
     "\n"
     "Exit status: 0 when every file is sound or was repaired, 1 when one could not be\n"
     "repaired or the report not be written, 2 for wrong usage, 129, 130 or 143 when\n"
-    "interrupted. With --undo: 0 when all was undone or listed, 1 when the Trash was emptied\n"
-    "or a file has changed, 3 when nothing was undone.\n";
+    "interrupted. With --undo: 0 when all was undone or listed, 1 when something was undone\n"
+    "and something has to be said, 3 when nothing was undone.\n";
 
 struct Options {
     bool quiet = false;

@@ -70,13 +70,7 @@ void Judge::judgeEnd(const ProgramEnd& end) {
 
 void Judge::judgeFiles(const World& world, const std::vector<std::string>& atPath) {
     const std::string bytes = bytesAtPath(world);
-    // A file that changes volumes on its way back is replaced in two steps, which the next start
-    // brings to their end.
-    const auto aside = world.files.find("." + kind_.file + ".vornic.swap");
-    const bool isBetween = kind_.work == SceneKind::Work::undo && kind_.homeIsApart &&
-                           bytes.empty() && aside != world.files.end() &&
-                           isAmong(aside->second, atPath);
-    if (!isAmong(bytes, atPath) && !isBetween) {
+    if (!isAmong(bytes, atPath)) {
         add("at the path there is " + nameOfBytes(bytes));
     }
     for (const std::string& kept : demands_.kept) {
@@ -149,11 +143,7 @@ void Judge::judgeRepair(const ProgramEnd& end, const World& world) {
 
 void Judge::judgeUndo(const ProgramEnd& end, const World& world) {
     const std::string& repaired = baseline_.before.files.at(kind_.file);
-    const std::string hidden = "." + kind_.file + ".vornic.swap";
-    const auto aside = world.files.find(hidden);
-    const bool isAside = aside != world.files.end() && aside->second == repaired &&
-                         says(end.output + end.errors, hidden);
-    const bool isDone = bytesAtPath(world) == kind_.bytes && (world.isInTrash(repaired) || isAside);
+    const bool isDone = bytesAtPath(world) == kind_.bytes && world.isInTrash(repaired);
     if (end.status == 0 && !isDone) {
         add("status 0, and the original is not back or the result not in the Trash");
     }
