@@ -83,9 +83,9 @@ void showItemsLeftAside(const std::string& folder) {
     }
 }
 
-/// Removes copies that killed processes have left half-way. Once a minute is enough, for there may
-/// be many items to look at.
-void clearNowAndThen(const std::string& folder) {
+/// Removes copies and notes that killed processes have left half-way. Once a minute is enough, for
+/// there may be many items to look at.
+void clearNowAndThen(const std::string& folder, const FileDescriptor& info) {
     constexpr std::time_t kPause = 60;
     static std::mutex mutex;
     static std::string lastFolder;
@@ -95,6 +95,9 @@ void clearNowAndThen(const std::string& folder) {
     if (folder != lastFolder || now >= lastTime + kPause || now < lastTime) {
         removeDeadTemporaries(folder);
         showItemsLeftAside(folder);
+        if (info) {
+            removeDeadTemporaries(descriptorPath(info.get()));
+        }
         lastFolder = folder;
         lastTime = now;
     }
@@ -115,7 +118,7 @@ std::optional<Trash> Trash::open(const std::string& path, ErrorSlot& error) {
     trash.items_ = std::move(folders.items);
     trash.info_ = std::move(folders.info);
     trash.folder_ = std::move(folders.path);
-    clearNowAndThen(trash.folder_);
+    clearNowAndThen(trash.folder_, trash.info_);
     return trash;
 }
 
@@ -178,7 +181,6 @@ int Trash::replaceInfo(const std::string& name, const std::string& originalPath)
     if (!info_) {
         return 0;
     }
-    removeDeadTemporaries(descriptorPath(info_.get()));
     const std::string temporary = temporaryName(name).append(kPartEnding);
     const int errorNumber = writeNewFile(info_.get(), temporary, infoText(originalPath));
     if (errorNumber != 0) {
