@@ -406,7 +406,7 @@ TEST_F(RepairPipelineTest, readsAUTF16FileByItsASCIIBytes) {
 
 TEST_F(RepairPipelineTest, readsAFileAgainThatCouldNotBeReadOnce) {
     EXPECT_TRUE(test::passesInChild([&] {
-        host.onCall = [&](const std::string& call) {
+        events.onCall = [&](const std::string& call) {
             if (call == "label: Checking file...") {
                 ASSERT_TRUE(test::failSystemCallOnce(SYS_pread64, EIO));
             }
