@@ -5,6 +5,7 @@
 
 #include <unistd.h>
 
+#include "platform/FileVersion.h"
 #include "platform/PathText.h"
 #include "platform/Rename.h"
 
@@ -39,16 +40,15 @@ Removal removeWhileIs(const std::string& path, const FileIdentity& identity,
     if (errorNumber != 0) {
         return Removal::failed;
     }
-    if (fileIdentity(aside) != identity) {
-        giveNameBack(aside, path);
-        return Removal::another;
+    const std::optional<FileVersion> taken = versionAt(aside, errorNumber);
+    if (taken && taken->identity == identity) {
+        if (unlink(aside.c_str()) == 0) {
+            return Removal::removed;
+        }
+        errorNumber = errno;
     }
-    if (unlink(aside.c_str()) == 0) {
-        return Removal::removed;
-    }
-    errorNumber = errno;
     giveNameBack(aside, path);
-    return Removal::failed;
+    return taken && taken->identity != identity ? Removal::another : Removal::failed;
 }
 
 }  // namespace vornic::platform

@@ -77,6 +77,10 @@ int copyOwnerAttributesAndMode(int from, const struct stat& status, int to) {
 }
 
 int moveOwnerAttributesAndMode(int from, const struct stat& status, int to) {
+    int listError = 0;
+    if (!extendedAttributeNames(from, listError)) {
+        return listError;
+    }
     const Losses losses = copyAll(from, status, to);
     for (const int errorNumber : {losses.owner, losses.attributes, losses.mode}) {
         if (errorNumber == EIO || errorNumber == ENOMEM) {

@@ -299,6 +299,18 @@ TEST_F(WorkingCopyTest, thatCannotBeDiscardedIsTold) {
     EXPECT_EQ(test::readBytes(path), "repaired");
 }
 
+TEST_F(WorkingCopyTest, thatCannotBeLookedAtWhileItIsRemovedIsTold) {
+    prepare(copy);
+    EXPECT_TRUE(test::passesInChild([&] {
+        ASSERT_TRUE(test::interceptSystemCall(SYS_newfstatat,
+                                              [&] { return test::exists(path) ? 0 : EACCES; }));
+        copy.remove(error);
+        ASSERT_TRUE(error);
+        EXPECT_EQ(error->code, EACCES);
+    }));
+    EXPECT_EQ(test::readBytes(path), "repaired");
+}
+
 TEST_F(WorkingCopyTest, isNotReadFromAForeignFileAtItsPath) {
     ASSERT_EQ(copy.create(error), Clearing::done);
     replace(path, "foreign");
