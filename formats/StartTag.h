@@ -30,7 +30,7 @@ class StartTag {
 
   private:
     [[nodiscard]] bool isAtEnd() const { return at_ == text_.size(); }
-    void skipTo(std::string_view stops);
+    void skipName();
     void skipBlanks();
     void readValue();
 

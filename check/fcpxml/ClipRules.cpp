@@ -165,8 +165,8 @@ void ClipRules::judgeRate(const StoryElement& asset) {
         return;
     }
     // Other names stand for formats that programs know.
-    const bool isOfStills =
-        format->name.empty() || format->name.find("RateUndefined") != std::string_view::npos;
+    const std::string_view name = index_.attributeTextOf(format->element, "name");
+    const bool isOfStills = name.empty() || name.find("RateUndefined") != std::string_view::npos;
     if (isOfStills) {
         findings_.add("timing-media-without-rate"_rule, asset.duration.place,
                       {{"clip", calledBy(index_, asset.element)},

@@ -163,7 +163,7 @@ StoryElement TimelineCheck::withAuditionsPick(const StoryElement& audition) cons
 }
 
 void TimelineCheck::open(const StoryElement& story) {
-    if (levels_.size() == kMostLevels) {
+    if (story.kind == StoryKind::timed || levels_.size() == kMostLevels) {
         return;
     }
     Level level;
@@ -189,8 +189,6 @@ void TimelineCheck::open(const StoryElement& story) {
             return openTimePoint(story);
         case StoryKind::asset:
             return clips_.judgeRate(story);
-        case StoryKind::timed:
-            return;
         default:
             if (isStoryItem(story.kind)) {
                 openItem(level);

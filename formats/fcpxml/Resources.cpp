@@ -1,5 +1,7 @@
 #include "formats/fcpxml/Resources.h"
 
+#include <functional>
+
 namespace vornic::fcpxml {
 
 namespace {
@@ -40,7 +42,6 @@ Resource Resources::read(ElementNumber element) {
     Resource resource;
     resource.element = element;
     resource.kind = index_.nameOf(element);
-    resource.name = index_.attributeTextOf(element, "name");
     if (resource.kind == "format") {
         resource.frameDuration = parsedTime(index_.attributeTextOf(element, "frameDuration")).time;
     } else if (resource.kind == "asset") {
@@ -63,16 +64,15 @@ Resource Resources::read(ElementNumber element) {
 
 const Resource* Resources::find(std::string_view reference) {
     const std::string_view id = trimmed(reference);
-    if (const auto known = known_.find(id); known != known_.end()) {
-        return known->second.element == vornic::kNoElement ? nullptr : &known->second;
+    if (id.empty()) {
+        return nullptr;
     }
-    const ElementNumber element = id.empty() ? vornic::kNoElement : index_.elementWithId(id);
-    Resource resource;
-    if (element != vornic::kNoElement) {
-        resource = read(element);
+    Slot& slot = known_[std::hash<std::string_view>()(id) % kSlots];
+    if (slot.id != id) {
+        const ElementNumber element = index_.elementWithId(id);
+        slot = {id, element == vornic::kNoElement ? Resource() : read(element)};
     }
-    const Resource& kept = known_.emplace(id, resource).first->second;
-    return element == vornic::kNoElement ? nullptr : &kept;
+    return slot.resource.element == vornic::kNoElement ? nullptr : &slot.resource;
 }
 
 const Resource* Resources::find(std::string_view reference, std::string_view kind) {

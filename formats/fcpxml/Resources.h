@@ -1,8 +1,8 @@
 #ifndef VORNIC_FORMATS_FCPXML_RESOURCES_H
 #define VORNIC_FORMATS_FCPXML_RESOURCES_H
 
+#include <cstddef>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "formats/ElementIndex.h"
@@ -15,8 +15,6 @@ struct Resource {
     ElementNumber element = vornic::kNoElement;
     /// The element's name: "asset", "format", "media".
     std::string_view kind;
-    /// Raw, "" for none.
-    std::string_view name;
     /// Of an asset: where its media begin (0 when it does not say so) and how long they are.
     Time start;
     Time duration;
@@ -27,13 +25,14 @@ struct Resource {
     bool isStill = false;
 };
 
-/// What the ids of a file lead to. Each id is looked up once. One thread; the index must outlive
-/// this.
+/// What the ids of a file lead to. Those that are asked for again and again are not looked up each
+/// time. One thread; the index must outlive this.
 class Resources {
   public:
-    explicit Resources(const ElementIndex& index) : index_(index) {}
+    explicit Resources(const ElementIndex& index) : index_(index), known_(kSlots) {}
 
-    /// What the raw value of a reference leads to; null when nothing has the id. Stays where it is.
+    /// What the raw value of a reference leads to; null when nothing has the id. Valid until the
+    /// next call.
     [[nodiscard]] const Resource* find(std::string_view reference);
     /// The same when it is of that kind, else null.
     [[nodiscard]] const Resource* find(std::string_view reference, std::string_view kind);
@@ -43,8 +42,16 @@ class Resources {
   private:
     [[nodiscard]] Resource read(ElementNumber element);
 
+    struct Slot {
+        std::string_view id;
+        Resource resource;
+    };
+    // The references of a file go to few things, mostly.
+    static constexpr std::size_t kSlots = 4096;
+
     const ElementIndex& index_;
-    std::unordered_map<std::string_view, Resource> known_;
+    // The one that was asked for last, by the hash of its id.
+    std::vector<Slot> known_;
 };
 
 /// The resources of that name, such as all assets, in document order. They stand in the root
