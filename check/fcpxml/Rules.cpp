@@ -1,6 +1,7 @@
 #include "check/fcpxml/Rules.h"
 
 #include "check/fcpxml/ReferenceRules.h"
+#include "check/fcpxml/StructureMends.h"
 #include "check/fcpxml/TimingRules.h"
 #include "check/fcpxml/ValueRules.h"
 #include "check/fcpxml/VersionRules.h"
@@ -9,6 +10,9 @@ namespace vornic {
 
 void checkFCPXML(const ElementIndex& index, const FCPXMLReading& reading,
                  const CheckOptions& options, Report& report) {
+    if (const auto version = fcpxml::Version::parse(report.version)) {
+        addStructureMends(index, *version, report.findings);
+    }
     checkFCPXMLReferences(index, reading.isComplete && !reading.isCompared, report.findings);
     checkFCPXMLTiming(index, reading.isComplete, report.findings);
     checkFCPXMLValues(index, report.findings);

@@ -70,7 +70,14 @@ bool SpineCheck::judgeGrid(const StoryElement& item, const TimeAttribute& time,
     if (!frame_.isKnown() || !time.time.isKnown() || time.time.isMultipleOf(frame_)) {
         return true;
     }
-    const std::string instead = onGrid(time.time);
+    // What follows has to begin where this ends.
+    const bool isLength = attribute == "duration" && item.offset.time.isKnown();
+    const std::string instead =
+        isLength ? Time::ofFrames((item.offset.time + time.time).framesOf(frame_) -
+                                      item.offset.time.framesOf(frame_),
+                                  frame_)
+                       .text()
+                 : onGrid(time.time);
     Finding* const finding = findings_->add("timing-off-frame-grid"_rule, time.place,
                                             {{"attribute", attribute},
                                              {"clip", calledBy(*index_, item.element)},

@@ -158,7 +158,9 @@ void TimeReader::addFault(TimeFault fault, ElementNumber element, std::string_vi
                        {{"attribute", attribute},
                         {"clip", calledBy(index_, element)},
                         {"value", quotedValue(value)}});
-    const std::string fraction = fractionOfDecimal(value);
+    // Elsewhere another time may not fit any more once this one is read.
+    const bool isByItself = kindOf(element) == StoryKind::timed && attribute != "frameDuration";
+    const std::string fraction = isByItself ? fractionOfDecimal(value) : "";
     if (finding != nullptr && !fraction.empty()) {
         finding->mend = Mend{Confidence::safe,
                              "write the same time as a fraction",

@@ -212,7 +212,9 @@ void TimelineCheck::judgeDropFrame(const StoryElement& story) {
     if (isDropFrame && frame.isKnown() && !(frame == Time(1001, 30000)) &&
         !(frame == Time(1001, 60000))) {
         const TextSpan place = *index_.attributeOf(story.element, "tcFormat");
-        findings_.add("timing-drop-frame"_rule, place,
+        // A clip may say what its media say, whatever their format has become.
+        findings_.add("timing-drop-frame"_rule,
+                      isStoryItem(story.kind) ? Severity::warning : Severity::error, place,
                       {{"clip", calledBy(index_, story.element)}, {"frame", frame.text()}});
     }
 }

@@ -24,6 +24,10 @@ bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
+bool isLetter(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
 // A digit for each 0 of the form, either sign for its sign, else the same characters.
 bool hasForm(std::string_view text, std::string_view form) {
     return std::equal(text.begin(), text.end(), form.begin(), form.end(), [](char c, char wanted) {
@@ -57,6 +61,12 @@ bool isModDate(std::string_view text) {
 bool isUniversalTime(std::string_view zone) {
     constexpr std::array<std::string_view, 4> kNames = {"GMT", "UTC", "UT", "Z"};
     return std::find(kNames.begin(), kNames.end(), zone) != kNames.end();
+}
+
+// Some programs read letters beyond ASCII as they are.
+bool isEncodedButForLetters(std::string url) {
+    std::erase_if(url, [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
+    return faultOfFileURL(url) != FileURLFault::notEncoded;
 }
 
 bool isWholeNumber(std::string_view text) {
@@ -106,9 +116,12 @@ void ValueCheck::judgeDate(ElementNumber element) {
     if (isModDate(value)) {
         return;
     }
+    // That the name of a zone refuses the file is known, of other forms it is not.
+    const bool namesZone =
+        isDate(value) && std::any_of(value.begin() + kDateForm.size(), value.end(), isLetter);
     Finding* const finding =
-        findings_.add("values-mod-date"_rule, place,
-                      {{"clip", calledBy(index_, element)}, {"value", quotedValue(value)}});
+        findings_.add("values-mod-date"_rule, namesZone ? Severity::error : Severity::warning,
+                      place, {{"clip", calledBy(index_, element)}, {"value", quotedValue(value)}});
     if (finding == nullptr) {
         return;
     }
@@ -137,12 +150,14 @@ void ValueCheck::judgePath(ElementNumber element) {
 void ValueCheck::addOfPath(FileURLFault fault, TextSpan place, const std::string& clip,
                            const std::string& url) {
     // Writes the URL that is meant, which says the same.
-    const auto addWithMend = [&](RuleId rule, const std::string& meant) {
+    const auto addWithMend = [&](RuleId rule, const std::string& meant,
+                                 std::optional<Severity> severity = std::nullopt) {
         const std::string instead =
             "\"" + quotedValue(meant.empty() ? "file:///Users/…" : meant) + "\"";
-        Finding* const finding = findings_.add(
-            rule, place, {{"clip", clip}, {"value", quotedValue(url)}, {"instead", instead}});
-        if (finding != nullptr && !meant.empty()) {
+        Finding* const finding =
+            findings_.add(rule, severity.value_or(ruleOf(rule).severity), place,
+                          {{"clip", clip}, {"value", quotedValue(url)}, {"instead", instead}});
+        if (finding != nullptr && faultOfFileURL(meant) == FileURLFault::none) {
             finding->mend = Mend{Confidence::safe,
                                  "write the same path as a file URL",
                                  {{place.offset, place.length, escapedAttributeValue(meant)}}};
@@ -154,7 +169,8 @@ void ValueCheck::addOfPath(FileURLFault fault, TextSpan place, const std::string
         case FileURLFault::windowsPath:
             return addWithMend("values-src-windows-path"_rule, fileURLOfWindowsPath(url));
         case FileURLFault::notEncoded:
-            return addWithMend("values-src-not-encoded"_rule, encodedURL(url));
+            return addWithMend("values-src-not-encoded"_rule, encodedURL(url),
+                               isEncodedButForLetters(url) ? Severity::warning : Severity::error);
         case FileURLFault::otherHost: {
             const std::string rest = url.substr(url.find("//") + 2);
             findings_.add("values-src-other-host"_rule, place,

@@ -24,7 +24,7 @@ inline constexpr Rule kFCPXMLValueRules[] = {
      "The date of the last change has one form: year, month and day, the time, and the offset from "
      "Universal Time in hours and minutes. The name of a zone, as in \"GMT\" or "
      "\"Europe/Berlin\", is none.",
-     "Final Cut Pro refuses the whole file for one such date.",
+     "Final Cut Pro refuses the whole file for the name of a zone in one date.",
      "Write the offset in place of the zone's name, or take the attribute out: nothing needs it.",
      "The description of modDate in the FCPXML document type definitions; reports of refused "
      "files"},

@@ -80,6 +80,13 @@ TEST(FCPXMLTiming, tellsAnItemThatStandsWrongOnce) {
               Strings{"timing-spine-hole"});
 }
 
+TEST(FCPXMLTiming, roundsLengthsSoThatNothingElseMoves) {
+    const auto item = [](const std::string& duration) {
+        return withSpine(gap("0s", duration) + gap("5s", "5s"));
+    };
+    EXPECT_EQ(mended(item("551/110s")), item("125/25s"));
+}
+
 TEST(FCPXMLTiming, letsItemsStandInAnyOrder) {
     EXPECT_EQ(rulesOf(withSpine(gap("0s", "5s") + gap("9s", "5s") + gap("5s", "1s") +
                                 gap("6s", "3s") + gap("14s", "5s"))),
@@ -191,6 +198,7 @@ TEST(FCPXMLTiming, writesDecimalsAsFractions) {
         return withSpine("<gap offset=\"0s\" duration=\"5s\"><marker value=\"Beat\" start=\"" +
                          start + "\"/></gap>");
     };
+    EXPECT_FALSE(onlyFinding(withSpine(gap("0s", "2.5s"))).mend.has_value());
     EXPECT_EQ(mended(marked("1.50s")), marked("15/10s"));
     EXPECT_EQ(mended(marked("-0.04s")), marked("-4/100s"));
     EXPECT_EQ(mended(marked("2.0s")), marked("2s"));
@@ -255,6 +263,22 @@ TEST(FCPXMLValues, canBeMendedWhereNothingIsGuessed) {
     EXPECT_EQ(mended(withSource("/a b.mov")), withSource("file:///a%20b.mov"));
     EXPECT_EQ(mended(withSource("C:\\a\\b.mov")), withSource("file:///C:/a/b.mov"));
     EXPECT_FALSE(onlyFinding(withSource("b.mov")).mend.has_value());
+    EXPECT_FALSE(onlyFinding(withSource("/a/b")).mend.has_value());
+}
+
+TEST(FCPXMLValues, weighLessWhereProgramsMayReadThem) {
+    std::string text = withSpine(gap("0s", "5s"));
+    text.replace(text.find("file:///a.mov"), 13, "file:///\xC3\xA9.mov");
+    EXPECT_EQ(onlyFinding(text).severity, Severity::warning);
+    text.replace(text.find("\xC3\xA9.mov"), 2, " ");
+    EXPECT_EQ(onlyFinding(text).severity, Severity::error);
+    const auto dated = [](const std::string& date) {
+        std::string project = withSpine(gap("0s", "5s"));
+        return project.replace(project.find("<project"), 8,
+                               "<project modDate=\"2024-05-31 18:30:00 " + date + "\"");
+    };
+    EXPECT_EQ(onlyFinding(dated("CEST")).severity, Severity::error);
+    EXPECT_EQ(onlyFinding(dated("+02:00")).severity, Severity::warning);
 }
 
 TEST(FCPXMLValues, tellDatesWithTheNamesOfZones) {

@@ -1,0 +1,164 @@
+#include "check/fcpxml/StructureMends.h"
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "formats/fcpxml/Definition.h"
+
+namespace vornic {
+
+namespace {
+
+using fcpxml::Catalogue;
+using fcpxml::ContentModel;
+using fcpxml::Definition;
+using fcpxml::ElementId;
+
+constexpr std::string_view kBlanks = " \t\r\n";
+
+std::optional<Mend> standaloneMend(std::string_view text) {
+    const std::string_view declaration = text.substr(0, text.find("?>"));
+    const std::size_t name = declaration.find("standalone");
+    const std::size_t quote = declaration.find_first_of("\"'", name);
+    if (name == std::string_view::npos || quote == std::string_view::npos) {
+        return std::nullopt;
+    }
+    const std::size_t end = declaration.find(declaration[quote], quote + 1);
+    const std::size_t start = declaration.find_last_not_of(kBlanks, name - 1) + 1;
+    return end == std::string_view::npos
+               ? std::nullopt
+               : std::optional(Mend{Confidence::safe,
+                                    "take standalone=\"yes\" out of the XML declaration",
+                                    {{start, end + 1 - start, ""}}});
+}
+
+std::optional<Mend> rateMend(const ElementIndex& index, TextSpan place) {
+    constexpr std::array<std::pair<std::string_view, std::string_view>, 7> kRates = {
+        {{"32000", "32k"},
+         {"44100", "44.1k"},
+         {"48000", "48k"},
+         {"88200", "88.2k"},
+         {"96000", "96k"},
+         {"176400", "176.4k"},
+         {"192000", "192k"}}};
+    const ElementNumber element = index.elementAt(place.offset);
+    if (element == kNoElement || index.attributeOf(element, "audioRate") != place) {
+        return std::nullopt;
+    }
+    for (const auto& [hertz, name] : kRates) {
+        if (place.of(index.text()) == hertz) {
+            return Mend{Confidence::safe,
+                        "write the same sample rate as " + std::string(name),
+                        {{place.offset, place.length, std::string(name)}}};
+        }
+    }
+    return std::nullopt;
+}
+
+// The elder siblings of an element whose model has an order.
+class Siblings {
+  public:
+    Siblings(const ElementIndex& index, const ContentModel& model, ElementNumber element)
+        : model_(model), id_(Catalogue::shared().idOf(index.nameOf(element))) {
+        ContentModel::State state = ContentModel::kStart;
+        for (ElementNumber sibling = index.firstChildOf(index.parentOf(element));
+             sibling != element && elements_.size() <= kMost;
+             sibling = index.nextSiblingOf(sibling)) {
+            const ElementId id = Catalogue::shared().idOf(index.nameOf(sibling));
+            const ContentModel::State next =
+                id == fcpxml::kNoElement ? ContentModel::kRefused : model.next(state, id);
+            // What is wrong itself is passed, as the comparison with the definition does.
+            if (next != ContentModel::kRefused) {
+                elements_.push_back(sibling);
+                ids_.push_back(id);
+                states_.push_back(state);
+                state = next;
+            }
+        }
+    }
+
+    // The one that the element has to stand before; nothing where that is none, or one of several.
+    [[nodiscard]] std::optional<ElementNumber> onlyPlace() const {
+        std::optional<ElementNumber> place;
+        if (id_ == fcpxml::kNoElement || elements_.size() > kMost) {
+            return std::nullopt;
+        }
+        for (std::size_t index = 0; index < elements_.size(); ++index) {
+            if (fitsBefore(index)) {
+                if (place) {
+                    return std::nullopt;
+                }
+                place = elements_[index];
+            }
+        }
+        return place;
+    }
+
+  private:
+    // Looking for a place takes the square of this.
+    static constexpr std::size_t kMost = 200;
+
+    [[nodiscard]] bool fitsBefore(std::size_t index) const {
+        ContentModel::State state = model_.next(states_[index], id_);
+        for (; index < ids_.size() && state != ContentModel::kRefused; ++index) {
+            state = model_.next(state, ids_[index]);
+        }
+        return state != ContentModel::kRefused;
+    }
+
+    const ContentModel& model_;
+    ElementId id_;
+    std::vector<ElementNumber> elements_;
+    std::vector<ElementId> ids_;
+    // Before each of them.
+    std::vector<ContentModel::State> states_;
+};
+
+std::optional<Mend> orderMend(const ElementIndex& index, const Definition& definition,
+                              std::size_t offset) {
+    const ElementNumber element = index.elementAt(offset);
+    if (element == kNoElement || index.spanOf(element).offset != offset ||
+        index.parentOf(element) == kNoElement) {
+        return std::nullopt;
+    }
+    const auto* const parent = definition.element(index.nameOf(index.parentOf(element)));
+    if (parent == nullptr || !parent->content) {
+        return std::nullopt;
+    }
+    const std::optional<ElementNumber> before =
+        Siblings(index, *parent->content, element).onlyPlace();
+    if (!before) {
+        return std::nullopt;
+    }
+    const TextSpan span = index.spanOf(element);
+    const std::string_view text = index.text();
+    const std::size_t blanks = text.find_last_not_of(kBlanks, span.offset - 1) + 1;
+    std::string moved(span.of(text));
+    moved += text.substr(blanks, span.offset - blanks);
+    return Mend{
+        Confidence::safe,
+        "move it before <" + std::string(index.nameOf(*before)) + ">",
+        {{index.spanOf(*before).offset, 0, std::move(moved)}, {blanks, span.end() - blanks, ""}}};
+}
+
+}  // namespace
+
+void addStructureMends(const ElementIndex& index, fcpxml::Version version, Findings& findings) {
+    const Definition& definition = Definition::of(version);
+    for (Finding& finding : findings.kept()) {
+        const TextSpan place{finding.where.offset, finding.where.length};
+        if (finding.rule == "structure-element-order"_rule) {
+            finding.mend = orderMend(index, definition, place.offset);
+        } else if (finding.rule == "structure-value-not-listed"_rule) {
+            finding.mend = rateMend(index, place);
+        } else if (finding.rule == "values-standalone"_rule) {
+            finding.mend = standaloneMend(index.text());
+        }
+    }
+}
+
+}  // namespace vornic
