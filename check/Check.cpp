@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "check/Characters.h"
 #include "check/fcpxml/Rules.h"
 #include "check/fcpxml/StructureFindings.h"
 #include "check/xmeml/Check.h"
@@ -21,7 +22,6 @@ namespace vornic {
 
 namespace {
 
-constexpr std::string_view kNotYet = "this version has no such rules yet";
 constexpr std::string_view kNeitherKind = "the file is neither XMEML nor FCPXML";
 
 // Whether the XML declaration says that the document stands alone (XML 1.0, section 2.9).
@@ -75,7 +75,7 @@ class Check {
         } else {
             judgeFCPXML();
         }
-        skip(RuleGroup::characters, kNotYet);
+        judgeCharacters();
         skip(RuleGroup::media, kNotAskedFor);
         addTimecodes();
         PlaceFinder(*index_, source_.decoding).place(report_.findings);
@@ -126,6 +126,14 @@ class Check {
         report_.kind = nameOf(index_->kind());
         report_.version = index_->version();
         report_.groups.push_back({RuleGroup::xml, true, ""});
+    }
+
+    void judgeCharacters() {
+        if (index_->kind() != FileKind::fcpxml && index_->kind() != FileKind::xmeml) {
+            return skip(RuleGroup::characters, kNeitherKind);
+        }
+        checkCharacters(source_.text, index_->spanOf(0).offset, report_.findings);
+        report_.groups.push_back({RuleGroup::characters, true, ""});
     }
 
     void judgeStructure() {

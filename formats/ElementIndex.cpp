@@ -99,6 +99,12 @@ TextSpan ElementIndex::startTagOf(ElementNumber element) const {
 TextSpan ElementIndex::contentOf(ElementNumber element) const {
     const TextSpan whole = spanOf(element);
     const std::size_t start = startTagOf(element).end();
+    // Nearly all end tags are written without white space.
+    const std::size_t plainEndTag = nameOf(element).size() + std::string_view("</>").size();
+    if (whole.end() >= start + plainEndTag &&
+        text_.substr(whole.end() - plainEndTag).starts_with("</")) {
+        return {start, whole.end() - plainEndTag - start};
+    }
     const std::string_view inside = text_.substr(start, whole.end() - std::min(start, whole.end()));
     // The last thing in an element that is not closed at once is its end tag.
     const std::size_t endTag = inside.rfind("</");

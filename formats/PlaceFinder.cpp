@@ -12,6 +12,20 @@ namespace {
 constexpr std::size_t kMostSteps = 100;
 // How far around a place its name is looked for.
 constexpr std::size_t kNearestElements = 16;
+// A damaged file may have a name of many megabytes, and each finding in it has a copy.
+constexpr std::size_t kLongestTitle = 1000;
+
+// No character is cut in half.
+std::string_view beginningOf(std::string_view title) {
+    if (title.size() <= kLongestTitle) {
+        return title;
+    }
+    std::size_t end = kLongestTitle;
+    while (end != 0 && (static_cast<unsigned char>(title[end]) & 0xC0U) == 0x80) {
+        --end;
+    }
+    return title.substr(0, end);
+}
 
 }  // namespace
 
@@ -58,7 +72,7 @@ std::string PlaceFinder::pathOf(ElementNumber element) {
 std::string PlaceFinder::titleAround(ElementNumber element) const {
     for (std::size_t count = 0; element != kNoElement && count < kNearestElements; ++count) {
         if (const std::string_view title = index_.titleOf(element); !title.empty()) {
-            return normalisedAttributeValue(title, false);
+            return normalisedAttributeValue(beginningOf(title), false);
         }
         element = index_.parentOf(element);
     }

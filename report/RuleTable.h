@@ -11,6 +11,7 @@
 
 #include "report/Rule.h"
 #include "report/RuleId.h"
+#include "report/rules/CharacterRules.h"
 #include "report/rules/FCPXMLReferenceRules.h"
 #include "report/rules/FCPXMLTimingRules.h"
 #include "report/rules/FCPXMLValueRules.h"
@@ -20,6 +21,8 @@
 #include "report/rules/ValueRules.h"
 #include "report/rules/XMEMLReferenceRules.h"
 #include "report/rules/XMEMLStructureRules.h"
+#include "report/rules/XMEMLTimingRules.h"
+#include "report/rules/XMEMLValueRules.h"
 #include "report/rules/XMLRules.h"
 
 /// The table of rules: every sentence that the programs say about a file, with what it means and
@@ -46,12 +49,13 @@ template <std::size_t... Sizes>
 
 /// All rules, by groups.
 inline constexpr auto kRuleTable = rules::detail::joined(
-    rules::kXMLRules, rules::kStructureRules, rules::kValueRules,
+    rules::kXMLRules, rules::kStructureRules, rules::kValueRules, rules::kCharacterRules,
     // FCPXML.
     rules::kFCPXMLReferenceRules, rules::kFCPXMLTimingRules, rules::kFCPXMLValueRules,
     rules::kFCPXMLVersionRules,
     // XMEML.
-    rules::kXMEMLStructureRules, rules::kXMEMLReferenceRules, rules::kXMEMLVersionRules,
+    rules::kXMEMLStructureRules, rules::kXMEMLReferenceRules, rules::kXMEMLTimingRules,
+    rules::kXMEMLValueRules, rules::kXMEMLVersionRules,
     // Repairs.
     rules::kRepairRules);
 

@@ -1,9 +1,13 @@
 #include "report/XMLFindings.h"
 
+#include <array>
+#include <charconv>
+#include <cstdint>
 #include <string>
 #include <utility>
 
 #include "report/XMLRuleOf.h"
+#include "xml/NumberReference.h"
 #include "xml/TextPlace.h"
 
 namespace vornic {
@@ -19,11 +23,48 @@ Mend safeMend(RuleId rule, std::vector<Edit> edits) {
     return {Confidence::safe, std::move(description), std::move(edits)};
 }
 
+// By number, so that it can be written in every encoding.
+std::string referenceTo(char32_t character) {
+    std::array<char, 8> digits{};
+    char* const end =
+        std::to_chars(digits.data(), digits.data() + digits.size(), std::uint32_t{character}, 16)
+            .ptr;
+    return "&#x" + std::string(digits.data(), end) + ";";
+}
+
 }  // namespace
+
+void XMLFindings::addHalfPair(std::size_t offset) {
+    if (offset < endOfPair_) {
+        return;
+    }
+    const NumberReference half = numberReferenceAt(text_.substr(offset));
+    const NumberReference next = numberReferenceAt(text_.substr(offset + half.length));
+    const bool isPair = half.isFirstHalf() && next.isSecondHalf();
+    const std::size_t length = half.length + (isPair ? next.length : 0);
+    endOfPair_ = offset + length;
+    last_ = findings_.add("characters-half-pair"_rule, {offset, length});
+    if (last_ == nullptr) {
+        return;
+    }
+    const std::string right = isPair ? referenceTo(characterOf(half, next)) : "";
+    last_->arguments = {{"reference", std::string(text_.substr(offset, length))},
+                        {"right", isPair ? "be " + right : "go, or be the whole character"}};
+    last_->mend = Mend{isPair ? Confidence::safe : Confidence::ask,
+                       isPair ? "write the number of the character" : "take the half out",
+                       {{offset, length, right}}};
+}
 
 void XMLFindings::mend(const XMLMend& mend, std::string_view name) {
     last_ = nullptr;
     hasMends_ = true;
+    const NumberReference reference = mend.code == XMLErrorCode::malformedReference
+                                          ? numberReferenceAt(text_.substr(mend.offset))
+                                          : NumberReference();
+    hasOwnEdits_ = reference.isFirstHalf() || reference.isSecondHalf();
+    if (hasOwnEdits_) {
+        return addHalfPair(mend.offset);
+    }
     if (const std::optional<RuleId> rule = xmlRuleOf(mend.code)) {
         last_ = findings_.add(*rule, {mend.offset, 1}, {{"name", excerpt(name)}});
         if (last_ != nullptr) {
@@ -33,7 +74,7 @@ void XMLFindings::mend(const XMLMend& mend, std::string_view name) {
 }
 
 void XMLFindings::edit(const XMLEdit& edit) {
-    if (last_ != nullptr) {
+    if (last_ != nullptr && !hasOwnEdits_) {
         last_->mend->edits.push_back({edit.offset, edit.length, std::string(edit.replacement)});
     }
 }

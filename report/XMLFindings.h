@@ -14,7 +14,9 @@ namespace vornic {
 ///     const XMLReading reading = readXML(text, XMLMode::tolerant, &builder, &sink);
 ///     sink.addFault(reading);
 ///
-/// What the reader mends has a safe mend, with the reader's own edits.
+/// What the reader mends has a safe mend, with the reader's own edits. References to halves of a
+/// UTF-16 pair, which the reader takes for text, are findings of their own; two that make a
+/// character are one.
 class XMLFindings final : public XMLMendSink {
   public:
     /// Both must outlive this.
@@ -30,11 +32,18 @@ class XMLFindings final : public XMLMendSink {
     void addFault(const XMLReading& reading);
 
   private:
+    // A reference to one half of a character's UTF-16 pair.
+    void addHalfPair(std::size_t offset);
+
     std::string_view text_;
     Findings& findings_;
     // The finding of the last mend; null when it was only counted.
     Finding* last_ = nullptr;
     bool hasMends_ = false;
+    // Whether `last_` has its own edits, whatever the reader did.
+    bool hasOwnEdits_ = false;
+    // Behind the last pair of references that is one character.
+    std::size_t endOfPair_ = 0;
 };
 
 }  // namespace vornic

@@ -24,6 +24,20 @@ void checkVersions(const View& view, std::optional<int> reads, Findings& finding
 /// file.
 void checkReferences(const View& view, Findings& findings);
 
+/// How times, indexes and sizes are written, and whether programs can hold them.
+void checkNumbers(const View& view, Findings& findings);
+/// Frame rates, and timecodes against them.
+void checkRates(const View& view, Findings& findings);
+/// That things end after they begin.
+void checkSpans(const View& view, Findings& findings);
+/// What the tracks of sequences hold: lengths, places, transitions, and the media behind them.
+void checkTimelines(const View& view, Findings& findings);
+
+/// Booleans, words of a list, channels and sample rates.
+void checkValues(const View& view, Findings& findings);
+/// The paths of media files.
+void checkPathURLs(const View& view, Findings& findings);
+
 }  // namespace vornic::xmeml
 
 #endif

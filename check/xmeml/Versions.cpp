@@ -54,9 +54,10 @@ class VersionCheck {
         if (!declared_) {
             declared_ = versionWithFraction(text);
             addUnknown(*value, text);
-        } else if (reads_ && *declared_ > *reads_) {
+        }
+        if (declared_ && reads_ && *declared_ > *reads_) {
             findings_.add("versions-newer-than-receiver"_rule, *value,
-                          {{"version", text}, {"reads", *reads_}});
+                          {{"version", *declared_}, {"reads", *reads_}});
         }
     }
 

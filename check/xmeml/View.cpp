@@ -131,7 +131,9 @@ TextSpan View::placeOf(ElementNumber element) const {
 }
 
 std::string View::titleOf(ElementNumber element) const {
-    const std::string_view title = index_->titleOf(element);
+    // More is not shown, and a damaged file may have a name of many megabytes.
+    constexpr std::size_t kLongestTitle = 1000;
+    const std::string_view title = index_->titleOf(element).substr(0, kLongestTitle);
     if (!title.empty()) {
         return excerpt(withoutMarkup(title));
     }
@@ -161,6 +163,10 @@ std::string View::describe(ElementNumber element) const {
 
 bool View::isReference(ElementNumber element) const {
     return index_->firstChildOf(element) == kNoElement && index_->attributeOf(element, "id");
+}
+
+std::string quoted(std::string_view value) {
+    return value.empty() ? "empty" : "\"" + excerpt(value) + "\"";
 }
 
 Parts::Parts(const View& view, ElementNumber element) {

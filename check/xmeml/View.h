@@ -59,6 +59,9 @@ class View {
     std::vector<Name> names_;
 };
 
+/// A value as a message shows it: in quotes and not too long; "empty" when there is none.
+[[nodiscard]] std::string quoted(std::string_view value);
+
 /// The first child of each name, gathered in one walk over the children.
 class Parts {
   public:

@@ -50,6 +50,16 @@ TEST(PlaceFinder, tellsTheNameThatXMEMLHasAsAnElement) {
     EXPECT_EQ(file.placeOf("30/1").path, "/xmeml[1]/clipitem[1]/rate[1]/timebase[1]");
 }
 
+TEST(PlaceFinder, tellsTheBeginningOfANameThatIsTooLongToRead) {
+    std::string name;
+    while (name.size() < 100000) {
+        name += "\xC3\xA9";
+    }
+    const Indexed file("<fcpxml><project name=\"x" + name + "\"><gap/></project></fcpxml>");
+    const Place place = file.placeOf("<gap/>");
+    EXPECT_EQ(place.name, "x" + name.substr(0, 998));
+}
+
 TEST(PlaceFinder, tellsNoElementOutsideTheRoot) {
     const Indexed file("<a/>\nx");
     const Place place = file.placeOf("x");

@@ -18,9 +18,7 @@ Counts countsOf(const Report& report) {
     Counts counts;
     for (std::size_t index = 0; index < kRuleCount; ++index) {
         const RuleId rule{static_cast<std::uint16_t>(index)};
-        if (report.findings.count(rule) != 0) {
-            counts[ruleOf(rule).id] = report.findings.count(rule);
-        }
+        counts[ruleOf(rule).id] = report.findings.count(rule);
     }
     return counts;
 }
@@ -39,23 +37,22 @@ TEST(XMEMLMends, takeTheirFindingAwayAndBringNoOther) {
         if (report.kind != "xmeml") {
             continue;
         }
-        Counts before = countsOf(report);
+        const Counts before = countsOf(report);
         for (const Finding& finding : report.findings.kept()) {
             if (!finding.mend || ruleOf(finding.rule).id != fixture.rule) {
                 continue;
             }
-            Counts wanted = before;
-            if (--wanted[ruleOf(finding.rule).id] == 0) {
-                wanted.erase(ruleOf(finding.rule).id);
-            }
             const std::string text = mended(fixture.bytes, *finding.mend);
-            EXPECT_EQ(countsOf(checkFile(text, fixture.options)), wanted)
-                << fixture.rule << "/" << fixture.name << "\n"
-                << text;
+            const Counts after = countsOf(checkFile(text, fixture.options));
+            for (const auto& [rule, found] : before) {
+                EXPECT_LE(after.at(rule) + (rule == fixture.rule ? 1 : 0), found)
+                    << rule << " after " << fixture.rule << "/" << fixture.name << "\n"
+                    << text;
+            }
             ++count;
         }
     }
-    EXPECT_GE(count, 7);
+    EXPECT_GE(count, 30);
 }
 
 TEST(XMEMLMends, ofARepeatedFileLeaveItsTagAndTakeItsContent) {

@@ -65,8 +65,8 @@ TEST(XMEMLVersions, theGroupRunsForAReceiverOfXMEMLAlone) {
 
 TEST(XMEMLStructure, doesNotMissWhatAFileThatEndsEarlyMayHaveHad) {
     const std::string text =
-        "<xmeml version=\"5\"><sequence><name>S</name><rate><timebase>25</timebase></rate>"
-        "<marker><name>M</name></marker><marker><name>N</name>";
+        "<xmeml version=\"5\"><sequence><name>S</name><rate><timebase>25</timebase><ntsc>FALSE"
+        "</ntsc></rate><marker><name>M</name></marker><marker><name>N</name>";
     const Report report = checkFile(text, {});
     EXPECT_EQ(rulesOf(report), (Strings{"structure-missing-part", "xml-unclosed-element"}));
     EXPECT_EQ(report.findings.kept()[0].message(),

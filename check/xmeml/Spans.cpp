@@ -1,0 +1,91 @@
+#include <algorithm>
+#include <string>
+
+#include "check/xmeml/Number.h"
+#include "check/xmeml/Rules.h"
+#include "check/xmeml/SpeedEffect.h"
+
+namespace vornic::xmeml {
+
+namespace {
+
+using std::string;
+
+// A pair of elements that say where something begins and where it ends.
+struct Ends {
+    Name first;
+    Name last;
+};
+
+class SpanCheck {
+  public:
+    SpanCheck(const View& view, Findings& findings) : view_(view), findings_(findings) {}
+
+    void run() {
+        for (ElementNumber element = 0; element < view_.index().size(); ++element) {
+            switch (view_.nameOf(element)) {
+                case Name::clipitem:
+                case Name::generatoritem:
+                case Name::transitionitem:
+                case Name::filter:
+                    check(element, {Name::start, Name::end}, "timing-start-end"_rule);
+                    [[fallthrough]];
+                case Name::clip:
+                case Name::sequence:
+                case Name::marker:
+                    check(element, {Name::in, Name::out}, "timing-in-out"_rule);
+                    break;
+                default:
+                    break;
+            }
+        }
+    }
+
+  private:
+    void check(ElementNumber element, Ends ends, RuleId rule) {
+        const Parts parts(view_, element);
+        const std::optional<std::int64_t> first = numberOf(parts[ends.first]);
+        const std::optional<std::int64_t> last = numberOf(parts[ends.last]);
+        if (!first || !last || *first < 0 || *last < 0 || *first < *last ||
+            (*first == *last && !isOfTrack(element))) {
+            return;
+        }
+        Finding* const finding = findings_.add(rule, weightOf(element, *first == *last),
+                                               view_.placeOf(parts[ends.last]));
+        if (finding != nullptr) {
+            finding->arguments = {{"thing", view_.describe(element)},
+                                  {"first", std::to_string(*first)},
+                                  {"last", std::to_string(*last)}};
+        }
+    }
+
+    [[nodiscard]] std::optional<std::int64_t> numberOf(ElementNumber element) {
+        return element == kNoElement ? std::nullopt
+                                     : readNumber(view_.textOf(element, storage_)).whole();
+    }
+
+    [[nodiscard]] bool isOfTrack(ElementNumber element) const {
+        const Name name = view_.nameOf(element);
+        return name == Name::clipitem || name == Name::generatoritem ||
+               name == Name::transitionitem;
+    }
+
+    // Markers and filters may hold nothing that a timeline needs, and a clip that runs backwards
+    // has its own sense of before and after.
+    [[nodiscard]] Severity weightOf(ElementNumber element, bool isEmpty) const {
+        const bool isLight = isEmpty || !isOfTrack(element) || hasSpeedEffect(view_, element);
+        return isLight ? Severity::warning : Severity::error;
+    }
+
+    const View& view_;
+    Findings& findings_;
+    string storage_;
+};
+
+}  // namespace
+
+void checkSpans(const View& view, Findings& findings) {
+    SpanCheck(view, findings).run();
+}
+
+}  // namespace vornic::xmeml
