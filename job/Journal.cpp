@@ -125,11 +125,13 @@ std::string Journal::settledPath() const {
     return path_ + ".settled";
 }
 
-std::optional<platform::ByteLock> Journal::claim(const std::string& file, ErrorSlot& error) const {
+std::optional<platform::ByteLock> Journal::claim(const std::string& file,
+                                                 std::chrono::milliseconds limit,
+                                                 ErrorSlot& error) const {
     // Beyond the numbers of entries.
     constexpr std::uint64_t kFirst = std::uint64_t{1} << 62U;
     return platform::ByteLock::acquire(
-        lockPath(), kFirst | platform::ContentDigest::of(file)[0] >> 2U, kNoWaiting, error);
+        lockPath(), kFirst | platform::ContentDigest::of(file)[0] >> 2U, limit, error);
 }
 
 std::optional<Journal::Run> Journal::begin(JournalEntry entry, ErrorSlot& error) const {

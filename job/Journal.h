@@ -1,6 +1,7 @@
 #ifndef VORNIC_JOB_JOURNAL_H
 #define VORNIC_JOB_JOURNAL_H
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -84,12 +85,14 @@ class Journal {
     /// The entries behind a position, which moves on. Fails like `entries`.
     [[nodiscard]] std::optional<News> entriesSince(Position& position, ErrorSlot& error) const;
 
-    /// Claims a user's file for a run that moves it by what the journal tells, as long as the
+    /// Claims a user's file for a run that changes names by what the journal tells, as long as the
     /// object lives. It binds those alone who ask for it.
     /// @param file as the journal names it
+    /// @param limit how long another run is waited for
     /// @return nothing, with the slot filled, while another run has it (EAGAIN), or when the lock
     ///     file cannot be used.
     [[nodiscard]] std::optional<platform::ByteLock> claim(const std::string& file,
+                                                          std::chrono::milliseconds limit,
                                                           ErrorSlot& error) const;
 
     /// Takes over the changes that no living program will end: whoever gets them ends them. Costs

@@ -1,5 +1,6 @@
 #include "job/JournalRecovery.h"
 
+#include <chrono>
 #include <optional>
 #include <utility>
 
@@ -127,7 +128,7 @@ std::vector<RecoveredRun> recoverInterrupted(const Journal& journal, const std::
     std::vector<RecoveredRun> recovered;
     for (Journal::Run& run : journal.takeInterrupted()) {
         ErrorSlot ignored;
-        const auto claim = journal.claim(run.entry().file, ignored);
+        const auto claim = journal.claim(run.entry().file, std::chrono::milliseconds(0), ignored);
         if (!claim) {
             // A living run is at work on the file; the next start comes back to this one.
             continue;

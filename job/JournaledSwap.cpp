@@ -1,5 +1,6 @@
 #include "job/JournaledSwap.h"
 
+#include <chrono>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -51,7 +52,11 @@ bool JournaledSwap::willSwap(const SwapIntent& intent, ErrorSlot& /*error*/) {
     }
     ErrorSlot reason;
     run_ = journal_->begin(std::move(entry), reason);
-    if (!run_ && reason) {
+    if (run_) {
+        constexpr std::chrono::seconds kLongestWait{2};
+        claim_ = journal_->claim(run_->entry().file, kLongestWait, reason);
+    }
+    if (reason) {
         QMLog::appendLog("%@", reason->localizedDescription());
     }
     return true;
@@ -63,6 +68,7 @@ void JournaledSwap::didSwap(const SwapIntent& /*intent*/, const std::string& ori
         isWrittenDown_ = journal_->finish(std::move(*run_), resolved(original), reason);
         run_.reset();
     }
+    claim_.reset();
     if (reason) {
         QMLog::appendLog("%@", reason->localizedDescription());
     }
@@ -74,6 +80,7 @@ void JournaledSwap::didNotSwap(const SwapIntent& /*intent*/) {
         journal_->takeBack(std::move(*run_), reason);
         run_.reset();
     }
+    claim_.reset();
 }
 
 }  // namespace vornic

@@ -10,8 +10,9 @@
 namespace vornic {
 
 /// Writes a swap into the user's journal, so that it can be undone, and finished when it is
-/// interrupted. A journal that cannot be written keeps no file from being repaired; the log says
-/// why. One swap.
+/// interrupted. Meanwhile the file is claimed, so that no undo and no recovery moves it. A journal
+/// that cannot be written, and a claim that cannot be had for seconds, keep no file from being
+/// repaired; the log says why. One swap.
 class JournaledSwap : public SwapObserver {
   public:
     /// @param program,version who makes the swap
@@ -32,6 +33,7 @@ class JournaledSwap : public SwapObserver {
     JournalEntry::Action action_;
     std::optional<Journal> journal_;
     std::optional<Journal::Run> run_;
+    std::optional<platform::ByteLock> claim_;
     bool isWrittenDown_ = false;
 };
 

@@ -1,6 +1,7 @@
 #include "job/Undo.h"
 
 #include <cerrno>
+#include <chrono>
 #include <utility>
 
 #include "job/JournalFiles.h"
@@ -16,6 +17,8 @@ using platform::joinPath;
 using platform::lastComponent;
 
 namespace {
+
+constexpr std::chrono::milliseconds kNoWaiting{0};
 
 Error cannotPutBack(const std::string& file, int errorNumber, const std::string& reason) {
     return {.domain = std::string(kPosixErrorDomain),
@@ -116,7 +119,8 @@ UndoResult Undo::undoNewest(const Question& goOn) {
 
 UndoResult Undo::undoEntry(const JournalEntry& entry, const Question& goOn) {
     UndoResult result{.file = entry.file};
-    const std::optional<platform::ByteLock> claim = journal_.claim(entry.file, result.error);
+    const std::optional<platform::ByteLock> claim =
+        journal_.claim(entry.file, kNoWaiting, result.error);
     if (!claim) {
         if (result.error->code == EAGAIN) {
             result.error = cannotPutBack(entry.file, EBUSY, "another run is at work on it");

@@ -1,3 +1,4 @@
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -229,13 +230,14 @@ TEST_F(JournalTest, tellsWhatIsNew) {
 }
 
 TEST_F(JournalTest, givesAFileToOneRunAtATime) {
+    constexpr std::chrono::milliseconds kNoWaiting{0};
     write("/a");
-    auto claim = journal.claim("/a", error);
+    auto claim = journal.claim("/a", kNoWaiting, error);
     EXPECT_TRUE(claim);
-    EXPECT_FALSE(journal.claim("/a", error));
-    EXPECT_TRUE(journal.claim("/b", error));
+    EXPECT_FALSE(journal.claim("/a", kNoWaiting, error));
+    EXPECT_TRUE(journal.claim("/b", kNoWaiting, error));
     claim.reset();
-    EXPECT_TRUE(journal.claim("/a", error));
+    EXPECT_TRUE(journal.claim("/a", kNoWaiting, error));
 }
 
 TEST_F(JournalTest, believesNobodyElses) {

@@ -18,6 +18,7 @@
 #include <sys/syscall.h>
 
 #include "job/JournalRecovery.h"
+#include "job/JournaledSwap.h"
 #include "tests/job/UndoFixture.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/FailingSystemCall.h"
@@ -175,6 +176,22 @@ TEST_F(UndoRunsTest, seeWhatAnotherHasDoneMeanwhile) {
     EXPECT_EQ(bytes(), "original");
     EXPECT_EQ(second.undo(realPath("Cut.xml"), nullptr).end, UndoResult::End::undone);
     EXPECT_EQ(bytes(), "repaired");
+}
+
+TEST_F(UndoRunsTest, waitForTheSwapOfARepair) {
+    sandbox.write("Cut.xml", "original");
+    repair("Cut.xml", "repaired");
+    const std::string file = realPath("Cut.xml");
+    sandbox.write("Cut-backup.xml", "repaired again");
+    JournaledSwap swap("test", "1");
+    SwapIntent intent;
+    intent.source = file;
+    intent.workingCopy = realPath("Cut-backup.xml");
+    ASSERT_TRUE(swap.willSwap(intent, error));
+    EXPECT_THAT(undo().error->description, HasSubstr("another run is at work on it."));
+    swap.didNotSwap(intent);
+    EXPECT_EQ(undo().end, UndoResult::End::undone);
+    EXPECT_EQ(bytes(), "original");
 }
 
 TEST_F(UndoRunsTest, leaveALivingRunsFilesAlone) {
