@@ -1,6 +1,7 @@
 #include "check/fcpxml/StructureFindings.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -82,7 +83,10 @@ class StructureFindings {
     StructureFindings(Version version, Findings& findings)
         : version_(version), findings_(&findings) {}
 
-    void operator()(const ValidityFault& fault) const {
+    void operator()(const ValidityFault& fault) {
+        if (isToldBefore(fault)) {
+            return;
+        }
         switch (fault.kind) {
             case ValidityFaultKind::unknownAttribute:
             case ValidityFaultKind::attributeOfOtherVersion:
@@ -101,10 +105,25 @@ class StructureFindings {
   private:
     void addOfElement(const ValidityFault& fault) const;
     void addOfAttribute(const ValidityFault& fault) const;
+    [[nodiscard]] bool isToldBefore(const ValidityFault& fault);
 
     Version version_;
     Findings* findings_;
+    // Where an asset begins whose path was told to belong into its media-rep.
+    std::optional<std::size_t> asset_;
 };
+
+// An asset that has its path where older versions have it lacks the part that should hold it: that
+// is one fault.
+bool StructureFindings::isToldBefore(const ValidityFault& fault) {
+    if (fault.element != "asset") {
+        return false;
+    }
+    if (fault.kind == ValidityFaultKind::attributeOfOtherVersion && fault.attribute == "src") {
+        asset_ = fault.start;
+    }
+    return fault.kind == ValidityFaultKind::missingElement && asset_ == fault.start;
+}
 
 void StructureFindings::addOfElement(const ValidityFault& fault) const {
     const std::string instead = insteadOf(fault.element, fault.expected);

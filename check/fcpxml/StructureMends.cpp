@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "check/fcpxml/Naming.h"
 #include "formats/fcpxml/Definition.h"
 
 namespace vornic {
@@ -18,6 +19,7 @@ using fcpxml::ContentModel;
 using fcpxml::Definition;
 using fcpxml::ElementId;
 
+constexpr fcpxml::Version kFirstWithMediaRep(9);
 constexpr std::string_view kBlanks = " \t\r\n";
 
 std::optional<Mend> standaloneMend(std::string_view text) {
@@ -145,6 +147,37 @@ std::optional<Mend> orderMend(const ElementIndex& index, const Definition& defin
         {{index.spanOf(*before).offset, 0, std::move(moved)}, {blanks, span.end() - blanks, ""}}};
 }
 
+// Puts the path of an asset where versions from 1.9 on have it.
+std::optional<Mend> pathMend(const ElementIndex& index, std::size_t offset) {
+    const ElementNumber asset = index.elementAt(offset);
+    const std::optional<TextSpan> path =
+        asset == kNoElement ? std::nullopt : index.attributeOf(asset, "src");
+    std::vector<Edit> edits = path && index.isNamed(asset, "asset") ? removalOf(index, asset, "src")
+                                                                    : std::vector<Edit>();
+    if (edits.empty() || offset < edits[0].offset || offset >= path->end()) {
+        return std::nullopt;
+    }
+    const std::string_view value = path->of(index.text());
+    const ElementNumber part = index.childOf(asset, "media-rep");
+    if (part != kNoElement) {
+        return index.attributeTextOf(part, "src") == value
+                   ? std::optional(
+                         Mend{Confidence::ask, "take the attribute src out", std::move(edits)})
+                   : std::nullopt;
+    }
+    const TextSpan tag = index.startTagOf(asset);
+    const bool isClosedAtOnce = tag.of(index.text()).ends_with("/>");
+    const char quote = value.find('"') == std::string_view::npos ? '"' : '\'';
+    std::string text = "<media-rep kind=\"original-media\" src=";
+    text.append(1, quote).append(value).append(1, quote).append("/>");
+    if (isClosedAtOnce) {
+        edits.push_back({tag.end() - 2, 2, ">" + text + "</asset>"});
+    } else {
+        edits.push_back({tag.end(), 0, std::move(text)});
+    }
+    return Mend{Confidence::ask, "move the path into a media-rep", std::move(edits)};
+}
+
 }  // namespace
 
 void addStructureMends(const ElementIndex& index, fcpxml::Version version, Findings& findings) {
@@ -155,6 +188,10 @@ void addStructureMends(const ElementIndex& index, fcpxml::Version version, Findi
             finding.mend = orderMend(index, definition, place.offset);
         } else if (finding.rule == "structure-value-not-listed"_rule) {
             finding.mend = rateMend(index, place);
+        } else if (finding.rule == "structure-attribute-of-other-version"_rule) {
+            if (version >= kFirstWithMediaRep) {
+                finding.mend = pathMend(index, place.offset);
+            }
         } else if (finding.rule == "values-standalone"_rule) {
             finding.mend = standaloneMend(index.text());
         }

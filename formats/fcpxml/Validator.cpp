@@ -94,7 +94,9 @@ void Validator::judgePlace(OpenElement& parent, std::string_view name, ElementId
                 {},
                 {},
                 nullptr,
-                model.possible(parent.state)});
+                model.possible(parent.state),
+                kNoElement,
+                parent.startTag.offset});
         parent.state = later;
         return;
     }
@@ -213,7 +215,9 @@ void Validator::endElement(std::string_view /*name*/, bool /*selfClosed*/) {
                 {},
                 {},
                 nullptr,
-                element.definition->content->possible(element.state)});
+                element.definition->content->possible(element.state),
+                kNoElement,
+                element.startTag.offset});
     }
     open_.pop_back();
 }
@@ -294,7 +298,17 @@ void Validator::refuse(const ValidityFault& fault) {
 
 void Validator::refuseAttribute(ValidityFaultKind kind, TextSpan where, std::string_view name,
                                 std::string_view value, const AttributeDefinition* definition) {
-    refuse({kind, where, open_.back().name, grandparentName(), name, value, definition});
+    const OpenElement& element = open_.back();
+    refuse({kind,
+            where,
+            element.name,
+            grandparentName(),
+            name,
+            value,
+            definition,
+            {},
+            kNoElement,
+            element.startTag.offset});
 }
 
 void Validator::refuseStandalone() {

@@ -1,6 +1,7 @@
 #ifndef VORNIC_FORMATS_FCPXML_VALIDATOR_H
 #define VORNIC_FORMATS_FCPXML_VALIDATOR_H
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -79,6 +80,8 @@ struct ValidityFault {
     std::vector<ElementId> expected = {};
     /// For `elementOutOfOrder`: what stands before it and should come behind it.
     ElementId previous = kNoElement;
+    /// Where `element` begins; set for attributes and for `missingElement`.
+    std::size_t start = 0;
 };
 
 /// Judges what `readXML` reads by the definition of one version: one pass, memory for the open

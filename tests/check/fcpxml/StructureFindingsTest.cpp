@@ -64,6 +64,11 @@ TEST(StructureFindings, nameTheVersionsThatHaveWhatThisOneLacks) {
         "without it");
 }
 
+TEST(StructureFindings, tellAPathThatStandsWhereOlderVersionsHaveItOnce) {
+    EXPECT_TRUE(onlyFinding(withResources("<asset id=\"r1\" src=\"file:///a\"/>"))
+                    .starts_with("structure-attribute-of-other-version: "));
+}
+
 TEST(StructureFindings, nameWhatIsMissing) {
     EXPECT_EQ(onlyFinding(withResources("<asset id=\"r1\"/>")),
               "structure-missing-element: <asset> lacks a part; <media-rep> should stand in it");

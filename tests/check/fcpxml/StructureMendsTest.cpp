@@ -17,14 +17,14 @@ std::string withClip(const std::string& parts) {
 }
 
 // The text with the mend of its only finding made; nothing when it has none.
-std::optional<std::string> mended(std::string text) {
+std::optional<std::string> mended(std::string text, Confidence confidence = Confidence::safe) {
     const Report report = checkFile(text, {});
     EXPECT_EQ(report.findings.kept().size(), 1U);
     if (report.findings.kept().empty() || !report.findings.kept().front().mend) {
         return std::nullopt;
     }
     const Mend& mend = *report.findings.kept().front().mend;
-    EXPECT_EQ(mend.confidence, Confidence::safe);
+    EXPECT_EQ(mend.confidence, confidence);
     for (auto edit = mend.edits.rbegin(); edit != mend.edits.rend(); ++edit) {
         text.replace(edit->offset, edit->length, edit->text);
     }
@@ -63,6 +63,23 @@ TEST(StructureMends, writeSampleRatesAsSequencesHaveThem) {
     };
     EXPECT_EQ(mended(sequence("44100")), sequence("44.1k"));
     EXPECT_EQ(mended(sequence("22050")), std::nullopt);
+}
+
+TEST(StructureMends, putThePathOfAnAssetIntoItsMediaRep) {
+    const auto asset = [](const std::string& rest) {
+        return "<fcpxml version=\"1.10\"><resources><asset id=\"r1\"" + rest +
+               "</resources></fcpxml>";
+    };
+    const std::string part = "<media-rep kind=\"original-media\" src=\"file:///a.mov\"/>";
+    EXPECT_EQ(mended(asset(" src=\"file:///a.mov\"/>"), Confidence::ask),
+              asset(">" + part + "</asset>"));
+    EXPECT_EQ(
+        mended(asset(" src=\"file:///a.mov\" name=\"A\"><metadata/></asset>"), Confidence::ask),
+        asset(" name=\"A\">" + part + "<metadata/></asset>"));
+    EXPECT_EQ(mended(asset(" src=\"file:///a.mov\">" + part + "</asset>"), Confidence::ask),
+              asset(">" + part + "</asset>"));
+    EXPECT_EQ(mended(asset(" src=\"file:///b.mov\">" + part + "</asset>"), Confidence::ask),
+              std::nullopt);
 }
 
 TEST(StructureMends, takeTheStandaloneDeclarationOut) {
