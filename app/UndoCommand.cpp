@@ -17,6 +17,7 @@
 #include "foundation/QMLog.h"
 #include "foundation/TerminalText.h"
 #include "job/Journal.h"
+#include "platform/FileSystem.h"
 #include "platform/HeldPath.h"
 #include "platform/Termination.h"
 
@@ -79,20 +80,37 @@ std::string readAnswer() {
     return length > 0 ? std::string(answer.data(), static_cast<std::size_t>(length)) : "";
 }
 
+bool isGone(const std::string& file) {
+    return !platform::nodeExists(file);
+}
+
 /// Asks on the terminal. Without one nobody can agree.
 bool askAbout(const JournalEntry& entry) {
     if (!isAtTerminal()) {
         return false;
     }
-    printError(
-        formatString("The file %@ has changed since. Bring back the original all the "
-                     "same? What is there now goes to the Trash. [y/N] ",
-                     textForStream(entry.file, STDERR_FILENO)));
+    printError(formatString(isGone(entry.file)
+                                ? "The file %@ is no longer there. Bring back the original? [y/N] "
+                                : "The file %@ has changed since. Bring back the original all the "
+                                  "same? What is there now goes to the Trash. [y/N] ",
+                            textForStream(entry.file, STDERR_FILENO)));
     const std::string answer = readAnswer();
     if (!answer.ends_with('\n')) {
         printError("\n");
     }
     return answer.starts_with('y') || answer.starts_with('Y');
+}
+
+/// Why a file was left alone; an interruption says enough.
+std::string refusalOf(const std::string& file) {
+    if (platform::interruption() != 0) {
+        return "";
+    }
+    return formatString(isGone(file)
+                            ? "The file %@ is no longer there; --force brings the original back."
+                            : "The file %@ has changed since and was left as it is; --force "
+                              "brings the original back all the same.",
+                        file);
 }
 
 /// Why a file was not put back.
@@ -108,12 +126,7 @@ std::string failureOf(const UndoResult& result) {
             return formatString("The original of the file %@ is no longer in the Trash.",
                                 result.file);
         case UndoResult::End::changed:
-            return platform::interruption() != 0
-                       ? ""
-                       : formatString(
-                             "The file %@ has changed since and was left as it is; --force "
-                             "brings the original back all the same.",
-                             result.file);
+            return refusalOf(result.file);
         case UndoResult::End::failed:
             return result.error ? result.error->localizedDescription()
                                 : formatString("The file %@ could not be put back.", result.file);

@@ -124,6 +124,21 @@ TEST_F(UndoProgramTest, leavesAChangedFileWithoutATerminal) {
     EXPECT_EQ(readBytes(trashed("cut.xml")), "edited");
 }
 
+TEST_F(UndoProgramTest, bringsAFileBackThatIsGoneWhenToldTo) {
+    const std::string path = repaired("cut.xml");
+    fs::remove(path);
+    const ProgramResult refused = undo({path});
+    EXPECT_EQ(refused.status, 3);
+    EXPECT_EQ(refused.errors, "vornic-repair: The file " + path +
+                                  " is no longer there; --force brings the original back.\n");
+    EXPECT_FALSE(exists(path));
+    const ProgramResult forced = undo({"--force", path});
+    EXPECT_EQ(forced.status, 0);
+    EXPECT_EQ(forced.errors, "");
+    EXPECT_EQ(forced.output, "The original is back: " + path + "\n");
+    EXPECT_EQ(readBytes(path), damagedXMEML());
+}
+
 TEST_F(UndoProgramTest, tellsOfAnEmptiedTrashAndGoesOn) {
     const std::string first = repaired("first.xml");
     const std::string second = repaired("second.xml");
