@@ -166,14 +166,18 @@ std::optional<Mend> pathMend(const ElementIndex& index, std::size_t offset) {
                    : std::nullopt;
     }
     const TextSpan tag = index.startTagOf(asset);
-    const bool isClosedAtOnce = tag.of(index.text()).ends_with("/>");
+    const ElementNumber first = index.firstChildOf(asset);
     const char quote = value.find('"') == std::string_view::npos ? '"' : '\'';
     std::string text = "<media-rep kind=\"original-media\" src=";
-    text.append(1, quote).append(value).append(1, quote).append("/>");
-    if (isClosedAtOnce) {
-        edits.push_back({tag.end() - 2, 2, ">" + text + "</asset>"});
+    text.append(1, quote).append(value).append(1, quote);
+    if (tag.of(index.text()).ends_with("/>")) {
+        edits.push_back({tag.end() - 2, 2, ">" + text + "/></asset>"});
+    } else if (first != kNoElement && index.isNamed(first, "bookmark")) {
+        // Which goes with the path.
+        edits.push_back({index.spanOf(first).offset, 0, text + ">"});
+        edits.push_back({index.spanOf(first).end(), 0, "</media-rep>"});
     } else {
-        edits.push_back({tag.end(), 0, std::move(text)});
+        edits.push_back({tag.end(), 0, text + "/>"});
     }
     return Mend{Confidence::ask, "move the path into a media-rep", std::move(edits)};
 }

@@ -1,5 +1,6 @@
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -80,6 +81,21 @@ TEST(StructureMends, putThePathOfAnAssetIntoItsMediaRep) {
               asset(">" + part + "</asset>"));
     EXPECT_EQ(mended(asset(" src=\"file:///b.mov\">" + part + "</asset>"), Confidence::ask),
               std::nullopt);
+}
+
+TEST(StructureMends, takeTheBookmarkOfAnAssetAlong) {
+    const std::string file =
+        "<fcpxml version=\"1.10\"><resources><asset id=\"r1\" src=\"file:///a.mov\">"
+        "<bookmark>b</bookmark></asset></resources></fcpxml>";
+    const Report report = checkFile(file, {});
+    ASSERT_EQ(report.findings.kept().size(), 2U);
+    ASSERT_TRUE(report.findings.kept().front().mend.has_value());
+    std::string text = file;
+    const std::vector<Edit>& edits = report.findings.kept().front().mend->edits;
+    for (auto edit = edits.rbegin(); edit != edits.rend(); ++edit) {
+        text.replace(edit->offset, edit->length, edit->text);
+    }
+    EXPECT_TRUE(checkFile(text, {}).findings.kept().empty());
 }
 
 TEST(StructureMends, takeTheStandaloneDeclarationOut) {
