@@ -39,8 +39,7 @@ void check(const ElementIndex& index, bool isComplete, const CheckOptions& optio
         report.groups.push_back({RuleGroup::versions, true, ""});
     } else {
         skip(report, RuleGroup::versions,
-             options.reads ? "the receiver's version is none of XMEML"
-                           : "no receiver's version is named");
+             options.reads ? "the receiver's version is none of XMEML" : kNotAskedFor);
     }
 }
 

@@ -13,6 +13,8 @@ struct Requirement {
     std::string_view rules;
 };
 
+/// All that the rules about the formats hold: each rule stands in one of these at least. What XML
+/// asks for is no part of it.
 inline constexpr Requirement kRequirements[] = {
     {"FCPXML is valid by the definition of the version that it declares",
      "structure-unknown-element structure-element-of-other-version structure-misplaced-element "
@@ -70,6 +72,49 @@ inline constexpr Requirement kRequirements[] = {
      "values-src-other-host values-src-no-extension"},
     {"FCPXML: the audioRate of a sequence is one of a list, such as 44.1k, and an asset's is in Hz",
      "structure-value-not-listed values-audio-number values-audio-swapped"},
+    {"XMEML: clips, clip items, files, rates, timecodes, links, markers, parameters, multiclips, "
+     "angles and metadata have their required parts",
+     "structure-missing-part structure-left-out-part"},
+    {"XMEML: a project, a bin, or clips and sequences stand in the root element",
+     "structure-root-content structure-no-content"},
+    {"XMEML: the version is a whole number from 1 to 5",
+     "structure-no-version structure-unknown-version structure-version-form"},
+    {"XMEML: no element is newer than the version that the file declares, or that a receiver reads",
+     "structure-newer-element versions-newer-element versions-newer-than-receiver"},
+    {"XMEML: a file is defined once and named by empty elements after that",
+     "references-file-repeated references-file-redefined"},
+    {"XMEML: what is named is defined somewhere",
+     "references-file-undefined references-clip-undefined"},
+    {"XMEML: a link names a clip item of the file, with its track and number",
+     "references-dangling-link references-link-numbers"},
+    {"XMEML: ids of clip items are unique", "references-clip-item-repeated"},
+    {"XMEML: a master clip that is not in the file is normal", "references-master-clip-missing"},
+    {"XMEML: out less in is end less start, but beside transitions and with another rate",
+     "timing-length timing-missing-transition timing-stray-transition"},
+    {"XMEML: in lies before out, start before end", "timing-in-out timing-start-end"},
+    {"XMEML: times are whole numbers of frames",
+     "timing-number timing-number-with-fraction timing-number-range"},
+    {"XMEML: a clip ends within its media, stills apart", "timing-out-beyond-media"},
+    {"XMEML: a timebase is a whole number, mostly 24, 25, 30, 48, 50 or 60",
+     "timing-timebase timing-timebase-cut-off timing-unusual-timebase"},
+    {"XMEML: ntsc is TRUE or FALSE, fits the timebase, and is not left to guess",
+     "timing-missing-ntsc timing-ntsc values-boolean values-boolean-case"},
+    {"XMEML: a timecode and its frame number say the same",
+     "timing-timecode-string timing-timecode-frame"},
+    {"XMEML: clip items of a track stand in order and do not overlap",
+     "timing-item-order timing-overlap"},
+    {"XMEML: numbers and words have the form that the format lists",
+     "values-number values-number-range values-word"},
+    {"XMEML: pathurl is a percent-encoded file URL",
+     "values-pathurl-not-absolute values-pathurl-not-encoded values-pathurl-other-host "
+     "values-pathurl-windows-path"},
+    {"XMEML: drop frame goes with 29.97 and 59.94 frames a second alone", "timing-drop-frame-flag"},
+    {"XMEML: a sequence lasts as long as what is in it", "timing-sequence-too-short"},
+    {"XMEML: channel counts and sample rates are possible ones, and not exchanged",
+     "values-channels-swapped values-channel-count values-sample-rate"},
+    {"Characters that a classic repair takes out, control characters and half pairs are told",
+     "characters-removed-by-repair characters-control characters-half-pair "
+     "characters-long-reference"},
 };
 
 }  // namespace vornic::rules

@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <cstdlib>
+#include <set>
 #include <sstream>
 #include <string>
 
@@ -7,9 +9,21 @@
 #include "report/RulePage.h"
 #include "report/RuleTable.h"
 #include "report/rules/Requirements.h"
+#include "tests/support/FileState.h"
+#include "tests/support/Sandbox.h"
 
 namespace vornic {
 namespace {
+
+const std::string kDocument = VORNIC_SOURCE "/docs/rules.md";
+const std::string kManualPage = VORNIC_SOURCE "/packaging/man/vornic-rules.7";
+
+// The page's date is that of its last change.
+std::string manualPage() {
+    const std::string page = test::readBytes(kManualPage);
+    const std::string title = ".TH VORNIC\\-RULES 7 ";
+    return rulesInRoff(page.substr(0, title.size()) == title ? page.substr(title.size(), 10) : "");
+}
 
 bool isOfACheck(const Rule& rule) {
     return rule.group != RuleGroup::repair;
@@ -60,6 +74,33 @@ TEST(Requirements, areHeldByRulesThatExist) {
             EXPECT_TRUE(findRule(id).has_value()) << requirement.text << ": " << id;
         }
     }
+}
+
+TEST(Requirements, nameEveryRuleAboutTheFormats) {
+    std::set<std::string> named;
+    for (const rules::Requirement& requirement : rules::kRequirements) {
+        std::istringstream ids{std::string(requirement.rules)};
+        for (std::string id; ids >> id;) {
+            named.insert(id);
+        }
+    }
+    for (const Rule& rule : kRuleTable) {
+        if (isOfACheck(rule) && rule.group != RuleGroup::xml) {
+            EXPECT_TRUE(named.contains(std::string(rule.id))) << rule.id;
+        }
+    }
+}
+
+// scripts/refresh-rules names a folder for what these files should hold.
+TEST(RulePages, thatAreCheckedInAreMadeFromTheTable) {
+    if (const char* const folder = std::getenv("VORNIC_REFRESH_RULES")) {
+        test::writeBytes(std::string(folder) + "/rules.md", rulesInMarkdown());
+        test::writeBytes(std::string(folder) + "/vornic-rules.7",
+                         rulesInRoff(std::getenv("VORNIC_REFRESH_DATE")));
+        return;
+    }
+    EXPECT_EQ(test::readBytes(kDocument), rulesInMarkdown()) << "scripts/refresh-rules is due";
+    EXPECT_EQ(test::readBytes(kManualPage), manualPage()) << "scripts/refresh-rules is due";
 }
 
 }  // namespace
