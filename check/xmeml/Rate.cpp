@@ -41,13 +41,16 @@ std::string twoDigits(std::int64_t number) {
 }  // namespace
 
 std::optional<bool> readBoolean(std::string_view text) {
-    if (text.size() != 4 && text.size() != 5) {
+    constexpr std::size_t kLongest = 5;
+    if (text.size() > kLongest) {
         return std::nullopt;
     }
     const std::string lower = lowercased(text);
-    return lower == "true"    ? std::optional(true)
-           : lower == "false" ? std::optional(false)
-                              : std::nullopt;
+    if (lower == "true" || lower == "1" || lower == "yes" || lower == "on") {
+        return true;
+    }
+    const bool isFalse = lower == "false" || lower == "0" || lower == "no" || lower == "off";
+    return isFalse ? std::optional(false) : std::nullopt;
 }
 
 bool isDropFrameFlag(std::string_view displayFormat) {

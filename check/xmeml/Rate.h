@@ -30,7 +30,8 @@ struct Rate {
 /// No program counts more frames a second.
 inline constexpr std::int64_t kMostTimebase = 1000;
 
-/// "TRUE" and "FALSE" in any case of their letters.
+/// "TRUE" and "FALSE" in any case of their letters, and what else people write for them: 1, yes,
+/// on, 0, no, off.
 [[nodiscard]] std::optional<bool> readBoolean(std::string_view text);
 
 /// Whether a `<displayformat>` means drop frame, in any case of its letters.

@@ -139,7 +139,7 @@ void RateCheck::addMalformedTimebase(ElementNumber rate, ElementNumber timebase,
     }
     finding->arguments = {
         {"thing", view_.describe(rate)}, {"value", quoted(text)}, {"right", right}};
-    if (isWhole) {
+    if (isWhole && isUsual(readNumber(whole).value)) {
         finding->mend = Mend{Confidence::safe,
                              "write the timebase as " + right,
                              {{place.offset, place.length, string(whole)}}};

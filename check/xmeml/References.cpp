@@ -8,6 +8,7 @@
 #include "check/xmeml/Rules.h"
 #include "check/xmeml/TrackTable.h"
 #include "check/xmeml/WhiteSpace.h"
+#include "foundation/Text.h"
 #include "xml/TextPlace.h"
 
 namespace vornic::xmeml {
@@ -216,7 +217,7 @@ void ReferenceCheck::checkLinkNumbers(ElementNumber link, const Parts& parts, El
     };
     const std::optional<std::int64_t> track = numberOf(Name::trackindex);
     const std::optional<std::int64_t> clip = numberOf(Name::clipindex);
-    const std::string_view media = view_.textOf(parts[Name::mediatype], storage);
+    const string media = lowercased(view_.textOf(parts[Name::mediatype], storage));
     if (!track || !clip || (media != "video" && media != "audio")) {
         return;
     }
@@ -224,8 +225,8 @@ void ReferenceCheck::checkLinkNumbers(ElementNumber link, const Parts& parts, El
     const std::optional<ItemPlace> own = tracks.placeOf(index_.parentOf(link));
     if (target == kNoElement) {
         if (own && (*clip < 1 || *clip > tracks.itemCount(own->track.timeline, isAudio, *track))) {
-            addDanglingLink(link, "clip " + std::to_string(*clip) + " of " + string(media) +
-                                      " track " + std::to_string(*track));
+            addDanglingLink(link, "clip " + std::to_string(*clip) + " of " + media + " track " +
+                                      std::to_string(*track));
         }
         return;
     }

@@ -55,15 +55,6 @@ string listed(std::span<const string_view> words) {
     return text;
 }
 
-// TRUE or FALSE for what else people write.
-string_view booleanMeantBy(string_view text) {
-    const string lower = lowercased(text);
-    if (lower == "1" || lower == "yes" || lower == "on") {
-        return "TRUE";
-    }
-    return lower == "0" || lower == "no" || lower == "off" ? "FALSE" : "";
-}
-
 class ValueCheck {
   public:
     ValueCheck(const View& view, Findings& findings)
@@ -147,16 +138,18 @@ void ValueCheck::checkBoolean(ElementNumber element) {
         return;
     }
     const std::optional<bool> value = readBoolean(text);
+    const string_view right = !value ? "" : *value ? "TRUE" : "FALSE";
+    const bool differsByCase = value && equalButForCase(text, right);
     Finding* const finding =
-        value ? add("values-boolean-case"_rule, Severity::info, element, quoted(text))
-              : add("values-boolean"_rule, Severity::warning, element, quoted(text));
+        differsByCase ? add("values-boolean-case"_rule, Severity::info, element, quoted(text))
+                      : add("values-boolean"_rule, Severity::warning, element, quoted(text));
     if (finding == nullptr) {
         return;
     }
-    const string_view right = value ? (*value ? "TRUE" : "FALSE") : booleanMeantBy(text);
     finding->arguments.push_back({"right", string(right)});
-    if (!right.empty()) {
-        mend(*finding, value ? Confidence::safe : Confidence::ask, view_.placeOf(element), right);
+    if (value) {
+        mend(*finding, differsByCase ? Confidence::safe : Confidence::ask, view_.placeOf(element),
+             right);
     }
 }
 

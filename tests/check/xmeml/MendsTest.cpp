@@ -1,11 +1,13 @@
 // What the rules of XMEML offer as a mend takes the finding away and brings no other.
 
+#include <algorithm>
 #include <map>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "check/Check.h"
+#include "job/MendedBytes.h"
 #include "report/RuleTable.h"
 #include "tests/support/RuleFixtures.h"
 
@@ -53,6 +55,25 @@ TEST(XMEMLMends, takeTheirFindingAwayAndBringNoOther) {
         }
     }
     EXPECT_GE(count, 30);
+}
+
+// Each is asked for, where it has to be.
+TEST(XMEMLMends, areMadeInEveryFileThatBreaksTheirRule) {
+    for (const test::RuleFixture& fixture : test::ruleFixtures()) {
+        const Report report = checkFile(fixture.bytes, fixture.options);
+        if (report.kind != "xmeml" || !fixture.breaks()) {
+            continue;
+        }
+        MendRequest request;
+        request.asked = {*findRule(fixture.rule)};
+        request.check = fixture.options;
+        const MendedBytes mended = MendedBytes::of(fixture.bytes, request);
+        EXPECT_EQ(mended.refusal, "") << fixture.rule << "/" << fixture.name;
+        const bool isMended =
+            std::any_of(report.findings.kept().begin(), report.findings.kept().end(),
+                        [](const Finding& finding) { return finding.mend.has_value(); });
+        EXPECT_EQ(mended.edits.empty(), !isMended) << fixture.rule << "/" << fixture.name;
+    }
 }
 
 TEST(XMEMLMends, ofARepeatedFileLeaveItsTagAndTakeItsContent) {

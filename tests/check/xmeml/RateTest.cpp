@@ -64,6 +64,16 @@ TEST(XMEMLNumber, tellsHowItIsWritten) {
     }
 }
 
+TEST(XMEMLRate, readsWhatPeopleWriteForYesAndNo) {
+    EXPECT_EQ(readBoolean("TRUE"), true);
+    EXPECT_EQ(readBoolean("True"), true);
+    EXPECT_EQ(readBoolean("1"), true);
+    EXPECT_EQ(readBoolean("No"), false);
+    for (const char* const text : {"", "2", "maybe", "TRUE ", "{{ntsc}}", "falsely"}) {
+        EXPECT_EQ(readBoolean(text), std::nullopt) << text;
+    }
+}
+
 TEST(XMEMLRate, ofAnUnknownFlagMayBeEitherOne) {
     const Rate open{30, std::nullopt};
     EXPECT_TRUE(open.mayEqual({30, true}));
