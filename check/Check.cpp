@@ -13,6 +13,8 @@
 #include "formats/ElementIndexBuilder.h"
 #include "formats/PlaceFinder.h"
 #include "formats/fcpxml/Timecodes.h"
+#include "foundation/Text.h"
+#include "platform/PathText.h"
 #include "report/XMLFindings.h"
 #include "report/XMLRuleOf.h"
 #include "xml/TextDecoding.h"
@@ -75,6 +77,7 @@ class Check {
         } else {
             judgeFCPXML();
         }
+        addExtension();
         judgeCharacters();
         skip(RuleGroup::media, kNotAskedFor);
         addTimecodes();
@@ -118,6 +121,7 @@ class Check {
         XMLEventTee both{&builder, validator_ ? &*validator_ : nullptr};
         const XMLReading reading = readXML(source_.text, XMLMode::tolerant, &both, &sink);
         sink.addFault(reading);
+        addEncoding();
         index_.emplace(std::move(builder).finish());
         isComplete_ = !reading.fault;
         isMended_ = sink.hasMends();
@@ -161,6 +165,31 @@ class Check {
         makeValidator(*index_);
         UnheardMends mends;
         static_cast<void>(readXML(source_.text, XMLMode::tolerant, &*validator_, &mends));
+    }
+
+    // Programs go by the ending; XMEML is known under many.
+    void addExtension() {
+        const FileKind kind = index_->kind();
+        const std::string extension =
+            lowercasedLetters(platform::splitExtension(options_.fileName).extension);
+        const bool saysFCPXML = extension == ".fcpxml";
+        if (extension.empty() || (kind != FileKind::fcpxml && kind != FileKind::xmeml) ||
+            saysFCPXML == (kind == FileKind::fcpxml)) {
+            return;
+        }
+        const bool isFCPXML = kind == FileKind::fcpxml;
+        report_.findings.add("values-extension"_rule, {},
+                             {{"kind", isFCPXML ? "FCPXML" : "XMEML"},
+                              {"extension", extension},
+                              {"right", isFCPXML ? ".fcpxml" : ".xml"}});
+    }
+
+    // ASCII is UTF-8 as well.
+    void addEncoding() {
+        const std::string& encoding = source_.decoding.encoding;
+        if (encoding != "UTF-8" && encoding != "ASCII") {
+            report_.findings.add("values-encoding"_rule, {}, {{"name", encoding}});
+        }
     }
 
     void skip(RuleGroup group, std::string_view why) {

@@ -92,7 +92,7 @@ MendedFile mendFile(const std::string& path, const MendRequest& request, Waiting
         return result;
     }
     result.mended = MendedBytes::of(*bytes, request);
-    if (!result.mended.edits.empty()) {
+    if (result.mended.bytes != *bytes) {
         InPlace(path, waiting, result).run(*bytes, observer);
     }
     return result;

@@ -8,6 +8,7 @@
 #include "foundation/FormatString.h"
 #include "mend/UnifiedDifference.h"
 #include "report/RuleTable.h"
+#include "xml/FileOffsets.h"
 #include "xml/TextPlace.h"
 
 namespace vornic {
@@ -84,6 +85,22 @@ void placeInOldBytes(std::vector<MendRecord>& records, const EditList& edits,
     }
 }
 
+// What makes the XML declaration of a text say UTF-8; nothing where it names no encoding.
+EditList encodingInDeclaration(std::string_view text) {
+    const std::string_view declaration =
+        text.starts_with("<?xml") ? text.substr(0, text.find("?>")) : std::string_view();
+    const std::size_t name = declaration.find("encoding");
+    const std::size_t quote = declaration.find_first_of("\"'", name);
+    if (name == std::string_view::npos || quote == std::string_view::npos) {
+        return {};
+    }
+    const std::size_t end = declaration.find(declaration[quote], quote + 1);
+    if (end == std::string_view::npos) {
+        return {};
+    }
+    return {{quote + 1, end - quote - 1, "UTF-8"}};
+}
+
 // Mends one file, round after round.
 class Mending {
   public:
@@ -94,8 +111,12 @@ class Mending {
     }
 
     MendedBytes run() {
+        mended_.old = old_;
         mended_.bytes = old_;
         mended_.report = checkFile(mended_.bytes, options_);
+        if (request_.toUTF8) {
+            changeEncoding();
+        }
         for (int round = 0; round < kMostRounds && makeRound(); ++round) {
         }
         if (!mended_.refusal.empty()) {
@@ -110,6 +131,26 @@ class Mending {
     }
 
   private:
+    void changeEncoding() {
+        ErrorSlot error;
+        std::optional<DecodedText> source = decodeXMLText(old_, error);
+        const auto& findings = mended_.report.findings.kept();
+        const auto found = std::find_if(findings.begin(), findings.end(), [](const Finding& it) {
+            return it.rule == "values-encoding"_rule;
+        });
+        if (!source || found == findings.end()) {
+            return;
+        }
+        mended_.records.push_back({*found, true, ""});
+        mended_.records.back().finding.mend = Mend{Confidence::ask, "write the file in UTF-8", {}};
+        mended_.edits = encodingInDeclaration(source->text);
+        mended_.bytes = applyEdits(source->text, mended_.edits);
+        mended_.old = source->text;
+        mended_.isEncodingChanged = true;
+        mended_.report = checkFile(mended_.bytes, options_);
+        decoded_ = std::move(source);
+    }
+
     // @return whether something was mended.
     bool makeRound() {
         MendPlan plan = MendPlan::of(mended_.report.findings, request_.asked);
@@ -139,7 +180,16 @@ class Mending {
         std::erase_if(records,
                       [isLast](const MendRecord& record) { return !record.isMade && !isLast; });
         if (!mended_.edits.empty()) {
-            placeInOldBytes(records, mended_.edits, old_);
+            placeInOldBytes(records, mended_.edits, mended_.old);
+        }
+        if (decoded_) {
+            FileOffsets offsets(decoded_->text, decoded_->decoding);
+            for (MendRecord& record : records) {
+                Place& where = record.finding.where;
+                const std::size_t end = offsets.of(where.offset + where.length);
+                where.offset = offsets.of(where.offset);
+                where.length = end - where.offset;
+            }
         }
         for (MendRecord& record : records) {
             made_[record.finding.rule.index] += record.isMade ? 1 : 0;
@@ -162,7 +212,9 @@ class Mending {
     }
 
     void giveUp() {
-        mended_.bytes = std::move(old_);
+        mended_.bytes = old_;
+        mended_.old = std::move(old_);
+        mended_.isEncodingChanged = false;
         mended_.edits.clear();
         mended_.report = checkFile(mended_.bytes, options_);
         mended_.records = MendPlan::of(mended_.report.findings, {}).records;
@@ -189,6 +241,8 @@ class Mending {
     MendedBytes mended_;
     // Mends of the present round, for each rule.
     Counts made_{};
+    // The old bytes as text, where the encoding is changed.
+    std::optional<DecodedText> decoded_;
 };
 
 }  // namespace
@@ -197,12 +251,13 @@ MendedBytes MendedBytes::of(std::string bytes, const MendRequest& request) {
     return Mending(std::move(bytes), request).run();
 }
 
-std::string differenceOf(std::string bytes, const EditList& edits, std::string_view oldName,
-                         std::string_view newName) {
+std::string MendedBytes::difference(std::string_view oldName, std::string_view newName) const {
+    if (isEncodingChanged) {
+        return unifiedDifference(old, edits, oldName, newName);
+    }
     ErrorSlot error;
-    const std::string newBytes = applyEdits(bytes, edits);
-    const std::optional<DecodedText> before = decodeXMLText(std::move(bytes), error);
-    const std::optional<DecodedText> after = decodeXMLText(newBytes, error);
+    const std::optional<DecodedText> before = decodeXMLText(old, error);
+    const std::optional<DecodedText> after = decodeXMLText(bytes, error);
     if (!before || !after) {
         return "";
     }

@@ -14,6 +14,8 @@ namespace vornic {
 struct MendRequest {
     /// Rules whose mends are made although they ask.
     std::vector<RuleId> asked;
+    /// Whether a file in another encoding becomes UTF-8, with every character.
+    bool toUTF8 = false;
     /// How the file is checked, before and afterwards. Only what these look at is mended.
     CheckOptions check;
 };
@@ -22,7 +24,10 @@ struct MendRequest {
 struct MendedBytes {
     /// Without mends, or with a refusal, what they were.
     std::string bytes;
-    /// From the old bytes to these; their text in the file's encoding.
+    /// The old bytes; where the encoding is changed, their text in UTF-8.
+    std::string old;
+    bool isEncodingChanged = false;
+    /// From `old` to `bytes`; their text in that encoding.
     EditList edits;
     /// What was made, and what was found and not made, in the order of the file. Places are those
     /// of the old bytes.
@@ -37,13 +42,11 @@ struct MendedBytes {
     /// one that was not there is a fault of this program: then nothing is mended, and the refusal
     /// names the rule. Linear for each round; mends rarely wait for each other. Any thread.
     [[nodiscard]] static MendedBytes of(std::string bytes, const MendRequest& request);
-};
 
-/// What the edits do, for people and for `patch`: the difference between the texts, whatever the
-/// encoding of the file.
-/// @param bytes of the file before
-[[nodiscard]] std::string differenceOf(std::string bytes, const EditList& edits,
-                                       std::string_view oldName, std::string_view newName);
+    /// What is changed, for people and for `patch`: the difference between the texts, whatever the
+    /// encoding of the file.
+    [[nodiscard]] std::string difference(std::string_view oldName, std::string_view newName) const;
+};
 
 }  // namespace vornic
 

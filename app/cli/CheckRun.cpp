@@ -18,6 +18,7 @@
 #include "foundation/TerminalText.h"
 #include "platform/CrashStack.h"
 #include "platform/FileSystem.h"
+#include "platform/PathText.h"
 #include "platform/Termination.h"
 #include "report/GNUReportWriter.h"
 #include "report/JSONReportWriter.h"
@@ -123,7 +124,9 @@ CheckRun::CheckedFile CheckRun::check(const std::string& path) const {
             file.refusal = error->localizedDescription();
             return file;
         }
-        file.report = checkFile(std::move(*bytes), settings_.check);
+        CheckOptions options = settings_.check;
+        options.fileName = path == "-" ? "" : platform::lastComponent(path);
+        file.report = checkFile(std::move(*bytes), options);
         file.report.path = path;
     } catch (const std::bad_alloc&) {
         file.refusal = formatString("There is not enough memory to check the file %@.", path);

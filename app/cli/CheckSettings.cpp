@@ -128,18 +128,33 @@ class SettingsReader {
             fault_ = isDryRun || output ? "--dry-run and -o go with --fix" : fault_;
             return;
         }
+        settings_.fix.emplace();
+        settings_.fix->isDryRun = isDryRun;
+        settings_.fix->output = output;
         RuleSelection asked;
         for (const std::string& list : lists) {
-            if (fault_.empty() && !list.empty()) {
-                fault_ = asked.addOnly(list);
-            }
+            readAsked(list, asked);
         }
-        settings_.fix = FixSettings{.asked = {}, .isDryRun = isDryRun, .output = output};
         for (const Rule* const rule : asked.only()) {
             settings_.fix->asked.push_back(*findRule(rule->id));
         }
         // One after the other: what two names of one file lead to is mended once.
         settings_.jobs = 1;
+    }
+
+    // Ids and groups, and the two mends that concern the whole file.
+    void readAsked(std::string_view list, RuleSelection& asked) {
+        while (!list.empty() && fault_.empty()) {
+            const std::string_view name = list.substr(0, list.find(','));
+            list.remove_prefix(std::min(name.size() + 1, list.size()));
+            if (name == "encoding" || name == "values-encoding") {
+                settings_.fix->toUTF8 = true;
+            } else if (name == "extension" || name == "values-extension") {
+                settings_.fix->renames = true;
+            } else {
+                fault_ = asked.addOnly(name);
+            }
+        }
     }
 
     const CommandLine& line_;

@@ -3,6 +3,7 @@
 #include <string_view>
 #include <utility>
 
+#include "formats/FileKind.h"
 #include "foundation/FormatString.h"
 #include "foundation/QMLog.h"
 #include "job/JournaledSwap.h"
@@ -11,6 +12,7 @@
 #include "platform/FileSystem.h"
 #include "platform/PathText.h"
 #include "platform/Termination.h"
+#include "report/RuleTable.h"
 
 #ifndef VORNIC_VERSION
 #error "VORNIC_VERSION is the project's version"
@@ -51,11 +53,14 @@ class Fixing {
     Fixing(const std::string& path, const CheckOptions& options, const FixSettings& settings)
         : path_(path), settings_(settings) {
         request_.asked = settings.asked;
+        request_.toUTF8 = settings.toUTF8;
         request_.check = options;
+        request_.check.fileName = platform::lastComponent(path);
     }
 
     FixedFile run() && {
-        if (settings_.isDryRun || settings_.output) {
+        hasWrongName_ = settings_.renames && needsOtherName();
+        if (settings_.isDryRun || settings_.output || hasWrongName_) {
             fixCopy();
         } else {
             fixInPlace();
@@ -65,6 +70,13 @@ class Fixing {
     }
 
   private:
+    [[nodiscard]] bool needsOtherName() const {
+        ErrorSlot ignored;
+        std::optional<std::string> bytes = platform::readFile(path_, ignored);
+        return bytes && checkFile(std::move(*bytes), request_.check)
+                                .findings.count("values-extension"_rule) != 0;
+    }
+
     void fixInPlace() {
         Patience patience(fixed_.lines);
         JournaledSwap journaled(std::string(kProgram), VORNIC_VERSION, JournalEntry::Action::mend);
@@ -94,27 +106,60 @@ class Fixing {
         }
         MendedBytes mended = MendedBytes::of(*bytes, request_);
         if (settings_.isDryRun) {
-            fixed_.difference = differenceOf(*bytes, mended.edits, path_, path_);
+            fixed_.difference = mended.difference(path_, path_);
             mended.report = checkFile(*bytes, request_.check);
             notMade(mended.records, "--dry-run writes nothing");
-        } else if (mended.refusal.empty()) {
-            writeCopy(mended.bytes);
         }
+        fixed_.report.kind = mended.report.kind;
+        const bool writes = !settings_.isDryRun && mended.refusal.empty();
+        const std::string result = writes ? mended.bytes : "";
         take(std::move(mended));
+        if (writes) {
+            writeCopy(result);
+        }
     }
 
     void writeCopy(const std::string& bytes) {
-        const std::string wanted =
-            platform::isDirectory(*settings_.output)
-                ? platform::joinPath(*settings_.output, platform::lastComponent(path_))
-                : *settings_.output;
+        const std::string wanted = wantedPath();
         ErrorSlot error;
         const std::optional<ResultFile> written = writeResultFile(wanted, bytes, path_, error);
         if (!written) {
             return refuse(error->localizedDescription());
         }
         fixed_.lines.push_back(formatString("The mended file is %@", written->path));
+        if (hasWrongName_) {
+            tellName(written->path);
+        }
         tellLost(written->lostMetadata);
+    }
+
+    // The copy has the ending that was missed.
+    void tellName(const std::string& path) {
+        for (MendRecord& record : *fixed_.report.mends) {
+            if (record.finding.rule == "values-extension"_rule) {
+                record.finding.mend = Mend{
+                    Confidence::ask, "write a copy named " + platform::lastComponent(path), {}};
+                record.isMade = true;
+                record.why.clear();
+            }
+        }
+    }
+
+    [[nodiscard]] std::string wantedPath() const {
+        const std::string name = hasWrongName_ ? rightName() : platform::lastComponent(path_);
+        if (!settings_.output) {
+            return path_.substr(0, path_.size() - platform::lastComponent(path_).size()) + name;
+        }
+        return platform::isDirectory(*settings_.output)
+                   ? platform::joinPath(*settings_.output, name)
+                   : *settings_.output;
+    }
+
+    // The file's name with the ending that its contents ask for.
+    [[nodiscard]] std::string rightName() const {
+        const bool isFCPXML = fixed_.report.kind == nameOf(FileKind::fcpxml);
+        return platform::splitExtension(platform::lastComponent(path_)).stem +
+               (isFCPXML ? ".fcpxml" : ".xml");
     }
 
     void take(MendedBytes mended) {
@@ -149,6 +194,7 @@ class Fixing {
     const FixSettings& settings_;
     MendRequest request_;
     FixedFile fixed_;
+    bool hasWrongName_ = false;
 };
 
 }  // namespace

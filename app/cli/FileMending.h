@@ -13,6 +13,10 @@ namespace vornic {
 struct FixSettings {
     /// Rules whose mends are made although they ask.
     std::vector<RuleId> asked;
+    /// Whether the file becomes UTF-8.
+    bool toUTF8 = false;
+    /// Whether the result is a copy with the ending that the contents ask for.
+    bool renames = false;
     /// Show what would be done; write nothing.
     bool isDryRun = false;
     /// The file or folder that takes the result; nothing for the file's own place.

@@ -136,6 +136,29 @@ TEST_F(FixCommandLineTest, tellsWhichMendsWereMadeAndWhyOthersWereNot) {
     EXPECT_EQ(report["files"][0]["rules"].count("xml-stray-ampersand"), 0U);
 }
 
+TEST_F(FixCommandLineTest, writesACopyWithTheRightEnding) {
+    const std::string project = "<fcpxml version=\"1.10\"><resources/></fcpxml>";
+    write("Cut.xml", project);
+    const ProgramResult result = check({"--fix=extension", "Cut.xml"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "The mended file is Cut.fcpxml\n");
+    EXPECT_THAT(result.output, HasSubstr("MENDED(values-extension): Cut.xml"));
+    EXPECT_EQ(readBytes(path), project);
+    EXPECT_EQ(readBytes(files.folder() + "/Cut.fcpxml"), project);
+    check({"--fix=extension", "Cut.fcpxml"});
+    EXPECT_THAT(namesIn(files.folder()), ElementsAre("Cut.fcpxml", "Cut.xml"));
+}
+
+TEST_F(FixCommandLineTest, writesUTF8InPlace) {
+    write("Cut.xml",
+          "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<xmeml version=\"5\">"
+          "<bin><name>caf\xE9</name></bin></xmeml>");
+    EXPECT_EQ(check({"--fix", "Cut.xml"}).errors, "") << "only when it is named";
+    EXPECT_THAT(check({"--fix=encoding", "Cut.xml"}).output, HasSubstr("MENDED(values-encoding)"));
+    EXPECT_THAT(readBytes(path), HasSubstr("encoding=\"UTF-8\"?>\n<xmeml version=\"5\"><bin><name>"
+                                           "caf\xC3\xA9</name>"));
+}
+
 TEST_F(FixCommandLineTest, leavesASoundFileAlone) {
     write("Cut.xml", mended());
     const FileState before = fileState(path);

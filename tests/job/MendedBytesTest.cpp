@@ -55,6 +55,29 @@ TEST(MendedBytes, writesInTheEncodingOfTheFile) {
     EXPECT_EQ(mended.bytes, bytes);
 }
 
+TEST(MendedBytes, writesUTF8WhenAsked) {
+    const std::string bytes =
+        "<?xml version='1.0' encoding='ISO-8859-1'?>\n<xmeml version=\"5\">\n"
+        "<clip><name>caf\xE9 & bar</name></clip></xmeml>\n";
+    MendRequest request;
+    EXPECT_EQ(MendedBytes::of(bytes, request).report.encoding, "ISO-8859-1");
+    request.toUTF8 = true;
+    const MendedBytes mended = MendedBytes::of(bytes, request);
+    EXPECT_EQ(mended.bytes,
+              "<?xml version='1.0' encoding='UTF-8'?>\n<xmeml version=\"5\">\n"
+              "<clip><name>caf\xC3\xA9 &amp; bar</name></clip></xmeml>\n");
+    EXPECT_EQ(mended.report.encoding, "UTF-8");
+    EXPECT_THAT(madeIn(mended),
+                ::testing::ElementsAre("values-encoding 1", "xml-stray-ampersand 3"));
+    EXPECT_EQ(mended.records.back().finding.where.offset, bytes.find('&'));
+    EXPECT_EQ(mended.difference("a", "b"),
+              "--- a\n+++ b\n@@ -1,3 +1,3 @@\n-<?xml version='1.0' encoding='ISO-8859-1'?>\n"
+              "+<?xml version='1.0' encoding='UTF-8'?>\n <xmeml version=\"5\">\n"
+              "-<clip><name>caf\xC3\xA9 & bar</name></clip></xmeml>\n"
+              "+<clip><name>caf\xC3\xA9 &amp; bar</name></clip></xmeml>\n");
+    EXPECT_EQ(MendedBytes::of(mended.bytes, request).bytes, mended.bytes);
+}
+
 TEST(MendedBytes, mendsInRoundsWhatMeetsAtOnePlace) {
     // Each of the attributes lacks the space before the next one.
     const std::string bytes = std::string(kHead) +
@@ -95,7 +118,7 @@ TEST(MendedBytes, showsTheDifferenceOfAFileInAnyEncoding) {
         bytes += '\0';
     }
     const MendedBytes mended = MendedBytes::of(bytes, {});
-    EXPECT_EQ(differenceOf(bytes, mended.edits, "old", "new"),
+    EXPECT_EQ(mended.difference("old", "new"),
               "--- old\n+++ new\n@@ -1,3 +1,3 @@\n <xmeml version=\"5\">\n-<name>a & b</name>\n"
               "+<name>a &amp; b</name>\n </xmeml>\n");
 }

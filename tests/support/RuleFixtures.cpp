@@ -59,9 +59,10 @@ std::vector<std::string> ruleFixtureFolders() {
 std::vector<RuleFixture> ruleFixtures() {
     std::vector<RuleFixture> fixtures;
     for (const std::string& rule : ruleFixtureFolders()) {
-        const CheckOptions options = optionsOf(kFolder / rule);
+        CheckOptions options = optionsOf(kFolder / rule);
         for (const std::string& name : namesIn(kFolder / rule)) {
             const fs::path path = kFolder / rule / name;
+            options.fileName = name;
             if (isFixture(name)) {
                 fixtures.push_back({rule, name, readBytes(path), options});
             } else if (name != "options") {
