@@ -72,6 +72,14 @@ TEST_F(LeftFilesTest, comeBackWhereNothingStands) {
     EXPECT_EQ(inTrash("Cut-backup.xml"), "a working copy");
 }
 
+TEST_F(LeftFilesTest, thatWereHiddenBeforeGoToTheTrashByTheUsersName) {
+    sandbox.write("..Cut.xml.vornic.undo.vornic-abcdefgh01", "the older");
+    secondsAhead = 3600;
+    EXPECT_EQ(clearLeftFiles(sandbox.folder()).size(), 1U);
+    EXPECT_EQ(inTrash("Cut.xml"), "the older");
+    EXPECT_EQ(names(), Strings{"Cut.xml"});
+}
+
 TEST_F(LeftFilesTest, ofALivingProgramStay) {
     std::ofstream(left) << "the older";
     EXPECT_EQ(clearLeftFiles(sandbox.folder()), Strings{}) << "it has just come";
