@@ -1,5 +1,7 @@
 #include "check/xmeml/Check.h"
 
+#include <algorithm>
+
 #include "check/xmeml/Rules.h"
 #include "formats/xmeml/Version.h"
 
@@ -11,6 +13,21 @@ void skip(Report& report, RuleGroup group, std::string_view why) {
     report.groups.push_back({group, false, std::string(why)});
 }
 
+// The rules that look at one element and what is in it.
+void checkElements(const View& view, Findings& findings) {
+    constexpr ElementNumber kPiece = 2048;
+    const auto size = static_cast<ElementNumber>(view.index().size());
+    for (ElementNumber first = 0; first < size;) {
+        const ElementRange range{first, first + std::min(kPiece, size - first)};
+        checkParts(view, range, findings);
+        checkNumbers(view, range, findings);
+        checkRates(view, range, findings);
+        checkSpans(view, range, findings);
+        checkValues(view, range, findings);
+        first = range.end;
+    }
+}
+
 }  // namespace
 
 void check(const ElementIndex& index, bool isComplete, const CheckOptions& options,
@@ -18,7 +35,8 @@ void check(const ElementIndex& index, bool isComplete, const CheckOptions& optio
     const View view(index, isComplete);
     const std::optional<int> reads =
         options.reads ? parseVersion(*options.reads) : std::optional<int>();
-    checkStructure(view, report.findings);
+    checkRoot(view, report.findings);
+    checkElements(view, report.findings);
     checkVersions(view, reads, report.findings);
     report.groups.push_back({RuleGroup::structure, true, ""});
     if (isComplete) {
@@ -27,12 +45,8 @@ void check(const ElementIndex& index, bool isComplete, const CheckOptions& optio
     } else {
         skip(report, RuleGroup::references, "the file could not be read to its end");
     }
-    checkNumbers(view, report.findings);
-    checkRates(view, report.findings);
-    checkSpans(view, report.findings);
     checkTimelines(view, report.findings);
     report.groups.push_back({RuleGroup::timing, true, ""});
-    checkValues(view, report.findings);
     checkPathURLs(view, report.findings);
     report.groups.push_back({RuleGroup::values, true, ""});
     if (reads) {

@@ -86,16 +86,16 @@ class NumberCheck {
   public:
     NumberCheck(const View& view, Findings& findings) : view_(view), findings_(findings) {}
 
-    void run() {
+    void run(ElementRange range) {
         const ElementIndex& index = view_.index();
-        for (ElementNumber element = 1; element < index.size(); ++element) {
+        for (ElementNumber element = range.first; element < range.end; ++element) {
             const Name name = view_.nameOf(element);
             if (!kMayBeNumber[static_cast<std::size_t>(name)]) {
                 continue;
             }
-            const Range range = rangeOf(name, view_.nameOf(index.parentOf(element)));
-            if (range != Range::none && index.isClosed(element)) {
-                check(element, range);
+            const Range allowed = rangeOf(name, view_.nameOf(index.parentOf(element)));
+            if (allowed != Range::none && index.isClosed(element)) {
+                check(element, allowed);
             }
         }
     }
@@ -154,8 +154,8 @@ class NumberCheck {
 
 }  // namespace
 
-void checkNumbers(const View& view, Findings& findings) {
-    NumberCheck(view, findings).run();
+void checkNumbers(const View& view, ElementRange range, Findings& findings) {
+    NumberCheck(view, findings).run(range);
 }
 
 }  // namespace vornic::xmeml

@@ -52,8 +52,8 @@ class RateCheck {
     RateCheck(const View& view, Findings& findings)
         : view_(view), index_(view.index()), findings_(findings) {}
 
-    void run() {
-        for (ElementNumber element = 0; element < index_.size(); ++element) {
+    void run(ElementRange range) {
+        for (ElementNumber element = range.first; element < range.end; ++element) {
             const Name name = view_.nameOf(element);
             if (name == Name::rate) {
                 checkRate(element);
@@ -261,8 +261,8 @@ void RateCheck::checkFrame(ElementNumber timecode, const Parts& parts, const Tim
 
 }  // namespace
 
-void checkRates(const View& view, Findings& findings) {
-    RateCheck(view, findings).run();
+void checkRates(const View& view, ElementRange range, Findings& findings) {
+    RateCheck(view, findings).run(range);
 }
 
 }  // namespace vornic::xmeml

@@ -21,8 +21,8 @@ class SpanCheck {
   public:
     SpanCheck(const View& view, Findings& findings) : view_(view), findings_(findings) {}
 
-    void run() {
-        for (ElementNumber element = 0; element < view_.index().size(); ++element) {
+    void run(ElementRange range) {
+        for (ElementNumber element = range.first; element < range.end; ++element) {
             switch (view_.nameOf(element)) {
                 case Name::clipitem:
                 case Name::generatoritem:
@@ -84,8 +84,8 @@ class SpanCheck {
 
 }  // namespace
 
-void checkSpans(const View& view, Findings& findings) {
-    SpanCheck(view, findings).run();
+void checkSpans(const View& view, ElementRange range, Findings& findings) {
+    SpanCheck(view, findings).run(range);
 }
 
 }  // namespace vornic::xmeml

@@ -178,6 +178,8 @@ bool isContent(Name name) {
            name == Name::effect;
 }
 
+}  // namespace
+
 void checkRoot(const View& view, Findings& findings) {
     const ElementIndex& index = view.index();
     bool hasContent = false;
@@ -200,12 +202,9 @@ void checkRoot(const View& view, Findings& findings) {
     }
 }
 
-}  // namespace
-
-void checkStructure(const View& view, Findings& findings) {
+void checkParts(const View& view, ElementRange range, Findings& findings) {
     const ElementIndex& index = view.index();
-    checkRoot(view, findings);
-    for (ElementNumber element = 0; element < index.size(); ++element) {
+    for (ElementNumber element = range.first; element < range.end; ++element) {
         if (!hasRequirements(view.nameOf(element)) || view.isReference(element) ||
             !index.isClosed(element) || isPlainValue(view, element)) {
             continue;

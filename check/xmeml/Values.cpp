@@ -60,8 +60,8 @@ class ValueCheck {
     ValueCheck(const View& view, Findings& findings)
         : view_(view), index_(view.index()), findings_(findings) {}
 
-    void run() {
-        for (ElementNumber element = 1; element < index_.size(); ++element) {
+    void run(ElementRange range) {
+        for (ElementNumber element = range.first; element < range.end; ++element) {
             check(element);
         }
     }
@@ -217,8 +217,8 @@ void ValueCheck::addSwapped(ElementNumber channels, ElementNumber rate) {
 
 }  // namespace
 
-void checkValues(const View& view, Findings& findings) {
-    ValueCheck(view, findings).run();
+void checkValues(const View& view, ElementRange range, Findings& findings) {
+    ValueCheck(view, findings).run(range);
 }
 
 }  // namespace vornic::xmeml

@@ -12,6 +12,12 @@
 
 namespace vornic::xmeml {
 
+/// Elements by their numbers, the last one not included.
+struct ElementRange {
+    ElementNumber first = 0;
+    ElementNumber end = 0;
+};
+
 /// An XMEML file as its rules read it: the index, with the names that they know as numbers.
 class View {
   public:
