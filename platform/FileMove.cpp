@@ -58,6 +58,10 @@ bool removeOriginal(const std::string& source, const std::string& copy,
     ErrorSlot ignored;
     int errorNumber = renameWithoutReplacing(source, aside);
     if (errorNumber != 0) {
+        // A volume may carry out what it reports as failed.
+        if (nodeExists(aside)) {
+            putBack(aside, source);
+        }
         removeItem(copy, ignored);
         return failFile(error, source, verb, errorNumber);
     }
