@@ -115,6 +115,8 @@ inline constexpr Requirement kRequirements[] = {
     {"Characters that a classic repair takes out, control characters and half pairs are told",
      "characters-removed-by-repair characters-control characters-half-pair "
      "characters-long-reference"},
+    {"A file is UTF-8, and its name says which format it is in",
+     "values-encoding values-extension"},
 };
 
 }  // namespace vornic::rules
