@@ -119,7 +119,9 @@ class Check {
         ElementIndexBuilder builder(source_.text);
         XMLFindings sink(source_.text, report_.findings);
         XMLEventTee both{&builder, validator_ ? &*validator_ : nullptr};
-        const XMLReading reading = readXML(source_.text, XMLMode::tolerant, &both, &sink);
+        XMLReaderEvents* const events =
+            validator_ ? static_cast<XMLReaderEvents*>(&both) : &builder;
+        const XMLReading reading = readXML(source_.text, XMLMode::tolerant, events, &sink);
         sink.addFault(reading);
         addEncoding();
         index_.emplace(std::move(builder).finish());

@@ -113,7 +113,13 @@ TextSpan ElementIndex::contentOf(ElementNumber element) const {
 
 std::optional<TextSpan> ElementIndex::attributeOf(ElementNumber element,
                                                   std::string_view name) const {
-    StartTag tag(text_, entries_[element].offset);
+    // Most tags of XMEML are a name and no more, which needs no look at the text.
+    const Entry& entry = entries_[element];
+    constexpr std::size_t kBrackets = std::string_view("</>").size();
+    if (entry.name != kOtherName && entry.startTagLength <= names_[entry.name].size() + kBrackets) {
+        return std::nullopt;
+    }
+    StartTag tag(text_, entry.offset);
     while (tag.next()) {
         if (tag.name() == name) {
             return tag.value();
