@@ -112,6 +112,8 @@ inline constexpr Requirement kRequirements[] = {
     {"XMEML: a sequence lasts as long as what is in it", "timing-sequence-too-short"},
     {"XMEML: channel counts and sample rates are possible ones, and not exchanged",
      "values-channels-swapped values-channel-count values-sample-rate"},
+    {"A file is written in UTF-8, and its name ends as its format asks for",
+     "values-encoding values-extension"},
     {"Characters that a classic repair takes out, control characters and half pairs are told",
      "characters-removed-by-repair characters-control characters-half-pair "
      "characters-long-reference"},
