@@ -13,6 +13,7 @@
 #include "formats/ElementIndexBuilder.h"
 #include "formats/PlaceFinder.h"
 #include "formats/fcpxml/Timecodes.h"
+#include "formats/xmeml/Timecodes.h"
 #include "foundation/Text.h"
 #include "platform/PathText.h"
 #include "report/XMLFindings.h"
@@ -99,10 +100,16 @@ class Check {
 
     void addTimecodes() {
         if (index_->kind() == FileKind::fcpxml) {
-            fcpxml::Timecodes timecodes(*index_);
-            for (Finding& finding : report_.findings.kept()) {
-                finding.where.timecode = timecodes.at(finding.where.offset);
-            }
+            addTimecodes(fcpxml::Timecodes(*index_));
+        } else if (index_->kind() == FileKind::xmeml) {
+            addTimecodes(xmeml::Timecodes(*index_));
+        }
+    }
+
+    template <typename Timecodes>
+    void addTimecodes(Timecodes timecodes) {
+        for (Finding& finding : report_.findings.kept()) {
+            finding.where.timecode = timecodes.at(finding.where.offset);
         }
     }
 

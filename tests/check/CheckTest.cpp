@@ -179,4 +179,18 @@ TEST(Check, tellsBytesThatAreNoText) {
     EXPECT_EQ(report.kind, "none");
 }
 
+TEST(Check, tellsTheTimecodeOfAnXMEMLClip) {
+    const Report report = checkFile(
+        "<xmeml version=\"5\"><sequence><rate><timebase>25</timebase></rate><timecode>"
+        "<frame>90000</frame></timecode><media><video><track><clipitem><start>30</start>"
+        "<name>a & b</name></clipitem></track></video></media></sequence></xmeml>",
+        {});
+    const auto& findings = report.findings.kept();
+    const auto ampersand = std::find_if(
+        findings.begin(), findings.end(),
+        [](const Finding& finding) { return finding.rule == "xml-stray-ampersand"_rule; });
+    ASSERT_NE(ampersand, findings.end());
+    EXPECT_EQ(ampersand->where.timecode, "01:00:01:05");
+}
+
 }  // namespace vornic
