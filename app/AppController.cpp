@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "app/InterruptedRuns.h"
+#include "formats/FileKind.h"
 #include "foundation/FormatString.h"
 #include "foundation/LogGenerations.h"
 #include "foundation/PreferenceValues.h"
@@ -38,7 +39,6 @@ constexpr const char* kFamilyShortName = "brindletools";
 constexpr const char* kPreferenceFileName = "com.quillmark.Vornic.plist";
 constexpr const char* kUserManual = "Documentation/Quillmark/Brindle Tools User Manual.pdf";
 constexpr std::chrono::seconds kStartupCheckDelay{1};
-constexpr int kXMEML = 0;
 
 OpenPanelSettings openPanelSettings() {
     using Kind = AllowedFileType::Kind;
@@ -233,7 +233,7 @@ bool AppController::validateUserInterfaceItem(std::string_view action) const {
         return true;
     }
     const std::shared_ptr<Document> document = host_.currentDocument();
-    return document && document->xmlType() == kXMEML;
+    return document && document->fileKind() == FileKind::xmeml;
 }
 
 void AppController::prefsToggleAdminPass(CheckBoxItem& sender) {

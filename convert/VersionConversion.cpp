@@ -6,13 +6,12 @@
 #include <utility>
 
 #include "convert/VersionCatalogue.h"
+#include "formats/FileCodes.h"
 #include "formats/xmeml/VersionedXMEML.h"
 #include "foundation/FormatString.h"
 #include "foundation/Text.h"
 #include "platform/AtomicFile.h"
-#include "platform/FileAttributes.h"
 #include "platform/FileReplacement.h"
-#include "xml/XMLFileCodes.h"
 
 namespace vornic {
 
@@ -53,21 +52,6 @@ bool trySaveDocument(const XMLDocument& document, const std::string& path, Error
     } catch (const std::bad_alloc&) {
         error = posixError(formatString("The file %@ cannot be written", path), ENOMEM);
         return false;
-    }
-}
-
-/// Gives the file its type and creator codes.
-void setCodes(const std::string& path, ConversionResult& result) {
-    std::optional<platform::FileAttributes> codes =
-        platform::readFileAttributes(path, result.loadCodesError);
-    if (result.loadCodesError || !codes) {
-        result.loadCodesError = result.loadCodesError.value_or(Error());
-        return;
-    }
-    codes->hfsTypeCode = kXMLFileTypeCode;
-    codes->hfsCreatorCode = kXMLFileCreatorCode;
-    if (!platform::writeFileAttributes(path, *codes, result.writeCodesError)) {
-        result.writeCodesError = result.writeCodesError.value_or(Error());
     }
 }
 
@@ -120,7 +104,13 @@ ConversionResult commitConversion(const XMLDocument* document, const std::string
         result.loadCodesError = result.saveError;
         return result;
     }
-    setCodes(path, result);
+    ErrorSlot error;
+    const FileCodes codes = setFinalCutFileCodes(path, error);
+    if (codes == FileCodes::unread) {
+        result.loadCodesError = error;
+    } else if (codes == FileCodes::unwritten) {
+        result.writeCodesError = error;
+    }
     return result;
 }
 

@@ -7,6 +7,7 @@
 
 #include "foundation/FormatString.h"
 #include "foundation/Text.h"
+#include "foundation/Utf8.h"
 #include "platform/Exception.h"
 #include "repair/SpecialBytes.h"
 #include "report/RuleTable.h"
@@ -65,6 +66,11 @@ Character decode(const unsigned char* at) {
     return {((at[0] & 0x07U) << 18U) | ((at[1] & 0x3FU) << 12U) | ((at[2] & 0x3FU) << 6U) |
                 (at[3] & 0x3FU),
             4, 2};
+}
+
+bool isRemoved(std::uint32_t codePoint) {
+    const bool isSpace = codePoint == '\t' || codePoint == '\n' || codePoint == '\r';
+    return (codePoint < 0x20 && !isSpace) || codePoint >= 0xD800;
 }
 
 class Scan {
@@ -186,7 +192,7 @@ class Scan {
     // A character that is no plain ASCII, outside CDATA.
     void classify() {
         const Character character = decode(at_);
-        if (character.codePoint < 0x20 || character.codePoint >= 0xD800) {
+        if (isRemoved(character.codePoint)) {
             removeInRoundOfItsOwn(character);
             return;
         }
@@ -294,9 +300,10 @@ class ReportingObserver : public CharacterFilterObserver {
     bool isCancelled() override { return stop_.stopRequested(); }
 
     void removedUnit(std::int64_t index, TextSpan character) override {
+        const std::int64_t sourceIndex = places_.sourceIndex(index, character.offset);
         // The line has room for a 32-bit number.
         report_.add("repair-character-removed"_rule, FindingEffect::removed, character, places_,
-                    {{"index", static_cast<std::int32_t>(index)}});
+                    {{"index", static_cast<std::int32_t>(sourceIndex)}});
     }
 
     bool finishedUnits(std::int64_t first, std::int64_t last) override {
@@ -319,6 +326,17 @@ class ReportingObserver : public CharacterFilterObserver {
 std::optional<std::string> filterInvalidCharacters(std::string_view text,
                                                    CharacterFilterObserver& observer) {
     return Scan(text, observer).run();
+}
+
+bool isRemovedByFilter(std::string_view piece) {
+    for (std::size_t at = 0; at < piece.size();) {
+        const Utf8Character character = utf8CharacterAt(piece, at);
+        if (!isRemoved(character.code)) {
+            return false;
+        }
+        at += character.length;
+    }
+    return true;
 }
 
 std::size_t originOfFilteredOffset(std::string_view text, std::size_t filteredOffset) {

@@ -45,6 +45,9 @@ class CharacterFilterObserver {
 [[nodiscard]] std::optional<std::string> filterInvalidCharacters(std::string_view text,
                                                                  CharacterFilterObserver& observer);
 
+/// True when the filter takes every character of a piece of text outside CDATA sections out.
+[[nodiscard]] bool isRemovedByFilter(std::string_view piece);
+
 /// Where in a text the byte of its filtered form comes from: what a fault in the filtered text is
 /// to the user. The filter runs again, up to there, and keeps nothing.
 /// @param text as `filterInvalidCharacters` takes it. @param filteredOffset in what that makes of

@@ -13,6 +13,7 @@
 #include "convert/ConversionAnalysis.h"
 #include "convert/ConversionOffer.h"
 #include "convert/VersionConversion.h"
+#include "formats/FileKind.h"
 #include "job/NamedSources.h"
 #include "job/SwapObserver.h"
 #include "platform/Error.h"
@@ -129,6 +130,8 @@ class Document : public std::enable_shared_from_this<Document> {
     void setHasGUI(bool hasGUI) { hasGUI_ = hasGUI; }
     [[nodiscard]] int xmlType() const { return xmlType_; }
     void setXmlType(int type) { xmlType_ = type; }
+    /// The kind of file that the number stands for.
+    [[nodiscard]] FileKind fileKind() const { return fileKindOfType(xmlType_); }
     [[nodiscard]] bool fileHasErrs() const;
     void setFileHasErrs(bool hasErrors);
     [[nodiscard]] bool fileWasRepaired() const;

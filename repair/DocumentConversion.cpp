@@ -338,7 +338,7 @@ void Document::convertXMEMLVersion(const std::string& version,
 // @return true when the file is now of that version.
 bool Document::convertDocument(const Run& run, const std::string& version,
                                std::unique_ptr<XMLDocument> document, const std::string& path) {
-    if (xmlType() != 0) {
+    if (fileKind() != FileKind::xmeml) {
         platform::consoleLog(
             "Cannot convert XMEML version. File is not a compatible XMEML document.");
         return false;

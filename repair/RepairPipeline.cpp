@@ -4,25 +4,25 @@
 #include <string_view>
 #include <utility>
 
+#include "formats/FileCodes.h"
 #include "foundation/FormatString.h"
 #include "foundation/QMException.h"
 #include "foundation/Text.h"
 #include "foundation/Utf8.h"
 #include "platform/Failure.h"
-#include "platform/FileAttributes.h"
 #include "platform/ItemStatus.h"
 #include "platform/UserPreferences.h"
 #include "repair/CharacterFilter.h"
 #include "repair/ClosingMessage.h"
 #include "repair/EventRepair.h"
 #include "repair/HeaderChecks.h"
+#include "repair/MarkupMends.h"
 #include "repair/SwapReport.h"
 #include "repair/VersionTagCheck.h"
 #include "report/RuleTable.h"
 #include "report/XMLRuleOf.h"
 #include "xml/TextDecoding.h"
 #include "xml/TextPlace.h"
-#include "xml/XMLFileCodes.h"
 
 namespace vornic {
 
@@ -262,7 +262,7 @@ RunEnd RepairPipeline::criticalEnd() {
 }
 
 Stage<RepairPipeline::Loaded> RepairPipeline::load(SourceText text) {
-    SourcePlaces places(text.text, text.start);
+    SourcePlaces places = text.places();
     XMLReading reading = readXML(text.text, XMLMode::tolerant);
     if (reading.fault) {
         countFault(reading, places);
@@ -273,8 +273,22 @@ Stage<RepairPipeline::Loaded> RepairPipeline::load(SourceText text) {
     }
     report_.say("repair-loaded"_rule);
     return reportMends(reading.mends, places).then([&](Done) {
-        return unlessCancelled(Loaded{std::move(text), true});
+        return unlessCancelled(Loaded{mended(std::move(text), reading.edits), true});
     });
+}
+
+RepairPipeline::SourceText RepairPipeline::mended(SourceText text,
+                                                  const std::vector<XMLEdit>& edits) {
+    std::vector<XMLEdit> made = editsBeforeFilter(text.text, edits);
+    if (made.empty()) {
+        return text;
+    }
+    std::string mended = applyXMLEdits(text.text, made);
+    return {std::move(mended), text.start, std::move(text.text), std::move(made)};
+}
+
+SourcePlaces RepairPipeline::SourceText::places() const {
+    return edits.empty() ? SourcePlaces(text, start) : SourcePlaces(text, start, source, edits);
 }
 
 Stage<Done> RepairPipeline::reportMends(const std::vector<XMLMend>& mends, SourcePlaces& places) {
@@ -332,7 +346,7 @@ Stage<RepairPipeline::Loaded> RepairPipeline::filterAfterFailedLoad(SourceText t
 }
 
 Stage<RepairPipeline::SourceText> RepairPipeline::filterText(SourceText text) {
-    SourcePlaces places(text.text, text.start);
+    SourcePlaces places = text.places();
     std::optional<std::string> filtered = filterInvalidCharsInString(places, report_, stop_);
     if (!filtered) {
         return cancelledRun();
@@ -419,17 +433,11 @@ Stage<Done> RepairPipeline::updateCodes() {
         return unlessCancelled(Done());
     }
     report_.sayAndLabel("repair-updating-codes"_rule);
-    const auto attributes = platform::readFileAttributes(workingCopy_.path(), error_);
-    if (error_) {
-        report_.say("repair-codes-unread"_rule, {{"reason", slotDescription()}});
-    } else {
-        platform::FileAttributes changed = attributes.value_or(platform::FileAttributes{});
-        changed.hfsTypeCode = kXMLFileTypeCode;
-        changed.hfsCreatorCode = kXMLFileCreatorCode;
-        platform::writeFileAttributes(workingCopy_.path(), changed, error_);
-        if (error_) {
-            report_.say("repair-codes-unwritten"_rule, {{"reason", slotDescription()}});
-        }
+    const FileCodes codes = setFinalCutFileCodes(workingCopy_.path(), error_);
+    if (codes != FileCodes::set) {
+        const bool isUnread = codes == FileCodes::unread;
+        report_.say(isUnread ? "repair-codes-unread"_rule : "repair-codes-unwritten"_rule,
+                    {{"reason", slotDescription()}});
     }
     return unlessCancelled(Done());
 }

@@ -48,6 +48,11 @@ class RepairPipeline : private Waiting {
         std::string text;
         // The offset in the file of the first byte; nothing when that can't be told.
         std::optional<std::size_t> start;
+        // For a text with mends in it: the text as it was, and the mends.
+        std::string source{};
+        std::vector<XMLEdit> edits{};
+
+        [[nodiscard]] SourcePlaces places() const;
     };
     struct Loaded {
         SourceText text;
@@ -85,6 +90,7 @@ class RepairPipeline : private Waiting {
     template <typename Value>
     Stage<Value> unlessCancelled(Value value);
     Stage<SourceText> filterText(SourceText text);
+    [[nodiscard]] static SourceText mended(SourceText text, const std::vector<XMLEdit>& edits);
     Stage<Done> reportMends(const std::vector<XMLMend>& mends, SourcePlaces& places);
     void countFault(const XMLReading& reading, SourcePlaces& places);
     void reportNotes();

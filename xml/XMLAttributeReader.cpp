@@ -22,7 +22,7 @@ void XMLAttributeReader::read(bool spaced) {
     if (!spaced) {
         in_.mendOrFault(XMLErrorCode::missingSpace, start,
                         "white space is missing between two attributes.",
-                        "two attributes without a blank between them were set apart");
+                        "two attributes without a blank between them were read as two");
         if (doubtfulEnd_) {
             in_.fault(XMLErrorCode::malformedStartTag, start,
                       "it is not clear where the attribute value before this place ends.");
@@ -122,7 +122,7 @@ void XMLAttributeReader::readUnquotedValue(std::string_view name, bool doubtful)
     const char* const start = in_.at();
     in_.mendOrFault(XMLErrorCode::malformedAttribute, start,
                     "quotes are missing around an attribute value.",
-                    "an attribute value without quotes was put in quotes");
+                    "an attribute value without quotes was read as one in quotes");
     in_.edit(start, 0, "\"");
     const char* place = start;
     while (place != in_.end() && !is(*place, xmlchars::kSpace) && *place != '>' &&
@@ -148,7 +148,7 @@ void XMLAttributeReader::readUnquotedValue(std::string_view name, bool doubtful)
 void XMLAttributeReader::addEmptyValue(std::string_view name, const char* place,
                                        std::string_view replacement) {
     in_.mendOrFault(XMLErrorCode::attributeWithoutValue, name.data(), "an attribute has no value.",
-                    "an attribute without a value was given an empty one", name);
+                    "an attribute without a value was read as an empty one", name);
     in_.edit(place, 0, replacement);
     doubtfulEnd_ = true;
     report(name, {place, 0}, place);

@@ -91,7 +91,7 @@ void XMLContentReader::dropByteOrderMark() {
     const char* const mark = in_.at();
     in_.mendOrFault(XMLErrorCode::misplacedByteOrderMark, mark,
                     "a byte order mark stands before the root element.",
-                    "a byte order mark before the root element was left out");
+                    "a byte order mark before the root element was passed over");
     in_.edit(mark, kByteOrderMark.size(), "");
     in_.moveTo(mark + kByteOrderMark.size());
 }

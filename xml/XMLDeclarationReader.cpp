@@ -129,9 +129,10 @@ const char* dropBeginning(XMLInput& in) {
     const auto left = static_cast<std::size_t>(in.end() - place);
     const char* const dropEnd = beginsDeclaration({place, left}) ? place : afterMark;
     if (dropEnd != in.begin()) {
-        in.mendOrFault(XMLErrorCode::misplacedXMLDeclaration, in.begin(),
-                       "white space or a byte order mark stands before the XML declaration.",
-                       "white space or a byte order mark before the XML declaration was left out");
+        in.mendOrFault(
+            XMLErrorCode::misplacedXMLDeclaration, in.begin(),
+            "white space or a byte order mark stands before the XML declaration.",
+            "white space or a byte order mark before the XML declaration was passed over");
         in.edit(in.begin(), static_cast<std::size_t>(dropEnd - in.begin()), "");
     }
     return dropEnd;
@@ -150,7 +151,7 @@ void readXMLDeclaration(XMLInput& input) {
     if (length == 0) {
         input.mendOrFault(XMLErrorCode::malformedXMLDeclaration, start,
                           "the XML declaration is malformed.",
-                          "a malformed XML declaration was replaced by a right one");
+                          "a malformed XML declaration was read as a right one");
         length = malformedLength(text);
         if (length == 0) {
             input.fault(XMLErrorCode::malformedXMLDeclaration, start,

@@ -167,7 +167,7 @@ const char* XMLInput::passHyphens(const char* comment, const char* place) {
     if (faulty) {
         mendOrFault(XMLErrorCode::doubleHyphenInComment, place,
                     "a comment must not contain two hyphens in a row.",
-                    "two hyphens in a row inside a comment were set apart by a blank");
+                    "two hyphens in a row inside a comment were read with a blank between them");
         // Closing it at the end of the other one would make a comment of what is between.
         if (place - comment >= 2 && place[-1] == '!' && place[-2] == '<') {
             fault(XMLErrorCode::unclosedComment, comment,

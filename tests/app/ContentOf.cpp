@@ -115,7 +115,9 @@ std::string contentOf(std::string_view file) {
     }
     removeMarkup(content, "<?xml ", "?>");
     removeMarkup(content, "<!DOCTYPE ", ">");
-    std::erase_if(content, [](char byte) { return byte == ' ' || byte == '"' || byte == '\''; });
+    std::erase_if(content, [](char byte) {
+        return byte == ' ' || byte == '"' || byte == '\'' || byte == '=';
+    });
     return content;
 }
 

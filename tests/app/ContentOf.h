@@ -10,7 +10,7 @@ namespace vornic::test {
 /// are equal: without the XML declaration and the document type declaration, which may be replaced,
 /// without the characters that a repair takes out (in bytes that are no UTF-8, all that is not
 /// printable ASCII), with the references to characters replaced by the characters, and without the
-/// white space and quotes, which may be written otherwise.
+/// white space, quotes and equals signs, which may be written otherwise.
 [[nodiscard]] std::string contentOf(std::string_view file);
 
 }  // namespace vornic::test

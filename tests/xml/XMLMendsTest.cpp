@@ -20,14 +20,15 @@ constexpr const char* kAmpersand = "an ampersand that begins no entity was read 
 constexpr const char* kLessThan = "a less-than sign that begins no tag was read as text";
 constexpr const char* kLessThanInValue = "a less-than sign in an attribute value was read as text";
 constexpr const char* kCDATAEnd = "]]> outside a CDATA section was read as text";
-constexpr const char* kQuotes = "an attribute value without quotes was put in quotes";
-constexpr const char* kEmptyValue = "an attribute without a value was given an empty one";
-constexpr const char* kSpace = "two attributes without a blank between them were set apart";
-constexpr const char* kHyphens = "two hyphens in a row inside a comment were set apart by a blank";
+constexpr const char* kQuotes = "an attribute value without quotes was read as one in quotes";
+constexpr const char* kEmptyValue = "an attribute without a value was read as an empty one";
+constexpr const char* kSpace = "two attributes without a blank between them were read as two";
+constexpr const char* kHyphens =
+    "two hyphens in a row inside a comment were read with a blank between them";
 constexpr const char* kBeginning =
-    "white space or a byte order mark before the XML declaration was left out";
-constexpr const char* kMark = "a byte order mark before the root element was left out";
-constexpr const char* kDeclaration = "a malformed XML declaration was replaced by a right one";
+    "white space or a byte order mark before the XML declaration was passed over";
+constexpr const char* kMark = "a byte order mark before the root element was passed over";
+constexpr const char* kDeclaration = "a malformed XML declaration was read as a right one";
 
 struct Mend {
     std::size_t line;
