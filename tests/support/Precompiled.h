@@ -3,9 +3,6 @@
 
 // What nearly every test includes, compiled once. Tests still include what they use.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
@@ -20,5 +17,8 @@
 #include <string_view>
 #include <thread>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #endif
