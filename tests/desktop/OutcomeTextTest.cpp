@@ -1,3 +1,6 @@
+#include <string>
+#include <utility>
+
 #include <gtest/gtest.h>
 
 #include "desktop/OutcomeText.h"
@@ -7,14 +10,21 @@ namespace {
 
 using Kind = OutcomeBadge::Kind;
 
+RepairResult ended(RepairOutcome outcome, SwapResult swap = {}, std::string oldCopy = "") {
+    RepairResult result;
+    result.outcome = outcome;
+    result.swap = std::move(swap);
+    result.oldCopy = std::move(oldCopy);
+    return result;
+}
+
 RepairResult notSwapped(SwapResult swap) {
-    return {.outcome = RepairOutcome::repairedNotSwapped, .swap = std::move(swap), .oldCopy = ""};
+    return ended(RepairOutcome::repairedNotSwapped, std::move(swap));
 }
 
 TEST(OutcomeTextTest, leadsToBothFilesAfterARepair) {
-    const OutcomeText outcome = outcomeText({.outcome = RepairOutcome::repairedAndSwapped,
-                                             .swap = {.end = SwapEnd::done},
-                                             .oldCopy = ""});
+    const OutcomeText outcome =
+        outcomeText(ended(RepairOutcome::repairedAndSwapped, {.end = SwapEnd::done}));
     EXPECT_EQ(outcome.kind, Kind::good);
     EXPECT_EQ(outcome.text, QStringLiteral("Repaired. The original file is in the Trash."));
     EXPECT_TRUE(outcome.showsFile);
@@ -71,8 +81,7 @@ TEST(OutcomeTextTest, namesAnOriginalThatCouldNotBeBroughtBack) {
 }
 
 TEST(OutcomeTextTest, tellsWhereAFileIsThatWasInTheWay) {
-    const OutcomeText outcome = outcomeText(
-        {.outcome = RepairOutcome::sound, .swap = {}, .oldCopy = "/t/Cut-backup 2.xml"});
+    const OutcomeText outcome = outcomeText(ended(RepairOutcome::sound, {}, "/t/Cut-backup 2.xml"));
     EXPECT_EQ(outcome.kind, Kind::good);
     EXPECT_EQ(outcome.text, QStringLiteral("The file is sound. A file that was in the way is in "
                                            "the Trash, called Cut-backup 2.xml."));
