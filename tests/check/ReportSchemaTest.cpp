@@ -57,7 +57,8 @@ void expectSoundPlaces(const JSON& file) {
                   bytes);
         EXPECT_EQ(finding["line"] == 0, finding["column"] == 0);
         std::uint64_t end = 0;
-        for (const JSON& edit : finding.value("mend", JSON{{"edits", JSON::array()}})["edits"]) {
+        const JSON mend = finding.value("mend", JSON{{"edits", JSON::array()}});
+        for (const JSON& edit : mend["edits"]) {
             EXPECT_GE(edit["offset"].get<std::uint64_t>(), end);
             end = edit["offset"].get<std::uint64_t>() + edit["length"].get<std::uint64_t>();
             EXPECT_LE(end, bytes);
