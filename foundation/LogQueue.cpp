@@ -5,6 +5,7 @@
 #include <chrono>
 #include <csignal>
 #include <exception>
+#include <memory>
 #include <utility>
 
 #include "platform/CrashStack.h"
@@ -182,6 +183,25 @@ void LogQueue::close() noexcept {
     ++waiters_;
     progress_.wait_for(lock, kLongestClose, [&] { return !hasWorker_ && !isRunning_; });
     --waiters_;
+}
+
+void LogQueue::holdForFork() noexcept {
+    Lock lock(mutex_);
+    ++waiters_;
+    progress_.wait(lock, [this] { return !isRunning_ || isRunner(); });
+    --waiters_;
+    lock.release();
+}
+
+void LogQueue::goOnInForkedCopy() noexcept {
+    // Threads that are not there any more wait for both: their destructors would wait for them.
+    std::construct_at(&workToDo_);
+    std::construct_at(&progress_);
+    hasWorker_ = false;
+    workerSleeps_ = false;
+    waiters_ = 0;
+    dropWaiting();
+    mutex_.unlock();
 }
 
 /// Writes as the one runner until everything up to `target` is done.

@@ -57,6 +57,15 @@ class LogQueue {
     /// be queued.
     void close() noexcept;
 
+    /// Before fork(2): returns with the queue's lock held and nothing being written, but for what
+    /// the calling thread itself writes. One of the next two must follow on the same thread.
+    void holdForFork() noexcept;
+    /// After fork(2), in the process that called it.
+    void goOnAfterFork() noexcept { mutex_.unlock(); }
+    /// After fork(2), in the copy: it has no worker until a text starts one, and leaves what waits
+    /// to the process that it was copied from.
+    void goOnInForkedCopy() noexcept;
+
   private:
     using Lock = std::unique_lock<std::mutex>;
 

@@ -7,6 +7,7 @@
 #include <new>
 #include <utility>
 
+#include <pthread.h>
 #include <unistd.h>
 
 #include "foundation/GlobalPreferences.h"
@@ -113,6 +114,18 @@ struct QMLog::State {
         return appName;
     }
 
+    /// Around fork(2): a copy made while another thread writes would wait for it for ever.
+    void holdForFork() noexcept {
+        finishing.lock();
+        queue.holdForFork();
+        mutex.lock();
+    }
+    void goOnAfterFork(bool isCopy) noexcept {
+        mutex.unlock();
+        isCopy ? queue.goOnInForkedCopy() : queue.goOnAfterFork();
+        finishing.unlock();
+    }
+
     void settleName(std::string_view given);
     void print(std::string line) const;
     void printLoss() const noexcept;
@@ -141,6 +154,10 @@ QMLog& QMLog::sharedController() {
         auto* log = new QMLog();
         log->state_->observer = platform::addWillTerminateObserver([] { willTerminate(); });
         logUncaughtExceptions();
+        // Without memory for it only copies of this process would lack their log.
+        static_cast<void>(pthread_atfork([] { sharedController().state_->holdForFork(); },
+                                         [] { sharedController().state_->goOnAfterFork(false); },
+                                         [] { sharedController().state_->goOnAfterFork(true); }));
         return log;
     }();
     return shared;

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -5,6 +6,7 @@
 #include <vector>
 
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include "foundation/QMLog.h"
 #include "tests/foundation/LogTest.h"
@@ -46,6 +48,29 @@ TEST_F(QMLogThreadsTest, waitsUntilEverythingQueuedIsWritten) {
         ASSERT_EQ(std::stoi(entry.substr(entry.find(' '))), next.at(thread)++);
     }
     EXPECT_THAT(next, ::testing::Each(kLines));
+}
+
+TEST_F(QMLogThreadsTest, goesOnInCopiesForkedWhileTheWorkerStartsAndWrites) {
+    constexpr int kCopies = 300;
+    const test::ChildOutcome outcome = inChild([] {
+        QMLog::createNewLog();
+        QMLog::finishWriting();
+        for (int copy = 0; copy < kCopies; ++copy) {
+            QMLog::appendLog("before %li", copy);
+            ASSERT_TRUE(test::passesInChild([&] {
+                // A copy whose log is stuck ends by the signal.
+                alarm(20);
+                QMLog::appendLog("copy %li", copy);
+                QMLog::finishWriting();
+            }));
+        }
+    });
+    EXPECT_EQ(outcome.status, 0);
+    const std::vector<std::string> lines = entries();
+    for (int copy = 0; copy < kCopies; ++copy) {
+        EXPECT_EQ(std::count(lines.begin(), lines.end(), "before " + std::to_string(copy)), 1);
+        EXPECT_EQ(std::count(lines.begin(), lines.end(), "copy " + std::to_string(copy)), 1);
+    }
 }
 
 TEST_F(QMLogThreadsTest, writesAShortMessageOfAnotherThreadBeforeItsCallerGoesOn) {

@@ -207,9 +207,6 @@ TEST_F(RepairDisturbancesTest, saysWhatAKilledRunHasLeft) {
 }
 
 TEST_F(RepairDisturbancesTest, metadataThatWereLostAreReported) {
-#ifdef __SANITIZE_ADDRESS__
-    GTEST_SKIP() << "in the forked copy the log's lock stays held under the sanitizer";
-#endif
     sandbox.write("Cut.xml", kDamaged);
     if (!test::setAttribute(path, "user.note", "kept")) {
         GTEST_SKIP() << "this volume has no extended attributes";
