@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "app/InterruptedRuns.h"
+#include "formats/FileCodes.h"
 #include "formats/FileKind.h"
 #include "foundation/FormatString.h"
 #include "foundation/LogGenerations.h"
@@ -49,7 +50,7 @@ OpenPanelSettings openPanelSettings() {
             .message = "Browse for a Final Cut Pro 7 or X XML file",
             .allowedFileTypes = {{Kind::extension, "xml"},
                                  {Kind::extension, "fcpxml"},
-                                 {Kind::typeCode, "XML "},
+                                 {Kind::typeCode, std::string(kFinalCutTypeCode)},
                                  {Kind::typeIdentifier, "com.apple.finalcutpro.xml"}}};
 }
 

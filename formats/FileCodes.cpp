@@ -8,9 +8,13 @@ namespace vornic {
 
 namespace {
 
-// The four characters "XML " and "KeyG".
-constexpr std::uint32_t kTypeCode = 0x584D4C20;
-constexpr std::uint32_t kCreatorCode = 0x4B657947;
+constexpr std::uint32_t numberOf(std::string_view code) {
+    std::uint32_t number = 0;
+    for (const char character : code) {
+        number = (number << 8U) | static_cast<unsigned char>(character);
+    }
+    return number;
+}
 
 }  // namespace
 
@@ -20,8 +24,8 @@ FileCodes setFinalCutFileCodes(const std::string& path, ErrorSlot& error) {
     if (error) {
         return FileCodes::unread;
     }
-    attributes.hfsTypeCode = kTypeCode;
-    attributes.hfsCreatorCode = kCreatorCode;
+    attributes.hfsTypeCode = numberOf(kFinalCutTypeCode);
+    attributes.hfsCreatorCode = numberOf(kFinalCutCreatorCode);
     platform::writeFileAttributes(path, attributes, error);
     return error ? FileCodes::unwritten : FileCodes::set;
 }

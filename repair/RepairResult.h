@@ -36,23 +36,23 @@ struct RepairResult {
     /// By the file's extension.
     FileKind kind = FileKind::xmeml;
     /// When the run ended; neither flag for one that could not read the file.
-    Verdict verdict;
+    Verdict verdict{};
     /// Exact counts by rule and severity, and the first findings of each rule with their places in
     /// the user's file.
-    Findings findings;
+    Findings findings = Findings();
     /// Nothing after a cancellation and after an exception.
-    std::optional<ClosingMessage> closing;
+    std::optional<ClosingMessage> closing{};
     /// Where the file that was to be repaired is now: at its own path, unless a repaired one took
     /// that. Empty when another program has taken it away.
-    std::string original;
+    std::string original{};
     /// Where the run has left its working copy: a cancelled one, and one whose repaired file could
     /// not take the place of the original. Else empty.
-    std::string workingCopy;
+    std::string workingCopy{};
     /// Of a repaired file: how the swap ended, and where the files are. Else it says nothing.
-    SwapResult swap;
+    SwapResult swap{};
     /// Where a file that stood at the working copy's path before the run lies in the Trash; empty
     /// when there was none.
-    std::string oldCopy;
+    std::string oldCopy{};
 
     /// Whether the journal knows of the swap, so that it can be undone.
     bool isUndoable = false;
