@@ -95,4 +95,27 @@ std::string normalisedAttributeValue(std::string_view rawValue, bool isToken) {
     return isToken ? withSingleBlanks(value) : value;
 }
 
+std::string escapedAttributeValue(std::string_view text) {
+    std::string escaped;
+    for (const char c : text) {
+        switch (c) {
+            case '&':
+                escaped += "&amp;";
+                break;
+            case '<':
+                escaped += "&lt;";
+                break;
+            case '"':
+                escaped += "&quot;";
+                break;
+            case '\'':
+                escaped += "&apos;";
+                break;
+            default:
+                escaped += c;
+        }
+    }
+    return escaped;
+}
+
 }  // namespace vornic

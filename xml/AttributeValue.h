@@ -14,6 +14,9 @@ namespace vornic {
 ///     one.
 [[nodiscard]] std::string normalisedAttributeValue(std::string_view rawValue, bool isToken);
 
+/// A text as it stands between the quotes of an attribute, whichever they are, or between two tags.
+[[nodiscard]] std::string escapedAttributeValue(std::string_view text);
+
 }  // namespace vornic
 
 #endif

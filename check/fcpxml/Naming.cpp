@@ -40,29 +40,6 @@ std::string quotedValue(std::string_view rawValue) {
     return value;
 }
 
-std::string escapedAttributeValue(std::string_view text) {
-    std::string escaped;
-    for (const char c : text) {
-        switch (c) {
-            case '&':
-                escaped += "&amp;";
-                break;
-            case '<':
-                escaped += "&lt;";
-                break;
-            case '"':
-                escaped += "&quot;";
-                break;
-            case '\'':
-                escaped += "&apos;";
-                break;
-            default:
-                escaped += c;
-        }
-    }
-    return escaped;
-}
-
 std::vector<Edit> removalOf(const ElementIndex& index, ElementNumber element,
                             std::string_view attribute) {
     const std::string_view text = index.text();

@@ -20,9 +20,6 @@ namespace vornic {
 /// What an attribute says, as a message quotes it: references replaced, long ones cut.
 [[nodiscard]] std::string quotedValue(std::string_view rawValue);
 
-/// A text as it stands between the quotes of an attribute.
-[[nodiscard]] std::string escapedAttributeValue(std::string_view text);
-
 /// The edits that take an attribute out with the white space in front of it; none when the element
 /// has no such attribute.
 [[nodiscard]] std::vector<Edit> removalOf(const ElementIndex& index, ElementNumber element,

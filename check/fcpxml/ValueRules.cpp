@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-#include "check/FileURL.h"
 #include "check/fcpxml/Naming.h"
+#include "formats/FileURL.h"
 #include "formats/fcpxml/Resources.h"
 #include "xml/AttributeValue.h"
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <string>
 
-#include "check/xmeml/Number.h"
+#include "formats/xmeml/Number.h"
 #include "foundation/Text.h"
 
 namespace vornic::xmeml {

@@ -5,9 +5,9 @@
 #include <optional>
 #include <vector>
 
-#include "check/xmeml/IdTable.h"
-#include "check/xmeml/Rate.h"
-#include "check/xmeml/View.h"
+#include "formats/xmeml/IdTable.h"
+#include "formats/xmeml/Rate.h"
+#include "formats/xmeml/View.h"
 
 namespace vornic::xmeml {
 

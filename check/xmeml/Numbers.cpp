@@ -1,8 +1,8 @@
 #include <array>
 #include <string>
 
-#include "check/xmeml/Number.h"
 #include "check/xmeml/Rules.h"
+#include "formats/xmeml/Number.h"
 
 namespace vornic::xmeml {
 

@@ -1,7 +1,8 @@
 #include <string>
 
-#include "check/FileURL.h"
 #include "check/xmeml/Rules.h"
+#include "formats/FileURL.h"
+#include "xml/AttributeValue.h"
 #include "xml/TextPlace.h"
 
 namespace vornic::xmeml {
@@ -9,27 +10,6 @@ namespace vornic::xmeml {
 namespace {
 
 using std::string;
-
-// The text as it stands between two tags.
-string escaped(std::string_view text) {
-    string result;
-    for (const char c : text) {
-        switch (c) {
-            case '&':
-                result += "&amp;";
-                break;
-            case '<':
-                result += "&lt;";
-                break;
-            case '>':
-                result += "&gt;";
-                break;
-            default:
-                result += c;
-        }
-    }
-    return result;
-}
 
 std::optional<RuleId> ruleFor(FileURLFault fault) {
     switch (fault) {
@@ -83,7 +63,7 @@ void checkPathURLs(const View& view, Findings& findings) {
         if (!right.empty()) {
             finding->mend = Mend{Confidence::safe,
                                  "write the path as a URL",
-                                 {{place.offset, place.length, escaped(right)}}};
+                                 {{place.offset, place.length, escapedAttributeValue(right)}}};
         }
     }
 }

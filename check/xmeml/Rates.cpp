@@ -3,9 +3,9 @@
 #include <string>
 #include <utility>
 
-#include "check/xmeml/Number.h"
-#include "check/xmeml/Rate.h"
 #include "check/xmeml/Rules.h"
+#include "formats/xmeml/Number.h"
+#include "formats/xmeml/Rate.h"
 #include "xml/TextPlace.h"
 
 namespace vornic::xmeml {

@@ -3,11 +3,11 @@
 #include <utility>
 #include <vector>
 
-#include "check/xmeml/IdTable.h"
-#include "check/xmeml/Number.h"
 #include "check/xmeml/Rules.h"
 #include "check/xmeml/TrackTable.h"
 #include "check/xmeml/WhiteSpace.h"
+#include "formats/xmeml/IdTable.h"
+#include "formats/xmeml/Number.h"
 #include "foundation/Text.h"
 #include "xml/TextPlace.h"
 

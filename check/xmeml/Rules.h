@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "check/xmeml/View.h"
+#include "formats/xmeml/View.h"
 #include "report/Findings.h"
 
 /// The rules of XMEML, a function for each subject. All are linear in the size of the file and look

@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <string>
 
-#include "check/xmeml/Number.h"
 #include "check/xmeml/Rules.h"
-#include "check/xmeml/SpeedEffect.h"
+#include "formats/xmeml/Number.h"
+#include "formats/xmeml/SpeedEffect.h"
 
 namespace vornic::xmeml {
 

@@ -1,6 +1,6 @@
 #include "check/xmeml/Timeline.h"
 
-#include "check/xmeml/Number.h"
+#include "formats/xmeml/Number.h"
 
 namespace vornic::xmeml {
 

@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "check/xmeml/Rate.h"
-#include "check/xmeml/View.h"
+#include "formats/xmeml/Rate.h"
+#include "formats/xmeml/View.h"
 
 namespace vornic::xmeml {
 

@@ -4,8 +4,8 @@
 
 #include "check/xmeml/MediaTable.h"
 #include "check/xmeml/Rules.h"
-#include "check/xmeml/SpeedEffect.h"
 #include "check/xmeml/Timeline.h"
+#include "formats/xmeml/SpeedEffect.h"
 
 namespace vornic::xmeml {
 

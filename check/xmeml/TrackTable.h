@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-#include "check/xmeml/View.h"
+#include "formats/xmeml/View.h"
 
 namespace vornic::xmeml {
 

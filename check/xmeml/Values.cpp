@@ -3,9 +3,9 @@
 #include <span>
 #include <string>
 
-#include "check/xmeml/Number.h"
-#include "check/xmeml/Rate.h"
 #include "check/xmeml/Rules.h"
+#include "formats/xmeml/Number.h"
+#include "formats/xmeml/Rate.h"
 #include "foundation/Text.h"
 
 namespace vornic::xmeml {

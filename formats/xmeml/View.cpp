@@ -1,4 +1,4 @@
-#include "check/xmeml/View.h"
+#include "formats/xmeml/View.h"
 
 #include "xml/AttributeValue.h"
 #include "xml/TextPlace.h"

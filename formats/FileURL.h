@@ -1,5 +1,5 @@
-#ifndef VORNIC_CHECK_FILE_URL_H
-#define VORNIC_CHECK_FILE_URL_H
+#ifndef VORNIC_FORMATS_FILE_URL_H
+#define VORNIC_FORMATS_FILE_URL_H
 
 #include <string>
 #include <string_view>

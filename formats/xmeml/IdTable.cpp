@@ -1,4 +1,4 @@
-#include "check/xmeml/IdTable.h"
+#include "formats/xmeml/IdTable.h"
 
 #include <algorithm>
 #include <string>

@@ -1,4 +1,4 @@
-#include "check/xmeml/Number.h"
+#include "formats/xmeml/Number.h"
 
 #include <charconv>
 

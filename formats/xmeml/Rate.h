@@ -1,12 +1,12 @@
-#ifndef VORNIC_CHECK_XMEML_RATE_H
-#define VORNIC_CHECK_XMEML_RATE_H
+#ifndef VORNIC_FORMATS_XMEML_RATE_H
+#define VORNIC_FORMATS_XMEML_RATE_H
 
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "check/xmeml/View.h"
+#include "formats/xmeml/View.h"
 
 namespace vornic::xmeml {
 

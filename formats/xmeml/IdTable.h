@@ -1,12 +1,12 @@
-#ifndef VORNIC_CHECK_XMEML_ID_TABLE_H
-#define VORNIC_CHECK_XMEML_ID_TABLE_H
+#ifndef VORNIC_FORMATS_XMEML_ID_TABLE_H
+#define VORNIC_FORMATS_XMEML_ID_TABLE_H
 
 #include <cstdint>
 #include <functional>
 #include <string_view>
 #include <vector>
 
-#include "check/xmeml/View.h"
+#include "formats/xmeml/View.h"
 
 namespace vornic::xmeml {
 

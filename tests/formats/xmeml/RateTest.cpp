@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "check/xmeml/Number.h"
-#include "check/xmeml/Rate.h"
+#include "formats/xmeml/Number.h"
+#include "formats/xmeml/Rate.h"
 
 namespace vornic::xmeml {
 namespace {

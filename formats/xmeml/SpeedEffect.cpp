@@ -1,4 +1,4 @@
-#include "check/xmeml/SpeedEffect.h"
+#include "formats/xmeml/SpeedEffect.h"
 
 #include <algorithm>
 #include <string>

@@ -1,5 +1,5 @@
-#ifndef VORNIC_CHECK_XMEML_VIEW_H
-#define VORNIC_CHECK_XMEML_VIEW_H
+#ifndef VORNIC_FORMATS_XMEML_VIEW_H
+#define VORNIC_FORMATS_XMEML_VIEW_H
 
 #include <array>
 #include <optional>
@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include "check/xmeml/Name.h"
 #include "formats/ElementIndex.h"
+#include "formats/xmeml/Name.h"
 
 namespace vornic::xmeml {
 

@@ -1,5 +1,5 @@
-#ifndef VORNIC_CHECK_XMEML_NAME_H
-#define VORNIC_CHECK_XMEML_NAME_H
+#ifndef VORNIC_FORMATS_XMEML_NAME_H
+#define VORNIC_FORMATS_XMEML_NAME_H
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
-#ifndef VORNIC_CHECK_XMEML_SPEED_EFFECT_H
-#define VORNIC_CHECK_XMEML_SPEED_EFFECT_H
+#ifndef VORNIC_FORMATS_XMEML_SPEED_EFFECT_H
+#define VORNIC_FORMATS_XMEML_SPEED_EFFECT_H
 
-#include "check/xmeml/View.h"
+#include "formats/xmeml/View.h"
 
 namespace vornic::xmeml {
 

@@ -1,4 +1,4 @@
-#include "check/FileURL.h"
+#include "formats/FileURL.h"
 
 #include <algorithm>
 

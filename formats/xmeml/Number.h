@@ -1,5 +1,5 @@
-#ifndef VORNIC_CHECK_XMEML_NUMBER_H
-#define VORNIC_CHECK_XMEML_NUMBER_H
+#ifndef VORNIC_FORMATS_XMEML_NUMBER_H
+#define VORNIC_FORMATS_XMEML_NUMBER_H
 
 #include <cstdint>
 #include <optional>

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "check/FileURL.h"
+#include "formats/FileURL.h"
 
 namespace vornic {
 

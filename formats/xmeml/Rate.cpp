@@ -1,9 +1,9 @@
-#include "check/xmeml/Rate.h"
+#include "formats/xmeml/Rate.h"
 
 #include <array>
 #include <charconv>
 
-#include "check/xmeml/Number.h"
+#include "formats/xmeml/Number.h"
 #include "foundation/Text.h"
 
 namespace vornic::xmeml {
