@@ -41,7 +41,8 @@ class ElementText {
     ElementText(const SampleProject& project, const Sink& sink)
         : sink_(sink),
           indent_(project.version == kBlankIndentedVersion ? "    " : "\t"),
-          forbiddenEvery_(project.forbiddenEvery) {
+          faultEvery_(project.faultEvery),
+          fault_(project.fault) {
         piece_.reserve(kPieceBytes + kPieceBytes / 4);
     }
 
@@ -68,9 +69,9 @@ class ElementText {
     void leaf(std::string_view name, std::string_view text) {
         line();
         piece_.append("<").append(name).append(">").append(text);
-        if (forbiddenEvery_ != 0 && bytes() - lastForbidden_ >= forbiddenEvery_) {
-            lastForbidden_ += forbiddenEvery_;
-            piece_ += '\v';
+        if (faultEvery_ != 0 && bytes() - lastFault_ >= faultEvery_) {
+            lastFault_ += faultEvery_;
+            piece_ += fault_;
         }
         piece_.append("</").append(name).append(">\n");
     }
@@ -97,8 +98,9 @@ class ElementText {
 
     const Sink& sink_;
     std::string_view indent_;
-    std::size_t forbiddenEvery_;
-    std::size_t lastForbidden_ = 0;
+    std::size_t faultEvery_;
+    char fault_;
+    std::size_t lastFault_ = 0;
     std::size_t sent_ = 0;
     std::string piece_;
     std::vector<std::string> names_;

@@ -15,9 +15,10 @@ struct SampleProject {
     /// The XMEML version that it declares and keeps to. Files of version 5 are indented by four
     /// blanks, others by tabs.
     int version = 5;
-    /// Puts a vertical tab, which XML forbids, into the text at least once in this many bytes; 0
-    /// for a sound file.
-    std::size_t forbiddenEvery = 0;
+    /// Puts the fault into the text of an element once in this many bytes; 0 for a sound file.
+    std::size_t faultEvery = 0;
+    /// A vertical tab, which XML forbids; or an ampersand that begins nothing.
+    char fault = '\v';
 };
 
 /// Writes the file in pieces: sequences with video and audio tracks, clip items with names, rates,

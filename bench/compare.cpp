@@ -27,6 +27,7 @@ constexpr std::size_t kMegabyte = 1000 * 1000;
 constexpr int kManyRuns = 101;
 constexpr int kWrongUsage = 2;
 constexpr std::size_t kManyFaults = 6'000'000;
+constexpr std::size_t kMends = 1000;
 constexpr int kDefinedMinor = 10;
 // For what is measured for its memory alone.
 constexpr double kNoTarget = 100;
@@ -61,13 +62,18 @@ class Comparison {
         }
     }
 
-    /// @param onlyChecks leaves out repairs and conversions.
-    bool run(bool onlyChecks) {
+    /// @param only "checks" or "mends", or nothing for all.
+    bool run(std::string_view only) {
         printContestHeading();
-        if (!onlyChecks) {
+        if (only.empty()) {
             compareRepairs();
         }
-        compareChecks();
+        if (only != "mends") {
+            compareChecks();
+        }
+        if (only != "checks") {
+            compareMends();
+        }
         return allReached_;
     }
 
@@ -95,7 +101,7 @@ class Comparison {
         compare({"convert 4 to 5, 3 KB", convert(small, 5), format(small), 1, {}, kManyRuns});
         const std::string sound = path("50 MB");
         const std::string damaged =
-            make("50 MB, damaged", {.bytes = 50 * kMegabyte, .forbiddenEvery = 1000});
+            make("50 MB, damaged", {.bytes = 50 * kMegabyte, .faultEvery = 1000});
         compare({"50 MB: damaged / sound", repairDamaged(damaged), repairSound(sound), 2, {}});
         compare(
             {"repair: 200 MB / 50 MB", repairSound(path("200 MB")), repairSound(sound), 4.4, {}});
@@ -122,6 +128,14 @@ class Comparison {
         compare({"60 MB: 6,000,000 faults / sound", faults, check(larger), kNoTarget, 1.3});
     }
 
+    // A mend checks the file twice, a repair reads it three times.
+    void compareMends() {
+        const std::string damaged =
+            make("50 MB, stray ampersands",
+                 {.bytes = 50 * kMegabyte, .faultEvery = 50 * kMegabyte / kMends, .fault = '&'});
+        compare({"50 MB: 1,000 mends / repair", mend(damaged), repairDamaged(damaged), 1, {}});
+    }
+
     void writeDefinition() const {
         std::ofstream(folder_ + "/1.10.dtd")
             << test::documentTypeDefinition(fcpxml::Version(kDefinedMinor));
@@ -141,6 +155,17 @@ class Comparison {
         return {{programs_ + "/vornic-check", file},
                 [=] { settle(file); },
                 [](const std::string& printed) { return missing(printed, "0 errors, "); }};
+    }
+
+    [[nodiscard]] Contender mend(const std::string& file) const {
+        Contender contender = repairDamaged(file);
+        contender.arguments = {programs_ + "/vornic-check", "--fix", path("copy")};
+        // A number with an ampersand in it is none afterwards, either.
+        contender.status = 1;
+        contender.fault = [](const std::string& printed) {
+            return missing(printed, std::to_string(kMends) + " mended");
+        };
+        return contender;
     }
 
     [[nodiscard]] static Contender lint(const std::string& file) {
@@ -240,13 +265,13 @@ class Comparison {
 }  // namespace vornic::bench
 
 int main(int argc, char** argv) {
-    const bool onlyChecks = argc == 3 && std::string_view(argv[2]) == "checks";
-    if (argc != 2 && !onlyChecks) {
-        std::fputs("Usage: bench-compare FOLDER_OF_THE_PROGRAMS [checks]\n", stderr);
+    const std::string_view only = argc == 3 ? argv[2] : "";
+    if (argc != 2 && only != "checks" && only != "mends") {
+        std::fputs("Usage: bench-compare FOLDER_OF_THE_PROGRAMS [checks|mends]\n", stderr);
         return vornic::bench::kWrongUsage;
     }
     return vornic::bench::runInScratchFolder(
         std::filesystem::temp_directory_path(), [&](const std::string& folder) {
-            return vornic::bench::Comparison(argv[1], folder).run(onlyChecks);
+            return vornic::bench::Comparison(argv[1], folder).run(only);
         });
 }
