@@ -18,6 +18,9 @@ struct CheckOptions {
     /// The newest version that the receiver of the file reads: of FCPXML ("1.8") or of XMEML ("4").
     /// Files of the other format are checked as without it. Nothing for any.
     std::optional<std::string> reads;
+    /// What the mend of a version that is missing would write. Files of the other format get no
+    /// such mend.
+    std::optional<std::string> missingVersion = std::nullopt;
     /// The last component of the file's path, whose ending is compared with the contents; "" where
     /// the file has no name.
     std::string fileName = {};

@@ -117,6 +117,7 @@ class Mending {
         if (request_.toUTF8) {
             changeEncoding();
         }
+        setVersion();
         for (int round = 0; round < kMostRounds && makeRound(); ++round) {
         }
         if (!mended_.refusal.empty()) {
@@ -151,9 +152,28 @@ class Mending {
         decoded_ = std::move(source);
     }
 
+    // First and by itself: what is found in the light of a version is no fault of its mend.
+    void setVersion() {
+        for (const Finding& finding : mended_.report.findings.kept()) {
+            const bool isAboutIt = finding.rule == "versions-not-declared"_rule ||
+                                   finding.rule == "structure-no-version"_rule;
+            const auto asked =
+                std::find(request_.asked.begin(), request_.asked.end(), finding.rule);
+            if (isAboutIt && finding.mend && asked != request_.asked.end()) {
+                MendPlan plan;
+                plan.edits = finding.mend->edits;
+                plan.records.push_back({finding, true, ""});
+                make(std::move(plan), false);
+                return;
+            }
+        }
+    }
+
     // @return whether something was mended.
-    bool makeRound() {
-        MendPlan plan = MendPlan::of(mended_.report.findings, request_.asked);
+    bool makeRound() { return make(MendPlan::of(mended_.report.findings, request_.asked), true); }
+
+    // @param isCompared whether the mends may bring no finding
+    bool make(MendPlan plan, bool isCompared) {
         const std::optional<EditList> edits = encodeEdits(plan.edits, mended_.report.encoding);
         if (!edits) {
             mended_.refusal =
@@ -166,9 +186,10 @@ class Mending {
         }
         std::string bytes = applyEdits(mended_.bytes, *edits);
         Report report = checkFile(bytes, options_);
-        if (!isBetter(report)) {
+        if (isCompared && !isBetter(report)) {
             return false;
         }
+        made_ = {};
         mended_.edits = composeEdits(mended_.edits, *edits);
         mended_.bytes = std::move(bytes);
         mended_.report = std::move(report);
@@ -202,7 +223,7 @@ class Mending {
         const Counts before = countsOf(mended_.report.findings);
         const Counts after = countsOf(report.findings);
         for (std::size_t index = 0; index < kRuleCount; ++index) {
-            if (after[index] + std::exchange(made_[index], 0) > before[index]) {
+            if (after[index] + made_[index] > before[index]) {
                 mended_.refusal =
                     formatString("the mends would leave or bring what the rule %@ tells",
                                  ruleOf({static_cast<std::uint16_t>(index)}).id);

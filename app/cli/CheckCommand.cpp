@@ -60,6 +60,7 @@ constexpr std::string_view kUsage =
     "                   rules that ask; the original goes to the Trash, from where\n"
     "                   vornic-repair --undo brings it back; \"encoding\" writes UTF-8,\n"
     "                   \"extension\" a copy with the ending that the contents ask for\n"
+    "  --set-version VERSION  with --fix: write this version where a file declares none\n"
     "  --dry-run        with --fix: show the difference and write nothing\n"
     "  -o FILE|FOLDER   with --fix: write a copy and leave the file as it is\n"
     "  --where PATH     show the line of an element or attribute, such as\n"
@@ -87,6 +88,7 @@ constexpr std::array kOptions = {
     OptionSpecification{"--max", true},
     OptionSpecification{"--reads", true},
     OptionSpecification{.name = "--fix", .isValueOptional = true},
+    OptionSpecification{"--set-version", true},
     OptionSpecification{"--dry-run"},
     OptionSpecification{"-o", true},
     OptionSpecification{"--where", true},

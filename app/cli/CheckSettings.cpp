@@ -102,11 +102,18 @@ class SettingsReader {
 
     void readReceiver() {
         settings_.check.reads = line_.value("--reads");
-        const std::string version = settings_.check.reads.value_or("5");
-        if (!isXMEMLVersion(version) && !fcpxml::Version::parse(version)) {
-            fault_ = "--reads wants a version of FCPXML (1.0 to 1.14) or of XMEML (1 to 5), not " +
-                     version;
+        fault_ = faultOfVersion("--reads", settings_.check.reads.value_or("5"));
+    }
+
+    // What was wrong before, or is with this.
+    [[nodiscard]] std::string faultOfVersion(std::string_view option,
+                                             const std::string& version) const {
+        if (!fault_.empty() || isXMEMLVersion(version) || fcpxml::Version::parse(version)) {
+            return fault_;
         }
+        return formatString(
+            "%@ wants a version of FCPXML (1.0 to 1.14) or of XMEML (1 to 5), not %@", option,
+            version);
     }
 
     void readRules() {
@@ -124,8 +131,10 @@ class SettingsReader {
         const std::vector<std::string> lists = line_.values("--fix");
         const bool isDryRun = line_.has("--dry-run");
         const std::optional<std::string> output = line_.value("-o");
+        settings_.check.missingVersion = line_.value("--set-version");
         if (lists.empty()) {
-            fault_ = isDryRun || output ? "--dry-run and -o go with --fix" : fault_;
+            const bool isMeant = isDryRun || output || settings_.check.missingVersion;
+            fault_ = isMeant ? "--dry-run, --set-version and -o go with --fix" : fault_;
             return;
         }
         settings_.fix.emplace();
@@ -138,8 +147,18 @@ class SettingsReader {
         for (const Rule* const rule : asked.only()) {
             settings_.fix->asked.push_back(*findRule(rule->id));
         }
+        readMissingVersion();
         // One after the other: what two names of one file lead to is mended once.
         settings_.jobs = 1;
+    }
+
+    // Who names the version has been asked.
+    void readMissingVersion() {
+        if (settings_.check.missingVersion) {
+            fault_ = faultOfVersion("--set-version", *settings_.check.missingVersion);
+            settings_.fix->asked.push_back("versions-not-declared"_rule);
+            settings_.fix->asked.push_back("structure-no-version"_rule);
+        }
     }
 
     // Ids and groups, and the two mends that concern the whole file.

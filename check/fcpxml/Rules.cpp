@@ -16,9 +16,7 @@ void checkFCPXML(const ElementIndex& index, const FCPXMLReading& reading,
     checkFCPXMLReferences(index, reading.isComplete && !reading.isCompared, report.findings);
     checkFCPXMLTiming(index, reading.isComplete, report.findings);
     checkFCPXMLValues(index, report.findings);
-    const auto reads =
-        options.reads ? fcpxml::Version::parse(*options.reads) : std::optional<fcpxml::Version>();
-    checkFCPXMLVersions(index, reads, report.findings);
+    checkFCPXMLVersions(index, options, report.findings);
     for (const RuleGroup group :
          {RuleGroup::references, RuleGroup::timing, RuleGroup::values, RuleGroup::versions}) {
         report.groups.push_back({group, true, ""});

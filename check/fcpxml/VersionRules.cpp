@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "check/Listing.h"
+#include "check/VersionMend.h"
 #include "check/fcpxml/Naming.h"
 #include "formats/StartTag.h"
 #include "formats/fcpxml/Definition.h"
@@ -153,11 +154,16 @@ void ReceiverCheck::judgeAttribute(const StartTag& tag, const ElementDefinition&
 
 }  // namespace
 
-void checkFCPXMLVersions(const ElementIndex& index, std::optional<Version> reads,
+void checkFCPXMLVersions(const ElementIndex& index, const CheckOptions& options,
                          Findings& findings) {
+    const std::optional<Version> reads =
+        options.reads ? Version::parse(*options.reads) : std::nullopt;
     const std::optional<TextSpan> place = index.attributeOf(0, "version");
     if (!place) {
-        findings.add("versions-not-declared"_rule, index.startTagOf(0));
+        if (Finding* const finding =
+                findings.add("versions-not-declared"_rule, index.startTagOf(0))) {
+            finding->mend = versionMend(index, options.missingVersion);
+        }
         return;
     }
     const std::string_view text = place->of(index.text());

@@ -37,7 +37,7 @@ void check(const ElementIndex& index, bool isComplete, const CheckOptions& optio
         options.reads ? parseVersion(*options.reads) : std::optional<int>();
     checkRoot(view, report.findings);
     checkElements(view, report.findings);
-    checkVersions(view, reads, report.findings);
+    checkVersions(view, reads, options.missingVersion, report.findings);
     report.groups.push_back({RuleGroup::structure, true, ""});
     if (isComplete) {
         checkReferences(view, report.findings);

@@ -23,7 +23,9 @@ void checkParts(const View& view, ElementRange range, Findings& findings);
 /// The version that the file declares, the elements that are newer than it, and what a receiver
 /// that reads up to a version can't read.
 /// @param reads that version; nothing to look at the declared one alone.
-void checkVersions(const View& view, std::optional<int> reads, Findings& findings);
+/// @param missing what the mend of a version that is not declared would write.
+void checkVersions(const View& view, std::optional<int> reads,
+                   const std::optional<std::string>& missing, Findings& findings);
 
 /// Ids and what refers to them: files, clip items and their links, master clips. Needs the whole
 /// file.

@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include "check/VersionMend.h"
 #include "check/xmeml/Rules.h"
 #include "formats/xmeml/Version.h"
 
@@ -21,8 +22,9 @@ std::optional<int> versionWithFraction(std::string_view text) {
 
 class VersionCheck {
   public:
-    VersionCheck(const View& view, std::optional<int> reads, Findings& findings)
-        : index_(view.index()), reads_(reads), findings_(findings) {}
+    VersionCheck(const View& view, std::optional<int> reads, const std::optional<string>& missing,
+                 Findings& findings)
+        : index_(view.index()), reads_(reads), missing_(missing), findings_(findings) {}
 
     void run() {
         readDeclared();
@@ -47,7 +49,10 @@ class VersionCheck {
         const std::optional<TextSpan> value = index_.attributeOf(0, "version");
         const std::string_view text = value ? value->of(index_.text()) : std::string_view();
         if (text.empty()) {
-            findings_.add("structure-no-version"_rule, index_.startTagOf(0));
+            if (Finding* const finding =
+                    findings_.add("structure-no-version"_rule, index_.startTagOf(0))) {
+                finding->mend = versionMend(index_, missing_);
+            }
             return;
         }
         declared_ = parseVersion(text);
@@ -96,6 +101,7 @@ class VersionCheck {
 
     const ElementIndex& index_;
     std::optional<int> reads_;
+    const std::optional<string>& missing_;
     Findings& findings_;
     std::optional<int> declared_;
     // By the number of the name.
@@ -104,8 +110,9 @@ class VersionCheck {
 
 }  // namespace
 
-void checkVersions(const View& view, std::optional<int> reads, Findings& findings) {
-    VersionCheck(view, reads, findings).run();
+void checkVersions(const View& view, std::optional<int> reads,
+                   const std::optional<std::string>& missing, Findings& findings) {
+    VersionCheck(view, reads, missing, findings).run();
 }
 
 }  // namespace vornic::xmeml

@@ -65,7 +65,7 @@ _vornic_check() {
         *)
             if [[ $current == -* ]]; then
                 _vornic_words '-r -j --format --report --quiet --only --ignore --least --fail-on --max
-                    --reads --fix --dry-run -o --where --list-rules --explain --help --version' "$current"
+                    --reads --fix --set-version --dry-run -o --where --list-rules --explain --help --version' "$current"
             else
                 _vornic_files "$current"
             fi

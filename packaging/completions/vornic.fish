@@ -21,6 +21,7 @@ complete -c vornic-check -l fail-on -x -a 'error warning info never' -d 'Exit wi
 complete -c vornic-check -l max -x -d 'Show so many findings of each rule'
 complete -c vornic-check -l reads -x -a "1 2 3 4 5 $fcpxml_versions" -d 'What the receiver reads'
 complete -c vornic-check -l fix -d 'Make safe mends, and with =RULES those that ask'
+complete -c vornic-check -l set-version -x -d 'With --fix: the version of a file that declares none'
 complete -c vornic-check -l dry-run -d 'With --fix: show the difference'
 complete -c vornic-check -s o -r -d 'With --fix: write a copy'
 complete -c vornic-check -l where -x -d 'Show the line of an element or attribute'

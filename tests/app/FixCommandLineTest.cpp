@@ -112,8 +112,13 @@ TEST_F(FixCommandLineTest, writesCopiesOfSeveralFilesIntoAFolder) {
 }
 
 TEST_F(FixCommandLineTest, takesNoUsageThatWouldDoNothing) {
-    expectUsage({"--dry-run", "Cut.xml"}, "--dry-run and -o go with --fix");
-    expectUsage({"-o", "x", "Cut.xml"}, "--dry-run and -o go with --fix");
+    expectUsage({"--dry-run", "Cut.xml"}, "--dry-run, --set-version and -o go with --fix");
+    expectUsage({"-o", "x", "Cut.xml"}, "--dry-run, --set-version and -o go with --fix");
+    expectUsage({"--set-version", "1.10", "Cut.xml"},
+                "--dry-run, --set-version and -o go with --fix");
+    expectUsage({"--fix", "--set-version", "1.15", "Cut.xml"},
+                "--set-version wants a version of FCPXML (1.0 to 1.14) or of XMEML (1 to 5), not "
+                "1.15");
     expectUsage({"--fix", "-"}, "--fix wants files, and standard input is none");
     expectUsage({"--fix=no-such-rule", "Cut.xml"}, "there is no rule or group no-such-rule");
 }
@@ -157,6 +162,25 @@ TEST_F(FixCommandLineTest, writesUTF8InPlace) {
     EXPECT_THAT(check({"--fix=encoding", "Cut.xml"}).output, HasSubstr("MENDED(values-encoding)"));
     EXPECT_THAT(readBytes(path), HasSubstr("encoding=\"UTF-8\"?>\n<xmeml version=\"5\"><bin><name>"
                                            "caf\xC3\xA9</name>"));
+}
+
+TEST_F(FixCommandLineTest, setsTheVersionThatIsMissing) {
+    const std::string project = "<fcpxml><resources/></fcpxml>";
+    write("Project.fcpxml", project);
+    write("Cut.xml", "<xmeml version=\"\"><bin><name>A</name></bin></xmeml>");
+    const ProgramResult left = check({"--fix", "Project.fcpxml"});
+    EXPECT_EQ(left.status, 1);
+    EXPECT_THAT(left.errors, "");
+    const ProgramResult result =
+        check({"--fix", "--set-version", "1.10", "Project.fcpxml", "Cut.xml"});
+    EXPECT_EQ(result.status, 0) << "of XMEML there is a warning";
+    EXPECT_THAT(result.output, HasSubstr("MENDED(versions-not-declared): Project.fcpxml(1,1): "
+                                         "write version=\"1.10\"\n"));
+    EXPECT_EQ(readBytes(files.folder() + "/Project.fcpxml"),
+              "<fcpxml version=\"1.10\"><resources/></fcpxml>");
+    EXPECT_THAT(readBytes(path), HasSubstr("version=\"\"")) << "1.10 is no version of XMEML";
+    EXPECT_EQ(check({"--fix", "--set-version", "4", "Cut.xml"}).status, 0);
+    EXPECT_THAT(readBytes(path), StartsWith("<xmeml version=\"4\">"));
 }
 
 TEST_F(FixCommandLineTest, leavesASoundFileAlone) {

@@ -95,6 +95,24 @@ TEST(MendedBytes, mendsInRoundsWhatMeetsAtOnePlace) {
     }
 }
 
+TEST(MendedBytes, findsWhatAVersionDoesNotAllowOnceItIsSet) {
+    MendRequest request;
+    request.asked = {"versions-not-declared"_rule};
+    const std::string bytes = "<fcpxml><resources/><event name='a & b'/><unknown/></fcpxml>";
+    const MendedBytes left = MendedBytes::of(bytes, request);
+    ASSERT_EQ(left.records.size(), 2U);
+    EXPECT_EQ(left.records.front().why,
+              "it needs --set-version with a version of the file's format");
+    request.check.missingVersion = "1.9";
+    const MendedBytes mended = MendedBytes::of(bytes, request);
+    EXPECT_EQ(mended.refusal, "");
+    EXPECT_EQ(mended.bytes,
+              "<fcpxml version=\"1.9\"><resources/><event name='a &amp; b'/><unknown/></fcpxml>");
+    EXPECT_EQ(mended.report.definition, "fcpxml 1.9");
+    EXPECT_EQ(mended.report.findings.count("structure-unknown-element"_rule), 1U);
+    EXPECT_EQ(applyEdits(bytes, mended.edits), mended.bytes);
+}
+
 TEST(MendedBytes, tellsWhatIsNotMended) {
     const MendedBytes mended =
         MendedBytes::of(std::string(kHead) + "<fcpxml version=\"1.10\"><resources></fcpxml>", {});
