@@ -1,0 +1,234 @@
+#include "app/window/HeaderText.h"
+
+#include <algorithm>
+#include <array>
+
+#include "foundation/FormatString.h"
+#include "report/RuleTable.h"
+
+namespace vornic {
+
+namespace {
+
+using Action = HeaderFacts::Action;
+
+// What was found in a file.
+struct Tally {
+    std::uint64_t problems = 0;
+    std::uint64_t warnings = 0;
+};
+
+Tally tallyOf(const Findings& findings) {
+    return {findings.count(Severity::error), findings.count(Severity::warning)};
+}
+
+std::string problemsNeed(std::uint64_t problems) {
+    return counted(problems, "problem needs", "problems need") + " you";
+}
+
+std::string soundness(const Tally& tally) {
+    if (tally.problems != 0) {
+        return problemsNeed(tally.problems);
+    }
+    return tally.warnings == 0 ? std::string("Sound")
+                               : "Sound, with " + counted(tally.warnings, "warning", "warnings");
+}
+
+// Writes the header of a file that was read and checked.
+class HeaderWriter {
+  public:
+    explicit HeaderWriter(const HeaderFacts& facts)
+        : facts_(facts),
+          inspection_(*facts.inspection),
+          now_(tallyOf(inspection_.file.report.findings)) {}
+
+    HeaderText write() {
+        if (facts_.hasChangedSince) {
+            return soundOrNot("Another program has changed the file: ");
+        }
+        switch (facts_.action) {
+            case Action::repair:
+                return repaired();
+            case Action::mend:
+                return changed("mended");
+            case Action::restore:
+                return soundOrNot("The original is back: ");
+            case Action::conversion:
+                return soundOrNot(formatString("Converted to version %@: ", facts_.version));
+            case Action::check:
+                return soundOrNot("Checked, nothing was written: ");
+            case Action::none:
+                break;
+        }
+        return soundOrNot("");
+    }
+
+  private:
+    HeaderText repaired() {
+        switch (facts_.outcome) {
+            case RepairOutcome::sound:
+                return soundOrNot("");
+            case RepairOutcome::repairedAndSwapped:
+                return changed("repaired");
+            case RepairOutcome::repairedNotSwapped:
+                return {HeaderSign::bad, "Nothing was saved in the place of the file", offers()};
+            case RepairOutcome::unable:
+                return unable();
+            case RepairOutcome::cancelled:
+                return notCarriedOut("Cancelled, nothing was written: ");
+            case RepairOutcome::stopped:
+                break;
+        }
+        return notCarriedOut("The repair could not be carried out: ");
+    }
+
+    HeaderText notCarriedOut(std::string_view how) {
+        HeaderText header = soundOrNot(how);
+        header.sign = now_.problems == 0 ? HeaderSign::neutral : HeaderSign::bad;
+        return header;
+    }
+
+    // The repair judges by rules of its own, and may refuse what every program reads.
+    HeaderText unable() {
+        if (now_.problems != 0) {
+            return {HeaderSign::bad, problemsNeed(now_.problems), offers()};
+        }
+        const std::string reason = facts_.reason.empty() ? "" : ": " + facts_.reason;
+        return {HeaderSign::warning,
+                soundness(now_) + "; only the repair cannot take it" + reason +
+                    ". Nothing has to be done",
+                offers()};
+    }
+
+    // Something took the file's place.
+    HeaderText changed(std::string_view participle) {
+        const RemovedCharacters& removed = inspection_.removed;
+        if (removed.count != 0) {
+            return withoutCharacters(removed);
+        }
+        const Findings* const before =
+            inspection_.original ? &inspection_.original->report.findings : nullptr;
+        const std::uint64_t found = before == nullptr ? 0 : tallyOf(*before).problems;
+        const std::uint64_t gone = found - std::min(found, now_.problems);
+        std::string sentence =
+            found == 0 ? std::string(participle == "mended" ? "Mended" : "Repaired")
+                       : counted(found, "problem", "problems") +
+                             formatString(" found, %@ %@", withThousands(gone), participle);
+        if (now_.problems != 0) {
+            sentence += "; " + problemsNeed(now_.problems);
+        } else if (now_.warnings != 0) {
+            sentence += ", with " + counted(now_.warnings, "warning", "warnings") + " left";
+        }
+        std::vector<HeaderOffer> offered = offers();
+        if (facts_.isUndoable) {
+            offered.push_back(HeaderOffer::restoreOriginal);
+        }
+        return {now_.problems == 0 ? HeaderSign::good : HeaderSign::warning, std::move(sentence),
+                std::move(offered)};
+    }
+
+    HeaderText withoutCharacters(const RemovedCharacters& removed) {
+        const std::string places = removed.areNames ? counted(removed.lines, "name", "names")
+                                                    : counted(removed.lines, "line", "lines");
+        std::string sentence =
+            counted(removed.count, "legal character was", "legal characters were") +
+            " removed from " + places;
+        if (now_.problems != 0) {
+            sentence += "; " + problemsNeed(now_.problems);
+        }
+        std::vector<HeaderOffer> offered{HeaderOffer::showRemoved};
+        if (facts_.isUndoable) {
+            offered.push_back(HeaderOffer::bringBackAndMend);
+        }
+        return {HeaderSign::warning, std::move(sentence), std::move(offered)};
+    }
+
+    HeaderText soundOrNot(std::string_view prefix) {
+        std::string sentence = soundness(now_);
+        if (!prefix.empty() && now_.problems == 0) {
+            sentence.front() = 's';
+        }
+        return {now_.problems == 0 ? HeaderSign::good : HeaderSign::warning,
+                std::string(prefix) + sentence, offers()};
+    }
+
+    [[nodiscard]] std::vector<HeaderOffer> offers() const {
+        const bool hasMends =
+            now_.problems != 0 && safeMendCount(inspection_.file.report.findings) != 0;
+        return hasMends ? std::vector<HeaderOffer>{HeaderOffer::mend} : std::vector<HeaderOffer>{};
+    }
+
+    const HeaderFacts& facts_;
+    const Inspection& inspection_;
+    const Tally now_;
+};
+
+std::string sizeOf(std::uint64_t bytes) {
+    constexpr std::uint64_t kThousand = 1000;
+    constexpr std::array<std::string_view, 4> kUnits = {"bytes", "KB", "MB", "GB"};
+    if (bytes < kThousand) {
+        return counted(bytes, "byte", "bytes");
+    }
+    auto size = static_cast<double>(bytes);
+    std::size_t unit = 0;
+    while (size >= kThousand && unit + 1 < kUnits.size()) {
+        size /= kThousand;
+        ++unit;
+    }
+    return formatString("%0.1f %@", size, kUnits.at(unit));
+}
+
+}  // namespace
+
+HeaderText headerText(const HeaderFacts& facts) {
+    if (!facts.isThere) {
+        return {HeaderSign::bad, "The file is not where it was", {}};
+    }
+    if (!facts.inspection) {
+        return {HeaderSign::neutral, "Looking at the file…", {}};
+    }
+    const InspectedFile& file = facts.inspection->file;
+    if (!file.isRead()) {
+        return {HeaderSign::bad,
+                "The file cannot be read: " +
+                    (file.error ? file.error->localizedDescription() : std::string("no reason")),
+                {}};
+    }
+    return HeaderWriter(facts).write();
+}
+
+std::string kindAndSize(const Report& report) {
+    std::string line = report.kind == "fcpxml"  ? "Final Cut Pro X file (FCPXML"
+                       : report.kind == "xmeml" ? "Final Cut Pro 7 file (XMEML"
+                       : report.kind == "other" ? "Other XML file ("
+                                                : "No XML file (";
+    if (report.kind == "other" || report.kind == "none") {
+        line = line.substr(0, line.size() - 2);
+    } else {
+        line += (report.version.empty() ? ", no version" : " " + report.version) + ")";
+    }
+    return line + " · " + sizeOf(report.bytes);
+}
+
+std::string withThousands(std::uint64_t number) {
+    constexpr std::size_t kGroup = 3;
+    std::string digits = std::to_string(number);
+    for (std::size_t at = digits.size(); at > kGroup; at -= kGroup) {
+        digits.insert(at - kGroup, ",");
+    }
+    return digits;
+}
+
+std::string counted(std::uint64_t count, std::string_view one, std::string_view many) {
+    return withThousands(count) + " " + std::string(count == 1 ? one : many);
+}
+
+std::size_t safeMendCount(const Findings& findings) {
+    return static_cast<std::size_t>(
+        std::count_if(findings.kept().begin(), findings.kept().end(), [](const Finding& finding) {
+            return finding.mend && finding.mend->confidence == Confidence::safe &&
+                   !finding.mend->edits.empty();
+        }));
+}
+
+}  // namespace vornic

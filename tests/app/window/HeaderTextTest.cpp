@@ -1,0 +1,166 @@
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "app/window/HeaderText.h"
+#include "report/RuleTable.h"
+
+namespace vornic {
+namespace {
+
+using ::testing::Contains;
+using ::testing::Not;
+using Action = HeaderFacts::Action;
+
+void add(Report& report, std::size_t errors, std::size_t warnings, bool isMendable = false) {
+    for (std::size_t count = 0; count < errors; ++count) {
+        Finding* const finding = report.findings.add("references-dangling"_rule, {count, 1});
+        if (isMendable) {
+            finding->mend = Mend{Confidence::safe, "mend it", {{count, 1, "x"}}};
+        }
+    }
+    for (std::size_t count = 0; count < warnings; ++count) {
+        static_cast<void>(report.findings.add("characters-control"_rule, {count, 1}));
+    }
+}
+
+class HeaderTextTest : public ::testing::Test {
+  protected:
+    HeaderTextTest() { inspection->file.source = SourceText::of("<a/>"); }
+
+    void repairedFrom(std::size_t errors, std::size_t warnings) {
+        facts.action = Action::repair;
+        facts.outcome = RepairOutcome::repairedAndSwapped;
+        facts.isUndoable = true;
+        inspection->original.emplace();
+        inspection->original->source = SourceText::of("<a>");
+        add(inspection->original->report, errors, warnings);
+    }
+    HeaderText header() {
+        facts.inspection = inspection;
+        return headerText(facts);
+    }
+
+    std::shared_ptr<Inspection> inspection = std::make_shared<Inspection>();
+    HeaderFacts facts;
+};
+
+TEST_F(HeaderTextTest, saysWhatWasFoundAndRepaired) {
+    repairedFrom(2, 0);
+    EXPECT_EQ(header().sentence, "2 problems found, 2 repaired");
+    EXPECT_EQ(header().sign, HeaderSign::good);
+    EXPECT_THAT(header().offers, Contains(HeaderOffer::restoreOriginal));
+}
+
+TEST_F(HeaderTextTest, saysWhatARepairHasLeft) {
+    repairedFrom(1200, 3);
+    add(inspection->file.report, 20, 3);
+    EXPECT_EQ(header().sentence, "1,200 problems found, 1,180 repaired; 20 problems need you");
+    EXPECT_EQ(header().sign, HeaderSign::warning);
+}
+
+TEST_F(HeaderTextTest, saysThatAFileIsSoundAndHowManyWarningsItHas) {
+    facts.action = Action::repair;
+    facts.outcome = RepairOutcome::sound;
+    EXPECT_EQ(header().sentence, "Sound");
+    add(inspection->file.report, 0, 3);
+    EXPECT_EQ(header().sentence, "Sound, with 3 warnings");
+    EXPECT_EQ(header().sign, HeaderSign::good);
+}
+
+TEST_F(HeaderTextTest, contradictsARepairThatFindsNothing) {
+    facts.action = Action::repair;
+    facts.outcome = RepairOutcome::sound;
+    add(inspection->file.report, 1, 0);
+    EXPECT_EQ(header().sentence, "1 problem needs you");
+    EXPECT_EQ(header().sign, HeaderSign::warning);
+    EXPECT_THAT(header().offers, Not(Contains(HeaderOffer::mend)));
+}
+
+TEST_F(HeaderTextTest, hasNoTickWhenLegalCharactersWereRemoved) {
+    repairedFrom(1, 0);
+    inspection->removed = {1180, 6, true, 5};
+    EXPECT_EQ(header().sentence, "1,180 legal characters were removed from 6 names");
+    EXPECT_EQ(header().sign, HeaderSign::warning);
+    EXPECT_THAT(header().offers, Contains(HeaderOffer::showRemoved));
+    EXPECT_THAT(header().offers, Contains(HeaderOffer::bringBackAndMend));
+    inspection->removed = {1, 1, false, 5};
+    EXPECT_EQ(header().sentence, "1 legal character was removed from 1 line");
+}
+
+TEST_F(HeaderTextTest, offersNoWayBackThatThereIsNot) {
+    repairedFrom(1, 0);
+    facts.isUndoable = false;
+    EXPECT_TRUE(header().offers.empty());
+}
+
+TEST_F(HeaderTextTest, hasNoTickWhenNothingWasSaved) {
+    facts.action = Action::repair;
+    facts.outcome = RepairOutcome::repairedNotSwapped;
+    EXPECT_EQ(header().sentence, "Nothing was saved in the place of the file");
+    EXPECT_EQ(header().sign, HeaderSign::bad);
+}
+
+TEST_F(HeaderTextTest, saysThatAFileIsGone) {
+    facts.isThere = false;
+    EXPECT_EQ(header().sentence, "The file is not where it was");
+    EXPECT_EQ(header().sign, HeaderSign::bad);
+}
+
+TEST_F(HeaderTextTest, saysThatASoundFileIsSoundThoughTheRepairIsUnable) {
+    facts.action = Action::repair;
+    facts.outcome = RepairOutcome::unable;
+    facts.reason = "No project node found in file";
+    EXPECT_EQ(header().sentence,
+              "Sound; only the repair cannot take it: No project node found in file. Nothing has "
+              "to be done");
+    EXPECT_EQ(header().sign, HeaderSign::warning);
+}
+
+TEST_F(HeaderTextTest, offersTheMendsThatHelpWhereARepairIsUnable) {
+    facts.action = Action::repair;
+    facts.outcome = RepairOutcome::unable;
+    add(inspection->file.report, 2, 0, true);
+    EXPECT_EQ(header().sentence, "2 problems need you");
+    EXPECT_EQ(header().sign, HeaderSign::bad);
+    EXPECT_THAT(header().offers, Contains(HeaderOffer::mend));
+}
+
+TEST_F(HeaderTextTest, saysThatACheckHasWrittenNothing) {
+    facts.action = Action::check;
+    add(inspection->file.report, 0, 1);
+    EXPECT_EQ(header().sentence, "Checked, nothing was written: sound, with 1 warning");
+}
+
+TEST_F(HeaderTextTest, saysWhenAnotherProgramHasChangedTheFile) {
+    repairedFrom(2, 0);
+    facts.hasChangedSince = true;
+    add(inspection->file.report, 1, 0);
+    EXPECT_EQ(header().sentence, "Another program has changed the file: 1 problem needs you");
+    EXPECT_EQ(header().sign, HeaderSign::warning);
+}
+
+TEST_F(HeaderTextTest, saysWhyAFileCannotBeRead) {
+    inspection->file.source = nullptr;
+    inspection->file.error = Error{"domain", 1, "Permission denied."};
+    EXPECT_EQ(header().sentence, "The file cannot be read: Permission denied.");
+    EXPECT_EQ(header().sign, HeaderSign::bad);
+}
+
+TEST(KindAndSize, namesFormatVersionAndSize) {
+    Report report;
+    report.kind = "fcpxml";
+    report.version = "1.10";
+    report.bytes = 12345;
+    EXPECT_EQ(kindAndSize(report), "Final Cut Pro X file (FCPXML 1.10) · 12.3 KB");
+    report.kind = "xmeml";
+    report.version = "";
+    report.bytes = 999;
+    EXPECT_EQ(kindAndSize(report), "Final Cut Pro 7 file (XMEML, no version) · 999 bytes");
+    report.kind = "none";
+    EXPECT_EQ(kindAndSize(report), "No XML file · 999 bytes");
+}
+
+}  // namespace
+}  // namespace vornic
