@@ -1,12 +1,12 @@
 #include "check/fcpxml/ReferenceRules.h"
 
-#include <array>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 
 #include "check/fcpxml/Naming.h"
+#include "check/fcpxml/ReferenceKinds.h"
 #include "formats/fcpxml/Resources.h"
 
 namespace vornic {
@@ -16,53 +16,13 @@ namespace {
 using fcpxml::Resource;
 using fcpxml::Resources;
 
-// What an attribute of an element may name; the second kind is empty where there is one alone.
-struct ReferenceKinds {
-    std::string_view attribute;
-    // Empty for every element that has the attribute.
-    std::string_view element;
-    std::string_view kind;
-    std::string_view otherKind = {};
-};
-
-constexpr std::array kKinds = {
-    ReferenceKinds{"ref", "asset-clip", "asset"},
-    ReferenceKinds{"ref", "ref-clip", "media"},
-    ReferenceKinds{"ref", "mc-clip", "media"},
-    ReferenceKinds{"ref", "video", "asset", "effect"},
-    ReferenceKinds{"ref", "audio", "asset", "effect"},
-    ReferenceKinds{"ref", "title", "effect"},
-    ReferenceKinds{"ref", "filter", "effect"},
-    ReferenceKinds{"ref", "filter-video", "effect"},
-    ReferenceKinds{"ref", "filter-audio", "effect"},
-    ReferenceKinds{"ref", "filter-color", "effect"},
-    ReferenceKinds{"ref", "transition", "effect"},
-    ReferenceKinds{"ref", "text-style", "text-style-def"},
-    ReferenceKinds{"format", "", "format"},
-    ReferenceKinds{"tracking", "", "tracking-shape"},
-    ReferenceKinds{"dataLocator", "", "locator"},
-    ReferenceKinds{"projectRef", "", "projectRef", "project"},
-};
-
-constexpr std::array<std::string_view, 5> kAttributes = {"ref", "format", "tracking", "dataLocator",
-                                                         "projectRef"};
-
-const ReferenceKinds* kindsOf(std::string_view attribute, std::string_view element) {
-    for (const ReferenceKinds& kinds : kKinds) {
-        if (kinds.attribute == attribute && (kinds.element.empty() || kinds.element == element)) {
-            return &kinds;
-        }
-    }
-    return nullptr;
-}
-
 class ReferenceCheck {
   public:
     ReferenceCheck(const ElementIndex& index, bool tellsDangling, Findings& findings)
         : index_(index), resources_(index), tellsDangling_(tellsDangling), findings_(findings) {}
 
     void run() {
-        for (const std::string_view attribute : kAttributes) {
+        for (const std::string_view attribute : kReferenceAttributes) {
             for (const ElementNumber element : index_.elementsWithAttribute(attribute)) {
                 judgeReference(element, attribute);
             }
@@ -93,7 +53,7 @@ class ReferenceCheck {
 };
 
 void ReferenceCheck::judgeReference(ElementNumber element, std::string_view attribute) {
-    const ReferenceKinds* const kinds = kindsOf(attribute, index_.nameOf(element));
+    const ReferenceKinds* const kinds = referenceKindsOf(attribute, index_.nameOf(element));
     if (kinds == nullptr) {
         return;
     }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "check/fcpxml/Naming.h"
+#include "check/fcpxml/RepeatedIds.h"
 #include "formats/fcpxml/Definition.h"
 
 namespace vornic {
@@ -182,10 +183,57 @@ std::optional<Mend> pathMend(const ElementIndex& index, std::size_t offset) {
     return Mend{Confidence::ask, "move the path into a media-rep", std::move(edits)};
 }
 
+bool hasSecond(const ElementIndex& index, ElementNumber element) {
+    ElementNumber next = index.nextSiblingOf(element);
+    while (next != kNoElement && index.nameOf(next) != index.nameOf(element)) {
+        next = index.nextSiblingOf(next);
+    }
+    return next != kNoElement;
+}
+
+// Puts the path of a media-rep, and its bookmark, where versions before 1.9 have them. What else a
+// media-rep says, they cannot.
+std::optional<Mend> attributeMend(const ElementIndex& index, std::size_t offset) {
+    const ElementNumber part = index.elementAt(offset);
+    const bool isPart = part != kNoElement && index.isNamed(part, "media-rep") &&
+                        index.parentOf(part) != kNoElement &&
+                        index.isNamed(index.parentOf(part), "asset");
+    const std::optional<TextSpan> path = isPart ? index.attributeOf(part, "src") : std::nullopt;
+    const ElementNumber asset = isPart ? index.parentOf(part) : kNoElement;
+    // Which of several is meant, nothing says.
+    if (!path || index.childOf(asset, "media-rep") != part || hasSecond(index, part)) {
+        return std::nullopt;
+    }
+    const std::string_view text = index.text();
+    const std::optional<TextSpan> own = index.attributeOf(asset, "src");
+    if (own && own->of(text) != path->of(text)) {
+        return std::nullopt;
+    }
+    std::vector<Edit> edits;
+    if (!own) {
+        const char quote = text[path->end()] == '\'' ? '\'' : '"';
+        const std::size_t behind = index.startTagOf(asset).offset + 1 + index.nameOf(asset).size();
+        edits.push_back({behind, 0, " src=" + (quote + std::string(path->of(text)) + quote)});
+    }
+    const TextSpan span = index.spanOf(part);
+    const ElementNumber bookmark = index.childOf(part, "bookmark");
+    if (bookmark != kNoElement) {
+        const TextSpan kept = index.spanOf(bookmark);
+        edits.push_back({span.offset, kept.offset - span.offset, ""});
+        edits.push_back({kept.end(), span.end() - kept.end(), ""});
+    } else {
+        const std::size_t blanks = text.find_last_not_of(kBlanks, span.offset - 1) + 1;
+        edits.push_back({blanks, span.end() - blanks, ""});
+    }
+    return Mend{Confidence::ask, "move the path into the attribute src of its asset",
+                std::move(edits)};
+}
+
 }  // namespace
 
 void addStructureMends(const ElementIndex& index, fcpxml::Version version, Findings& findings) {
     const Definition& definition = Definition::of(version);
+    RepeatedIds repeatedIds(index);
     for (Finding& finding : findings.kept()) {
         const TextSpan place{finding.where.offset, finding.where.length};
         if (finding.rule == "structure-element-order"_rule) {
@@ -196,6 +244,12 @@ void addStructureMends(const ElementIndex& index, fcpxml::Version version, Findi
             if (version >= kFirstWithMediaRep) {
                 finding.mend = pathMend(index, place.offset);
             }
+        } else if (finding.rule == "structure-element-of-other-version"_rule) {
+            if (version < kFirstWithMediaRep) {
+                finding.mend = attributeMend(index, place.offset);
+            }
+        } else if (finding.rule == "structure-repeated-id"_rule) {
+            finding.mend = repeatedIds.mendOf(index.elementAt(place.offset));
         } else if (finding.rule == "values-standalone"_rule) {
             finding.mend = standaloneMend(index.text());
         }

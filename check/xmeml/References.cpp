@@ -3,6 +3,7 @@
 #include <utility>
 #include <vector>
 
+#include "check/xmeml/RepeatedItems.h"
 #include "check/xmeml/Rules.h"
 #include "check/xmeml/TrackTable.h"
 #include "check/xmeml/WhiteSpace.h"
@@ -17,10 +18,16 @@ namespace {
 
 using std::string;
 
+struct RepeatedItem {
+    // The first one with the id.
+    ElementNumber first;
+    ElementNumber element;
+};
+
 class ReferenceCheck {
   public:
     ReferenceCheck(const View& view, Findings& findings)
-        : view_(view), index_(view.index()), findings_(findings) {}
+        : view_(view), index_(view.index()), findings_(findings), freshIds_(view.index()) {}
 
     void run() {
         for (ElementNumber element = 0; element < index_.size(); ++element) {
@@ -33,18 +40,27 @@ class ReferenceCheck {
         checkFiles();
         checkClips();
         checkMasters();
-        items_.forEachRepeated(readId_, [this](ElementNumber first, ElementNumber element) {
-            addRepeatedItem(first, element);
-        });
-        if (!links_.empty()) {
-            const TrackTable tracks(view_);
-            for (const ElementNumber link : links_) {
-                checkLink(link, tracks);
-            }
-        }
+        checkItemsAndLinks();
     }
 
   private:
+    void checkItemsAndLinks() {
+        std::vector<RepeatedItem> repeated;
+        items_.forEachRepeated(readId_, [&](ElementNumber first, ElementNumber element) {
+            repeated.push_back({first, element});
+        });
+        if (repeated.empty() && links_.empty()) {
+            return;
+        }
+        const TrackTable tracks(view_);
+        if (!repeated.empty()) {
+            addRepeatedItems(repeated, tracks);
+        }
+        for (const ElementNumber link : links_) {
+            checkLink(link, tracks);
+        }
+    }
+
     void gather(ElementNumber element) {
         switch (view_.nameOf(element)) {
             case Name::file:
@@ -89,9 +105,11 @@ class ReferenceCheck {
     }
 
     void checkFiles();
+    [[nodiscard]] std::optional<Mend> renamingOf(ElementNumber element);
     void checkClips();
     void checkMasters();
-    void addRepeatedItem(ElementNumber first, ElementNumber element);
+    void addRepeatedItems(const std::vector<RepeatedItem>& repeated, const TrackTable& tracks);
+    void addRepeatedItem(const RepeatedItem& repeated, RepeatedItems& items);
     void checkLink(ElementNumber link, const TrackTable& tracks);
     void addDanglingLink(ElementNumber link, const string& target);
     void checkLinkNumbers(ElementNumber link, const Parts& parts, ElementNumber target,
@@ -102,6 +120,7 @@ class ReferenceCheck {
     const View& view_;
     const ElementIndex& index_;
     Findings& findings_;
+    FreshIds freshIds_;
     string storage_;
     IdTable files_;
     IdTable filesReferred_;
@@ -137,6 +156,8 @@ void ReferenceCheck::checkFiles() {
             finding->mend = Mend{Confidence::safe,
                                  "write a reference to the first definition in its place",
                                  {{tag.end() - 1, end - (tag.end() - 1), "/>"}}};
+        } else if (filesReferred_.find(view_.idOf(element, storage), readId_) == kNoElement) {
+            finding->mend = renamingOf(element);
         }
     });
     for (const ElementNumber element : filesReferred_.firstOfEach(readId_)) {
@@ -147,6 +168,17 @@ void ReferenceCheck::checkFiles() {
                           {{"id", excerpt(id)}});
         }
     }
+}
+
+// For an element that nothing else refers to.
+std::optional<Mend> ReferenceCheck::renamingOf(ElementNumber element) {
+    const TextSpan id = *index_.attributeOf(element, "id");
+    const std::string_view text = trimmed(id.of(index_.text()));
+    if (text.find('&') != std::string_view::npos) {
+        return std::nullopt;
+    }
+    const string fresh = freshIds_.like(text);
+    return Mend{Confidence::ask, "write the id \"" + fresh + "\"", {{id.offset, id.length, fresh}}};
 }
 
 void ReferenceCheck::checkClips() {
@@ -175,13 +207,32 @@ void ReferenceCheck::checkMasters() {
     }
 }
 
-void ReferenceCheck::addRepeatedItem(ElementNumber first, ElementNumber element) {
+void ReferenceCheck::addRepeatedItems(const std::vector<RepeatedItem>& repeated,
+                                      const TrackTable& tracks) {
+    RepeatedItems items(view_, tracks, freshIds_);
+    for (const RepeatedItem& each : repeated) {
+        items.addItem(each.first, each.element);
+    }
+    for (const ElementNumber link : links_) {
+        const ElementNumber reference = view_.childOf(link, Name::linkclipref);
+        if (reference != kNoElement) {
+            items.addLink(link, reference, items_.find(view_.textOf(reference, storage_), readId_));
+        }
+    }
+    for (const RepeatedItem& each : repeated) {
+        addRepeatedItem(each, items);
+    }
+}
+
+void ReferenceCheck::addRepeatedItem(const RepeatedItem& repeated, RepeatedItems& items) {
+    const auto& [first, element] = repeated;
     if (Finding* const finding =
             findings_.add("references-clip-item-repeated"_rule, index_.startTagOf(element))) {
         string storage;
         finding->arguments = {{"thing", view_.describe(element)},
                               {"id", excerpt(view_.idOf(element, storage))},
                               {"other", view_.describe(first)}};
+        finding->mend = items.mendOf(first, element);
     }
 }
 

@@ -76,6 +76,71 @@ TEST(XMEMLMends, areMadeInEveryFileThatBreaksTheirRule) {
     }
 }
 
+std::string item(const std::string& id, const std::string& links) {
+    return "<clipitem id=\"" + id +
+           "\"><name>A</name><duration>9</duration><rate><timebase>25"
+           "</timebase><ntsc>FALSE</ntsc></rate><in>0</in><out>1</out><start>0</start><end>1</"
+           "end>" +
+           links + "</clipitem>";
+}
+
+std::string link(const std::string& id, const std::string& track, const std::string& clip) {
+    return "<link><linkclipref>" + id + "</linkclipref><mediatype>video</mediatype><trackindex>" +
+           track + "</trackindex><clipindex>" + clip + "</clipindex></link>";
+}
+
+std::string sequence(const std::string& id, const std::string& tracks) {
+    return "<sequence id=\"" + id +
+           "\"><name>S</name><duration>9</duration><rate><timebase>25"
+           "</timebase><ntsc>FALSE</ntsc></rate><media><video>" +
+           tracks + "</video></media></sequence>";
+}
+
+std::string withIdsMended(const std::string& text) {
+    MendRequest request;
+    request.asked = {*findRule("references-clip-item-repeated"),
+                     *findRule("references-file-redefined")};
+    const MendedBytes mended = MendedBytes::of(text, request);
+    EXPECT_EQ(mended.refusal, "");
+    return mended.bytes;
+}
+
+TEST(XMEMLMends, ofClipItemsWithOneIdFollowTheLinksOfTheirTimeline) {
+    const auto file = [](const std::string& second) {
+        return "<xmeml version=\"5\">" +
+               sequence("s1", "<track>" + item("c1", link("c1", "1", "1")) + "</track>") +
+               sequence("s2", "<track>" + item(second, link(second, "1", "1")) + "</track>") +
+               "</xmeml>";
+    };
+    EXPECT_EQ(withIdsMended(file("c1")), file("c1-2"));
+}
+
+TEST(XMEMLMends, ofClipItemsWithOneIdFollowTheNumbersOfLinks) {
+    const auto file = [](const std::string& second, const std::string& number) {
+        const std::string links = link("c1", "1", "1") + link(second, "2", number);
+        return "<xmeml version=\"5\">" +
+               sequence("s1", "<track>" + item("c1", links) + "</track><track>" +
+                                  item(second, links) + "</track>") +
+               "</xmeml>";
+    };
+    EXPECT_EQ(withIdsMended(file("c1", "1")), file("c1-2", "1"));
+    EXPECT_EQ(withIdsMended(file("c1", "2")), file("c1", "2")) << "no clip item is the second";
+}
+
+TEST(XMEMLMends, ofTwoFilesWithOneIdNeedThatNothingRefersToIt) {
+    const auto file = [](const std::string& second, const std::string& reference) {
+        return "<xmeml version=\"5\">" +
+               sequence("s1", "<track>" + item("c1", "<file id=\"f\"><name>A</name></file>") +
+                                  "</track><track>" +
+                                  item("c2", "<file id=\"" + second + "\"><name>B</name></file>") +
+                                  "</track><track>" + item("c3", reference) + "</track>") +
+               "</xmeml>";
+    };
+    EXPECT_EQ(withIdsMended(file("f", "")), file("f-2", ""));
+    const std::string used = file("f", "<file id=\"f\"/>");
+    EXPECT_EQ(withIdsMended(used), used);
+}
+
 TEST(XMEMLMends, ofARepeatedFileLeaveItsTagAndTakeItsContent) {
     const std::string sequence =
         "<sequence "
