@@ -27,8 +27,9 @@ struct CheckOptions {
 };
 
 /// Says what is wrong with a project file: decodes its bytes, reads them, tolerant, and looks at
-/// what its kind and version ask for. Nothing is written, nothing outside the bytes is looked at,
-/// nothing raised but for memory that has run out. Any thread.
+/// what its kind and version ask for. Nothing is written, nothing outside the bytes is looked at
+/// but the system's time zones, where a date names one, nothing raised but for memory that has run
+/// out. Any thread.
 /// @param bytes of the whole file.
 /// @return the findings in the order of the file, with places in its bytes; `path` is left empty.
 [[nodiscard]] Report checkFile(std::string bytes, const CheckOptions& options);

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <chrono>
+#include <cstdint>
+#include <cstdlib>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,6 +13,8 @@
 #include "check/fcpxml/Naming.h"
 #include "formats/FileURL.h"
 #include "formats/fcpxml/Resources.h"
+#include "foundation/FormatString.h"
+#include "platform/ZoneData.h"
 #include "xml/AttributeValue.h"
 
 namespace vornic {
@@ -57,10 +62,35 @@ bool isModDate(std::string_view text) {
            numberAt(text, kDateForm.size() + 3, 2) <= 59;
 }
 
-// The names of Universal Time, which has no offset whatever the date.
-bool isUniversalTime(std::string_view zone) {
-    constexpr std::array<std::string_view, 4> kNames = {"GMT", "UTC", "UT", "Z"};
-    return std::find(kNames.begin(), kNames.end(), zone) != kNames.end();
+// A date's time as if its clock showed Universal Time, in seconds since 1970.
+std::int64_t secondsOf(std::string_view date) {
+    const std::chrono::year_month_day day(
+        std::chrono::year(numberAt(date, 0, 4)),
+        std::chrono::month(static_cast<unsigned>(numberAt(date, 5, 2))),
+        std::chrono::day(static_cast<unsigned>(numberAt(date, 8, 2))));
+    const std::chrono::seconds time = std::chrono::hours(numberAt(date, 11, 2)) +
+                                      std::chrono::minutes(numberAt(date, 14, 2)) +
+                                      std::chrono::seconds(numberAt(date, 17, 2));
+    return (std::chrono::sys_days(day).time_since_epoch() + time).count();
+}
+
+// The offset that the name of a zone stands for at a date, as modDate has it; "" when nothing says
+// it for sure.
+std::string offsetOf(std::string_view zone, std::string_view date) {
+    // Universal Time has no offset whatever the date.
+    constexpr std::array<std::string_view, 4> kUniversalTime = {"GMT", "UTC", "UT", "Z"};
+    if (std::find(kUniversalTime.begin(), kUniversalTime.end(), zone) != kUniversalTime.end()) {
+        return "+0000";
+    }
+    constexpr int kMinute = 60;
+    const std::optional<std::int32_t> offset =
+        platform::ZoneData::ofSystem().offsetAt(zone, secondsOf(date));
+    if (!offset || *offset % kMinute != 0) {
+        return "";
+    }
+    const int minutes = std::abs(*offset) / kMinute;
+    return formatString("%@%02d%02d", *offset < 0 ? "-" : "+", minutes / kMinute,
+                        minutes % kMinute);
 }
 
 // Some programs read letters beyond ASCII as they are.
@@ -125,11 +155,13 @@ void ValueCheck::judgeDate(ElementNumber element) {
     if (finding == nullptr) {
         return;
     }
-    if (isDate(value) && isUniversalTime(value.substr(kDateForm.size()))) {
+    const std::string offset =
+        namesZone ? offsetOf(value.substr(kDateForm.size()), value) : std::string();
+    if (!offset.empty()) {
         const std::size_t zone = place.offset + kDateForm.size();
         finding->mend = Mend{Confidence::safe,
-                             "write the offset +0000 in place of the zone's name",
-                             {{zone, place.end() - zone, "+0000"}}};
+                             "write the offset " + offset + " in place of the zone's name",
+                             {{zone, place.end() - zone, offset}}};
     } else {
         finding->mend = Mend{Confidence::ask, "take the attribute modDate out",
                              removalOf(index_, element, "modDate")};

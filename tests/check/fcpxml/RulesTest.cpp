@@ -1,3 +1,5 @@
+#include <filesystem>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -297,7 +299,31 @@ TEST(FCPXMLValues, tellDatesWithTheNamesOfZones) {
     }
     EXPECT_EQ(mended(dated(" modDate=\"2024-05-31 18:30:00 GMT\"")),
               dated(" modDate=\"2024-05-31 18:30:00 +0000\""));
-    EXPECT_EQ(mended(dated(" modDate=\"2024-05-31 18:30:00 CEST\"")), dated(""));
+    EXPECT_EQ(mended(dated(" modDate=\"2024-05-31 18:30:00 Nowhere\"")), dated(""));
+}
+
+TEST(FCPXMLValues, writeTheOffsetThatTheSystemsZonesTell) {
+    if (!std::filesystem::exists("/usr/share/zoneinfo/America/St_Johns")) {
+        GTEST_SKIP() << "the system has no zone data";
+    }
+    const auto dated = [](const std::string& date) {
+        std::string text = withSpine(gap("0s", "5s"));
+        return text.replace(text.find("<project"), 8, "<project modDate=\"" + date + "\"");
+    };
+    for (const auto& [zone, offset] : std::map<std::string, std::string>{
+             {"2024-05-31 18:30:00 CEST", "2024-05-31 18:30:00 +0200"},
+             {"2024-05-31 18:30:00 Europe/Berlin", "2024-05-31 18:30:00 +0200"},
+             {"2024-01-31 18:30:00 America/St_Johns", "2024-01-31 18:30:00 -0330"}}) {
+        const Report report = checkFile(dated(zone), {});
+        ASSERT_EQ(report.findings.kept().size(), 1U);
+        EXPECT_EQ(report.findings.kept().front().mend->confidence, Confidence::safe) << zone;
+        EXPECT_EQ(mended(dated(zone)), dated(offset));
+    }
+    for (const char* const unclear :
+         {"2024-01-31 18:30:00 CST", "2024-10-27 02:30:00 Europe/Berlin"}) {
+        const Report report = checkFile(dated(unclear), {});
+        EXPECT_EQ(report.findings.kept().front().mend->confidence, Confidence::ask) << unclear;
+    }
 }
 
 TEST(FCPXMLVersions, tellWhatAReceiverDoesNotRead) {
