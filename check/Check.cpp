@@ -67,11 +67,12 @@ ElementIndex indexOfHead(std::string_view text) {
 // Checks one text; the groups one after the other.
 class Check {
   public:
-    Check(const DecodedText& source, const CheckOptions& options, Report& report)
-        : source_(source), options_(options), report_(report) {}
+    Check(std::string_view text, const TextDecoding& decoding, const CheckOptions& options,
+          Report& report)
+        : text_(text), decoding_(decoding), options_(options), report_(report) {}
 
     void run() {
-        makeValidator(indexOfHead(source_.text));
+        makeValidator(indexOfHead(text_));
         readMarkup();
         if (index_->kind() == FileKind::xmeml) {
             xmeml::check(*index_, isComplete_, options_, report_);
@@ -82,7 +83,7 @@ class Check {
         judgeCharacters();
         skip(RuleGroup::media, kNotAskedFor);
         addTimecodes();
-        PlaceFinder(*index_, source_.decoding).place(report_.findings);
+        PlaceFinder(*index_, decoding_).place(report_.findings);
     }
 
   private:
@@ -117,18 +118,18 @@ class Check {
         const auto version = fcpxml::Version::parse(index.version());
         if (index.kind() == FileKind::fcpxml && version) {
             version_ = *version;
-            validator_.emplace(fcpxml::Definition::of(*version), saysStandalone(source_.text),
+            validator_.emplace(fcpxml::Definition::of(*version), saysStandalone(text_),
                                structureFindings(*version, report_.findings));
         }
     }
 
     void readMarkup() {
-        ElementIndexBuilder builder(source_.text);
-        XMLFindings sink(source_.text, report_.findings);
+        ElementIndexBuilder builder(text_);
+        XMLFindings sink(text_, report_.findings);
         XMLEventTee both{&builder, validator_ ? &*validator_ : nullptr};
         XMLReaderEvents* const events =
             validator_ ? static_cast<XMLReaderEvents*>(&both) : &builder;
-        const XMLReading reading = readXML(source_.text, XMLMode::tolerant, events, &sink);
+        const XMLReading reading = readXML(text_, XMLMode::tolerant, events, &sink);
         sink.addFault(reading);
         addEncoding();
         index_.emplace(std::move(builder).finish());
@@ -145,7 +146,7 @@ class Check {
         if (index_->kind() != FileKind::fcpxml && index_->kind() != FileKind::xmeml) {
             return skip(RuleGroup::characters, kNeitherKind);
         }
-        checkCharacters(source_.text, index_->spanOf(0).offset, report_.findings);
+        checkCharacters(text_, index_->spanOf(0).offset, report_.findings);
         report_.groups.push_back({RuleGroup::characters, true, ""});
     }
 
@@ -164,7 +165,7 @@ class Check {
         validator_->finish();
         report_.groups.push_back({RuleGroup::structure, true, ""});
         report_.definition = "fcpxml " + version_.text();
-        if (!declaresEntities_ && !hasInternalSubset(source_.text)) {
+        if (!declaresEntities_ && !hasInternalSubset(text_)) {
             report_.valid = validator_->isValid() && isComplete_ && !isMended_;
         }
     }
@@ -173,7 +174,7 @@ class Check {
     void readOnceMore() {
         makeValidator(*index_);
         UnheardMends mends;
-        static_cast<void>(readXML(source_.text, XMLMode::tolerant, &*validator_, &mends));
+        static_cast<void>(readXML(text_, XMLMode::tolerant, &*validator_, &mends));
     }
 
     // Programs go by the ending; XMEML is known under many.
@@ -195,7 +196,7 @@ class Check {
 
     // ASCII is UTF-8 as well.
     void addEncoding() {
-        const std::string& encoding = source_.decoding.encoding;
+        const std::string& encoding = decoding_.encoding;
         if (encoding != "UTF-8" && encoding != "ASCII") {
             report_.findings.add("values-encoding"_rule, {}, {{"name", encoding}});
         }
@@ -205,7 +206,8 @@ class Check {
         report_.groups.push_back({group, false, std::string(why)});
     }
 
-    const DecodedText& source_;
+    std::string_view text_;
+    const TextDecoding& decoding_;
     const CheckOptions& options_;
     Report& report_;
     std::optional<ElementIndex> index_;
@@ -245,7 +247,17 @@ void markIgnoredGroups(const std::vector<RuleId>& ignored, Report& report) {
     }
 }
 
-Report checkBytes(std::string bytes, const CheckOptions& options) {
+void reportUndecodable(const Error& error, const TextDecoding& how, Report& report) {
+    addDecodingFault(error, how, report.findings);
+    report.groups.push_back({RuleGroup::xml, true, ""});
+    for (const RuleGroup group : kCheckedGroups) {
+        if (group != RuleGroup::xml) {
+            report.groups.push_back({group, false, "the file could not be read as text"});
+        }
+    }
+}
+
+Report checkBytes(std::string_view bytes, const CheckOptions& options) {
     Report report;
     report.bytes = bytes.size();
     report.findings = Findings(options.mostOfARule);
@@ -254,27 +266,26 @@ Report checkBytes(std::string bytes, const CheckOptions& options) {
     }
     ErrorSlot error;
     TextDecoding how;
-    std::optional<std::string> text = decodeXMLText(std::move(bytes), how, error);
+    // What is no UTF-8 is made a text of its own.
+    std::optional<std::string> decoded;
+    std::optional<std::string_view> text = textWithin(bytes, how);
     if (!text) {
-        addDecodingFault(*error, how, report.findings);
-        report.groups.push_back({RuleGroup::xml, true, ""});
-        for (const RuleGroup group : kCheckedGroups) {
-            if (group != RuleGroup::xml) {
-                report.groups.push_back({group, false, "the file could not be read as text"});
-            }
-        }
+        decoded = decodeXMLText(std::string(bytes), how, error);
+        text = decoded;
+    }
+    if (!text) {
+        reportUndecodable(*error, how, report);
         return report;
     }
     report.encoding = how.encoding;
-    const DecodedText source{std::move(*text), std::move(how)};
-    Check(source, options, report).run();
+    Check(*text, how, options, report).run();
     return report;
 }
 
 }  // namespace
 
-Report checkFile(std::string bytes, const CheckOptions& options) {
-    Report report = checkBytes(std::move(bytes), options);
+Report checkFile(std::string_view bytes, const CheckOptions& options) {
+    Report report = checkBytes(bytes, options);
     markIgnoredGroups(options.ignored, report);
     return report;
 }

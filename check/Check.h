@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "report/Report.h"
@@ -32,7 +33,7 @@ struct CheckOptions {
 /// out. Any thread.
 /// @param bytes of the whole file.
 /// @return the findings in the order of the file, with places in its bytes; `path` is left empty.
-[[nodiscard]] Report checkFile(std::string bytes, const CheckOptions& options);
+[[nodiscard]] Report checkFile(std::string_view bytes, const CheckOptions& options);
 
 }  // namespace vornic
 

@@ -5,6 +5,7 @@
 
 #include "foundation/FormatString.h"
 #include "job/WorkingCopy.h"
+#include "platform/ContentDigest.h"
 #include "platform/Failure.h"
 #include "platform/FileSystem.h"
 #include "platform/PathText.h"
@@ -19,22 +20,35 @@ std::string copyPath(const std::string& path) {
                               "." + platform::lastComponent(path) + ".vornic-mend");
 }
 
-// Writes what was mended in memory; the copy goes when the file does not take its place.
+// Writes what is mended in memory into a working copy, which goes when it does not take the file's
+// place.
 class InPlace {
   public:
-    InPlace(const std::string& path, Waiting& waiting, MendedFile& result)
-        : path_(path), copy_(path, copyPath(path), waiting), result_(result) {}
+    InPlace(const std::string& path, platform::ContentDigest::Value digestRead, Waiting& waiting,
+            MendedFile& result)
+        : path_(path),
+          digestRead_(digestRead),
+          copy_(path, copyPath(path), waiting),
+          result_(result) {}
+    ~InPlace() {
+        if (copy_.isMade() && !(result_.swap && result_.swap->end == SwapEnd::done)) {
+            static_cast<void>(copy_.discard());
+        }
+    }
+    InPlace(const InPlace&) = delete;
+    InPlace& operator=(const InPlace&) = delete;
 
-    void run(const std::string& bytesRead, SwapObserver& observer) {
-        const bool isMade = make() && isUnchanged(bytesRead) && save();
-        if (isMade) {
+    // The check of the bytes may still go on.
+    void write(const std::string& bytes) {
+        isWritten_ =
+            !result_.error && !result_.isCancelled && (copy_.isMade() || make()) && save(bytes);
+    }
+
+    void finish(SwapObserver& observer) {
+        if (isWritten_ && result_.mended.refusal.empty()) {
             result_.swap = copy_.swap(observer);
             result_.lostMetadata = copy_.lostMetadata();
             takeOutcome();
-        }
-        if (copy_.isMade() && !(result_.swap && result_.swap->end == SwapEnd::done)) {
-            ErrorSlot ignored;
-            copy_.remove(ignored);
         }
         result_.notes = copy_.takeNotes();
     }
@@ -48,21 +62,12 @@ class InPlace {
                 return false;
             }
         }
+        copy_.expect(digestRead_);
         return true;
     }
 
-    bool isUnchanged(const std::string& bytesRead) {
-        const std::optional<std::string> bytes = copy_.read(result_.error);
-        if (bytes && *bytes != bytesRead) {
-            platform::failFileBecause(result_.error, path_, "mended", EBUSY,
-                                      "another program has changed it since it was read");
-        }
-        return bytes && *bytes == bytesRead;
-    }
-
-    bool save() {
-        copy_.save([this](const WorkingCopy::Sink& sink) { return sink(result_.mended.bytes); },
-                   result_.error);
+    bool save(const std::string& bytes) {
+        copy_.save([&bytes](const WorkingCopy::Sink& sink) { return sink(bytes); }, result_.error);
         return !result_.error;
     }
 
@@ -78,8 +83,10 @@ class InPlace {
     }
 
     const std::string& path_;
+    platform::ContentDigest::Value digestRead_;
     WorkingCopy copy_;
     MendedFile& result_;
+    bool isWritten_ = false;
 };
 
 }  // namespace
@@ -91,10 +98,10 @@ MendedFile mendFile(const std::string& path, const MendRequest& request, Waiting
     if (!bytes) {
         return result;
     }
-    result.mended = MendedBytes::of(*bytes, request);
-    if (result.mended.bytes != *bytes) {
-        InPlace(path, waiting, result).run(*bytes, observer);
-    }
+    InPlace place(path, platform::ContentDigest::of(*bytes), waiting, result);
+    result.mended = MendedBytes::of(std::move(*bytes), request,
+                                    [&place](const std::string& mended) { place.write(mended); });
+    place.finish(observer);
     return result;
 }
 

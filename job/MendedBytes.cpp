@@ -3,10 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <future>
+#include <system_error>
 #include <utility>
 
 #include "foundation/FormatString.h"
 #include "mend/UnifiedDifference.h"
+#include "platform/CrashStack.h"
 #include "report/RuleTable.h"
 #include "xml/FileOffsets.h"
 #include "xml/TextPlace.h"
@@ -58,12 +61,44 @@ class OldOffsets {
     std::vector<std::size_t> starts_;
 };
 
+// The text of a file's bytes, which must outlive it.
+class TextOfBytes {
+  public:
+    explicit TextOfBytes(const std::string& bytes) {
+        ErrorSlot error;
+        if (const std::optional<std::string_view> within = textWithin(bytes, decoding_)) {
+            text_ = *within;
+            isWithin_ = true;
+        } else if ((decoded_ = decodeXMLText(bytes, error))) {
+            text_ = decoded_->text;
+        }
+    }
+
+    [[nodiscard]] bool isThere() const { return isWithin_ || decoded_; }
+    [[nodiscard]] std::string_view text() const { return text_; }
+    // Offsets of bytes as those of the text.
+    [[nodiscard]] EditList places(EditList places) const {
+        if (!isWithin_) {
+            return toTextOffsets(places, *decoded_);
+        }
+        for (Edit& place : places) {
+            place.offset -= std::min(place.offset, decoding_.markLength);
+        }
+        return places;
+    }
+
+  private:
+    TextDecoding decoding_;
+    bool isWithin_ = false;
+    std::optional<DecodedText> decoded_;
+    std::string_view text_;
+};
+
 // Gives places in a later round's bytes the offsets, lines and columns of the old bytes.
 void placeInOldBytes(std::vector<MendRecord>& records, const EditList& edits,
                      const std::string& oldBytes) {
-    ErrorSlot error;
-    const std::optional<DecodedText> source = decodeXMLText(oldBytes, error);
-    if (!source) {
+    const TextOfBytes source(oldBytes);
+    if (!source.isThere() || records.empty()) {
         return;
     }
     const OldOffsets oldOffsets(edits);
@@ -75,9 +110,9 @@ void placeInOldBytes(std::vector<MendRecord>& records, const EditList& edits,
         where.length = std::max(end, where.offset) - where.offset;
         places.push_back({where.offset, 0, ""});
     }
-    TextPlace lines(source->text);
+    TextPlace lines(source.text());
     std::size_t index = 0;
-    for (const Edit& place : toTextOffsets(places, *source)) {
+    for (const Edit& place : source.places(std::move(places))) {
         Place& where = records[index++].finding.where;
         lines.moveTo(place.offset);
         where.line = where.line == 0 ? 0 : lines.line();
@@ -104,16 +139,14 @@ EditList encodingInDeclaration(std::string_view text) {
 // Mends one file, round after round.
 class Mending {
   public:
-    Mending(std::string bytes, const MendRequest& request)
-        : old_(std::move(bytes)), request_(request) {
+    Mending(std::string bytes, const MendRequest& request, const MendedBytes::Watcher& watch)
+        : old_(std::move(bytes)), request_(request), watch_(watch) {
         options_ = request.check;
         options_.mostOfARule = std::max(options_.mostOfARule, kMostOfARound);
     }
 
     MendedBytes run() {
-        mended_.old = old_;
-        mended_.bytes = old_;
-        mended_.report = checkFile(mended_.bytes, options_);
+        mended_.report = checkFile(old_, options_);
         if (request_.toUTF8) {
             changeEncoding();
         }
@@ -127,11 +160,24 @@ class Mending {
                          [](const MendRecord& left, const MendRecord& right) {
                              return left.finding.where.offset < right.finding.where.offset;
                          });
-        limitReport();
+        mended_.report.findings.keepFirst(request_.check.mostOfARule);
+        if (!isChanged_) {
+            mended_.bytes = old_;
+        }
+        if (!mended_.isEncodingChanged) {
+            mended_.old = std::move(old_);
+        }
         return std::move(mended_);
     }
 
   private:
+    // The bytes as mended so far.
+    [[nodiscard]] const std::string& bytes() const { return isChanged_ ? mended_.bytes : old_; }
+    // What the edits are those of.
+    [[nodiscard]] const std::string& origin() const {
+        return mended_.isEncodingChanged ? mended_.old : old_;
+    }
+
     void changeEncoding() {
         ErrorSlot error;
         std::optional<DecodedText> source = decodeXMLText(old_, error);
@@ -148,7 +194,8 @@ class Mending {
         mended_.bytes = applyEdits(source->text, mended_.edits);
         mended_.old = source->text;
         mended_.isEncodingChanged = true;
-        mended_.report = checkFile(mended_.bytes, options_);
+        isChanged_ = true;
+        mended_.report = checkWatched(mended_.bytes);
         decoded_ = std::move(source);
     }
 
@@ -184,16 +231,37 @@ class Mending {
         if (edits->empty()) {
             return false;
         }
-        std::string bytes = applyEdits(mended_.bytes, *edits);
-        Report report = checkFile(bytes, options_);
+        std::string changed = applyEdits(bytes(), *edits);
+        Report report = checkWatched(changed);
         if (isCompared && !isBetter(report)) {
             return false;
         }
         made_ = {};
         mended_.edits = composeEdits(mended_.edits, *edits);
-        mended_.bytes = std::move(bytes);
+        mended_.bytes = std::move(changed);
+        isChanged_ = true;
         mended_.report = std::move(report);
         return true;
+    }
+
+    // Checks bytes while whoever watches writes them.
+    Report checkWatched(const std::string& changed) {
+        const auto check = [this, &changed] {
+            const platform::CrashStack crashStack;
+            return checkFile(changed, options_);
+        };
+        if (!watch_) {
+            return checkFile(changed, options_);
+        }
+        std::future<Report> report;
+        try {
+            report = std::async(std::launch::async, check);
+        } catch (const std::system_error&) {
+            // The system has no thread to give.
+            report = std::async(std::launch::deferred, check);
+        }
+        watch_(changed);
+        return report.get();
     }
 
     // The mends that are made; and, when nothing more is mended, what is left.
@@ -201,7 +269,7 @@ class Mending {
         std::erase_if(records,
                       [isLast](const MendRecord& record) { return !record.isMade && !isLast; });
         if (!mended_.edits.empty()) {
-            placeInOldBytes(records, mended_.edits, mended_.old);
+            placeInOldBytes(records, mended_.edits, origin());
         }
         if (decoded_) {
             FileOffsets offsets(decoded_->text, decoded_->decoding);
@@ -233,11 +301,10 @@ class Mending {
     }
 
     void giveUp() {
-        mended_.bytes = old_;
-        mended_.old = std::move(old_);
+        isChanged_ = false;
         mended_.isEncodingChanged = false;
         mended_.edits.clear();
-        mended_.report = checkFile(mended_.bytes, options_);
+        mended_.report = checkFile(old_, options_);
         mended_.records = MendPlan::of(mended_.report.findings, {}).records;
         for (MendRecord& record : mended_.records) {
             record.isMade = false;
@@ -245,19 +312,10 @@ class Mending {
         }
     }
 
-    // Rounds keep more findings than a report shows.
-    void limitReport() {
-        const Counts counts = countsOf(mended_.report.findings);
-        const bool isOver = std::any_of(counts.begin(), counts.end(), [this](std::uint64_t count) {
-            return count > request_.check.mostOfARule;
-        });
-        if (isOver) {
-            mended_.report = checkFile(mended_.bytes, request_.check);
-        }
-    }
-
     std::string old_;
+    bool isChanged_ = false;
     const MendRequest& request_;
+    const MendedBytes::Watcher& watch_;
     CheckOptions options_;
     MendedBytes mended_;
     // Mends of the present round, for each rule.
@@ -268,8 +326,8 @@ class Mending {
 
 }  // namespace
 
-MendedBytes MendedBytes::of(std::string bytes, const MendRequest& request) {
-    return Mending(std::move(bytes), request).run();
+MendedBytes MendedBytes::of(std::string bytes, const MendRequest& request, const Watcher& watch) {
+    return Mending(std::move(bytes), request, watch).run();
 }
 
 std::string MendedBytes::difference(std::string_view oldName, std::string_view newName) const {

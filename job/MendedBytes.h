@@ -1,6 +1,7 @@
 #ifndef VORNIC_JOB_MENDED_BYTES_H
 #define VORNIC_JOB_MENDED_BYTES_H
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -37,11 +38,17 @@ struct MendedBytes {
     /// Why nothing may be written although something could be mended; "" otherwise.
     std::string refusal;
 
+    /// Takes bytes that are to be written, unless the check that goes on meanwhile refuses them.
+    /// The last ones it is given are the result.
+    using Watcher = std::function<void(const std::string& bytes)>;
+
     /// Checks a file, makes the mends that may be made, and checks again what came of it, until
     /// nothing is left that waited for another mend. A mend that leaves its own finding or brings
     /// one that was not there is a fault of this program: then nothing is mended, and the refusal
     /// names the rule. Linear for each round; mends rarely wait for each other. Any thread.
-    [[nodiscard]] static MendedBytes of(std::string bytes, const MendRequest& request);
+    /// @param watch called on this thread while another one checks the bytes; none checks them here
+    [[nodiscard]] static MendedBytes of(std::string bytes, const MendRequest& request,
+                                        const Watcher& watch = {});
 
     /// What is changed, for people and for `patch`: the difference between the texts, whatever the
     /// encoding of the file.

@@ -232,6 +232,12 @@ std::optional<std::string> WorkingCopy::read(ErrorSlot& error) {
     return bytes;
 }
 
+void WorkingCopy::expect(const platform::ContentDigest::Value& digest) {
+    if (opened_) {
+        opened_->digest = digest;
+    }
+}
+
 void WorkingCopy::save(const Writer& writer, ErrorSlot& error) {
     // The caller's may still hold an earlier step's error.
     ErrorSlot ownError;

@@ -63,6 +63,9 @@ class WorkingCopy {
     /// once more. Bytes that are not those of an earlier reading keep the copy from being swapped.
     /// @return nothing with the slot filled.
     [[nodiscard]] std::optional<std::string> read(ErrorSlot& error);
+    /// In place of `read`, for a source whose bytes were read before: with others it is not
+    /// swapped.
+    void expect(const platform::ContentDigest::Value& digest);
     /// Writes the file anew, atomically, with the source's mode, owner and attributes. Fills the
     /// slot on failure, after which the copy is as it was.
     void save(const Writer& write, ErrorSlot& error);

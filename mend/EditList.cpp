@@ -179,6 +179,13 @@ std::optional<EditList> encodeEdits(const EditList& edits, const std::string& en
 }
 
 EditList toTextOffsets(const EditList& edits, const DecodedText& source) {
+    EditList moved = edits;
+    if (source.decoding.encoding == "UTF-8") {
+        for (Edit& edit : moved) {
+            edit.offset -= std::min(edit.offset, source.decoding.markLength);
+        }
+        return moved;
+    }
     FileOffsets offsets(source.text, source.decoding);
     std::size_t at = 0;
     const auto advance = [&](std::size_t fileOffset) {
@@ -187,7 +194,6 @@ EditList toTextOffsets(const EditList& edits, const DecodedText& source) {
         }
         return at;
     };
-    EditList moved = edits;
     for (Edit& edit : moved) {
         const std::size_t end = edit.offset + edit.length;
         edit.offset = advance(edit.offset);

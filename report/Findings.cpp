@@ -25,4 +25,10 @@ void Findings::sort() {
     });
 }
 
+void Findings::keepFirst(std::size_t most) {
+    std::array<std::size_t, kRuleCount> seen{};
+    std::erase_if(kept_,
+                  [&](const Finding& finding) { return seen[finding.rule.index]++ >= most; });
+}
+
 }  // namespace vornic

@@ -79,6 +79,9 @@ class Findings {
     /// gave are void afterwards.
     void sort();
 
+    /// Keeps no more of each rule than these, the first ones in the present order.
+    void keepFirst(std::size_t most);
+
   private:
     Finding* keep(RuleId rule, Severity severity, TextSpan where,
                   std::initializer_list<MessageArgument> arguments);

@@ -180,6 +180,13 @@ constexpr std::array<Signature, 11> kSignatures = {{
     {"\x4C\x6F\xA7\x94", "EBCDIC", false},
 }};
 
+const Signature* signatureOf(std::string_view bytes) {
+    const auto* const found = std::find_if(
+        kSignatures.begin(), kSignatures.end(),
+        [bytes](const Signature& candidate) { return bytes.starts_with(candidate.bytes); });
+    return found == kSignatures.end() ? nullptr : &*found;
+}
+
 std::optional<std::string> unsupported(std::string_view name, TextDecoding& how, ErrorSlot& error) {
     how.encoding = excerpt(name);
     error = encodingError(XMLErrorCode::unknownEncoding,
@@ -206,10 +213,8 @@ std::optional<std::string> decodeDeclared(std::string bytes, TextDecoding& how, 
 }
 
 std::optional<std::string> decode(std::string bytes, TextDecoding& how, ErrorSlot& error) {
-    const auto signature = std::find_if(
-        kSignatures.begin(), kSignatures.end(),
-        [&bytes](const Signature& candidate) { return bytes.starts_with(candidate.bytes); });
-    if (signature == kSignatures.end()) {
+    const Signature* const signature = signatureOf(bytes);
+    if (signature == nullptr) {
         return decodeDeclared(std::move(bytes), how, error);
     }
     const std::string_view encoding = signature->converter;
@@ -273,6 +278,26 @@ std::optional<DecodedText> decodeXMLText(std::string bytes, ErrorSlot& error) {
         return std::nullopt;
     }
     return DecodedText{std::move(*text), std::move(how)};
+}
+
+std::optional<std::string_view> textWithin(std::string_view bytes, TextDecoding& how) {
+    const Signature* const signature = signatureOf(bytes);
+    if (signature == nullptr) {
+        const std::string name(declaredEncoding(bytes));
+        const char* const converter = name.empty() ? kUTF8 : converterFor(name);
+        const std::string_view encoding = converter == nullptr ? "" : converter;
+        if (encoding != kUTF8 && !encoding.starts_with(kUTF16)) {
+            return std::nullopt;
+        }
+    } else if (signature->converter != std::string_view(kUTF8)) {
+        return std::nullopt;
+    }
+    if (firstInvalidUTF8(bytes)) {
+        return std::nullopt;
+    }
+    how.encoding = kUTF8;
+    how.markLength = signature == nullptr ? 0 : signature->bytes.size();
+    return bytes.substr(how.markLength);
 }
 
 std::optional<std::string> encodeText(std::string_view text, const std::string& encoding) {

@@ -49,6 +49,10 @@ struct DecodedText {
 [[nodiscard]] std::optional<std::string> decodeXMLText(std::string bytes, TextDecoding& how,
                                                        ErrorSlot& error);
 
+/// The text of bytes that are UTF-8 by the same rules, where it lies in them. Costs no memory.
+/// @return nothing for bytes in another encoding and for those that do not fit theirs.
+[[nodiscard]] std::optional<std::string_view> textWithin(std::string_view bytes, TextDecoding& how);
+
 /// The text in an encoding that `TextDecoding` names, without a byte order mark; nothing when it
 /// has characters that the encoding lacks.
 [[nodiscard]] std::optional<std::string> encodeText(std::string_view text,

@@ -126,7 +126,7 @@ CheckRun::CheckedFile CheckRun::check(const std::string& path) const {
         }
         CheckOptions options = settings_.check;
         options.fileName = path == "-" ? "" : platform::lastComponent(path);
-        file.report = checkFile(std::move(*bytes), options);
+        file.report = checkFile(*bytes, options);
         file.report.path = path;
     } catch (const std::bad_alloc&) {
         file.refusal = formatString("There is not enough memory to check the file %@.", path);

@@ -72,9 +72,9 @@ class Fixing {
   private:
     [[nodiscard]] bool needsOtherName() const {
         ErrorSlot ignored;
-        std::optional<std::string> bytes = platform::readFile(path_, ignored);
-        return bytes && checkFile(std::move(*bytes), request_.check)
-                                .findings.count("values-extension"_rule) != 0;
+        const std::optional<std::string> bytes = platform::readFile(path_, ignored);
+        return bytes &&
+               checkFile(*bytes, request_.check).findings.count("values-extension"_rule) != 0;
     }
 
     void fixInPlace() {
@@ -178,7 +178,7 @@ class Fixing {
             std::move(fixed_.report.mends).value_or(std::vector<MendRecord>());
         notMade(records, "the file was not written");
         if (std::optional<std::string> bytes = platform::readFile(path_, error)) {
-            fixed_.report = checkFile(std::move(*bytes), request_.check);
+            fixed_.report = checkFile(*bytes, request_.check);
             fixed_.report.mends = std::move(records);
         }
     }

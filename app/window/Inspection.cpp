@@ -34,7 +34,7 @@ InspectedFile inspectFile(const std::string& path,
     CheckOptions options;
     options.mostOfARule = kMostListedOfARule;
     options.fileName = platform::lastComponent(path);
-    file.report = checkFile(std::move(*bytes), options);
+    file.report = checkFile(*bytes, options);
     file.report.path = path;
     return file;
 }

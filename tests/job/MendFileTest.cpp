@@ -1,5 +1,6 @@
 #include <filesystem>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -8,6 +9,8 @@
 #include "job/JournaledSwap.h"
 #include "job/MendFile.h"
 #include "job/Undo.h"
+#include "platform/FileClaim.h"
+#include "platform/FileDescriptor.h"
 #include "tests/job/JobTest.h"
 #include "tests/support/FileState.h"
 #include "tests/support/RecordingSwapObserver.h"
@@ -73,6 +76,29 @@ TEST_F(MendFileTest, leavesANewerFileAlone) {
     EXPECT_TRUE(result.error);
     EXPECT_EQ(test::readBytes(path), "newer");
     EXPECT_THAT(namesInFolder(), ::testing::ElementsAre("Cut.xml"));
+}
+
+// Another run holds the hidden copy, and meanwhile a program saves the file.
+TEST_F(MendFileTest, leavesAFileAloneThatWasSavedWhileItWasChecked) {
+    const std::string newer = std::string(kDamaged) + "<!-- newer -->";
+    for (const bool isReplaced : {false, true}) {
+        sandbox.write("Cut.xml", kDamaged);
+        const std::string copy = sandbox.write(".Cut.xml.vornic-mend", "of another run");
+        platform::FileDescriptor other(open(copy.c_str(), O_RDWR | O_CLOEXEC));
+        int errorNumber = 0;
+        ASSERT_EQ(platform::claimFile(other.get(), errorNumber), platform::Claim::held);
+        waiting.onPoll = [&] {
+            const std::string saved = sandbox.write(isReplaced ? "New.xml" : "Cut.xml", newer);
+            fs::rename(saved, path);
+            other = platform::FileDescriptor();
+        };
+        const MendedFile result = mend(path);
+        ASSERT_TRUE(result.error);
+        EXPECT_NE(result.error->localizedDescription().find("another program has changed it"),
+                  std::string::npos);
+        EXPECT_EQ(test::readBytes(path), newer);
+        EXPECT_THAT(namesInFolder(), ::testing::ElementsAre("Cut.xml"));
+    }
 }
 
 TEST_F(MendFileTest, tellsThatAFileCannotBeRead) {
