@@ -15,16 +15,25 @@ struct CheckOptions {
     /// Findings of a rule that are kept; more are only counted.
     std::size_t mostOfARule = 100;
     /// Rules whose findings are neither counted nor kept.
-    std::vector<RuleId> ignored;
+    std::vector<RuleId> ignored = {};
     /// The newest version that the receiver of the file reads: of FCPXML ("1.8") or of XMEML ("4").
     /// Files of the other format are checked as without it. Nothing for any.
-    std::optional<std::string> reads;
+    std::optional<std::string> reads = {};
     /// What the mend of a version that is missing would write. Files of the other format get no
     /// such mend.
     std::optional<std::string> missingVersion = std::nullopt;
     /// The last component of the file's path, whose ending is compared with the contents; "" where
     /// the file has no name.
     std::string fileName = {};
+    /// Whether the rules of a large file may run on two threads: where a processor would else be
+    /// idle. What is found is the same.
+    bool usesTwoThreads = false;
+
+    [[nodiscard]] bool runsBeside(std::size_t textLength) const {
+        // A thread costs more than a small file.
+        constexpr std::size_t kLargeText = std::size_t{1} << 20U;
+        return usesTwoThreads && textLength >= kLargeText;
+    }
 };
 
 /// Says what is wrong with a project file: decodes its bytes, reads them, tolerant, and looks at

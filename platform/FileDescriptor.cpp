@@ -11,6 +11,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/LargePages.h"
+
 namespace vornic::platform {
 namespace {
 
@@ -22,6 +24,7 @@ int readToEnd(int descriptor, std::size_t expectedSize, std::string& bytes) {
     constexpr std::size_t kSmallestStep = 4096;
     std::size_t length = 0;
     // One byte more than expected, so that the end is met without another allocation.
+    reserveInLargePages(bytes, expectedSize + 1);
     bytes.resize(expectedSize + 1);
     for (;;) {
         if (length == bytes.size()) {

@@ -1,11 +1,29 @@
 #include "report/Findings.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace vornic {
 
 std::string Finding::message() const {
     return formatMessage(ruleOf(rule).message, arguments);
+}
+
+Findings Findings::emptyCopy() const {
+    Findings copy(limit_);
+    copy.ignored_ = ignored_;
+    return copy;
+}
+
+void Findings::append(Findings&& other) {
+    for (std::size_t rule = 0; rule < kRuleCount; ++rule) {
+        ruleCounts_[rule] += other.ruleCounts_[rule];
+    }
+    for (std::size_t severity = 0; severity < kSeverityCount; ++severity) {
+        severityCounts_[severity] += other.severityCounts_[severity];
+    }
+    std::move(other.kept_.begin(), other.kept_.end(), std::back_inserter(kept_));
+    other.kept_.clear();
 }
 
 Finding* Findings::keep(RuleId rule, Severity severity, TextSpan where,

@@ -48,6 +48,12 @@ class Findings {
     /// Findings of the rule are from now on neither counted nor kept.
     void ignore(RuleId rule) { ignored_[rule.index] = true; }
 
+    /// Findings with the same limit and rules that are ignored, and nothing found.
+    [[nodiscard]] Findings emptyCopy() const;
+    /// Adds what rules that are not in these findings have found, behind what is there. Pointers
+    /// that the other's `add` gave are void afterwards.
+    void append(Findings&& other);
+
     /// Counts a finding and keeps it when it is among the first of its rule.
     /// @param where bytes of the text that is checked.
     /// @return the kept finding, which stays where it is; null when it was only counted.

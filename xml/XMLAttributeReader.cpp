@@ -55,7 +55,10 @@ void XMLAttributeReader::read(bool spaced) {
 void XMLAttributeReader::checkRepetition(std::string_view name) {
     bool repeated = false;
     if (names_.size() < kFewAttributes) {
-        repeated = std::find(names_.begin(), names_.end(), name) != names_.end();
+        // Names of one tag rarely have the length and the first letter in common.
+        repeated = std::any_of(names_.begin(), names_.end(), [name](std::string_view other) {
+            return other.size() == name.size() && other.front() == name.front() && other == name;
+        });
     } else {
         if (names_.size() == kFewAttributes) {
             sortedNames_ = std::set<std::string_view>(names_.begin(), names_.end());

@@ -1,5 +1,6 @@
 #include "check/fcpxml/Rules.h"
 
+#include "check/RulesBeside.h"
 #include "check/fcpxml/ReferenceRules.h"
 #include "check/fcpxml/StructureMends.h"
 #include "check/fcpxml/TimingRules.h"
@@ -13,8 +14,11 @@ void checkFCPXML(const ElementIndex& index, const FCPXMLReading& reading,
     if (const auto version = fcpxml::Version::parse(report.version)) {
         addStructureMends(index, *version, report.findings);
     }
+    RulesBeside timing(
+        options.runsBeside(index.text().size()), report.findings,
+        [&](Findings& found) { checkFCPXMLTiming(index, reading.isComplete, found); });
     checkFCPXMLReferences(index, reading.isComplete && !reading.isCompared, report.findings);
-    checkFCPXMLTiming(index, reading.isComplete, report.findings);
+    timing.addTo(report.findings);
     checkFCPXMLValues(index, report.findings);
     checkFCPXMLVersions(index, options, report.findings);
     for (const RuleGroup group :

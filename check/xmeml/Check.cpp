@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "check/RulesBeside.h"
 #include "check/xmeml/Rules.h"
 #include "formats/xmeml/Version.h"
 
@@ -35,12 +36,18 @@ void check(const ElementIndex& index, bool isComplete, const CheckOptions& optio
     const View view(index, isComplete);
     const std::optional<int> reads =
         options.reads ? parseVersion(*options.reads) : std::optional<int>();
+    RulesBeside references(options.runsBeside(index.text().size()), report.findings,
+                           [&](Findings& found) {
+                               if (isComplete) {
+                                   checkReferences(view, found);
+                               }
+                           });
     checkRoot(view, report.findings);
     checkElements(view, report.findings);
     checkVersions(view, reads, options.missingVersion, report.findings);
     report.groups.push_back({RuleGroup::structure, true, ""});
+    references.addTo(report.findings);
     if (isComplete) {
-        checkReferences(view, report.findings);
         report.groups.push_back({RuleGroup::references, true, ""});
     } else {
         skip(report, RuleGroup::references, "the file could not be read to its end");

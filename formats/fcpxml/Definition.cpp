@@ -109,11 +109,19 @@ bool AttributeDefinition::allows(std::string_view value) const {
            std::find(values.begin(), values.end(), value) != values.end();
 }
 
-const AttributeDefinition* ElementDefinition::attribute(std::string_view attributeName) const {
-    const auto found =
-        std::find_if(attributes.begin(), attributes.end(),
-                     [attributeName](const auto& entry) { return entry.name == attributeName; });
-    return found == attributes.end() ? nullptr : &*found;
+const AttributeDefinition* ElementDefinition::attribute(std::string_view attributeName,
+                                                        std::size_t expected) const {
+    const std::size_t first = std::min(expected, attributes.size());
+    const auto from = attributes.begin() + static_cast<std::ptrdiff_t>(first);
+    const auto isNamed = [attributeName](const AttributeDefinition& entry) {
+        return entry.name == attributeName;
+    };
+    if (const auto found = std::find_if(from, attributes.end(), isNamed);
+        found != attributes.end()) {
+        return &*found;
+    }
+    const auto found = std::find_if(attributes.begin(), from, isNamed);
+    return found == from ? nullptr : &*found;
 }
 
 bool ElementDefinition::allowsInText(ElementId child) const {

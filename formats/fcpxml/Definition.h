@@ -55,8 +55,11 @@ struct ElementDefinition {
     std::optional<ContentModel> content;
     std::vector<AttributeDefinition> attributes;
 
+    /// @param expected the number of the attribute that is looked at first; the others follow in
+    ///     their order.
     /// @return null when the element has no such attribute.
-    [[nodiscard]] const AttributeDefinition* attribute(std::string_view attributeName) const;
+    [[nodiscard]] const AttributeDefinition* attribute(std::string_view attributeName,
+                                                       std::size_t expected = 0) const;
     [[nodiscard]] bool allowsInText(ElementId child) const;
     /// True when the element may stand somewhere inside this one.
     [[nodiscard]] bool mentions(ElementId child) const;

@@ -35,7 +35,7 @@ void Validator::documentType(std::string_view name, std::string_view /*rawDeclar
 }
 
 void Validator::startElement(std::string_view name) {
-    const ElementId id = catalogue_.idOf(name);
+    const ElementId id = idOf(name);
     const bool isJudged = open_.empty() || open_.back().definition != nullptr;
     if (isJudged) {
         judgeChild(name, id);
@@ -43,6 +43,20 @@ void Validator::startElement(std::string_view name) {
     open_.push_back({isJudged ? definition_.element(id) : nullptr, name, place()});
     inStartTag_ = true;
     seenAttributes_ = 0;
+    nextAttribute_ = 0;
+}
+
+// A file has few names, and the same ones follow each other.
+ElementId Validator::idOf(std::string_view name) {
+    const std::size_t hash = static_cast<unsigned char>(name.front()) * 7U +
+                             static_cast<unsigned char>(name.back()) * 31U + name.size();
+    RecentName& recent = recent_[hash % recent_.size()];
+    if (recent.name != name) {
+        const ElementId id = catalogue_.idOf(name);
+        // The names of the catalogue outlive the text that is read.
+        recent = id == kNoElement ? RecentName() : RecentName{catalogue_.element(id).name, id};
+    }
+    return recent.id;
 }
 
 void Validator::judgeChild(std::string_view name, ElementId id) {
@@ -120,7 +134,7 @@ void Validator::attribute(std::string_view name, std::string_view rawValue) {
     if (element == nullptr) {
         return;
     }
-    const AttributeDefinition* const definition = element->attribute(name);
+    const AttributeDefinition* const definition = element->attribute(name, nextAttribute_);
     if (definition == nullptr) {
         const bool isKnown = catalogue_.element(element->id).spanOfAttribute(name).has_value();
         return refuseAttribute(isKnown ? ValidityFaultKind::attributeOfOtherVersion
@@ -129,6 +143,7 @@ void Validator::attribute(std::string_view name, std::string_view rawValue) {
     }
     const auto index = static_cast<unsigned>(definition - element->attributes.data());
     seenAttributes_ |= std::uint64_t{1} << index;
+    nextAttribute_ = index + 1;
     if (definition->type != AttributeType::text ||
         definition->defaultKind == AttributeDefault::fixed) {
         judgeValue(*definition, rawValue);

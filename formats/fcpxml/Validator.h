@@ -1,6 +1,7 @@
 #ifndef VORNIC_FORMATS_FCPXML_VALIDATOR_H
 #define VORNIC_FORMATS_FCPXML_VALIDATOR_H
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -127,6 +128,12 @@ class Validator final : public XMLReaderEvents {
         const AttributeDefinition* attribute;
     };
 
+    struct RecentName {
+        std::string_view name;
+        ElementId id = kNoElement;
+    };
+
+    [[nodiscard]] ElementId idOf(std::string_view name);
     void judgeChild(std::string_view name, ElementId id);
     void judgePlace(OpenElement& parent, std::string_view name, ElementId id);
     void refuseChild(ValidityFaultKind kind, std::string_view name,
@@ -152,6 +159,9 @@ class Validator final : public XMLReaderEvents {
     bool inStartTag_ = false;
     // One bit for each attribute of the open start tag's element.
     std::uint64_t seenAttributes_ = 0;
+    // Attributes are mostly written in the order in which they are declared.
+    std::size_t nextAttribute_ = 0;
+    std::array<RecentName, 64> recent_;
     std::string documentTypeName_;
     TextSpan documentTypePlace_;
     std::unordered_set<std::string> ids_;

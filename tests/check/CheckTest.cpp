@@ -38,7 +38,49 @@ const std::string kSound =
     "    <resources>\n        <format id=\"r1\" frameDuration=\"1/25s\"/>\n    </resources>\n"
     "</fcpxml>\n";
 
+// The report's findings by rule and place, with their messages.
+Strings toldBy(const Report& report) {
+    Strings told;
+    for (const Finding& finding : report.findings.kept()) {
+        told.push_back(std::string(ruleOf(finding.rule).id) + " " +
+                       std::to_string(finding.where.line) + ": " + finding.message());
+    }
+    return told;
+}
+
+// Text that is long enough for two threads.
+std::string repeated(const std::string& part, const std::string& before, const std::string& after) {
+    constexpr std::size_t kLength = 1'200'000;
+    std::string text = before;
+    while (text.size() < kLength) {
+        text += part;
+    }
+    return text + after;
+}
+
 }  // namespace
+
+TEST(Check, saysTheSameOnTwoThreads) {
+    const std::string xmeml =
+        repeated("<clipitem id=\"c\"><file id=\"f\"/><start>9</start><end>3</end></clipitem>\n",
+                 "<xmeml version=\"5\"><sequence><media><video><track>\n",
+                 "</track></video></media></sequence></xmeml>\n");
+    const std::string fcpxml =
+        repeated("<asset-clip ref=\"r9\" offset=\"x\" duration=\"-1s\" start=\"1/7s\"/>\n",
+                 "<fcpxml version=\"1.10\"><resources><format id=\"r1\" "
+                 "frameDuration=\"1/25s\"/></resources>"
+                 "<project><sequence format=\"r1\"><spine>\n",
+                 "</spine></sequence></project></fcpxml>\n");
+    for (const std::string& text : {xmeml, fcpxml}) {
+        const Report one = checkFile(text, {});
+        const Report two = checkFile(text, {.usesTwoThreads = true});
+        EXPECT_FALSE(toldBy(one).empty());
+        EXPECT_EQ(toldBy(one), toldBy(two));
+        for (const Severity severity : {Severity::error, Severity::warning, Severity::info}) {
+            EXPECT_EQ(one.findings.count(severity), two.findings.count(severity));
+        }
+    }
+}
 
 TEST(Check, findsNothingInASoundFile) {
     const Report report = checkFile(kSound, {});

@@ -1,4 +1,5 @@
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -54,6 +55,23 @@ TEST(Findings, anIgnoredRuleIsNeitherCountedNorKept) {
     EXPECT_EQ(findings.add("xml-stray-ampersand"_rule, {0, 1}), nullptr);
     EXPECT_EQ(findings.count("xml-stray-ampersand"_rule), 0U);
     EXPECT_EQ(findings.count(Severity::error), 0U);
+}
+
+TEST(Findings, areAddedBehindWhatIsThere) {
+    Findings findings(1);
+    findings.ignore("xml-missing-space"_rule);
+    findings.add("xml-stray-ampersand"_rule, {7, 1});
+    Findings others = findings.emptyCopy();
+    EXPECT_TRUE(others.kept().empty());
+    others.add("xml-missing-space"_rule, {1, 1});
+    others.add("xml-unclosed-tag"_rule, {2, 3}, {{"name", "clip"}});
+    others.add("xml-unclosed-tag"_rule, {3, 3}, {{"name", "clip"}});
+    findings.append(std::move(others));
+    ASSERT_EQ(findings.kept().size(), 2U);
+    EXPECT_EQ(findings.kept()[1].where.offset, 2U);
+    EXPECT_EQ(findings.count("xml-unclosed-tag"_rule), 2U);
+    EXPECT_EQ(findings.count("xml-stray-ampersand"_rule), 1U);
+    EXPECT_EQ(findings.count(Severity::error), 3U);
 }
 
 TEST(Findings, aKeptFindingStaysWhereItIs) {

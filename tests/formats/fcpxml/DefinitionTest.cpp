@@ -18,6 +18,17 @@ TEST(FCPXMLDefinition, hasTheAttributesOfItsVersion) {
     EXPECT_EQ(Definition::of(Version(9)).element("asset")->attribute("src"), nullptr);
 }
 
+TEST(FCPXMLDefinition, findsAnAttributeWhereverItIsExpected) {
+    const ElementDefinition* const asset = Definition::of(Version(8)).element("asset");
+    ASSERT_NE(asset, nullptr);
+    for (const std::size_t expected : {0U, 1U, 5U, 1000U}) {
+        for (const AttributeDefinition& attribute : asset->attributes) {
+            EXPECT_EQ(asset->attribute(attribute.name, expected), &attribute);
+        }
+        EXPECT_EQ(asset->attribute("no-such-thing", expected), nullptr);
+    }
+}
+
 TEST(FCPXMLDefinition, readsTheTypesOfAttributes) {
     const ElementDefinition* const clip = Definition::of(Version(10)).element("asset-clip");
     ASSERT_NE(clip, nullptr);
