@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "check/Characters.h"
+#include "check/RulesBeside.h"
 #include "check/fcpxml/Rules.h"
 #include "check/fcpxml/StructureFindings.h"
 #include "check/xmeml/Check.h"
@@ -212,6 +213,7 @@ class Check {
     Report& report_;
     std::optional<ElementIndex> index_;
     std::optional<fcpxml::Validator> validator_;
+    std::optional<RulesBeside> characters_;
     fcpxml::Version version_;
     bool isComplete_ = false;
     bool isMended_ = false;

@@ -25,14 +25,14 @@ struct CheckOptions {
     /// The last component of the file's path, whose ending is compared with the contents; "" where
     /// the file has no name.
     std::string fileName = {};
-    /// Whether the rules of a large file may run on two threads: where a processor would else be
-    /// idle. What is found is the same.
-    bool usesTwoThreads = false;
+    /// Whether the rules of a large file may run on threads of their own: where a processor would
+    /// else be idle. What is found is the same.
+    bool usesThreads = false;
 
     [[nodiscard]] bool runsBeside(std::size_t textLength) const {
         // A thread costs more than a small file.
         constexpr std::size_t kLargeText = std::size_t{1} << 20U;
-        return usesTwoThreads && textLength >= kLargeText;
+        return usesThreads && textLength >= kLargeText;
     }
 };
 

@@ -126,7 +126,7 @@ CheckRun::CheckedFile CheckRun::check(const std::string& path) const {
         }
         CheckOptions options = settings_.check;
         options.fileName = path == "-" ? "" : platform::lastComponent(path);
-        options.usesTwoThreads = fileCount_ < settings_.jobs;
+        options.usesThreads = fileCount_ < settings_.jobs;
         file.report = checkFile(*bytes, options);
         file.report.path = path;
     } catch (const std::bad_alloc&) {

@@ -73,7 +73,7 @@ TEST(Check, saysTheSameOnTwoThreads) {
                  "</spine></sequence></project></fcpxml>\n");
     for (const std::string& text : {xmeml, fcpxml}) {
         const Report one = checkFile(text, {});
-        const Report two = checkFile(text, {.usesTwoThreads = true});
+        const Report two = checkFile(text, {.usesThreads = true});
         EXPECT_FALSE(toldBy(one).empty());
         EXPECT_EQ(toldBy(one), toldBy(two));
         for (const Severity severity : {Severity::error, Severity::warning, Severity::info}) {
