@@ -24,12 +24,8 @@ std::string copyPath(const std::string& path) {
 // place.
 class InPlace {
   public:
-    InPlace(const std::string& path, platform::ContentDigest::Value digestRead, Waiting& waiting,
-            MendedFile& result)
-        : path_(path),
-          digestRead_(digestRead),
-          copy_(path, copyPath(path), waiting),
-          result_(result) {}
+    InPlace(const std::string& path, Waiting& waiting, MendedFile& result)
+        : path_(path), copy_(path, copyPath(path), waiting), result_(result) {}
     ~InPlace() {
         if (copy_.isMade() && !(result_.swap && result_.swap->end == SwapEnd::done)) {
             static_cast<void>(copy_.discard());
@@ -37,6 +33,19 @@ class InPlace {
     }
     InPlace(const InPlace&) = delete;
     InPlace& operator=(const InPlace&) = delete;
+
+    // Waits for a run that mends the file, and clears what a killed one has left.
+    std::optional<std::string> read() {
+        ErrorSlot ignored;
+        result_.isCancelled =
+            copy_.clearPath(ignored) == WorkingCopy::Clearing::cancelled || !copy_.settleLeft();
+        std::optional<std::string> bytes =
+            result_.isCancelled ? std::nullopt : platform::readFile(path_, result_.error);
+        if (bytes) {
+            digestRead_ = platform::ContentDigest::of(*bytes);
+        }
+        return bytes;
+    }
 
     // The check of the bytes may still go on.
     void write(const std::string& bytes) {
@@ -46,12 +55,11 @@ class InPlace {
 
     void finish(SwapObserver& observer) {
         if (isWritten_ && result_.mended.refusal.empty()) {
-            result_.swap = copy_.swap(observer);
-            result_.lostMetadata = copy_.lostMetadata();
-            takeOutcome();
+            swap(observer);
         }
-        result_.notes = copy_.takeNotes();
     }
+
+    [[nodiscard]] std::vector<std::string> takeNotes() { return copy_.takeNotes(); }
 
   private:
     bool make() {
@@ -71,6 +79,17 @@ class InPlace {
         return !result_.error;
     }
 
+    void swap(SwapObserver& observer) {
+        if (copy_.isSourceBeingWritten()) {
+            platform::failFileBecause(result_.error, path_, "mended", EBUSY,
+                                      "another program has it open to write it");
+            return;
+        }
+        result_.swap = copy_.swap(observer);
+        result_.lostMetadata = copy_.lostMetadata();
+        takeOutcome();
+    }
+
     void takeOutcome() {
         if (result_.swap->end == SwapEnd::done) {
             return;
@@ -83,7 +102,7 @@ class InPlace {
     }
 
     const std::string& path_;
-    platform::ContentDigest::Value digestRead_;
+    platform::ContentDigest::Value digestRead_{};
     WorkingCopy copy_;
     MendedFile& result_;
     bool isWritten_ = false;
@@ -94,14 +113,14 @@ class InPlace {
 MendedFile mendFile(const std::string& path, const MendRequest& request, Waiting& waiting,
                     SwapObserver& observer) {
     MendedFile result;
-    std::optional<std::string> bytes = platform::readFile(path, result.error);
-    if (!bytes) {
-        return result;
+    InPlace place(path, waiting, result);
+    if (std::optional<std::string> bytes = place.read()) {
+        result.mended =
+            MendedBytes::of(std::move(*bytes), request,
+                            [&place](const std::string& mended) { place.write(mended); });
+        place.finish(observer);
     }
-    InPlace place(path, platform::ContentDigest::of(*bytes), waiting, result);
-    result.mended = MendedBytes::of(std::move(*bytes), request,
-                                    [&place](const std::string& mended) { place.write(mended); });
-    place.finish(observer);
+    result.notes = place.takeNotes();
     return result;
 }
 

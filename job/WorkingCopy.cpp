@@ -20,6 +20,7 @@
 #include "platform/FileMetadata.h"
 #include "platform/FileSystem.h"
 #include "platform/FileTransfer.h"
+#include "platform/FileWriters.h"
 #include "platform/FreeMemory.h"
 #include "platform/PathText.h"
 #include "platform/Rename.h"
@@ -370,6 +371,10 @@ int WorkingCopy::discard() noexcept {
     const platform::Removal removal =
         platform::removeWhileIs(path_, own_.version.identity, discardPath_, errorNumber);
     return removal == platform::Removal::failed && errorNumber != ENOENT ? errorNumber : 0;
+}
+
+bool WorkingCopy::isSourceBeingWritten() const {
+    return opened_ && platform::isOpenForWriting(opened_->file.get());
 }
 
 SwapResult WorkingCopy::swap(SwapObserver& observer) {

@@ -77,6 +77,9 @@ class WorkingCopy {
     [[nodiscard]] int discard() noexcept;
     /// True once `create` has made the copy.
     [[nodiscard]] bool isMade() const { return static_cast<bool>(own_.file); }
+    /// Whether another program is at work on the source: what it writes after a swap would go to
+    /// the original in the Trash.
+    [[nodiscard]] bool isSourceBeingWritten() const;
     /// Puts the saved copy in the place of the source, which goes to the Trash.
     [[nodiscard]] SwapResult swap(SwapObserver& observer);
 

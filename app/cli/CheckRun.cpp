@@ -130,7 +130,11 @@ CheckRun::CheckedFile CheckRun::check(const std::string& path) const {
         file.report = checkFile(*bytes, options);
         file.report.path = path;
     } catch (const std::bad_alloc&) {
-        file.refusal = formatString("There is not enough memory to check the file %@.", path);
+        // In the middle of a mend, or after one.
+        file.refusal =
+            formatString(settings_.fix ? "There was not enough memory while the file %@ was mended."
+                                       : "There is not enough memory to check the file %@.",
+                         path);
     }
     return file;
 }

@@ -53,7 +53,7 @@ std::vector<std::string> Race::namesFor(const SceneKind& kind) {
     }
     std::vector<std::string> names = {"source-in-place", "source-renamed", "source-saved-as",
                                       "source-half", "source-link"};
-    if (kind.work == SceneKind::Work::repair) {
+    if (kind.work == SceneKind::Work::repair || kind.work == SceneKind::Work::mend) {
         for (const char* name : {"copy-in-place", "copy-renamed", "copy-saved-as", "copy-link"}) {
             names.emplace_back(name);
         }
@@ -118,7 +118,8 @@ void Race::finish() {
 }
 
 Demands Race::demands() const {
-    const bool isRepair = scene_.kind().work == SceneKind::Work::repair;
+    const bool isKept = scene_.kind().work == SceneKind::Work::repair ||
+                        scene_.kind().work == SceneKind::Work::mend;
     Demands demands = demandsOf(scene_.kind(), baseline_);
     demands.strangers = {workingCopyName(scene_.kind()), kVictim, kKept};
     if (isAboutCopy()) {
@@ -150,7 +151,7 @@ Demands Race::demands() const {
         demands.atPath = {std::string("-> ") + kVictim, newer_.result};
         demands.atPathInTheEnd.clear();
     }
-    if (isRepair) {
+    if (isKept) {
         demands.kept.push_back(bytes_);
     }
     return demands;

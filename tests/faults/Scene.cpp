@@ -102,6 +102,8 @@ ProgramStart Scene::start() const {
             return startOf({"-convertxmeml", "5"}, "/vornic");
         case SceneKind::Work::undo:
             return startOf({"--undo"}, "/vornic-repair");
+        case SceneKind::Work::mend:
+            return startOf({"--fix"}, "/vornic-check");
         case SceneKind::Work::repair:
             break;
     }
@@ -173,6 +175,9 @@ BaselineResult makeBaseline(const Stage& stage, const SceneKind& kind) {
         result.ready = baseline.end.status != kWrongUsage;
         result.good = result.good && baseline.end.status == 0 && baseline.result == kind.bytes &&
                       baseline.before.files.at(kind.file) != kind.bytes;
+    }
+    if (kind.work == SceneKind::Work::mend) {
+        result.good = result.good && baseline.end.status == 0 && baseline.result != kind.bytes;
     }
     if (result.ready && !result.good) {
         std::fprintf(stderr, "%s without faults: status %d, signal %d\n%s%s\n", kind.name.c_str(),

@@ -39,6 +39,8 @@ const std::string kRepaired = "The file was repaired successfully.";
 const std::string kSound = "No repair was necessary.";
 const std::string kUnable = "Unable to repair file.";
 
+const std::string kMended = " mended\n";
+
 std::vector<SceneKind> makeSceneKinds() {
     using Work = SceneKind::Work;
     const std::map<std::string, std::string> bystanders = {
@@ -60,6 +62,9 @@ std::vector<SceneKind> makeSceneKinds() {
         {"apart", Work::repair, "Cut.xml", damagedDocument('a'), bystanders, kRepaired, true},
         {"undo", Work::undo, "Cut.xml", damagedDocument('a'), bystanders, ""},
         {"undo-apart", Work::undo, "Cut.xml", damagedDocument('a'), bystanders, "", true},
+        {"mend", Work::mend, "Cut.xml", damagedDocument('a'), bystanders, kMended},
+        {"mend-large", Work::mend, "Cut.xml", large, bystanders, kMended},
+        {"mend-apart", Work::mend, "Cut.xml", damagedDocument('a'), bystanders, kMended, true},
         {"convert", Work::conversion, "Cut.xml", old, bystanders, ""},
         {"convert-large", Work::conversion, "Cut.xml",
          xmeml("1", clips(kManyClips, "Sand &amp; Sea")), bystanders, ""},
@@ -84,6 +89,9 @@ const std::vector<SceneKind>& sceneKinds() {
 }
 
 std::string workingCopyName(const SceneKind& kind) {
+    if (kind.work == SceneKind::Work::mend) {
+        return "." + kind.file + ".vornic-mend";
+    }
     return kind.file.ends_with(".fcpxml") ? "Cut-backup.fcpxml" : "Cut-backup.xml";
 }
 

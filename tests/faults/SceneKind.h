@@ -10,7 +10,7 @@ namespace vornic::test {
 /// What a run is to do and on which files.
 struct SceneKind {
     /// `undo` takes back a repair that was made before.
-    enum class Work { repair, conversion, undo };
+    enum class Work { repair, conversion, undo, mend };
     /// For people, and for repeating a case.
     std::string name;
     Work work = Work::repair;
@@ -34,7 +34,7 @@ struct SceneKind {
 /// A sound document.
 [[nodiscard]] std::string soundDocument(char letter);
 
-/// Where a repair of the file has its working copy.
+/// Where a repair or a mend of the file has its working copy.
 [[nodiscard]] std::string workingCopyName(const SceneKind& kind);
 
 }  // namespace vornic::test

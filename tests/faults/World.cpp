@@ -24,7 +24,9 @@ std::string bytesOf(const fs::path& path) {
 
 bool isTemporary(const fs::path& path) {
     const std::string name = path.filename();
-    return name.starts_with(".") && name.find(".vornic-") != std::string::npos;
+    // The working copy of a mend has a name that says whose it is.
+    return name.starts_with(".") && name.find(".vornic-") != std::string::npos &&
+           !name.ends_with(".vornic-mend") && !name.ends_with(".vornic-mend.trashinfo");
 }
 
 void collectTrash(const fs::path& folder, std::vector<std::string>& trash) {
