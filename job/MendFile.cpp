@@ -26,8 +26,9 @@ class InPlace {
   public:
     InPlace(const std::string& path, Waiting& waiting, MendedFile& result)
         : path_(path), copy_(path, copyPath(path), waiting), result_(result) {}
+    // After an exception.
     ~InPlace() {
-        if (copy_.isMade() && !(result_.swap && result_.swap->end == SwapEnd::done)) {
+        if (isLeft()) {
             static_cast<void>(copy_.discard());
         }
     }
@@ -57,11 +58,28 @@ class InPlace {
         if (isWritten_ && result_.mended.refusal.empty()) {
             swap(observer);
         }
+        if (isLeft()) {
+            ErrorSlot error;
+            copy_.remove(error);
+            isRemoved_ = true;
+            if (error) {
+                result_.notes.push_back(error->localizedDescription());
+            }
+        }
     }
 
-    [[nodiscard]] std::vector<std::string> takeNotes() { return copy_.takeNotes(); }
+    void takeNotes() {
+        for (std::string& note : copy_.takeNotes()) {
+            result_.notes.push_back(std::move(note));
+        }
+    }
 
   private:
+    [[nodiscard]] bool isLeft() const {
+        return copy_.isMade() && !isRemoved_ &&
+               !(result_.swap && result_.swap->end == SwapEnd::done);
+    }
+
     bool make() {
         for (auto step : {&WorkingCopy::clearPath, &WorkingCopy::create}) {
             const WorkingCopy::Clearing clearing = (copy_.*step)(result_.error);
@@ -91,13 +109,26 @@ class InPlace {
     }
 
     void takeOutcome() {
-        if (result_.swap->end == SwapEnd::done) {
+        const SwapResult& swap = *result_.swap;
+        if (swap.end == SwapEnd::done) {
+            if (swap.error) {
+                result_.notes.push_back(swap.error->localizedDescription());
+            }
             return;
         }
-        result_.error = result_.swap->error;
+        result_.error = swap.error;
         if (!result_.error) {
             platform::failFileBecause(result_.error, path_, "mended", EBUSY,
-                                      "another program has changed it since it was read");
+                                      swap.end == SwapEnd::copyChanged
+                                          ? "another program has changed its working copy"
+                                          : "another program has changed it since it was read");
+        }
+        // Where files are that could not be put back.
+        if (!swap.original.empty() && swap.original != path_) {
+            result_.notes.push_back(formatString("The original is %@", swap.original));
+        }
+        if (!swap.repaired.empty() && swap.repaired != copy_.path()) {
+            result_.notes.push_back(formatString("The mended file is %@", swap.repaired));
         }
     }
 
@@ -106,6 +137,7 @@ class InPlace {
     WorkingCopy copy_;
     MendedFile& result_;
     bool isWritten_ = false;
+    bool isRemoved_ = false;
 };
 
 }  // namespace
@@ -120,7 +152,7 @@ MendedFile mendFile(const std::string& path, const MendRequest& request, Waiting
                             [&place](const std::string& mended) { place.write(mended); });
         place.finish(observer);
     }
-    result.notes = place.takeNotes();
+    place.takeNotes();
     return result;
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "foundation/Text.h"
 #include "report/XMLRuleOf.h"
 #include "xml/NumberReference.h"
 #include "xml/TextPlace.h"
@@ -14,13 +15,24 @@ namespace vornic {
 
 namespace {
 
-// What is done, as the rule tells a user to do it.
-Mend safeMend(RuleId rule, std::vector<Edit> edits) {
-    std::string description(ruleOf(rule).remedy);
+// What is done: mostly what the rule tells a user to do.
+std::string descriptionOf(RuleId rule) {
+    if (rule == "xml-attribute-without-value"_rule) {
+        return "give it an empty value";
+    }
+    if (rule == "xml-undefined-entity"_rule) {
+        return "write &amp; for its ampersand, so that it is read as text";
+    }
+    std::string description = lowercased(ruleOf(rule).remedy.substr(0, 1));
+    description += ruleOf(rule).remedy.substr(1);
     if (description.ends_with('.')) {
         description.pop_back();
     }
-    return {Confidence::safe, std::move(description), std::move(edits)};
+    return description;
+}
+
+Mend safeMend(RuleId rule, std::vector<Edit> edits) {
+    return {Confidence::safe, descriptionOf(rule), std::move(edits)};
 }
 
 // By number, so that it can be written in every encoding.
