@@ -9,6 +9,7 @@
 #include "foundation/Text.h"
 #include "foundation/Utf8.h"
 #include "platform/Exception.h"
+#include "platform/LargePages.h"
 #include "repair/SpecialBytes.h"
 #include "report/RuleTable.h"
 
@@ -82,12 +83,9 @@ class Scan {
           specialBytes_(begin_, end_),
           at_(begin_),
           uncopied_(begin_),
-          roundEnd_(begin_) {
-        // Memory that is reserved and never written costs nothing; a second allocation would.
-        output_.reserve(text.size() + text.size() / 4);
-    }
+          roundEnd_(begin_) {}
 
-    std::optional<std::string> run() {
+    std::optional<FilteredText> run() {
         while (at_ < end_) {
             if (observer_.isCancelled()) {
                 return std::nullopt;
@@ -98,12 +96,16 @@ class Scan {
                 return std::nullopt;
             }
         }
+        if (uncopied_ == begin_) {
+            return FilteredText();
+        }
         copyPassed();
-        return std::move(output_);
+        return FilteredText{true, std::move(output_)};
     }
 
     // Where in the text the byte of the output comes from.
     std::size_t originOf(std::size_t filteredOffset) {
+        keepsOutput_ = false;
         for (;;) {
             at_ = specialBytes_.firstFrom(at_);
             const std::size_t kept = written_ + static_cast<std::size_t>(at_ - uncopied_);
@@ -233,10 +235,20 @@ class Scan {
     }
 
     void replace(const Character& character, std::string_view replacement) {
+        reserveOutput();
         copyPassed();
         output_.append(replacement);
         pass(character);
         uncopied_ = at_;
+    }
+
+    // A text that nothing is changed in needs no other. Memory that is reserved and never written
+    // costs nothing; a second allocation would.
+    void reserveOutput() {
+        if (uncopied_ == begin_ && keepsOutput_) {
+            platform::reserveInLargePages(
+                output_, static_cast<std::size_t>(end_ - begin_) / 4 * 5 + kBytesPerRound);
+        }
     }
 
     void copyPassed() {
@@ -274,6 +286,7 @@ class Scan {
     const unsigned char* uncopied_;
     const unsigned char* roundEnd_;
     std::string output_;
+    bool keepsOutput_ = true;
     // How much of the output `originOf` has thrown away.
     std::size_t written_ = 0;
     // How many bytes more than UTF-16 units lie before `at_`.
@@ -323,8 +336,8 @@ class ReportingObserver : public CharacterFilterObserver {
 
 }  // namespace
 
-std::optional<std::string> filterInvalidCharacters(std::string_view text,
-                                                   CharacterFilterObserver& observer) {
+std::optional<FilteredText> filterInvalidCharacters(std::string_view text,
+                                                    CharacterFilterObserver& observer) {
     return Scan(text, observer).run();
 }
 
@@ -344,8 +357,8 @@ std::size_t originOfFilteredOffset(std::string_view text, std::size_t filteredOf
     return Scan(text, observer).originOf(filteredOffset);
 }
 
-std::optional<std::string> filterInvalidCharsInString(SourcePlaces& places, RepairReport& report,
-                                                      const StopToken& stop) {
+std::optional<FilteredText> filterInvalidCharsInString(SourcePlaces& places, RepairReport& report,
+                                                       const StopToken& stop) {
     if (stop.stopRequested()) {
         return std::nullopt;
     }
@@ -358,7 +371,7 @@ std::optional<std::string> filterInvalidCharsInString(SourcePlaces& places, Repa
         }
     }
     ReportingObserver observer(places, report, stop);
-    std::optional<std::string> filtered = filterInvalidCharacters(text, observer);
+    std::optional<FilteredText> filtered = filterInvalidCharacters(text, observer);
     if (filtered) {
         report.events().progressIsBusy();
     }

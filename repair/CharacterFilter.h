@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "job/StopToken.h"
 #include "repair/RepairReport.h"
@@ -29,6 +30,18 @@ class CharacterFilterObserver {
     [[nodiscard]] virtual bool finishedUnits(std::int64_t first, std::int64_t last) = 0;
 };
 
+/// What the filter makes of a text.
+struct FilteredText {
+    /// False when every character stays as it is; `text` is then empty.
+    bool isChanged = false;
+    std::string text{};
+
+    /// The result. @param source the text that was filtered.
+    [[nodiscard]] std::string of(std::string source) && {
+        return isChanged ? std::move(text) : std::move(source);
+    }
+};
+
 /// Rewrites the text of an XML file so that it will parse, in one pass: removes the characters that
 /// XML does not allow (and all from U+E000 up), escapes markup characters that stand in text, and
 /// turns other non-ASCII characters into decimal character references. Markup is left alone: inside
@@ -42,8 +55,8 @@ class CharacterFilterObserver {
 /// @return the filtered text, or nothing when the observer cancelled.
 /// @throws platform::RangeException for a text that begins with "<>", when the end of a CDATA
 ///     section would be looked for before the beginning of the text.
-[[nodiscard]] std::optional<std::string> filterInvalidCharacters(std::string_view text,
-                                                                 CharacterFilterObserver& observer);
+[[nodiscard]] std::optional<FilteredText> filterInvalidCharacters(
+    std::string_view text, CharacterFilterObserver& observer);
 
 /// True when the filter takes every character of a piece of text outside CDATA sections out.
 [[nodiscard]] bool isRemovedByFilter(std::string_view piece);
@@ -61,9 +74,9 @@ class CharacterFilterObserver {
 /// texts of 512001 units and more) and reports each removal.
 /// @param places the text, and where in the user's file it is
 /// @return the filtered text, or nothing when the run was stopped.
-[[nodiscard]] std::optional<std::string> filterInvalidCharsInString(SourcePlaces& places,
-                                                                    RepairReport& report,
-                                                                    const StopToken& stop);
+[[nodiscard]] std::optional<FilteredText> filterInvalidCharsInString(SourcePlaces& places,
+                                                                     RepairReport& report,
+                                                                     const StopToken& stop);
 
 /// Keeps exactly the bytes from 0x20 to 0x7E, in order.
 [[nodiscard]] std::string stripInvalidCharsFromData(std::string_view data);

@@ -197,8 +197,9 @@ Document::Text Document::filterInvalidCharsInString(std::string_view text) {
     DocumentEvents events(*this);
     RepairReport report(events, {fileHasErrs(), fileWasRepaired()});
     SourcePlaces places(text, std::nullopt);
-    return vornic::filterInvalidCharsInString(places, report,
-                                              StopToken([this] { return progressCancelled(); }));
+    std::optional<FilteredText> filtered = vornic::filterInvalidCharsInString(
+        places, report, StopToken([this] { return progressCancelled(); }));
+    return filtered ? Text(std::move(*filtered).of(std::string(text))) : std::nullopt;
 }
 
 // Flags. They are plain in meaning: no thread reads another's data by them.

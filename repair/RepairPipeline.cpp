@@ -121,7 +121,7 @@ Stage<Done> RepairPipeline::judge() {
         .then([this](Done) { return readText(); })
         .then([this](SourceText text) { return load(std::move(text)); })
         .then([this](Loaded loaded) {
-            return loaded.hasDocument ? mend(std::move(loaded.text)) : Stage<Done>(Done());
+            return loaded.hasDocument ? mend(std::move(loaded)) : Stage<Done>(Done());
         });
 }
 
@@ -273,7 +273,11 @@ Stage<RepairPipeline::Loaded> RepairPipeline::load(SourceText text) {
     }
     report_.say("repair-loaded"_rule);
     return reportMends(reading.mends, places).then([&](Done) {
-        return unlessCancelled(Loaded{mended(std::move(text), reading.edits), true});
+        Loaded loaded{mended(std::move(text), reading.edits), true};
+        if (reading.mends.empty() && reading.edits.empty()) {
+            loaded.reading = std::move(reading);
+        }
+        return unlessCancelled(std::move(loaded));
     });
 }
 
@@ -331,8 +335,8 @@ Stage<RepairPipeline::Loaded> RepairPipeline::filterAfterFailedLoad(SourceText t
     }
     report_.sayAsError("repair-filtering"_rule);
     report_.label("repair-filtering"_rule);
-    return filterText(std::move(text)).then([this](SourceText filtered) -> Stage<Loaded> {
-        XMLReading reading = readXML(filtered.text, XMLMode::strict);
+    return filterText(std::move(text)).then([this](Filtered filtered) -> Stage<Loaded> {
+        XMLReading reading = readXML(filtered.text.text, XMLMode::strict);
         const bool hasDocument = !reading.fault.has_value();
         if (reading.fault) {
             error_ = std::move(reading.fault);
@@ -341,31 +345,37 @@ Stage<RepairPipeline::Loaded> RepairPipeline::filterAfterFailedLoad(SourceText t
         report_.giveUp();
         reportReason();
         report_.say("repair-not-loaded"_rule);
-        return unlessCancelled(Loaded{std::move(filtered), hasDocument});
+        return unlessCancelled(Loaded{std::move(filtered.text), hasDocument});
     });
 }
 
-Stage<RepairPipeline::SourceText> RepairPipeline::filterText(SourceText text) {
+Stage<RepairPipeline::Filtered> RepairPipeline::filterText(SourceText text) {
     SourcePlaces places = text.places();
-    std::optional<std::string> filtered = filterInvalidCharsInString(places, report_, stop_);
+    std::optional<FilteredText> filtered = filterInvalidCharsInString(places, report_, stop_);
     if (!filtered) {
         return cancelledRun();
     }
-    return unlessCancelled(SourceText{std::move(*filtered), std::nullopt});
+    const bool isChanged = filtered->isChanged;
+    return unlessCancelled(
+        Filtered{{std::move(*filtered).of(std::move(text.text)), std::nullopt}, isChanged});
 }
 
-Stage<Done> RepairPipeline::mend(SourceText text) {
-    return filterAndParse(std::move(text))
+Stage<Done> RepairPipeline::mend(Loaded loaded) {
+    return filterAndParse(std::move(loaded))
         .then([this](Tree document) { return checkHeader(std::move(document)); })
         .then([this](Tree document) { return repairEvents(std::move(document)); })
         .then([this](Tree document) { return save(std::move(document)); })
         .then([this](Done) { return updateCodes(); });
 }
 
-Stage<RepairPipeline::Tree> RepairPipeline::filterAndParse(SourceText text) {
+Stage<RepairPipeline::Tree> RepairPipeline::filterAndParse(Loaded loaded) {
     report_.sayAndLabel("repair-filtering"_rule);
-    return filterText(std::move(text)).then([this](SourceText filtered) -> Stage<Tree> {
-        return XMLDocument::parse(std::move(filtered.text), XMLMode::strict, error_);
+    return filterText(std::move(loaded.text)).then([&](Filtered filtered) -> Stage<Tree> {
+        std::string& text = filtered.text.text;
+        // What was read without a fault and then left as it is need not be read again.
+        return loaded.reading && !filtered.isChanged
+                   ? XMLDocument::fromReading(std::move(text), std::move(*loaded.reading))
+                   : XMLDocument::parse(std::move(text), XMLMode::strict, error_);
     });
 }
 

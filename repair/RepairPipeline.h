@@ -57,6 +57,12 @@ class RepairPipeline : private Waiting {
     struct Loaded {
         SourceText text;
         bool hasDocument = false;
+        // Of the text as it is, where it has no fault and nothing was mended in it.
+        std::optional<XMLReading> reading{};
+    };
+    struct Filtered {
+        SourceText text;
+        bool isChanged = true;
     };
     // Null where there is none.
     using Tree = std::unique_ptr<XMLDocument>;
@@ -73,8 +79,8 @@ class RepairPipeline : private Waiting {
     Stage<SourceText> readRawBytes();
     Stage<Loaded> load(SourceText text);
     Stage<Loaded> filterAfterFailedLoad(SourceText text);
-    Stage<Done> mend(SourceText text);
-    Stage<Tree> filterAndParse(SourceText text);
+    Stage<Done> mend(Loaded loaded);
+    Stage<Tree> filterAndParse(Loaded loaded);
     Stage<Tree> checkHeader(Tree document);
     Stage<Tree> repairEvents(Tree document);
     Stage<Done> save(Tree document);
@@ -89,7 +95,7 @@ class RepairPipeline : private Waiting {
     // Each is the value, unless the run was stopped meanwhile.
     template <typename Value>
     Stage<Value> unlessCancelled(Value value);
-    Stage<SourceText> filterText(SourceText text);
+    Stage<Filtered> filterText(SourceText text);
     [[nodiscard]] static SourceText mended(SourceText text, const std::vector<XMLEdit>& edits);
     Stage<Done> reportMends(const std::vector<XMLMend>& mends, SourcePlaces& places);
     void countFault(const XMLReading& reading, SourcePlaces& places);

@@ -241,14 +241,21 @@ XMLDocument::XMLDocument(std::unique_ptr<State> state) : state_(std::move(state)
 XMLDocument::~XMLDocument() = default;
 
 std::unique_ptr<XMLDocument> XMLDocument::parse(std::string text, XMLMode mode, ErrorSlot& error) {
-    auto state = std::make_unique<State>();
-    state->text = std::move(text);
-    state->offset = state->text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
-    state->reading = readXML(std::string_view(state->text).substr(state->offset), mode);
-    if (state->reading.fault) {
-        error = std::move(state->reading.fault);
+    const std::size_t offset = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+    XMLReading reading = readXML(std::string_view(text).substr(offset), mode);
+    if (reading.fault) {
+        error = std::move(reading.fault);
         return nullptr;
     }
+    std::unique_ptr<XMLDocument> document = fromReading(std::move(text), std::move(reading));
+    document->state_->offset = offset;
+    return document;
+}
+
+std::unique_ptr<XMLDocument> XMLDocument::fromReading(std::string text, XMLReading reading) {
+    auto state = std::make_unique<State>();
+    state->text = std::move(text);
+    state->reading = std::move(reading);
     state->facts = {std::move(state->reading.emptyPairs), state->reading.hasMixedContent};
     return std::unique_ptr<XMLDocument>(new XMLDocument(std::move(state)));
 }

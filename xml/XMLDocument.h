@@ -28,6 +28,11 @@ class XMLDocument {
     /// @return the document, or null with the slot filled. A success leaves the slot as it was.
     [[nodiscard]] static std::unique_ptr<XMLDocument> parse(std::string text, XMLMode mode,
                                                             ErrorSlot& error);
+    /// A document of text that was read already.
+    /// @param text without a byte order mark, well-formed.
+    /// @param reading what `readXML` told of the text, in either mode and without a sink: no fault.
+    [[nodiscard]] static std::unique_ptr<XMLDocument> fromReading(std::string text,
+                                                                  XMLReading reading);
     /// Loads a file, decoded by its byte order mark or its encoding declaration (UTF-8, UTF-16,
     /// ISO-8859-1, windows-1252, macintosh).
     /// @return the document, or null with the slot filled.

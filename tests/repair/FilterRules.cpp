@@ -72,7 +72,7 @@ std::string brokenRuleOfFilter(std::string_view text) {
     Counter counter;
     std::string filtered;
     try {
-        filtered = filterInvalidCharacters(text, counter).value();
+        filtered = filterInvalidCharacters(text, counter).value().of(std::string(text));
     } catch (const platform::RangeException&) {
         return text.starts_with("<>") ? "" : "a range outside the text";
     }

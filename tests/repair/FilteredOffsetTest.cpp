@@ -21,7 +21,7 @@ class SilentObserver : public CharacterFilterObserver {
 
 std::string filtered(std::string_view text) {
     SilentObserver observer;
-    return filterInvalidCharacters(text, observer).value();
+    return filterInvalidCharacters(text, observer).value().of(std::string(text));
 }
 
 // What stands in the text from where the filtered text has `what`.

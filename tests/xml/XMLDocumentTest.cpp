@@ -55,6 +55,21 @@ TEST(XMLDocumentParse, fillsTheSlotWithThePlaceOfAFault) {
     EXPECT_EQ(error->line, 2U);
 }
 
+TEST(XMLDocumentFromReading, isTheDocumentThatParsingTheTextGives) {
+    for (const std::string text :
+         {"<?xml version='1.0'?><!DOCTYPE a><a b='&lt;'><c></c><d/>x<!-- y --></a>",
+          "<a>\n<c></c><d/>&#32;<e>&#32;</e></a>", "<a/>"}) {
+        const auto read = XMLDocument::fromReading(text, readXML(text, XMLMode::tolerant));
+        const auto document = parsed(text);
+        EXPECT_EQ(read->xmlString(), document->xmlString());
+        EXPECT_EQ(read->rootName(), "a");
+        read->setRootAttribute("f", "g");
+        document->setRootAttribute("f", "g");
+        EXPECT_EQ(read->xmlString(), document->xmlString());
+        EXPECT_EQ(read->rootElement().stringValue(), document->rootElement().stringValue());
+    }
+}
+
 TEST(XMLDocumentParse, refusesAnEmptyText) {
     ErrorSlot error;
     EXPECT_EQ(XMLDocument::parse("", XMLMode::strict, error), nullptr);
