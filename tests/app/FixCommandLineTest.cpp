@@ -205,6 +205,68 @@ TEST_F(FixCommandLineTest, refusesAFileWhoseOriginalCannotGoToTheTrash) {
     EXPECT_THAT(result.output, Not(HasSubstr("MENDED")));
 }
 
+TEST_F(FixCommandLineTest, putsTheMendedFileInThePlaceOfALinkAndNeverWritesWhatItNames) {
+    ASSERT_EQ(symlink("Cut.xml", (files.folder() + "/Link.xml").c_str()), 0);
+    const FileState before = fileState(path);
+    const ProgramResult result = check({"--fix", "Link.xml"});
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(fileState(path), before);
+    EXPECT_FALSE(std::filesystem::is_symlink(files.folder() + "/Link.xml"));
+    EXPECT_EQ(readBytes(files.folder() + "/Link.xml"), mended());
+    EXPECT_TRUE(std::filesystem::is_symlink(files.trash() + "/Link.xml"));
+    EXPECT_EQ(runProgram(files.repairer({"--undo", "Link.xml"})).status, 0);
+    EXPECT_EQ(std::filesystem::read_symlink(files.folder() + "/Link.xml"), "Cut.xml");
+}
+
+TEST_F(FixCommandLineTest, leavesAFileAloneInAFolderThatCannotBeWritten) {
+    const FileState before = fileState(path);
+    std::filesystem::permissions(files.folder(), std::filesystem::perms(0555));
+    const ProgramResult result = check({"--fix", "Cut.xml"});
+    const ProgramResult shown = check({"--fix", "--dry-run", "--quiet", "Cut.xml"});
+    std::filesystem::permissions(files.folder(), std::filesystem::perms(0755));
+    EXPECT_EQ(result.status, 3);
+    EXPECT_THAT(result.errors, StartsWith("vornic-check: "));
+    EXPECT_THAT(result.errors, HasSubstr("Cut.xml"));
+    EXPECT_EQ(shown.status, 1) << "a dry run needs no place to write";
+    EXPECT_EQ(fileState(path), before);
+    EXPECT_THAT(namesIn(files.folder()), ElementsAre("Cut.xml"));
+}
+
+TEST_F(FixCommandLineTest, mendsAllFilesAlthoughNobodyReadsTheReport) {
+    write("Other.xml", kDamaged);
+    ProgramSettings settings = files.repairer({"--fix", "Cut.xml", "Other.xml"});
+    settings.program = material.program("vornic-check");
+    settings.output = ProgramStream::brokenPipe;
+    EXPECT_EQ(runProgram(settings).status, 1);
+    EXPECT_EQ(readBytes(path), mended());
+    EXPECT_EQ(readBytes(files.folder() + "/Other.xml"), mended());
+}
+
+TEST_F(FixCommandLineTest, keepsWhatAClassicRepairTakesOut) {
+    const std::string kept =
+        "<!-- <clip> & \"markup\" -->\r\n<xmeml version=\"5\"><bin><name>\xEF\xBC\x81\xE3\x80\x8C"
+        "\xF0\x9F\x98\x80 ";
+    write("Cut.xml", kept + "a & b</name></bin></xmeml>");
+    EXPECT_EQ(check({"--fix", "Cut.xml"}).status, 0);
+    EXPECT_EQ(readBytes(path), kept + "a &amp; b</name></bin></xmeml>");
+}
+
+TEST_F(FixCommandLineTest, asksBeforeItDropsOrGuesses) {
+    const auto project = [](const std::string& date) {
+        return "<fcpxml version=\"1.10\"><resources/><event name=\"E\"><project name=\"P\"" + date +
+               "/></event></fcpxml>";
+    };
+    const std::string file = write("P.fcpxml", project(" modDate=\"yesterday\""));
+    const ProgramResult left = check({"--fix", "P.fcpxml"});
+    EXPECT_THAT(left.output, HasSubstr("1 of values-mod-date not mended: it is made only with "
+                                       "--fix=values-mod-date\n"));
+    EXPECT_EQ(readBytes(file), project(" modDate=\"yesterday\""));
+    const ProgramResult result = check({"--fix=values-uid,values-mod-date", "P.fcpxml"});
+    EXPECT_EQ(result.status, 2) << "one of the names is none";
+    check({"--fix=references,values-mod-date", "P.fcpxml"});
+    EXPECT_EQ(readBytes(file), project(""));
+}
+
 TEST_F(FixCommandLineTest, mendsWhatTwoNamesLeadToOnce) {
     ASSERT_EQ(symlink("Cut.xml", (files.folder() + "/Link.xml").c_str()), 0);
     const ProgramResult result = check({"--fix", "Cut.xml", "Link.xml"});

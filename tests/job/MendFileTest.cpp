@@ -1,9 +1,11 @@
+#include <array>
 #include <filesystem>
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include "job/JournaledSwap.h"
@@ -38,6 +40,7 @@ class MendFileTest : public test::SandboxTest {
 
 TEST_F(MendFileTest, putsTheOriginalIntoTheTrash) {
     ASSERT_EQ(chmod(path.c_str(), 0640), 0);
+    const bool hasAttributes = setxattr(path.c_str(), "user.label", "blue", 4, 0) == 0;
     const MendedFile result = mend(path);
     ASSERT_TRUE(result.swap);
     EXPECT_EQ(result.swap->end, SwapEnd::done);
@@ -46,6 +49,9 @@ TEST_F(MendFileTest, putsTheOriginalIntoTheTrash) {
     EXPECT_EQ(test::readBytes(result.swap->original), kDamaged);
     EXPECT_TRUE(result.swap->isInTrash);
     EXPECT_EQ(fs::status(path).permissions(), fs::perms(0640));
+    std::array<char, 4> label{};
+    EXPECT_EQ(getxattr(path.c_str(), "user.label", label.data(), label.size()),
+              hasAttributes ? 4 : -1);
     EXPECT_THAT(namesInFolder(), ::testing::ElementsAre("Cut.xml"));
 }
 

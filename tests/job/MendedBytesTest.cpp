@@ -78,6 +78,49 @@ TEST(MendedBytes, writesUTF8WhenAsked) {
     EXPECT_EQ(MendedBytes::of(mended.bytes, request).bytes, mended.bytes);
 }
 
+std::string inUTF16(std::string_view ascii, bool isBigEndian) {
+    std::string bytes = isBigEndian ? "\xFE\xFF" : "\xFF\xFE";
+    for (const char character : ascii) {
+        bytes += isBigEndian ? std::string{'\0', character} : std::string{character, '\0'};
+    }
+    return bytes;
+}
+
+constexpr std::string_view kText =
+    "<?xml version=\"1.0\" encoding=\"UTF-16\"?>\r\n<xmeml version=\"5\">\r\n"
+    "\t<name>a & b</name>\r\n</xmeml>\r\n";
+
+std::string mendedText() {
+    std::string text(kText);
+    return text.replace(text.find('&'), 1, "&amp;");
+}
+
+TEST(MendedBytes, keepsMarkAndOrderOfUTF16) {
+    for (const bool isBigEndian : {false, true}) {
+        EXPECT_EQ(MendedBytes::of(inUTF16(kText, isBigEndian), {}).bytes,
+                  inUTF16(mendedText(), isBigEndian));
+    }
+}
+
+TEST(MendedBytes, keepsTheByteOrderMarkOfUTF8) {
+    const std::string bytes = "\xEF\xBB\xBF" + project("a & b");
+    const MendedBytes mended = MendedBytes::of(bytes, {});
+    EXPECT_EQ(mended.bytes, "\xEF\xBB\xBF" + project("a &amp; b"));
+    ASSERT_EQ(mended.records.size(), 1U);
+    EXPECT_EQ(mended.records.front().finding.where.offset, bytes.find('&'));
+}
+
+TEST(MendedBytes, writesUTF8ForAFileWhoseBytesTellItsEncoding) {
+    MendRequest request;
+    request.toUTF8 = true;
+    std::string wanted = mendedText();
+    wanted.replace(wanted.find("UTF-16"), 6, "UTF-8");
+    EXPECT_EQ(MendedBytes::of(inUTF16(kText, true), request).bytes, wanted);
+    // It declares no encoding, and is read by its mark alone.
+    const std::string undeclared = "<xmeml version=\"5\"><name>a</name></xmeml>";
+    EXPECT_EQ(MendedBytes::of(inUTF16(undeclared, false), request).bytes, undeclared);
+}
+
 TEST(MendedBytes, mendsInRoundsWhatMeetsAtOnePlace) {
     // Each of the attributes lacks the space before the next one.
     const std::string bytes = std::string(kHead) +
