@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 
+#include "check/URLMend.h"
 #include "check/fcpxml/Naming.h"
 #include "formats/FileURL.h"
 #include "formats/fcpxml/Resources.h"
@@ -192,7 +193,7 @@ void ValueCheck::addOfPath(FileURLFault fault, TextSpan place, const std::string
         if (finding != nullptr && faultOfFileURL(meant) == FileURLFault::none) {
             finding->mend = Mend{Confidence::safe,
                                  "write the same path as a file URL",
-                                 {{place.offset, place.length, escapedAttributeValue(meant)}}};
+                                 {urlEdit(index_.text(), place, meant)}};
         }
     };
     switch (fault) {

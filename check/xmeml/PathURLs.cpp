@@ -1,8 +1,8 @@
 #include <string>
 
+#include "check/URLMend.h"
 #include "check/xmeml/Rules.h"
 #include "formats/FileURL.h"
-#include "xml/AttributeValue.h"
 #include "xml/TextPlace.h"
 
 namespace vornic::xmeml {
@@ -63,7 +63,7 @@ void checkPathURLs(const View& view, Findings& findings) {
         if (!right.empty()) {
             finding->mend = Mend{Confidence::safe,
                                  "write the path as a URL",
-                                 {{place.offset, place.length, escapedAttributeValue(right)}}};
+                                 {urlEdit(view.index().text(), place, right)}};
         }
     }
 }

@@ -262,6 +262,12 @@ TEST(FCPXMLValues, canBeMendedWhereNothingIsGuessed) {
     };
     EXPECT_EQ(mended(withSource("file:///a b.mov")), withSource("file:///a%20b.mov"));
     EXPECT_EQ(mended(withSource("file:///a &amp; b.mov")), withSource("file:///a%20&amp;%20b.mov"));
+    // What needs no change stays as it is written.
+    EXPECT_EQ(mended(withSource("file:///Anna's b.mov")), withSource("file:///Anna's%20b.mov"));
+    const Report report = checkFile(withSource("file:///a b.mov"), {});
+    ASSERT_EQ(report.findings.kept().size(), 1U);
+    EXPECT_EQ(report.findings.kept().front().mend->edits,
+              (std::vector<Edit>{{withSource("file:///a b.mov").find(" b.mov"), 1, "%20"}}));
     EXPECT_EQ(mended(withSource("/a b.mov")), withSource("file:///a%20b.mov"));
     EXPECT_EQ(mended(withSource("C:\\a\\b.mov")), withSource("file:///C:/a/b.mov"));
     EXPECT_FALSE(onlyFinding(withSource("b.mov")).mend.has_value());
