@@ -48,6 +48,8 @@ class InPlace {
         return bytes;
     }
 
+    [[nodiscard]] const platform::ContentDigest::Value& digestRead() const { return digestRead_; }
+
     // The check of the bytes may still go on.
     void write(const std::string& bytes) {
         isWritten_ =
@@ -146,7 +148,11 @@ MendedFile mendFile(const std::string& path, const MendRequest& request, Waiting
                     SwapObserver& observer) {
     MendedFile result;
     InPlace place(path, waiting, result);
-    if (std::optional<std::string> bytes = place.read()) {
+    std::optional<std::string> bytes = place.read();
+    if (bytes && request.expected && *request.expected != place.digestRead()) {
+        platform::failFileBecause(result.error, path, "mended", EBUSY,
+                                  "another program has changed it since it was read");
+    } else if (bytes) {
         result.mended =
             MendedBytes::of(std::move(*bytes), request,
                             [&place](const std::string& mended) { place.write(mended); });

@@ -217,7 +217,14 @@ class Mending {
     }
 
     // @return whether something was mended.
-    bool makeRound() { return make(MendPlan::of(mended_.report.findings, request_.asked), true); }
+    bool makeRound() {
+        if (request_.chosen) {
+            const std::vector<ChosenMend> chosen =
+                std::exchange(isFirstRound_, false) ? *request_.chosen : std::vector<ChosenMend>();
+            return make(MendPlan::ofChosen(mended_.report.findings, chosen), true);
+        }
+        return make(MendPlan::of(mended_.report.findings, request_.asked), true);
+    }
 
     // @param isCompared whether the mends may bring no finding
     bool make(MendPlan plan, bool isCompared) {
@@ -317,6 +324,7 @@ class Mending {
     const MendRequest& request_;
     const MendedBytes::Watcher& watch_;
     CheckOptions options_;
+    bool isFirstRound_ = true;
     MendedBytes mended_;
     // Mends of the present round, for each rule.
     Counts made_{};

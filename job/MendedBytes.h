@@ -2,12 +2,14 @@
 #define VORNIC_JOB_MENDED_BYTES_H
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "check/Check.h"
 #include "mend/EditList.h"
 #include "mend/MendPlan.h"
+#include "platform/ContentDigest.h"
 
 namespace vornic {
 
@@ -17,6 +19,11 @@ struct MendRequest {
     std::vector<RuleId> asked;
     /// Whether a file in another encoding becomes UTF-8, with every character.
     bool toUTF8 = false;
+    /// The mends that are made, and no others, in ascending order; then the file is not looked at
+    /// for more. Nothing for all that may be made.
+    std::optional<std::vector<ChosenMend>> chosen = {};
+    /// Of the bytes that the user has seen: a file with others is not mended. Nothing for any.
+    std::optional<platform::ContentDigest::Value> expected = {};
     /// How the file is checked, before and afterwards. Only what these look at is mended.
     CheckOptions check;
 };

@@ -68,13 +68,13 @@ std::string refusalOf(const Finding& finding, const std::vector<RuleId>& asked) 
     return "";
 }
 
-}  // namespace
-
-MendPlan MendPlan::of(const Findings& findings, const std::vector<RuleId>& asked) {
+// @param refusal tells why the mend of a finding is not made; "" when it may be
+template <typename Refusal>
+MendPlan planOf(const Findings& findings, const Refusal& refusal) {
     MendPlan plan;
     ChangedParts parts;
     for (const Finding& finding : findings.kept()) {
-        std::string why = refusalOf(finding, asked);
+        std::string why = refusal(finding);
         if (why.empty() && !parts.take(finding.mend->edits)) {
             why = kPostponed;
             plan.hasPostponed = true;
@@ -84,6 +84,23 @@ MendPlan MendPlan::of(const Findings& findings, const std::vector<RuleId>& asked
     }
     plan.edits = std::move(parts).inOrder();
     return plan;
+}
+
+}  // namespace
+
+MendPlan MendPlan::of(const Findings& findings, const std::vector<RuleId>& asked) {
+    return planOf(findings, [&asked](const Finding& it) { return refusalOf(it, asked); });
+}
+
+MendPlan MendPlan::ofChosen(const Findings& findings, const std::vector<ChosenMend>& chosen) {
+    return planOf(findings, [&chosen](const Finding& finding) {
+        if (!finding.mend || finding.mend->edits.empty()) {
+            return std::string("no mend is known");
+        }
+        const bool isChosen = std::binary_search(chosen.begin(), chosen.end(),
+                                                 ChosenMend{finding.rule, finding.where.offset});
+        return std::string(isChosen ? "" : "it was not chosen");
+    });
 }
 
 }  // namespace vornic

@@ -1,6 +1,8 @@
 #ifndef VORNIC_MEND_MEND_PLAN_H
 #define VORNIC_MEND_MEND_PLAN_H
 
+#include <compare>
+#include <cstddef>
 #include <vector>
 
 #include "mend/EditList.h"
@@ -8,6 +10,14 @@
 #include "report/MendRecord.h"
 
 namespace vornic {
+
+/// A mend that a user has chosen by its finding.
+struct ChosenMend {
+    RuleId rule;
+    /// Where the finding's place begins.
+    std::size_t offset = 0;
+    friend auto operator<=>(const ChosenMend&, const ChosenMend&) = default;
+};
 
 /// Which of the mends of a file's findings are made together, and what they do to its bytes.
 struct MendPlan {
@@ -22,6 +32,10 @@ struct MendPlan {
     /// @param findings as `checkFile` gives them: placed in the file's bytes, in its order
     /// @param asked rules whose mends the user wants although they ask
     [[nodiscard]] static MendPlan of(const Findings& findings, const std::vector<RuleId>& asked);
+    /// Takes the chosen ones alone, whether they ask or not.
+    /// @param chosen in ascending order
+    [[nodiscard]] static MendPlan ofChosen(const Findings& findings,
+                                           const std::vector<ChosenMend>& chosen);
 
     /// Whether a mend had to wait for another one at the same place.
     bool hasPostponed = false;

@@ -18,6 +18,7 @@ namespace {
 constexpr std::size_t kLongestExcerpt = 90;
 // What of a line stands before that which differs.
 constexpr std::size_t kLead = 24;
+constexpr std::size_t kLargeText = 4'000'000;
 constexpr std::size_t kLinesAround = 3;
 constexpr std::size_t kLongestLineAround = 400;
 
@@ -72,29 +73,36 @@ std::string_view withoutIndentation(std::string_view line) {
 }
 
 // Findings that are the same thing, in whatever place of the file they stand by now.
-std::string keyOf(const Finding& finding, bool withPath) {
+struct KeyParts {
+    bool arguments = true;
+    bool path = true;
+};
+
+std::string keyOf(const Finding& finding, KeyParts parts) {
     std::string key = std::to_string(finding.rule.index) + "\n";
     for (const Argument& argument : finding.arguments) {
-        key.append(argument.value).append("\n");
+        if (parts.arguments) {
+            key.append(argument.value).append("\n");
+        }
     }
-    return withPath ? key + finding.where.path : key;
+    return parts.path ? key + finding.where.path : key;
 }
 
 // The unmatched findings of a file, by key.
 class Unmatched {
   public:
     Unmatched(const std::vector<const Finding*>& findings, const std::vector<bool>& isMatched,
-              bool withPath)
-        : withPath_(withPath) {
+              KeyParts parts)
+        : parts_(parts) {
         for (std::size_t index = findings.size(); index-- > 0;) {
             if (!isMatched[index]) {
-                byKey_[keyOf(*findings[index], withPath)].push_back(index);
+                byKey_[keyOf(*findings[index], parts_)].push_back(index);
             }
         }
     }
     // @return the first one of the same key, which is taken; `kNone` for none.
     std::size_t take(const Finding& finding) {
-        const auto found = byKey_.find(keyOf(finding, withPath_));
+        const auto found = byKey_.find(keyOf(finding, parts_));
         if (found == byKey_.end() || found->second.empty()) {
             return kNone;
         }
@@ -105,7 +113,7 @@ class Unmatched {
     static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
   private:
-    bool withPath_;
+    KeyParts parts_;
     std::unordered_map<std::string, std::vector<std::size_t>> byKey_;
 };
 
@@ -115,6 +123,29 @@ std::vector<const Finding*> pointersTo(const Report& report) {
         pointers.push_back(&finding);
     }
     return pointers;
+}
+
+// Findings tell bytes of the file; the text may be in another encoding.
+std::vector<SourceMark> marksOf(const InspectedFile& file) {
+    std::vector<SourceMark> marks;
+    EditList ends;
+    for (const Finding& finding : file.report.findings.kept()) {
+        if (finding.where.line != 0) {
+            marks.push_back({{finding.where.offset, finding.where.length}, finding.severity});
+        }
+    }
+    std::stable_sort(marks.begin(), marks.end(),
+                     [](const SourceMark& left, const SourceMark& right) {
+                         return left.span.offset < right.span.offset;
+                     });
+    for (const SourceMark& mark : marks) {
+        ends.push_back({mark.span.offset, mark.span.length, ""});
+    }
+    ends = toTextOffsets(ends, file.source->decoded());
+    for (std::size_t index = 0; index < marks.size(); ++index) {
+        marks[index].span = {ends[index].offset, ends[index].length};
+    }
+    return marks;
 }
 
 }  // namespace
@@ -134,16 +165,24 @@ FindingsTable::FindingsTable(std::shared_ptr<const Inspection> inspection)
         }
     }
     findCauses();
+    if (inspection_->file.isRead()) {
+        fileMarks_ = marksOf(inspection_->file);
+    }
+    if (inspection_->original) {
+        originalMarks_ = marksOf(*inspection_->original);
+    }
 }
 
-// What both have is matched by its element first; a repair may have moved it, so then without.
+// What both have is matched by words and element first. A repair may have moved it or changed a
+// name in it, but not both.
 void FindingsTable::compareWithOriginal() {
     const std::vector<const Finding*> old = pointersTo(inspection_->original->report);
     const std::vector<const Finding*> now = pointersTo(inspection_->file.report);
     std::vector<bool> isOldMatched(old.size());
     std::vector<bool> isNowMatched(now.size());
-    for (const bool withPath : {true, false}) {
-        Unmatched unmatched(now, isNowMatched, withPath);
+    for (const KeyParts parts :
+         {KeyParts{}, KeyParts{.path = false}, KeyParts{.arguments = false}}) {
+        Unmatched unmatched(now, isNowMatched, parts);
         for (std::size_t index = 0; index < old.size(); ++index) {
             const std::size_t same =
                 isOldMatched[index] ? Unmatched::kNone : unmatched.take(*old[index]);
@@ -402,6 +441,11 @@ std::string FindingsTable::after(const ListedFinding& listed) const {
         return "";
     }
     const SourceText& source = *sourceOf(listed);
+    // Places of such a file are counted from its beginning.
+    const std::string& encoding = source.decoded().decoding.encoding;
+    if (encoding != "UTF-8" && encoding != "ASCII" && source.text().size() > kLargeText) {
+        return "";
+    }
     const EditList edits = toTextOffsets(listed.finding->mend->edits, source.decoded());
     const std::size_t start = source.offsetOf(source.rowOfLine(listed.finding->where.line));
     EditList ofLine;

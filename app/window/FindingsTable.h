@@ -41,6 +41,13 @@ struct ListedFinding {
 /// By what a table is sorted. Those that are equal stand in the order of the file.
 enum class FindingsOrder { severity, message, place, state };
 
+/// A finding in a text.
+struct SourceMark {
+    /// Of the text.
+    TextSpan span;
+    Severity severity = Severity::info;
+};
+
 /// What of a table is shown.
 struct FindingsChoice {
     /// Shows what has this text in its message, rule, name, path or timecode; "" for all. Case of
@@ -81,9 +88,15 @@ class FindingsTable {
     explicit FindingsTable(std::shared_ptr<const Inspection> inspection);
 
     [[nodiscard]] const Inspection& inspection() const { return *inspection_; }
+    [[nodiscard]] const std::shared_ptr<const Inspection>& shared() const { return inspection_; }
     [[nodiscard]] const std::vector<ListedFinding>& findings() const { return findings_; }
     /// How many findings of a severity the file has, or with an original that one had.
     [[nodiscard]] std::uint64_t count(Severity severity) const;
+
+    /// Where findings are in the text of the file or of the original, in its order.
+    [[nodiscard]] const std::vector<SourceMark>& marks(bool ofOriginal) const {
+        return ofOriginal ? originalMarks_ : fileMarks_;
+    }
 
     /// Chooses, groups and sorts. N log N.
     [[nodiscard]] FindingsRows arranged(const FindingsChoice& choice) const;
@@ -111,6 +124,8 @@ class FindingsTable {
 
     std::shared_ptr<const Inspection> inspection_;
     std::vector<ListedFinding> findings_;
+    std::vector<SourceMark> fileMarks_;
+    std::vector<SourceMark> originalMarks_;
     // For each finding the one that it comes of, or itself.
     std::vector<std::size_t> causes_;
 };

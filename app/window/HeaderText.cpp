@@ -197,17 +197,19 @@ HeaderText headerText(const HeaderFacts& facts) {
     return HeaderWriter(facts).write();
 }
 
-std::string kindAndSize(const Report& report) {
-    std::string line = report.kind == "fcpxml"  ? "Final Cut Pro X file (FCPXML"
-                       : report.kind == "xmeml" ? "Final Cut Pro 7 file (XMEML"
-                       : report.kind == "other" ? "Other XML file ("
-                                                : "No XML file (";
-    if (report.kind == "other" || report.kind == "none") {
-        line = line.substr(0, line.size() - 2);
+std::string factsOf(const Report& report, FileKind byName) {
+    std::string kind;
+    if (report.kind == "none") {
+        kind = "no XML";
+    } else if (report.kind == "other") {
+        kind = "in fact other XML";
     } else {
-        line += (report.version.empty() ? ", no version" : " " + report.version) + ")";
+        kind = report.kind == nameOf(byName) ? ""
+               : report.kind == "fcpxml"     ? "in fact FCPXML, "
+                                             : "in fact XMEML, ";
+        kind += report.version.empty() ? "no version" : "version " + report.version;
     }
-    return line + " · " + sizeOf(report.bytes);
+    return kind + " · " + sizeOf(report.bytes);
 }
 
 std::string withThousands(std::uint64_t number) {

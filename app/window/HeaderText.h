@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/window/Inspection.h"
+#include "formats/FileKind.h"
 #include "repair/RepairResult.h"
 
 namespace vornic {
@@ -57,8 +58,9 @@ struct HeaderText {
 
 [[nodiscard]] HeaderText headerText(const HeaderFacts& facts);
 
-/// "FCPXML 1.10  ·  UTF-8  ·  12.3 KB"; "Final Cut Pro" is not said of other XML.
-[[nodiscard]] std::string kindAndSize(const Report& report);
+/// "version 1.10 · 12.3 KB". Where the contents are not of the kind that the file's name says, they
+/// are named.
+[[nodiscard]] std::string factsOf(const Report& report, FileKind byName);
 
 /// The number with a comma after every three digits: "1,180".
 [[nodiscard]] std::string withThousands(std::uint64_t number);

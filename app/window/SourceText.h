@@ -57,6 +57,8 @@ class SourceText {
     [[nodiscard]] std::size_t lineCount() const { return rows_.size() - continued_.size(); }
     /// The bytes of a row, without the end of its line.
     [[nodiscard]] std::string_view row(std::size_t row) const;
+    /// Its length in bytes, with the end of its line.
+    [[nodiscard]] std::size_t lengthOf(std::size_t row) const { return endOf(row) - offsetOf(row); }
     /// Where in the text a row begins.
     [[nodiscard]] std::size_t offsetOf(std::size_t row) const { return rows_[row] & kOffset; }
     /// The line that a row belongs to, from 1.

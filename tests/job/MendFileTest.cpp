@@ -13,6 +13,7 @@
 #include "job/Undo.h"
 #include "platform/FileClaim.h"
 #include "platform/FileDescriptor.h"
+#include "report/RuleTable.h"
 #include "tests/job/JobTest.h"
 #include "tests/support/FileState.h"
 #include "tests/support/RecordingSwapObserver.h"
@@ -53,6 +54,27 @@ TEST_F(MendFileTest, putsTheOriginalIntoTheTrash) {
     EXPECT_EQ(getxattr(path.c_str(), "user.label", label.data(), label.size()),
               hasAttributes ? 4 : -1);
     EXPECT_THAT(namesInFolder(), ::testing::ElementsAre("Cut.xml"));
+}
+
+TEST_F(MendFileTest, makesTheChosenMendAlone) {
+    sandbox.write("Cut.xml", "<xmeml version=\"5\"><a>x & y</a><b>x & z</b></xmeml>");
+    MendRequest request;
+    request.chosen = {{"xml-stray-ampersand"_rule, 36}};
+    const MendedFile result = mendFile(path, request, waiting, observer);
+    ASSERT_TRUE(result.swap);
+    EXPECT_EQ(test::readBytes(path), "<xmeml version=\"5\"><a>x & y</a><b>x &amp; z</b></xmeml>");
+}
+
+TEST_F(MendFileTest, leavesAFileThatIsNotWhatTheUserHasSeen) {
+    MendRequest request;
+    request.expected = platform::ContentDigest::of("something else");
+    const test::FileState before = test::fileState(path);
+    const MendedFile result = mendFile(path, request, waiting, observer);
+    EXPECT_FALSE(result.swap);
+    EXPECT_TRUE(result.error);
+    EXPECT_EQ(test::fileState(path), before);
+    request.expected = platform::ContentDigest::of(kDamaged);
+    EXPECT_TRUE(mendFile(path, request, waiting, observer).swap);
 }
 
 TEST_F(MendFileTest, leavesASoundFileAlone) {

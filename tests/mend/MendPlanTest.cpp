@@ -39,6 +39,17 @@ TEST(MendPlan, takesMendsThatAskWhenTheirRuleIsNamed) {
     EXPECT_EQ(MendPlan::of(findings, {kStandalone}).edits, (EditList{{9, 3, ""}}));
 }
 
+TEST(MendPlan, takesTheChosenMendsAlone) {
+    Findings findings;
+    add(findings, kAmpersand, Confidence::safe, {{5, 1, "&amp;"}});
+    add(findings, kStandalone, Confidence::ask, {{9, 3, ""}});
+    const MendPlan plan =
+        MendPlan::ofChosen(findings, {{kStandalone, findings.kept().back().where.offset}});
+    EXPECT_EQ(plan.edits, (EditList{{9, 3, ""}}));
+    EXPECT_EQ(plan.records[0].why, "it was not chosen");
+    EXPECT_TRUE(MendPlan::ofChosen(findings, {{kStandalone, 7777}}).edits.empty());
+}
+
 TEST(MendPlan, changesNoPlaceTwice) {
     Findings findings;
     add(findings, kAmpersand, Confidence::safe, {{5, 4, "a"}, {20, 1, "b"}});

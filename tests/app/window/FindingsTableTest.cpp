@@ -71,6 +71,14 @@ TEST_F(FindingsTableTest, listsOnceWhatBothFilesHave) {
     EXPECT_EQ(count, 1U);
 }
 
+TEST_F(FindingsTableTest, knowsAFindingAgainWhoseNameWasRepaired) {
+    const FindingsTable table = tableOf(project("<sequence><name>C\vut</name></sequence>"),
+                                        project("<sequence><name>Cut</name></sequence>"));
+    ASSERT_NE(first(table, "structure-missing-part"), nullptr);
+    EXPECT_EQ(first(table, "structure-missing-part")->state, FindingState::left);
+    EXPECT_EQ(table.findings().size(), 2U);
+}
+
 TEST_F(FindingsTableTest, marksWhatTheOriginalDidNotHave) {
     const FindingsTable table = tableOf(project("<sequence><name>R</name></sequence>"),
                                         project("<sequence><name>R & D</name></sequence>"));

@@ -148,18 +148,27 @@ TEST_F(HeaderTextTest, saysWhyAFileCannotBeRead) {
     EXPECT_EQ(header().sign, HeaderSign::bad);
 }
 
-TEST(KindAndSize, namesFormatVersionAndSize) {
+TEST(HeaderFactsLine, tellsVersionAndSize) {
     Report report;
     report.kind = "fcpxml";
     report.version = "1.10";
     report.bytes = 12345;
-    EXPECT_EQ(kindAndSize(report), "Final Cut Pro X file (FCPXML 1.10) · 12.3 KB");
+    EXPECT_EQ(factsOf(report, FileKind::fcpxml), "version 1.10 · 12.3 KB");
     report.kind = "xmeml";
     report.version = "";
     report.bytes = 999;
-    EXPECT_EQ(kindAndSize(report), "Final Cut Pro 7 file (XMEML, no version) · 999 bytes");
+    EXPECT_EQ(factsOf(report, FileKind::xmeml), "no version · 999 bytes");
+}
+
+TEST(HeaderFactsLine, contradictsANameThatIsWrong) {
+    Report report;
+    report.kind = "fcpxml";
+    report.version = "1.10";
+    EXPECT_EQ(factsOf(report, FileKind::xmeml), "in fact FCPXML, version 1.10 · 0 bytes");
+    report.kind = "other";
+    EXPECT_EQ(factsOf(report, FileKind::xmeml), "in fact other XML · 0 bytes");
     report.kind = "none";
-    EXPECT_EQ(kindAndSize(report), "No XML file · 999 bytes");
+    EXPECT_EQ(factsOf(report, FileKind::xmeml), "no XML · 0 bytes");
 }
 
 }  // namespace

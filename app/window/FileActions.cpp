@@ -1,0 +1,167 @@
+#include "app/window/FileActions.h"
+
+#include <algorithm>
+#include <set>
+
+#include "app/UndoCommand.h"
+#include "foundation/FormatString.h"
+#include "foundation/QMLocalPaths.h"
+#include "foundation/QMLog.h"
+#include "job/Journal.h"
+#include "job/JournaledSwap.h"
+#include "job/MendFile.h"
+#include "platform/FileSystem.h"
+#include "platform/HeldPath.h"
+#include "platform/PathText.h"
+
+namespace vornic {
+
+namespace {
+
+class Patience final : public Waiting {
+  public:
+    void waitsFor(const std::string& path) override {
+        QMLog::appendLog("Another program uses the file %@; waiting.", path);
+    }
+    [[nodiscard]] bool isCancelled() override { return false; }
+};
+
+std::string joined(const std::vector<std::string>& sentences) {
+    std::string text;
+    for (const std::string& sentence : sentences) {
+        text += (text.empty() ? "" : " ") + sentence;
+    }
+    return text;
+}
+
+CheckOptions optionsFor(const std::string& path) {
+    CheckOptions options;
+    options.mostOfARule = kMostListedOfARule;
+    options.fileName = platform::lastComponent(path);
+    return options;
+}
+
+}  // namespace
+
+RestoreResult restoreOriginal(const std::string& path, const std::string& program,
+                              const std::string& version, bool evenIfChanged) {
+    RestoreResult restored;
+    const std::optional<Journal> journal = Journal::ofUser();
+    if (!journal) {
+        restored.end = UndoResult::End::nothingToUndo;
+        restored.failure = "There is nothing to restore, since there is no home folder.";
+        return restored;
+    }
+    Undo undo(*journal, QMLocalPaths::trashDirectory().value_or(""), program, version);
+    const UndoResult result =
+        undo.undo(path, [evenIfChanged](const JournalEntry&) { return evenIfChanged; });
+    restored.end = result.end;
+    restored.isDone = result.end == UndoResult::End::undone;
+    restored.replaced = result.result;
+    restored.isUndoable = restored.isDone && !result.error;
+    const std::vector<std::string> complaints = complaintsAbout(result);
+    if (restored.isDone) {
+        restored.notes = complaints;
+        QMLog::appendLog("The original is back: %@", path);
+    } else {
+        restored.failure = result.end == UndoResult::End::nothingToUndo
+                               ? formatString(
+                                     "Nothing has changed the file %@ in its place, or "
+                                     "everything has been taken back.",
+                                     path)
+                               : joined(complaints);
+    }
+    for (const std::string& complaint : complaints) {
+        QMLog::appendLog("%@", complaint);
+    }
+    return restored;
+}
+
+std::string originalOf(const std::string& path) {
+    const std::optional<Journal> journal = Journal::ofUser();
+    if (!journal) {
+        return "";
+    }
+    std::set<std::string> names{path};
+    if (const std::optional<platform::HeldPath> held = platform::holdPath(path)) {
+        names.insert(held->path());
+    }
+    ErrorSlot ignored;
+    Undo undo(*journal, QMLocalPaths::trashDirectory().value_or(""), "", "");
+    const auto changes = undo.changes(ignored, names);
+    return changes && !changes->empty() ? changes->front().original : "";
+}
+
+FileActionResult mendInPlace(const std::string& path, const MendRequest& request,
+                             const std::string& program, const std::string& version) {
+    FileActionResult action;
+    Patience patience;
+    JournaledSwap journaled(program, version, JournalEntry::Action::mend);
+    MendedFile result = mendFile(path, request, patience, journaled);
+    action.notes = std::move(result.notes);
+    if (!result.mended.refusal.empty()) {
+        action.failure =
+            formatString("The file %@ was not mended: %@.", path, result.mended.refusal);
+    } else if (result.error || result.isCancelled) {
+        action.failure = result.error ? result.error->localizedDescription()
+                                      : formatString("The file %@ was not mended.", path);
+    } else if (!result.swap) {
+        action.failure = formatString("There is nothing to mend in the file %@.", path);
+    } else {
+        action.isDone = true;
+        action.replaced = result.swap->original;
+        action.isUndoable = journaled.isWrittenDown();
+        QMLog::appendLog("The file %@ was mended. The original is %@", path, action.replaced);
+    }
+    if (!result.lostMetadata.empty()) {
+        action.notes.push_back(
+            formatString("Something of the file %@ was not kept. %@", path, result.lostMetadata));
+    }
+    if (!action.failure.empty()) {
+        QMLog::appendLog("%@", action.failure);
+    }
+    return action;
+}
+
+MendPreview previewMends(const InspectedFile& file, const std::vector<const Finding*>& findings) {
+    MendPreview preview;
+    std::vector<ChosenMend> chosen;
+    for (const Finding* const finding : findings) {
+        chosen.push_back({finding->rule, finding->where.offset});
+    }
+    std::sort(chosen.begin(), chosen.end());
+    preview.request.chosen = std::move(chosen);
+    preview.request.expected = file.digest;
+    preview.request.check = optionsFor(file.path);
+    ErrorSlot error;
+    std::optional<std::string> bytes = platform::readFile(file.path, error);
+    if (!bytes || platform::ContentDigest::of(*bytes) != file.digest) {
+        preview.refusal = error ? error->localizedDescription()
+                                : formatString(
+                                      "Another program has changed the file %@ since it "
+                                      "was checked.",
+                                      file.path);
+        return preview;
+    }
+    const MendedBytes mended = MendedBytes::of(std::move(*bytes), preview.request);
+    preview.refusal = mended.refusal;
+    preview.count = static_cast<std::size_t>(
+        std::count_if(mended.records.begin(), mended.records.end(),
+                      [](const MendRecord& record) { return record.isMade; }));
+    const std::string name = platform::lastComponent(file.path);
+    preview.difference = mended.difference(name, name);
+    return preview;
+}
+
+std::vector<const Finding*> safelyMendable(const Findings& findings) {
+    std::vector<const Finding*> safe;
+    for (const Finding& finding : findings.kept()) {
+        if (finding.mend && finding.mend->confidence == Confidence::safe &&
+            !finding.mend->edits.empty()) {
+            safe.push_back(&finding);
+        }
+    }
+    return safe;
+}
+
+}  // namespace vornic
