@@ -3,6 +3,7 @@
 #include <QCloseEvent>
 #include <QFileDialog>
 #include <QHBoxLayout>
+#include <QSplitter>
 #include <QVBoxLayout>
 #include <utility>
 
@@ -19,29 +20,8 @@ namespace vornic {
 
 namespace {
 
-constexpr QSize kDefaultSize(760, 560);
+constexpr QSize kDefaultSize(980, 700);
 constexpr QSize kSmallestSize(420, 320);
-
-// One line of text that is shortened in the middle where there is no room for it, so that no text
-// makes the window wider.
-class ElidedLabel : public QLabel {
-  public:
-    ElidedLabel(QString text, QWidget* parent) : QLabel(parent), whole_(std::move(text)) {
-        setTextFormat(Qt::PlainText);
-        setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-        setText(whole_);
-        setAccessibleName(whole_);
-    }
-
-  protected:
-    void resizeEvent(QResizeEvent* event) override {
-        QLabel::resizeEvent(event);
-        setText(fontMetrics().elidedText(whole_, Qt::ElideMiddle, width()));
-    }
-
-  private:
-    QString whole_;
-};
 
 QPushButton* makeButton(const char* objectName, const QString& text, const QString& accessibleName,
                         QWidget* parent) {
@@ -51,10 +31,14 @@ QPushButton* makeButton(const char* objectName, const QString& text, const QStri
     return button;
 }
 
-QString kindOf(const std::string& path) {
-    return lowercased(pathExtension(path)) == "fcpxml"
-               ? DocumentMainWindow::tr("Final Cut Pro X file (FCPXML)")
-               : DocumentMainWindow::tr("Final Cut Pro 7 file (XMEML)");
+// Why a repair could not take a file: the first thing that it could not mend.
+std::string reasonOf(const RepairResult& result) {
+    for (const Finding& finding : result.findings.kept()) {
+        if (finding.severity == Severity::error) {
+            return finding.message();
+        }
+    }
+    return "";
 }
 
 }  // namespace
@@ -99,54 +83,63 @@ DocumentMainWindow::DocumentMainWindow(const std::shared_ptr<Document>& document
 
     auto* const content = new QWidget(this);
     auto* const column = new QVBoxLayout(content);
-    column->addWidget(makeHead());
-    column->addWidget(report_, 1);
+    header_ = new DocumentHeader(
+        path_, [this](HeaderOffer offer) { accept(offer); }, content);
+    column->addWidget(header_);
+    column->addWidget(makePages(), 1);
     column->addWidget(findBar_);
     column->addWidget(makeFoot());
     setCentralWidget(content);
-    setTabOrder(report_, showFileButton_);
     setTabOrder(showFileButton_, showTrashButton_);
     setTabOrder(showTrashButton_, repairButton_);
     report_->setFocus();
+    inspector_ = new FileInspector(
+        path_,
+        {.read =
+             [this](std::shared_ptr<const SourceText> source) { takeSource(std::move(source)); },
+         .inspected =
+             [this](std::shared_ptr<const FindingsTable> table) { takeTable(std::move(table)); },
+         .changed = [this](bool isThere) { takeChange(isThere); }},
+        this);
     restoreWindowSize(*this, kDefaultSize);
 }
 
-QWidget* DocumentMainWindow::makeHead() {
-    auto* const head = new QWidget(this);
-    auto* const column = new QVBoxLayout(head);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(2);
-    auto* const name = new ElidedLabel(fileNameOf(path_), head);
-    name->setObjectName(QStringLiteral("fileNameLabel"));
-    name->setAccessibleDescription(tr("File"));
-    name->setToolTip(toolTipOf(path_));
-    QFont large = name->font();
-    large.setPointSizeF(large.pointSizeF() * 1.4);
-    large.setBold(true);
-    name->setFont(large);
-    auto* const kind = new QLabel(kindOf(path_), head);
-    kind->setObjectName(QStringLiteral("fileKindLabel"));
-    kind->setTextFormat(Qt::PlainText);
-    kind->setAccessibleDescription(tr("Kind of file"));
-    column->addWidget(name);
-    column->addWidget(kind);
-    return head;
+QWidget* DocumentMainWindow::makePages() {
+    pages_ = new QTabWidget(this);
+    pages_->setObjectName(QStringLiteral("documentPages"));
+    pages_->setAccessibleName(tr("Pages"));
+    pages_->setDocumentMode(true);
+    auto* const splitter = new QSplitter(Qt::Vertical, pages_);
+    splitter->setObjectName(QStringLiteral("reportSplitter"));
+    findings_ =
+        new FindingsView({.showPlace = [this](const ListedFinding& listed) { showPlaceOf(listed); },
+                          .mend = [this] { mendTicked(); }},
+                         splitter);
+    splitter->addWidget(findings_);
+    splitter->addWidget(report_);
+    splitter->setChildrenCollapsible(false);
+    constexpr int kFindingsPart = 3;
+    constexpr int kReportPart = 2;
+    splitter->setStretchFactor(0, kFindingsPart);
+    splitter->setStretchFactor(1, kReportPart);
+    source_ = new SourceView(tr("Source"), pages_);
+    source_->setObjectName(QStringLiteral("sourceView"));
+    changes_ = new ChangesView(pages_);
+    pages_->addTab(splitter, tr("Findings and Report"));
+    pages_->addTab(source_, tr("Source"));
+    pages_->addTab(changes_, tr("Changes"));
+    return pages_;
 }
 
 QWidget* DocumentMainWindow::makeFoot() {
     auto* const foot = new QWidget(this);
     auto* const row = new QHBoxLayout(foot);
     row->setContentsMargins(0, 0, 0, 0);
-    outcomeBadge_ = new OutcomeBadge(foot);
-    outcomeBadge_->setObjectName(QStringLiteral("outcomeBadge"));
     outcomeLabel_ = new QLabel(foot);
     outcomeLabel_->setObjectName(QStringLiteral("outcomeLabel"));
     outcomeLabel_->setAccessibleDescription(tr("Outcome of the repair"));
     outcomeLabel_->setTextFormat(Qt::PlainText);
     outcomeLabel_->setWordWrap(true);
-    QFont bold = outcomeLabel_->font();
-    bold.setBold(true);
-    outcomeLabel_->setFont(bold);
     showFileButton_ =
         makeButton("showFileBtn", tr("&Show File"), tr("Show the file in its folder"), foot);
     showTrashButton_ = makeButton("showTrashBtn", tr("Show Tr&ash"),
@@ -159,18 +152,12 @@ QWidget* DocumentMainWindow::makeFoot() {
             shown->repair();
         }
     });
-    row->addWidget(outcomeBadge_);
     row->addWidget(outcomeLabel_, 1);
     row->addWidget(showFileButton_);
     row->addWidget(showTrashButton_);
     row->addWidget(repairButton_);
-    showPlaces(false, false);
+    setOutcome(QString(), false, false);
     return foot;
-}
-
-void DocumentMainWindow::showPlaces(bool showsFile, bool showsTrash) {
-    showFileButton_->setVisible(showsFile);
-    showTrashButton_->setVisible(showsTrash);
 }
 
 void DocumentMainWindow::saveReport() {
@@ -253,9 +240,9 @@ bool DocumentMainWindow::progressSheetIsSheet() const {
 }
 
 void DocumentMainWindow::beginProgressSheet() {
-    setOutcome(OutcomeBadge::Kind::none, QString());
+    setOutcome(QString(), false, false);
+    header_->setBusy(tr("Repairing…"));
     repairButton_->setEnabled(false);
-    showPlaces(false, false);
     beginSheet(*progress_);
 }
 
@@ -266,13 +253,19 @@ void DocumentMainWindow::endProgressSheet() {
 void DocumentMainWindow::showOutcome(const RepairResult& result) {
     const OutcomeText outcome = outcomeText(result);
     repairButton_->setEnabled(true);
-    showPlaces(outcome.showsFile, outcome.showsTrash);
-    setOutcome(outcome.kind, outcome.text);
+    setOutcome(outcome.text, outcome.showsFile, outcome.showsTrash);
+    const bool isSwapped = result.outcome == RepairOutcome::repairedAndSwapped;
+    inspect({.action = HeaderFacts::Action::repair,
+             .outcome = result.outcome,
+             .reason = reasonOf(result),
+             .isUndoable = result.isUndoable},
+            isSwapped ? result.original : std::string());
 }
 
-void DocumentMainWindow::setOutcome(OutcomeBadge::Kind kind, const QString& text) {
-    outcomeBadge_->setKind(kind);
+void DocumentMainWindow::setOutcome(const QString& text, bool showsFile, bool showsTrash) {
     outcomeLabel_->setText(text);
+    showFileButton_->setVisible(showsFile);
+    showTrashButton_->setVisible(showsTrash);
 }
 
 void DocumentMainWindow::beginAlertSheet(std::string_view message, std::string_view info) {
@@ -280,7 +273,164 @@ void DocumentMainWindow::beginAlertSheet(std::string_view message, std::string_v
 }
 
 void DocumentMainWindow::showConverted(std::string_view version) {
-    setOutcome(OutcomeBadge::Kind::good, tr("Converted to version %1.").arg(toQString(version)));
+    setOutcome(tr("Converted to version %1.").arg(toQString(version)), true, false);
+    inspect({.action = HeaderFacts::Action::conversion, .version = std::string(version)}, "");
+}
+
+void DocumentMainWindow::showPage(Page page) {
+    pages_->setCurrentIndex(static_cast<int>(page));
+    switch (page) {
+        case Page::findings:
+            findings_->tree().setFocus(Qt::OtherFocusReason);
+            break;
+        case Page::source:
+            source_->setFocus(Qt::OtherFocusReason);
+            break;
+        case Page::changes:
+            changes_->file().setFocus(Qt::OtherFocusReason);
+            break;
+    }
+}
+
+DocumentMainWindow::Page DocumentMainWindow::page() const {
+    return static_cast<Page>(pages_->currentIndex());
+}
+
+void DocumentMainWindow::check() {
+    if (!isActing_) {
+        inspect({.action = HeaderFacts::Action::check}, "");
+    }
+}
+
+// What was found before says nothing about the file any more.
+void DocumentMainWindow::inspect(HeaderFacts facts, const std::string& original) {
+    facts_ = std::move(facts);
+    facts_.inspection = nullptr;
+    original_ = original;
+    table_ = nullptr;
+    findings_->setMayMend(false);
+    writeHeader();
+    inspector_->inspect(original);
+}
+
+void DocumentMainWindow::takeSource(std::shared_ptr<const SourceText> source) {
+    source_->setSource(std::move(source));
+}
+
+void DocumentMainWindow::takeTable(std::shared_ptr<const FindingsTable> table) {
+    table_ = std::move(table);
+    const std::shared_ptr<const Inspection> inspection = table_->shared();
+    facts_.inspection = inspection;
+    if (source_->source() != inspection->file.source) {
+        source_->setSource(inspection->file.source);
+    }
+    source_->setMarks(table_->marks(false));
+    findings_->setTable(table_);
+    findings_->setMayMend(!isActing_);
+    changes_->setTable(table_);
+    writeHeader();
+    if (std::exchange(showsChangesNext_, false)) {
+        showPage(Page::changes);
+    }
+}
+
+// A run and its conversion tell by themselves what they have done.
+void DocumentMainWindow::takeChange(bool isThere) {
+    const std::shared_ptr<Document> shown = document_.lock();
+    if (isActing_ || !shown || shown->isRunning()) {
+        return;
+    }
+    HeaderFacts facts = facts_;
+    facts.isThere = isThere;
+    if (convert_->isVisible() && isThere) {
+        facts = {.action = HeaderFacts::Action::conversion};
+    } else {
+        facts.hasChangedSince = true;
+    }
+    inspect(std::move(facts), "");
+}
+
+void DocumentMainWindow::writeHeader() {
+    if (facts_.inspection && facts_.action == HeaderFacts::Action::conversion) {
+        facts_.version = facts_.inspection->file.report.version;
+    }
+    header_->setText(headerText(facts_));
+    header_->setFacts(
+        facts_.inspection && facts_.inspection->file.isRead()
+            ? toQString(factsOf(facts_.inspection->file.report, fileKindOfPath(path_)))
+            : QString());
+}
+
+void DocumentMainWindow::accept(HeaderOffer offer) {
+    switch (offer) {
+        case HeaderOffer::showRemoved:
+            return showRemoved();
+        case HeaderOffer::bringBackAndMend:
+            return restore(false, true);
+        case HeaderOffer::mend:
+            return mendSafely();
+        case HeaderOffer::restoreOriginal:
+            return restoreOriginal();
+    }
+}
+
+void DocumentMainWindow::showRemoved() {
+    if (!table_) {
+        return;
+    }
+    changes_->showOriginalLine(table_->inspection().removed.firstLine);
+    showPage(Page::changes);
+}
+
+void DocumentMainWindow::showPlaceOf(const ListedFinding& listed) {
+    const std::size_t line = listed.finding->where.line;
+    if (line == 0) {
+        return;
+    }
+    if (listed.isInOriginal) {
+        changes_->showOriginalLine(line);
+        showPage(Page::changes);
+        return;
+    }
+    source_->showLine(line);
+    showPage(Page::source);
+}
+
+void DocumentMainWindow::copy() {
+    const QWidget* const focused = focusWidget();
+    if (focused == &findings_->tree()) {
+        findings_->copy();
+    } else if (auto* const source = dynamic_cast<SourceView*>(focusWidget())) {
+        source->copy();
+    } else if (auto* const text = qobject_cast<QPlainTextEdit*>(focusWidget())) {
+        text->copy();
+    } else if (auto* const line = qobject_cast<QLineEdit*>(focusWidget())) {
+        line->copy();
+    } else {
+        report_->copy();
+    }
+}
+
+void DocumentMainWindow::selectAll() {
+    if (focusWidget() == &findings_->tree()) {
+        findings_->selectAll();
+    } else if (auto* const source = dynamic_cast<SourceView*>(focusWidget())) {
+        source->selectAll();
+    } else if (auto* const text = qobject_cast<QPlainTextEdit*>(focusWidget())) {
+        text->selectAll();
+    } else if (auto* const line = qobject_cast<QLineEdit*>(focusWidget())) {
+        line->selectAll();
+    } else {
+        report_->selectAll();
+    }
+}
+
+void DocumentMainWindow::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    // What happened on a shared volume is not told.
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() && table_) {
+        inspector_->look();
+    }
 }
 
 void DocumentMainWindow::closeEvent(QCloseEvent* event) {

@@ -4,23 +4,30 @@
 #include <QLabel>
 #include <QMainWindow>
 #include <QPushButton>
+#include <QTabWidget>
 #include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
 
+#include "app/window/FileActions.h"
+#include "app/window/HeaderText.h"
+#include "desktop/ChangesView.h"
 #include "desktop/ConvertSheet.h"
+#include "desktop/DocumentHeader.h"
+#include "desktop/FileInspector.h"
 #include "desktop/FindBar.h"
-#include "desktop/OutcomeBadge.h"
+#include "desktop/FindingsView.h"
 #include "desktop/ProgressSheet.h"
 #include "desktop/ReportView.h"
+#include "desktop/SourceView.h"
 #include "repair/Document.h"
 
 namespace vornic {
 
-/// The window of a document (`windowMain`): the file's name and kind, the report, how the last run
-/// ended, and the repair button. Its sheets are modal to it alone.
+/// The window of a document (`windowMain`): what the file is and how it is; what was found, and the
+/// report; its source; what has changed; and where the files are. Its sheets are modal to it alone.
 class DocumentMainWindow : public QMainWindow, public DocumentWindow {
   public:
     /// What the window asks the application for.
@@ -41,8 +48,33 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     [[nodiscard]] const std::string& path() const { return path_; }
     [[nodiscard]] ReportView& report() { return *report_; }
     [[nodiscard]] FindBar& findBar() { return *findBar_; }
+    [[nodiscard]] FindingsView& findings() { return *findings_; }
+    [[nodiscard]] SourceView& source() { return *source_; }
+    [[nodiscard]] ChangesView& changes() { return *changes_; }
+
+    /// The pages below the header.
+    enum class Page { findings, source, changes };
+    void showPage(Page page);
+    [[nodiscard]] Page page() const;
+
     /// Asks where to on a sheet, and writes the report there as plain text.
     void saveReport();
+
+    // Commands. Each says so when there is nothing to do.
+
+    /// Reads and checks the file; nothing is written.
+    void check();
+    /// Shows what the ticked mends would change, and makes them when the user agrees.
+    void mendTicked();
+    /// The same for all mends that are safe.
+    void mendSafely();
+    /// Brings the file's original back. Asks first when the file has changed since.
+    void restoreOriginal();
+    /// Shows the file beside its original.
+    void compareWithOriginal();
+    /// Copies what is selected in the view that has the focus.
+    void copy();
+    void selectAll();
 
     [[nodiscard]] bool hasAttachedSheet() const override;
     void makeKeyAndOrderFront() override;
@@ -69,21 +101,55 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
 
   protected:
     void closeEvent(QCloseEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
   private:
-    QWidget* makeHead();
+    QWidget* makePages();
     QWidget* makeFoot();
-    void setOutcome(OutcomeBadge::Kind kind, const QString& text);
-    // The ways to the places that a repair has put files in.
-    void showPlaces(bool showsFile, bool showsTrash);
+    // Where the files are, below the pages.
+    void setOutcome(const QString& text, bool showsFile, bool showsTrash);
     void writeReport(const std::string& path);
+
+    void inspect(HeaderFacts facts, const std::string& original);
+    void takeSource(std::shared_ptr<const SourceText> source);
+    void takeTable(std::shared_ptr<const FindingsTable> table);
+    void takeChange(bool isThere);
+    void writeHeader();
+    void accept(HeaderOffer offer);
+    void showPlaceOf(const ListedFinding& listed);
+    void showRemoved();
+
+    void preview(std::vector<const Finding*> findings);
+    void askToMend(const MendPreview& preview);
+    void mend(const MendRequest& request);
+    void restore(bool evenIfChanged, bool mendsAfterwards);
+    void takeRestored(const RestoreResult& result, bool mendsAfterwards);
+    void takeMended(const FileActionResult& result);
+    void tellFailure(const QString& message, const FileActionResult& result);
+    // Runs something on a thread, and the rest on the main one while the window is there.
+    template <typename Result>
+    void runOnThread(std::function<Result()> work, std::function<void(const Result&)> then);
+    void setActing(bool isActing);
 
     std::weak_ptr<Document> document_;
     std::shared_ptr<Document> kept_;
     std::string path_;
     Actions actions_;
 
-    OutcomeBadge* outcomeBadge_ = nullptr;
+    DocumentHeader* header_ = nullptr;
+    QTabWidget* pages_ = nullptr;
+    FindingsView* findings_ = nullptr;
+    SourceView* source_ = nullptr;
+    ChangesView* changes_ = nullptr;
+    FileInspector* inspector_ = nullptr;
+    // What the header is written from, and what was found last.
+    HeaderFacts facts_;
+    std::shared_ptr<const FindingsTable> table_;
+    // Where the file's original is, for the next inspection; "" for nowhere.
+    std::string original_;
+    bool isActing_ = false;
+    bool showsChangesNext_ = false;
+
     QLabel* outcomeLabel_ = nullptr;
     QPushButton* showFileButton_ = nullptr;
     QPushButton* showTrashButton_ = nullptr;

@@ -30,6 +30,7 @@ class MenuBuilder {
     void build() {
         buildFileMenu();
         buildEditMenu();
+        buildViewMenu();
         buildToolsMenu();
         buildTroubleshootingMenu();
         buildHelpMenu();
@@ -120,9 +121,9 @@ class MenuBuilder {
     void buildEditMenu() {
         QMenu& menu = begin(tr("&Edit"), "editMenu");
         addForDocument(menu, "editCopy", tr("&Copy"), QKeySequence::Copy,
-                       [](DocumentMainWindow& window) { window.report().copy(); });
+                       [](DocumentMainWindow& window) { window.copy(); });
         addForDocument(menu, "editSelectAll", tr("Select &All"), QKeySequence::SelectAll,
-                       [](DocumentMainWindow& window) { window.report().selectAll(); });
+                       [](DocumentMainWindow& window) { window.selectAll(); });
         menu.addSeparator();
         addForDocument(menu, "editFind", tr("&Find…"), QKeySequence::Find,
                        [](DocumentMainWindow& window) { window.findBar().begin(); });
@@ -134,6 +135,18 @@ class MenuBuilder {
         add(menu, "editPreferences", tr("Pr&eferences…"), QKeySequence(Qt::CTRL | Qt::Key_Comma),
             [application = &application_] { application->showPreferences(); })
             .setMenuRole(QAction::PreferencesRole);
+    }
+
+    void buildViewMenu() {
+        using Page = DocumentMainWindow::Page;
+        QMenu& menu = begin(tr("&View"), "viewMenu");
+        const auto addPage = [&](const char* id, const QString& title, Qt::Key key, Page page) {
+            addForDocument(menu, id, title, QKeySequence(Qt::CTRL | key),
+                           [page](DocumentMainWindow& window) { window.showPage(page); });
+        };
+        addPage("viewFindings", tr("&Findings and Report"), Qt::Key_1, Page::findings);
+        addPage("viewSource", tr("&Source"), Qt::Key_2, Page::source);
+        addPage("viewChanges", tr("&Changes"), Qt::Key_3, Page::changes);
     }
 
     void buildToolsMenu() {
@@ -159,6 +172,16 @@ class MenuBuilder {
                            });
         QObject::connect(&menu, &QMenu::aboutToShow, &window_,
                          [&convert, isEnabled] { convert.setEnabled(isEnabled()); });
+        menu.addSeparator();
+        addForDocument(menu, "toolsCheck", tr("Chec&k"), QKeySequence(Qt::CTRL | Qt::Key_K),
+                       [](DocumentMainWindow& window) { window.check(); });
+        addForDocument(menu, "toolsMend", tr("&Mend Selected…"), QKeySequence(Qt::CTRL | Qt::Key_M),
+                       [](DocumentMainWindow& window) { window.mendTicked(); });
+        menu.addSeparator();
+        addForDocument(menu, "toolsRestore", tr("Restore &Original…"), {},
+                       [](DocumentMainWindow& window) { window.restoreOriginal(); });
+        addForDocument(menu, "toolsCompare", tr("Com&pare with Original"), {},
+                       [](DocumentMainWindow& window) { window.compareWithOriginal(); });
         // Its shortcut asks again, whatever was shown last.
         QObject::connect(&menu, &QMenu::aboutToHide, &window_,
                          [&convert] { convert.setEnabled(true); });

@@ -9,6 +9,12 @@ namespace vornic {
 namespace {
 
 bool misleads(QChar character) {
+    return turnsDirection(character) || character.category() == QChar::Other_Control;
+}
+
+}  // namespace
+
+bool turnsDirection(QChar character) {
     switch (character.direction()) {
         case QChar::DirLRE:
         case QChar::DirRLE:
@@ -21,11 +27,9 @@ bool misleads(QChar character) {
         case QChar::DirPDI:
             return true;
         default:
-            return character.category() == QChar::Other_Control;
+            return false;
     }
 }
-
-}  // namespace
 
 QString fileNameOf(const std::string& path) {
     QString name = pathToQString(lastPathComponent(path));
@@ -35,6 +39,17 @@ QString fileNameOf(const std::string& path) {
         }
     }
     return name;
+}
+
+QString oneLine(QString text) {
+    for (QChar& character : text) {
+        if (character == u'\n' || character == u'\t') {
+            character = u' ';
+        } else if (misleads(character)) {
+            character = QChar::ReplacementCharacter;
+        }
+    }
+    return text;
 }
 
 QString wrappable(const QString& text) {

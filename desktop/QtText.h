@@ -22,6 +22,11 @@ namespace vornic {
 /// The name of the file at a path, to be shown on one line: control characters, and those that turn
 /// the direction of the text around, show as U+FFFD.
 [[nodiscard]] QString fileNameOf(const std::string& path);
+/// Whether a character turns the direction of the text around it (Unicode Standard Annex 9).
+[[nodiscard]] bool turnsDirection(QChar character);
+/// Text from a file, to be shown on one line: line breaks and tabs show as spaces, other control
+/// characters, and those that turn the direction of the text around, as U+FFFD.
+[[nodiscard]] QString oneLine(QString text);
 /// A text, or a path, as a tool tip, which wraps where it is long; nothing in it is taken for
 /// markup. All tool tips are made by it.
 [[nodiscard]] QString toolTipOf(const QString& text);

@@ -40,7 +40,7 @@ class DocumentMainWindowTest : public DesktopTest {
         }
         document.reset();
         window.reset();
-        QApplication::processEvents();
+        settle();
     }
 
     void open(const std::string& path) {
@@ -88,6 +88,18 @@ class DocumentMainWindowTest : public DesktopTest {
         return text;
     }
 
+    // Waits until the file has been looked at after a run, and tells the sign in the header.
+    OutcomeBadge::Kind sign() {
+        auto& badge = child<OutcomeBadge>("outcomeBadge");
+        EXPECT_TRUE(waitUntil([&] {
+            return !child<QLabel>("fileFactsLabel").text().isEmpty() &&
+                   badge.kind() != OutcomeBadge::Kind::none &&
+                   !header().startsWith(QStringLiteral("Looking"));
+        }));
+        return badge.kind();
+    }
+    QString header() { return child<QLabel>("headerLabel").text(); }
+
     QString report() {
         window->report().flush();
         return window->report().toPlainText();
@@ -107,7 +119,7 @@ TEST_F(DocumentMainWindowTest, showsASoundFileAndItsOutcome) {
     EXPECT_TRUE(report().contains(QStringLiteral("...\n\nCreating temporary file...\n\n")));
     EXPECT_TRUE(report().endsWith(
         QStringLiteral("No repair was necessary. No critical errors were found in the file.")));
-    EXPECT_EQ(child<OutcomeBadge>("outcomeBadge").kind(), OutcomeBadge::Kind::good);
+    EXPECT_EQ(sign(), OutcomeBadge::Kind::good);
     EXPECT_TRUE(window->windowTitle().startsWith(QStringLiteral("My cut.xml")));
     EXPECT_EQ(child<QLabel>("fileNameLabel").text(), QStringLiteral("My cut.xml"));
     EXPECT_TRUE(child<QLabel>("fileKindLabel").text().contains(QStringLiteral("XMEML")));
@@ -121,7 +133,7 @@ TEST_F(DocumentMainWindowTest, repairsADamagedFile) {
     open(path);
     EXPECT_EQ(alertAtTheEnd(), QStringLiteral("The file was repaired successfully"));
     EXPECT_EQ(readBytes(path), kSound);
-    EXPECT_EQ(child<OutcomeBadge>("outcomeBadge").kind(), OutcomeBadge::Kind::good);
+    EXPECT_EQ(sign(), OutcomeBadge::Kind::good);
     const std::size_t place = damaged(kSound).find('\v');
     EXPECT_TRUE(
         report().contains(QStringLiteral("Invalid character at byte %1 removed.").arg(place)));
@@ -180,7 +192,7 @@ TEST_F(DocumentMainWindowTest, tellsWhenItCannotRepair) {
     const std::string path = sandbox.write("cut.xml", "<xmeml version=\"5\"><sequence>");
     open(path);
     EXPECT_EQ(alertAtTheEnd(), QStringLiteral("Unable to repair file"));
-    EXPECT_EQ(child<OutcomeBadge>("outcomeBadge").kind(), OutcomeBadge::Kind::bad);
+    EXPECT_EQ(sign(), OutcomeBadge::Kind::bad);
     EXPECT_EQ(readBytes(path), "<xmeml version=\"5\"><sequence>");
 }
 
@@ -376,6 +388,96 @@ TEST_F(DocumentMainWindowTest, givesEveryControlANameForThoseWhoCannotSeeIt) {
         EXPECT_FALSE(child<QWidget>(name).accessibleName().isEmpty()) << name;
     }
     EXPECT_EQ(window->objectName(), QStringLiteral("windowMain"));
+}
+
+TEST_F(DocumentMainWindowTest, saysInItsHeaderWhatWasRepaired) {
+    open(sandbox.write("cut.xml", damaged(kSound)));
+    alertAtTheEnd();
+    EXPECT_EQ(sign(), OutcomeBadge::Kind::good);
+    EXPECT_EQ(header(), QStringLiteral("1 problem found, 1 repaired, with 1 warning left"));
+    EXPECT_TRUE(child<QLabel>("fileFactsLabel").text().startsWith(QStringLiteral("version 5 · ")));
+    EXPECT_TRUE(child<QPushButton>("restoreBtn").isVisible());
+    EXPECT_EQ(window->findings().model().rowCount(), 2) << "one is gone, one is left";
+    ASSERT_TRUE(waitUntil([this] { return window->changes().changeCount() == 1; }));
+}
+
+TEST_F(DocumentMainWindowTest, restoresTheOriginal) {
+    const std::string path = sandbox.write("cut.xml", damaged(kSound));
+    open(path);
+    alertAtTheEnd();
+    sign();
+    child<QPushButton>("restoreBtn").click();
+    ASSERT_TRUE(waitUntil([this] { return header().startsWith(QStringLiteral("The original")); }));
+    EXPECT_EQ(readBytes(path), damaged(kSound));
+    EXPECT_EQ(header(), QStringLiteral("The original is back: 1 problem needs you"));
+    EXPECT_EQ(sign(), OutcomeBadge::Kind::warning);
+    EXPECT_EQ(child<QLabel>("outcomeLabel").text(),
+              QStringLiteral("The original is back. What was there is in the Trash."));
+}
+
+TEST_F(DocumentMainWindowTest, hasNoTickWhenLegalCharactersWereRemovedAndBringsThemBack) {
+    std::string text = kSound;
+    text.replace(text.find("Cut"), 3, "R & D \xEF\xBC\x81");
+    const std::string path = sandbox.write("cut.xml", text);
+    open(path);
+    alertAtTheEnd();
+    EXPECT_EQ(sign(), OutcomeBadge::Kind::warning);
+    EXPECT_EQ(header(), QStringLiteral("1 legal character was removed from 1 name"));
+    child<QPushButton>("showRemovedBtn").click();
+    EXPECT_EQ(window->page(), DocumentMainWindow::Page::changes);
+    ASSERT_TRUE(waitUntil([this] { return window->changes().original().currentLine() == 5; }));
+    child<QPushButton>("bringBackBtn").click();
+    ASSERT_TRUE(waitUntil([this] { return header().contains(QStringLiteral("mended")); }));
+    EXPECT_EQ(header(), QStringLiteral("1 problem found, 1 mended, with 1 warning left"));
+    EXPECT_EQ(sign(), OutcomeBadge::Kind::good);
+    EXPECT_EQ(readBytes(path), text.replace(text.find('&'), 1, "&amp;"));
+}
+
+TEST_F(DocumentMainWindowTest, showsWhatTickedMendsWouldDoAndMakesThemOnlyThen) {
+    const std::string path =
+        sandbox.write("cut.xml", "<xmeml version=\"5\"><sequence><name>a & b</name></xmeml>");
+    const std::string before = readBytes(path);
+    open(path);
+    alertAtTheEnd();
+    EXPECT_EQ(sign(), OutcomeBadge::Kind::bad);
+    auto& button = child<QPushButton>("mendSelectedBtn");
+    ASSERT_TRUE(button.isEnabled());
+    for (const bool mends : {false, true}) {
+        button.click();
+        ASSERT_TRUE(waitUntil([this] {
+            auto* const sheet = window->findChild<QDialog*>(QStringLiteral("mendSheet"));
+            return sheet != nullptr && sheet->isVisible();
+        }));
+        auto* const sheet = window->findChild<QDialog*>(QStringLiteral("mendSheet"));
+        EXPECT_TRUE(sheet->findChild<QPlainTextEdit*>(QStringLiteral("mendDifference"))
+                        ->toPlainText()
+                        .contains(QStringLiteral("+<xmeml")));
+        EXPECT_EQ(readBytes(path), before);
+        if (mends) {
+            sheet->findChild<QPushButton*>(QStringLiteral("makeMendsBtn"))->click();
+        } else {
+            QTest::keyClick(sheet, Qt::Key_Return);  // the default is to leave the file
+        }
+        ASSERT_TRUE(waitUntil([this] {
+            return window->findChild<QDialog*>(QStringLiteral("mendSheet")) == nullptr;
+        }));
+    }
+    ASSERT_TRUE(waitUntil([this] { return header().contains(QStringLiteral("mended")); }));
+    EXPECT_NE(readBytes(path).find("a &amp; b"), std::string::npos);
+}
+
+TEST_F(DocumentMainWindowTest, noticesWhatAnotherProgramDoesToTheFile) {
+    const std::string path = sandbox.write("cut.xml", kSound);
+    open(path);
+    alertAtTheEnd();
+    EXPECT_EQ(sign(), OutcomeBadge::Kind::good);
+    sandbox.write("cut.xml", damaged(kSound));
+    ASSERT_TRUE(
+        waitUntil([this] { return header().startsWith(QStringLiteral("Another program")); }));
+    EXPECT_EQ(sign(), OutcomeBadge::Kind::warning);
+    ASSERT_EQ(std::remove(path.c_str()), 0);
+    ASSERT_TRUE(waitUntil([this] { return header().startsWith(QStringLiteral("The file is")); }));
+    EXPECT_EQ(header(), QStringLiteral("The file is not where it was"));
 }
 
 // A name of its own would be read out in the place of the label's text.

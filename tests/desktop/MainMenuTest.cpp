@@ -70,7 +70,7 @@ TEST_F(MainMenuTest, hasNoTwoCommandsUnderOneLetter) {
         }
         EXPECT_GT(commands.count(), 1) << menu->text().toStdString();
     }
-    EXPECT_EQ(window.count(), 7);
+    EXPECT_EQ(window.count(), 8);
 }
 
 TEST_F(MainMenuTest, hasNoMenuUnderALetterOfTheDocumentsWindow) {
@@ -83,7 +83,7 @@ TEST_F(MainMenuTest, hasNoMenuUnderALetterOfTheDocumentsWindow) {
     for (const QAction* const menu : documents.menuBar()->actions()) {
         window.add(menu->text());
     }
-    EXPECT_EQ(window.count(), 8);
+    EXPECT_EQ(window.count(), 14);
 }
 
 }  // namespace
