@@ -50,6 +50,8 @@ std::string_view participleOf(JournalEntry::Action action) {
             return "undone  ";
         case JournalEntry::Action::mend:
             return "mended  ";
+        case JournalEntry::Action::relink:
+            return "relinked";
         default:
             return "repaired";
     }

@@ -62,16 +62,20 @@ class Comparison {
         }
     }
 
-    /// @param only "checks" or "mends", or nothing for all.
+    /// @param only "checks", "media" or "mends", or nothing for all.
     bool run(std::string_view only) {
         printContestHeading();
         if (only.empty()) {
             compareRepairs();
         }
-        if (only != "mends") {
+        const auto isAsked = [only](std::string_view part) { return only.empty() || only == part; };
+        if (isAsked("checks")) {
             compareChecks();
         }
-        if (only != "checks") {
+        if (isAsked("media")) {
+            compareMedia();
+        }
+        if (isAsked("mends")) {
             compareMends();
         }
         return allReached_;
@@ -128,6 +132,13 @@ class Comparison {
         compare({"60 MB: 6,000,000 faults / sound", faults, check(larger), kNoTarget, 1.3});
     }
 
+    void compareMedia() {
+        const std::string sound = make("50 MB", {.bytes = 50 * kMegabyte});
+        compare({"list media, XMEML, 50 MB", list(sound), lint(sound), 1, {}});
+        const std::string projects = makeFCPXML("50 MB", {.bytes = 50 * kMegabyte});
+        compare({"list media, FCPXML, 50 MB", list(projects), lint(projects), 1, {}});
+    }
+
     // A mend checks the file twice, a repair reads it three times.
     void compareMends() {
         const std::string damaged =
@@ -155,6 +166,12 @@ class Comparison {
         return {{programs_ + "/vornic-check", file},
                 [=] { settle(file); },
                 [](const std::string& printed) { return missing(printed, "0 errors, "); }};
+    }
+
+    [[nodiscard]] Contender list(const std::string& file) const {
+        return {{programs_ + "/vornic-media", "list", file},
+                [=] { settle(file); },
+                [](const std::string& printed) { return missing(printed, " media files\n"); }};
     }
 
     [[nodiscard]] Contender mend(const std::string& file) const {
@@ -266,8 +283,8 @@ class Comparison {
 
 int main(int argc, char** argv) {
     const std::string_view only = argc == 3 ? argv[2] : "";
-    if (argc != 2 && only != "checks" && only != "mends") {
-        std::fputs("Usage: bench-compare FOLDER_OF_THE_PROGRAMS [checks|mends]\n", stderr);
+    if (argc != 2 && only != "checks" && only != "media" && only != "mends") {
+        std::fputs("Usage: bench-compare FOLDER_OF_THE_PROGRAMS [checks|media|mends]\n", stderr);
         return vornic::bench::kWrongUsage;
     }
     return vornic::bench::runInScratchFolder(

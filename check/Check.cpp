@@ -47,20 +47,12 @@ bool hasInternalSubset(std::string_view text) {
            text[end] == '[';
 }
 
-// What a reading mends that tells nothing new.
-class UnheardMends final : public XMLMendSink {
-  public:
-    void mend(const XMLMend& /*mend*/, std::string_view /*name*/) override {}
-    void edit(const XMLEdit& /*edit*/) override {}
-    void dropped(TextSpan /*characters*/) override {}
-};
-
 // The root element with its attributes, where it stands near the beginning of the text.
 ElementIndex indexOfHead(std::string_view text) {
     constexpr std::size_t kHead = 16384;
     const std::string_view head = text.substr(0, kHead);
     ElementIndexBuilder builder(head);
-    UnheardMends mends;
+    UnheardXMLMends mends;
     static_cast<void>(readXML(head, XMLMode::tolerant, &builder, &mends));
     return std::move(builder).finish();
 }
@@ -82,7 +74,7 @@ class Check {
         }
         addExtension();
         judgeCharacters();
-        skip(RuleGroup::media, kNotAskedFor);
+        judgeMedia();
         addTimecodes();
         PlaceFinder(*index_, decoding_).place(report_.findings);
     }
@@ -151,6 +143,17 @@ class Check {
         report_.groups.push_back({RuleGroup::characters, true, ""});
     }
 
+    void judgeMedia() {
+        if (!options_.media) {
+            return skip(RuleGroup::media, kNotAskedFor);
+        }
+        if (index_->kind() != FileKind::fcpxml && index_->kind() != FileKind::xmeml) {
+            return skip(RuleGroup::media, kNeitherKind);
+        }
+        options_.media(*index_, isComplete_, report_.findings);
+        report_.groups.push_back({RuleGroup::media, true, ""});
+    }
+
     void judgeStructure() {
         if (index_->kind() != FileKind::fcpxml) {
             return skip(RuleGroup::structure, kNeitherKind);
@@ -174,7 +177,7 @@ class Check {
     // For a root element that stands so far down that its version was not known before.
     void readOnceMore() {
         makeValidator(*index_);
-        UnheardMends mends;
+        UnheardXMLMends mends;
         static_cast<void>(readXML(text_, XMLMode::tolerant, &*validator_, &mends));
     }
 

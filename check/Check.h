@@ -2,11 +2,13 @@
 #define VORNIC_CHECK_CHECK_H
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "formats/ElementIndex.h"
 #include "report/Report.h"
 
 namespace vornic {
@@ -28,6 +30,10 @@ struct CheckOptions {
     /// Whether the rules of a large file may run on threads of their own: where a processor would
     /// else be idle. What is found is the same.
     bool usesThreads = false;
+    /// Looks for the media that the project names, which nothing here does; none for the group
+    /// that was not asked for. Finds in bytes of the index's text.
+    /// @param isComplete false when a fault ended the reading
+    std::function<void(const ElementIndex& index, bool isComplete, Findings& findings)> media = {};
 
     [[nodiscard]] bool runsBeside(std::size_t textLength) const {
         // A thread costs more than a small file.
@@ -38,8 +44,8 @@ struct CheckOptions {
 
 /// Says what is wrong with a project file: decodes its bytes, reads them, tolerant, and looks at
 /// what its kind and version ask for. Nothing is written, nothing outside the bytes is looked at
-/// but the system's time zones, where a date names one, nothing raised but for memory that has run
-/// out. Any thread.
+/// but the system's time zones, where a date names one, and by `CheckOptions::media`, nothing
+/// raised but for memory that has run out. Any thread.
 /// @param bytes of the whole file.
 /// @return the findings in the order of the file, with places in its bytes; `path` is left empty.
 [[nodiscard]] Report checkFile(std::string_view bytes, const CheckOptions& options);

@@ -18,6 +18,7 @@ namespace {
 constexpr std::pair<JournalEntry::Action, std::string_view> kActions[] = {
     {JournalEntry::Action::repair, "repair"},
     {JournalEntry::Action::mend, "mend"},
+    {JournalEntry::Action::relink, "relink"},
     {JournalEntry::Action::undo, "undo"},
 };
 

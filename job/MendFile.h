@@ -1,31 +1,18 @@
 #ifndef VORNIC_JOB_MEND_FILE_H
 #define VORNIC_JOB_MEND_FILE_H
 
-#include <optional>
 #include <string>
 
+#include "job/InPlaceChange.h"
 #include "job/MendedBytes.h"
-#include "job/SwapObserver.h"
-#include "job/SwapResult.h"
-#include "job/Waiting.h"
-#include "platform/Error.h"
 
 namespace vornic {
 
-/// How the mending of a file in its place ended.
-struct MendedFile {
+/// How the mending of a file in its place ended. Nothing is swapped, and there is no error, when
+/// there was nothing to mend.
+struct MendedFile : InPlaceResult {
     /// What was found and what was to be written.
     MendedBytes mended;
-    /// Where the files are; nothing when there was nothing to mend or it was not begun.
-    std::optional<SwapResult> swap;
-    /// What of the file's mode, owner and attributes the new one could not be given, in words.
-    std::string lostMetadata;
-    /// What else the user should know, a sentence each.
-    std::vector<std::string> notes;
-    /// Why the file could not be read, or was left as it is; nothing when it was mended, or there
-    /// was nothing to mend.
-    ErrorSlot error;
-    bool isCancelled = false;
 };
 
 /// Mends a file in its place: what comes of it takes its path, the original goes to the Trash, as

@@ -61,6 +61,14 @@ void JSONReportWriter::file(const Report& report) {
         }
         json_.endArray();
     }
+    if (report.media) {
+        json_.key("media").beginArray();
+        for (const MediaRecord& record : *report.media) {
+            this->medium(record);
+            pass();
+        }
+        json_.endArray();
+    }
     json_.endObject();
     pass();
 }
@@ -110,6 +118,40 @@ void JSONReportWriter::record(const MendRecord& record) {
     json_.member("path", finding.where.path).member("message", finding.message());
     json_.member("description", finding.mend ? finding.mend->description : std::string());
     json_.member("made", record.isMade).member("why", record.why).endObject();
+}
+
+void JSONReportWriter::medium(const MediaRecord& record) {
+    json_.newLine().beginObject().member("path", record.path).member("url", record.url);
+    json_.member("form", record.form).member("name", record.name).member("kind", record.kind);
+    json_.member("line", record.where.line).member("column", record.where.column);
+    json_.member("offset", record.where.offset).member("length", record.where.length);
+    json_.member("element", record.where.path).member("places", record.places);
+    json_.key("clips").beginArray();
+    for (const MediaRecord::Clip& clip : record.clips) {
+        json_.beginObject().member("name", clip.name).member("count", clip.count).endObject();
+    }
+    json_.endArray().member("uses", record.uses).member("browserClips", record.browserClips);
+    json_.member("usedStart", record.usedStart.exact).member("usedEnd", record.usedEnd.exact);
+    json_.member("start", record.start.exact).member("duration", record.duration.exact);
+    json_.member("rate", record.rate);
+    count("videoTracks", record.videoTracks);
+    count("audioTracks", record.audioTracks);
+    json_.member("state", nameOf(record.state)).member("found", record.found);
+    json_.member("newPath", record.newPath).member("newURL", record.newURL);
+    json_.member("why", record.why).key("candidates").beginArray();
+    for (const std::string& candidate : record.candidates) {
+        json_.value(candidate);
+    }
+    json_.endArray().member("droppedBookmarks", record.droppedBookmarks).endObject();
+}
+
+void JSONReportWriter::count(std::string_view name, std::optional<std::uint64_t> number) {
+    json_.key(name);
+    if (number) {
+        json_.value(*number);
+    } else {
+        json_.null();
+    }
 }
 
 void JSONReportWriter::mend(const Mend& mend) {

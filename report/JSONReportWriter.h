@@ -26,6 +26,8 @@ class JSONReportWriter : public ReportWriter {
     void finding(const Finding& finding);
     void record(const MendRecord& record);
     void mend(const Mend& mend);
+    void medium(const MediaRecord& record);
+    void count(std::string_view name, std::optional<std::uint64_t> number);
     // Hands over what is written so far.
     void pass() { sink_(json_.take()); }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "report/Findings.h"
+#include "report/MediaRecord.h"
 #include "report/MendRecord.h"
 #include "report/RuleGroup.h"
 
@@ -46,6 +47,8 @@ struct Report {
     /// What was mended, and what was found before and not mended; nothing when nobody asked for
     /// mends. The rest of the report is about the file as it is afterwards.
     std::optional<std::vector<MendRecord>> mends;
+    /// The media files that the project names; nothing when nobody asked for them.
+    std::optional<std::vector<MediaRecord>> media;
 };
 
 }  // namespace vornic

@@ -16,6 +16,7 @@
 #include "report/rules/FCPXMLTimingRules.h"
 #include "report/rules/FCPXMLValueRules.h"
 #include "report/rules/FCPXMLVersionRules.h"
+#include "report/rules/MediaRules.h"
 #include "report/rules/RepairRules.h"
 #include "report/rules/StructureRules.h"
 #include "report/rules/ValueRules.h"
@@ -56,6 +57,8 @@ inline constexpr auto kRuleTable = rules::detail::joined(
     // XMEML.
     rules::kXMEMLStructureRules, rules::kXMEMLReferenceRules, rules::kXMEMLTimingRules,
     rules::kXMEMLValueRules, rules::kXMEMLVersionRules,
+    // Both, and what is outside of them.
+    rules::kMediaRules,
     // Repairs.
     rules::kRepairRules);
 

@@ -65,6 +65,14 @@ class XMLMendSink {
     virtual void dropped(TextSpan characters) = 0;
 };
 
+/// For a reading whose mends tell nothing new.
+class UnheardXMLMends final : public XMLMendSink {
+  public:
+    void mend(const XMLMend& /*mend*/, std::string_view /*name*/) override {}
+    void edit(const XMLEdit& /*edit*/) override {}
+    void dropped(TextSpan /*characters*/) override {}
+};
+
 /// The fault that ended a reading, in parts.
 struct XMLFault {
     XMLErrorCode code = XMLErrorCode::noRootElement;

@@ -56,6 +56,7 @@ constexpr std::string_view kUsage =
     "  --max N          show N findings of each rule (default 100); all are counted\n"
     "  --reads VERSION  what a receiver cannot read that knows FCPXML or XMEML up to this\n"
     "                   version is an error\n"
+    "  --media          also look for the media files that the project names (group media)\n"
     "  --fix[=RULES]    make the mends that drop and guess nothing, and those of the named\n"
     "                   rules that ask; the original goes to the Trash, from where\n"
     "                   vornic-repair --undo brings it back; \"encoding\" writes UTF-8,\n"
@@ -87,6 +88,7 @@ constexpr std::array kOptions = {
     OptionSpecification{"--fail-on", true},
     OptionSpecification{"--max", true},
     OptionSpecification{"--reads", true},
+    OptionSpecification{"--media"},
     OptionSpecification{.name = "--fix", .isValueOptional = true},
     OptionSpecification{"--set-version", true},
     OptionSpecification{"--dry-run"},

@@ -11,11 +11,9 @@
 #include <system_error>
 #include <utility>
 
-#include <unistd.h>
-
+#include "app/cli/Complaint.h"
 #include "foundation/FormatString.h"
 #include "foundation/QMLog.h"
-#include "foundation/TerminalText.h"
 #include "platform/CrashStack.h"
 #include "platform/FileSystem.h"
 #include "platform/PathText.h"
@@ -64,17 +62,10 @@ std::unique_ptr<ReportWriter> writerFor(const CheckSettings& settings, ReportSin
     }
 }
 
-void printErrorLine(const std::string& line) {
-    const std::string text = textForStream(line, STDERR_FILENO) + "\n";
-    static_cast<void>(std::fwrite(text.data(), 1, text.size(), stderr));
-}
-
 }  // namespace
 
 void complainOfCheck(std::string_view text) {
-    const std::string line =
-        formatString("%@: %@\n", kCheckProgram, textForStream(text, STDERR_FILENO));
-    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
+    complain(kCheckProgram, text);
 }
 
 std::optional<std::string> readProjectFile(const std::string& path, ErrorSlot& error) {
@@ -127,6 +118,9 @@ CheckRun::CheckedFile CheckRun::check(const std::string& path) const {
         CheckOptions options = settings_.check;
         options.fileName = path == "-" ? "" : platform::lastComponent(path);
         options.usesThreads = fileCount_ < settings_.jobs;
+        if (settings_.looksForMedia) {
+            options.media = media_.checkOf(path);
+        }
         file.report = checkFile(*bytes, options);
         file.report.path = path;
     } catch (const std::bad_alloc&) {

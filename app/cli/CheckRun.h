@@ -11,6 +11,7 @@
 #include "app/cli/CheckSettings.h"
 #include "app/cli/ProjectFiles.h"
 #include "app/cli/ReportOutput.h"
+#include "job/MediaLook.h"
 #include "report/ReportWriter.h"
 
 namespace vornic {
@@ -60,6 +61,7 @@ class CheckRun {
 
     const CheckSettings& settings_;
     ReportOutput& output_;
+    mutable MediaLook media_;
     std::atomic<std::size_t> filesDone_ = 0;
     std::size_t fileCount_ = 0;
     int status_ = 0;

@@ -55,6 +55,7 @@ class SettingsReader {
         readReceiver();
         readRules();
         readFix();
+        readMedia();
         return fault_;
     }
 
@@ -158,6 +159,13 @@ class SettingsReader {
             fault_ = faultOfVersion("--set-version", *settings_.check.missingVersion);
             settings_.fix->asked.push_back("versions-not-declared"_rule);
             settings_.fix->asked.push_back("structure-no-version"_rule);
+        }
+    }
+
+    void readMedia() {
+        settings_.looksForMedia = line_.has("--media");
+        if (settings_.looksForMedia && settings_.fix) {
+            fault_ = "--media does not go with --fix, which mends no media";
         }
     }
 

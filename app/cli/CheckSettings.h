@@ -27,6 +27,8 @@ struct CheckSettings {
     std::optional<Severity> failOn = Severity::error;
     /// How many files are checked at once.
     std::size_t jobs = 1;
+    /// Whether the media that a project names are looked for.
+    bool looksForMedia = false;
     /// Nothing where files are only looked at.
     std::optional<FixSettings> fix;
 

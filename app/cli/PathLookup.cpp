@@ -117,14 +117,6 @@ class ShownLine {
     std::size_t caret_ = 0;
 };
 
-// A sink, so that faults have no limit.
-class UnheardMends final : public XMLMendSink {
-  public:
-    void mend(const XMLMend& /*mend*/, std::string_view /*name*/) override {}
-    void edit(const XMLEdit& /*edit*/) override {}
-    void dropped(TextSpan /*characters*/) override {}
-};
-
 // Lines of a text by their numbers.
 class Lines {
   public:
@@ -262,7 +254,7 @@ PathLookup lookUpPath(std::string bytes, std::string_view name, std::string_view
         return {false, formatString("%@: %@\n", escapedForTerminal(name), why)};
     }
     ElementIndexBuilder builder(source->text);
-    UnheardMends mends;
+    UnheardXMLMends mends;
     const XMLReading reading = readXML(source->text, XMLMode::tolerant, &builder, &mends);
     const ElementIndex index = std::move(builder).finish();
     PathLookup lookup = Lookup(index, name).run(*steps);

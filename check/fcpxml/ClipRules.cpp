@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "check/fcpxml/Naming.h"
+#include "formats/fcpxml/Retiming.h"
 
 namespace vornic {
 
@@ -92,26 +93,6 @@ void ClipRules::judgeDuration(const StoryElement& clip) {
     }
 }
 
-// Whether the clip's own time, or that of a clip that it stands in, runs otherwise than its media.
-bool ClipRules::isRetimed(ElementNumber clip) const {
-    constexpr int kMostAncestors = 32;
-    for (int count = 0; clip != kNoElement && count < kMostAncestors; ++count) {
-        for (ElementNumber child = index_.firstChildOf(clip); child != kNoElement;
-             child = index_.nextSiblingOf(child)) {
-            const std::string_view name = index_.nameOf(child);
-            if (name == "timeMap" || name == "conform-rate") {
-                return true;
-            }
-            // Both stand in front of all others but these.
-            if (name != "note" && name != "param") {
-                break;
-            }
-        }
-        clip = index_.parentOf(clip);
-    }
-    return false;
-}
-
 void ClipRules::judgeRange(const StoryElement& clip, Time duration, Time frame) {
     const Resource* const asset = resources_.find(clip.reference, "asset");
     if (asset == nullptr || asset->isStill || !(asset->duration > Time(0))) {
@@ -122,7 +103,7 @@ void ClipRules::judgeRange(const StoryElement& clip, Time duration, Time frame) 
     const Time last = first + duration;
     const Time end = asset->start + asset->duration;
     const bool isOutside = asset->start - first >= tolerance || last - end >= tolerance;
-    if (!isOutside || !last.isKnown() || isRetimed(clip.element)) {
+    if (!isOutside || !last.isKnown() || fcpxml::isRetimed(index_, clip.element)) {
         return;
     }
     const bool startsOutside = asset->start - first >= tolerance || first >= end;

@@ -35,8 +35,6 @@ class ClipRules {
     void judgeRate(const StoryElement& asset);
 
   private:
-    [[nodiscard]] bool isRetimed(ElementNumber clip) const;
-
     const ElementIndex& index_;
     fcpxml::Resources& resources_;
     Findings& findings_;

@@ -38,7 +38,7 @@ std::vector<ElementNumber> resourcesNamed(const ElementIndex& index, std::string
     return found;
 }
 
-Resource Resources::read(ElementNumber element) {
+Resource Resources::read(ElementNumber element) const {
     Resource resource;
     resource.element = element;
     resource.kind = index_.nameOf(element);

@@ -39,9 +39,10 @@ class Resources {
     /// The frame duration of the format that a reference leads to; unknown when there is none.
     [[nodiscard]] Time frameDurationOf(std::string_view formatReference);
 
-  private:
-    [[nodiscard]] Resource read(ElementNumber element);
+    /// What such an element says.
+    [[nodiscard]] Resource read(ElementNumber element) const;
 
+  private:
     struct Slot {
         std::string_view id;
         Resource resource;

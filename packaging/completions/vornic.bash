@@ -1,4 +1,4 @@
-# Completion of vornic, vornic-repair and vornic-check for bash. It needs no other functions, so that
+# Completion of vornic, vornic-repair, vornic-check and vornic-media for bash. It needs no other functions, so that
 # it can be read into any shell.
 
 # Completes names of project files and folders.
@@ -65,8 +65,39 @@ _vornic_check() {
         *)
             if [[ $current == -* ]]; then
                 _vornic_words '-r -j --format --report --quiet --only --ignore --least --fail-on --max
-                    --reads --fix --set-version --dry-run -o --where --list-rules --explain --help --version' "$current"
+                    --reads --media --fix --set-version --dry-run -o --where --list-rules --explain --help --version' "$current"
             else
+                _vornic_files "$current"
+            fi
+            ;;
+    esac
+}
+
+_vornic_media() {
+    local current previous
+    _vornic_at
+    COMPREPLY=()
+    case $previous in
+        --format) _vornic_words 'text json csv' "$current" ;;
+        --pick) _vornic_words 'newest longest-tail' "$current" ;;
+        --form) _vornic_words 'localhost triple-slash windows' "$current" ;;
+        --search)
+            compopt -o filenames 2>/dev/null
+            mapfile -t COMPREPLY < <(compgen -d -- "$current")
+            ;;
+        --report | -o)
+            compopt -o filenames 2>/dev/null
+            mapfile -t COMPREPLY < <(compgen -f -- "$current")
+            ;;
+        --map) ;;
+        *)
+            if [[ $current == -* ]]; then
+                _vornic_words '-r --format --report --quiet --unused --map --search --pick --form
+                    --dry-run -o --in-place --help --version' "$current"
+            else
+                if ((COMP_CWORD == 1)); then
+                    _vornic_words 'list missing relink' "$current"
+                fi
                 _vornic_files "$current"
             fi
             ;;
@@ -100,3 +131,4 @@ _vornic() {
 complete -F _vornic vornic
 complete -F _vornic_repair vornic-repair
 complete -F _vornic_check vornic-check
+complete -F _vornic_media vornic-media

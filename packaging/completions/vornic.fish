@@ -1,4 +1,4 @@
-# Completion of vornic, vornic-repair and vornic-check for fish.
+# Completion of vornic, vornic-repair, vornic-check and vornic-media for fish.
 
 function __vornic_rules
     printf '%s\n' xml structure references timing values versions characters media
@@ -20,6 +20,7 @@ complete -c vornic-check -l least -x -a 'error warning info' -d 'Show findings f
 complete -c vornic-check -l fail-on -x -a 'error warning info never' -d 'Exit with 1 from this weight on'
 complete -c vornic-check -l max -x -d 'Show so many findings of each rule'
 complete -c vornic-check -l reads -x -a "1 2 3 4 5 $fcpxml_versions" -d 'What the receiver reads'
+complete -c vornic-check -l media -d 'Look for the media files'
 complete -c vornic-check -l fix -d 'Make safe mends, and with =RULES those that ask'
 complete -c vornic-check -l set-version -x -d 'With --fix: the version of a file that declares none'
 complete -c vornic-check -l dry-run -d 'With --fix: show the difference'
@@ -29,6 +30,23 @@ complete -c vornic-check -l list-rules -d 'List the rules'
 complete -c vornic-check -l explain -x -a '(__vornic_rules)' -d 'Tell what a rule means'
 complete -c vornic-check -l help -d 'Print a summary'
 complete -c vornic-check -l version -d 'Print the version'
+
+complete -c vornic-media -k -a "$files"
+complete -c vornic-media -n 'test (count (commandline -opc)) -eq 1' -a 'list missing relink'
+complete -c vornic-media -s r -d 'Look into folders'
+complete -c vornic-media -l format -x -a 'text json csv' -d 'Form of the report'
+complete -c vornic-media -l report -r -d 'Write the report to a file'
+complete -c vornic-media -l quiet -d 'Write no report'
+complete -c vornic-media -l unused -d 'With list: what no sequence uses'
+complete -c vornic-media -l map -x -d 'With relink: what lies in OLD lies in NEW'
+complete -c vornic-media -l search -x -a '(__fish_complete_directories)' -d 'With relink: look through a folder'
+complete -c vornic-media -l pick -x -a 'newest longest-tail' -d 'With --search: which of several'
+complete -c vornic-media -l form -x -a 'localhost triple-slash windows' -d 'With relink: how paths are written'
+complete -c vornic-media -l dry-run -d 'With relink: write nothing'
+complete -c vornic-media -s o -r -d 'With relink: where the result goes'
+complete -c vornic-media -l in-place -d 'With relink: replace the file'
+complete -c vornic-media -l help -d 'Print a summary'
+complete -c vornic-media -l version -d 'Print the version'
 
 complete -c vornic-repair -k -a "$files"
 complete -c vornic-repair -l quiet -d 'Print no report'

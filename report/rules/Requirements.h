@@ -119,6 +119,9 @@ inline constexpr Requirement kRequirements[] = {
      "characters-long-reference"},
     {"A file is UTF-8, and its name says which format it is in",
      "values-encoding values-extension"},
+    {"The media files that a project names are there, under the names that it has for them",
+     "media-missing media-other-name media-folder media-unreadable media-not-mounted "
+     "media-no-answer media-elsewhere"},
 };
 
 }  // namespace vornic::rules

@@ -30,6 +30,7 @@ struct Program {
 
 const std::vector<Program>& programs() {
     static const std::vector<Program> kPrograms = {{"vornic-check", VORNIC_CHECK_PROGRAM},
+                                                   {"vornic-media", VORNIC_MEDIA_PROGRAM},
                                                    {"vornic-repair", VORNIC_REPAIR_PROGRAM}};
     return kPrograms;
 }

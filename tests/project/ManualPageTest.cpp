@@ -67,6 +67,16 @@ TEST(ManualPage, namesEveryOptionOfTheCheckAndNoOther) {
     EXPECT_EQ(optionsIn(page("vornic-check.1")), optionsIn(help(VORNIC_CHECK_PROGRAM)));
 }
 
+TEST(ManualPage, namesEveryOptionOfTheMediaProgramAndNoOther) {
+    const std::set<std::string> options = optionsIn(help(VORNIC_MEDIA_PROGRAM));
+    std::set<std::string> described = optionsIn(page("vornic-media.1"));
+    described.erase("--undo");
+    EXPECT_EQ(described.count("--map"), 1U);
+    std::set<std::string> wanted = options;
+    wanted.erase("--undo");
+    EXPECT_EQ(described, wanted);
+}
+
 TEST(ManualPage, namesTheSwitchOfTheConverter) {
     EXPECT_NE(page("vornic.1").find("-convertxmeml"), std::string::npos);
 }

@@ -284,6 +284,13 @@ TEST_F(SetUpScripts, checksFilesWhenAsked) {
     EXPECT_EQ(result.output, "<" + sandbox.folder() + ">\n<--least>\n<info>\n<a b.xml>\n");
 }
 
+TEST_F(SetUpScripts, tellsOfMediaWhenAsked) {
+    fakeBuildTools();
+    fakeProgram("vornic-media");
+    const ProgramResult result = run(checkout_ + "/run", {"--media", "missing", "a b.xml"});
+    EXPECT_EQ(result.output, "<" + sandbox.folder() + ">\n<missing>\n<a b.xml>\n");
+}
+
 TEST_F(SetUpScripts, startsTheDesktopProgramThroughTheEntryPoint) {
     fakeBuildTools();
     fakeProgram("vornic");

@@ -34,10 +34,10 @@ TEST(XMLFindings, haveTheEditsOfTheReaderAsTheirSafeMends) {
     const Findings findings = findingsIn("<a b=c>\x01\x02</a>");
     ASSERT_EQ(findings.kept().size(), 2U);
     EXPECT_EQ(findings.kept()[0].mend,
-              (Mend{Confidence::safe, "Put the value in quotes", {{5, 0, "\""}, {6, 0, "\""}}}));
+              (Mend{Confidence::safe, "put the value in quotes", {{5, 0, "\""}, {6, 0, "\""}}}));
     EXPECT_EQ(findings.kept()[1].where.length, 2U);
     EXPECT_EQ(findings.kept()[1].mend,
-              (Mend{Confidence::safe, "Delete the character", {{7, 2, ""}}}));
+              (Mend{Confidence::safe, "delete the character", {{7, 2, ""}}}));
 }
 
 TEST(XMLFindings, nameWhatIsConcerned) {

@@ -1,0 +1,138 @@
+#include "job/InPlaceChange.h"
+
+#include <cerrno>
+#include <utility>
+
+#include "foundation/FormatString.h"
+#include "platform/Failure.h"
+#include "platform/FileSystem.h"
+#include "platform/PathText.h"
+
+namespace vornic {
+
+namespace {
+
+// Out of the way of every name that a user may have given.
+std::string copyPath(const std::string& path, const std::string& verb) {
+    return platform::joinPath(platform::parentFolder(path),
+                              "." + platform::lastComponent(path) + ".vornic-" + verb);
+}
+
+}  // namespace
+
+InPlaceChange::InPlaceChange(const std::string& path, Words words, Waiting& waiting,
+                             InPlaceResult& result)
+    : path_(path),
+      words_(std::move(words)),
+      copy_(path, copyPath(path, words_.verb), waiting),
+      result_(result) {}
+
+// After an exception.
+InPlaceChange::~InPlaceChange() {
+    if (isLeft()) {
+        static_cast<void>(copy_.discard());
+    }
+}
+
+std::optional<std::string> InPlaceChange::read(
+    const std::optional<platform::ContentDigest::Value>& expected) {
+    ErrorSlot ignored;
+    result_.isCancelled =
+        copy_.clearPath(ignored) == WorkingCopy::Clearing::cancelled || !copy_.settleLeft();
+    std::optional<std::string> bytes =
+        result_.isCancelled ? std::nullopt : platform::readFile(path_, result_.error);
+    if (bytes) {
+        digestRead_ = platform::ContentDigest::of(*bytes);
+    }
+    if (bytes && expected && *expected != digestRead_) {
+        platform::failFileBecause(result_.error, path_, words_.participle, EBUSY,
+                                  "another program has changed it since it was read");
+        return std::nullopt;
+    }
+    return bytes;
+}
+
+// The check of the bytes may still go on.
+void InPlaceChange::write(const std::string& bytes) {
+    isWritten_ =
+        !result_.error && !result_.isCancelled && (copy_.isMade() || make()) && save(bytes);
+}
+
+void InPlaceChange::finish(bool isWanted, SwapObserver& observer) {
+    if (isWritten_ && isWanted) {
+        swap(observer);
+    }
+    if (isLeft()) {
+        ErrorSlot error;
+        copy_.remove(error);
+        isRemoved_ = true;
+        if (error) {
+            result_.notes.push_back(error->localizedDescription());
+        }
+    }
+}
+
+void InPlaceChange::takeNotes() {
+    for (std::string& note : copy_.takeNotes()) {
+        result_.notes.push_back(std::move(note));
+    }
+}
+
+bool InPlaceChange::isLeft() const {
+    return copy_.isMade() && !isRemoved_ && !(result_.swap && result_.swap->end == SwapEnd::done);
+}
+
+bool InPlaceChange::make() {
+    for (auto step : {&WorkingCopy::clearPath, &WorkingCopy::create}) {
+        const WorkingCopy::Clearing clearing = (copy_.*step)(result_.error);
+        if (clearing != WorkingCopy::Clearing::done) {
+            result_.isCancelled = clearing == WorkingCopy::Clearing::cancelled;
+            return false;
+        }
+    }
+    copy_.expect(digestRead_);
+    return true;
+}
+
+bool InPlaceChange::save(const std::string& bytes) {
+    copy_.save([&bytes](const WorkingCopy::Sink& sink) { return sink(bytes); }, result_.error);
+    return !result_.error;
+}
+
+void InPlaceChange::swap(SwapObserver& observer) {
+    if (copy_.isSourceBeingWritten()) {
+        platform::failFileBecause(result_.error, path_, words_.participle, EBUSY,
+                                  "another program has it open to write it");
+        return;
+    }
+    result_.swap = copy_.swap(observer);
+    result_.lostMetadata = copy_.lostMetadata();
+    takeOutcome();
+}
+
+void InPlaceChange::takeOutcome() {
+    const SwapResult& swap = *result_.swap;
+    if (swap.end == SwapEnd::done) {
+        if (swap.error) {
+            result_.notes.push_back(swap.error->localizedDescription());
+        }
+        return;
+    }
+    result_.error = swap.error;
+    if (!result_.error) {
+        platform::failFileBecause(result_.error, path_, words_.participle, EBUSY,
+                                  swap.end == SwapEnd::copyChanged
+                                      ? "another program has changed its working copy"
+                                      : "another program has changed it since it was read");
+    }
+    // Where files are that could not be put back.
+    if (!swap.original.empty() && swap.original != path_) {
+        result_.notes.push_back(formatString("The original is %@", swap.original));
+    }
+    if (!swap.repaired.empty() && swap.repaired != copy_.path()) {
+        result_.notes.push_back(
+            formatString("The %@ file is %@", words_.participle, swap.repaired));
+    }
+}
+
+}  // namespace vornic

@@ -1,0 +1,22 @@
+#include "job/ProjectText.h"
+
+#include <utility>
+
+#include "formats/ElementIndexBuilder.h"
+#include "xml/XMLReader.h"
+
+namespace vornic {
+
+std::unique_ptr<ProjectText> ProjectText::read(std::string bytes, ErrorSlot& error) {
+    std::optional<DecodedText> source = decodeXMLText(std::move(bytes), error);
+    return source ? std::make_unique<ProjectText>(std::move(*source)) : nullptr;
+}
+
+ProjectText::ProjectText(DecodedText source) : source_(std::move(source)) {
+    ElementIndexBuilder builder(source_.text);
+    UnheardXMLMends mends;
+    fault_ = readXML(source_.text, XMLMode::tolerant, &builder, &mends).fault;
+    index_.emplace(std::move(builder).finish());
+}
+
+}  // namespace vornic

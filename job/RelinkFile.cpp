@@ -1,0 +1,33 @@
+#include "job/RelinkFile.h"
+
+#include "foundation/Text.h"
+#include "platform/PathText.h"
+
+namespace vornic {
+
+InPlaceResult relinkInPlace(const std::string& path, const std::string& bytesRead,
+                            const std::string& newBytes, Waiting& waiting, SwapObserver& observer) {
+    InPlaceResult result;
+    InPlaceChange place(path, {"relink", "relinked"}, waiting, result);
+    if (place.read(platform::ContentDigest::of(bytesRead))) {
+        place.write(newBytes);
+        place.finish(true, observer);
+    }
+    place.takeNotes();
+    return result;
+}
+
+std::string relinkedPath(const std::string& path) {
+    std::string whole = path;
+    std::string extension = platform::splitExtension(platform::lastComponent(path)).extension;
+    const std::string folder = platform::parentFolder(path);
+    if (lowercased(platform::splitExtension(platform::lastComponent(folder)).extension) ==
+        ".fcpxmld") {
+        whole = folder;
+    }
+    const std::string name = platform::lastComponent(whole);
+    return whole.substr(0, whole.size() - name.size()) + platform::splitExtension(name).stem +
+           " (relinked)" + extension;
+}
+
+}  // namespace vornic

@@ -1,0 +1,81 @@
+#include "media/PathMap.h"
+
+#include <algorithm>
+
+#include "foundation/CanonicalText.h"
+
+namespace vornic {
+
+namespace {
+
+bool isAbsolute(const MediaPath& path) {
+    return path.style == PathStyle::posix || path.style == PathStyle::windows ||
+           path.style == PathStyle::unc;
+}
+
+// The last "=" could belong to the new path, and the first to the old one.
+std::size_t partingOf(std::string_view rule) {
+    for (std::size_t at = rule.find('='); at != std::string_view::npos;
+         at = rule.find('=', at + 1)) {
+        if (isAbsolute(readTypedPath(rule.substr(at + 1)))) {
+            return at;
+        }
+    }
+    return rule.find('=');
+}
+
+std::vector<std::string> keysOf(const MediaPath& path, std::size_t count) {
+    std::vector<std::string> keys;
+    for (std::size_t index = 0; index < count; ++index) {
+        const std::string& name = path.components[index];
+        keys.push_back(path.style == PathStyle::posix ? canonicallyDecomposed(name)
+                                                      : foldedName(name));
+    }
+    return keys;
+}
+
+}  // namespace
+
+std::string PathMap::add(std::string_view rule) {
+    const std::size_t parting = partingOf(rule);
+    if (parting == std::string_view::npos) {
+        return "--map wants OLD=NEW, not " + std::string(rule);
+    }
+    Rule made{readTypedPath(rule.substr(0, parting)), {}, readTypedPath(rule.substr(parting + 1))};
+    for (const MediaPath* const path : {&made.oldPath, &made.newPath}) {
+        if (!isAbsolute(*path)) {
+            return "--map wants two absolute paths, not " + std::string(rule);
+        }
+    }
+    made.keys = keysOf(made.oldPath, made.oldPath.components.size());
+    for (const Rule& other : rules_) {
+        if (other.oldPath.style == made.oldPath.style && other.keys == made.keys &&
+            other.newPath != made.newPath) {
+            return "--map gives two new places to " + made.oldPath.text();
+        }
+    }
+    rules_.push_back(std::move(made));
+    return "";
+}
+
+std::optional<MediaPath> PathMap::apply(const MediaPath& path) const {
+    const Rule* best = nullptr;
+    for (const Rule& rule : rules_) {
+        const std::size_t length = rule.keys.size();
+        if (rule.oldPath.style == path.style && length <= path.components.size() &&
+            (best == nullptr || length > best->keys.size()) && keysOf(path, length) == rule.keys) {
+            best = &rule;
+        }
+    }
+    if (best == nullptr) {
+        return std::nullopt;
+    }
+    MediaPath moved = best->newPath;
+    moved.components.insert(
+        moved.components.end(),
+        path.components.begin() + static_cast<std::ptrdiff_t>(best->keys.size()),
+        path.components.end());
+    return moved;
+}
+
+}  // namespace vornic
