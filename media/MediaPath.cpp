@@ -6,6 +6,7 @@
 
 #include "formats/FileURL.h"
 #include "foundation/Text.h"
+#include "foundation/Utf8.h"
 #include "platform/PercentEncoding.h"
 
 namespace vornic {
@@ -209,6 +210,23 @@ std::string plainText(const MediaPath& path, bool hasForwardSlashes) {
            (isDriveAlone ? std::string(1, separator) : "");
 }
 
+// Whether XML can hold a path as it is, and a program reads it as it was written: no control
+// characters, nothing but UTF-8, and no blanks that are taken for white space around it.
+bool canBePlain(std::string_view text) {
+    if (text.ends_with(' ') || text.starts_with(' ')) {
+        return false;
+    }
+    for (std::size_t at = 0; at < text.size();) {
+        const Utf8Character character = utf8CharacterAt(text, at);
+        if (!character.isValid || character.code < U' ' || character.code == 0xFFFE ||
+            character.code == 0xFFFF) {
+            return false;
+        }
+        at += character.length;
+    }
+    return true;
+}
+
 std::string urlText(PathForm form, const MediaPath& path, const std::vector<std::string>& names) {
     std::vector<std::string> written = names;
     if (form == PathForm::windows && !written.empty() && written[0] == path.components[0]) {
@@ -259,7 +277,8 @@ MediaPath readTypedPath(std::string_view text) {
 std::string writtenAs(PathForm form, const MediaPath& path, PathForm fallback) {
     form = fittingForm(form, path.style, fallback);
     if (form == PathForm::plain) {
-        return plainText(path, false);
+        std::string text = plainText(path, false);
+        return canBePlain(text) ? text : writtenAs(fallback, path, fallback);
     }
     std::vector<std::string> names;
     for (const std::string& component : path.components) {
@@ -273,8 +292,10 @@ std::string writtenLike(std::string_view url, const MediaPath& path, std::size_t
     const WrittenPath old = readMediaPath(url);
     const PathForm form = fittingForm(old.form, path.style, fallback);
     if (form == PathForm::plain) {
-        return plainText(
-            path, url.find('\\') == std::string_view::npos && old.path.style == PathStyle::windows);
+        const bool hasForwardSlashes =
+            url.find('\\') == std::string_view::npos && old.path.style == PathStyle::windows;
+        std::string text = plainText(path, hasForwardSlashes);
+        return canBePlain(text) ? text : writtenAs(fallback, path, fallback);
     }
     std::vector<std::string> names;
     for (const std::string& component : path.components) {

@@ -86,7 +86,8 @@ struct WrittenPath {
 /// Writes a path in a form, each name percent-encoded as it has to be. Where the form has no room
 /// for the path's style the nearest one is taken: a path of macOS or Linux has no drive and becomes
 /// "localhost" for `windows`; `host` is for shares alone; `relative` and `other` hold no absolute
-/// path and become `fallback`.
+/// path and become `fallback`, and so does a plain path that
+/// XML cannot hold as it is.
 [[nodiscard]] std::string writtenAs(PathForm form, const MediaPath& path, PathForm fallback);
 
 /// The same in the form that a URL has. What the last components of the URL are encoded like stays,
