@@ -151,8 +151,15 @@ class Fixing {
             return path_.substr(0, path_.size() - platform::lastComponent(path_).size()) + name;
         }
         return platform::isDirectory(*settings_.output)
-                   ? platform::joinPath(*settings_.output, name)
+                   ? platform::joinPath(*settings_.output, nameOfBundle().value_or(name))
                    : *settings_.output;
+    }
+
+    // What a file that lies in a bundle is called outside of it.
+    [[nodiscard]] std::optional<std::string> nameOfBundle() const {
+        const auto [stem, extension] =
+            platform::splitExtension(platform::lastComponent(platform::parentFolder(path_)));
+        return extension == ".fcpxmld" ? std::optional(stem + ".fcpxml") : std::nullopt;
     }
 
     // The file's name with the ending that its contents ask for.

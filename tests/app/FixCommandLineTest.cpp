@@ -111,6 +111,20 @@ TEST_F(FixCommandLineTest, writesCopiesOfSeveralFilesIntoAFolder) {
                 "-o wants a folder for more than one file");
 }
 
+TEST_F(FixCommandLineTest, mendsTheFileOfABundleAndNamesItsCopyAfterIt) {
+    const std::string project =
+        "<fcpxml version=\"1.10\"><resources/><event name=\"a & b\"/></fcpxml>";
+    std::filesystem::create_directory(files.folder() + "/Day 1.fcpxmld");
+    std::filesystem::create_directory(files.folder() + "/out");
+    const std::string inside = write("Day 1.fcpxmld/Info.fcpxml", project);
+    EXPECT_EQ(check({"--fix", "-o", "out", "Day 1.fcpxmld"}).status, 0);
+    EXPECT_THAT(namesIn(files.folder() + "/out"), ElementsAre("Day 1.fcpxml"));
+    EXPECT_EQ(readBytes(inside), project);
+    EXPECT_EQ(check({"--fix", "Day 1.fcpxmld"}).status, 0);
+    EXPECT_THAT(readBytes(inside), HasSubstr("a &amp; b"));
+    EXPECT_THAT(namesIn(files.folder() + "/Day 1.fcpxmld"), ElementsAre("Info.fcpxml"));
+}
+
 TEST_F(FixCommandLineTest, takesNoUsageThatWouldDoNothing) {
     expectUsage({"--dry-run", "Cut.xml"}, "--dry-run, --set-version and -o go with --fix");
     expectUsage({"-o", "x", "Cut.xml"}, "--dry-run, --set-version and -o go with --fix");
