@@ -7,12 +7,18 @@
 #include <memory>
 
 #include "desktop/QtText.h"
+#include "desktop/SeverityIcon.h"
 #include "desktop/Sheet.h"
 
 namespace vornic {
 
+namespace {
+
+constexpr int kIconSize = 48;
+
+}  // namespace
+
 void prepareAlertBox(QMessageBox& box, const QString& message, const QString& info) {
-    constexpr int kIconSize = 48;
     box.setObjectName(QStringLiteral("alert"));
     box.setWindowTitle(QStringLiteral("Vornic"));
     box.setTextFormat(Qt::PlainText);
@@ -39,12 +45,30 @@ void tell(AlertWindow* window, const QString& message, const QString& info) {
                                        std::nullopt, false, nullptr);
 }
 
-void showAlert(QWidget& window, const QString& message, const QString& info) {
+namespace {
+
+std::unique_ptr<QMessageBox> makeSheet(QWidget& window, const QString& message,
+                                       const QString& info) {
     auto box = std::make_unique<QMessageBox>(&window);
     prepareAlertBox(*box, message, info);
     box->setStandardButtons(QMessageBox::Ok);
-    // From here on it belongs to the screen.
+    // Once it is shown it belongs to the screen.
     box->setAttribute(Qt::WA_DeleteOnClose);
+    return box;
+}
+
+}  // namespace
+
+void showAlert(QWidget& window, const QString& message, const QString& info) {
+    beginSheet(*makeSheet(window, message, info).release());
+}
+
+void showFailure(QWidget& window, const QString& message, const QString& info,
+                 const QString& fileName) {
+    std::unique_ptr<QMessageBox> box = makeSheet(window, message, info);
+    box->setWindowTitle(fileName);
+    box->setIconPixmap(severityIcon(Severity::error, box->palette())
+                           .pixmap(QSize(kIconSize, kIconSize), box->devicePixelRatio()));
     beginSheet(*box.release());
 }
 

@@ -15,6 +15,11 @@ void prepareAlertBox(QMessageBox& box, const QString& message, const QString& in
 /// free-standing. Returns at once.
 void tell(AlertWindow* window, const QString& message, const QString& info);
 
+/// Shows a failure with an OK button as a sheet on a document's window: with the sign of an error
+/// and the name of the file in its title. Returns at once.
+void showFailure(QWidget& window, const QString& message, const QString& info,
+                 const QString& fileName);
+
 /// Shows a message with an OK button as a sheet on a document's window, beside any other sheet on
 /// it. Returns at once.
 void showAlert(QWidget& window, const QString& message, const QString& info);

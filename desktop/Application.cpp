@@ -200,6 +200,18 @@ std::optional<std::vector<std::string>> Application::runOpenPanel(
 }
 
 bool Application::openDocument(const std::string& path) {
+    return open(path, !PreferencesWindow::onlyChecksOpenedFiles());
+}
+
+void Application::restoreOriginalOf(const std::string& path) {
+    if (open(path, false)) {
+        if (DocumentMainWindow* const window = windowOf(path)) {
+            window->restoreOriginal();
+        }
+    }
+}
+
+bool Application::open(const std::string& path, bool isRepaired) {
     if (DocumentMainWindow* const open = windowOf(path)) {
         open->makeKeyAndOrderFront();
         return true;
@@ -229,6 +241,10 @@ bool Application::openDocument(const std::string& path) {
         startWindow_->hide();
     }
     RecentFiles::add(path);
+    if (!isRepaired) {
+        window->check();
+        return true;
+    }
     Error ignored;  // filled although the document opens
     return document->readFromURL(path, "", &ignored);
 }

@@ -56,6 +56,8 @@ class Application : public QObject, public ApplicationHost, public FileReceiver 
     /// The window of the current document, or null.
     [[nodiscard]] DocumentMainWindow* currentWindow() const;
     void openDocuments(const std::vector<std::string>& paths);
+    /// Brings the original of a file back, in a window that does not repair it.
+    void restoreOriginalOf(const std::string& path);
     void showPreferences();
     /// Shows the file of a document in its folder.
     void showInFileManager(const DocumentMainWindow& window);
@@ -69,6 +71,7 @@ class Application : public QObject, public ApplicationHost, public FileReceiver 
   private:
     using WindowPointer = std::shared_ptr<DocumentMainWindow>;
 
+    bool open(const std::string& path, bool isRepaired);
     [[nodiscard]] DocumentMainWindow* windowOf(const std::string& path) const;
     void decide(bool mayOpen);
     void showStartWindow();

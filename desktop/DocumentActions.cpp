@@ -1,16 +1,11 @@
-#include <QPointer>
 #include <cerrno>
-#include <new>
 #include <utility>
 
 #include "desktop/DocumentMainWindow.h"
+#include "desktop/DocumentThread.h"
 #include "desktop/MendSheet.h"
 #include "desktop/QtText.h"
 #include "desktop/Sheet.h"
-#include "foundation/QMLog.h"
-#include "platform/Exception.h"
-#include "platform/MainThread.h"
-#include "platform/Thread.h"
 #include "ui/QMAlert.h"
 
 #ifndef VORNIC_VERSION
@@ -28,31 +23,6 @@ std::string programName() {
 }
 
 }  // namespace
-
-template <typename Result>
-void DocumentMainWindow::runOnThread(std::function<Result()> work,
-                                     std::function<void(const Result&)> then) {
-    setActing(true);
-    try {
-        platform::detachNewThread([self = QPointer<DocumentMainWindow>(this),
-                                   work = std::move(work), then = std::move(then)] {
-            auto result = std::make_shared<Result>();
-            try {
-                *result = work();
-            } catch (const std::bad_alloc&) {
-                QMLog::appendLog("%@", "There is not enough memory.");
-            }
-            platform::MainThread::perform([self, result, then] {
-                if (self) {
-                    self->setActing(false);
-                    then(*result);
-                }
-            });
-        });
-    } catch (const platform::Exception&) {
-        setActing(false);
-    }
-}
 
 void DocumentMainWindow::setActing(bool isActing) {
     isActing_ = isActing;

@@ -92,6 +92,18 @@ DocumentMainWindow::DocumentMainWindow(const std::shared_ptr<Document>& document
     setCentralWidget(content);
     setTabOrder(showFileButton_, showTrashButton_);
     setTabOrder(showTrashButton_, repairButton_);
+    setTabOrder(repairButton_, mendButton_);
+    setTabOrder(mendButton_, saveCopyButton_);
+    findBar_->setFinder([this](const QString& text, bool backwards) {
+        switch (page()) {
+            case Page::source:
+                return source_->findText(text, backwards);
+            case Page::changes:
+                return changes_->file().findText(text, backwards);
+            default:
+                return report_->findText(text, backwards);
+        }
+    });
     report_->setFocus();
     inspector_ = new FileInspector(
         path_,
@@ -145,6 +157,12 @@ QWidget* DocumentMainWindow::makeFoot() {
     showTrashButton_ = makeButton("showTrashBtn", tr("Show Tr&ash"),
                                   tr("Show the Trash, where the original file is"), foot);
     repairButton_ = makeButton("repairBtn", tr("&Repair"), tr("Repair the file"), foot);
+    mendButton_ = new QPushButton(tr("Men&d…"), foot);
+    mendButton_->setObjectName(QStringLiteral("mendFileBtn"));
+    saveCopyButton_ = new QPushButton(tr("Save Repaired &Copy As…"), foot);
+    saveCopyButton_->setObjectName(QStringLiteral("saveCopyBtn"));
+    connect(mendButton_, &QPushButton::clicked, this, [this] { mendSafely(); });
+    connect(saveCopyButton_, &QPushButton::clicked, this, [this] { saveMendedCopy(); });
     connect(showFileButton_, &QPushButton::clicked, this, [this] { actions_.showFile(*this); });
     connect(showTrashButton_, &QPushButton::clicked, this, [this] { actions_.showTrash(); });
     connect(repairButton_, &QPushButton::clicked, this, [this] {
@@ -156,6 +174,10 @@ QWidget* DocumentMainWindow::makeFoot() {
     row->addWidget(showFileButton_);
     row->addWidget(showTrashButton_);
     row->addWidget(repairButton_);
+    row->addWidget(mendButton_);
+    row->addWidget(saveCopyButton_);
+    mendButton_->hide();
+    saveCopyButton_->hide();
     setOutcome(QString(), false, false);
     return foot;
 }
@@ -269,7 +291,11 @@ void DocumentMainWindow::setOutcome(const QString& text, bool showsFile, bool sh
 }
 
 void DocumentMainWindow::beginAlertSheet(std::string_view message, std::string_view info) {
-    showAlert(*this, toQString(message), toQString(info));
+    if (message.starts_with("Unable")) {
+        showFailure(*this, toQString(message), toQString(info), fileNameOf(path_));
+    } else {
+        showAlert(*this, toQString(message), toQString(info));
+    }
 }
 
 void DocumentMainWindow::showConverted(std::string_view version) {
@@ -297,7 +323,10 @@ DocumentMainWindow::Page DocumentMainWindow::page() const {
 }
 
 void DocumentMainWindow::check() {
-    if (!isActing_) {
+    const std::shared_ptr<Document> shown = document_.lock();
+    if (shown && !isActing_ && !shown->isRunning()) {
+        shown->setXmlType(xmlTypeOf(fileKindOfPath(path_)));
+        setOutcome(QString(), false, false);
         inspect({.action = HeaderFacts::Action::check}, "");
     }
 }
@@ -355,6 +384,9 @@ void DocumentMainWindow::writeHeader() {
         facts_.version = facts_.inspection->file.report.version;
     }
     header_->setText(headerText(facts_));
+    const bool isChecked = facts_.action == HeaderFacts::Action::check;
+    mendButton_->setVisible(isChecked);
+    saveCopyButton_->setVisible(isChecked);
     header_->setFacts(
         facts_.inspection && facts_.inspection->file.isRead()
             ? toQString(factsOf(facts_.inspection->file.report, fileKindOfPath(path_)))

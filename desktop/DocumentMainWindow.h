@@ -62,8 +62,19 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
 
     // Commands. Each says so when there is nothing to do.
 
-    /// Reads and checks the file; nothing is written.
+    /// Reads and checks the file; nothing is written. In the place of a repair when the file is
+    /// opened, too.
     void check();
+    /// Asks where to, and writes what was found there as HTML, PDF, text or JSON, by the ending.
+    void saveFindings();
+    void saveFindingsTo(const std::string& path);
+    /// Asks where to, and writes what the safe mends make of the file as a new file.
+    void saveMendedCopy();
+    void saveMendedCopyTo(const std::string& to);
+    /// Opens the file in an editor, at the line that is looked at where the editor can be told.
+    void openInEditor();
+    /// The line of the file that is looked at, from 1.
+    [[nodiscard]] std::size_t currentLine() const;
     /// Shows what the ticked mends would change, and makes them when the user agrees.
     void mendTicked();
     /// The same for all mends that are safe.
@@ -153,6 +164,8 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     QLabel* outcomeLabel_ = nullptr;
     QPushButton* showFileButton_ = nullptr;
     QPushButton* showTrashButton_ = nullptr;
+    QPushButton* mendButton_ = nullptr;
+    QPushButton* saveCopyButton_ = nullptr;
     QPushButton* repairButton_ = nullptr;
     ReportView* report_;
     FindBar* findBar_;

@@ -68,7 +68,9 @@ void FindBar::find(bool backwards) {
         begin();
         return;
     }
-    notFound_->setVisible(!report_->findText(text_->text(), backwards));
+    const bool isFound =
+        finder_ ? finder_(text_->text(), backwards) : report_->findText(text_->text(), backwards);
+    notFound_->setVisible(!isFound);
 }
 
 void FindBar::end() {

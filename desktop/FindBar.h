@@ -4,6 +4,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QWidget>
+#include <functional>
+#include <utility>
 
 #include "desktop/ReportView.h"
 
@@ -14,6 +16,10 @@ class FindBar : public QWidget {
   public:
     FindBar(ReportView* report, QWidget* parent);
 
+    /// Searches something else while it is in view. @param find returns false when it is nowhere
+    void setFinder(std::function<bool(const QString& text, bool backwards)> find) {
+        finder_ = std::move(find);
+    }
     /// Shows the bar, ready to be typed into.
     void begin();
     void findNext() { find(false); }
@@ -27,6 +33,7 @@ class FindBar : public QWidget {
     void end();
 
     ReportView* report_;
+    std::function<bool(const QString&, bool)> finder_;
     QLineEdit* text_;
     QLabel* notFound_;
 };

@@ -79,6 +79,10 @@ class MenuBuilder {
         menu.addSeparator();
         addForDocument(menu, "fileSaveReport", tr("&Save Report…"), QKeySequence::Save,
                        [](DocumentMainWindow& window) { window.saveReport(); });
+        addForDocument(menu, "fileSaveFindings", tr("Save F&indings…"), {},
+                       [](DocumentMainWindow& window) { window.saveFindings(); });
+        addForDocument(menu, "fileSaveCopy", tr("Save Re&paired Copy As…"), {},
+                       [](DocumentMainWindow& window) { window.saveMendedCopy(); });
         addForDocument(menu, "fileShowInFileManager", tr("Show in &File Manager"), {},
                        [application = &application_](DocumentMainWindow& window) {
                            application->showInFileManager(window);
@@ -108,6 +112,7 @@ class MenuBuilder {
                 QObject::connect(action, &QAction::triggered, recent,
                                  [application, path] { application->openDocuments({path}); });
             }
+            addRestoring(*recent, application);
             if (recent->isEmpty()) {
                 recent->addAction(tr("No recent files"))->setEnabled(false);
                 return;
@@ -116,6 +121,22 @@ class MenuBuilder {
             QObject::connect(recent->addAction(tr("&Clear Menu")), &QAction::triggered, recent,
                              [] { RecentFiles::clear(); });
         });
+    }
+
+    // A file's original can be brought back without repairing the file first.
+    static void addRestoring(QMenu& recent, Application* application) {
+        if (recent.isEmpty()) {
+            return;
+        }
+        QMenu* const restoring = recent.addMenu(tr("Restore &Original Of"));
+        restoring->setObjectName(QStringLiteral("fileRestoreRecent"));
+        for (const std::string& path : RecentFiles::paths()) {
+            QAction* const action =
+                restoring->addAction(fileNameOf(path).replace(u'&', QStringLiteral("&&")));
+            action->setToolTip(toolTipOf(path));
+            QObject::connect(action, &QAction::triggered, restoring,
+                             [application, path] { application->restoreOriginalOf(path); });
+        }
     }
 
     void buildEditMenu() {
@@ -182,6 +203,15 @@ class MenuBuilder {
                        [](DocumentMainWindow& window) { window.restoreOriginal(); });
         addForDocument(menu, "toolsCompare", tr("Com&pare with Original"), {},
                        [](DocumentMainWindow& window) { window.compareWithOriginal(); });
+        QAction& editor = addForDocument(menu, "toolsOpenInEditor", tr("Open in &Editor"), {},
+                                         [](DocumentMainWindow& window) { window.openInEditor(); });
+        QObject::connect(
+            &menu, &QMenu::aboutToShow, &window_,
+            [&editor, own = dynamic_cast<DocumentMainWindow*>(&window_)] {
+                if (own != nullptr) {
+                    editor.setText(tr("Open in &Editor at Line %1").arg(own->currentLine()));
+                }
+            });
         // Its shortcut asks again, whatever was shown last.
         QObject::connect(&menu, &QMenu::aboutToHide, &window_,
                          [&convert] { convert.setEnabled(true); });

@@ -100,7 +100,10 @@ MendSheet::MendSheet(const MendPreview& preview, std::function<void()> mend, QWi
     const QFontMetrics metrics(difference->font());
     const QSize wanted(metrics.averageCharWidth() * kColumns, metrics.height() * kRows);
     constexpr int kPart = 20;
-    resize(wanted.boundedTo(parent->size() - parent->size() / kPart));
+    const QSize room = parent->size() - parent->size() / kPart;
+    // A sheet takes the size that its contents ask for.
+    constexpr int kAround = 60;
+    difference->setMinimumSize(wanted.boundedTo(room - QSize(kAround, 3 * kAround)));
     cancel->setFocus();
 }
 

@@ -1,6 +1,7 @@
 #include "desktop/PreferencesWindow.h"
 
 #include <QDialogButtonBox>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -35,12 +36,16 @@ bool showsOpenPanel() {
     return !value || (number != nullptr && *number == 1);
 }
 
+// 1: a file that is opened is checked; anything else: it is repaired.
+constexpr const char* kOnlyCheckKey = "onlyCheckOpenedFiles";
+
 }  // namespace
 
 PreferencesWindow::PreferencesWindow(std::function<void(CheckBoxItem&)> toggleAdminPass)
     : panes_(new QTabWidget(this)),
       showOpenPanel_(new QCheckBox(tr("Show the &open panel when the application starts"), this)),
-      adminPass_(new QCheckBox(tr("Require an administrator &password at the start"), this)) {
+      adminPass_(new QCheckBox(tr("Require an administrator &password at the start"), this)),
+      whenOpened_(new QComboBox(this)) {
     setObjectName(QStringLiteral("preferencesWindow"));
     setWindowTitle(tr("Preferences"));
     showOpenPanel_->setObjectName(QStringLiteral("prefsShowOpenPanel"));
@@ -51,6 +56,17 @@ PreferencesWindow::PreferencesWindow(std::function<void(CheckBoxItem&)> toggleAd
     auto* const boxes = new QVBoxLayout(general);
     boxes->addWidget(showOpenPanel_);
     boxes->addWidget(adminPass_);
+    auto* const opening = new QLabel(tr("&When a file is opened:"), general);
+    opening->setTextFormat(Qt::PlainText);
+    opening->setBuddy(whenOpened_);
+    whenOpened_->setObjectName(QStringLiteral("prefsWhenOpened"));
+    whenOpened_->setAccessibleName(tr("When a file is opened"));
+    whenOpened_->addItems({tr("Repair it"), tr("Check it only")});
+    auto* const openingRow = new QHBoxLayout();
+    openingRow->addWidget(opening);
+    openingRow->addWidget(whenOpened_);
+    openingRow->addStretch();
+    boxes->addLayout(openingRow);
     boxes->addStretch();
     panes_->setObjectName(QStringLiteral("preferencesPanes"));
     panes_->setAccessibleName(tr("Preferences"));
@@ -59,6 +75,8 @@ PreferencesWindow::PreferencesWindow(std::function<void(CheckBoxItem&)> toggleAd
     column->addWidget(panes_, 1);
     connect(showOpenPanel_, &QCheckBox::clicked, this,
             [this](bool on) { storeShowsOpenPanel(on); });
+    connect(whenOpened_, &QComboBox::activated, this,
+            [this](int index) { storeOnlyChecks(index == 1); });
     connect(adminPass_, &QCheckBox::clicked, this,
             [this, toggle = std::move(toggleAdminPass)] { toggle(*prefsAdminPass()); });
 }
@@ -69,6 +87,20 @@ void PreferencesWindow::storeShowsOpenPanel(bool shows) {
     if (!platform::UserPreferences().setValue(kKey, shows ? 1 : 0, error)) {
         logUnsavedPreference(kKey, error);
         showOpenPanel_->setChecked(showsOpenPanel());
+        tell(this, tr("The preference could not be saved."),
+             error ? toQString(error->localizedDescription()) : QString());
+    }
+}
+
+bool PreferencesWindow::onlyChecksOpenedFiles() {
+    return isNumberEqualTo(platform::UserPreferences().value(kOnlyCheckKey), 1);
+}
+
+void PreferencesWindow::storeOnlyChecks(bool onlyChecks) {
+    ErrorSlot error;
+    if (!platform::UserPreferences().setValue(kOnlyCheckKey, onlyChecks ? 1 : 0, error)) {
+        logUnsavedPreference(kOnlyCheckKey, error);
+        whenOpened_->setCurrentIndex(onlyChecksOpenedFiles() ? 1 : 0);
         tell(this, tr("The preference could not be saved."),
              error ? toQString(error->localizedDescription()) : QString());
     }
@@ -97,6 +129,7 @@ void PreferencesWindow::makeKeyAndOrderFront() {
 
 void PreferencesWindow::readPreferences() {
     showOpenPanel_->setChecked(showsOpenPanel());
+    whenOpened_->setCurrentIndex(onlyChecksOpenedFiles() ? 1 : 0);
     if (shortcutKeys_ != nullptr) {
         QMShortcutKeyTableDelegate::sharedController().populateKeyData();
         return;

@@ -2,6 +2,7 @@
 #define VORNIC_DESKTOP_PREFERENCES_WINDOW_H
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDialog>
 #include <QTabWidget>
 #include <functional>
@@ -23,6 +24,9 @@ class PreferencesWindow : public QDialog, public AlertWindow {
     /// The check box of the administrator lock (`prefsAdminPass`).
     [[nodiscard]] std::shared_ptr<CheckBoxItem> prefsAdminPass() const;
 
+    /// Whether a file that is opened is checked and not repaired (false unless stored).
+    [[nodiscard]] static bool onlyChecksOpenedFiles();
+
     void setVisible(bool visible) override;
 
     [[nodiscard]] bool hasAttachedSheet() const override;
@@ -31,11 +35,13 @@ class PreferencesWindow : public QDialog, public AlertWindow {
   private:
     void readPreferences();
     void storeShowsOpenPanel(bool shows);
+    void storeOnlyChecks(bool onlyChecks);
 
     QTabWidget* panes_;
     ShortcutKeysView* shortcutKeys_ = nullptr;
     QCheckBox* showOpenPanel_;
     QCheckBox* adminPass_;
+    QComboBox* whenOpened_;
 };
 
 }  // namespace vornic

@@ -4,12 +4,14 @@
 #include <set>
 
 #include "app/UndoCommand.h"
+#include "app/window/HeaderText.h"
 #include "foundation/FormatString.h"
 #include "foundation/QMLocalPaths.h"
 #include "foundation/QMLog.h"
 #include "job/Journal.h"
 #include "job/JournaledSwap.h"
 #include "job/MendFile.h"
+#include "job/ResultFile.h"
 #include "platform/FileSystem.h"
 #include "platform/HeldPath.h"
 #include "platform/PathText.h"
@@ -119,6 +121,37 @@ FileActionResult mendInPlace(const std::string& path, const MendRequest& request
     }
     if (!action.failure.empty()) {
         QMLog::appendLog("%@", action.failure);
+    }
+    return action;
+}
+
+FileActionResult saveMendedCopy(const std::string& path, const std::string& to) {
+    FileActionResult action;
+    ErrorSlot error;
+    std::optional<std::string> bytes = platform::readFile(path, error);
+    if (!bytes) {
+        action.failure = error->localizedDescription();
+        return action;
+    }
+    const MendedBytes mended =
+        MendedBytes::of(std::move(*bytes), {.asked = {}, .check = optionsFor(path)});
+    if (!mended.refusal.empty()) {
+        action.failure = formatString("The file %@ was not mended: %@.", path, mended.refusal);
+        return action;
+    }
+    const std::optional<ResultFile> written = writeResultFile(to, mended.bytes, path, error);
+    if (!written) {
+        action.failure = error->localizedDescription();
+        return action;
+    }
+    action.isDone = true;
+    action.replaced = written->path;
+    const auto made = static_cast<std::uint64_t>(
+        std::count_if(mended.records.begin(), mended.records.end(),
+                      [](const MendRecord& record) { return record.isMade; }));
+    action.notes.push_back(counted(made, "mend was made", "mends were made") + " in it.");
+    if (!written->lostMetadata.empty()) {
+        action.notes.push_back(written->lostMetadata);
     }
     return action;
 }

@@ -48,6 +48,11 @@ struct RestoreResult : FileActionResult {
 [[nodiscard]] FileActionResult mendInPlace(const std::string& path, const MendRequest& request,
                                            const std::string& program, const std::string& version);
 
+/// Writes what the safe mends make of a file as a new file; the file itself stays. Any thread.
+/// @param to a name that is free, or gets a number
+/// @return `replaced` is where it was written
+[[nodiscard]] FileActionResult saveMendedCopy(const std::string& path, const std::string& to);
+
 /// What chosen mends would do, to be looked at. Any thread.
 struct MendPreview {
     /// A difference in the unified format; "" where nothing would change.

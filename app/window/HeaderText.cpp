@@ -153,8 +153,9 @@ class HeaderWriter {
     }
 
     [[nodiscard]] std::vector<HeaderOffer> offers() const {
-        const bool hasMends =
-            now_.problems != 0 && safeMendCount(inspection_.file.report.findings) != 0;
+        // After a check the window offers it by a button of its own.
+        const bool hasMends = facts_.action != Action::check && now_.problems != 0 &&
+                              safeMendCount(inspection_.file.report.findings) != 0;
         return hasMends ? std::vector<HeaderOffer>{HeaderOffer::mend} : std::vector<HeaderOffer>{};
     }
 

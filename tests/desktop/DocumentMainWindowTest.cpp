@@ -196,6 +196,15 @@ TEST_F(DocumentMainWindowTest, tellsWhenItCannotRepair) {
     EXPECT_EQ(readBytes(path), "<xmeml version=\"5\"><sequence>");
 }
 
+TEST_F(DocumentMainWindowTest, namesTheFileInTheTitleOfAFailureAlone) {
+    open(sandbox.write("cut.xml", "<xmeml version=\"5\"><sequence>"));
+    ASSERT_TRUE(waitUntil([] { return alert() != nullptr; }));
+    EXPECT_EQ(alert()->windowTitle(), QStringLiteral("cut.xml"));
+    alertAtTheEnd();
+    window->beginAlertSheet("No repair was necessary", "");
+    EXPECT_EQ(alert()->windowTitle(), QStringLiteral("Vornic"));
+}
+
 TEST_F(DocumentMainWindowTest, tellsTheKindOfAFinalCutProXFile) {
     open(sandbox.write("cut.FCPXML", "<fcpxml/>"));
     alertAtTheEnd();

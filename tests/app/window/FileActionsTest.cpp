@@ -53,6 +53,19 @@ TEST_F(FileActionsTest, makeTheChosenMendAndBringTheOriginalBack) {
     EXPECT_EQ(readBytes(restored.replaced), kHalfMended);
 }
 
+TEST_F(FileActionsTest, saveAMendedCopyAndLeaveWhatIsThere) {
+    const FileState before = fileState(path);
+    const std::string taken = sandbox.write("copy.xml", "mine");
+    const FileActionResult saved = saveMendedCopy(path, taken);
+    ASSERT_TRUE(saved.isDone) << saved.failure;
+    EXPECT_EQ(saved.replaced, sandbox.path("copy 2.xml"));
+    EXPECT_NE(readBytes(saved.replaced).find("<a>x &amp; y</a>"), std::string::npos);
+    EXPECT_EQ(readBytes(taken), "mine");
+    EXPECT_EQ(fileState(path), before);
+    EXPECT_EQ(saved.notes.front(), "2 mends were made in it.");
+    EXPECT_FALSE(saveMendedCopy(path, sandbox.path("no folder/copy.xml")).isDone);
+}
+
 TEST_F(FileActionsTest, askBeforeAFileIsReplacedThatHasChangedSince) {
     ASSERT_TRUE(mendOne().isDone);
     sandbox.write("cut.xml", "<mine/>");

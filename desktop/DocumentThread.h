@@ -1,0 +1,45 @@
+#ifndef VORNIC_DESKTOP_DOCUMENT_THREAD_H
+#define VORNIC_DESKTOP_DOCUMENT_THREAD_H
+
+#include <QPointer>
+#include <functional>
+#include <memory>
+#include <new>
+#include <utility>
+
+#include "desktop/DocumentMainWindow.h"
+#include "foundation/QMLog.h"
+#include "platform/Exception.h"
+#include "platform/MainThread.h"
+#include "platform/Thread.h"
+
+namespace vornic {
+
+template <typename Result>
+void DocumentMainWindow::runOnThread(std::function<Result()> work,
+                                     std::function<void(const Result&)> then) {
+    setActing(true);
+    try {
+        platform::detachNewThread([self = QPointer<DocumentMainWindow>(this),
+                                   work = std::move(work), then = std::move(then)] {
+            auto result = std::make_shared<Result>();
+            try {
+                *result = work();
+            } catch (const std::bad_alloc&) {
+                QMLog::appendLog("%@", "There is not enough memory.");
+            }
+            platform::MainThread::perform([self, result, then] {
+                if (self) {
+                    self->setActing(false);
+                    then(*result);
+                }
+            });
+        });
+    } catch (const platform::Exception&) {
+        setActing(false);
+    }
+}
+
+}  // namespace vornic
+
+#endif

@@ -1,0 +1,117 @@
+#include <QElapsedTimer>
+#include <QScrollBar>
+#include <QTest>
+#include <string>
+
+#include "desktop/ColorScheme.h"
+#include "desktop/SourceColors.h"
+#include "desktop/SourceView.h"
+#include "tests/desktop/Contrast.h"
+#include "tests/desktop/DesktopTest.h"
+
+namespace vornic::test {
+namespace {
+
+class SourceViewTest : public DesktopTest {
+  protected:
+    SourceViewTest() {
+        view.resize(400, 200);
+        view.show();
+    }
+    void show(const std::string& text) { view.setSource(SourceText::of(text)); }
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QTest::keyClick(&view, key, modifiers);
+    }
+
+    SourceView view{QStringLiteral("Source"), nullptr};
+};
+
+TEST_F(SourceViewTest, goesToALineAndSelectsIt) {
+    std::string text;
+    for (int line = 1; line <= 300; ++line) {
+        text += "<line n=\"" + std::to_string(line) + "\"/>\n";
+    }
+    show(text);
+    view.showLine(200);
+    EXPECT_EQ(view.currentLine(), 200U);
+    EXPECT_EQ(view.selectedText(), QStringLiteral("<line n=\"200\"/>"));
+    EXPECT_GT(view.verticalScrollBar()->value(), 150);
+    EXPECT_LT(view.verticalScrollBar()->value(), 200);
+}
+
+TEST_F(SourceViewTest, isReadWithTheKeyboard) {
+    show("<a>\n<b/>\n</a>");
+    press(Qt::Key_Down);
+    EXPECT_EQ(view.currentLine(), 2U);
+    press(Qt::Key_End, Qt::ShiftModifier);
+    EXPECT_EQ(view.selectedText(), QStringLiteral("<b/>"));
+    press(Qt::Key_Right);
+    EXPECT_EQ(view.currentLine(), 3U);
+    press(Qt::Key_Left, Qt::ShiftModifier);
+    press(Qt::Key_Left, Qt::ShiftModifier);
+    EXPECT_EQ(view.selectedText(), QStringLiteral(">\n"));
+    press(Qt::Key_End, Qt::ControlModifier);
+    EXPECT_EQ(view.currentLine(), 3U);
+    press(Qt::Key_X);
+    view.selectAll();
+    EXPECT_EQ(view.selectedText(), QStringLiteral("<a>\n<b/>\n</a>")) << "it cannot be changed";
+}
+
+TEST_F(SourceViewTest, movesByWholeCharacters) {
+    show("\xC3\xA9\xF0\x9F\x8E\xAC|");
+    press(Qt::Key_Right, Qt::ShiftModifier);
+    press(Qt::Key_Right, Qt::ShiftModifier);
+    EXPECT_EQ(view.selectedText(), QString::fromUtf8("\xC3\xA9\xF0\x9F\x8E\xAC"));
+}
+
+TEST_F(SourceViewTest, findsTextFromTheSelectionOnAndThenFromTheOtherEnd) {
+    show("<clip/>\n<Clip/>\n");
+    EXPECT_TRUE(view.findText(QStringLiteral("clip"), false));
+    EXPECT_EQ(view.currentLine(), 1U);
+    EXPECT_TRUE(view.findText(QStringLiteral("clip"), false));
+    EXPECT_EQ(view.currentLine(), 2U);
+    EXPECT_TRUE(view.findText(QStringLiteral("clip"), false));
+    EXPECT_EQ(view.currentLine(), 1U);
+    EXPECT_TRUE(view.findText(QStringLiteral("clip"), true));
+    EXPECT_EQ(view.currentLine(), 2U);
+    EXPECT_FALSE(view.findText(QStringLiteral("nothing"), false));
+}
+
+TEST_F(SourceViewTest, drawsDamagedTextsAndGaps) {
+    show("<a\x01 \xFF\n" + std::string(5000, 'x') + "\n");
+    view.setMarks({{{3, 1}, Severity::error}, {{4, 4000}, Severity::warning}});
+    EXPECT_FALSE(view.grab().isNull());
+    view.setRows({0, static_cast<std::size_t>(-1), 1, 2, 3}, {true, true, false, false, false});
+    view.showLine(2);
+    EXPECT_FALSE(view.grab().isNull());
+    view.setSource(nullptr);
+    EXPECT_FALSE(view.grab().isNull());
+}
+
+TEST_F(SourceViewTest, showsFiftyMegabytesAtOnce) {
+    std::string text;
+    while (text.size() < 50'000'000) {
+        text += "<clipitem id=\"clip\"><name>A name</name>\n";
+    }
+    const auto source = SourceText::of(std::move(text));
+    QElapsedTimer elapsed;
+    elapsed.start();
+    view.setSource(source);
+    EXPECT_FALSE(view.grab().isNull());
+    EXPECT_LT(elapsed.elapsed(), 500);
+}
+
+TEST_F(SourceViewTest, hasColoursThatCanBeReadOnTheirGround) {
+    constexpr double kLeast = 4.5;
+    for (const ColorScheme scheme : {ColorScheme::light, ColorScheme::dark}) {
+        const QPalette palette = paletteOf(scheme);
+        for (int kind = 0; kind < 9; ++kind) {
+            const QColor color = sourceColor(static_cast<SourceText::Kind>(kind), palette);
+            EXPECT_GE(contrast(color, palette.color(QPalette::Base)), kLeast) << kind;
+            EXPECT_GE(contrast(color, changedGround(palette)), kLeast) << kind;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace vornic::test
