@@ -16,13 +16,10 @@
 #include "repair/ClosingMessage.h"
 #include "repair/EventRepair.h"
 #include "repair/HeaderChecks.h"
-#include "repair/MarkupMends.h"
 #include "repair/SwapReport.h"
 #include "repair/VersionTagCheck.h"
 #include "report/RuleTable.h"
-#include "report/XMLRuleOf.h"
 #include "xml/TextDecoding.h"
-#include "xml/TextPlace.h"
 
 namespace vornic {
 
@@ -43,17 +40,6 @@ std::size_t markLength(std::string_view bytes) {
     return bytes.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
 }
 
-// The name that the rule of a mend wants; "" for most.
-std::string nameFor(const XMLMend& mend, std::string_view text) {
-    if (mend.code != XMLErrorCode::undefinedEntity &&
-        mend.code != XMLErrorCode::attributeWithoutValue) {
-        return "";
-    }
-    text.remove_prefix(mend.offset);
-    text.remove_prefix(text.starts_with('&') ? 1 : 0);
-    return excerpt(text.substr(0, text.find_first_of("; \t\r\n=/>")));
-}
-
 }  // namespace
 
 std::string RepairPipeline::workingCopyPath(const std::string& path, FileKind kind) {
@@ -69,7 +55,8 @@ RepairPipeline::RepairPipeline(const std::string& path, Events& events, StopToke
       stop_(std::move(stop)),
       observer_(observer),
       named_(path),
-      workingCopy_(path, workingCopyPath(path, kind_), *this) {}
+      workingCopy_(path, workingCopyPath(path, kind_), *this),
+      markup_(report_, stop_, error_) {}
 
 RepairResult RepairPipeline::run() && {
     RepairResult result;
@@ -119,8 +106,8 @@ Stage<Done> RepairPipeline::judge() {
         .then([this](Done) { return clearWorkingCopyPath(); })
         .then([this](Done) { return makeWorkingCopy(); })
         .then([this](Done) { return readText(); })
-        .then([this](SourceText text) { return load(std::move(text)); })
-        .then([this](Loaded loaded) {
+        .then([this](SourceText text) { return markup_.load(std::move(text)); })
+        .then([this](LoadedText loaded) {
             return loaded.hasDocument ? mend(std::move(loaded)) : Stage<Done>(Done());
         });
 }
@@ -209,7 +196,7 @@ void RepairPipeline::reportNotes() {
     }
 }
 
-Stage<RepairPipeline::SourceText> RepairPipeline::readText() {
+Stage<SourceText> RepairPipeline::readText() {
     report_.sayAndLabel("repair-checking-file"_rule);
     report_.setVerdict({false, true});
     if (isCancelled()) {
@@ -231,7 +218,7 @@ Stage<RepairPipeline::SourceText> RepairPipeline::readText() {
     return SourceText{std::move(*text), start};
 }
 
-Stage<RepairPipeline::SourceText> RepairPipeline::readRawBytes() {
+Stage<SourceText> RepairPipeline::readRawBytes() {
     error_.reset();
     report_.noteErrors();
     const std::optional<std::string> bytes = workingCopy_.read(error_);
@@ -250,133 +237,23 @@ Stage<RepairPipeline::SourceText> RepairPipeline::readRawBytes() {
     if (!text) {
         return criticalEnd();
     }
-    return unlessCancelled(SourceText{std::move(*text), std::nullopt});
+    return unlessCancelled(stop_, SourceText{std::move(*text), std::nullopt});
 }
 
 RunEnd RepairPipeline::criticalEnd() {
     report_.setVerdict({report_.verdict().hasErrors, false});
-    reportReason();
+    report_.sayReason(error_);
     report_.say("repair-not-loaded"_rule);
     report_.say("repair-critical"_rule);
     return stoppedWith(closingMessage("repair-canceled"_rule));
 }
 
-Stage<RepairPipeline::Loaded> RepairPipeline::load(SourceText text) {
-    SourcePlaces places = text.places();
-    XMLReading reading = readXML(text.text, XMLMode::tolerant);
-    if (reading.fault) {
-        countFault(reading, places);
-        error_ = std::move(reading.fault);
-    }
-    if (error_) {
-        return filterAfterFailedLoad(std::move(text));
-    }
-    report_.say("repair-loaded"_rule);
-    return reportMends(reading.mends, places).then([&](Done) {
-        Loaded loaded{mended(std::move(text), reading.edits), true};
-        if (reading.mends.empty() && reading.edits.empty()) {
-            loaded.reading = std::move(reading);
-        }
-        return unlessCancelled(std::move(loaded));
-    });
-}
-
-RepairPipeline::SourceText RepairPipeline::mended(SourceText text,
-                                                  const std::vector<XMLEdit>& edits) {
-    std::vector<XMLEdit> made = editsBeforeFilter(text.text, edits);
-    if (made.empty()) {
-        return text;
-    }
-    std::string mended = applyXMLEdits(text.text, made);
-    return {std::move(mended), text.start, std::move(text.text), std::move(made)};
-}
-
-SourcePlaces RepairPipeline::SourceText::places() const {
-    return edits.empty() ? SourcePlaces(text, start) : SourcePlaces(text, start, source, edits);
-}
-
-Stage<Done> RepairPipeline::reportMends(const std::vector<XMLMend>& mends, SourcePlaces& places) {
-    for (const XMLMend& mend : mends) {
-        report_.noteErrors();
-        if (const std::optional<RuleId> rule = xmlRuleOf(mend.code)) {
-            report_.count(*rule, {mend.offset, 1}, places,
-                          {{"name", nameFor(mend, places.text())}});
-        }
-        report_.say("repair-mended-markup"_rule,
-                    {{"line", mend.line}, {"column", mend.column}, {"what", mend.what}});
-        if (isCancelled()) {
-            return cancelledRun();
-        }
-    }
-    return Done();
-}
-
-void RepairPipeline::countFault(const XMLReading& reading, SourcePlaces& places) {
-    if (!reading.faultParts) {
-        return;
-    }
-    const XMLFault& fault = *reading.faultParts;
-    if (const std::optional<RuleId> rule = xmlRuleOf(fault.code)) {
-        const std::size_t line = places.of({fault.otherOffset, 0}).line;
-        const std::size_t length = fault.offset < places.text().size() ? 1 : 0;
-        report_.count(
-            *rule, {fault.offset, length}, places,
-            {{"name", excerpt(fault.name)}, {"other", excerpt(fault.other)}, {"line", line}});
-    }
-}
-
-Stage<RepairPipeline::Loaded> RepairPipeline::filterAfterFailedLoad(SourceText text) {
-    report_.noteErrors();
-    reportReason();
-    report_.label("repair-beginning-repair"_rule);
-    report_.say("repair-beginning-repair"_rule);
-    if (isCancelled()) {
-        return cancelledRun();
-    }
-    report_.sayAsError("repair-filtering"_rule);
-    report_.label("repair-filtering"_rule);
-    return filterText(std::move(text)).then([this](Filtered filtered) -> Stage<Loaded> {
-        XMLReading reading = readXML(filtered.text.text, XMLMode::strict);
-        const bool hasDocument = !reading.fault.has_value();
-        if (reading.fault) {
-            error_ = std::move(reading.fault);
-        }
-        // The slot still holds the fault of the first parse, whatever this one found.
-        report_.giveUp();
-        reportReason();
-        report_.say("repair-not-loaded"_rule);
-        return unlessCancelled(Loaded{std::move(filtered.text), hasDocument});
-    });
-}
-
-Stage<RepairPipeline::Filtered> RepairPipeline::filterText(SourceText text) {
-    SourcePlaces places = text.places();
-    std::optional<FilteredText> filtered = filterInvalidCharsInString(places, report_, stop_);
-    if (!filtered) {
-        return cancelledRun();
-    }
-    const bool isChanged = filtered->isChanged;
-    return unlessCancelled(
-        Filtered{{std::move(*filtered).of(std::move(text.text)), std::nullopt}, isChanged});
-}
-
-Stage<Done> RepairPipeline::mend(Loaded loaded) {
-    return filterAndParse(std::move(loaded))
+Stage<Done> RepairPipeline::mend(LoadedText loaded) {
+    return markup_.filterAndParse(std::move(loaded))
         .then([this](Tree document) { return checkHeader(std::move(document)); })
         .then([this](Tree document) { return repairEvents(std::move(document)); })
         .then([this](Tree document) { return save(std::move(document)); })
         .then([this](Done) { return updateCodes(); });
-}
-
-Stage<RepairPipeline::Tree> RepairPipeline::filterAndParse(Loaded loaded) {
-    report_.sayAndLabel("repair-filtering"_rule);
-    return filterText(std::move(loaded.text)).then([&](Filtered filtered) -> Stage<Tree> {
-        std::string& text = filtered.text.text;
-        // What was read without a fault and then left as it is need not be read again.
-        return loaded.reading && !filtered.isChanged
-                   ? XMLDocument::fromReading(std::move(text), std::move(*loaded.reading))
-                   : XMLDocument::parse(std::move(text), XMLMode::strict, error_);
-    });
 }
 
 Stage<RepairPipeline::Tree> RepairPipeline::checkHeader(Tree document) {
@@ -386,15 +263,17 @@ Stage<RepairPipeline::Tree> RepairPipeline::checkHeader(Tree document) {
     }
     report_.log("repair-checking-header"_rule);
     if (kind_ == FileKind::fcpxml) {
-        return checkFCPXMLHeaderTags(std::move(document), reporting());
+        const FoundInRepair found = reporting(document);
+        return checkFCPXMLHeaderTags(std::move(document), found);
     }
-    document = checkXMEMLHeaderTags(std::move(document), reporting());
+    const FoundInRepair found = reporting(document);
+    document = checkXMEMLHeaderTags(std::move(document), found);
     report_.sayAndLabel("repair-checking-version"_rule);
     if (isCancelled()) {
         return cancelledRun();
     }
     report_.log("repair-checking-version"_rule);
-    checkVersionTags(document.get(), reporting());
+    checkVersionTags(document.get(), reporting(document));
     return document;
 }
 
@@ -435,12 +314,12 @@ Stage<Done> RepairPipeline::save(Tree document) {
         report_.giveUp();
         report_.say("repair-save-failed"_rule, {{"reason", slotDescription()}});
     }
-    return unlessCancelled(Done());
+    return unlessCancelled(stop_, Done());
 }
 
 Stage<Done> RepairPipeline::updateCodes() {
     if (kind_ == FileKind::fcpxml) {
-        return unlessCancelled(Done());
+        return unlessCancelled(stop_, Done());
     }
     report_.sayAndLabel("repair-updating-codes"_rule);
     const FileCodes codes = setFinalCutFileCodes(workingCopy_.path(), error_);
@@ -449,7 +328,7 @@ Stage<Done> RepairPipeline::updateCodes() {
         report_.say(isUnread ? "repair-codes-unread"_rule : "repair-codes-unwritten"_rule,
                     {{"reason", slotDescription()}});
     }
-    return unlessCancelled(Done());
+    return unlessCancelled(stop_, Done());
 }
 
 void RepairPipeline::finish(RepairResult& result) {
@@ -519,10 +398,6 @@ void RepairPipeline::dropWorkingCopy(RepairOutcome outcome) {
     }
 }
 
-void RepairPipeline::reportReason() {
-    report_.say("repair-reason"_rule, {{"reason", slotDescription()}});
-}
-
 void RepairPipeline::reportUnremovedCopy() {
     report_.say("repair-copy-unremoved"_rule,
                 {{"copy", workingCopy_.path()}, {"reason", slotDescription()}});
@@ -536,16 +411,11 @@ void RepairPipeline::reportMemoryEnd() {
     }
 }
 
-template <typename Value>
-Stage<Value> RepairPipeline::unlessCancelled(Value value) {
-    if (isCancelled()) {
-        return cancelledRun();
-    }
-    return value;
-}
-
-FoundInRepair RepairPipeline::reporting() {
-    return [this](const RepairFinding& finding) { report_.add(finding); };
+FoundInRepair RepairPipeline::reporting(const Tree& document) {
+    // Without a document its markup is at fault, and that is counted.
+    return [this, isThere = document != nullptr](const RepairFinding& finding) {
+        isThere ? report_.add(finding) : report_.say(finding);
+    };
 }
 
 std::string RepairPipeline::slotDescription() const {

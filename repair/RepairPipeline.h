@@ -1,11 +1,8 @@
 #ifndef VORNIC_REPAIR_REPAIR_PIPELINE_H
 #define VORNIC_REPAIR_REPAIR_PIPELINE_H
 
-#include <cstddef>
 #include <memory>
-#include <optional>
 #include <string>
-#include <vector>
 
 #include "formats/FileKind.h"
 #include "job/Events.h"
@@ -15,11 +12,11 @@
 #include "job/Waiting.h"
 #include "job/WorkingCopy.h"
 #include "platform/Error.h"
+#include "repair/MarkupStage.h"
 #include "repair/RepairReport.h"
 #include "repair/RepairResult.h"
 #include "repair/Stage.h"
 #include "xml/XMLDocument.h"
-#include "xml/XMLReader.h"
 
 namespace vornic {
 
@@ -43,27 +40,6 @@ class RepairPipeline : private Waiting {
     [[nodiscard]] static std::string workingCopyPath(const std::string& path, FileKind kind);
 
   private:
-    // The text of the file, or what is left of it.
-    struct SourceText {
-        std::string text;
-        // The offset in the file of the first byte; nothing when that can't be told.
-        std::optional<std::size_t> start;
-        // For a text with mends in it: the text as it was, and the mends.
-        std::string source{};
-        std::vector<XMLEdit> edits{};
-
-        [[nodiscard]] SourcePlaces places() const;
-    };
-    struct Loaded {
-        SourceText text;
-        bool hasDocument = false;
-        // Of the text as it is, where it has no fault and nothing was mended in it.
-        std::optional<XMLReading> reading{};
-    };
-    struct Filtered {
-        SourceText text;
-        bool isChanged = true;
-    };
     // Null where there is none.
     using Tree = std::unique_ptr<XMLDocument>;
 
@@ -77,10 +53,7 @@ class RepairPipeline : private Waiting {
     Stage<Done> makeWorkingCopy();
     Stage<SourceText> readText();
     Stage<SourceText> readRawBytes();
-    Stage<Loaded> load(SourceText text);
-    Stage<Loaded> filterAfterFailedLoad(SourceText text);
-    Stage<Done> mend(Loaded loaded);
-    Stage<Tree> filterAndParse(Loaded loaded);
+    Stage<Done> mend(LoadedText loaded);
     Stage<Tree> checkHeader(Tree document);
     Stage<Tree> repairEvents(Tree document);
     Stage<Done> save(Tree document);
@@ -92,15 +65,7 @@ class RepairPipeline : private Waiting {
     void finishRepaired(RepairResult& result);
     void complete(RepairResult& result);
 
-    // Each is the value, unless the run was stopped meanwhile.
-    template <typename Value>
-    Stage<Value> unlessCancelled(Value value);
-    Stage<Filtered> filterText(SourceText text);
-    [[nodiscard]] static SourceText mended(SourceText text, const std::vector<XMLEdit>& edits);
-    Stage<Done> reportMends(const std::vector<XMLMend>& mends, SourcePlaces& places);
-    void countFault(const XMLReading& reading, SourcePlaces& places);
     void reportNotes();
-    void reportReason();
     void reportUnremovedCopy();
     void reportMemoryEnd();
     [[nodiscard]] RunEnd uncleared(WorkingCopy::Clearing clearing, const ErrorSlot& reason);
@@ -109,7 +74,8 @@ class RepairPipeline : private Waiting {
 
     void removeWorkingCopy();
     void dropWorkingCopy(RepairOutcome outcome);
-    [[nodiscard]] FoundInRepair reporting();
+    // For what is found in a document, or said in place of one that there is not.
+    [[nodiscard]] FoundInRepair reporting(const Tree& document);
     [[nodiscard]] std::string slotDescription() const;
 
     const std::string path_;
@@ -123,6 +89,7 @@ class RepairPipeline : private Waiting {
     // Shared by every step from the copy onwards. Cleared just before the copy and just before the
     // raw-bytes reload and nowhere else, so that an early fault is seen by all later steps.
     ErrorSlot error_;
+    MarkupStage markup_;
 };
 
 }  // namespace vornic

@@ -61,6 +61,11 @@ void RepairReport::label(RuleId rule, ArgumentList arguments) {
     events_.label(messageOf(rule, arguments));
 }
 
+void RepairReport::sayReason(const ErrorSlot& error) {
+    say("repair-reason"_rule,
+        {{"reason", error ? std::string_view(error->localizedDescription()) : std::string_view()}});
+}
+
 void RepairReport::sayAndLabel(RuleId rule) {
     say(rule);
     label(rule);
@@ -71,6 +76,10 @@ void RepairReport::add(const RepairFinding& finding) {
         kept->arguments = finding.arguments;
         kept->where = finding.where;
     }
+    say(finding);
+}
+
+void RepairReport::say(const RepairFinding& finding) {
     takeEffect(finding.effect);
     const std::string text = formatMessage(ruleOf(finding.rule).message, finding.arguments);
     const Place& where = finding.where;
@@ -87,11 +96,31 @@ void RepairReport::add(RuleId rule, FindingEffect effect, TextSpan where, Source
     say(rule, arguments);
 }
 
-void RepairReport::count(RuleId rule, TextSpan where, SourcePlaces& places,
-                         ArgumentList arguments) {
-    if (Finding* const kept = findings_.add(rule, where, arguments)) {
-        kept->where = places.of(where);
+void RepairReport::count(Findings found, SourcePlaces places) {
+    found.sort();
+    for (Finding& finding : found.kept()) {
+        const std::size_t offset = finding.where.offset;
+        finding.where = places.of({offset, finding.where.length});
+        if (!places.areKnown()) {
+            finding.mend.reset();
+        } else if (finding.mend) {
+            for (Edit& edit : finding.mend->edits) {
+                edit.offset += finding.where.offset - offset;
+            }
+        }
     }
+    if (found.kept().size() == 1 && knows(found.kept().front())) {
+        return;
+    }
+    findings_.append(std::move(found));
+    findings_.keepFirst(kKeptFindings);
+}
+
+bool RepairReport::knows(const Finding& finding) const {
+    const auto& kept = findings_.kept();
+    return std::any_of(kept.begin(), kept.end(), [&](const Finding& known) {
+        return known.rule == finding.rule && known.where == finding.where;
+    });
 }
 
 void RepairReport::setVerdict(const Verdict& verdict) {

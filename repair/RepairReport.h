@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "job/Events.h"
+#include "platform/Error.h"
 #include "repair/RepairFinding.h"
 #include "repair/SourcePlaces.h"
 #include "report/Findings.h"
@@ -35,14 +36,23 @@ class RepairReport {
     /// The line first, then the label.
     void sayAndLabel(RuleId rule);
 
-    /// Counts a finding, changes the verdict as its effect says, and then says its line.
+    /// Why a step failed; an empty line for an empty slot.
+    void sayReason(const ErrorSlot& error);
+    /// Changes the verdict as a finding's effect says, and says its line. Counts nothing: for what
+    /// is said of a file that can't be read.
+    void say(const RepairFinding& finding);
+
+    /// Counts a finding and says it.
     void add(const RepairFinding& finding);
     /// The same for a finding at some bytes of a text; costs no memory once enough findings of the
     /// rule are kept.
     void add(RuleId rule, FindingEffect effect, TextSpan where, SourcePlaces& places,
              ArgumentList arguments);
-    /// Counts a fault of the markup that is said in other words.
-    void count(RuleId rule, TextSpan where, SourcePlaces& places, ArgumentList arguments);
+    /// Counts what a reading of the markup has found, which is said in other words, and makes its
+    /// places and edits those of the file. A single one that is known by its rule at its place is
+    /// not counted again.
+    /// @param places of a text without mends in it
+    void count(Findings found, SourcePlaces places);
 
     [[nodiscard]] const Verdict& verdict() const { return verdict_; }
     /// Tells the events, also when nothing changes.
@@ -59,6 +69,7 @@ class RepairReport {
   private:
     void line(RuleId rule, std::string_view text, bool isError);
     void takeEffect(FindingEffect effect);
+    [[nodiscard]] bool knows(const Finding& finding) const;
 
     Events& events_;
     Verdict verdict_;

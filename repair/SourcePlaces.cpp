@@ -1,5 +1,7 @@
 #include "repair/SourcePlaces.h"
 
+#include <algorithm>
+
 #include "foundation/Text.h"
 
 namespace vornic {
@@ -21,12 +23,17 @@ void SourcePlaces::passEdits(std::size_t offset) {
     }
 }
 
+std::size_t SourcePlaces::sourceOffset(std::size_t offset) {
+    passEdits(offset);
+    const auto source =
+        static_cast<std::size_t>(static_cast<std::ptrdiff_t>(offset) - surplusBytes_);
+    return edits_.empty() ? source : std::min(source, edits_.front().offset);
+}
+
 Place SourcePlaces::of(TextSpan span) {
     Place place;
     if (start_) {
-        passEdits(span.offset);
-        const auto offset =
-            static_cast<std::size_t>(static_cast<std::ptrdiff_t>(span.offset) - surplusBytes_);
+        const std::size_t offset = sourceOffset(span.offset);
         lines_.moveTo(offset);
         place.offset = *start_ + offset;
         place.length = span.length;

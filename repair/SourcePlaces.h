@@ -30,7 +30,12 @@ class SourcePlaces {
         : text_(text), source_(source), start_(start), edits_(edits), lines_(source) {}
 
     [[nodiscard]] std::string_view text() const { return text_; }
+    /// False when nothing of the text has a place.
+    [[nodiscard]] bool areKnown() const { return start_.has_value(); }
     [[nodiscard]] Place of(TextSpan span);
+    /// The offset in the source of an offset in the text; where an edit has put what stands there,
+    /// that of the edit.
+    [[nodiscard]] std::size_t sourceOffset(std::size_t offset);
     /// The index among the source's UTF-16 units for that among the text's, of the character at the
     /// offset of the text. It must not be one that an edit has put there.
     [[nodiscard]] std::int64_t sourceIndex(std::int64_t index, std::size_t offset);

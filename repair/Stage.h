@@ -6,6 +6,7 @@
 #include <utility>
 #include <variant>
 
+#include "job/StopToken.h"
 #include "repair/RepairResult.h"
 
 namespace vornic {
@@ -26,7 +27,7 @@ struct Done {};
 
 /// What a stage of a run hands to the next one, or how the run has ended in it.
 template <typename Value>
-class Stage {
+class [[nodiscard]] Stage {
   public:
     Stage(Value value) : result_(std::move(value)) {}
     Stage(RunEnd end) : result_(std::move(end)) {}
@@ -46,6 +47,15 @@ class Stage {
   private:
     std::variant<Value, RunEnd> result_;
 };
+
+/// The value, unless the run was stopped meanwhile.
+template <typename Value>
+Stage<Value> unlessCancelled(const StopToken& stop, Value value) {
+    if (stop.stopRequested()) {
+        return cancelledRun();
+    }
+    return value;
+}
 
 }  // namespace vornic
 

@@ -100,10 +100,12 @@ void XMLFindings::dropped(TextSpan characters) {
 }
 
 void XMLFindings::addFault(const XMLReading& reading) {
-    if (!reading.faultParts) {
-        return;
+    if (reading.faultParts) {
+        addFault(*reading.faultParts);
     }
-    const XMLFault& fault = *reading.faultParts;
+}
+
+void XMLFindings::addFault(const XMLFault& fault) {
     const std::optional<RuleId> rule = xmlRuleOf(fault.code);
     if (!rule) {
         return;

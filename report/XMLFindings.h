@@ -30,6 +30,8 @@ class XMLFindings final : public XMLMendSink {
 
     /// Adds the fault that ended the reading, if one did.
     void addFault(const XMLReading& reading);
+    /// The same for a fault whose offsets are those of the text.
+    void addFault(const XMLFault& fault);
 
   private:
     // A reference to one half of a character's UTF-16 pair.

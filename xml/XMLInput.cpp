@@ -74,22 +74,30 @@ void XMLInput::fault(XMLErrorCode code, const char* place, std::string sentence,
 
 void XMLInput::mend(XMLErrorCode code, const char* place, std::string_view what,
                     std::string_view name) {
+    if (!keepsNothing()) {
+        limit(reading_.mends.size(), place);
+    }
     if (listeners_.sink != nullptr) {
         listeners_.sink->mend({.code = code, .offset = spanOf(place, place).offset, .what = what},
                               name);
+    }
+    if (keepsNothing()) {
         return;
     }
-    limit(reading_.mends.size(), place);
     reading_.mends.push_back({.code = code, .offset = offsetOf(place), .what = what});
 }
 
 void XMLInput::edit(const char* place, std::size_t length, std::string_view replacement) {
+    if (!keepsNothing()) {
+        limit(reading_.edits.size(), place);
+    }
     if (listeners_.sink != nullptr) {
         const TextSpan span = spanOf(place, place + length);
         listeners_.sink->edit({span.offset, span.length, replacement});
+    }
+    if (keepsNothing()) {
         return;
     }
-    limit(reading_.edits.size(), place);
     reading_.edits.push_back({offsetOf(place), length, replacement});
     growth_ += replacement.size() - length;
 }
@@ -116,7 +124,7 @@ const char* XMLInput::passCharacter(const char* place) {
         fault(XMLErrorCode::invalidUTF8, place, "the bytes here are not UTF-8 text.");
     }
     if (!xmlchars::isAllowed(decoded.character)) {
-        if (listeners_.sink != nullptr) {
+        if (keepsNothing()) {
             const char* const after = ForbiddenCharacters::endOfRun(place, end_);
             listeners_.sink->dropped(spanOf(place, after));
             return after;

@@ -31,8 +31,14 @@ class XMLInput {
   public:
     /// What a reading tells, and to whom. None of the pointers need be set.
     struct Listeners {
+        [[nodiscard]] bool keepNothing() const {
+            return sink != nullptr && keeping == XMLKeeping::nothing;
+        }
+
         XMLReaderEvents* events = nullptr;
         XMLMendSink* sink = nullptr;
+        /// For a sink.
+        XMLKeeping keeping = XMLKeeping::nothing;
         /// The characters that were taken out before the text was read.
         const ForbiddenCharacters::Runs* dropped = nullptr;
     };
@@ -64,7 +70,7 @@ class XMLInput {
         listeners_.events->valuePlace_ = spanOf(begin, end);
     }
     /// True when nobody wants what the writer needs.
-    [[nodiscard]] bool keepsNothing() const { return listeners_.sink != nullptr; }
+    [[nodiscard]] bool keepsNothing() const { return listeners_.keepNothing(); }
     [[nodiscard]] XMLReading& reading() { return reading_; }
     [[nodiscard]] std::size_t offsetOf(const char* place) const {
         return static_cast<std::size_t>(place - begin_);

@@ -75,7 +75,7 @@ Fault readWithoutForbidden(std::string_view text, XMLInput::Listeners listeners,
         fault->parts.offset = runs.original({fault->parts.offset, 0}).offset;
         fault->parts.otherOffset = runs.original({fault->parts.otherOffset, 0}).offset;
     }
-    if (listeners.sink == nullptr) {
+    if (!listeners.keepNothing()) {
         reading.edits = characters.editsOfOriginal(reading.edits);
     }
     reading.droppedCharacters = characters.count();
@@ -84,14 +84,16 @@ Fault readWithoutForbidden(std::string_view text, XMLInput::Listeners listeners,
 
 }  // namespace
 
-XMLReading readXML(std::string_view text, XMLMode mode, XMLReaderEvents* events,
-                   XMLMendSink* sink) {
+XMLReading readXML(std::string_view text, XMLMode mode, XMLReaderEvents* events, XMLMendSink* sink,
+                   XMLKeeping keeping) {
     XMLReading reading;
-    const XMLInput::Listeners listeners{
-        .events = events, .sink = mode == XMLMode::tolerant ? sink : nullptr, .dropped = nullptr};
+    const XMLInput::Listeners listeners{.events = events,
+                                        .sink = mode == XMLMode::tolerant ? sink : nullptr,
+                                        .keeping = keeping,
+                                        .dropped = nullptr};
     const std::size_t runs =
         mode == XMLMode::tolerant ? ForbiddenCharacters::runsIn(text) : std::size_t{0};
-    const bool drops = runs != 0 && (listeners.sink == nullptr || runs < kManyRuns);
+    const bool drops = runs != 0 && (!listeners.keepNothing() || runs < kManyRuns);
     Fault fault = drops ? readWithoutForbidden(text, listeners, reading)
                         : readText(text, mode, listeners, reading);
     placeMends(text, reading.mends);

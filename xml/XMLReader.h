@@ -114,6 +114,15 @@ struct XMLReading {
     std::vector<std::size_t> referencedBlanks;
 };
 
+/// What a reading with a sink keeps in its result.
+enum class XMLKeeping {
+    /// Neither mends nor edits nor what the writer needs (`emptyPairs`, `referencedBlanks`); mends
+    /// then have no limit.
+    nothing,
+    /// All, as a reading without a sink does.
+    all,
+};
+
 /// Receives what `readXML` reads, in the order of the text. Views live during the call only; names,
 /// values and text are raw (references not replaced, line endings as they stand).
 ///
@@ -168,13 +177,12 @@ class XMLReaderEvents {
 /// @param events told of everything read before the fault, or null. In tolerant mode with edits the
 ///     views show the text as it stands, not as mended, but without the dropped characters (with a
 ///     sink, and very many of them, they may be left in).
-/// @param sink for the tolerant mode: is told of the mends, of which none is then kept in the
-/// result
-///     and which have no limit; what the writer needs (`emptyPairs`, `referencedBlanks`) is not
-///     kept either. Null to have all in the result.
+/// @param sink for the tolerant mode, told of the mends; or null
+/// @param keeping what the result holds beside what the sink is told; without a sink it holds all
 /// @return the findings; faults carry line and column in the error and in its description.
 [[nodiscard]] XMLReading readXML(std::string_view text, XMLMode mode,
-                                 XMLReaderEvents* events = nullptr, XMLMendSink* sink = nullptr);
+                                 XMLReaderEvents* events = nullptr, XMLMendSink* sink = nullptr,
+                                 XMLKeeping keeping = XMLKeeping::nothing);
 
 /// Applies the edits of a reading to the text that was read.
 [[nodiscard]] std::string applyXMLEdits(std::string_view text, const std::vector<XMLEdit>& edits);

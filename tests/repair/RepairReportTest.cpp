@@ -78,10 +78,11 @@ TEST_F(RepairReportTest, putsThePlaceInFrontOfAFindingThatHasOne) {
 
 TEST_F(RepairReportTest, countsEveryFindingAndKeepsTheFirstOnes) {
     const std::string text(3 * RepairReport::kKeptFindings, '\n');
-    SourcePlaces places(text, 3);
+    Findings found(RepairReport::kKeptFindings);
     for (std::size_t offset = 0; offset < text.size(); ++offset) {
-        report.count("xml-stray-ampersand"_rule, {offset, 1}, places, {});
+        found.add("xml-stray-ampersand"_rule, {offset, 1});
     }
+    report.count(std::move(found), SourcePlaces(text, 3));
     EXPECT_EQ(report.findings().count("xml-stray-ampersand"_rule), text.size());
     ASSERT_EQ(report.findings().kept().size(), RepairReport::kKeptFindings);
     EXPECT_EQ(report.findings().kept().back().where.line, RepairReport::kKeptFindings);
@@ -89,10 +90,30 @@ TEST_F(RepairReportTest, countsEveryFindingAndKeepsTheFirstOnes) {
     EXPECT_EQ(events.calls, Strings{});
 }
 
+TEST_F(RepairReportTest, countsAFaultThatItKnowsNotAgain) {
+    const auto count = [this](std::size_t offset) {
+        Findings found;
+        found.add("xml-stray-end-tag"_rule, {offset, 1});
+        report.count(std::move(found), SourcePlaces("a text", 0));
+        return report.findings().count("xml-stray-end-tag"_rule);
+    };
+    EXPECT_EQ(count(2), 1U);
+    EXPECT_EQ(count(2), 1U);
+    EXPECT_EQ(count(3), 2U);
+}
+
 TEST_F(RepairReportTest, knowsNoPlaceInATextThatIsNotTheFiles) {
-    SourcePlaces places("a text", std::nullopt);
-    report.count("xml-stray-ampersand"_rule, {2, 1}, places, {});
+    Findings found;
+    found.add("xml-stray-ampersand"_rule, {2, 1});
+    report.count(std::move(found), SourcePlaces("a text", std::nullopt));
     EXPECT_EQ(report.findings().kept().front().where, Place());
+}
+
+TEST_F(RepairReportTest, saysWithoutCountingWhatIsSaidOfNoDocument) {
+    report.say(RepairFinding{"repair-no-sequence"_rule});
+    EXPECT_EQ(report.verdict(), (Verdict{true, false}));
+    EXPECT_EQ(events.rules, Strings{"repair-no-sequence"});
+    EXPECT_EQ(report.findings().count(Severity::error), 0U);
 }
 
 TEST(ClosingMessage, hasTheFirstSentenceAsItsTitle) {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -60,6 +61,59 @@ TEST_F(RepairResultTest, tellsTheFaultThatEndedTheReading) {
     ASSERT_EQ(result.findings.kept().size(), 1U);
     EXPECT_EQ(findings().front(), "xml-mismatched-end-tag 2,30 @46 xmeml sequence 2");
     EXPECT_NE(result.findings.kept().front().message().find("</sequence>"), std::string::npos);
+}
+
+TEST_F(RepairResultTest, tellsTheFaultThatOnlyTheFilterMakesAndWhereItComesFrom) {
+    // The filter takes what follows the first greater-than sign for text, and the mend before it
+    // has moved all.
+    const std::string text = kHead + "<sequence a=b>é\n<!-- a > b --></sequence></xmeml>";
+    EXPECT_EQ(runOn("Cut.xml", text), RepairOutcome::unable);
+    EXPECT_EQ(findings(), (Strings{"xml-unquoted-value 2,32 @" + std::to_string(text.find("b>")),
+                                   "xml-double-hyphen-in-comment 3,12 @" +
+                                       std::to_string(text.find("-->")) + " 1"}));
+    // What the checks say of no document is said, but is no finding.
+    EXPECT_EQ(std::count(events.rules.begin(), events.rules.end(), "repair-root-element"), 1);
+    EXPECT_EQ(std::count(events.rules.begin(), events.rules.end(), "repair-version-missing"), 1);
+    EXPECT_EQ(result.findings.count(Severity::error), 2U);
+}
+
+TEST_F(RepairResultTest, tellsTheFaultOfACharacterThatTheFilterLeaves) {
+    const std::string text = kHead + "<sequence><![CDATA[\x01]]></sequence></xmeml>";
+    EXPECT_EQ(runOn("Cut.xml", text), RepairOutcome::unable);
+    EXPECT_EQ(findings(),
+              Strings{"xml-forbidden-character 2,39 @" + std::to_string(text.find('\x01')) + " 1"});
+}
+
+TEST_F(RepairResultTest, tellsTheMendsWithTheirEditsOfTheFile) {
+    const std::string text = "\xEF\xBB\xBF" + kHead + "<sequence a=b>&</sequence></xmeml>";
+    EXPECT_EQ(runOn("Cut.xml", text), RepairOutcome::repairedAndSwapped);
+    ASSERT_EQ(result.findings.kept().size(), 2U);
+    const auto editsOf = [this](std::size_t index) {
+        Strings edits;
+        for (const Edit& edit : result.findings.kept()[index].mend.value().edits) {
+            edits.push_back(std::to_string(edit.offset) + "+" + std::to_string(edit.length) + " " +
+                            edit.text);
+        }
+        return edits;
+    };
+    const std::size_t value = text.find("b>");
+    EXPECT_EQ(editsOf(0),
+              (Strings{std::to_string(value) + "+0 \"", std::to_string(value + 1) + "+0 \""}));
+    EXPECT_EQ(editsOf(1), Strings{std::to_string(text.find('&')) + "+1 &amp;"});
+}
+
+TEST_F(RepairResultTest, namesAHalfPairAsACheckDoes) {
+    EXPECT_EQ(runOn("Cut.xml", kHead + "<sequence>&#xD83D;&#xDE00;</sequence></xmeml>"),
+              RepairOutcome::repairedAndSwapped);
+    EXPECT_EQ(result.findings.count("characters-half-pair"_rule), 1U);
+    EXPECT_EQ(result.findings.count(Severity::error), 1U);
+}
+
+TEST_F(RepairResultTest, ofBytesThatAreNoTextHasNoPlacesAndNoMends) {
+    EXPECT_EQ(runOn("Cut.xml", kHead + "<sequence>\xFF&</sequence></xmeml>"),
+              RepairOutcome::repairedAndSwapped);
+    ASSERT_EQ(findings(), Strings{"xml-stray-ampersand 0,0 @0"});
+    EXPECT_FALSE(result.findings.kept().front().mend.has_value());
 }
 
 TEST_F(RepairResultTest, tellsWhatTheChecksFindAboutTheFileAsAWhole) {

@@ -41,6 +41,10 @@ TEST_F(SourcePlacesTest, countTheUnitsOfTheSource) {
               static_cast<std::int64_t>(kSource.find('\x01')) - 1);
 }
 
+TEST_F(SourcePlacesTest, ofWhatAnEditHasPutThereAreThoseOfTheEdit) {
+    EXPECT_EQ(places.sourceOffset(text.find("mp; é")), kSource.find('&'));
+}
+
 TEST(EditsBeforeFilter, leaveWhatTheFilterRemoves) {
     const std::string text = "<a b=c>\x01</a>";
     const std::vector<XMLEdit> edits = readXML(text, XMLMode::tolerant).edits;
