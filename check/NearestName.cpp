@@ -53,7 +53,8 @@ std::string_view nearestName(std::string_view name, std::span<const std::string_
     std::string_view nearest;
     std::size_t nearestDistance = 0;
     for (const std::string_view candidate : candidates) {
-        if (name.size() > kLongest || candidate.size() > kLongest) {
+        // A single letter is as near to every other.
+        if (name.size() > kLongest || candidate.size() > kLongest || candidate.size() == 1) {
             continue;
         }
         const std::size_t found = distance(name, candidate);

@@ -37,7 +37,11 @@ std::vector<ElementNumber> timelinesOf(const ElementIndex& index) {
 class FCPXMLMedia {
   public:
     FCPXMLMedia(const ElementIndex& index, MediaGatherer& media)
-        : index_(index), resources_(index), media_(media), timelines_(index, timelinesOf(index)) {}
+        : index_(index),
+          resources_(index),
+          retiming_(index),
+          media_(media),
+          timelines_(index, timelinesOf(index)) {}
 
     void gather() {
         for (const ElementNumber element : index_.elementsWithAttribute("src")) {
@@ -116,7 +120,7 @@ class FCPXMLMedia {
         }
         const Resource known = *asset;
         const std::string name = nameOfClip(element, tag);
-        const Range range = isInTimeline && !fcpxml::isRetimed(index_, element)
+        const Range range = isInTimeline && !retiming_.isRetimed(element)
                                 ? shown(element, tag, known, kMostSteps)
                                 : Range();
         for (const std::size_t medium : media->second) {
@@ -216,6 +220,7 @@ class FCPXMLMedia {
 
     const ElementIndex& index_;
     Resources resources_;
+    fcpxml::Retiming retiming_;
     MediaGatherer& media_;
     InsideOf timelines_;
     // The media of each asset.

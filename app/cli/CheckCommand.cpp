@@ -150,7 +150,7 @@ int showWhere(const std::string& path, const std::vector<std::string>& files) {
     const PathLookup lookup = lookUpPath(std::move(*bytes), found.paths[0], path);
     if (!lookup.isFound) {
         static_cast<void>(std::fwrite(lookup.text.data(), 1, lookup.text.size(), stderr));
-        return kFailure;
+        return lookup.isText ? kFailure : kUnreadable;
     }
     return print(lookup.text);
 }

@@ -251,7 +251,7 @@ PathLookup lookUpPath(std::string bytes, std::string_view name, std::string_view
     const std::optional<DecodedText> source = decodeXMLText(std::move(bytes), error);
     if (!steps || !source) {
         const std::string why = steps ? error->localizedDescription() : "that is no path";
-        return {false, formatString("%@: %@\n", escapedForTerminal(name), why)};
+        return {false, formatString("%@: %@\n", escapedForTerminal(name), why), source.has_value()};
     }
     ElementIndexBuilder builder(source->text);
     UnheardXMLMends mends;

@@ -12,6 +12,8 @@ struct PathLookup {
     /// The place with the lines around it, or where the path ends, in lines that end with a line
     /// break. Text from the file is escaped as for a terminal.
     std::string text;
+    /// False when the file's bytes are no text in which a path could be looked for.
+    bool isText = true;
 };
 
 /// Looks for the element or attribute of a path as editing programs print it, such as

@@ -30,6 +30,10 @@ std::string unknownRule(std::string_view name) {
 }  // namespace
 
 std::string RuleSelection::addOnly(std::string_view list) {
+    // A check of no rule at all would find every file sound.
+    if (list.empty()) {
+        return "no rule is named";
+    }
     hasOnly_ = true;
     return mark(only_, list);
 }

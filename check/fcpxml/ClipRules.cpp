@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "check/fcpxml/Naming.h"
-#include "formats/fcpxml/Retiming.h"
+#include "xml/AttributeValue.h"
 
 namespace vornic {
 
@@ -33,12 +33,16 @@ bool isZero(std::string_view number) {
 
 }  // namespace
 
+std::string ClipRules::laneOf(const StoryElement& clip) const {
+    return normalisedAttributeValue(clip.lane.of(index_.text()), false);
+}
+
 bool ClipRules::hasLane(const StoryElement& clip) const {
-    return clip.lane.offset != 0 && !isZero(clip.lane.of(index_.text()));
+    return clip.lane.offset != 0 && !isZero(laneOf(clip));
 }
 
 bool ClipRules::isConnected(const StoryElement& clip, const StoryElement& parent) {
-    const std::string_view lane = clip.lane.of(index_.text());
+    const std::string lane = laneOf(clip);
     if (clip.lane.offset != 0 && !isWholeNumber(lane)) {
         findings_.add("values-lane"_rule, clip.lane,
                       {{"clip", calledBy(index_, clip.element)}, {"value", quotedValue(lane)}});
@@ -70,7 +74,7 @@ void ClipRules::judgeLaneInSpine(const StoryElement& item) {
     }
 }
 
-void ClipRules::judgeAnchor(const StoryElement& clip, const StoryElement& parent, Time start,
+bool ClipRules::judgeAnchor(const StoryElement& clip, const StoryElement& parent, Time start,
                             Time duration) {
     const Time offset = clip.offset.time;
     const Time end = start + duration;
@@ -81,7 +85,9 @@ void ClipRules::judgeAnchor(const StoryElement& clip, const StoryElement& parent
                        {"value", offset.text()},
                        {"first", start.text()},
                        {"last", end.text()}});
+        return false;
     }
+    return true;
 }
 
 void ClipRules::judgeDuration(const StoryElement& clip) {
@@ -103,7 +109,7 @@ void ClipRules::judgeRange(const StoryElement& clip, Time duration, Time frame) 
     const Time last = first + duration;
     const Time end = asset->start + asset->duration;
     const bool isOutside = asset->start - first >= tolerance || last - end >= tolerance;
-    if (!isOutside || !last.isKnown() || fcpxml::isRetimed(index_, clip.element)) {
+    if (!isOutside || !last.isKnown() || retiming_.isRetimed(clip.element)) {
         return;
     }
     const bool startsOutside = asset->start - first >= tolerance || first >= end;

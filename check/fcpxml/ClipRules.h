@@ -1,9 +1,12 @@
 #ifndef VORNIC_CHECK_FCPXML_CLIP_RULES_H
 #define VORNIC_CHECK_FCPXML_CLIP_RULES_H
 
+#include <string>
+
 #include "check/fcpxml/TimeReader.h"
 #include "formats/ElementIndex.h"
 #include "formats/fcpxml/Resources.h"
+#include "formats/fcpxml/Retiming.h"
 #include "formats/fcpxml/Time.h"
 #include "report/Findings.h"
 
@@ -13,7 +16,7 @@ namespace vornic {
 class ClipRules {
   public:
     ClipRules(const ElementIndex& index, fcpxml::Resources& resources, Findings& findings)
-        : index_(index), resources_(resources), findings_(findings) {}
+        : index_(index), resources_(resources), findings_(findings), retiming_(index) {}
 
     /// A lane other than 0 was written.
     [[nodiscard]] bool hasLane(const StoryElement& clip) const;
@@ -22,7 +25,8 @@ class ClipRules {
     [[nodiscard]] bool isConnected(const StoryElement& clip, const StoryElement& parent);
 
     void judgeLaneInSpine(const StoryElement& item);
-    void judgeAnchor(const StoryElement& clip, const StoryElement& parent, fcpxml::Time start,
+    /// Whether a connected clip hangs on a place that the clip under it has.
+    bool judgeAnchor(const StoryElement& clip, const StoryElement& parent, fcpxml::Time start,
                      fcpxml::Time duration);
     /// Of a connected clip.
     void judgeDuration(const StoryElement& clip);
@@ -35,9 +39,12 @@ class ClipRules {
     void judgeRate(const StoryElement& asset);
 
   private:
+    [[nodiscard]] std::string laneOf(const StoryElement& clip) const;
+
     const ElementIndex& index_;
     fcpxml::Resources& resources_;
     Findings& findings_;
+    fcpxml::Retiming retiming_;
 };
 
 }  // namespace vornic

@@ -8,6 +8,7 @@
 #include "check/fcpxml/Naming.h"
 #include "check/fcpxml/ReferenceKinds.h"
 #include "formats/fcpxml/Resources.h"
+#include "xml/AttributeValue.h"
 
 namespace vornic {
 
@@ -141,13 +142,14 @@ bool ReferenceCheck::isSameMedia(ElementNumber left, ElementNumber right) const 
 }
 
 void ReferenceCheck::judgeUids(std::string_view kind) {
-    std::unordered_map<std::string_view, ElementNumber> owners;
+    std::unordered_map<std::string, ElementNumber> owners;
     for (const ElementNumber element : fcpxml::resourcesNamed(index_, kind)) {
         const std::optional<TextSpan> uid = index_.attributeOf(element, "uid");
         if (!uid || uid->length == 0) {
             continue;
         }
-        const auto [owner, isNew] = owners.try_emplace(uid->of(index_.text()), element);
+        const auto [owner, isNew] =
+            owners.try_emplace(normalisedAttributeValue(uid->of(index_.text()), false), element);
         if (isNew || isSameMedia(owner->second, element)) {
             continue;
         }

@@ -8,6 +8,7 @@
 #include "check/fcpxml/Naming.h"
 #include "formats/StartTag.h"
 #include "formats/fcpxml/Catalogue.h"
+#include "xml/AttributeValue.h"
 
 namespace vornic {
 
@@ -88,6 +89,17 @@ std::string fractionOfDecimal(std::string_view text) {
            (decimals.empty() ? "s" : "/1" + std::string(decimals.size(), '0') + "s");
 }
 
+// Lengths that cannot be, of what stands in no spine as an item. Stills and empty sequences may
+// last for no time at all.
+bool hasNoLength(StoryKind kind, std::string_view attribute, Time time) {
+    if (attribute == "frameDuration") {
+        return time <= Time(0);
+    }
+    const bool mayBeNothing = kind == StoryKind::asset || kind == StoryKind::sequence;
+    return attribute == "duration" &&
+           ((mayBeNothing && time < Time(0)) || (kind == StoryKind::transition && time <= Time(0)));
+}
+
 }  // namespace
 
 TimeReader::TimeReader(const ElementIndex& index, Findings* findings)
@@ -133,14 +145,20 @@ StoryElement TimeReader::read(ElementNumber element) const {
 
 TimeAttribute TimeReader::readTime(ElementNumber element, std::string_view attribute,
                                    TextSpan place) const {
-    const ParsedTime parsed = fcpxml::parsedTime(place.of(index_.text()));
+    const std::string_view raw = place.of(index_.text());
+    const bool isPlain = raw.find('&') == std::string_view::npos;
+    const ParsedTime parsed =
+        fcpxml::parsedTime(isPlain ? raw : std::string_view(normalisedAttributeValue(raw, false)));
     if (parsed.fault != TimeFault::none) {
         addFault(parsed.fault, element, attribute, place);
-    } else if (attribute == "frameDuration" && findings_ != nullptr && !(parsed.time > Time(0))) {
-        findings_->add("timing-no-duration"_rule, place,
-                       {{"attribute", attribute},
-                        {"clip", calledBy(index_, element)},
-                        {"value", parsed.time.text()}});
+    } else if (hasNoLength(kindOf(element), attribute, parsed.time)) {
+        if (findings_ != nullptr) {
+            findings_->add("timing-no-duration"_rule, place,
+                           {{"attribute", attribute},
+                            {"clip", calledBy(index_, element)},
+                            {"value", parsed.time.text()}});
+        }
+        return {Time(), place};
     }
     return {parsed.time, place};
 }

@@ -285,7 +285,12 @@ void TimelineCheck::placeOnItem(Level& level, Level& parent) {
     const Time offset = level.story.offset.isThere() ? level.story.offset.time : Time(0);
     level.position = parent.position + offset - parent.start;
     level.isPlaced = parent.isPlaced;
-    clips_.judgeAnchor(level.story, parent.story, parent.start, parent.duration);
+    const bool isAnchored =
+        clips_.judgeAnchor(level.story, parent.story, parent.start, parent.duration);
+    if (!isAnchored && level.timeline != kNoLevel) {
+        // Where it is meant to be, and so how long the sequence is, nobody can say.
+        levels_[level.timeline].isMeasured = false;
+    }
     clips_.judgeDuration(level.story);
 }
 

@@ -47,14 +47,18 @@ int numberAt(std::string_view text, std::size_t at, std::size_t length) {
     return number;
 }
 
+std::chrono::year_month_day dayOf(std::string_view date) {
+    return {std::chrono::year(numberAt(date, 0, 4)),
+            std::chrono::month(static_cast<unsigned>(numberAt(date, 5, 2))),
+            std::chrono::day(static_cast<unsigned>(numberAt(date, 8, 2)))};
+}
+
 bool isDate(std::string_view text) {
     if (text.size() < kDateForm.size() || !hasForm(text.substr(0, kDateForm.size()), kDateForm)) {
         return false;
     }
-    const int month = numberAt(text, 5, 2);
-    const int day = numberAt(text, 8, 2);
-    return month >= 1 && month <= 12 && day >= 1 && day <= 31 && numberAt(text, 11, 2) <= 23 &&
-           numberAt(text, 14, 2) <= 59 && numberAt(text, 17, 2) <= 60;
+    return dayOf(text).ok() && numberAt(text, 11, 2) <= 23 && numberAt(text, 14, 2) <= 59 &&
+           numberAt(text, 17, 2) <= 60;
 }
 
 bool isModDate(std::string_view text) {
@@ -65,10 +69,7 @@ bool isModDate(std::string_view text) {
 
 // A date's time as if its clock showed Universal Time, in seconds since 1970.
 std::int64_t secondsOf(std::string_view date) {
-    const std::chrono::year_month_day day(
-        std::chrono::year(numberAt(date, 0, 4)),
-        std::chrono::month(static_cast<unsigned>(numberAt(date, 5, 2))),
-        std::chrono::day(static_cast<unsigned>(numberAt(date, 8, 2))));
+    const std::chrono::year_month_day day = dayOf(date);
     const std::chrono::seconds time = std::chrono::hours(numberAt(date, 11, 2)) +
                                       std::chrono::minutes(numberAt(date, 14, 2)) +
                                       std::chrono::seconds(numberAt(date, 17, 2));
@@ -143,7 +144,7 @@ class ValueCheck {
 
 void ValueCheck::judgeDate(ElementNumber element) {
     const TextSpan place = *index_.attributeOf(element, "modDate");
-    const std::string_view value = place.of(index_.text());
+    const std::string value = normalisedAttributeValue(place.of(index_.text()), false);
     if (isModDate(value)) {
         return;
     }
@@ -157,7 +158,9 @@ void ValueCheck::judgeDate(ElementNumber element) {
         return;
     }
     const std::string offset =
-        namesZone ? offsetOf(value.substr(kDateForm.size()), value) : std::string();
+        namesZone && place.length == value.size()
+            ? offsetOf(std::string_view(value).substr(kDateForm.size()), value)
+            : std::string();
     if (!offset.empty()) {
         const std::size_t zone = place.offset + kDateForm.size();
         finding->mend = Mend{Confidence::safe,

@@ -10,9 +10,6 @@ namespace {
 
 using std::string;
 
-// The largest frame number that all programs read: they keep it in 32 bits.
-constexpr std::int64_t kMostFrames = 0x7FFFFFFF;
-
 // Which numbers an element may hold.
 enum class Range {
     none,

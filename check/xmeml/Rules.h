@@ -1,6 +1,7 @@
 #ifndef VORNIC_CHECK_XMEML_RULES_H
 #define VORNIC_CHECK_XMEML_RULES_H
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -14,6 +15,9 @@
 /// Those that look at each element by itself take a piece of the file at a time, so that its text
 /// is still in the processor's cache when the next one looks at it.
 namespace vornic::xmeml {
+
+/// The largest frame number that all programs read: they keep it in 32 bits.
+inline constexpr std::int64_t kMostFrames = 0x7FFFFFFF;
 
 /// What stands in the root.
 void checkRoot(const View& view, Findings& findings);

@@ -15,7 +15,7 @@ using std::int64_t;
 using std::string;
 
 bool isSet(const std::optional<int64_t>& time) {
-    return time && *time >= 0;
+    return time && *time >= 0 && *time <= kMostFrames;
 }
 
 bool isUnset(const std::optional<int64_t>& time) {

@@ -38,12 +38,18 @@ std::vector<ElementNumber> resourcesNamed(const ElementIndex& index, std::string
     return found;
 }
 
+// A frame without length is none: what is counted in it would be nonsense.
+Time Resources::frameOf(ElementNumber format) const {
+    const Time frame = parsedTime(index_.attributeTextOf(format, "frameDuration")).time;
+    return frame > Time(0) ? frame : Time();
+}
+
 Resource Resources::read(ElementNumber element) const {
     Resource resource;
     resource.element = element;
     resource.kind = index_.nameOf(element);
     if (resource.kind == "format") {
-        resource.frameDuration = parsedTime(index_.attributeTextOf(element, "frameDuration")).time;
+        resource.frameDuration = frameOf(element);
     } else if (resource.kind == "asset") {
         const auto start = index_.attributeOf(element, "start");
         resource.start = start ? parsedTime(start->of(index_.text())).time : Time(0);
@@ -52,8 +58,7 @@ Resource Resources::read(ElementNumber element) const {
         const std::string_view id = trimmed(index_.attributeTextOf(element, "format"));
         const ElementNumber format = id.empty() ? vornic::kNoElement : index_.elementWithId(id);
         if (format != vornic::kNoElement && index_.isNamed(format, "format")) {
-            resource.frameDuration =
-                parsedTime(index_.attributeTextOf(format, "frameDuration")).time;
+            resource.frameDuration = frameOf(format);
         }
         resource.isStill = !resource.frameDuration.isKnown() &&
                            index_.attributeTextOf(element, "hasVideo") == "1" &&

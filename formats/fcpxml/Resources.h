@@ -43,6 +43,8 @@ class Resources {
     [[nodiscard]] Resource read(ElementNumber element) const;
 
   private:
+    [[nodiscard]] Time frameOf(ElementNumber format) const;
+
     struct Slot {
         std::string_view id;
         Resource resource;

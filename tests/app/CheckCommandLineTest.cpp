@@ -376,8 +376,17 @@ TEST_F(CheckCommandLineTest, listsAndExplainsItsRules) {
               "values-standalone is meant\n");
 }
 
+TEST_F(CheckCommandLineTest, looksForNoPathInWhatIsNoText) {
+    const std::string path = files.write("Cut.fcpxml", "<fcpxml>\xC3\x28</fcpxml>");
+    const ProgramResult result = check({"--where", "/fcpxml", path});
+    EXPECT_EQ(result.status, 3);
+    EXPECT_THAT(result.errors, HasSubstr(path));
+    EXPECT_EQ(check({"--explain", ""}).status, 2);
+}
+
 TEST_F(CheckCommandLineTest, refusesWrongUsage) {
     expectUsage({}, "no file named");
+    expectUsage({"--only", "", "x.xml"}, "no rule is named");
     expectUsage({"--fast", "a.xml"}, "unknown option --fast");
     expectUsage({"--format", "xml", "a.xml"}, "there is no format xml");
     expectUsage({"--max", "0", "a.xml"}, "--max wants a number above 0, not 0");

@@ -27,6 +27,11 @@ TEST(NearestName, findsNothingThatIsFar) {
     EXPECT_EQ(nearestName("format", {}), "");
 }
 
+TEST(NearestName, holdsNoSingleLetterForAnother) {
+    constexpr std::array<std::string_view, 2> kSwitch{"0", "1"};
+    EXPECT_EQ(nearestName("2", kSwitch), "");
+}
+
 TEST(NearestName, prefersTheNearer) {
     constexpr std::array<std::string_view, 2> kClips{"mc-clip", "ref-clip"};
     EXPECT_EQ(nearestName("re-clip", kClips), "ref-clip");
