@@ -198,9 +198,18 @@ std::string_view Balancer::rawText(std::uint32_t token) const {
     return text_.substr(tokens_[token].offset, tokens_[token].end - tokens_[token].offset);
 }
 
+// Two pieces right behind each other, or each on a line of its own that begins alike.
+bool Balancer::isBeside(std::uint32_t token, std::uint32_t other) const {
+    const Token& first = tokens_[std::min(token, other)];
+    const Token& second = tokens_[std::max(token, other)];
+    return first.end == second.offset || (first.indent >= 0 && first.indent == second.indent);
+}
+
 bool Balancer::isTwice(std::uint32_t token) const {
     const auto isSame = [&](std::uint32_t other) {
-        return tokens_[other].kind == tokens_[token].kind && rawText(other) == rawText(token);
+        return tokens_[other].kind == tokens_[token].kind &&
+               tokens_[other].name == tokens_[token].name && isBeside(other, token) &&
+               rawText(other) == rawText(token);
     };
     return (token > 0 && isSame(token - 1)) || (token + 1 < tokens_.size() && isSame(token + 1));
 }
@@ -363,7 +372,7 @@ std::vector<Balancer::Place> Balancer::startPlaces(const State& state,
         const Sibling previous = index < items.size() ? items[index].previous : state.last;
         float cost = before + inside + grammar_.costOfChild(frame.name, previous.name, tag.name);
         if (index == items.size()) {
-            cost += 1 + grammar_.costOfEnd(tag.name, NameTable::kStart) -
+            cost += 0.3F + grammar_.costOfEnd(tag.name, NameTable::kStart) -
                     grammar_.costOfEnd(tag.name, state.last.name);
         } else {
             const Node& node = nodes_[items[index].node];
@@ -433,8 +442,12 @@ void Balancer::tryRemoveEnd(const State& state, std::uint32_t token) {
     const NameId name = tokens_[token].name;
     State changed = state;
     changed.cost += balanced(weights_.removeEnd, grammar_.surplus(name), -1);
-    if (token > 0 && isTwice(token)) {
+    const Edit* const last = state.edits == kNone ? nullptr : &edits_[state.edits];
+    if (isTwice(token)) {
         changed.cost -= weights_.twice;
+    } else if (last != nullptr && last->kind == ChangeKind::insertEndTag && last->name == name &&
+               last->token + 1 == token) {
+        changed.cost -= weights_.crossed;
     }
     note(changed, ChangeKind::removeEndTag, token, name);
     next_.push_back(changed);
@@ -473,13 +486,20 @@ void Balancer::tryRename(const State& state, std::uint32_t token) {
 
 // A start tag that stands twice.
 void Balancer::tryRemoveStart(const State& state, std::uint32_t token, int depth) {
-    const Node frame = nodes_[state.frame];
-    if (frame.token == kNone || !isTwice(frame.token) || depth > 1) {
+    if (depth > 1) {
         return;
     }
-    const std::vector<Item> items = itemsOf(state);
-    if (!items.empty() && nodes_[items.front().node].previous != state.frame) {
-        return;
+    if (const std::optional<State> changed = withoutStart(state, itemsOf(state))) {
+        takeEnd(*changed, token, depth + 1);
+    }
+}
+
+std::optional<Balancer::State> Balancer::withoutStart(const State& state,
+                                                      const std::vector<Item>& items) {
+    const Node frame = nodes_[state.frame];
+    if (frame.token == kNone || !isTwice(frame.token) ||
+        (!items.empty() && nodes_[items.front().node].previous != state.frame)) {
+        return std::nullopt;
     }
     State changed = state;
     changed.cost += balanced(weights_.removeStart, grammar_.surplus(frame.name), 1) -
@@ -499,7 +519,7 @@ void Balancer::tryRemoveStart(const State& state, std::uint32_t token, int depth
         changed.cost -= static_cast<float>(nodes_[item.node].cost) / kSteps;
         pushItem(changed, Node(nodes_[item.node]));
     }
-    takeEnd(changed, token, depth + 1);
+    return changed;
 }
 
 void Balancer::keepBest() {
@@ -554,6 +574,11 @@ void Balancer::closeOneAtEnd(State& state) {
     const auto end = static_cast<std::uint32_t>(tokens_.size());
     const Node frame = nodes_[state.frame];
     const std::vector<Item> items = itemsOf(state);
+    if (const std::optional<State> changed = withoutStart(state, items);
+        changed && changed->cost < state.cost + weights_.closeAtEnd) {
+        state = *changed;
+        return;
+    }
     const std::vector<Place> places = endPlaces(state, items);
     const auto last = std::find_if(places.begin(), places.end(), [&](const Place& place) {
         return place.index == items.size();

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -17,14 +18,16 @@ namespace vornic::salvage {
 struct Weights {
     float insertEnd = 4;
     float insertStart = 5;
-    float removeEnd = 4.5F;
+    float removeEnd = 6;
     float rename = 5;
     float removeStart = 6;
     /// Taken off, or added, when the name's starts and ends in the whole file speak for a change,
     /// or against it.
     float balance = 2;
     /// A tag that stands twice, one right behind the other.
-    float twice = 1.5F;
+    float twice = 3.5F;
+    /// Taken off for an end tag that is put in front of its neighbour.
+    float crossed = 5;
     /// For an element that is open where the text ends.
     float closeAtEnd = 0.3F;
     /// From which cost on an end tag that fits its start tag is doubted.
@@ -148,6 +151,9 @@ class Balancer {
                                                  std::uint32_t token);
     [[nodiscard]] bool isOpen(const State& state, NameId name) const;
     [[nodiscard]] float balanced(float cost, int surplus, int wanted) const;
+    [[nodiscard]] std::optional<State> withoutStart(const State& state,
+                                                    const std::vector<Item>& items);
+    [[nodiscard]] bool isBeside(std::uint32_t token, std::uint32_t other) const;
     [[nodiscard]] bool isTwice(std::uint32_t token) const;
     [[nodiscard]] std::string_view rawText(std::uint32_t token) const;
 
