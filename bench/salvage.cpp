@@ -277,7 +277,7 @@ class Bench {
             if (!faulty || (!readXML(faulty->text, XMLMode::strict).fault)) {
                 continue;
             }
-            const salvage::SalvagedText salvaged = salvage::salvageText(faulty->text);
+            const salvage::Salvage salvaged = salvage::salvage(faulty->text);
             const Score score = judge(kind, *faulty, salvaged.copies);
             scores_[static_cast<std::size_t>(sample.half)][index].add(score);
             if (score.exact == 0 && shown_ < options_.shown) {

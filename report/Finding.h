@@ -18,6 +18,8 @@ struct Finding {
     /// The rule's, unless this case weighs otherwise.
     Severity severity = Severity::error;
     Place where;
+    /// Where it is in the copy that was made of the file; nothing when there is none.
+    std::optional<Place> inCopy;
     /// Those that the rule's message names.
     Arguments arguments;
     std::optional<Mend> mend;

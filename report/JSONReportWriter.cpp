@@ -53,6 +53,13 @@ void JSONReportWriter::file(const Report& report) {
         }
     }
     json_.endArray();
+    if (report.copies) {
+        json_.key("copies").beginArray();
+        for (const std::string& path : *report.copies) {
+            json_.value(path);
+        }
+        json_.endArray();
+    }
     if (report.mends) {
         json_.key("mends").beginArray();
         for (const MendRecord& record : *report.mends) {
@@ -106,6 +113,11 @@ void JSONReportWriter::finding(const Finding& finding) {
     json_.member("help", rule.remedy);
     if (finding.mend) {
         mend(*finding.mend);
+    }
+    if (finding.inCopy) {
+        json_.key("copy").beginObject().member("line", finding.inCopy->line);
+        json_.member("column", finding.inCopy->column);
+        json_.member("offset", finding.inCopy->offset).endObject();
     }
     json_.endObject();
 }

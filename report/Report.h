@@ -49,6 +49,8 @@ struct Report {
     std::optional<std::vector<MendRecord>> mends;
     /// The media files that the project names; nothing when nobody asked for them.
     std::optional<std::vector<MediaRecord>> media;
+    /// The files that a salvage made of it; nothing when nobody asked for one.
+    std::optional<std::vector<std::string>> copies;
 };
 
 }  // namespace vornic

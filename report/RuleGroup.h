@@ -26,6 +26,8 @@ enum class RuleGroup {
     media,
     /// The lines of a repair's report. No check runs them.
     repair,
+    /// What a salvage guesses. No check runs them.
+    salvage,
 };
 
 /// The groups that a check runs, in the order in which reports list them.
@@ -35,10 +37,15 @@ inline constexpr std::array<RuleGroup, 8> kCheckedGroups = {
 
 /// The group's name in reports and options.
 [[nodiscard]] constexpr std::string_view nameOf(RuleGroup group) {
-    constexpr std::array<std::string_view, 9> kNames = {"xml",        "structure", "references",
-                                                        "timing",     "values",    "versions",
-                                                        "characters", "media",     "repair"};
+    constexpr std::array<std::string_view, 10> kNames = {
+        "xml",      "structure",  "references", "timing", "values",
+        "versions", "characters", "media",      "repair", "salvage"};
     return kNames[static_cast<std::size_t>(group)];
+}
+
+/// Whether a check can find what the group's rules tell.
+[[nodiscard]] constexpr bool isOfACheck(RuleGroup group) {
+    return group != RuleGroup::repair && group != RuleGroup::salvage;
 }
 
 }  // namespace vornic

@@ -26,7 +26,7 @@ constexpr std::pair<RuleGroup, std::string_view> kGroups[] = {
     {RuleGroup::media, "The media files that the project names."}};
 
 bool isOfACheck(const Rule& rule) {
-    return rule.group != RuleGroup::repair;
+    return vornic::isOfACheck(rule.group);
 }
 
 bool hasRules(RuleGroup group) {

@@ -18,6 +18,7 @@
 #include "report/rules/FCPXMLVersionRules.h"
 #include "report/rules/MediaRules.h"
 #include "report/rules/RepairRules.h"
+#include "report/rules/SalvageRules.h"
 #include "report/rules/StructureRules.h"
 #include "report/rules/ValueRules.h"
 #include "report/rules/XMEMLReferenceRules.h"
@@ -60,7 +61,9 @@ inline constexpr auto kRuleTable = rules::detail::joined(
     // Both, and what is outside of them.
     rules::kMediaRules,
     // Repairs.
-    rules::kRepairRules);
+    rules::kRepairRules,
+    // Salvages.
+    rules::kSalvageRules);
 
 inline constexpr std::size_t kRuleCount = kRuleTable.size();
 

@@ -16,7 +16,7 @@ constexpr std::string_view kSchema =
     "https://docs.oasis-open.org/sarif/sarif/v2.1.0/errata01/os/schemas/sarif-schema-2.1.0.json";
 
 bool isDescribed(const Rule& rule) {
-    return rule.group != RuleGroup::repair;
+    return isOfACheck(rule.group);
 }
 
 // The place of a rule among those that are described.

@@ -68,6 +68,10 @@ void TextReportWriter::finding(const Report& report, const Finding& finding) {
             below += (below.empty() ? "    " : "  ") + escapedForTerminal(*part);
         }
     }
+    if (finding.inCopy) {
+        below += (below.empty() ? "    " : "  ") +
+                 formatString("in the copy: %zu,%zu", finding.inCopy->line, finding.inCopy->column);
+    }
     if (!below.empty()) {
         lines += below + "\n";
     }

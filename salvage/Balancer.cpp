@@ -20,6 +20,7 @@ constexpr float kPlaceMargin = 3;
 constexpr int kMostLevels = 24;
 constexpr float kSteps = 16;
 constexpr float kDocumentStart = 1.5F;
+constexpr float kOdd = 0.8F;
 
 }  // namespace
 
@@ -284,13 +285,22 @@ void keepCheapest(auto& places) {
 
 }  // namespace
 
+// What a child of the frame would cost behind it. The element around may have lost its end as well.
+float Balancer::costOutside(const Node& frame, Sibling previous, const Node& item) {
+    const Node& parent = nodes_[frame.around];
+    const float cost = costIn(parent.name, indentOf(parent), previous, item);
+    if (cost < kOdd || parent.around == kNone) {
+        return cost;
+    }
+    const Node& next = nodes_[parent.around];
+    return std::min(cost, costIn(next.name, indentOf(next), siblingOf(parent), item) + kOdd);
+}
+
 // In front of which children the frame may have ended. The cost is what all of its children cost
 // then; later places come first where the costs are equal.
 std::vector<Balancer::Place> Balancer::endPlaces(const State& state,
                                                  const std::vector<Item>& items) {
     const Node& frame = nodes_[state.frame];
-    const Node& parent = nodes_[frame.around];
-    const int indent = indentOf(parent);
     std::vector<Place> places;
     float inside = 0;
     for (const Item& item : items) {
@@ -303,8 +313,8 @@ std::vector<Balancer::Place> Balancer::endPlaces(const State& state,
         if (index < items.size()) {
             const Item& first = items[index];
             const Node& node = nodes_[first.node];
-            cost += costIn(parent.name, indent, siblingOf(frame), node) -
-                    costIn(parent.name, indent, first.previous, node);
+            cost += costOutside(frame, siblingOf(frame), node) -
+                    costOutside(frame, first.previous, node);
         }
         places.push_back({index, cost});
         if (index == 0) {
@@ -313,7 +323,7 @@ std::vector<Balancer::Place> Balancer::endPlaces(const State& state,
         const Item& item = items[index - 1];
         const Node& node = nodes_[item.node];
         inside -= static_cast<float>(node.cost) / kSteps;
-        outside += costIn(parent.name, indent, item.previous, node);
+        outside += costOutside(frame, item.previous, node);
         last = item.previous.name;
     }
     keepCheapest(places);

@@ -144,6 +144,7 @@ class Balancer {
 
     [[nodiscard]] std::vector<Item> itemsOf(const State& state);
     [[nodiscard]] float costIn(NameId parent, int parentIndent, Sibling previous, const Node& item);
+    [[nodiscard]] float costOutside(const Node& frame, Sibling previous, const Node& item);
     [[nodiscard]] Sibling siblingOf(const Node& element) const;
     [[nodiscard]] std::vector<Place> endPlaces(const State& state, const std::vector<Item>& items);
     [[nodiscard]] std::vector<Place> startPlaces(const State& state,

@@ -39,8 +39,6 @@ enum class ChangeKind : std::uint8_t {
     removeDeclaration,
     /// The end of a file that was cut off: what is open is closed.
     closeAtEnd,
-    /// Characters that XML forbids, in a block.
-    removeBlock,
 };
 
 /// One change of the text. Changes at one offset are made in the order in which they stand.

@@ -241,7 +241,8 @@ FileKind guessKind(std::string_view text) {
 Structure findStructure(std::string_view text, FileKind kind, const Weights& weights) {
     Structure structure;
     structure.kind = kind;
-    const Definition& definition = Definition::of(versionOf(text));
+    structure.version = versionOf(text);
+    const Definition& definition = Definition::of(structure.version);
     std::unique_ptr<Format> format = kind == FileKind::fcpxml
                                          ? makeFCPXMLFormat(definition, structure.names)
                                          : makeXMEMLFormat(structure.names);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "formats/FileKind.h"
+#include "formats/fcpxml/Version.h"
 #include "salvage/Balancer.h"
 #include "salvage/Change.h"
 #include "salvage/NameTable.h"
@@ -21,6 +22,8 @@ struct CopyRange {
 /// What turns a broken text into documents whose tags fit.
 struct Structure {
     FileKind kind = FileKind::none;
+    /// What the file declares; the newest for XMEML and where that is lost.
+    fcpxml::Version version;
     NameTable names;
     /// In the order of the text.
     std::vector<Change> changes;

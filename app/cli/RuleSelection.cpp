@@ -15,7 +15,7 @@ namespace {
 std::string unknownRule(std::string_view name) {
     std::vector<std::string_view> names;
     for (const Rule& rule : kRuleTable) {
-        if (rule.group != RuleGroup::repair) {
+        if (isOfACheck(rule.group)) {
             names.push_back(rule.id);
         }
     }
@@ -69,7 +69,7 @@ std::string RuleSelection::mark(Marks& marks, std::string_view list) {
         bool isKnown = false;
         for (std::size_t index = 0; index < kRuleCount; ++index) {
             const Rule& rule = kRuleTable[index];
-            const bool isChecked = rule.group != RuleGroup::repair;
+            const bool isChecked = isOfACheck(rule.group);
             if (isChecked && (name == "*" || name == rule.id || name == nameOf(rule.group))) {
                 marks[index] = true;
                 isKnown = true;
