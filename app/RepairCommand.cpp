@@ -14,6 +14,7 @@
 #include "app/StandardStreams.h"
 #include "app/TerminalProgress.h"
 #include "app/UndoCommand.h"
+#include "app/cli/SalvageCommand.h"
 #include "foundation/FormatString.h"
 #include "foundation/QMLog.h"
 #include "foundation/TerminalText.h"
@@ -42,6 +43,8 @@ constexpr int kSignalStatus = 128;
 constexpr std::string_view kUsage =
     "Usage: vornic-repair [--quiet] [--] FILE...\n"
     "       vornic-repair --undo [--list] [--force] [--quiet] [--] [FILE...]\n"
+    "       vornic-repair --salvage [-o FILE|FOLDER] [--format text|json] [--quiet] [--]\n"
+    "                     FILE...\n"
     "\n"
     "Finds what is wrong with Final Cut Pro XML files (XMEML and FCPXML) and mends what\n"
     "can be mended. A repaired file takes the place of the damaged one, which goes to the\n"
@@ -52,13 +55,18 @@ constexpr std::string_view kUsage =
     "             is there now goes to the Trash\n"
     "  --list     with --undo: show what can be undone, and change nothing\n"
     "  --force    with --undo: do not ask about files that have changed since\n"
+    "  --salvage  make a copy that loads, NAME-salvaged.EXT, of a file with lost or crossed\n"
+    "             tags, or cut off, and say each guess; the file is not touched\n"
+    "  -o         with --salvage: write the copy there\n"
+    "  --format   with --salvage: text (default) or json\n"
     "  --help     print this help and end\n"
     "  --version  print the version and end\n"
     "\n"
     "Exit status: 0 when every file is sound or was repaired, 1 when one could not be\n"
     "repaired or the report not be written, 2 for wrong usage, 129, 130 or 143 when\n"
     "interrupted. With --undo: 0 when all was undone or listed, 1 when something was undone\n"
-    "and something has to be said, 3 when nothing was undone.\n";
+    "and something has to be said, 3 when nothing was undone. With --salvage: 0 when the\n"
+    "files are sound, 1 when copies were written, 3 when none could be.\n";
 
 struct Options {
     bool quiet = false;
@@ -287,6 +295,9 @@ int runWithin(const std::vector<std::string>& arguments) {
 }  // namespace
 
 int RepairCommand::run(const std::vector<std::string>& arguments) {
+    if (SalvageCommand::isMeantBy(arguments)) {
+        return SalvageCommand::run(arguments);
+    }
     try {
         return runWithin(arguments);
     } catch (const std::bad_alloc&) {

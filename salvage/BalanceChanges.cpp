@@ -22,6 +22,11 @@ std::size_t lineStart(std::string_view text, std::size_t at) {
 Balance Balancer::resultOf(const State& state) {
     Balance result;
     result.cost = state.cost;
+    std::size_t count = 0;
+    for (std::uint32_t edit = state.edits; edit != kNone; edit = edits_[edit].previous) {
+        ++count;
+    }
+    result.changes.reserve(count);
     for (std::uint32_t edit = state.edits; edit != kNone; edit = edits_[edit].previous) {
         result.changes.push_back(changeOf(edits_[edit]));
     }

@@ -95,9 +95,7 @@ Balance Balancer::run(bool isCut) {
                 break;
         }
     }
-    for (State& state : states_) {
-        closeAll(state);
-    }
+    closeStates();
     return resultOf(*std::min_element(
         states_.begin(), states_.end(),
         [](const State& left, const State& right) { return left.cost < right.cost; }));
@@ -218,7 +216,7 @@ bool Balancer::isTwice(std::uint32_t token) const {
 void Balancer::takeEnd(const State& state, std::uint32_t token, int depth) {
     const Token& tag = tokens_[token];
     const Node& frame = nodes_[state.frame];
-    if (answers_ > tokens_.size() / 2 + 400000) {
+    if (answers_ > tokens_.size() / 32 + 300000) {
         State poor = state;
         takeEndPoorly(poor, token);
         next_.push_back(poor);
@@ -571,6 +569,20 @@ void Balancer::takeEndPoorly(State& state, std::uint32_t token) {
         closeFrame(state, frame.name, NodeKind::element);
     }
     closeFrame(state, name, NodeKind::element);
+}
+
+// The cheapest first; where much is open, that is all.
+void Balancer::closeStates() {
+    std::stable_sort(states_.begin(), states_.end(), [](const State& left, const State& right) {
+        return left.cost < right.cost;
+    });
+    const std::size_t before = nodes_.size();
+    std::size_t closed = 0;
+    while (closed < states_.size() &&
+           (closed == 0 || nodes_.size() - before < tokens_.size() / 16 + 10000)) {
+        closeAll(states_[closed++]);
+    }
+    states_.resize(closed);
 }
 
 void Balancer::closeAll(State& state) {

@@ -160,6 +160,7 @@ class Balancer {
 
     void keepBest();
     void takeEndPoorly(State& state, std::uint32_t token);
+    void closeStates();
     void closeAll(State& state);
     void closeOneAtEnd(State& state);
     void addMissingRoot(State& state);

@@ -213,7 +213,10 @@ class DocumentLevel {
 };
 
 // Changes of pieces stand in front of those between pieces where both have one offset.
-std::vector<Change> merged(const std::vector<Change>& first, const std::vector<Change>& second) {
+std::vector<Change> merged(std::vector<Change> first, std::vector<Change> second) {
+    if (first.empty() || second.empty()) {
+        return first.empty() ? second : first;
+    }
     std::vector<Change> all;
     all.reserve(first.size() + second.size());
     std::merge(first.begin(), first.end(), second.begin(), second.end(), std::back_inserter(all),
@@ -253,14 +256,15 @@ Structure findStructure(std::string_view text, FileKind kind, const Weights& wei
     Grammar grammar(std::move(format), structure.names);
     grammar.setRootName(structure.names.find(nameOf(kind)));
     grammar.learn(tokens.list);
-    Balancer balancer(text, tokens.list, grammar, structure.names, weights);
-    Balance balance = balancer.run(tokens.isCut);
+    Balance balance =
+        Balancer(text, tokens.list, grammar, structure.names, weights).run(tokens.isCut);
     structure.cost = balance.cost;
     structure.isCut = tokens.isCut;
     std::stable_sort(tokens.changes.begin(), tokens.changes.end(), isBefore);
     DocumentLevel(text, tokens.list, balance, grammar).run(structure);
-    structure.changes =
-        merged(merged(tokens.changes, balance.changes), std::exchange(structure.changes, {}));
+    tokens.list = {};
+    structure.changes = merged(merged(std::move(tokens.changes), std::move(balance.changes)),
+                               std::move(structure.changes));
     return structure;
 }
 

@@ -40,7 +40,9 @@ class Tokenizer {
   public:
     Tokenizer(std::string_view text, NameTable& names, const ValueJudge& judge)
         : text_(text), tags_(text, names, judge, tokens_.changes), commentEnd_(text, "-->"),
-          commentStart_(text, "<!--"), cdataEnd_(text, "]]>"), instructionEnd_(text, "?>") {}
+          commentStart_(text, "<!--"), cdataEnd_(text, "]]>"), cdataStart_(text, "<![CDATA["),
+          endTag_(text, "</"), instructionEnd_(text, "?>"), lessThan_(text, "<"),
+          greaterThan_(text, ">"), newLine_(text, "\n") {}
 
     Tokens run() && {
         const auto marks = static_cast<std::size_t>(std::count(text_.begin(), text_.end(), '<'));
@@ -128,8 +130,8 @@ class Tokenizer {
     }
 
     // Where the line ends that a comment or the like begins in, which is never closed.
-    [[nodiscard]] std::size_t lineEnd(std::size_t from) const {
-        std::size_t end = std::min(text_.find('\n', from), text_.size());
+    [[nodiscard]] std::size_t lineEnd(std::size_t from) {
+        std::size_t end = std::min(newLine_.from(from), text_.size());
         while (end > from && is(text_[end - 1], kSpace)) {
             --end;
         }
@@ -138,21 +140,22 @@ class Tokenizer {
 
     bool readInstruction() {
         const std::size_t end = instructionEnd_.from(at_ + 2);
-        const std::size_t markup = text_.find('<', at_ + 2);
+        const std::size_t markup = lessThan_.from(at_ + 2);
         const bool hasName =
             xmlchars::nameLength(text_.data() + at_ + 2, text_.data() + text_.size()) != 0;
         if (!hasName) {
             return false;
         }
-        if (end != kNowhere && (end < markup || text_.substr(at_, end - at_).find('\n') == kNowhere)) {
+        if (end != kNowhere && (end < markup || newLine_.from(at_ + 2) > end)) {
             pushOther(end + 2);
             return true;
         }
-        if (markup == kNowhere && end == kNowhere && text_.find('>', at_) == kNowhere) {
+        const std::size_t greaterThan = greaterThan_.from(at_ + 2);
+        if (markup == kNowhere && end == kNowhere && greaterThan == kNowhere) {
             dropCut(at_);
             return true;
         }
-        std::size_t close = std::min(text_.find('>', at_), std::min(markup, lineEnd(at_)));
+        std::size_t close = std::min(greaterThan, std::min(markup, lineEnd(at_ + 2)));
         const bool hasEnd = close < text_.size() && text_[close] == '>';
         while (close > at_ && is(text_[close - 1], kSpace)) {
             --close;
@@ -189,14 +192,12 @@ class Tokenizer {
         const std::size_t end = commentEnd_.from(at_ + 4);
         const std::size_t inner = commentStart_.from(at_ + 4);
         const std::size_t line = lineEnd(at_ + 4);
-        if (end != kNowhere && (inner > end || line >= end)) {
+        if (end != kNowhere && inner > end) {
             pushOther(end + 3);
             return;
         }
-        std::size_t close = std::min(line, text_.size());
-        if (std::min(text_.find('\n', at_), text_.size()) == text_.size()) {
-            tokens_.isCut = true;
-        }
+        const std::size_t close = std::min({line, inner, text_.size()});
+        tokens_.isCut = tokens_.isCut || newLine_.from(at_ + 4) == kNowhere;
         // What is left of its end does not count twice.
         const std::string_view content = text_.substr(at_ + 4, close - at_ - 4);
         const std::size_t hyphens = content.ends_with("--") ? 2 : content.ends_with("->") ? 2 : 0;
@@ -210,13 +211,13 @@ class Tokenizer {
         token.kind = TokenKind::text;
         token.name = NameTable::kText;
         token.offset = static_cast<std::uint32_t>(at_);
-        const std::size_t inner = text_.find("<![CDATA[", at_ + 9);
+        const std::size_t inner = cdataStart_.from(at_ + 9);
         if (end != kNowhere && inner > end) {
             token.end = static_cast<std::uint32_t>(end + 3);
             push(token);
             return;
         }
-        const std::size_t markup = text_.find("</", at_ + 9);
+        const std::size_t markup = endTag_.from(at_ + 9);
         end = std::min(markup, text_.size());
         tokens_.isCut = tokens_.isCut || markup == kNowhere;
         std::size_t brackets = 0;
@@ -324,7 +325,12 @@ class Tokenizer {
     NextOf commentEnd_;
     NextOf commentStart_;
     NextOf cdataEnd_;
+    NextOf cdataStart_;
+    NextOf endTag_;
     NextOf instructionEnd_;
+    NextOf lessThan_;
+    NextOf greaterThan_;
+    NextOf newLine_;
     std::size_t at_ = 0;
 };
 
