@@ -58,7 +58,7 @@ std::vector<Tag> tagsOf(std::string_view text) {
                 }
             }
             tag.end = end + 1;
-            tag.kind = isEnd                   ? Tag::Kind::end
+            tag.kind = isEnd                  ? Tag::Kind::end
                        : text[end - 1] == '/' ? Tag::Kind::empty
                                               : Tag::Kind::start;
             tags.push_back(tag);
@@ -117,8 +117,8 @@ class FaultMaker {
   private:
     template <typename Condition>
     std::optional<Tag> any(Condition condition) {
-        const auto count = static_cast<std::size_t>(
-            std::count_if(tags_.begin(), tags_.end(), condition));
+        const auto count =
+            static_cast<std::size_t>(std::count_if(tags_.begin(), tags_.end(), condition));
         if (count == 0) {
             return std::nullopt;
         }
@@ -169,8 +169,10 @@ class FaultMaker {
         const Tag& first = tags_[places[below(places.size())]];
         const Tag& second = *(&first + 1);
         const std::string_view between = text_.substr(first.end, second.offset - first.end);
-        return Fault{first.offset, second.end - first.offset,
-                     rawText(second) + std::string(between) + rawText(first), {}};
+        return Fault{first.offset,
+                     second.end - first.offset,
+                     rawText(second) + std::string(between) + rawText(first),
+                     {}};
     }
 
     std::optional<Fault> misspell(const std::optional<Tag>& tag) {
@@ -196,8 +198,7 @@ class FaultMaker {
                 std::swap(name[at], name[at == 0 ? name.size() - 1 : at - 1]);
         }
         const bool isName = name != tag->name && name[0] >= 'A';
-        return isName ? std::optional<Fault>(
-                            {tag->offset + 2, tag->name.size(), name, {}})
+        return isName ? std::optional<Fault>({tag->offset + 2, tag->name.size(), name, {}})
                       : std::nullopt;
     }
 
@@ -238,16 +239,15 @@ class FaultMaker {
         const std::string raw = rawText(*tag);
         std::vector<std::pair<std::size_t, std::size_t>> attributes;
         std::size_t at = tag->name.size() + 1;
-        while ((at = raw.find_first_not_of(" \t\r\n", at)) != std::string::npos &&
-               raw[at] != '>' && raw[at] != '/' && raw[at] != '?') {
+        while ((at = raw.find_first_not_of(" \t\r\n", at)) != std::string::npos && raw[at] != '>' &&
+               raw[at] != '/' && raw[at] != '?') {
             const std::size_t quote = raw.find_first_of("\"'", at);
             const std::size_t end = raw.find(raw[quote], quote + 1) + 1;
             attributes.emplace_back(at, end);
             at = end;
         }
         const auto [from, end] = attributes[below(attributes.size())];
-        const std::size_t behind =
-            attributes[below(attributes.size())].second;
+        const std::size_t behind = attributes[below(attributes.size())].second;
         std::string copy = raw.substr(from, end - from);
         if (!isSame) {
             const std::size_t quote = copy.find_first_of("\"'");

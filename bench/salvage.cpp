@@ -1,6 +1,8 @@
 // Measures what a salvage makes of sound files into which one fault was put, beside other programs
 // that recover XML (bench/salvage starts it).
 
+#include "salvage/Salvage.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -16,8 +18,8 @@
 
 #include <unistd.h>
 
+#include "bench/SalvageScore.h"
 #include "bench/SeededFaults.h"
-#include "salvage/Salvage.h"
 #include "xml/TextDecoding.h"
 #include "xml/XMLReader.h"
 
@@ -26,154 +28,6 @@ namespace vornic::bench {
 namespace {
 
 namespace fs = std::filesystem;
-
-// What a document says, without white space between its parts.
-class Canonical final : public XMLReaderEvents {
-  public:
-    static std::optional<std::vector<std::string>> of(std::string_view text) {
-        Canonical canonical;
-        if (readXML(text, XMLMode::strict, &canonical).fault) {
-            return std::nullopt;
-        }
-        canonical.flush();
-        return std::move(canonical.parts_);
-    }
-    static std::vector<std::string> beginningOf(std::string_view text) {
-        Canonical canonical;
-        static_cast<void>(readXML(text, XMLMode::strict, &canonical));
-        return std::move(canonical.parts_);
-    }
-
-    void startElement(std::string_view name) override { add("<" + std::string(name)); }
-    void attribute(std::string_view name, std::string_view rawValue) override {
-        add(" " + std::string(name) + "=" + std::string(rawValue));
-    }
-    void endElement(std::string_view name, bool /*selfClosed*/) override {
-        add("</" + std::string(name));
-    }
-    void text(std::string_view rawText) override { text_ += rawText; }
-    void cdata(std::string_view content) override { text_ += content; }
-    void comment(std::string_view content) override { add("!" + trimmed(content)); }
-    void processingInstruction(std::string_view target, std::string_view data) override {
-        add("?" + std::string(target) + " " + std::string(data));
-    }
-    void documentType(std::string_view name, std::string_view /*raw*/) override {
-        add("!DOCTYPE " + std::string(name));
-    }
-
-  private:
-    static std::string trimmed(std::string_view text) {
-        const std::size_t from = text.find_first_not_of(" \t\r\n");
-        return from == std::string_view::npos
-                   ? ""
-                   : std::string(
-                         text.substr(from, text.find_last_not_of(" \t\r\n") + 1 - from));
-    }
-    void flush() {
-        if (std::string text = trimmed(text_); !text.empty()) {
-            parts_.push_back("\"" + text);
-        }
-        text_.clear();
-    }
-    void add(std::string part) {
-        flush();
-        parts_.push_back(std::move(part));
-    }
-
-    std::vector<std::string> parts_;
-    std::string text_;
-};
-
-std::array<std::size_t, 256> charactersOf(const std::vector<std::string>& parts) {
-    std::array<std::size_t, 256> counts{};
-    for (const std::string& part : parts) {
-        std::size_t from = part[0] == ' ' ? part.find('=') + 1 : 1;
-        if (part[0] != ' ' && part[0] != '"' && !(part[0] == '!' && part[1] != 'D')) {
-            continue;
-        }
-        for (; from < part.size(); ++from) {
-            if (part[from] != ' ' && part[from] != '\n' && part[from] != '\t' && part[from] != '\r') {
-                ++counts[static_cast<unsigned char>(part[from])];
-            }
-        }
-    }
-    return counts;
-}
-
-struct Score {
-    std::size_t cases = 0;
-    std::size_t exact = 0;
-    std::size_t wellFormed = 0;
-    std::size_t characters = 0;
-    std::size_t kept = 0;
-
-    void add(const Score& other) {
-        cases += other.cases;
-        exact += other.exact;
-        wellFormed += other.wellFormed;
-        characters += other.characters;
-        kept += other.kept;
-    }
-};
-
-// Whether everything that stood whole before a cut is there and in its place.
-bool keepsBeginning(const FaultyText& faulty, const std::vector<std::string>& copy) {
-    std::vector<std::string> whole = Canonical::beginningOf(faulty.text);
-    while (!whole.empty() && whole.back()[0] == ' ') {
-        whole.pop_back();  // of a tag that was cut
-    }
-    if (!whole.empty() && whole.back()[0] == '<' && whole.back()[1] != '/') {
-        const std::size_t tag = faulty.text.rfind('<');
-        if (faulty.text.find('>', tag) == std::string::npos) {
-            whole.pop_back();
-        }
-    }
-    std::size_t i = 0;
-    for (const std::string& part : whole) {
-        if (i >= copy.size() || (copy[i] != part && !copy[i].starts_with(part))) {
-            return false;
-        }
-        ++i;
-    }
-    return true;
-}
-
-Score judge(FaultKind kind, const FaultyText& faulty, const std::vector<std::string>& copies) {
-    Score score;
-    score.cases = 1;
-    const auto expected = Canonical::of(faulty.expected);
-    std::array<std::size_t, 256> wanted{};
-    if (kind == FaultKind::cutOff) {
-        wanted = charactersOf(Canonical::beginningOf(faulty.text));
-    } else if (expected) {
-        wanted = charactersOf(*expected);
-    }
-    std::array<std::size_t, 256> found{};
-    bool isWellFormed = !copies.empty();
-    bool isExact = !copies.empty();
-    for (const std::string& text : copies) {
-        const auto copy = Canonical::of(text);
-        isWellFormed = isWellFormed && copy;
-        if (!copy) {
-            isExact = false;
-            continue;
-        }
-        const auto characters = charactersOf(*copy);
-        for (std::size_t i = 0; i < found.size(); ++i) {
-            found[i] += characters[i];
-        }
-        isExact = isExact && (kind == FaultKind::cutOff ? keepsBeginning(faulty, *copy)
-                                                        : expected && *copy == *expected);
-    }
-    isExact = isExact && copies.size() == (kind == FaultKind::secondRoot ? 2 : 1);
-    score.exact = isExact ? 1 : 0;
-    score.wellFormed = isWellFormed ? 1 : 0;
-    for (std::size_t i = 0; i < wanted.size(); ++i) {
-        score.characters += wanted[i];
-        score.kept += std::min(wanted[i], found[i]);
-    }
-    return score;
-}
 
 struct Sample {
     std::string name;
@@ -269,7 +123,8 @@ class Bench {
         }
         const std::size_t index = static_cast<std::size_t>(kind);
         // The largest files are no better than ten others.
-        const std::size_t seeds = sample.text.size() > 150000 ? 1 + options_.seeds / 4 : options_.seeds;
+        const std::size_t seeds =
+            sample.text.size() > 150000 ? 1 + options_.seeds / 4 : options_.seeds;
         for (std::size_t seed = 0; seed < seeds; ++seed) {
             std::mt19937_64 random(1000003 * (index + 1) + 7919 * seed +
                                    std::hash<std::size_t>{}(sample.text.size()));
@@ -278,7 +133,7 @@ class Bench {
                 continue;
             }
             const salvage::Salvage salvaged = salvage::salvage(faulty->text);
-            const Score score = judge(kind, *faulty, salvaged.copies);
+            const Score score = scoreOf(kind, *faulty, salvaged.copies);
             scores_[static_cast<std::size_t>(sample.half)][index].add(score);
             if (score.exact == 0 && shown_ < options_.shown) {
                 show(sample, *faulty, salvaged.copies, seed, options_, static_cast<int>(shown_));
@@ -289,10 +144,10 @@ class Bench {
             }
             if (options_.hasRivals && seed == 0) {
                 xmllint_[index].add(
-                    judge(kind, *faulty, runRival("xmllint --recover --huge", faulty->text)));
+                    scoreOf(kind, *faulty, runRival("xmllint --recover --huge", faulty->text)));
                 if (hasTidy_) {
-                    tidy_[index].add(judge(
-                        kind, *faulty, runRival("tidy -q -xml --wrap 0", faulty->text)));
+                    tidy_[index].add(
+                        scoreOf(kind, *faulty, runRival("tidy -q -xml --wrap 0", faulty->text)));
                 }
             }
         }
@@ -303,15 +158,16 @@ class Bench {
             return "–";
         }
         std::array<char, 32> text{};
-        static_cast<void>(std::snprintf(text.data(), text.size(), "%.1f",
-                                        100.0 * static_cast<double>(part) /
-                                            static_cast<double>(whole)));
+        static_cast<void>(
+            std::snprintf(text.data(), text.size(), "%.1f",
+                          100.0 * static_cast<double>(part) / static_cast<double>(whole)));
         return text.data();
     }
 
     void print() const {
-        std::cout << "| fault | cases | exact, tuned half | exact, other half | well-formed | "
-                     "characters kept | xmllint --recover | tidy |\n|---|---|---|---|---|---|---|---|\n";
+        std::cout
+            << "| fault | cases | exact, tuned half | exact, other half | well-formed | "
+               "characters kept | xmllint --recover | tidy |\n|---|---|---|---|---|---|---|---|\n";
         std::array<Score, 2> all;
         Score both;
         Score xmllint;

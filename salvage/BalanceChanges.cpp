@@ -34,9 +34,8 @@ Balance Balancer::resultOf(const State& state) {
     std::stable_sort(result.changes.begin(), result.changes.end(), isBefore);
     // End tags the other way round.
     for (auto from = result.changes.begin(); from != result.changes.end();) {
-        const auto to = std::find_if(from, result.changes.end(), [&](const Change& change) {
-            return isBefore(*from, change);
-        });
+        const auto to = std::find_if(from, result.changes.end(),
+                                     [&](const Change& change) { return isBefore(*from, change); });
         if (rankOf(from->kind) == 1) {
             std::reverse(from, to);
         }

@@ -408,8 +408,8 @@ Balancer::State Balancer::withStartAt(const State& state, const std::vector<Item
     Sibling last;
     for (std::size_t i = index; i < items.size(); ++i) {
         const Node& node = nodes_[items[i].node];
-        changed.cost += costIn(tag.name, tag.indent, last, node) -
-                        static_cast<float>(node.cost) / kSteps;
+        changed.cost +=
+            costIn(tag.name, tag.indent, last, node) - static_cast<float>(node.cost) / kSteps;
         last = node.kind == NodeKind::text ? last : siblingOf(node);
     }
     const Sibling previous = index < items.size() ? items[index].previous : state.last;
@@ -465,8 +465,8 @@ void Balancer::tryRemoveEnd(const State& state, std::uint32_t token) {
 void Balancer::tryRename(const State& state, std::uint32_t token) {
     const Token& tag = tokens_[token];
     const Node& frame = nodes_[state.frame];
-    const bool isEndOdd =
-        !grammar_.isKnown(tag.name) && (grammar_.starts(tag.name) == 0 || tag.name == NameTable::kNameless);
+    const bool isEndOdd = !grammar_.isKnown(tag.name) &&
+                          (grammar_.starts(tag.name) == 0 || tag.name == NameTable::kNameless);
     const bool isStartOdd = !grammar_.isKnown(frame.name) && grammar_.starts(frame.name) <= 1 &&
                             grammar_.surplus(frame.name) > 0;
     const float far = nameDistance(names_.textOf(tag.name), names_.textOf(frame.name));
@@ -535,9 +535,8 @@ void Balancer::keepBest() {
     if (states_.size() == 1) {
         return;
     }
-    std::stable_sort(states_.begin(), states_.end(), [](const State& left, const State& right) {
-        return left.cost < right.cost;
-    });
+    std::stable_sort(states_.begin(), states_.end(),
+                     [](const State& left, const State& right) { return left.cost < right.cost; });
     const std::size_t most = answers_ < 200000 ? kMostStates : answers_ < 300000 ? 4 : 1;
     std::size_t kept = 0;
     for (std::size_t i = 0; i < states_.size() && kept < most; ++i) {
@@ -545,8 +544,9 @@ void Balancer::keepBest() {
         if (state.cost > states_[0].cost + kMargin) {
             break;
         }
-        const bool isNew = std::none_of(states_.begin(), states_.begin() + static_cast<std::ptrdiff_t>(kept),
-                                        [&](const State& other) { return other.open == state.open; });
+        const bool isNew =
+            std::none_of(states_.begin(), states_.begin() + static_cast<std::ptrdiff_t>(kept),
+                         [&](const State& other) { return other.open == state.open; });
         if (isNew) {
             states_[kept++] = state;
         }
@@ -569,82 +569,6 @@ void Balancer::takeEndPoorly(State& state, std::uint32_t token) {
         closeFrame(state, frame.name, NodeKind::element);
     }
     closeFrame(state, name, NodeKind::element);
-}
-
-// The cheapest first; where much is open, that is all.
-void Balancer::closeStates() {
-    std::stable_sort(states_.begin(), states_.end(), [](const State& left, const State& right) {
-        return left.cost < right.cost;
-    });
-    const std::size_t before = nodes_.size();
-    std::size_t closed = 0;
-    while (closed < states_.size() &&
-           (closed == 0 || nodes_.size() - before < tokens_.size() / 16 + 10000)) {
-        closeAll(states_[closed++]);
-    }
-    states_.resize(closed);
-}
-
-void Balancer::closeAll(State& state) {
-    while (nodes_[state.frame].name != NameTable::kDocument) {
-        closeOneAtEnd(state);
-    }
-    addMissingRoot(state);
-}
-
-void Balancer::closeOneAtEnd(State& state) {
-    const auto end = static_cast<std::uint32_t>(tokens_.size());
-    const Node frame = nodes_[state.frame];
-    const std::vector<Item> items = itemsOf(state);
-    if (const std::optional<State> changed = withoutStart(state, items);
-        changed && changed->cost < state.cost + weights_.closeAtEnd) {
-        state = *changed;
-        return;
-    }
-    const std::vector<Place> places = endPlaces(state, items);
-    const auto last = std::find_if(places.begin(), places.end(), [&](const Place& place) {
-        return place.index == items.size();
-    });
-    const float insertion = balanced(weights_.insertEnd, grammar_.surplus(frame.name), 1);
-    const bool isInside = places.front().index < items.size() &&
-                          (last == places.end() ||
-                           places.front().cost + insertion < last->cost + weights_.closeAtEnd);
-    if (isInside) {
-        state = withEndAt(state, items, places.front().index, end);
-        state.cost += insertion;
-        return;
-    }
-    note(state, ChangeKind::closeAtEnd, end, frame.name, frame.token);
-    state.cost += weights_.closeAtEnd;
-    closeFrame(state, frame.name, NodeKind::element);
-}
-
-// What is left of a file whose root element's start was lost is put into one.
-void Balancer::addMissingRoot(State& state) {
-    bool hasRoot = false;
-    bool hasOther = false;
-    std::uint32_t first = kNone;
-    for (NodeId node = state.top; node != state.frame; node = nodes_[node].previous) {
-        const Node& item = nodes_[node];
-        hasRoot = hasRoot || grammar_.isRoot(item.name);
-        hasOther = hasOther || item.kind != NodeKind::text;
-        first = item.kind != NodeKind::text ? item.token : first;
-    }
-    const NameId root = grammar_.rootName();
-    if (hasRoot || !hasOther || root == NameTable::kOther) {
-        return;
-    }
-    const auto end = static_cast<std::uint32_t>(tokens_.size());
-    note(state, ChangeKind::insertStartTag, first, root, end);
-    note(state, ChangeKind::closeAtEnd, end, root, first);
-    Node element;
-    element.kind = NodeKind::insertedElement;
-    element.name = root;
-    element.previous = state.frame;
-    element.around = state.frame;
-    element.token = first;
-    state.top = add(element);
-    state.cost += weights_.insertStart * 2;
 }
 
 }  // namespace vornic::salvage

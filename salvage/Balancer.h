@@ -147,8 +147,7 @@ class Balancer {
     [[nodiscard]] float costOutside(const Node& frame, Sibling previous, const Node& item);
     [[nodiscard]] Sibling siblingOf(const Node& element) const;
     [[nodiscard]] std::vector<Place> endPlaces(const State& state, const std::vector<Item>& items);
-    [[nodiscard]] std::vector<Place> startPlaces(const State& state,
-                                                 const std::vector<Item>& items,
+    [[nodiscard]] std::vector<Place> startPlaces(const State& state, const std::vector<Item>& items,
                                                  std::uint32_t token);
     [[nodiscard]] bool isOpen(const State& state, NameId name) const;
     [[nodiscard]] float balanced(float cost, int surplus, int wanted) const;

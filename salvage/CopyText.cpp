@@ -14,8 +14,8 @@ class CopyWriter {
     CopyWriter(std::string_view text, const Structure& structure, const CopyRange& range)
         : text_(text), names_(structure.names), end_(range.end), at_(range.offset) {
         const std::size_t line = text.find('\n');
-        newLine_ = line != std::string_view::npos && line > 0 && text[line - 1] == '\r' ? "\r\n"
-                                                                                        : "\n";
+        newLine_ =
+            line != std::string_view::npos && line > 0 && text[line - 1] == '\r' ? "\r\n" : "\n";
         out_.reserve(range.end - range.offset + 256);
     }
 
@@ -160,8 +160,8 @@ std::string makeCopy(std::string_view text, const Structure& structure, const Co
         structure.changes.begin(), structure.changes.end(), range.offset,
         [](const Change& left, std::size_t offset) { return left.offset < offset; });
     for (; change != structure.changes.end(); ++change) {
-        if (change->offset > range.end || (!isLast && change->offset == range.end &&
-                                           change->kind != ChangeKind::insertEndTag)) {
+        if (change->offset > range.end ||
+            (!isLast && change->offset == range.end && change->kind != ChangeKind::insertEndTag)) {
             break;
         }
         if (range.offset == 0 || change->offset != range.offset ||

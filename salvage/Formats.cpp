@@ -20,11 +20,11 @@ std::uint32_t pairOf(NameId first, NameId second) {
 
 class FCPXMLFormat final : public Format {
   public:
-    FCPXMLFormat(const fcpxml::Definition& definition, NameTable& names)
-        : definition_(definition) {
+    FCPXMLFormat(const fcpxml::Definition& definition, NameTable& names) : definition_(definition) {
         const fcpxml::Catalogue& catalogue = fcpxml::Catalogue::shared();
         for (std::size_t id = 0; id < catalogue.size(); ++id) {
-            const NameId name = names.idOf(catalogue.element(static_cast<fcpxml::ElementId>(id)).name);
+            const NameId name =
+                names.idOf(catalogue.element(static_cast<fcpxml::ElementId>(id)).name);
             ids_.resize(std::max<std::size_t>(ids_.size(), name + 1U), fcpxml::kNoElement);
             ids_[name] = static_cast<fcpxml::ElementId>(id);
         }
@@ -41,8 +41,7 @@ class FCPXMLFormat final : public Format {
             return kNever;
         }
         return definition->kind != fcpxml::ContentKind::elements ||
-                       transitionsOf(parent, *definition)
-                           .contains(pairOf(idOf(previous), id))
+                       transitionsOf(parent, *definition).contains(pairOf(idOf(previous), id))
                    ? 0
                    : kDisorder;
     }
@@ -60,8 +59,9 @@ class FCPXMLFormat final : public Format {
         if (definition == nullptr || definition->kind != fcpxml::ContentKind::elements) {
             return 0;
         }
-        return transitionsOf(parent, *definition).contains(pairOf(idOf(last), kEndId)) ? 0
-                                                                                         : kIncomplete;
+        return transitionsOf(parent, *definition).contains(pairOf(idOf(last), kEndId))
+                   ? 0
+                   : kIncomplete;
     }
 
   private:
@@ -132,7 +132,7 @@ class XMEMLFormat final : public Format {
         if (parent >= known_ || child >= known_) {
             return kUnknown;
         }
-        return pairs_.contains(pairOf(parent, child)) ? 0
+        return pairs_.contains(pairOf(parent, child))              ? 0
                : pairs_.contains(pairOf(parent, NameTable::kText)) ? kNever
                                                                    : kNever * 0.8F;
     }

@@ -27,8 +27,11 @@ float reliability(std::uint32_t right, std::uint32_t all) {
 }  // namespace
 
 Grammar::Grammar(std::unique_ptr<Format> format, const NameTable& names)
-    : format_(std::move(format)), names_(names), fcpxml_(names.find("fcpxml")),
-      xmeml_(names.find("xmeml")), entries_(kFirstSize) {}
+    : format_(std::move(format)),
+      names_(names),
+      fcpxml_(names.find("fcpxml")),
+      xmeml_(names.find("xmeml")),
+      entries_(kFirstSize) {}
 
 void Grammar::learn(const std::vector<Token>& tokens) {
     surplus_.assign(names_.size(), 0);
@@ -130,8 +133,8 @@ float Grammar::costOfEndIndent(int start, int end) const {
 }
 
 Grammar::Entry& Grammar::entry(NameId parent, NameId previous, NameId child) {
-    const std::uint64_t key = (std::uint64_t{parent} << 32U | std::uint64_t{previous} << 16U |
-                               std::uint64_t{child}) + 1;
+    const std::uint64_t key =
+        (std::uint64_t{parent} << 32U | std::uint64_t{previous} << 16U | std::uint64_t{child}) + 1;
     if (used_ * 2 > entries_.size()) {
         grow();
     }

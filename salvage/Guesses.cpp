@@ -21,14 +21,12 @@ RawAttribute attributeIn(std::string_view text) {
     const auto* const at = xmlchars::afterSpace(text.data(), text.data() + text.size());
     text.remove_prefix(static_cast<std::size_t>(at - text.data()));
     RawAttribute attribute;
-    attribute.name =
-        text.substr(0, xmlchars::nameLength(text.data(), text.data() + text.size()));
+    attribute.name = text.substr(0, xmlchars::nameLength(text.data(), text.data() + text.size()));
     const std::size_t quote = text.find_first_of("\"'");
     if (quote != std::string_view::npos) {
         const std::size_t end = text.find(text[quote], quote + 1);
-        attribute.value = text.substr(quote + 1, end == std::string_view::npos
-                                                     ? end
-                                                     : end - quote - 1);
+        attribute.value =
+            text.substr(quote + 1, end == std::string_view::npos ? end : end - quote - 1);
     }
     return attribute;
 }

@@ -2,10 +2,10 @@
 #define VORNIC_SALVAGE_NAME_TABLE_H
 
 #include <cstddef>
+#include <deque>
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <deque>
 
 #include "salvage/Token.h"
 

@@ -69,9 +69,9 @@ class BackShifts final : public ChangeSink {
   private:
     void addBehind(std::size_t copyOffset, std::size_t textOffset) {
         const std::size_t kept = textOffset - std::min(end_, textOffset);
-        shifts_.add(copyOffset - std::min(kept, copyOffset),
-                    static_cast<std::ptrdiff_t>(textOffset) -
-                        static_cast<std::ptrdiff_t>(copyOffset));
+        shifts_.add(
+            copyOffset - std::min(kept, copyOffset),
+            static_cast<std::ptrdiff_t>(textOffset) - static_cast<std::ptrdiff_t>(copyOffset));
     }
 
     std::size_t begin_;
@@ -100,6 +100,9 @@ class Run {
         if (structure_.names.isFull()) {
             return refuse(kTooManyFaults);
         }
+        if (structure_.copies.empty()) {
+            return refuse(kUnrecognisable);
+        }
         for (const CopyRange& range : structure_.copies) {
             makeOne(range);
             if (!result_.refusal.empty()) {
@@ -116,8 +119,7 @@ class Run {
         Findings& findings = result_.report.findings;
         const std::size_t first = findings.kept().size();
         if (!result_.copies.empty()) {
-            Finding* const second =
-                findings.add("salvage-second-root"_rule, {range.offset, 0});
+            Finding* const second = findings.add("salvage-second-root"_rule, {range.offset, 0});
             if (second != nullptr) {
                 second->inCopy.emplace();
             }
@@ -186,9 +188,10 @@ class Run {
                 ordered.push_back(&kept[i]);
             }
         }
-        std::stable_sort(ordered.begin(), ordered.end(), [](const Finding* left, const Finding* right) {
-            return left->inCopy->offset < right->inCopy->offset;
-        });
+        std::stable_sort(ordered.begin(), ordered.end(),
+                         [](const Finding* left, const Finding* right) {
+                             return left->inCopy->offset < right->inCopy->offset;
+                         });
         PlaceFinder places(index, TextDecoding());
         for (Finding* const finding : ordered) {
             finding->inCopy = places.placeOf({shifts.of(finding->inCopy->offset), 0});

@@ -64,8 +64,7 @@ std::size_t invalidRun(const std::string& bytes, std::size_t from) {
 
 }  // namespace
 
-std::optional<SourceText> SourceText::of(std::string bytes, Findings& findings,
-                                         ErrorSlot& error) {
+std::optional<SourceText> SourceText::of(std::string bytes, Findings& findings, ErrorSlot& error) {
     SourceText source;
     if (isUTF16(bytes) && bytes.size() % 2 != 0) {
         bytes.pop_back();  // half of a character, where the file was cut off
@@ -104,19 +103,31 @@ void SourceText::decodeLeniently(const std::string& bytes, Findings& findings) {
         }
         const std::string_view odd = std::string_view(bytes).substr(at, run);
         const bool isReadable =
-            run <= kFewBytes && std::all_of(odd.begin(), odd.end(), [](char byte) {
-                return windowsCharacter(byte) != 0;
-            });
+            run <= kFewBytes && std::all_of(odd.begin(), odd.end(),
+                                            [](char byte) { return windowsCharacter(byte) != 0; });
         const std::size_t offset = text_.size();
         for (const char byte : isReadable ? odd : std::string_view()) {
             appendCharacter(text_, windowsCharacter(byte));
         }
         at += run;
-        toBytes_.add(text_.size(), static_cast<std::ptrdiff_t>(at) -
-                                       static_cast<std::ptrdiff_t>(text_.size()));
-        findings.add(isReadable ? "salvage-bytes-read-as-windows"_rule
-                                : "salvage-bytes-dropped"_rule,
-                     {offset, text_.size() - offset}, {{"count", run}});
+        toBytes_.add(text_.size(),
+                     static_cast<std::ptrdiff_t>(at) - static_cast<std::ptrdiff_t>(text_.size()));
+        findings.add(
+            isReadable ? "salvage-bytes-read-as-windows"_rule : "salvage-bytes-dropped"_rule,
+            {offset, text_.size() - offset}, {{"count", run}});
+    }
+}
+
+// What was told of the whole text gets its place in the remaining one.
+void SourceText::moveBack(const std::vector<XMLEdit>& runs, Findings& findings) {
+    OffsetShifts toText;
+    std::ptrdiff_t removed = 0;
+    for (const XMLEdit& run : runs) {
+        removed += static_cast<std::ptrdiff_t>(run.length);
+        toText.add(run.offset + run.length, -removed);
+    }
+    for (Finding& finding : findings.kept()) {
+        finding.where.offset = toText.of(finding.where.offset);
     }
 }
 
@@ -126,6 +137,7 @@ void SourceText::dropForbidden(Findings& findings) {
     text_.reserve(whole_.size());
     const char* const end = whole_.data() + whole_.size();
     const ForbiddenCharacters characters(whole_);
+    moveBack(characters.runs(), findings);
     std::size_t removed = 0;
     for (const XMLEdit& run : characters.runs()) {
         const std::size_t offset = run.offset - removed;
@@ -133,8 +145,9 @@ void SourceText::dropForbidden(Findings& findings) {
         toWhole_.add(offset, static_cast<std::ptrdiff_t>(removed));
         const char* const from = whole_.data() + run.offset;
         const char* const to = std::min(from + run.length, end);
-        const auto count = static_cast<std::size_t>(std::count_if(
-            from, to, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80; }));
+        const auto count = static_cast<std::size_t>(std::count_if(from, to, [](char byte) {
+            return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80;
+        }));
         findings.add("salvage-characters-dropped"_rule, {offset, 0}, {{"count", count}});
     }
     text_ = characters.remainingText();

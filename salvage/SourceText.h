@@ -10,6 +10,7 @@
 #include "report/Findings.h"
 #include "salvage/OffsetShifts.h"
 #include "xml/TextDecoding.h"
+#include "xml/XMLReader.h"
 
 namespace vornic::salvage {
 
@@ -34,6 +35,7 @@ class SourceText {
   private:
     void decodeLeniently(const std::string& bytes, Findings& findings);
     void dropForbidden(Findings& findings);
+    static void moveBack(const std::vector<XMLEdit>& runs, Findings& findings);
 
     // The file's characters, with those that XML forbids; empty where there are none of these.
     std::string whole_;

@@ -20,8 +20,8 @@ using fcpxml::Version;
 constexpr std::array<std::string_view, 7> kOfFCPXML = {
     "<asset ", "<asset-clip ", "<spine", "<resources", "<media-rep ", "</resources>", "</spine>"};
 constexpr std::array<std::string_view, 7> kOfXMEML = {
-    "<clipitem", "<timebase>", "<pathurl>", "<samplecharacteristics>", "<linkclipref>",
-    "</clipitem>", "</timebase>"};
+    "<clipitem",     "<timebase>",  "<pathurl>",  "<samplecharacteristics>",
+    "<linkclipref>", "</clipitem>", "</timebase>"};
 
 template <std::size_t Size>
 bool hasAny(std::string_view text, const std::array<std::string_view, Size>& parts) {
@@ -50,8 +50,8 @@ Version versionOf(std::string_view text) {
 // How well a value fits what the attribute may hold.
 int fitOf(const fcpxml::AttributeDefinition& attribute, std::string_view value) {
     constexpr std::array<std::string_view, 8> kTimes = {
-        "offset", "start", "duration", "tcStart", "frameDuration", "audioStart", "audioDuration",
-        "time"};
+        "offset",        "start",      "duration",      "tcStart",
+        "frameDuration", "audioStart", "audioDuration", "time"};
     int fit = attribute.allows(value) ? 2 : 0;
     if (std::find(kTimes.begin(), kTimes.end(), attribute.name) != kTimes.end()) {
         fit += fcpxml::parsedTime(value).time.isKnown() ? 1 : -1;
@@ -140,10 +140,9 @@ class DocumentLevel {
         return end - 1;
     }
     [[nodiscard]] bool hasEndOfDocument() const {
-        return std::none_of(balance_.changes.begin(), balance_.changes.end(),
-                            [](const Change& change) {
-                                return change.kind == ChangeKind::closeAtEnd;
-                            });
+        return std::none_of(
+            balance_.changes.begin(), balance_.changes.end(),
+            [](const Change& change) { return change.kind == ChangeKind::closeAtEnd; });
     }
 
     // The next root element's copy begins behind the last one.

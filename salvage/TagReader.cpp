@@ -24,9 +24,8 @@ std::size_t beforeTrailingAttribute(std::string_view value) {
         --at;
     }
     const std::string_view name = value.substr(at, value.size() - 1 - at);
-    const bool isName =
-        !name.empty() &&
-        xmlchars::nameLength(name.data(), name.data() + name.size()) == name.size();
+    const bool isName = !name.empty() &&
+                        xmlchars::nameLength(name.data(), name.data() + name.size()) == name.size();
     if (!isName || at == 0) {
         return value.size();
     }
@@ -243,8 +242,7 @@ void TagReader::readQuotedValue(Attribute& attribute) {
     const char quote = here();
     const std::size_t from = at_ + 1;
     const std::size_t end = text_.find(quote, from);
-    const std::string_view value =
-        text_.substr(from, end == kNowhere ? kNowhere : end - from);
+    const std::string_view value = text_.substr(from, end == kNowhere ? kNowhere : end - from);
     const bool isSound = end != kNowhere && value.find('<') == kNowhere &&
                          (followsProperly(end + 1) || !value.ends_with('='));
     const std::size_t closed = isSound ? end : unclosedValueEnd(from, end);

@@ -1,9 +1,11 @@
 #include "salvage/Tokenizer.h"
 
 #include <algorithm>
+#include <string>
 
 #include "salvage/TagReader.h"
 #include "xml/XMLCharacters.h"
+#include "xml/XMLReader.h"
 
 namespace vornic::salvage {
 
@@ -39,10 +41,17 @@ class NextOf {
 class Tokenizer {
   public:
     Tokenizer(std::string_view text, NameTable& names, const ValueJudge& judge)
-        : text_(text), tags_(text, names, judge, tokens_.changes), commentEnd_(text, "-->"),
-          commentStart_(text, "<!--"), cdataEnd_(text, "]]>"), cdataStart_(text, "<![CDATA["),
-          endTag_(text, "</"), instructionEnd_(text, "?>"), lessThan_(text, "<"),
-          greaterThan_(text, ">"), newLine_(text, "\n") {}
+        : text_(text),
+          tags_(text, names, judge, tokens_.changes),
+          commentEnd_(text, "-->"),
+          commentStart_(text, "<!--"),
+          cdataEnd_(text, "]]>"),
+          cdataStart_(text, "<![CDATA["),
+          endTag_(text, "</"),
+          instructionEnd_(text, "?>"),
+          lessThan_(text, "<"),
+          greaterThan_(text, ">"),
+          newLine_(text, "\n") {}
 
     Tokens run() && {
         const auto marks = static_cast<std::size_t>(std::count(text_.begin(), text_.end(), '<'));
@@ -79,6 +88,9 @@ class Tokenizer {
         }
         if (c == '!') {
             return readDeclaration();
+        }
+        if (startsHere("<DOCTYPE")) {
+            return dropDocumentType();
         }
         if (xmlchars::nameLength(text_.data() + next, text_.data() + text_.size()) == 0) {
             return false;
@@ -161,7 +173,8 @@ class Tokenizer {
             --close;
         }
         const bool hasMark = text_[close - 1] == '?';
-        add(ChangeKind::closeInstruction, close - (hasMark ? 1 : 0), (hasMark ? 1 : 0) + (hasEnd ? 1 : 0));
+        add(ChangeKind::closeInstruction, close - (hasMark ? 1 : 0),
+            (hasMark ? 1 : 0) + (hasEnd ? 1 : 0));
         pushOther(close + (hasEnd ? 1 : 0));
         return true;
     }
@@ -186,6 +199,18 @@ class Tokenizer {
             return true;
         }
         return false;
+    }
+
+    [[nodiscard]] static bool isReadable(std::string_view declaration) {
+        return !readXML(std::string(declaration) + "<a/>", XMLMode::tolerant).fault;
+    }
+
+    // A document type declaration without its exclamation mark would be an element.
+    bool dropDocumentType() {
+        const std::size_t end = std::min(greaterThan_.from(at_), text_.size() - 1) + 1;
+        add(ChangeKind::removeDeclaration, at_, end - at_);
+        at_ = end;
+        return true;
     }
 
     void readComment() {
@@ -236,7 +261,11 @@ class Tokenizer {
             return;
         }
         if (text_[markup] == '>') {
-            pushOther(markup + 1);
+            if (isReadable(text_.substr(at_, markup + 1 - at_))) {
+                pushOther(markup + 1);
+            } else {
+                static_cast<void>(dropDocumentType());
+            }
             return;
         }
         if (text_[markup] == '[') {

@@ -62,12 +62,9 @@ constexpr std::string_view kUsage =
     "be read or no copy of it be written, 129, 130 or 143 when interrupted.\n";
 
 constexpr std::array kOptions = {
-    OptionSpecification{kSalvage},
-    OptionSpecification{"-o", true},
-    OptionSpecification{"--format", true},
-    OptionSpecification{"--quiet"},
-    OptionSpecification{"--help"},
-    OptionSpecification{"--version"},
+    OptionSpecification{kSalvage},         OptionSpecification{"-o", true},
+    OptionSpecification{"--format", true}, OptionSpecification{"--quiet"},
+    OptionSpecification{"--help"},         OptionSpecification{"--version"},
 };
 
 void printError(std::string_view text) {
@@ -118,7 +115,8 @@ class SilentReportWriter final : public ReportWriter {
 class SalvageRun {
   public:
     explicit SalvageRun(const CommandLine& line)
-        : output_(line.value("-o")), isQuiet_(line.has("--quiet")),
+        : output_(line.value("-o")),
+          isQuiet_(line.has("--quiet")),
           bar_([this] { return progress(); }) {
         ErrorSlot error;
         static_cast<void>(report_.open(std::nullopt, error));
@@ -127,8 +125,8 @@ class SalvageRun {
         if (isQuiet_) {
             writer_ = std::make_unique<SilentReportWriter>();
         } else if (line.value("--format") == "json") {
-            writer_ = std::make_unique<JSONReportWriter>(sink, kName, VORNIC_VERSION,
-                                                         Severity::info);
+            writer_ =
+                std::make_unique<JSONReportWriter>(sink, kName, VORNIC_VERSION, Severity::info);
         } else {
             writer_ = std::make_unique<TextReportWriter>(
                 sink, TextReportWriter::Style{isColoured, Severity::info});
@@ -157,8 +155,8 @@ class SalvageRun {
         try {
             salvaged = salvageFile(path, output_, kMostOfARule);
         } catch (const std::bad_alloc&) {
-            return refuse(path, formatString("There is not enough memory to salvage the file %@.",
-                                             path));
+            return refuse(path,
+                          formatString("There is not enough memory to salvage the file %@.", path));
         }
         bar_.aside([&] {
             if (!salvaged.error || !salvaged.copies.empty()) {

@@ -108,8 +108,10 @@ _vornic_repair() {
     local current previous
     _vornic_at
     COMPREPLY=()
-    if [[ $current == -* ]]; then
-        _vornic_words '--quiet --undo --list --force --help --version' "$current"
+    if [[ $previous == --format ]]; then
+        _vornic_words 'text json' "$current"
+    elif [[ $current == -* ]]; then
+        _vornic_words '--quiet --undo --list --force --salvage -o --format --help --version' "$current"
     else
         _vornic_files "$current"
     fi

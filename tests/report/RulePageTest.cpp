@@ -26,7 +26,7 @@ std::string manualPage() {
 }
 
 bool isOfACheck(const Rule& rule) {
-    return rule.group != RuleGroup::repair;
+    return isOfACheck(rule.group);
 }
 
 TEST(RulePage, tellsAllThatTheTableSays) {

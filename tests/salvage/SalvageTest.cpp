@@ -1,0 +1,288 @@
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "salvage/Salvage.h"
+#include "xml/XMLReader.h"
+
+namespace vornic::salvage {
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+constexpr std::string_view kSound =
+    "<?xml version=\"1.0\"?>\n"
+    "<xmeml version=\"5\">\n"
+    "    <sequence id=\"s1\">\n"
+    "        <name>Day 1</name>\n"
+    "        <rate>\n"
+    "            <timebase>25</timebase>\n"
+    "            <ntsc>FALSE</ntsc>\n"
+    "        </rate>\n"
+    "        <media>\n"
+    "            <video>\n"
+    "                <track>\n"
+    "                    <clipitem id=\"c1\">\n"
+    "                        <name>Boat</name>\n"
+    "                        <start>0</start>\n"
+    "                    </clipitem>\n"
+    "                    <clipitem id=\"c2\">\n"
+    "                        <name>Lake</name>\n"
+    "                        <start>9</start>\n"
+    "                    </clipitem>\n"
+    "                </track>\n"
+    "            </video>\n"
+    "        </media>\n"
+    "    </sequence>\n"
+    "</xmeml>\n";
+
+constexpr std::string_view kFCPXML =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<!DOCTYPE fcpxml>\n"
+    "<fcpxml version=\"1.10\">\n"
+    "    <resources>\n"
+    "        <format id=\"r1\" frameDuration=\"1/25s\"/>\n"
+    "        <asset id=\"r2\" name=\"Boat\" start=\"0s\" duration=\"9s\" format=\"r1\">\n"
+    "            <media-rep src=\"file:///Boat.mov\"/>\n"
+    "        </asset>\n"
+    "    </resources>\n"
+    "    <project name=\"Day 1\">\n"
+    "        <sequence format=\"r1\">\n"
+    "            <spine>\n"
+    "                <asset-clip ref=\"r2\" offset=\"0s\" duration=\"9s\">\n"
+    "                    <note>Wind</note>\n"
+    "                    <marker start=\"1s\" value=\"Here\"/>\n"
+    "                </asset-clip>\n"
+    "                <asset-clip ref=\"r2\" offset=\"9s\" duration=\"9s\"/>\n"
+    "            </spine>\n"
+    "        </sequence>\n"
+    "    </project>\n"
+    "</fcpxml>\n";
+
+// The text with the first occurrence of a part replaced.
+std::string with(std::string_view text, std::string_view part, std::string_view other) {
+    std::string changed(text);
+    const std::size_t at = changed.find(part);
+    EXPECT_NE(at, std::string::npos) << part;
+    return changed.replace(at, part.size(), other);
+}
+
+std::string copyOf(const std::string& text) {
+    const Salvage result = salvage(text);
+    EXPECT_EQ(result.refusal, "");
+    EXPECT_THAT(result.copies, SizeIs(1));
+    return result.copies.empty() ? "" : result.copies[0];
+}
+
+std::vector<std::string_view> rulesOf(const Salvage& result) {
+    std::vector<std::string_view> rules;
+    for (const Finding& finding : result.report.findings.kept()) {
+        rules.push_back(ruleOf(finding.rule).id);
+    }
+    return rules;
+}
+
+}  // namespace
+
+TEST(Salvage, leavesASoundFileAlone) {
+    const Salvage result = salvage(std::string(kSound));
+    EXPECT_TRUE(result.isSound);
+    EXPECT_THAT(result.copies, IsEmpty());
+    EXPECT_THAT(rulesOf(result), IsEmpty());
+}
+
+TEST(Salvage, putsALostEndTagInFrontOfWhatIsIndentedLikeItsElement) {
+    EXPECT_EQ(copyOf(with(kSound, "        </rate>\n", "")), kSound);
+}
+
+TEST(Salvage, closesTextInFrontOfTheNextElement) {
+    EXPECT_EQ(copyOf(with(kSound, "Day 1</name>", "Day 1")), kSound);
+}
+
+TEST(Salvage, endsAClipInFrontOfTheNextOne) {
+    EXPECT_EQ(copyOf(with(kSound, "                    </clipitem>\n", "")), kSound);
+}
+
+TEST(Salvage, putsALostStartTagInFrontOfWhatItHeld) {
+    EXPECT_EQ(copyOf(with(kSound, "        <rate>\n", "")), kSound);
+    EXPECT_EQ(copyOf(with(kFCPXML, "            <spine>\n", "")), kFCPXML);
+}
+
+TEST(Salvage, tellsWhichAttributesWentWithAStartTag) {
+    const Salvage result =
+        salvage(with(kFCPXML, "<asset-clip ref=\"r2\" offset=\"0s\" duration=\"9s\">\n", "\n"));
+    EXPECT_THAT(rulesOf(result), ElementsAre("salvage-start-tag-lost", "salvage-attributes-lost"));
+    EXPECT_THAT(result.report.findings.kept()[1].message(), HasSubstr("<asset-clip> needs ref"));
+}
+
+TEST(Salvage, uncrossesTags) {
+    EXPECT_EQ(copyOf(with(kSound, "</video>\n        </media>", "</media>\n        </video>")),
+              with(kSound, "        </media>", "            </media>"));
+}
+
+TEST(Salvage, readsAMisspeltEndTagAsTheOneThatIsMissing) {
+    EXPECT_EQ(copyOf(with(kSound, "</timebase>", "</timbease>")), kSound);
+}
+
+TEST(Salvage, readsAMisspeltStartTagAsTheOneThatIsClosed) {
+    EXPECT_EQ(copyOf(with(kSound, "<timebase>", "<tinebase>")), kSound);
+}
+
+TEST(Salvage, takesOutTagsThatStandTwice) {
+    EXPECT_EQ(copyOf(with(kSound, "</track>", "</track></track>")), kSound);
+    EXPECT_EQ(
+        copyOf(with(kSound, "            <video>\n", "            <video>\n            <video>\n")),
+        kSound);
+}
+
+TEST(Salvage, endsATagWithoutItsGreaterThanInFrontOfTheNextOneOrOfText) {
+    EXPECT_EQ(copyOf(with(kSound, "<rate>", "<rate")), kSound);
+    EXPECT_EQ(copyOf(with(kSound, "<timebase>", "<timebase")), kSound);
+    EXPECT_EQ(copyOf(with(kSound, "</rate>", "</rate")), kSound);
+    EXPECT_EQ(copyOf(with(kFCPXML, "frameDuration=\"1/25s\"/>", "frameDuration=\"1/25s\"/")),
+              kFCPXML);
+}
+
+TEST(Salvage, keepsOneOfTwoEqualAttributes) {
+    EXPECT_EQ(copyOf(with(kSound, "id=\"c1\"", "id=\"c1\" id=\"c1\"")), kSound);
+}
+
+TEST(Salvage, keepsTheValueThatFitsItsAttributeAndTellsBoth) {
+    const Salvage result = salvage(with(kFCPXML, "start=\"0s\"", "start=\"soon\" start=\"0s\""));
+    ASSERT_THAT(result.copies, ElementsAre(std::string(kFCPXML)));
+    EXPECT_THAT(rulesOf(result), ElementsAre("salvage-attribute-conflict"));
+    EXPECT_THAT(result.report.findings.kept()[0].message(),
+                HasSubstr("\"0s\" was kept and \"soon\" taken out"));
+    EXPECT_EQ(copyOf(with(kSound, "id=\"c1\"", "id=\"c1\" id=\"x\"")), kSound);
+}
+
+TEST(Salvage, closesAValueInFrontOfTheNextAttribute) {
+    EXPECT_EQ(copyOf(with(kFCPXML, "name=\"Boat\" start", "name=\"Boat start")), kFCPXML);
+    EXPECT_EQ(copyOf(with(kFCPXML, "version=\"1.10\">", "version=\"1.10>")), kFCPXML);
+    EXPECT_EQ(copyOf(with(kFCPXML, "name=\"Boat\"", "name=Boat\"")), kFCPXML);
+}
+
+TEST(Salvage, closesACommentWithItsLine) {
+    EXPECT_EQ(copyOf(with(kSound, "    <sequence", "    <!-- cut 3\n    <sequence")),
+              with(kSound, "    <sequence", "    <!-- cut 3-->\n    <sequence"));
+}
+
+TEST(Salvage, takesOutAStrayEndTagBehindTheRootAndKeepsTextAsAComment) {
+    EXPECT_EQ(copyOf(std::string(kSound) + "</track>\n"), kSound);
+    EXPECT_EQ(copyOf(std::string(kSound) + "by -- hand"),
+              std::string(kSound) + "<!-- by - - hand -->");
+}
+
+TEST(Salvage, makesASecondRootACopyOfItsOwn) {
+    const Salvage result = salvage(std::string(kSound) + std::string(kSound));
+    ASSERT_THAT(result.copies, SizeIs(2));
+    for (const std::string& copy : result.copies) {
+        EXPECT_FALSE(readXML(copy, XMLMode::strict).fault);
+        EXPECT_THAT(copy, HasSubstr("Lake"));
+    }
+}
+
+TEST(Salvage, closesWhatIsOpenWhereAFileWasCutOff) {
+    const std::string text(kSound);
+    const Salvage result = salvage(text.substr(0, text.find("<start>9") + 3));
+    ASSERT_THAT(result.copies, SizeIs(1));
+    EXPECT_THAT(result.copies[0], HasSubstr("<name>Lake</name>\n                    </clipitem>\n"
+                                            "                </track>\n            </video>\n"));
+    EXPECT_THAT(rulesOf(result),
+                ::testing::UnorderedElementsAre("salvage-cut-tag", "salvage-cut-off"));
+}
+
+TEST(Salvage, makesACopyWhereverAFileIsCutOff) {
+    for (const std::string_view whole : {kSound, kFCPXML}) {
+        const std::size_t root = whole.find('>', whole.find("ml version=\"", 20)) + 1;
+        for (std::size_t length = root; length < whole.size() - 2; ++length) {
+            const Salvage result = salvage(std::string(whole.substr(0, length)));
+            ASSERT_THAT(result.copies, SizeIs(1)) << length << " " << result.refusal;
+            ASSERT_FALSE(readXML(result.copies[0], XMLMode::strict).fault) << length;
+        }
+    }
+}
+
+TEST(Salvage, makesAWellFormedCopyWithoutAnySingleByteOfTheRootsContent) {
+    for (const std::string_view whole : {kSound, kFCPXML}) {
+        for (std::size_t at = whole.find('>', whole.find("ml version=\"", 20)) + 1;
+             at < whole.size(); ++at) {
+            const std::string text = std::string(whole).erase(at, 1);
+            const Salvage result = salvage(text);
+            if (result.isSound) {
+                continue;
+            }
+            ASSERT_EQ(result.refusal, "") << at << text;
+            for (const std::string& copy : result.copies) {
+                ASSERT_FALSE(readXML(copy, XMLMode::strict).fault) << at;
+            }
+        }
+    }
+}
+
+TEST(Salvage, tellsPlacesInTheFileAndInTheCopy) {
+    const Salvage result = salvage(with(kSound, "        </rate>\n", ""));
+    ASSERT_THAT(rulesOf(result), ElementsAre("salvage-end-tag-lost"));
+    const Finding& finding = result.report.findings.kept()[0];
+    EXPECT_EQ(finding.message(), "<rate> was never closed; </rate> was put here");
+    EXPECT_EQ(finding.where.line, 7U);
+    EXPECT_EQ(finding.where.column, 31U);
+    EXPECT_EQ(finding.where.path, "/xmeml[1]/sequence[1]/rate[1]");
+    ASSERT_TRUE(finding.inCopy);
+    EXPECT_EQ(result.copies[0].substr(finding.inCopy->offset, 16), "\n        </rate>");
+}
+
+TEST(Salvage, mendsFaultsInsideALineAsWellWithTheirPlaces) {
+    const std::string text = with(with(kSound, "</rate>", ""), "Lake", "Lake & Sea");
+    const Salvage result = salvage(text);
+    ASSERT_THAT(rulesOf(result), ElementsAre("salvage-end-tag-lost", "xml-stray-ampersand"));
+    const Finding& finding = result.report.findings.kept()[1];
+    EXPECT_EQ(finding.where.offset, text.find('&'));
+    EXPECT_EQ(result.copies[0].substr(finding.inCopy->offset, 5), "&amp;");
+}
+
+TEST(Salvage, refusesWhatIsNoProject) {
+    for (const char* text : {"", "hello", "<html><body>",
+                             "\x7F"
+                             "ELF\x02\x01",
+                             "<<<<"}) {
+        const Salvage result = salvage(text);
+        EXPECT_THAT(result.refusal, HasSubstr("looks like a Final Cut Pro project")) << text;
+        EXPECT_THAT(result.copies, IsEmpty());
+    }
+}
+
+TEST(Salvage, countsEveryGuessAndKeepsTheFirstOnes) {
+    std::string text(kSound);
+    for (int i = 0; i < 5000; ++i) {
+        text += "</track>\n";
+    }
+    const Salvage result = salvage(std::move(text));
+    EXPECT_EQ(result.report.findings.count("salvage-end-tag-stray"_rule), 5000U);
+    EXPECT_THAT(result.report.findings.kept(), SizeIs(100));
+    EXPECT_THAT(result.copies, ElementsAre(std::string(kSound)));
+}
+
+// Each of these took minutes or more memory than there is, were anything but linear.
+TEST(Salvage, takesHostileTextsInLinearTime) {
+    constexpr int kMany = 100000;
+    for (const std::string part : {"</a>", "<bin>", "<bin></clip>", "<!--", "<![CDATA[", "<?a ",
+                                   "<a b=\"", "<a ", "<bin></bin></bin>", "<", "&", "]]>"}) {
+        std::string text = "<xmeml version=\"5\">";
+        for (int i = 0; i < kMany; ++i) {
+            text += part;
+        }
+        const Salvage result = salvage(std::move(text));
+        EXPECT_TRUE(!result.refusal.empty() || result.copies.size() == 1) << part;
+    }
+}
+
+}  // namespace vornic::salvage
