@@ -9,6 +9,7 @@
 #include <deque>
 #include <new>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 #include "app/cli/Complaint.h"
@@ -115,9 +116,8 @@ CheckRun::CheckedFile CheckRun::check(const std::string& path) const {
             file.refusal = error->localizedDescription();
             return file;
         }
-        CheckOptions options = settings_.check;
+        CheckOptions options = optionsOfRun();
         options.fileName = path == "-" ? "" : platform::lastComponent(path);
-        options.usesThreads = fileCount_ < settings_.jobs;
         if (settings_.looksForMedia) {
             options.media = media_.checkOf(path);
         }
@@ -133,8 +133,16 @@ CheckRun::CheckedFile CheckRun::check(const std::string& path) const {
     return file;
 }
 
+CheckOptions CheckRun::optionsOfRun() const {
+    CheckOptions options = settings_.check;
+    // Files are mended one after the other, so that the other processors are idle.
+    options.usesThreads =
+        settings_.fix ? std::thread::hardware_concurrency() > 1 : fileCount_ < settings_.jobs;
+    return options;
+}
+
 CheckRun::CheckedFile CheckRun::fix(const std::string& path) const {
-    FixedFile fixed = fixFile(path, settings_.check, *settings_.fix);
+    FixedFile fixed = fixFile(path, optionsOfRun(), *settings_.fix);
     return {.path = path,
             .report = std::move(fixed.report),
             .refusal = std::move(fixed.refusal),

@@ -50,6 +50,8 @@ class CheckRun {
     [[nodiscard]] std::future<CheckedFile> start(const std::string& path) const;
     void checkAll(const std::vector<std::string>& paths);
     void await(std::future<CheckedFile>& file);
+    /// What is asked of every file.
+    [[nodiscard]] CheckOptions optionsOfRun() const;
     [[nodiscard]] CheckedFile fix(const std::string& path) const;
     void add(const CheckedFile& file);
     void report(const CheckedFile& file);
