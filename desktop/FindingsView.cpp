@@ -207,14 +207,15 @@ void FindingsView::countTicked() {
 }
 
 void FindingsView::countSeverities() {
+    constexpr std::array kOne = {"Note", "Warning", "Error"};
     constexpr std::array kMany = {"Notes", "Warnings", "Errors"};
     for (std::size_t index = 0; index < kSeverityCount; ++index) {
         const auto severity = static_cast<Severity>(index);
         const std::uint64_t count = model_->table() ? model_->table()->count(severity) : 0;
         QToolButton* const button = switches_.at(index);
         button->setIcon(severityIcon(severity, palette()));
-        button->setText(
-            QStringLiteral("%1 %2").arg(toQString(withThousands(count)), tr(kMany.at(index))));
+        button->setText(QStringLiteral("%1 %2").arg(toQString(withThousands(count)),
+                                                    tr((count == 1 ? kOne : kMany).at(index))));
         button->setToolTip(toolTipOf(tr("Show or hide findings of this severity")));
     }
 }
