@@ -27,10 +27,6 @@ bool isWholeNumber(std::string_view text) {
            std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
-bool isZero(std::string_view number) {
-    return number.find_first_not_of("+-0") == std::string_view::npos;
-}
-
 }  // namespace
 
 std::string ClipRules::laneOf(const StoryElement& clip) const {
@@ -38,7 +34,7 @@ std::string ClipRules::laneOf(const StoryElement& clip) const {
 }
 
 bool ClipRules::hasLane(const StoryElement& clip) const {
-    return clip.lane.offset != 0 && !isZero(laneOf(clip));
+    return clip.lane.offset != 0 && fcpxml::isLane(laneOf(clip));
 }
 
 bool ClipRules::isConnected(const StoryElement& clip, const StoryElement& parent) {

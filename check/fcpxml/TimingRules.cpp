@@ -57,8 +57,8 @@ class TimelineCheck {
         : index_(index),
           findings_(findings),
           resources_(index),
-          reader_(index, &findings),
-          quietReader_(index, nullptr),
+          reader_(index, findings),
+          quietReader_(index),
           clips_(index, resources_, findings),
           isComplete_(isComplete) {}
 
@@ -88,15 +88,12 @@ class TimelineCheck {
     void judgeExtent(const Level& sequence);
     [[nodiscard]] Level* parentOf(ElementNumber element);
     [[nodiscard]] Time sequenceFrame(const Level& level) const;
-    [[nodiscard]] Time startOf(const StoryElement& story);
-    [[nodiscard]] Time durationOf(const StoryElement& story);
-    [[nodiscard]] StoryElement withAuditionsPick(const StoryElement& audition) const;
 
     const ElementIndex& index_;
     Findings& findings_;
     Resources resources_;
     TimeReader reader_;
-    TimeReader quietReader_;
+    fcpxml::StoryReader quietReader_;
     ClipRules clips_;
     bool isComplete_;
     std::vector<Level> levels_;
@@ -125,41 +122,6 @@ Level* TimelineCheck::parentOf(ElementNumber element) {
 
 Time TimelineCheck::sequenceFrame(const Level& level) const {
     return level.timeline == kNoLevel ? Time() : levels_[level.timeline].frame;
-}
-
-// A clip without a start begins where its media do.
-Time TimelineCheck::startOf(const StoryElement& story) {
-    if (story.start.isThere()) {
-        return story.start.time;
-    }
-    const Resource* const asset = resources_.find(story.reference, "asset");
-    return story.kind == StoryKind::assetClip && asset != nullptr ? asset->start : Time(0);
-}
-
-// Those of asset clips alone may be left out.
-Time TimelineCheck::durationOf(const StoryElement& story) {
-    if (story.duration.isThere() || story.kind != StoryKind::assetClip) {
-        return story.duration.time;
-    }
-    const Resource* const asset = resources_.find(story.reference, "asset");
-    return asset == nullptr ? Time() : asset->duration;
-}
-
-// An audition is as long as the clip that it shows, which is its first.
-StoryElement TimelineCheck::withAuditionsPick(const StoryElement& audition) const {
-    StoryElement story = audition;
-    const ElementNumber pick = index_.firstChildOf(audition.element);
-    if (pick != kNoElement && isStoryItem(quietReader_.kindOf(pick))) {
-        const StoryElement shown = quietReader_.read(pick);
-        story = shown;
-        story.element = audition.element;
-        story.kind = audition.kind;
-        story.offset = audition.offset.isThere() ? audition.offset : shown.offset;
-        story.lane = audition.lane;
-        // Judged where they stand.
-        story.reference = story.format = story.tcFormat = {};
-    }
-    return story;
 }
 
 void TimelineCheck::open(const StoryElement& story) {
@@ -249,10 +211,10 @@ void TimelineCheck::openSpine(Level& level) {
 
 void TimelineCheck::openItem(Level& level) {
     if (level.story.kind == StoryKind::audition) {
-        level.story = withAuditionsPick(level.story);
+        level.story = quietReader_.withAuditionsPick(level.story);
     }
-    level.start = startOf(level.story);
-    level.duration = durationOf(level.story);
+    level.start = fcpxml::startOf(level.story, resources_);
+    level.duration = fcpxml::durationOf(level.story, resources_);
     level.frame = resources_.frameDurationOf(level.story.format);
     Level* const parent = parentOf(level.story.element);
     if (parent != nullptr && parent->spine) {

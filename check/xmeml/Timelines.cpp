@@ -4,8 +4,8 @@
 
 #include "check/xmeml/MediaTable.h"
 #include "check/xmeml/Rules.h"
-#include "check/xmeml/Timeline.h"
 #include "formats/xmeml/SpeedEffect.h"
+#include "formats/xmeml/TrackItem.h"
 
 namespace vornic::xmeml {
 
@@ -33,7 +33,7 @@ class TimelineCheck {
 
     void run() {
         for (const ElementNumber track : index_.elementsNamed("track")) {
-            if (Timeline* const timeline = timelineOf(track)) {
+            if (TimelineHead* const timeline = timelineOf(track)) {
                 checkTrack(track, *timeline);
             }
         }
@@ -56,29 +56,29 @@ class TimelineCheck {
         ElementNumber reaching = kNoElement;
     };
 
-    Timeline* timelineOf(ElementNumber track);
-    void checkTrack(ElementNumber track, Timeline& timeline);
-    void checkClip(const TrackItem& item, const Timeline& timeline);
-    void checkLength(const TrackItem& item, const Timeline& timeline, const Media* media);
-    void checkMediaEnd(const TrackItem& item, const Timeline& timeline, const Media* media);
+    TimelineHead* timelineOf(ElementNumber track);
+    void checkTrack(ElementNumber track, TimelineHead& timeline);
+    void checkClip(const TrackItem& item, const TimelineHead& timeline);
+    void checkLength(const TrackItem& item, const TimelineHead& timeline, const Media* media);
+    void checkMediaEnd(const TrackItem& item, const TimelineHead& timeline, const Media* media);
     void checkEdges(const TrackItem& item, const TrackItem& previous, const TrackItem& next,
-                    const Timeline& timeline);
+                    const TimelineHead& timeline);
     void addMissingTransition(ElementNumber edge, const TrackItem& item, const char* side,
-                              const Timeline& timeline);
+                              const TimelineHead& timeline);
     void checkTransition(const TrackItem& item, const TrackItem& previous, const TrackItem& next,
-                         const Timeline& timeline);
-    void checkPlace(const TrackItem& item, Before& before, Timeline& timeline);
-    void checkDuration(const Timeline& timeline);
-    Finding* add(RuleId rule, TextSpan place, const TrackItem& item, const Timeline& timeline);
+                         const TimelineHead& timeline);
+    void checkPlace(const TrackItem& item, Before& before, TimelineHead& timeline);
+    void checkDuration(const TimelineHead& timeline);
+    Finding* add(RuleId rule, TextSpan place, const TrackItem& item, const TimelineHead& timeline);
 
     const View& view_;
     const ElementIndex& index_;
     Findings& findings_;
     MediaTable media_;
-    std::unordered_map<ElementNumber, Timeline> timelines_;
+    std::unordered_map<ElementNumber, TimelineHead> timelines_;
 };
 
-Timeline* TimelineCheck::timelineOf(ElementNumber track) {
+TimelineHead* TimelineCheck::timelineOf(ElementNumber track) {
     const ElementNumber kind = index_.parentOf(track);
     const ElementNumber media = view_.parentOf(kind, Name::media);
     const ElementNumber element = media == kNoElement ? kNoElement : index_.parentOf(media);
@@ -88,12 +88,12 @@ Timeline* TimelineCheck::timelineOf(ElementNumber track) {
     const auto known = timelines_.find(element);
     return known != timelines_.end()
                ? &known->second
-               : &timelines_.emplace(element, readTimeline(view_, element)).first->second;
+               : &timelines_.emplace(element, readTimelineHead(view_, element)).first->second;
 }
 
 // A finding with what the item is called and the timecode at which it begins.
 Finding* TimelineCheck::add(RuleId rule, TextSpan place, const TrackItem& item,
-                            const Timeline& timeline) {
+                            const TimelineHead& timeline) {
     Finding* const finding = findings_.add(rule, place);
     if (finding != nullptr) {
         finding->arguments = {{"thing", view_.describe(item.element)}};
@@ -102,7 +102,7 @@ Finding* TimelineCheck::add(RuleId rule, TextSpan place, const TrackItem& item,
     return finding;
 }
 
-void TimelineCheck::checkTrack(ElementNumber track, Timeline& timeline) {
+void TimelineCheck::checkTrack(ElementNumber track, TimelineHead& timeline) {
     Before before;
     TrackItem item = nextItem(view_, index_.firstChildOf(track));
     while (item.isThere()) {
@@ -123,7 +123,7 @@ void TimelineCheck::checkTrack(ElementNumber track, Timeline& timeline) {
     }
 }
 
-void TimelineCheck::checkClip(const TrackItem& item, const Timeline& timeline) {
+void TimelineCheck::checkClip(const TrackItem& item, const TimelineHead& timeline) {
     if (item.name != Name::clipitem || !isSet(item.in) || !isSet(item.out) ||
         *item.in >= *item.out) {
         return;
@@ -133,7 +133,7 @@ void TimelineCheck::checkClip(const TrackItem& item, const Timeline& timeline) {
     checkLength(item, timeline, media);
 }
 
-void TimelineCheck::checkLength(const TrackItem& item, const Timeline& timeline,
+void TimelineCheck::checkLength(const TrackItem& item, const TimelineHead& timeline,
                                 const Media* media) {
     if (!timeline.isSequence || !isSet(item.start) || !isSet(item.end) ||
         *item.start >= *item.end) {
@@ -168,7 +168,7 @@ void TimelineCheck::checkLength(const TrackItem& item, const Timeline& timeline,
     }
 }
 
-void TimelineCheck::checkMediaEnd(const TrackItem& item, const Timeline& timeline,
+void TimelineCheck::checkMediaEnd(const TrackItem& item, const TimelineHead& timeline,
                                   const Media* media) {
     if (media == nullptr || !media->hasEnd || *item.out <= media->duration) {
         return;
@@ -195,7 +195,7 @@ void TimelineCheck::checkMediaEnd(const TrackItem& item, const Timeline& timelin
 }
 
 void TimelineCheck::checkEdges(const TrackItem& item, const TrackItem& previous,
-                               const TrackItem& next, const Timeline& timeline) {
+                               const TrackItem& next, const TimelineHead& timeline) {
     if (!timeline.isSequence) {
         return;
     }
@@ -209,7 +209,7 @@ void TimelineCheck::checkEdges(const TrackItem& item, const TrackItem& previous,
 }
 
 void TimelineCheck::addMissingTransition(ElementNumber edge, const TrackItem& item,
-                                         const char* side, const Timeline& timeline) {
+                                         const char* side, const TimelineHead& timeline) {
     if (Finding* const finding =
             add("timing-missing-transition"_rule, view_.placeOf(edge), item, timeline)) {
         finding->arguments.push_back({"side", side});
@@ -218,7 +218,7 @@ void TimelineCheck::addMissingTransition(ElementNumber edge, const TrackItem& it
 }
 
 void TimelineCheck::checkTransition(const TrackItem& item, const TrackItem& previous,
-                                    const TrackItem& next, const Timeline& timeline) {
+                                    const TrackItem& next, const TimelineHead& timeline) {
     if (!isSet(item.start) || !isSet(item.end) || *item.start > *item.end) {
         return;
     }
@@ -239,7 +239,7 @@ void TimelineCheck::checkTransition(const TrackItem& item, const TrackItem& prev
 }
 
 // Whether it begins where the items before it have ended.
-void TimelineCheck::checkPlace(const TrackItem& item, Before& before, Timeline& timeline) {
+void TimelineCheck::checkPlace(const TrackItem& item, Before& before, TimelineHead& timeline) {
     if (item.isTransition()) {
         return;
     }
@@ -269,7 +269,7 @@ void TimelineCheck::checkPlace(const TrackItem& item, Before& before, Timeline& 
     }
 }
 
-void TimelineCheck::checkDuration(const Timeline& timeline) {
+void TimelineCheck::checkDuration(const TimelineHead& timeline) {
     if (!timeline.duration || *timeline.duration < 0 || timeline.lastEnd <= *timeline.duration) {
         return;
     }

@@ -40,6 +40,10 @@ class Time {
 
     /// As FCPXML writes it: "5s", "1001/24000s", without reducing the fraction; "" when unknown.
     [[nodiscard]] std::string text() const;
+    /// Near enough for a drawing; 0 when unknown.
+    [[nodiscard]] double approximateSeconds() const {
+        return isKnown() ? static_cast<double>(numerator_) / static_cast<double>(denominator_) : 0;
+    }
     /// For people: "1.25 s"; "" when unknown.
     [[nodiscard]] std::string seconds() const;
 

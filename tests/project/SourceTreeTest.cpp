@@ -18,9 +18,10 @@ namespace fs = std::filesystem;
 // The floors of the code; an include points down or sideways.
 const std::map<std::string, int>& floors() {
     static const std::map<std::string, int> map = {
-        {"platform", 0}, {"foundation", 1}, {"xml", 2},    {"ui", 2},   {"report", 3},
-        {"formats", 4},  {"check", 5},      {"media", 5},  {"mend", 5}, {"salvage", 5},
-        {"convert", 5},  {"job", 6},        {"repair", 7}, {"app", 8},  {"desktop", 9}};
+        {"platform", 0}, {"foundation", 1}, {"xml", 2},     {"ui", 2},
+        {"report", 3},   {"formats", 4},    {"check", 5},   {"media", 5},
+        {"picture", 5},  {"mend", 5},       {"salvage", 5}, {"convert", 5},
+        {"job", 6},      {"repair", 7},     {"app", 8},     {"desktop", 9}};
     return map;
 }
 

@@ -1,4 +1,4 @@
-#include "check/xmeml/Timeline.h"
+#include "formats/xmeml/TrackItem.h"
 
 #include "formats/xmeml/Number.h"
 
@@ -11,7 +11,7 @@ std::optional<std::int64_t> numberOf(const View& view, ElementNumber element,
     return element == kNoElement ? std::nullopt : readNumber(view.textOf(element, storage)).whole();
 }
 
-void readStart(const View& view, ElementNumber element, Timeline& timeline) {
+void readStart(const View& view, ElementNumber element, TimelineHead& timeline) {
     if (element == kNoElement || !timeline.rate) {
         return;
     }
@@ -49,17 +49,17 @@ TrackItem readItem(const View& view, ElementNumber element, Name name) {
 
 }  // namespace
 
-std::string Timeline::timecodeOf(std::int64_t frame) const {
+std::string TimelineHead::timecodeOf(std::int64_t frame) const {
     constexpr std::int64_t kMost = std::int64_t{1} << 40;
     return rate && frame >= 0 && frame < kMost && startFrame < kMost
                ? timecodeText(startFrame + frame, *rate, isDropFrame)
                : "";
 }
 
-Timeline readTimeline(const View& view, ElementNumber element) {
+TimelineHead readTimelineHead(const View& view, ElementNumber element) {
     const Parts parts(view, element);
     std::string storage;
-    Timeline timeline;
+    TimelineHead timeline;
     timeline.element = element;
     timeline.isSequence = view.is(element, Name::sequence);
     timeline.rate = rateOf(view, parts[Name::rate]);

@@ -1,5 +1,5 @@
-#ifndef VORNIC_CHECK_XMEML_TIMELINE_H
-#define VORNIC_CHECK_XMEML_TIMELINE_H
+#ifndef VORNIC_FORMATS_XMEML_TRACK_ITEM_H
+#define VORNIC_FORMATS_XMEML_TRACK_ITEM_H
 
 #include <cstdint>
 #include <optional>
@@ -11,7 +11,7 @@
 namespace vornic::xmeml {
 
 /// A sequence, or a clip with tracks of its own.
-struct Timeline {
+struct TimelineHead {
     ElementNumber element = kNoElement;
     bool isSequence = false;
     std::optional<Rate> rate;
@@ -28,7 +28,7 @@ struct Timeline {
     [[nodiscard]] std::string timecodeOf(std::int64_t frame) const;
 };
 
-[[nodiscard]] Timeline readTimeline(const View& view, ElementNumber element);
+[[nodiscard]] TimelineHead readTimelineHead(const View& view, ElementNumber element);
 
 /// A clip item, a generator or a transition in its track. Times that are not set, and those that
 /// are no whole numbers, are missing; −1 says that a transition decides.
