@@ -47,13 +47,15 @@ void complain(const std::string& sentence) {
 std::string_view participleOf(JournalEntry::Action action) {
     switch (action) {
         case JournalEntry::Action::undo:
-            return "undone  ";
+            return "undone   ";
         case JournalEntry::Action::mend:
-            return "mended  ";
+            return "mended   ";
         case JournalEntry::Action::relink:
-            return "relinked";
+            return "relinked ";
+        case JournalEntry::Action::convert:
+            return "converted";
         default:
-            return "repaired";
+            return "repaired ";
     }
 }
 

@@ -54,6 +54,10 @@ std::optional<std::string> InPlaceChange::read(
 
 // The check of the bytes may still go on.
 void InPlaceChange::write(const std::string& bytes) {
+    write([&bytes](const WorkingCopy::Sink& sink) { return sink(bytes); });
+}
+
+void InPlaceChange::write(const WorkingCopy::Writer& bytes) {
     isWritten_ =
         !result_.error && !result_.isCancelled && (copy_.isMade() || make()) && save(bytes);
 }
@@ -94,8 +98,8 @@ bool InPlaceChange::make() {
     return true;
 }
 
-bool InPlaceChange::save(const std::string& bytes) {
-    copy_.save([&bytes](const WorkingCopy::Sink& sink) { return sink(bytes); }, result_.error);
+bool InPlaceChange::save(const WorkingCopy::Writer& bytes) {
+    copy_.save(bytes, result_.error);
     return !result_.error;
 }
 

@@ -57,6 +57,8 @@ class InPlaceChange {
         const std::optional<platform::ContentDigest::Value>& expected = std::nullopt);
     /// Writes the new bytes; the last ones that it is given count.
     void write(const std::string& bytes);
+    /// The same with bytes that are handed over piece by piece.
+    void write(const WorkingCopy::Writer& bytes);
     /// Ends the change. @param isWanted false to leave the file as it is after all
     void finish(bool isWanted, SwapObserver& observer);
     void takeNotes();
@@ -64,7 +66,7 @@ class InPlaceChange {
   private:
     [[nodiscard]] bool isLeft() const;
     bool make();
-    bool save(const std::string& bytes);
+    bool save(const WorkingCopy::Writer& bytes);
     void swap(SwapObserver& observer);
     void takeOutcome();
 

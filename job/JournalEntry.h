@@ -25,7 +25,7 @@ struct JournalFile {
 /// One change of a user's file in its place: the file that stood there went to the Trash, and
 /// another one took its name.
 struct JournalEntry {
-    enum class Action { repair, mend, relink, undo };
+    enum class Action { repair, mend, relink, convert, undo };
     enum class State {
         /// Announced; whether it was made is not known.
         begun,

@@ -16,9 +16,8 @@ namespace vornic {
 namespace {
 
 constexpr std::pair<JournalEntry::Action, std::string_view> kActions[] = {
-    {JournalEntry::Action::repair, "repair"},
-    {JournalEntry::Action::mend, "mend"},
-    {JournalEntry::Action::relink, "relink"},
+    {JournalEntry::Action::repair, "repair"}, {JournalEntry::Action::mend, "mend"},
+    {JournalEntry::Action::relink, "relink"}, {JournalEntry::Action::convert, "convert"},
     {JournalEntry::Action::undo, "undo"},
 };
 

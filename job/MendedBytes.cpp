@@ -32,35 +32,6 @@ Counts countsOf(const Findings& findings) {
     return counts;
 }
 
-// Where a byte of the changed text stood before; in what was replaced, where that begins.
-class OldOffsets {
-  public:
-    explicit OldOffsets(const EditList& edits) : edits_(edits) {
-        std::size_t shift = 0;  // wraps around where a text got shorter
-        starts_.reserve(edits.size());
-        for (const Edit& edit : edits) {
-            starts_.push_back(edit.offset + shift);
-            shift += edit.text.size() - edit.length;
-        }
-    }
-
-    [[nodiscard]] std::size_t of(std::size_t offset) const {
-        const auto next = std::upper_bound(starts_.begin(), starts_.end(), offset);
-        if (next == starts_.begin()) {
-            return offset;
-        }
-        const auto index = static_cast<std::size_t>(next - starts_.begin()) - 1;
-        const Edit& edit = edits_[index];
-        const std::size_t inside = offset - starts_[index];
-        return inside < edit.text.size() ? edit.offset
-                                         : edit.offset + edit.length + inside - edit.text.size();
-    }
-
-  private:
-    const EditList& edits_;
-    std::vector<std::size_t> starts_;
-};
-
 // The text of a file's bytes, which must outlive it.
 class TextOfBytes {
   public:

@@ -39,6 +39,12 @@ int place(platform::TemporaryFile& file, ResultFile& result) {
 
 std::optional<ResultFile> writeResultFile(const std::string& path, std::string_view bytes,
                                           const std::string& from, ErrorSlot& error) {
+    const auto write = [bytes](const WorkingCopy::Sink& sink) { return sink(bytes); };
+    return writeResultFile(path, write, from, error);
+}
+
+std::optional<ResultFile> writeResultFile(const std::string& path, const WorkingCopy::Writer& write,
+                                          const std::string& from, ErrorSlot& error) {
     const platform::FileDescriptor source(::open(from.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat status {};
     if (!source || fstat(source.get(), &status) != 0) {
@@ -54,7 +60,14 @@ std::optional<ResultFile> writeResultFile(const std::string& path, std::string_v
         return std::nullopt;
     }
     ResultFile result{.path = path, .lostMetadata = ""};
-    int errorNumber = platform::writeAll(file.file.get(), bytes.data(), bytes.size());
+    int errorNumber = 0;
+    const bool isWhole = write([&](std::string_view piece) {
+        errorNumber = platform::writeAll(file.file.get(), piece.data(), piece.size());
+        return errorNumber == 0;
+    });
+    if (!isWhole && errorNumber == 0) {
+        errorNumber = EILSEQ;
+    }
     if (errorNumber == 0) {
         result.lostMetadata = platform::copyMetadata(source.get(), status, file.file.get());
         errorNumber = fsync(file.file.get()) == 0 ? 0 : errno;

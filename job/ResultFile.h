@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "job/WorkingCopy.h"
 #include "platform/Error.h"
 
 namespace vornic {
@@ -24,6 +25,11 @@ struct ResultFile {
 /// @return nothing, with the slot filled
 [[nodiscard]] std::optional<ResultFile> writeResultFile(const std::string& path,
                                                         std::string_view bytes,
+                                                        const std::string& from, ErrorSlot& error);
+
+/// The same with bytes that are handed over piece by piece.
+[[nodiscard]] std::optional<ResultFile> writeResultFile(const std::string& path,
+                                                        const WorkingCopy::Writer& write,
                                                         const std::string& from, ErrorSlot& error);
 
 }  // namespace vornic

@@ -202,4 +202,25 @@ EditList toTextOffsets(const EditList& edits, const DecodedText& source) {
     return moved;
 }
 
+OldOffsets::OldOffsets(const EditList& edits) : edits_(edits) {
+    std::size_t shift = 0;  // wraps around where a text got shorter
+    starts_.reserve(edits.size());
+    for (const Edit& edit : edits) {
+        starts_.push_back(edit.offset + shift);
+        shift += edit.text.size() - edit.length;
+    }
+}
+
+std::size_t OldOffsets::of(std::size_t offset) const {
+    const auto next = std::upper_bound(starts_.begin(), starts_.end(), offset);
+    if (next == starts_.begin()) {
+        return offset;
+    }
+    const auto index = static_cast<std::size_t>(next - starts_.begin()) - 1;
+    const Edit& edit = edits_[index];
+    const std::size_t inside = offset - starts_[index];
+    return inside < edit.text.size() ? edit.offset
+                                     : edit.offset + edit.length + inside - edit.text.size();
+}
+
 }  // namespace vornic

@@ -33,6 +33,22 @@ using EditList = std::vector<Edit>;
 /// stays. Linear.
 [[nodiscard]] EditList toTextOffsets(const EditList& edits, const DecodedText& source);
 
+/// Tells of bytes of a changed text where they stood before the change. Looking up costs the
+/// logarithm of the number of edits.
+class OldOffsets {
+  public:
+    /// @param edits must outlive this.
+    explicit OldOffsets(const EditList& edits);
+
+    /// @return for a byte that an edit put there, where what it replaced begins.
+    [[nodiscard]] std::size_t of(std::size_t offset) const;
+
+  private:
+    const EditList& edits_;
+    // Of what each edit put there, in the changed text.
+    std::vector<std::size_t> starts_;
+};
+
 }  // namespace vornic
 
 #endif

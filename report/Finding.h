@@ -23,6 +23,8 @@ struct Finding {
     /// Those that the rule's message names.
     Arguments arguments;
     std::optional<Mend> mend;
+    /// For what a conversion leaves out: all of it, as it stands in the file.
+    std::string lost = {};
 
     /// The rule's message with the arguments. Text from the file stands in it as it is.
     [[nodiscard]] std::string message() const;

@@ -76,6 +76,9 @@ void JSONReportWriter::file(const Report& report) {
         }
         json_.endArray();
     }
+    if (report.conversion) {
+        conversion(*report.conversion);
+    }
     json_.endObject();
     pass();
 }
@@ -118,6 +121,9 @@ void JSONReportWriter::finding(const Finding& finding) {
         json_.key("copy").beginObject().member("line", finding.inCopy->line);
         json_.member("column", finding.inCopy->column);
         json_.member("offset", finding.inCopy->offset).endObject();
+    }
+    if (!finding.lost.empty()) {
+        json_.member("lost", finding.lost);
     }
     json_.endObject();
 }
@@ -164,6 +170,15 @@ void JSONReportWriter::count(std::string_view name, std::optional<std::uint64_t>
     } else {
         json_.null();
     }
+}
+
+void JSONReportWriter::conversion(const ConversionRecord& conversion) {
+    json_.key("conversion").beginObject().member("from", conversion.from);
+    json_.member("to", conversion.to).member("result", conversion.result);
+    if (conversion.lowest) {
+        json_.member("lowest", *conversion.lowest);
+    }
+    json_.endObject();
 }
 
 void JSONReportWriter::mend(const Mend& mend) {

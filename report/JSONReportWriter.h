@@ -25,6 +25,7 @@ class JSONReportWriter : public ReportWriter {
     void head(const Report& report);
     void finding(const Finding& finding);
     void record(const MendRecord& record);
+    void conversion(const ConversionRecord& conversion);
     void mend(const Mend& mend);
     void medium(const MediaRecord& record);
     void count(std::string_view name, std::optional<std::uint64_t> number);

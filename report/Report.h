@@ -25,6 +25,17 @@ struct GroupRun {
     std::string why;
 };
 
+/// What a conversion to another version has made of a file.
+struct ConversionRecord {
+    /// The versions, such as "1.13". `to` is empty where only the lowest was asked for.
+    std::string from;
+    std::string to;
+    /// The new file; empty where none was written.
+    std::string result;
+    /// The lowest version that loses nothing, where that was asked for; empty when there is none.
+    std::optional<std::string> lowest;
+};
+
 /// What was found in one file.
 struct Report {
     /// As the user gave it; any bytes.
@@ -51,6 +62,8 @@ struct Report {
     std::optional<std::vector<MediaRecord>> media;
     /// The files that a salvage made of it; nothing when nobody asked for one.
     std::optional<std::vector<std::string>> copies;
+    /// Nothing when nobody asked for a conversion. The rest is about the file as it was.
+    std::optional<ConversionRecord> conversion = {};
 };
 
 }  // namespace vornic

@@ -28,6 +28,8 @@ enum class RuleGroup {
     repair,
     /// What a salvage guesses. No check runs them.
     salvage,
+    /// What a conversion to another version drops, or gives another form. No check runs them.
+    conversion,
 };
 
 /// The groups that a check runs, in the order in which reports list them.
@@ -37,15 +39,16 @@ inline constexpr std::array<RuleGroup, 8> kCheckedGroups = {
 
 /// The group's name in reports and options.
 [[nodiscard]] constexpr std::string_view nameOf(RuleGroup group) {
-    constexpr std::array<std::string_view, 10> kNames = {
-        "xml",      "structure",  "references", "timing", "values",
-        "versions", "characters", "media",      "repair", "salvage"};
+    constexpr std::array<std::string_view, 11> kNames = {
+        "xml",        "structure", "references", "timing",  "values",    "versions",
+        "characters", "media",     "repair",     "salvage", "conversion"};
     return kNames[static_cast<std::size_t>(group)];
 }
 
 /// Whether a check can find what the group's rules tell.
 [[nodiscard]] constexpr bool isOfACheck(RuleGroup group) {
-    return group != RuleGroup::repair && group != RuleGroup::salvage;
+    return group != RuleGroup::repair && group != RuleGroup::salvage &&
+           group != RuleGroup::conversion;
 }
 
 }  // namespace vornic

@@ -12,6 +12,7 @@
 #include "report/Rule.h"
 #include "report/RuleId.h"
 #include "report/rules/CharacterRules.h"
+#include "report/rules/ConversionRules.h"
 #include "report/rules/FCPXMLReferenceRules.h"
 #include "report/rules/FCPXMLTimingRules.h"
 #include "report/rules/FCPXMLValueRules.h"
@@ -63,7 +64,9 @@ inline constexpr auto kRuleTable = rules::detail::joined(
     // Repairs.
     rules::kRepairRules,
     // Salvages.
-    rules::kSalvageRules);
+    rules::kSalvageRules,
+    // Conversions.
+    rules::kConversionRules);
 
 inline constexpr std::size_t kRuleCount = kRuleTable.size();
 

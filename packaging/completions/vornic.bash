@@ -1,5 +1,5 @@
-# Completion of vornic, vornic-repair, vornic-check and vornic-media for bash. It needs no other functions, so that
-# it can be read into any shell.
+# Completion of vornic, vornic-repair, vornic-check, vornic-convert and vornic-media for bash. It needs
+# no other functions, so that it can be read into any shell.
 
 # Completes names of project files and folders.
 _vornic_files() {
@@ -104,6 +104,31 @@ _vornic_media() {
     esac
 }
 
+_vornic_convert() {
+    local current previous
+    _vornic_at
+    COMPREPLY=()
+    case $previous in
+        --format) _vornic_words 'text json' "$current" ;;
+        --to) _vornic_words '1 2 3 4 5 1.6 1.7 1.8 1.9 1.10 1.11 1.12 1.13 1.14' "$current" ;;
+        --assume) _vornic_words '1 2 3 4 5 1.0 1.1 1.2 1.3 1.4 1.5 1.6 1.7 1.8 1.9 1.10 1.11 1.12
+            1.13 1.14' "$current" ;;
+        -o)
+            compopt -o filenames 2>/dev/null
+            mapfile -t COMPREPLY < <(compgen -f -- "$current")
+            ;;
+        --max) ;;
+        *)
+            if [[ $current == -* ]]; then
+                _vornic_words '--to --lowest --assume --strict --strip --dry-run -o --in-place --bundle
+                    --no-bundle --format --max --help --version' "$current"
+            else
+                _vornic_files "$current"
+            fi
+            ;;
+    esac
+}
+
 _vornic_repair() {
     local current previous
     _vornic_at
@@ -133,4 +158,5 @@ _vornic() {
 complete -F _vornic vornic
 complete -F _vornic_repair vornic-repair
 complete -F _vornic_check vornic-check
+complete -F _vornic_convert vornic-convert
 complete -F _vornic_media vornic-media

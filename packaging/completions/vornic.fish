@@ -1,4 +1,4 @@
-# Completion of vornic, vornic-repair, vornic-check and vornic-media for fish.
+# Completion of vornic, vornic-repair, vornic-check, vornic-convert and vornic-media for fish.
 
 function __vornic_rules
     printf '%s\n' xml structure references timing values versions characters media
@@ -47,6 +47,22 @@ complete -c vornic-media -s o -r -d 'With relink: where the result goes'
 complete -c vornic-media -l in-place -d 'With relink: replace the file'
 complete -c vornic-media -l help -d 'Print a summary'
 complete -c vornic-media -l version -d 'Print the version'
+
+complete -c vornic-convert -k -a "$files"
+complete -c vornic-convert -l to -x -a '1 2 3 4 5 1.6 1.7 1.8 1.9 1.10 1.11 1.12 1.13 1.14' -d 'Version of the result'
+complete -c vornic-convert -l lowest -d 'Tell the lowest version without loss'
+complete -c vornic-convert -l assume -x -a "1 2 3 4 5 $fcpxml_versions" -d 'Read the files as this version'
+complete -c vornic-convert -l strict -d 'Write nothing when something would be lost'
+complete -c vornic-convert -l strip -d 'Leave out what is newer than the version of XMEML'
+complete -c vornic-convert -l dry-run -d 'Tell what would be lost'
+complete -c vornic-convert -s o -r -d 'Where the result goes'
+complete -c vornic-convert -l in-place -d 'Put the result in the place of the file'
+complete -c vornic-convert -l bundle -d 'Write a bundle'
+complete -c vornic-convert -l no-bundle -d 'Write a file'
+complete -c vornic-convert -l format -x -a 'text json' -d 'Form of the report'
+complete -c vornic-convert -l max -x -d 'Show so many findings of each rule'
+complete -c vornic-convert -l help -d 'Print a summary'
+complete -c vornic-convert -l version -d 'Print the version'
 
 complete -c vornic-repair -k -a "$files"
 complete -c vornic-repair -l quiet -d 'Print no report'

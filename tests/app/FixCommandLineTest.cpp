@@ -68,7 +68,7 @@ TEST_F(FixCommandLineTest, mendsInPlaceAndTellsWhereTheOriginalIs) {
 TEST_F(FixCommandLineTest, isTakenBackByAnUndo) {
     ASSERT_EQ(check({"--fix", "Cut.xml"}).status, 0);
     const ProgramResult listed = runProgram(files.repairer({"--undo", "--list"}));
-    EXPECT_THAT(listed.output, HasSubstr("  mended    " + path));
+    EXPECT_THAT(listed.output, HasSubstr("  mended     " + path));
     EXPECT_EQ(runProgram(files.repairer({"--undo", "Cut.xml"})).status, 0);
     EXPECT_EQ(readBytes(path), kDamaged);
 }

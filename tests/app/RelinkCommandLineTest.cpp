@@ -96,7 +96,7 @@ TEST_F(RelinkCommandLineTest, isTakenBackByAnUndo) {
     EXPECT_EQ(fileState(path).mode & 0777U, 0640U);
     EXPECT_EQ(readBytes(files.trash() + "/Cut.fcpxml"), kProject);
     const ProgramResult listed = runProgram(files.repairer({"--undo", "--list"}));
-    EXPECT_THAT(listed.output, HasSubstr("  relinked  " + path));
+    EXPECT_THAT(listed.output, HasSubstr("  relinked   " + path));
     EXPECT_EQ(runProgram(files.repairer({"--undo", "Cut.fcpxml"})).status, 0);
     EXPECT_EQ(readBytes(path), kProject);
 }

@@ -40,8 +40,8 @@ TestMaterial::TestMaterial()
     }
     copy_ = makeCopyFolder();
     fs::create_directory(copy_ + "/bin");
-    for (const char* program :
-         {VORNIC_PROGRAM, VORNIC_REPAIR_PROGRAM, VORNIC_CHECK_PROGRAM, VORNIC_MEDIA_PROGRAM}) {
+    for (const char* program : {VORNIC_PROGRAM, VORNIC_REPAIR_PROGRAM, VORNIC_CHECK_PROGRAM,
+                                VORNIC_MEDIA_PROGRAM, VORNIC_CONVERT_PROGRAM}) {
         fs::copy(program, copy_ + "/bin");
     }
     fs::copy(bundle(), copy_ + "/Vornic.app", fs::copy_options::recursive);

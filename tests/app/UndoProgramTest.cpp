@@ -101,9 +101,9 @@ TEST_F(UndoProgramTest, listsWhatCanBeUndoneAndChangesNothing) {
     fs::remove(trashed("first.xml"));
     const ProgramResult all = undo({"--list"});
     EXPECT_EQ(all.status, 0);
-    EXPECT_THAT(all.output, ::testing::MatchesRegex("[0-9: -]+  repaired  " + second +
+    EXPECT_THAT(all.output, ::testing::MatchesRegex("[0-9: -]+  repaired   " + second +
                                                     "\n    original: " + trashed("second.xml") +
-                                                    "\n[0-9: -]+  repaired  " + first +
+                                                    "\n[0-9: -]+  repaired   " + first +
                                                     "\n    no longer in the Trash\n"));
     EXPECT_THAT(undo({"--list", "first.xml"}).output, ::testing::Not(HasSubstr("second.xml")));
     EXPECT_EQ(readBytes(second), repairedXMEML());

@@ -31,6 +31,7 @@ struct Program {
 const std::vector<Program>& programs() {
     static const std::vector<Program> kPrograms = {{"vornic-check", VORNIC_CHECK_PROGRAM},
                                                    {"vornic-media", VORNIC_MEDIA_PROGRAM},
+                                                   {"vornic-convert", VORNIC_CONVERT_PROGRAM},
                                                    {"vornic-repair", VORNIC_REPAIR_PROGRAM}};
     return kPrograms;
 }
@@ -108,6 +109,9 @@ TEST_F(BashCompletion, offersTheValuesOfOptions) {
     EXPECT_THAT(offered({"vornic-check", "--fix", "values-stand"}), ::testing::IsEmpty());
     EXPECT_THAT(offered({"vornic-check", "--reads", "1.1"}),
                 UnorderedElementsAre("1.1", "1.10", "1.11", "1.12", "1.13", "1.14"));
+    EXPECT_THAT(offered({"vornic-convert", "--to", "1.1"}),
+                UnorderedElementsAre("1.10", "1.11", "1.12", "1.13", "1.14"));
+    EXPECT_THAT(offered({"vornic-convert", "--format", ""}), UnorderedElementsAre("text", "json"));
     EXPECT_THAT(offered({"vornic", "-convertxmeml", ""}),
                 UnorderedElementsAre("1", "2", "3", "4", "5"));
 }

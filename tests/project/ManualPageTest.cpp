@@ -77,6 +77,10 @@ TEST(ManualPage, namesEveryOptionOfTheMediaProgramAndNoOther) {
     EXPECT_EQ(described, wanted);
 }
 
+TEST(ManualPage, namesEveryOptionOfTheConversionAndNoOther) {
+    EXPECT_EQ(optionsIn(page("vornic-convert.1")), optionsIn(help(VORNIC_CONVERT_PROGRAM)));
+}
+
 TEST(ManualPage, namesTheSwitchOfTheConverter) {
     EXPECT_NE(page("vornic.1").find("-convertxmeml"), std::string::npos);
 }
@@ -94,6 +98,7 @@ TEST(ManualPage, rendersWithoutWarnings) {
     }
     EXPECT_EQ(warnings("vornic.1"), "");
     EXPECT_EQ(warnings("vornic-check.1"), "");
+    EXPECT_EQ(warnings("vornic-convert.1"), "");
     EXPECT_EQ(warnings("vornic-repair.1"), "");
     EXPECT_EQ(warnings("vornic-rules.7"), "");
 }

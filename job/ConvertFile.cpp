@@ -1,0 +1,263 @@
+#include "job/ConvertFile.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include "formats/fcpxml/Version.h"
+#include "foundation/FormatString.h"
+#include "foundation/Text.h"
+#include "job/InPlaceChange.h"
+#include "job/ResultFile.h"
+#include "platform/Failure.h"
+#include "platform/FileSystem.h"
+#include "platform/PathText.h"
+#include "platform/Rename.h"
+
+namespace vornic {
+
+namespace {
+
+using std::string;
+
+constexpr fcpxml::Version kFirstWithBundles{10};
+constexpr std::string_view kBundleEnding = ".fcpxmld";
+constexpr std::string_view kContent = "Info.fcpxml";
+constexpr long kMostNumbers = 10000;
+
+bool isBundleName(std::string_view name) {
+    return lowercasedLetters(platform::splitExtension(name).extension) == kBundleEnding;
+}
+
+// The bundle whose project a file is, or "".
+string bundleOf(const string& path) {
+    const string folder = platform::parentFolder(path);
+    std::error_code unknown;
+    const bool isContent = platform::lastComponent(path) == kContent;
+    if (!isContent || !isBundleName(folder == "." ? platform::currentDirectory() : folder)) {
+        return "";
+    }
+    const auto real = std::filesystem::canonical(folder, unknown);
+    return unknown ? "" : real.string();
+}
+
+class Converting {
+  public:
+    Converting(const string& path, const ConvertFileRequest& request)
+        : path_(path), request_(request), bundle_(bundleOf(path)) {}
+
+    ConvertedFile run(Waiting& waiting, SwapObserver& observer) && {
+        if (request_.isInPlace && !request_.isDryRun) {
+            place_.emplace(path_, InPlaceChange::Words{"convert", "converted"}, waiting, placed_);
+        }
+        ErrorSlot error;
+        std::optional<string> bytes = place_ ? place_->read() : platform::readFile(path_, error);
+        if (bytes) {
+            conversion_ = ProjectConversion::of(std::move(*bytes), request_.conversion);
+            convert(observer);
+        } else if (error) {
+            refuse(error->localizedDescription());
+        }
+        if (place_) {
+            takePlaced();
+        }
+        file_.report = std::move(conversion_.report);
+        file_.report.path = path_;
+        file_.losses = conversion_.losses;
+        return std::move(file_);
+    }
+
+  private:
+    void convert(SwapObserver& observer) {
+        if (!conversion_.refusal.empty()) {
+            return refuse(formatString("The file %@%@ was not converted: %@", path_, placeInFile(),
+                                       conversion_.refusal));
+        }
+        if (request_.conversion.to.empty()) {
+            return;
+        }
+        if (const string why = whyNotInThisForm(); !why.empty()) {
+            return refuse(formatString("The file %@ was not converted: %@", path_, why));
+        }
+        if (request_.isStrict && conversion_.losses != 0) {
+            return refuse(
+                formatString("The file %@ was not converted: it would lose something.", path_));
+        }
+        if (request_.isDryRun) {
+            return;
+        }
+        if (request_.isInPlace) {
+            replace(observer);
+        } else if (becomesBundle()) {
+            writeBundle();
+        } else {
+            writeFile(wantedPath());
+        }
+    }
+
+    [[nodiscard]] string placeInFile() const {
+        return conversion_.line == 0
+                   ? ""
+                   : formatString("(%zu,%zu)", conversion_.line, conversion_.column);
+    }
+
+    [[nodiscard]] bool hasBundles() const {
+        const auto version = fcpxml::Version::parse(request_.conversion.to);
+        return conversion_.kind == FileKind::fcpxml && version && *version >= kFirstWithBundles;
+    }
+
+    [[nodiscard]] bool becomesBundle() const {
+        const bool isAsked =
+            request_.form == BundleForm::bundle ||
+            (request_.form == BundleForm::asTheFile &&
+             (!bundle_.empty() || (request_.output && isBundleName(*request_.output))));
+        return isAsked && hasBundles();
+    }
+
+    [[nodiscard]] string whyNotInThisForm() const {
+        if (request_.form == BundleForm::bundle && !hasBundles()) {
+            return formatString("%@ %@ has no bundles.",
+                                conversion_.kind == FileKind::fcpxml ? "FCPXML" : "XMEML",
+                                request_.conversion.to);
+        }
+        if (request_.isInPlace && !bundle_.empty() && !hasBundles()) {
+            return formatString(
+                "it is in a bundle, which FCPXML %@ does not have; without "
+                "--in-place a file is written.",
+                request_.conversion.to);
+        }
+        return "";
+    }
+
+    [[nodiscard]] string wantedPath() const {
+        const string source = bundle_.empty() ? path_ : bundle_;
+        const platform::SplitName name = platform::splitExtension(platform::lastComponent(source));
+        const string extension = becomesBundle()   ? string(kBundleEnding)
+                                 : bundle_.empty() ? name.extension
+                                                   : ".fcpxml";
+        const string wanted =
+            formatString("%@ (%@)%@", name.stem, request_.conversion.to, extension);
+        if (!request_.output) {
+            return source.substr(0, source.size() - platform::lastComponent(source).size()) +
+                   wanted;
+        }
+        return platform::isDirectory(*request_.output) && !isBundleName(*request_.output)
+                   ? platform::joinPath(*request_.output, wanted)
+                   : platform::withoutTrailingSlashes(*request_.output);
+    }
+
+    [[nodiscard]] WorkingCopy::Writer writer() const {
+        return [this](const WorkingCopy::Sink& sink) { return conversion_.write(sink); };
+    }
+
+    // @return false when it was refused.
+    bool writeFile(const string& wanted) {
+        ErrorSlot error;
+        const std::optional<ResultFile> written = writeResultFile(wanted, writer(), path_, error);
+        if (!written) {
+            refuse(error->localizedDescription());
+            return false;
+        }
+        conversion_.report.conversion->result = written->path;
+        tellLost(written->lostMetadata);
+        if (!bundle_.empty() && !becomesBundle()) {
+            file_.notes.push_back(
+                formatString("What else is in the bundle %@ was not copied to the file.", bundle_));
+        }
+        return true;
+    }
+
+    // The folder gets its name when everything is in it.
+    void writeBundle() {
+        const string wanted = wantedPath();
+        const string hidden =
+            platform::joinPath(platform::parentFolder(wanted),
+                               platform::temporaryName(platform::lastComponent(wanted)));
+        ErrorSlot error;
+        ErrorSlot ignored;
+        const string content = platform::joinPath(hidden, kContent);
+        const bool isMade = bundle_.empty() ? platform::createDirectory(hidden, error)
+                                            : platform::copyItem(bundle_, hidden, error) &&
+                                                  platform::removeFile(content, error);
+        if (!isMade) {
+            static_cast<void>(platform::removeItem(hidden, ignored));
+            return refuse(error->localizedDescription());
+        }
+        if (!writeFile(content) || !giveName(hidden, wanted)) {
+            conversion_.report.conversion->result.clear();
+            static_cast<void>(platform::removeItem(hidden, ignored));
+        }
+    }
+
+    bool giveName(const string& hidden, const string& wanted) {
+        const string name = platform::lastComponent(wanted);
+        const string folder = wanted.substr(0, wanted.size() - name.size());
+        int errorNumber = EEXIST;
+        string path;
+        for (long number = 1; errorNumber == EEXIST && number <= kMostNumbers; ++number) {
+            path = folder + platform::numberedName(name, number, platform::kLongestName);
+            errorNumber = platform::renameWithoutReplacing(hidden, path);
+        }
+        if (errorNumber != 0) {
+            ErrorSlot error;
+            platform::failFile(error, wanted, "written", errorNumber);
+            refuse(error->localizedDescription());
+            return false;
+        }
+        conversion_.report.conversion->result = path;
+        return true;
+    }
+
+    void replace(SwapObserver& observer) {
+        if (!conversion_.isAnythingChanged()) {
+            file_.notes.push_back(formatString("The file %@ is in version %@ already.", path_,
+                                               request_.conversion.to));
+            return;
+        }
+        place_->write(writer());
+        place_->finish(true, observer);
+    }
+
+    void takePlaced() {
+        place_->takeNotes();
+        file_.notes.insert(file_.notes.end(), placed_.notes.begin(), placed_.notes.end());
+        if (placed_.error || placed_.isCancelled) {
+            return refuse(placed_.error ? placed_.error->localizedDescription()
+                                        : formatString("The file %@ was not converted.", path_));
+        }
+        if (placed_.swap) {
+            conversion_.report.conversion->result = path_;
+            file_.original = placed_.swap->original;
+            tellLost(placed_.lostMetadata);
+        }
+    }
+
+    void tellLost(const string& lostMetadata) {
+        if (!lostMetadata.empty()) {
+            file_.notes.push_back(
+                formatString("Something of the file %@ was not kept. %@", path_, lostMetadata));
+        }
+    }
+
+    void refuse(string sentence) { file_.refusal = std::move(sentence); }
+
+    const string& path_;
+    const ConvertFileRequest& request_;
+    string bundle_;
+    // Where the file is to be replaced.
+    InPlaceResult placed_;
+    std::optional<InPlaceChange> place_;
+    ProjectConversion conversion_;
+    ConvertedFile file_;
+};
+
+}  // namespace
+
+ConvertedFile convertFile(const string& path, const ConvertFileRequest& request, Waiting& waiting,
+                          SwapObserver& observer) {
+    return Converting(path, request).run(waiting, observer);
+}
+
+}  // namespace vornic
