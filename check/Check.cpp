@@ -7,6 +7,8 @@
 #include <utility>
 
 #include "check/Characters.h"
+#include "check/DeclaredEncoding.h"
+#include "check/EarlyEnd.h"
 #include "check/RulesBeside.h"
 #include "check/fcpxml/Rules.h"
 #include "check/fcpxml/StructureFindings.h"
@@ -27,6 +29,7 @@ namespace vornic {
 namespace {
 
 constexpr std::string_view kNeitherKind = "the file is neither XMEML nor FCPXML";
+constexpr std::string_view kNoRoot = "the file could not be read as far as its root element";
 
 // Whether the XML declaration says that the document stands alone (XML 1.0, section 2.9).
 bool saysStandalone(std::string_view text) {
@@ -60,9 +63,9 @@ ElementIndex indexOfHead(std::string_view text) {
 // Checks one text; the groups one after the other.
 class Check {
   public:
-    Check(std::string_view text, const TextDecoding& decoding, const CheckOptions& options,
-          Report& report)
-        : text_(text), decoding_(decoding), options_(options), report_(report) {}
+    Check(std::string_view bytes, std::string_view text, const TextDecoding& decoding,
+          const CheckOptions& options, Report& report)
+        : bytes_(bytes), text_(text), decoding_(decoding), options_(options), report_(report) {}
 
     void run() {
         makeValidator(indexOfHead(text_));
@@ -73,6 +76,7 @@ class Check {
             judgeFCPXML();
         }
         addExtension();
+        addOtherRoot();
         judgeCharacters();
         judgeMedia();
         addTimecodes();
@@ -88,8 +92,12 @@ class Check {
         }
         for (const RuleGroup group :
              {RuleGroup::references, RuleGroup::timing, RuleGroup::values, RuleGroup::versions}) {
-            skip(group, kNeitherKind);
+            skip(group, whyNotJudged());
         }
+    }
+
+    [[nodiscard]] std::string_view whyNotJudged() const {
+        return index_->size() == 0 ? kNoRoot : kNeitherKind;
     }
 
     void addTimecodes() {
@@ -112,7 +120,7 @@ class Check {
         if (index.kind() == FileKind::fcpxml && version) {
             version_ = *version;
             validator_.emplace(fcpxml::Definition::of(*version), saysStandalone(text_),
-                               structureFindings(*version, report_.findings));
+                               structureFindings(*version, text_, report_.findings));
         }
     }
 
@@ -122,10 +130,14 @@ class Check {
         XMLEventTee both{&builder, validator_ ? &*validator_ : nullptr};
         XMLReaderEvents* const events =
             validator_ ? static_cast<XMLReaderEvents*>(&both) : &builder;
-        const XMLReading reading = readXML(text_, XMLMode::tolerant, events, &sink);
-        sink.addFault(reading);
+        const std::string_view whole = textBeforeTornTag(text_);
+        const XMLReading reading = readXML(whole, XMLMode::tolerant, events, &sink);
+        Finding* const fault = sink.addFault(reading);
         addEncoding();
         index_.emplace(std::move(builder).finish());
+        if (fault != nullptr && fault->rule == "xml-unclosed-element"_rule) {
+            nameOpenElements(*index_, whole.size() != text_.size(), *fault);
+        }
         isComplete_ = !reading.fault;
         isMended_ = sink.hasMends();
         declaresEntities_ =
@@ -137,7 +149,7 @@ class Check {
 
     void judgeCharacters() {
         if (index_->kind() != FileKind::fcpxml && index_->kind() != FileKind::xmeml) {
-            return skip(RuleGroup::characters, kNeitherKind);
+            return skip(RuleGroup::characters, whyNotJudged());
         }
         checkCharacters(text_, index_->spanOf(0).offset, report_.findings);
         report_.groups.push_back({RuleGroup::characters, true, ""});
@@ -156,7 +168,7 @@ class Check {
 
     void judgeStructure() {
         if (index_->kind() != FileKind::fcpxml) {
-            return skip(RuleGroup::structure, kNeitherKind);
+            return skip(RuleGroup::structure, whyNotJudged());
         }
         if (!validator_ && fcpxml::Version::parse(index_->version())) {
             readOnceMore();
@@ -170,7 +182,7 @@ class Check {
         report_.groups.push_back({RuleGroup::structure, true, ""});
         report_.definition = "fcpxml " + version_.text();
         if (!declaresEntities_ && !hasInternalSubset(text_)) {
-            report_.valid = validator_->isValid() && isComplete_ && !isMended_;
+            report_.valid = validator_->isValid() && isComplete_ && !isMended_ && !isRefused_;
         }
     }
 
@@ -200,16 +212,37 @@ class Check {
 
     // ASCII is UTF-8 as well.
     void addEncoding() {
+        const EncodingClaim claim =
+            checkDeclaredEncoding(bytes_, text_, decoding_, report_.findings);
+        isRefused_ = claim == EncodingClaim::refused;
         const std::string& encoding = decoding_.encoding;
-        if (encoding != "UTF-8" && encoding != "ASCII") {
+        if (encoding != "UTF-8" && encoding != "ASCII" && claim != EncodingClaim::misleading) {
             report_.findings.add("values-encoding"_rule, {}, {{"name", encoding}});
         }
+    }
+
+    // A root that differs from a project's in its letters or by a prefix was meant as one. Any
+    // other may be a sound file of another kind.
+    void addOtherRoot() {
+        if (index_->size() == 0 || index_->kind() == FileKind::fcpxml ||
+            index_->kind() == FileKind::xmeml) {
+            return;
+        }
+        const std::string_view name = index_->nameOf(0);
+        const std::string meant = lowercased(name.substr(name.rfind(':') + 1));
+        const bool isMeant = meant == "fcpxml" || meant == "xmeml";
+        report_.findings.add(
+            "xml-other-root"_rule, isMeant ? Severity::error : Severity::warning,
+            {index_->spanOf(0).offset + 1, name.size()},
+            {{"name", excerpt(name)},
+             {"right", isMeant ? "<" + meant + ">" : std::string("<fcpxml> or <xmeml>")}});
     }
 
     void skip(RuleGroup group, std::string_view why) {
         report_.groups.push_back({group, false, std::string(why)});
     }
 
+    std::string_view bytes_;
     std::string_view text_;
     const TextDecoding& decoding_;
     const CheckOptions& options_;
@@ -221,6 +254,7 @@ class Check {
     bool isComplete_ = false;
     bool isMended_ = false;
     bool declaresEntities_ = false;
+    bool isRefused_ = false;
 };
 
 // A file whose bytes are no text has no places but the one that the decoder tells.
@@ -232,6 +266,8 @@ void addDecodingFault(const Error& error, const TextDecoding& how, Findings& fin
     if (Finding* const finding = findings.add(*rule, {}, {{"name", how.encoding}})) {
         finding->where.line = error.line;
         finding->where.column = error.column;
+        finding->where.offset = how.faultOffset;
+        finding->where.length = error.line == 0 ? 0 : 1;
     }
 }
 
@@ -283,7 +319,7 @@ Report checkBytes(std::string_view bytes, const CheckOptions& options) {
         return report;
     }
     report.encoding = how.encoding;
-    Check(*text, how, options, report).run();
+    Check(bytes, *text, how, options, report).run();
     return report;
 }
 

@@ -156,7 +156,8 @@ ElementNumber ElementIndex::elementAt(std::size_t offset) const {
         count = isBefore ? count - half - 1 : half;
     }
     auto element = first == 0 ? kNoElement : static_cast<ElementNumber>(first - 1);
-    while (element != kNoElement && offset >= spanOf(element).end()) {
+    // What nothing closes goes on to the end, also where the reading stopped before.
+    while (element != kNoElement && offset >= spanOf(element).end() && isClosed(element)) {
         element = parentOf(element);
     }
     return element;

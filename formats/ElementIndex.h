@@ -95,6 +95,8 @@ class ElementIndex {
     }
     /// False for an element that the reading ended in: what it lacks may have come later.
     [[nodiscard]] bool isClosed(ElementNumber element) const;
+    /// Those elements, from the outermost on.
+    [[nodiscard]] const std::vector<ElementNumber>& unclosed() const { return unclosed_; }
     /// What is between start tag and end tag.
     [[nodiscard]] TextSpan contentOf(ElementNumber element) const;
 

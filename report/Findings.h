@@ -72,6 +72,12 @@ class Findings {
         return isKept ? keep(rule, severity, where, arguments) : nullptr;
     }
 
+    /// Whether the next finding of the rule would be kept. What is costly to say about it need not
+    /// be made up otherwise.
+    [[nodiscard]] bool keepsAnother(RuleId rule) const {
+        return !ignored_[rule.index] && ruleCounts_[rule.index] < limit_;
+    }
+
     /// How many findings there were, kept or not.
     [[nodiscard]] std::uint64_t count(RuleId rule) const { return ruleCounts_[rule.index]; }
     [[nodiscard]] std::uint64_t count(Severity severity) const {

@@ -52,7 +52,8 @@ template <std::size_t... Sizes>
 
 /// All rules, by groups.
 inline constexpr auto kRuleTable = rules::detail::joined(
-    rules::kXMLRules, rules::kStructureRules, rules::kValueRules, rules::kCharacterRules,
+    rules::kXMLRules, rules::kXMLFileRules, rules::kStructureRules, rules::kValueRules,
+    rules::kCharacterRules,
     // FCPXML.
     rules::kFCPXMLReferenceRules, rules::kFCPXMLTimingRules, rules::kFCPXMLValueRules,
     rules::kFCPXMLVersionRules,

@@ -67,8 +67,23 @@ void XMLFindings::addHalfPair(std::size_t offset) {
                        {{offset, length, right}}};
 }
 
+void XMLFindings::addPending() {
+    if (!pending_) {
+        return;
+    }
+    const Pending& mend = *pending_;
+    last_ = findings_.add(mend.rule, {mend.offset, 1}, {{"name", mend.name}});
+    if (last_ != nullptr) {
+        last_->mend = safeMend(mend.rule, {});
+    }
+    lastMade_ = {mend.rule, mend.offset};
+    pending_.reset();
+}
+
 void XMLFindings::mend(const XMLMend& mend, std::string_view name) {
+    addPending();
     last_ = nullptr;
+    lastMade_.reset();
     hasMends_ = true;
     const NumberReference reference = mend.code == XMLErrorCode::malformedReference
                                           ? numberReferenceAt(text_.substr(mend.offset))
@@ -78,14 +93,12 @@ void XMLFindings::mend(const XMLMend& mend, std::string_view name) {
         return addHalfPair(mend.offset);
     }
     if (const std::optional<RuleId> rule = xmlRuleOf(mend.code)) {
-        last_ = findings_.add(*rule, {mend.offset, 1}, {{"name", excerpt(name)}});
-        if (last_ != nullptr) {
-            last_->mend = safeMend(*rule, {});
-        }
+        pending_ = {*rule, mend.offset, excerpt(name)};
     }
 }
 
 void XMLFindings::edit(const XMLEdit& edit) {
+    addPending();
     if (last_ != nullptr && !hasOwnEdits_) {
         last_->mend->edits.push_back({edit.offset, edit.length, std::string(edit.replacement)});
     }
@@ -99,22 +112,39 @@ void XMLFindings::dropped(TextSpan characters) {
     }
 }
 
-void XMLFindings::addFault(const XMLReading& reading) {
-    if (reading.faultParts) {
-        addFault(*reading.faultParts);
+Finding* XMLFindings::addFault(const XMLReading& reading) {
+    if (!reading.faultParts) {
+        addPending();
+        return nullptr;
     }
+    return addFault(*reading.faultParts);
 }
 
-void XMLFindings::addFault(const XMLFault& fault) {
+Finding* XMLFindings::addFault(const XMLFault& fault) {
+    pending_.reset();
     const std::optional<RuleId> rule = xmlRuleOf(fault.code);
     if (!rule) {
-        return;
+        return nullptr;
+    }
+    // The reader gave up in the middle of a mend.
+    if (lastMade_ == std::pair(*rule, fault.offset)) {
+        if (last_ != nullptr) {
+            last_->mend.reset();
+        }
+        return last_;
     }
     TextPlace start(text_);
     start.moveTo(fault.otherOffset);
-    findings_.add(
-        *rule, {fault.offset, fault.offset < text_.size() ? std::size_t{1} : 0},
-        {{"name", excerpt(fault.name)}, {"other", excerpt(fault.other)}, {"line", start.line()}});
+    const std::string line = std::to_string(start.line());
+    const std::string name = excerpt(fault.name);
+    const std::string open = "<" + name + "> (line " + line + ") is";
+    return findings_.add(*rule, {fault.offset, fault.offset < text_.size() ? std::size_t{1} : 0},
+                         {{"name", name},
+                          {"other", excerpt(fault.other)},
+                          {"line", line},
+                          {"ends", "ends"},
+                          {"open", open},
+                          {"closing", "</" + name + ">"}});
 }
 
 }  // namespace vornic

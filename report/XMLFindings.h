@@ -1,7 +1,11 @@
 #ifndef VORNIC_REPORT_XML_FINDINGS_H
 #define VORNIC_REPORT_XML_FINDINGS_H
 
+#include <cstddef>
+#include <optional>
+#include <string>
 #include <string_view>
+#include <utility>
 
 #include "report/Findings.h"
 #include "xml/XMLReader.h"
@@ -28,19 +32,33 @@ class XMLFindings final : public XMLMendSink {
     /// Whether the text had to be mended, also where that is not kept as a finding.
     [[nodiscard]] bool hasMends() const { return hasMends_; }
 
-    /// Adds the fault that ended the reading, if one did.
-    void addFault(const XMLReading& reading);
+    /// Adds the fault that ended the reading, if one did. What the reader began to mend at that
+    /// place is told by the fault alone.
+    /// @return the finding of the fault; null when there is none or it was only counted.
+    Finding* addFault(const XMLReading& reading);
     /// The same for a fault whose offsets are those of the text.
-    void addFault(const XMLFault& fault);
+    Finding* addFault(const XMLFault& fault);
 
   private:
+    // A mend that the reader has announced and not made yet.
+    struct Pending {
+        RuleId rule;
+        std::size_t offset;
+        std::string name;
+    };
+
+    // Adds the finding of the mend that is pending.
+    void addPending();
     // A reference to one half of a character's UTF-16 pair.
     void addHalfPair(std::size_t offset);
 
     std::string_view text_;
     Findings& findings_;
+    std::optional<Pending> pending_;
     // The finding of the last mend; null when it was only counted.
     Finding* last_ = nullptr;
+    // Where that was, and by which rule.
+    std::optional<std::pair<RuleId, std::size_t>> lastMade_;
     bool hasMends_ = false;
     // Whether `last_` has its own edits, whatever the reader did.
     bool hasOwnEdits_ = false;

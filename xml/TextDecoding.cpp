@@ -71,29 +71,6 @@ const char* converterFor(std::string_view name) {
     return found == kEncodings.end() ? nullptr : found->converter;
 }
 
-// The encoding that the XML declaration names, or "" when it names none.
-std::string_view declaredEncoding(std::string_view bytes) {
-    constexpr std::string_view kKeyword = "encoding";
-    if (!bytes.starts_with("<?xml")) {
-        return {};
-    }
-    const std::string_view declaration = bytes.substr(0, bytes.find('>'));
-    const std::size_t keyword = declaration.find(kKeyword);
-    if (keyword == std::string_view::npos) {
-        return {};
-    }
-    const std::size_t opening =
-        declaration.find_first_not_of(" \t\r\n=", keyword + kKeyword.size());
-    if (opening == std::string_view::npos ||
-        (declaration[opening] != '"' && declaration[opening] != '\'')) {
-        return {};
-    }
-    const std::size_t closing = declaration.find(declaration[opening], opening + 1);
-    return closing == std::string_view::npos
-               ? std::string_view()
-               : declaration.substr(opening + 1, closing - opening - 1);
-}
-
 // A converter that is closed again.
 class Converter {
   public:
@@ -131,7 +108,7 @@ class Converter {
     iconv_t handle_;
 };
 
-std::optional<std::string> convert(std::string bytes, std::size_t offset, const char* converter,
+std::optional<std::string> convert(std::string bytes, const char* converter, TextDecoding& how,
                                    ErrorSlot& error) {
     Converter conversion(converter, kUTF8);
     if (!conversion.isOpen()) {
@@ -142,10 +119,11 @@ std::optional<std::string> convert(std::string bytes, std::size_t offset, const 
     }
     std::string text;
     text.reserve(bytes.size());
-    const std::size_t converted = conversion.convert(bytes, offset, text);
+    const std::size_t converted = conversion.convert(bytes, how.markLength, text);
     if (converted == bytes.size()) {
         return text;
     }
+    how.faultOffset = converted;
     TextPlace place(text);
     place.moveTo(text.size());
     error = encodingError(
@@ -194,10 +172,15 @@ std::optional<std::string> unsupported(std::string_view name, TextDecoding& how,
     return std::nullopt;
 }
 
+std::optional<std::string> decodeUTF8(std::string bytes, TextDecoding& how, ErrorSlot& error) {
+    how.faultOffset = firstInvalidUTF8(bytes).value_or(0);
+    return textFromUTF8(std::move(bytes), error);
+}
+
 std::optional<std::string> decodeDeclared(std::string bytes, TextDecoding& how, ErrorSlot& error) {
     const std::string name(declaredEncoding(bytes));
     if (name.empty()) {
-        return textFromUTF8(std::move(bytes), error);
+        return decodeUTF8(std::move(bytes), how, error);
     }
     const char* const converter = converterFor(name);
     if (converter == nullptr) {
@@ -206,10 +189,10 @@ std::optional<std::string> decodeDeclared(std::string bytes, TextDecoding& how, 
     // A declaration that can be read byte by byte is not UTF-16, whatever it says.
     const std::string_view encoding = converter;
     if (encoding == kUTF8 || encoding.starts_with(kUTF16)) {
-        return textFromUTF8(std::move(bytes), error);
+        return decodeUTF8(std::move(bytes), how, error);
     }
     how.encoding = converter;
-    return convert(std::move(bytes), 0, converter, error);
+    return convert(std::move(bytes), converter, how, error);
 }
 
 std::optional<std::string> decode(std::string bytes, TextDecoding& how, ErrorSlot& error) {
@@ -220,16 +203,43 @@ std::optional<std::string> decode(std::string bytes, TextDecoding& how, ErrorSlo
     const std::string_view encoding = signature->converter;
     how.markLength = signature->isMark ? signature->bytes.size() : 0;
     if (encoding == kUTF8) {
-        return textFromUTF8(std::move(bytes), error);
+        return decodeUTF8(std::move(bytes), how, error);
     }
     if (!encoding.starts_with(kUTF16)) {
         return unsupported(encoding, how, error);
     }
     how.encoding = encoding;
-    return convert(std::move(bytes), how.markLength, signature->converter, error);
+    return convert(std::move(bytes), signature->converter, how, error);
 }
 
 }  // namespace
+
+std::string_view declaredEncoding(std::string_view text) {
+    constexpr std::string_view kKeyword = "encoding";
+    if (!text.starts_with("<?xml")) {
+        return {};
+    }
+    const std::string_view declaration = text.substr(0, text.find('>'));
+    const std::size_t keyword = declaration.find(kKeyword);
+    if (keyword == std::string_view::npos) {
+        return {};
+    }
+    const std::size_t opening =
+        declaration.find_first_not_of(" \t\r\n=", keyword + kKeyword.size());
+    if (opening == std::string_view::npos ||
+        (declaration[opening] != '"' && declaration[opening] != '\'')) {
+        return {};
+    }
+    const std::size_t closing = declaration.find(declaration[opening], opening + 1);
+    return closing == std::string_view::npos
+               ? std::string_view()
+               : declaration.substr(opening + 1, closing - opening - 1);
+}
+
+std::string_view encodingOfName(std::string_view name) {
+    const char* const converter = converterFor(name);
+    return converter == nullptr ? std::string_view() : std::string_view(converter);
+}
 
 std::optional<std::size_t> firstInvalidUTF8(std::string_view bytes) {
     const char* const end = bytes.data() + bytes.size();

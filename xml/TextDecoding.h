@@ -35,6 +35,8 @@ struct TextDecoding {
     std::string encoding = "UTF-8";
     /// The length of the byte order mark that was dropped at the beginning.
     std::size_t markLength = 0;
+    /// The offset of the first byte of the file that could not be decoded; 0 when all could.
+    std::size_t faultOffset = 0;
 };
 
 struct DecodedText {
@@ -52,6 +54,14 @@ struct DecodedText {
 /// The text of bytes that are UTF-8 by the same rules, where it lies in them. Costs no memory.
 /// @return nothing for bytes in another encoding and for those that do not fit theirs.
 [[nodiscard]] std::optional<std::string_view> textWithin(std::string_view bytes, TextDecoding& how);
+
+/// The encoding that the XML declaration at the beginning of a text names (XML 1.0, section 4.3.3),
+/// as a view of it; empty when it names none.
+[[nodiscard]] std::string_view declaredEncoding(std::string_view text);
+
+/// What `TextDecoding` calls an encoding of that name, or "UTF-16" when the name leaves the order
+/// of the bytes open; empty when the name is not known.
+[[nodiscard]] std::string_view encodingOfName(std::string_view name);
 
 /// The text in an encoding that `TextDecoding` names, without a byte order mark; nothing when it
 /// has characters that the encoding lacks.

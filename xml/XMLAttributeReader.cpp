@@ -25,7 +25,8 @@ void XMLAttributeReader::read(bool spaced) {
                         "two attributes without a blank between them were read as two");
         if (doubtfulEnd_) {
             in_.fault(XMLErrorCode::malformedStartTag, start,
-                      "it is not clear where the attribute value before this place ends.");
+                      "it is not clear where the attribute value before this place ends.",
+                      element_);
         }
         in_.edit(start, 0, " ");
     }
@@ -35,7 +36,8 @@ void XMLAttributeReader::read(bool spaced) {
     in_.skipSpace();
     if (!in_.isAt('=')) {
         if (!spaced) {
-            in_.fault(XMLErrorCode::malformedStartTag, start, "the start tag is malformed here.");
+            in_.fault(XMLErrorCode::malformedStartTag, start, "the start tag is malformed here.",
+                      element_);
         }
         addEmptyValue(name, afterName, "=\"\"");
         in_.moveTo(afterName);

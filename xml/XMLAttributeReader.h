@@ -14,8 +14,9 @@ class XMLAttributeReader {
   public:
     explicit XMLAttributeReader(XMLInput& input) : in_(input) {}
 
-    /// Call at the beginning of each start tag.
-    void beginTag() {
+    /// Call at the beginning of each start tag. @param element its name.
+    void beginTag(std::string_view element) {
+        element_ = element;
         names_.clear();
         doubtfulEnd_ = false;
     }
@@ -34,6 +35,7 @@ class XMLAttributeReader {
     void report(std::string_view name, std::string_view value, const char* end);
 
     XMLInput& in_;
+    std::string_view element_;
     std::vector<std::string_view> names_;
     // The same names, kept only for tags with many of them.
     std::set<std::string_view> sortedNames_;

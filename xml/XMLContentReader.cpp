@@ -201,7 +201,7 @@ void XMLContentReader::readStartTag() {
     if (XMLReaderEvents* const events = in_.eventsAt(tag, in_.at())) {
         events->startElement(name);
     }
-    attributes_.beginTag();
+    attributes_.beginTag(name);
     for (;;) {
         const bool spaced = in_.skipSpace();
         if (in_.isAt('>')) {

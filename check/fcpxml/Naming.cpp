@@ -10,7 +10,8 @@ std::string calledBy(const ElementIndex& index, ElementNumber element) {
     // Markers and keywords are called by what they say.
     const bool isNote = text.ends_with("marker>") || text == "<keyword>";
     std::string_view name = index.attributeTextOf(element, isNote ? "value" : "name");
-    if (name.empty()) {
+    // The style that a text refers to is not what it is called by.
+    if (name.empty() && !index.isNamed(element, "text-style")) {
         const std::string_view reference = index.attributeTextOf(element, "ref");
         const ElementNumber target =
             reference.empty() ? kNoElement : index.elementWithId(reference);

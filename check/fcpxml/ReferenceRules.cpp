@@ -7,6 +7,7 @@
 
 #include "check/fcpxml/Naming.h"
 #include "check/fcpxml/ReferenceKinds.h"
+#include "formats/fcpxml/Definition.h"
 #include "formats/fcpxml/Resources.h"
 #include "xml/AttributeValue.h"
 
@@ -42,6 +43,7 @@ class ReferenceCheck {
     void readAngles();
     void judgeAngle(ElementNumber source);
     void judgeUids(std::string_view kind);
+    [[nodiscard]] std::string multicamOf(ElementNumber angle) const;
     [[nodiscard]] bool isSameMedia(ElementNumber left, ElementNumber right) const;
     [[nodiscard]] std::string_view sourceOf(ElementNumber asset) const;
 
@@ -71,6 +73,10 @@ void ReferenceCheck::judgeReference(ElementNumber element, std::string_view attr
         return;
     }
     if (target->kind != kinds->kind && target->kind != kinds->otherKind) {
+        // The fault is the target's name.
+        if (fcpxml::Catalogue::shared().idOf(target->kind) == fcpxml::kNoElement) {
+            return;
+        }
         const std::string instead =
             withArticle(kinds->kind) +
             (kinds->otherKind.empty() ? "" : " or " + withArticle(kinds->otherKind));
@@ -101,12 +107,20 @@ void ReferenceCheck::judgeMedia(ElementNumber element, TextSpan value, ElementNu
     }
 }
 
+// It has the name of the media that it is in.
+std::string ReferenceCheck::multicamOf(ElementNumber angle) const {
+    const ElementNumber multicam = index_.parentOf(angle);
+    const ElementNumber media = multicam == kNoElement ? kNoElement : index_.parentOf(multicam);
+    return media == kNoElement ? "one multicam" : calledBy(index_, media);
+}
+
 void ReferenceCheck::readAngles() {
     for (const ElementNumber angle : index_.elementsNamed("mc-angle")) {
         const std::optional<TextSpan> id = index_.attributeOf(angle, "angleID");
         if (id && !angles_[index_.parentOf(angle)].insert(id->of(index_.text())).second) {
-            findings_.add("references-repeated-angle"_rule, *id,
-                          {{"angle", quotedValue(id->of(index_.text()))}});
+            findings_.add(
+                "references-repeated-angle"_rule, *id,
+                {{"angle", quotedValue(id->of(index_.text()))}, {"multicam", multicamOf(angle)}});
         }
     }
 }

@@ -2,6 +2,7 @@
 
 #include "check/RulesBeside.h"
 #include "check/fcpxml/ReferenceRules.h"
+#include "check/fcpxml/StructureFindings.h"
 #include "check/fcpxml/StructureMends.h"
 #include "check/fcpxml/TimingRules.h"
 #include "check/fcpxml/ValueRules.h"
@@ -13,6 +14,7 @@ void checkFCPXML(const ElementIndex& index, const FCPXMLReading& reading,
                  const CheckOptions& options, Report& report) {
     if (const auto version = fcpxml::Version::parse(report.version)) {
         addStructureMends(index, *version, report.findings);
+        nameStructureFindings(index, report.findings);
     }
     RulesBeside timing(
         options.runsBeside(index.text().size()), report.findings,

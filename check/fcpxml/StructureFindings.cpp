@@ -8,6 +8,7 @@
 
 #include "check/Listing.h"
 #include "check/NearestName.h"
+#include "check/fcpxml/Naming.h"
 
 namespace vornic {
 
@@ -80,8 +81,8 @@ std::string valueInstead(const ValidityFault& fault) {
 // Adds the findings of one file.
 class StructureFindings {
   public:
-    StructureFindings(Version version, Findings& findings)
-        : version_(version), findings_(&findings) {}
+    StructureFindings(Version version, std::string_view text, Findings& findings)
+        : version_(version), text_(text), findings_(&findings) {}
 
     void operator()(const ValidityFault& fault) {
         if (isToldBefore(fault)) {
@@ -108,13 +109,24 @@ class StructureFindings {
     [[nodiscard]] bool isToldBefore(const ValidityFault& fault);
 
     Version version_;
+    std::string_view text_;
     Findings* findings_;
     // Where an asset begins whose path was told to belong into its media-rep.
     std::optional<std::size_t> asset_;
 };
 
-// An asset that has its path where older versions have it lacks the part that should hold it: that
-// is one fault.
+// Whether an asset holds its path in a part of its own, as versions from 1.9 on have it.
+bool holdsMediaRep(std::string_view text, std::size_t asset) {
+    // The part comes first in an asset.
+    constexpr std::size_t kNear = 16384;
+    const std::string_view near = text.substr(asset, kNear);
+    const std::size_t part = near.find("<media-rep");
+    return part != std::string_view::npos && part < near.find("</asset") &&
+           part < near.find("<asset", 1);
+}
+
+// An asset that has its path where other versions have it lacks what should hold it: that is one
+// fault.
 bool StructureFindings::isToldBefore(const ValidityFault& fault) {
     if (fault.element != "asset") {
         return false;
@@ -122,17 +134,29 @@ bool StructureFindings::isToldBefore(const ValidityFault& fault) {
     if (fault.kind == ValidityFaultKind::attributeOfOtherVersion && fault.attribute == "src") {
         asset_ = fault.start;
     }
+    if (fault.kind == ValidityFaultKind::missingAttribute && fault.attribute == "src") {
+        return holdsMediaRep(text_, fault.start);
+    }
     return fault.kind == ValidityFaultKind::missingElement && asset_ == fault.start;
 }
 
 void StructureFindings::addOfElement(const ValidityFault& fault) const {
-    const std::string instead = insteadOf(fault.element, fault.expected);
     const Catalogue& catalogue = Catalogue::shared();
+    const std::string thing = inBrackets(fault.element);
     switch (fault.kind) {
         case ValidityFaultKind::unknownElement:
-            findings_->add("structure-unknown-element"_rule, fault.where,
-                           {{"element", fault.element}, {"instead", instead}});
+        case ValidityFaultKind::misplacedElement: {
+            const RuleId rule = fault.kind == ValidityFaultKind::unknownElement
+                                    ? "structure-unknown-element"_rule
+                                    : "structure-misplaced-element"_rule;
+            const std::string instead = findings_->keepsAnother(rule)
+                                            ? insteadOf(fault.element, fault.expected)
+                                            : std::string();
+            findings_->add(
+                rule, fault.where,
+                {{"element", fault.element}, {"parent", fault.parent}, {"instead", instead}});
             break;
+        }
         case ValidityFaultKind::elementOfOtherVersion: {
             const std::string versions =
                 textOf(catalogue.element(catalogue.idOf(fault.element)).span());
@@ -141,11 +165,6 @@ void StructureFindings::addOfElement(const ValidityFault& fault) const {
                 {{"element", fault.element}, {"versions", versions}, {"version", version_.text()}});
             break;
         }
-        case ValidityFaultKind::misplacedElement:
-            findings_->add(
-                "structure-misplaced-element"_rule, fault.where,
-                {{"element", fault.element}, {"parent", fault.parent}, {"instead", instead}});
-            break;
         case ValidityFaultKind::elementOutOfOrder:
             findings_->add("structure-element-order"_rule, fault.where,
                            {{"element", fault.element},
@@ -159,12 +178,11 @@ void StructureFindings::addOfElement(const ValidityFault& fault) const {
         case ValidityFaultKind::missingElement: {
             const std::string missing = elementsOf(fault.expected);
             findings_->add("structure-missing-element"_rule, fault.where,
-                           {{"element", fault.element}, {"missing", missing}});
+                           {{"thing", thing}, {"missing", missing}});
             break;
         }
         case ValidityFaultKind::misplacedText:
-            findings_->add("structure-misplaced-text"_rule, fault.where,
-                           {{"element", fault.element}});
+            findings_->add("structure-misplaced-text"_rule, fault.where, {{"thing", thing}});
             break;
         case ValidityFaultKind::contentInEmptyElement:
             findings_->add("structure-content-in-empty-element"_rule, fault.where,
@@ -187,6 +205,7 @@ void StructureFindings::addOfAttribute(const ValidityFault& fault) const {
                          std::string_view versions = {}) {
         findings_->add(rule, fault.where,
                        {{"element", fault.element},
+                        {"thing", inBrackets(fault.element)},
                         {"attribute", fault.attribute},
                         {"value", fault.value},
                         {"instead", instead},
@@ -196,7 +215,9 @@ void StructureFindings::addOfAttribute(const ValidityFault& fault) const {
     switch (fault.kind) {
         case ValidityFaultKind::unknownAttribute:
             return add("structure-unknown-attribute"_rule,
-                       attributeInstead(fault.attribute, fault.element, version_));
+                       findings_->keepsAnother("structure-unknown-attribute"_rule)
+                           ? attributeInstead(fault.attribute, fault.element, version_)
+                           : std::string());
         case ValidityFaultKind::attributeOfOtherVersion: {
             const Catalogue& catalogue = Catalogue::shared();
             return add("structure-attribute-of-other-version"_rule, {},
@@ -206,7 +227,10 @@ void StructureFindings::addOfAttribute(const ValidityFault& fault) const {
         case ValidityFaultKind::missingAttribute:
             return add("structure-missing-attribute"_rule);
         case ValidityFaultKind::valueNotListed:
-            return add("structure-value-not-listed"_rule, valueInstead(fault));
+            return add("structure-value-not-listed"_rule,
+                       findings_->keepsAnother("structure-value-not-listed"_rule)
+                           ? valueInstead(fault)
+                           : std::string());
         case ValidityFaultKind::valueNotFixed:
             return add("structure-value-not-fixed"_rule, fault.definition->defaultValue);
         case ValidityFaultKind::malformedId:
@@ -220,8 +244,24 @@ void StructureFindings::addOfAttribute(const ValidityFault& fault) const {
 
 }  // namespace
 
-fcpxml::Validator::FaultSink structureFindings(Version version, Findings& findings) {
-    return StructureFindings(version, findings);
+fcpxml::Validator::FaultSink structureFindings(Version version, std::string_view text,
+                                               Findings& findings) {
+    return StructureFindings(version, text, findings);
+}
+
+void nameStructureFindings(const ElementIndex& index, Findings& findings) {
+    for (Finding& finding : findings.kept()) {
+        if (ruleOf(finding.rule).group != RuleGroup::structure) {
+            continue;
+        }
+        for (Argument& argument : finding.arguments) {
+            const ElementNumber element =
+                argument.name == "thing" ? index.elementAt(finding.where.offset) : kNoElement;
+            if (element != kNoElement && argument.value == inBrackets(index.nameOf(element))) {
+                argument.value = calledBy(index, element);
+            }
+        }
+    }
 }
 
 }  // namespace vornic

@@ -39,6 +39,15 @@ std::optional<Mend> standaloneMend(std::string_view text) {
                                     {{start, end + 1 - start, ""}}});
 }
 
+// The validator notices it where the first default comes in.
+void placeInDeclaration(Finding& finding) {
+    if (finding.mend) {
+        const Edit& edit = finding.mend->edits[0];
+        finding.where.offset = edit.offset + 1;
+        finding.where.length = edit.length - 1;
+    }
+}
+
 std::optional<Mend> rateMend(const ElementIndex& index, TextSpan place) {
     constexpr std::array<std::pair<std::string_view, std::string_view>, 7> kRates = {
         {{"32000", "32k"},
@@ -252,6 +261,7 @@ void addStructureMends(const ElementIndex& index, fcpxml::Version version, Findi
             finding.mend = repeatedIds.mendOf(index.elementAt(place.offset));
         } else if (finding.rule == "values-standalone"_rule) {
             finding.mend = standaloneMend(index.text());
+            placeInDeclaration(finding);
         }
     }
 }

@@ -132,6 +132,9 @@ void Validator::refuseChild(ValidityFaultKind kind, std::string_view name,
 void Validator::attribute(std::string_view name, std::string_view rawValue) {
     const ElementDefinition* const element = open_.back().definition;
     if (element == nullptr) {
+        if (name == "id") {
+            doubtfulIds_.insert(normalisedAttributeValue(rawValue, true));
+        }
         return;
     }
     const AttributeDefinition* const definition = element->attribute(name, nextAttribute_);
@@ -175,11 +178,19 @@ void Validator::judgeValue(const AttributeDefinition& definition, std::string_vi
 }
 
 void Validator::judgeIdentity(const AttributeDefinition& definition, std::string_view value) {
-    if (!isName(value)) {
-        return refuseAttribute(ValidityFaultKind::malformedId, valuePlace(), definition.name, value,
-                               &definition);
-    }
     std::string key(value);
+    if (!isName(value)) {
+        // The same id with each reference to it is one fault.
+        const bool isTold = definition.type == AttributeType::id
+                                ? !doubtfulIds_.insert(std::move(key)).second
+                                : doubtfulIds_.contains(key);
+        if (!isTold) {
+            return refuseAttribute(ValidityFaultKind::malformedId, valuePlace(), definition.name,
+                                   value, &definition);
+        }
+        isValid_ = false;
+        return;
+    }
     if (definition.type == AttributeType::reference) {
         if (!ids_.contains(key)) {
             pending_[std::move(key)].push_back(
@@ -210,6 +221,7 @@ void Validator::finishStartTag() {
             continue;
         }
         if (attribute.defaultKind == AttributeDefault::required) {
+            withoutId_ += attribute.type == AttributeType::id ? 1 : 0;
             refuseAttribute(ValidityFaultKind::missingAttribute, element.startTag, attribute.name,
                             {}, &attribute);
         } else if (standalone_ && attribute.defaultKind != AttributeDefault::none) {
@@ -284,6 +296,11 @@ void Validator::processingInstruction(std::string_view /*target*/, std::string_v
 void Validator::finish() {
     using Entry = std::pair<std::string_view, Reference>;
     std::vector<Entry> dangling;
+    std::erase_if(pending_,
+                  [this](const auto& entry) { return doubtfulIds_.contains(entry.first); });
+    if (pending_.size() <= withoutId_) {
+        pending_.clear();
+    }
     for (const auto& [name, references] : pending_) {
         for (const Reference& reference : references) {
             dangling.emplace_back(name, reference);

@@ -87,7 +87,9 @@ struct ValidityFault {
 
 /// Judges what `readXML` reads by the definition of one version: one pass, memory for the open
 /// elements and the ids alone. A fault is told once; what an unknown element holds is not judged,
-/// and an element that holds something wrong is not told to lack something. One thread.
+/// and an element that holds something wrong is not told to lack something. References to what has
+/// an id that was not judged, or one that is no name, or to what seems to have lost its id, are not
+/// told. One thread.
 class Validator final : public XMLReaderEvents {
   public:
     using FaultSink = std::function<void(const ValidityFault& fault)>;
@@ -167,6 +169,10 @@ class Validator final : public XMLReaderEvents {
     std::unordered_set<std::string> ids_;
     // References whose target has not come yet, by the target's name.
     std::unordered_map<std::string, std::vector<Reference>> pending_;
+    // Ids of unknown elements, and those that are no names.
+    std::unordered_set<std::string> doubtfulIds_;
+    // How many elements have no id and should have one.
+    std::size_t withoutId_ = 0;
 };
 
 }  // namespace vornic::fcpxml

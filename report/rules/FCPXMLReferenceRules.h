@@ -43,8 +43,8 @@ inline constexpr Rule kFCPXMLReferenceRules[] = {
      "Write the angleID of the angle that is meant. The multicam among the resources lists them.",
      "The descriptions of mc-source and mc-angle in the FCPXML document type definitions"},
     {"references-repeated-angle", RuleGroup::references, Severity::error,
-     "the angle id \"{angle}\" stands twice in one multicam; each angle should have an id of its "
-     "own",
+     "the angle id \"{angle}\" stands twice in the multicam of {multicam}; each angle should have "
+     "an id of its own",
      "Clips say by the angleID which angle they show. With two of the same id nobody knows which "
      "one is meant.",
      "One of the two angles is shown for both.",

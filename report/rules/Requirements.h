@@ -112,13 +112,12 @@ inline constexpr Requirement kRequirements[] = {
     {"XMEML: a sequence lasts as long as what is in it", "timing-sequence-too-short"},
     {"XMEML: channel counts and sample rates are possible ones, and not exchanged",
      "values-channels-swapped values-channel-count values-sample-rate"},
-    {"A file is written in UTF-8, and its name ends as its format asks for",
-     "values-encoding values-extension"},
     {"Characters that a classic repair takes out, control characters and half pairs are told",
      "characters-removed-by-repair characters-control characters-half-pair "
      "characters-long-reference"},
-    {"A file is UTF-8, and its name says which format it is in",
-     "values-encoding values-extension"},
+    {"A file is UTF-8 and says so, and its name says which format it is in",
+     "values-encoding values-extension xml-declared-encoding"},
+    {"The root element is <fcpxml> or <xmeml>", "xml-other-root"},
     {"The media files that a project names are there, under the names that it has for them",
      "media-missing media-other-name media-folder media-unreadable media-not-mounted "
      "media-no-answer media-elsewhere"},

@@ -65,14 +65,14 @@ inline constexpr Rule kStructureRules[] = {
         "FCPXML document type definitions 1.0 to 1.14; XML 1.0 (fifth edition), section 3, Element "
         "Valid, Repeated Element"),
     detail::definitionFault(
-        "structure-missing-element", "<{element}> lacks a part; {missing} should stand in it",
+        "structure-missing-element", "{thing} lacks a part; {missing} should stand in it",
         "The element ends before all that it needs is there.",
         "Add what is missing, or take the element out.",
         "FCPXML document type definitions 1.0 to 1.14; XML 1.0 (fifth edition), section 3, Element "
         "Valid, Missing Element"),
     detail::definitionFault(
         "structure-misplaced-text",
-        "text stands between the parts of <{element}>; only elements should stand there",
+        "text stands between the parts of {thing}; only elements should stand there",
         "The element may hold elements and white space between them, but no text and no CDATA "
         "section.",
         "Take the text out, or move it into the element that it is meant for.",
@@ -84,15 +84,14 @@ inline constexpr Rule kStructureRules[] = {
         "Write it as <name/>, with nothing between a start tag and an end tag.",
         "XML 1.0 (fifth edition), section 3, Element Valid, EMPTY"),
     detail::definitionFault(
-        "structure-unknown-attribute",
-        "<{element}> has no attribute {attribute}; it should {instead}",
+        "structure-unknown-attribute", "{thing} has no attribute {attribute}; it should {instead}",
         "No version of FCPXML has an attribute of that name at this element.",
         "Correct the name, or take the attribute out.",
         "FCPXML document type definitions 1.0 to 1.14; XML 1.0 (fifth edition), section 3.1, "
         "Attribute Value Type"),
     detail::definitionFault(
         "structure-attribute-of-other-version",
-        "the attribute {attribute} of <{element}> belongs to FCPXML {versions}, not to {version}; "
+        "the attribute {attribute} of {thing} belongs to FCPXML {versions}, not to {version}; "
         "the file should declare a version that has it, or do without it",
         "The attribute is sound, but the version that the file declares does not know it.",
         "Declare a version that has the attribute if the receiver reads it, or convert the file to "
@@ -101,13 +100,13 @@ inline constexpr Rule kStructureRules[] = {
         "Attribute Value Type"),
     detail::definitionFault(
         "structure-missing-attribute",
-        "<{element}> lacks the attribute {attribute}; every <{element}> should have it",
+        "{thing} lacks the attribute {attribute}; every <{element}> should have it",
         "The attribute may not be left out.", "Add the attribute with the value that is meant.",
         "FCPXML document type definitions 1.0 to 1.14; XML 1.0 (fifth edition), section 3.3.2, "
         "Required Attribute"),
     detail::definitionFault(
         "structure-value-not-listed",
-        "{attribute} of <{element}> is \"{value}\"; it should be {instead}",
+        "{attribute} of {thing} is \"{value}\"; it should be {instead}",
         "The definition lists the values that the attribute may have, and this is none of them. "
         "Capital letters count.",
         "Write one of the values that are listed.",
@@ -121,14 +120,14 @@ inline constexpr Rule kStructureRules[] = {
         "Fixed Attribute Default"),
     detail::definitionFault(
         "structure-malformed-id",
-        "\"{value}\" cannot be the {attribute} of <{element}>; an id should begin with a letter or "
+        "\"{value}\" cannot be the {attribute} of {thing}; an id should begin with a letter or "
         "an underscore and hold letters, digits, hyphens and full stops alone",
         "Ids and references to them are names in the sense of XML: no blank, no digit in front.",
         "Give it another id, and write that in all references to it.",
         "XML 1.0 (fifth edition), section 3.3.1, ID, IDREF"),
     detail::definitionFault(
         "structure-repeated-id",
-        "the id \"{value}\" of this <{element}> stands at another element, too; each id should be "
+        "the id \"{value}\" of {thing} stands at another element, too; each id should be "
         "in "
         "the file once",
         "Elements are told apart by their ids. Files that a script joined often have one twice.",
@@ -136,7 +135,7 @@ inline constexpr Rule kStructureRules[] = {
         "XML 1.0 (fifth edition), section 3.3.1, ID"),
     detail::definitionFault(
         "structure-dangling-reference",
-        "{attribute} of <{element}> is \"{value}\", and nothing has that id; it should name "
+        "{attribute} of {thing} is \"{value}\", and nothing has that id; it should name "
         "something that is in the file",
         "The element says by an id what it uses, and what it names is not there: it was taken out, "
         "or its id was changed.",

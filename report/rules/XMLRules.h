@@ -126,8 +126,7 @@ inline constexpr Rule kXMLRules[] = {
                         "XML 1.0 (fifth edition), section 2.1"),
     detail::markupFault(
         "xml-unclosed-element",
-        "the file ends before the element <{name}> of line {line} is closed; </{name}> should "
-        "close it",
+        "the file {ends} before {open} closed; {closing} should stand at its end",
         "The end of the file is missing (a copy or a download that broke off), or an end tag was "
         "lost.",
         "Fetch the file again. If only end tags are missing, write them.",
@@ -236,6 +235,29 @@ inline constexpr Rule kXMLRules[] = {
         "The file's text is in another encoding than its first line says, or it was damaged.",
         "Save the file as UTF-8, or declare the encoding that it has.",
         "XML 1.0 (fifth edition), section 4.3.3"),
+};
+
+/// The file as a whole, which the reader has no fault for.
+inline constexpr Rule kXMLFileRules[] = {
+    {"xml-declared-encoding", RuleGroup::xml, Severity::error,
+     "the first line names the encoding {declared}, but the file is in {real}; it should name "
+     "{right}",
+     "The first line says in which encoding the characters of the file are written, and its bytes "
+     "show another one. An editor or a script that changed the encoding and not the line is the "
+     "usual cause.",
+     "Most programs refuse a file that says UTF-16 and is not; where they believe another wrong "
+     "name, letters with accents come out as two wrong ones.",
+     "Write the encoding that the file has into its first line.",
+     "XML 1.0 (fifth edition), section 4.3.3, Character Encoding in Entities"},
+    {"xml-other-root", RuleGroup::xml, Severity::error,
+     "the root element is <{name}>; it should be {right}",
+     "The name of the first element tells what a file is: <fcpxml> or <xmeml>, in small letters "
+     "and "
+     "without a prefix.",
+     "Editing programs do not take the file for a project.",
+     "Correct the name of the root element and of its end tag, or look for the file that was "
+     "meant.",
+     "XML 1.0 (fifth edition), section 2.8, Root Element Type"},
 };
 
 }  // namespace vornic::rules

@@ -218,7 +218,64 @@ TEST(Check, tellsBytesThatAreNoText) {
     const Report report = checkFile("<fcpxml version=\"1.10\">\n\xC3\x28</fcpxml>", {});
     ASSERT_EQ(report.findings.kept().size(), 1U);
     EXPECT_EQ(report.findings.kept()[0].where.line, 2U);
+    EXPECT_EQ(report.findings.kept()[0].where.offset, 24U);
+    EXPECT_EQ(report.findings.kept()[0].where.length, 1U);
     EXPECT_EQ(report.kind, "none");
+}
+
+TEST(Check, callsAFileInvalidWhoseEncodingParsersRefuse) {
+    const std::string behind =
+        "\"?><!DOCTYPE fcpxml><fcpxml version=\"1.10\"><resources/></fcpxml>";
+    const std::string before = "<?xml version=\"1.0\" encoding=\"";
+    EXPECT_EQ(checkFile(before + "UTF-16" + behind, {}).valid, false);
+    EXPECT_EQ(checkFile(before + "UTF-8" + behind, {}).valid, true);
+}
+
+TEST(Check, saysWhatIsOpenWhereAFileEndsAndNothingOfATornTag) {
+    const std::string text =
+        "<fcpxml version=\"1.10\">\n<resources/>\n<library>\n<event name=\"Day\"><pro";
+    EXPECT_EQ(toldBy(checkFile(text, {})),
+              Strings{"xml-unclosed-element 4: the file ends in the middle of a tag before <event> "
+                      "(line 4), <library> and <fcpxml> are closed; "
+                      "</event></library></fcpxml> should stand at its end"});
+    EXPECT_EQ(rulesOf(checkFile("<fcpxml version=\"1.10\"><resources/></fcpxml><even", {})),
+              Strings{"xml-second-root-element"});
+}
+
+TEST(Check, placesAFaultThatEndsTheReadingInTheElementsThatAreOpen) {
+    const Report report = checkFile(
+        "<fcpxml version=\"1.10\"><resources/><event name=\"Day\"><clip name=\"A\" duration=\"1s\" "
+        "duration=\"2s\"/></event></fcpxml>",
+        {});
+    ASSERT_EQ(rulesOf(report), Strings{"xml-repeated-attribute"});
+    EXPECT_EQ(report.findings.kept()[0].where.path, "/fcpxml[1]/event[1]/clip[1]");
+    EXPECT_EQ(report.findings.kept()[0].where.name, "A");
+}
+
+TEST(Check, saysThatTheRootWasNotReachedWhereReadingStopsBeforeIt) {
+    const Report report = checkFile("Dear all, <fcpxml version=\"1.10\"/>", {});
+    EXPECT_EQ(whyNot(report, RuleGroup::structure),
+              "the file could not be read as far as its root element");
+}
+
+TEST(Check, tellsAnIdThatIsLostOrMalformedOnce) {
+    const std::string before = "<fcpxml version=\"1.10\"><resources>";
+    const std::string behind =
+        "<asset id=\"r2\" name=\"A\" format=\"r1\"><media-rep kind=\"original-media\" "
+        "src=\"file:///A.mov\"/></asset></resources></fcpxml>";
+    EXPECT_EQ(rulesOf(checkFile(before + "<fromat id=\"r1\"/>" + behind, {})),
+              Strings{"structure-unknown-element"});
+    EXPECT_EQ(rulesOf(checkFile(before + "<format name=\"HD\"/>" + behind, {})),
+              Strings{"structure-missing-attribute"});
+    EXPECT_EQ(rulesOf(checkFile(before + behind, {})), Strings{"structure-dangling-reference"});
+}
+
+TEST(Check, tellsAPathOfALaterVersionOnce) {
+    const Report report = checkFile(
+        "<fcpxml version=\"1.8\"><resources><asset id=\"r1\" name=\"A\"><media-rep "
+        "kind=\"original-media\" src=\"file:///A.mov\"/></asset></resources></fcpxml>",
+        {});
+    EXPECT_EQ(rulesOf(report), Strings{"structure-element-of-other-version"});
 }
 
 TEST(Check, tellsTheTimecodeOfAnXMEMLClip) {

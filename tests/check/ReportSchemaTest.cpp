@@ -156,7 +156,7 @@ TEST(JSONSchema, ofAReportRefusesOneThatLacksAPart) {
         EXPECT_EQ(schemaFaults(lacking, reportSchema()).size(), 1U) << name;
     }
     JSON surplus = sound;
-    surplus["files"][0]["findings"][0]["mend"]["confidence"] = "sure";
+    surplus["files"][0]["findings"][1]["mend"]["confidence"] = "sure";
     EXPECT_EQ(schemaFaults(surplus, reportSchema()).size(), 1U);
 }
 

@@ -33,11 +33,10 @@ TEST(Findings, aFindingHoldsItsArguments) {
     Findings findings;
     {
         const std::string name = "clip";
-        findings.add("xml-unclosed-element"_rule, {9, 0}, {{"name", name}, {"line", 4U}});
+        findings.add("xml-second-root-element"_rule, {9, 0}, {{"name", name}, {"line", 4U}});
     }
     EXPECT_EQ(findings.kept().front().message(),
-              "the file ends before the element <clip> of line 4 is closed; </clip> should close "
-              "it");
+              "a second root element, <clip>, begins here; a file should have only one");
 }
 
 TEST(Findings, aFindingMayWeighOtherwiseThanItsRule) {

@@ -61,7 +61,18 @@ TEST(XMLFindings, ofAFileThatEndsEarlySayWhatIsOpen) {
     const Findings findings = findingsIn("<a>\n<b>");
     ASSERT_EQ(findings.kept().size(), 1U);
     EXPECT_EQ(findings.kept()[0].message(),
-              "the file ends before the element <b> of line 2 is closed; </b> should close it");
+              "the file ends before <b> (line 2) is closed; </b> should stand at its end");
+}
+
+TEST(XMLFindings, tellOnceWhatTheReaderBeganToMendAndRefused) {
+    for (const std::string text :
+         {"<a b=T\"/>", "<a b=\"x\" c=\"=\"d=\"\"/>", "<a><!-- -- <!-- --></a>"}) {
+        const Findings findings = findingsIn(text);
+        ASSERT_EQ(findings.kept().size(), 1U) << text;
+        EXPECT_FALSE(findings.kept()[0].mend.has_value()) << text;
+    }
+    EXPECT_EQ(findingsIn("<a b=\"x\" c=\"=\"d=\"\"/>").kept()[0].message().substr(0, 11),
+              "the tag <a>");
 }
 
 TEST(XMLFindings, ofASoundTextAreNone) {

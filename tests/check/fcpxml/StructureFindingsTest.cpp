@@ -18,7 +18,7 @@ std::string onlyFinding(const std::string& text, int minor = 10, bool isStandalo
     Findings findings;
     const Version version(minor);
     Validator validator(Definition::of(version), isStandalone,
-                        structureFindings(version, findings));
+                        structureFindings(version, text, findings));
     EXPECT_FALSE(readXML(text, XMLMode::strict, &validator).fault);
     validator.finish();
     EXPECT_EQ(findings.kept().size(), 1U);
@@ -96,7 +96,7 @@ TEST(StructureFindings, nameWhatStandsWrong) {
         "structure-malformed-id: \"1r\" cannot be the id of <format>; an id should begin with "
         "a letter or an underscore and hold letters, digits, hyphens and full stops alone");
     EXPECT_EQ(onlyFinding(withResources("<format id=\"r1\"/><format id=\"r1\"/>")),
-              "structure-repeated-id: the id \"r1\" of this <format> stands at another element, "
+              "structure-repeated-id: the id \"r1\" of <format> stands at another element, "
               "too; each id should be in the file once");
     EXPECT_EQ(onlyFinding("<fcpxml version=\"1.9\"/>"),
               "structure-value-not-fixed: version of <fcpxml> is \"1.9\"; it should always be "
