@@ -35,6 +35,8 @@ class ReaderMends final : public XMLMendSink {
         }
     }
     void dropped(TextSpan characters) override { findings_.dropped(characters); }
+    // Tells what was announced last. To be called behind the reading.
+    void finish(const XMLReading& reading) { findings_.addFault(reading); }
 
     [[nodiscard]] const std::vector<XMLEdit>& edits() const { return edits_; }
     [[nodiscard]] bool isTooMany() const { return isTooMany_; }
@@ -134,6 +136,7 @@ class Run {
                                             : "What is left of the file cannot be read. " +
                                                   reading.fault->localizedDescription());
         }
+        mends.finish(reading);
         if (findings.kept().size() != firstOfReader) {
             placeReaderMends(range, firstOfReader);
         }

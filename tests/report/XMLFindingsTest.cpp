@@ -66,7 +66,7 @@ TEST(XMLFindings, ofAFileThatEndsEarlySayWhatIsOpen) {
 
 TEST(XMLFindings, tellOnceWhatTheReaderBeganToMendAndRefused) {
     for (const std::string text :
-         {"<a b=T\"/>", "<a b=\"x\" c=\"=\"d=\"\"/>", "<a><!-- -- <!-- --></a>"}) {
+         {"<a b=T\"/>", "<a b=\"x\" c=\"=\"d=\"\"/>", "<a><!-- <!-- --></a>"}) {
         const Findings findings = findingsIn(text);
         ASSERT_EQ(findings.kept().size(), 1U) << text;
         EXPECT_FALSE(findings.kept()[0].mend.has_value()) << text;
