@@ -4,13 +4,16 @@
 #include <array>
 #include <utility>
 
+#include "check/Check.h"
 #include "formats/ElementIndexBuilder.h"
 #include "formats/PlaceFinder.h"
 #include "foundation/FormatString.h"
 #include "report/XMLFindings.h"
+#include "salvage/AfterCut.h"
 #include "salvage/Guesses.h"
 #include "salvage/OffsetShifts.h"
 #include "salvage/SourceText.h"
+#include "xml/TextPlace.h"
 
 namespace vornic::salvage {
 
@@ -20,6 +23,12 @@ constexpr std::string_view kUnrecognisable =
     "Nothing in the file looks like a Final Cut Pro project (XMEML or FCPXML).";
 constexpr std::string_view kTooManyFaults =
     "The file has more faults than a damaged project can have.";
+
+// What a check tells of references that lead nowhere.
+constexpr std::array kLostReferences = {
+    "structure-dangling-reference"_rule, "references-dangling"_rule,
+    "references-file-undefined"_rule, "references-clip-undefined"_rule,
+    "references-dangling-link"_rule};
 
 // The edits that a reading makes, which are told as findings as well.
 class ReaderMends final : public XMLMendSink {
@@ -144,8 +153,117 @@ class Run {
         if (!mends.edits().empty()) {
             copy = applyXMLEdits(copy, mends.edits());
         }
-        placeInCopy(copy, first, shifts);
+        moveInCopy(first, shifts);
+        if (isCutOff()) {
+            completeAfterCut(copy, first);
+        }
+        placeInCopy(copy, first);
+        if (hasLost()) {
+            tellLostReferences(copy, range, mends.edits());
+        }
         result_.copies.push_back(std::move(copy));
+    }
+
+    [[nodiscard]] bool isCutOff() const {
+        return result_.report.findings.count("salvage-cut-off"_rule) != 0;
+    }
+    // Whether something may be gone that others refer to.
+    [[nodiscard]] bool hasLost() const {
+        return isCutOff() || result_.report.findings.count("salvage-cut-tag"_rule) != 0 ||
+               result_.report.findings.count("salvage-attributes-lost"_rule) != 0;
+    }
+
+    void moveInCopy(std::size_t first, const OffsetShifts& shifts) {
+        auto& kept = result_.report.findings.kept();
+        for (std::size_t i = first; i < kept.size(); ++i) {
+            if (kept[i].inCopy) {
+                kept[i].inCopy->offset = shifts.of(kept[i].inCopy->offset);
+            }
+        }
+    }
+
+    // What the elements lack that the file was cut off in.
+    void completeAfterCut(std::string& copy, std::size_t first) {
+        ElementIndexBuilder builder(copy);
+        static_cast<void>(readXML(copy, XMLMode::strict, &builder));
+        const ElementIndex index = std::move(builder).finish();
+        const auto& kept = result_.report.findings.kept();
+        const auto cut = std::find_if(
+            kept.begin() + static_cast<std::ptrdiff_t>(first), kept.end(), [](const Finding& it) {
+                return it.rule == "salvage-cut-off"_rule && it.inCopy.has_value();
+            });
+        if (cut == kept.end()) {
+            return;
+        }
+        const std::vector<AddedPart> parts = partsAfterCut(index, cut->inCopy->offset);
+        OffsetShifts shifts;
+        std::string completed;
+        std::vector<std::size_t> places;
+        std::size_t at = 0;
+        for (const AddedPart& part : parts) {
+            completed.append(copy, at, part.offset - at);
+            at = part.offset;
+            places.push_back(completed.size());
+            completed += part.text;
+            shifts.add(at, static_cast<std::ptrdiff_t>(completed.size() - at));
+        }
+        completed.append(copy, at);
+        if (parts.empty() || readXML(completed, XMLMode::strict).fault) {
+            return;
+        }
+        moveInCopy(first, shifts);
+        for (std::size_t i = 0; i < parts.size(); ++i) {
+            Finding* const finding =
+                result_.report.findings.add("salvage-part-added"_rule, {source_.text().size(), 0},
+                                            {{"parent", parts[i].parent},
+                                             {"element", parts[i].element},
+                                             {"what", excerpt(parts[i].text)}});
+            if (finding != nullptr) {
+                finding->inCopy.emplace();
+                finding->inCopy->offset = places[i];
+            }
+        }
+        copy = std::move(completed);
+    }
+
+    // References of the copy that lead nowhere. They stay as they are.
+    void tellLostReferences(const std::string& copy, const CopyRange& range,
+                            const std::vector<XMLEdit>& edits) {
+        CheckOptions options;
+        options.mostOfARule = options_.mostOfARule;
+        for (std::size_t index = 0; index < kRuleCount; ++index) {
+            const RuleId rule{static_cast<std::uint16_t>(index)};
+            if (std::find(kLostReferences.begin(), kLostReferences.end(), rule) ==
+                kLostReferences.end()) {
+                options.ignored.push_back(rule);
+            }
+        }
+        const Report report = checkFile(copy, options);
+        if (report.findings.kept().empty()) {
+            return;
+        }
+        OffsetShifts unmended;
+        std::ptrdiff_t shift = 0;
+        for (const XMLEdit& edit : edits) {
+            const std::size_t end = edit.offset + edit.length;
+            shift += static_cast<std::ptrdiff_t>(edit.length) -
+                     static_cast<std::ptrdiff_t>(edit.replacement.size());
+            unmended.add(static_cast<std::size_t>(static_cast<std::ptrdiff_t>(end) - shift), shift);
+        }
+        BackShifts back(range.offset);
+        const std::string raw = makeCopy(source_.text(), structure_, range, back);
+        back.finish(raw.size(), range.end);
+        for (const Finding& lost : report.findings.kept()) {
+            const std::size_t where = back.shifts().of(unmended.of(lost.where.offset));
+            Finding* const finding = result_.report.findings.add(
+                "salvage-reference-lost"_rule, {std::min(where, source_.text().size()), 0},
+                {{"what", lost.message()}});
+            if (finding != nullptr) {
+                finding->inCopy = lost.where;
+                finding->where.path = lost.where.path;
+                finding->where.name = lost.where.name;
+            }
+        }
     }
 
     [[nodiscard]] static OffsetShifts shiftsOf(const std::vector<XMLEdit>& edits) {
@@ -174,7 +292,7 @@ class Run {
     }
 
     // Line, column, element path and name in the copy.
-    void placeInCopy(const std::string& copy, std::size_t first, const OffsetShifts& shifts) {
+    void placeInCopy(const std::string& copy, std::size_t first) {
         auto& kept = result_.report.findings.kept();
         if (first == kept.size()) {
             return;
@@ -197,7 +315,7 @@ class Run {
                          });
         PlaceFinder places(index, TextDecoding());
         for (Finding* const finding : ordered) {
-            finding->inCopy = places.placeOf({shifts.of(finding->inCopy->offset), 0});
+            finding->inCopy = places.placeOf({finding->inCopy->offset, 0});
             finding->where.path = finding->inCopy->path;
             finding->where.name = finding->inCopy->name;
         }

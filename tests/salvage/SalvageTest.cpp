@@ -194,10 +194,39 @@ TEST(Salvage, closesWhatIsOpenWhereAFileWasCutOff) {
     const std::string text(kSound);
     const Salvage result = salvage(text.substr(0, text.find("<start>9") + 3));
     ASSERT_THAT(result.copies, SizeIs(1));
-    EXPECT_THAT(result.copies[0], HasSubstr("<name>Lake</name>\n                    </clipitem>\n"
-                                            "                </track>\n            </video>\n"));
-    EXPECT_THAT(rulesOf(result),
-                ::testing::UnorderedElementsAre("salvage-cut-tag", "salvage-cut-off"));
+    EXPECT_THAT(result.copies[0],
+                HasSubstr("<name>Lake</name>\n                    <rate>\n            "
+                          "<timebase>25</timebase>\n            "
+                          "<ntsc>FALSE</ntsc>\n        </rate></clipitem>\n"
+                          "                </track>\n            </video>\n"));
+    EXPECT_THAT(rulesOf(result), ::testing::UnorderedElementsAre(
+                                     "salvage-cut-tag", "salvage-cut-off", "salvage-part-added"));
+}
+
+TEST(Salvage, putsASpineIntoASequenceThatWasCutOffInFrontOfIt) {
+    const std::string text(kFCPXML);
+    const Salvage result = salvage(text.substr(0, text.find("            <spine>")));
+    ASSERT_THAT(result.copies, SizeIs(1));
+    EXPECT_THAT(result.copies[0], HasSubstr("<spine/></sequence>"));
+    EXPECT_EQ(result.report.findings.count("salvage-part-added"_rule), 1U);
+}
+
+TEST(Salvage, derivesTheRateAndTheEndOfAClipItemThatWasCutOff) {
+    const Salvage result =
+        salvage(with(kSound, "<start>9</start>", "<start>9</start><in>2</in><out>7</out><fi")
+                    .substr(0, kSound.find("<start>9") + 40));
+    ASSERT_THAT(result.copies, SizeIs(1));
+    EXPECT_THAT(result.copies[0], HasSubstr("<end>14</end></clipitem>"));
+    EXPECT_THAT(result.copies[0], HasSubstr("<timebase>25</timebase>\n            "
+                                            "<ntsc>FALSE</ntsc>\n        </rate><end>"));
+}
+
+TEST(Salvage, tellsReferencesThatLostTheirTargetAndKeepsThem) {
+    const Salvage result = salvage(with(
+        kFCPXML, "<asset id=\"r2\" name=\"Boat\" start=\"0s\" duration=\"9s\" format=\"r1\">", ""));
+    ASSERT_THAT(result.copies, SizeIs(1));
+    EXPECT_THAT(result.copies[0], HasSubstr("<asset-clip ref=\"r2\" offset=\"9s\""));
+    EXPECT_EQ(result.report.findings.count("salvage-reference-lost"_rule), 2U);
 }
 
 TEST(Salvage, makesACopyWhereverAFileIsCutOff) {
