@@ -81,7 +81,7 @@ class Converting {
         std::optional<fcpxml::Validator> validator;
         if (!root.empty() && version) {
             validator.emplace(fcpxml::Definition::of(*version), false,
-                              structureFindings(*version, result_.report.findings));
+                              structureFindings(*version, text_, result_.report.findings));
         }
         ElementIndexBuilder builder(text_);
         XMLFindings sink(text_, result_.report.findings);
