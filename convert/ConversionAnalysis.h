@@ -8,7 +8,7 @@
 #include <variant>
 
 #include "convert/ConversionOffer.h"
-#include "convert/VersionCatalogue.h"
+#include "convert/catalogue/VersionCatalogue.h"
 #include "xml/XMLDocument.h"
 
 namespace vornic {

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "convert/VersionCatalogue.h"
+#include "convert/catalogue/VersionCatalogue.h"
 #include "formats/FileCodes.h"
 #include "formats/xmeml/VersionedXMEML.h"
 #include "foundation/FormatString.h"

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "convert/VersionCatalogue.h"
+#include "convert/catalogue/VersionCatalogue.h"
 #include "formats/xmeml/ElementSearch.h"
 
 namespace vornic {

@@ -3,7 +3,7 @@
 #include <exception>
 #include <new>
 
-#include "convert/VersionCatalogue.h"
+#include "convert/catalogue/VersionCatalogue.h"
 #include "foundation/FormatString.h"
 #include "foundation/QMException.h"
 #include "foundation/QMLog.h"

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "convert/VersionCatalogue.h"
+#include "convert/catalogue/VersionCatalogue.h"
 #include "formats/xmeml/ElementSearch.h"
 #include "formats/xmeml/VersionedXMEML.h"
 #include "foundation/QMException.h"

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "convert/MarkupEdits.h"
-#include "convert/VersionCatalogue.h"
+#include "convert/catalogue/VersionCatalogue.h"
 #include "report/RuleTable.h"
 
 namespace vornic::xmeml {

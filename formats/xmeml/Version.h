@@ -4,8 +4,10 @@
 #include <optional>
 #include <string_view>
 
-/// The versions of XMEML, as rules know them. The programs that convert read the same facts from
-/// the resource "xml_versions", which users may extend; a test compares the two.
+/// The versions of XMEML, as rules know them. Conversions and repairs read the same facts from the
+/// resource "xml_versions" (`VersionCatalogue`), which users may extend and which may be missing;
+/// what a check finds must depend on neither, so its lists are part of the program. A test compares
+/// the two.
 namespace vornic::xmeml {
 
 inline constexpr int kNewestVersion = 5;

@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include "convert/VersionCatalogue.h"
+#include "convert/catalogue/VersionCatalogue.h"
 #include "platform/Bundle.h"
 
 namespace vornic {

@@ -2,7 +2,7 @@
 #include <string>
 #include <vector>
 
-#include "convert/VersionCatalogue.h"
+#include "convert/catalogue/VersionCatalogue.h"
 #include "tests/support/EngineTest.h"
 
 namespace vornic {

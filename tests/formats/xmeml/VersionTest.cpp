@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "convert/VersionCatalogue.h"
+#include "convert/catalogue/VersionCatalogue.h"
 #include "formats/xmeml/Version.h"
 #include "platform/PropertyList.h"
 #include "tests/support/Sandbox.h"

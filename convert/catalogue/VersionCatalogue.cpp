@@ -1,4 +1,4 @@
-#include "convert/VersionCatalogue.h"
+#include "convert/catalogue/VersionCatalogue.h"
 
 #include <algorithm>
 #include <iterator>
