@@ -1,17 +1,12 @@
 #include "convert/VersionConversion.h"
 
-#include <cerrno>
-#include <new>
 #include <string_view>
 #include <utility>
 
 #include "convert/catalogue/VersionCatalogue.h"
-#include "formats/FileCodes.h"
 #include "formats/xmeml/VersionedXMEML.h"
 #include "foundation/FormatString.h"
 #include "foundation/Text.h"
-#include "platform/AtomicFile.h"
-#include "platform/FileReplacement.h"
 
 namespace vornic {
 
@@ -31,30 +26,6 @@ ErrorSlot removeElements(XMLDocument& document, const std::string& name) {
     return error;
 }
 
-/// What the document was loaded from must still be there; a document that was not loaded from this
-/// file takes the place of whatever is.
-bool saveDocument(const XMLDocument& document, const std::string& path, ErrorSlot& error) {
-    const auto writeTo = [&](auto& file) {
-        return file.open(path, error) &&
-               document.serialize([&](std::string_view piece) { return file.write(piece, error); });
-    };
-    if (const auto snapshot = document.snapshotOfFile(path)) {
-        platform::FileReplacement file;
-        return writeTo(file) && file.commit(*snapshot, error);
-    }
-    platform::AtomicFile file;
-    return writeTo(file) && file.commit(platform::Durability::synced, error);
-}
-
-bool trySaveDocument(const XMLDocument& document, const std::string& path, ErrorSlot& error) {
-    try {
-        return saveDocument(document, path, error);
-    } catch (const std::bad_alloc&) {
-        error = posixError(formatString("The file %@ cannot be written", path), ENOMEM);
-        return false;
-    }
-}
-
 }  // namespace
 
 std::variant<ConversionPlan, ConversionRefusal> planConversion(const XMLDocument* document,
@@ -68,7 +39,8 @@ std::variant<ConversionPlan, ConversionRefusal> planConversion(const XMLDocument
     if (!declared) {
         return ConversionRefusal::noVersionAttribute;
     }
-    ConversionPlan plan{.current = integerValue(*declared), .target = integerValue(version)};
+    ConversionPlan plan{
+        .current = integerValue(*declared), .target = integerValue(version), .version = version};
     // Compared without a sign: a negative target counts as a very high one and loses nothing.
     plan.losesInformation = plan.target<plan.current&& static_cast<std::uint64_t>(
         lowestVersion)> static_cast<std::uint64_t>(plan.target);
@@ -92,24 +64,6 @@ StripResult stripElementsAbove(XMLDocument& document, const std::string& version
                 result.queryErrors.push_back(std::move(*error));
             }
         }
-    }
-    return result;
-}
-
-ConversionResult commitConversion(const XMLDocument* document, const std::string& path) {
-    ConversionResult result;
-    if (document != nullptr && !trySaveDocument(*document, path, result.saveError)) {
-        result.saveError = result.saveError.value_or(Error());
-        // Deliberate: one error slot serves all steps, so that this is told a second time.
-        result.loadCodesError = result.saveError;
-        return result;
-    }
-    ErrorSlot error;
-    const FileCodes codes = setFinalCutFileCodes(path, error);
-    if (codes == FileCodes::unread) {
-        result.loadCodesError = error;
-    } else if (codes == FileCodes::unwritten) {
-        result.writeCodesError = error;
     }
     return result;
 }

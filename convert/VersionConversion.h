@@ -17,6 +17,8 @@ struct ConversionPlan {
     /// The version that the document declares and the target, as numbers.
     std::int64_t current = 0;
     std::int64_t target = 0;
+    /// The target as the document is to declare it.
+    std::string version;
     /// True for a downgrade below the lowest version that holds the document without loss: the
     /// elements that the target does not know have to go.
     bool losesInformation = false;
@@ -50,24 +52,6 @@ struct StripResult {
 /// introduced, the highest version first. A document that is no XMEML, and a target that the
 /// catalogue does not know, change nothing. Any thread.
 [[nodiscard]] StripResult stripElementsAbove(XMLDocument& document, const std::string& version);
-
-/// What became of a conversion that was written.
-struct ConversionResult {
-    /// Why the document could not be saved; the file is then as it was.
-    ErrorSlot saveError;
-    /// Why the type and creator codes could not be read; the error of the save counts as that too.
-    ErrorSlot loadCodesError;
-    /// Why the type and creator codes could not be written.
-    ErrorSlot writeCodesError;
-};
-
-/// Saves a converted document in place of the file, atomically, with the type and creator codes of
-/// Final Cut Pro XML. Behind a symbolic link the file that the link names is replaced. A file that
-/// another program has changed since the document was loaded from it stays as it is, which is an
-/// error of the save. Any thread.
-/// @param document null to write no document and set the codes alone
-[[nodiscard]] ConversionResult commitConversion(const XMLDocument* document,
-                                                const std::string& path);
 
 }  // namespace vornic
 

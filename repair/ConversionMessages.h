@@ -7,6 +7,7 @@
 #include "convert/ConversionAnalysis.h"
 #include "convert/VersionConversion.h"
 #include "convert/VersionTest.h"
+#include "job/ConversionCommit.h"
 #include "ui/QMAlert.h"
 
 /// What is said about a conversion: log lines, and alerts that wait for their answer and have no

@@ -11,6 +11,7 @@
 #include "foundation/FormatString.h"
 #include "foundation/QMException.h"
 #include "foundation/QMLog.h"
+#include "job/ConversionCommit.h"
 #include "job/LeftFiles.h"
 #include "platform/Console.h"
 #include "platform/Exception.h"
@@ -355,9 +356,6 @@ bool Document::convertDocument(const Run& run, const std::string& version,
         }
         document = stripTagsFromXMLDoc(std::move(document), version);
     }
-    if (document) {
-        document->setRootAttribute("version", version);
-    }
     clearBeside(path);
     ConversionResult result;
     {
@@ -365,7 +363,7 @@ bool Document::convertDocument(const Run& run, const std::string& version,
         if (!writing.isAllowed()) {
             return false;
         }
-        result = commitConversion(document.get(), path);
+        result = commitConversion(document.get(), plan, path);
     }
     tellConversionResult(result, path, hasGUI());
     return document && !result.saveError;

@@ -1,17 +1,13 @@
-#include <filesystem>
 #include <string>
 #include <variant>
 
 #include "convert/VersionConversion.h"
-#include "platform/FileAttributes.h"
 #include "tests/support/EngineTest.h"
 
-/// Plans, removals and commits as values; what a document asks and tells of them is tested with the
+/// Plans and removals as values; what a document asks and tells of them is tested with the
 /// document.
 namespace vornic {
 namespace {
-
-namespace fs = std::filesystem;
 
 std::string xmeml(const std::string& version, const std::string& content) {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n<xmeml version=\"" +
@@ -41,6 +37,7 @@ TEST_F(VersionConversionTest, plansADowngradeBelowTheLowestVersionAsALoss) {
     EXPECT_TRUE(plan("5", "4", -1).losesInformation) << "compared without a sign";
     EXPECT_EQ(plan(" 5.1", "4abc", 5).current, 5);
     EXPECT_EQ(plan(" 5.1", "4abc", 5).target, 4);
+    EXPECT_EQ(plan(" 5.1", "4abc", 5).version, "4abc");
 }
 
 TEST_F(VersionConversionTest, refusesWhatDeclaresNoVersion) {
@@ -65,30 +62,6 @@ TEST_F(VersionConversionTest, tellsWhichNamesAreNoQuery) {
     const auto document = test::parsed(xmeml("2", "<uuid>1</uuid><name>2</name>"));
     EXPECT_EQ(stripElementsAbove(*document, "1").queryErrors.size(), 1U);
     EXPECT_EQ(document->xmlString(), xmeml("2", "    <name>2</name>\n"));
-}
-
-TEST_F(VersionConversionTest, writesTheDocumentAndNothingElse) {
-    const std::string path = sandbox.write("Cut.xml", "old");
-    const auto before = std::distance(fs::directory_iterator(sandbox.folder()), {});
-    const ConversionResult result = commitConversion(test::parsed(xmeml("4", "")).get(), path);
-    EXPECT_FALSE(result.saveError || result.loadCodesError || result.writeCodesError);
-    EXPECT_EQ(test::readBytes(path), xmeml("4", ""));
-    EXPECT_EQ(std::distance(fs::directory_iterator(sandbox.folder()), {}), before);
-}
-
-TEST_F(VersionConversionTest, tellsAFailedSaveAsAFailureToLoadTheCodesToo) {
-    const std::string path = sandbox.path("none/Cut.xml");
-    const ConversionResult result = commitConversion(test::parsed(xmeml("4", "")).get(), path);
-    ASSERT_TRUE(result.saveError && result.loadCodesError);
-    EXPECT_EQ(result.saveError->description, result.loadCodesError->description);
-    EXPECT_FALSE(result.writeCodesError);
-}
-
-TEST_F(VersionConversionTest, setsTheCodesAloneWithoutADocument) {
-    const std::string path = sandbox.write("Cut.xml", "old");
-    const ConversionResult result = commitConversion(nullptr, path);
-    EXPECT_FALSE(result.saveError || result.loadCodesError || result.writeCodesError);
-    EXPECT_EQ(test::readBytes(path), "old");
 }
 
 }  // namespace
