@@ -1,6 +1,10 @@
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <filesystem>
+#include <iterator>
 #include <new>
+#include <ranges>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -33,15 +37,28 @@ using test::Strings;
 
 class RepairPipelineTest : public test::PipelineTest {
   protected:
-    /// The report, from the line behind "Checking file..." on, of a run on a file of this text.
+    static Strings withoutOpening(const Strings& lines) {
+        EXPECT_GE(lines.size(), 3U);
+        return {lines.begin() + std::min<std::ptrdiff_t>(3, std::ssize(lines)), lines.end()};
+    }
+    /// The rules of the report's lines, behind those that every run begins with, of a run on a file
+    /// of this text.
+    Strings rulesOn(std::string_view name, std::string_view text) {
+        outcome = runOn(name, text);
+        const Strings opening = {"repair-start", "repair-making-copy", "repair-checking-file"};
+        EXPECT_TRUE(std::ranges::equal(opening, events.rules | std::views::take(3)));
+        return withoutOpening(events.rules);
+    }
+    /// The same lines in their words, for what is in them.
     Strings reportOn(std::string_view name, std::string_view text) {
         outcome = runOn(name, text);
-        const Strings report = events.report();
-        const Strings opening = {"bold: Starting repair for file " + sandbox.path(name) + "...",
-                                 "info: Creating temporary file...", "info: Checking file..."};
-        EXPECT_GE(report.size(), opening.size());
-        EXPECT_EQ(Strings(report.begin(), report.begin() + 3), opening);
-        return {report.begin() + 3, report.end()};
+        return withoutOpening(events.report());
+    }
+    /// How many lines tell this.
+    [[nodiscard]] std::ptrdiff_t linesWith(const std::string& words) const {
+        return std::ranges::count_if(events.report(), [&](const std::string& line) {
+            return line.find(words) != std::string::npos;
+        });
     }
 
     RepairOutcome outcome = RepairOutcome::stopped;
@@ -164,11 +181,10 @@ TEST_F(RepairPipelineTest, repairsAFileWhenThePreferencesCannotBeWritten) {
 
 TEST_F(RepairPipelineTest, repairsAMissingDeclaration) {
     const std::string text = "<xmeml version=\"5\"><sequence/></xmeml>";
-    EXPECT_EQ(reportOn("Cut.xml", text),
-              (Strings{"info: File loaded successfully.", "info: Filtering invalid characters...",
-                       "info: Checking header tags...", "error: Invalid DTD... repairing",
-                       "info: Checking version tags...", "info: Updating type/creator codes...",
-                       kRepairedLine}));
+    EXPECT_EQ(rulesOn("Cut.xml", text),
+              (Strings{"repair-loaded", "repair-filtering", "repair-checking-header",
+                       "repair-document-type", "repair-checking-version", "repair-updating-codes",
+                       "repair-done"}));
     EXPECT_EQ(outcome, RepairOutcome::repairedAndSwapped);
     expectFlags(true, true);
     EXPECT_EQ(test::readBytes(sandbox.path("Cut.xml")),
@@ -182,13 +198,10 @@ TEST_F(RepairPipelineTest, repairsAMissingDeclaration) {
 
 TEST_F(RepairPipelineTest, cannotRepairAWrongRootElement) {
     const std::string text = "<!DOCTYPE xmeml><other><sequence/></other>";
-    EXPECT_EQ(
-        reportOn("Cut.xml", text),
-        (Strings{"info: File loaded successfully.", "info: Filtering invalid characters...",
-                 "info: Checking header tags...", "error: Root element should be <xmeml> node",
-                 "info: Checking version tags...",
-                 "error: Unable to locate XML Interchange version information",
-                 "info: Updating type/creator codes...", kUnableLine}));
+    EXPECT_EQ(rulesOn("Cut.xml", text),
+              (Strings{"repair-loaded", "repair-filtering", "repair-checking-header",
+                       "repair-root-element", "repair-checking-version", "repair-version-missing",
+                       "repair-updating-codes", "repair-unable"}));
     EXPECT_EQ(outcome, RepairOutcome::unable);
     expectFlags(true, false);
     EXPECT_EQ(names(), Strings{"Cut.xml"});
@@ -200,10 +213,9 @@ TEST_F(RepairPipelineTest, mendsTheAudioReferencesOfAnFCPXMLFile) {
     const std::string text =
         "<!DOCTYPE fcpxml><fcpxml><resources/><library><event><project/>"
         "<video><audio ref=\"r1\"/><audio/></video></event></library></fcpxml>";
-    EXPECT_EQ(reportOn("Cut.fcpxml", text),
-              (Strings{"info: File loaded successfully.", "info: Filtering invalid characters...",
-                       "info: Checking header tags...",
-                       "info: Checking for FCPX-specific errors...", kRepairedLine}));
+    EXPECT_EQ(rulesOn("Cut.fcpxml", text),
+              (Strings{"repair-loaded", "repair-filtering", "repair-checking-header",
+                       "repair-checking-events", "repair-done"}));
     EXPECT_EQ(outcome, RepairOutcome::repairedAndSwapped);
     EXPECT_NE(test::readBytes(sandbox.path("Cut.fcpxml"))
                   .find("<audio ref=\"r1\"/>\n                <audio ref=\"r1\"/>"),
@@ -211,13 +223,10 @@ TEST_F(RepairPipelineTest, mendsTheAudioReferencesOfAnFCPXMLFile) {
 }
 
 TEST_F(RepairPipelineTest, reportsAMendThatTheFilterMakesToAndEndsAsRepaired) {
-    EXPECT_EQ(reportOn("Cut.xml", withName("Q & A")),
-              (Strings{"info: File loaded successfully.",
-                       "error: Line 1, column 54: an ampersand that begins no entity was read as "
-                       "text",
-                       "info: Filtering invalid characters...", "info: Checking header tags...",
-                       "info: Checking version tags...", "info: Updating type/creator codes...",
-                       kRepairedLine}));
+    EXPECT_EQ(rulesOn("Cut.xml", withName("Q & A")),
+              (Strings{"repair-loaded", "repair-mended-markup", "repair-filtering",
+                       "repair-checking-header", "repair-checking-version", "repair-updating-codes",
+                       "repair-done"}));
     EXPECT_EQ(outcome, RepairOutcome::repairedAndSwapped);
     EXPECT_NE(test::readBytes(sandbox.path("Cut.xml")).find("<name>Q &amp; A</name>"),
               std::string::npos);
@@ -279,17 +288,13 @@ TEST_F(RepairPipelineTest, tellsAFaultThatTheFilterMakesAndEndsAsUnable) {
     const std::string text = kXMEMLHead + "<sequence id=\"a>b\"/></xmeml>";
     const std::string fault =
         faultOf(kXMEMLHead + "<sequence id=\"a>b&quot;/&gt;</xmeml>", XMLMode::strict);
-    EXPECT_EQ(reportOn("Cut.xml", text),
-              (Strings{"info: File loaded successfully.", "info: Filtering invalid characters...",
-                       "info: Checking header tags...", "error: Invalid DTD... repairing",
-                       "error: Root element should be <xmeml> node",
-                       "error: No sequences found in file", "info: Checking version tags...",
-                       "error: Unable to locate XML Interchange version information",
-                       "bold error: Unable to save file: " + fault,
-                       "info: Updating type/creator codes...",
-                       "bold error: Unable to load file attributes. " + fault, kUnableLine,
-                       "error: Unable to remove temporary file " + sandbox.path("Cut-backup.xml") +
-                           ". " + fault + "."}));
+    EXPECT_EQ(rulesOn("Cut.xml", text),
+              (Strings{"repair-loaded", "repair-filtering", "repair-checking-header",
+                       "repair-document-type", "repair-root-element", "repair-no-sequence",
+                       "repair-checking-version", "repair-version-missing", "repair-save-failed",
+                       "repair-updating-codes", "repair-codes-unread", "repair-unable",
+                       "repair-copy-unremoved"}));
+    EXPECT_EQ(linesWith(fault), 3);
     EXPECT_EQ(outcome, RepairOutcome::unable);
     expectFlags(true, false);
     EXPECT_EQ(names(), Strings{"Cut.xml"});
@@ -300,15 +305,12 @@ TEST_F(RepairPipelineTest, runsTheFCPXMLStepsWithoutADocumentToo) {
     const std::string text = "<!DOCTYPE fcpxml><fcpxml><a b=\"c>d\"/></fcpxml>";
     const std::string fault =
         faultOf("<!DOCTYPE fcpxml><fcpxml><a b=\"c>d&quot;/&gt;</fcpxml>", XMLMode::strict);
-    EXPECT_EQ(reportOn("Cut.fcpxml", text),
-              (Strings{"info: File loaded successfully.", "info: Filtering invalid characters...",
-                       "info: Checking header tags...", "error: Invalid DTD... repairing",
-                       "error: Root element should be <fcpxml> node",
-                       "error: No project node found in file",
-                       "info: Checking for FCPX-specific errors...",
-                       "bold error: Unable to save file: " + fault, kUnableLine,
-                       "error: Unable to remove temporary file " +
-                           sandbox.path("Cut-backup.fcpxml") + ". " + fault + "."}));
+    EXPECT_EQ(rulesOn("Cut.fcpxml", text),
+              (Strings{"repair-loaded", "repair-filtering", "repair-checking-header",
+                       "repair-document-type", "repair-root-element", "repair-no-project",
+                       "repair-checking-events", "repair-save-failed", "repair-unable",
+                       "repair-copy-unremoved"}));
+    EXPECT_EQ(linesWith(fault), 2);
     EXPECT_EQ(outcome, RepairOutcome::unable);
     EXPECT_EQ(names(), Strings{"Cut.fcpxml"});
 }
@@ -317,12 +319,10 @@ TEST_F(RepairPipelineTest, givesUpAFileThatNeitherParses) {
     const std::string text = kXMEMLHead + "<sequence></xmeml>";
     const std::string fault = faultOf(text, XMLMode::tolerant);
     EXPECT_EQ(
-        reportOn("Cut.xml", text),
-        (Strings{"error: " + fault, "error: File did not load successfully - beginning repair...",
-                 "error: Filtering invalid characters...", "error: " + fault,
-                 "error: Unable to load XML data", kUnableLine,
-                 "error: Unable to remove temporary file " + sandbox.path("Cut-backup.xml") + ". " +
-                     fault + "."}));
+        rulesOn("Cut.xml", text),
+        (Strings{"repair-reason", "repair-beginning-repair", "repair-filtering", "repair-reason",
+                 "repair-not-loaded", "repair-unable", "repair-copy-unremoved"}));
+    EXPECT_EQ(linesWith(fault), 3);
     EXPECT_EQ(outcome, RepairOutcome::unable);
     expectFlags(true, false);
     EXPECT_EQ(names(), Strings{"Cut.xml"});
@@ -349,19 +349,13 @@ const std::string kTextThatTheFilterMends =
 
 TEST_F(RepairPipelineTest, keepsTheErrorOfTheFirstParseAlthoughTheSecondSucceeds) {
     const std::string fault = faultOf(kTextThatTheFilterMends, XMLMode::tolerant);
-    EXPECT_EQ(
-        reportOn("Cut.xml", kTextThatTheFilterMends),
-        (Strings{"error: " + fault, "error: File did not load successfully - beginning repair...",
-                 "error: Filtering invalid characters...",
-                 "error: Invalid character at byte 48 removed.",
-                 "error: Invalid character at byte 57 removed.", "error: " + fault,
-                 "error: Unable to load XML data", "info: Filtering invalid characters...",
-                 "info: Checking header tags...", "info: Checking version tags...",
-                 "bold error: Unable to save file: " + fault,
-                 "info: Updating type/creator codes...",
-                 "bold error: Unable to load file attributes. " + fault, kUnableLine,
-                 "error: Unable to remove temporary file " + sandbox.path("Cut-backup.xml") + ". " +
-                     fault + "."}));
+    EXPECT_EQ(rulesOn("Cut.xml", kTextThatTheFilterMends),
+              (Strings{"repair-reason", "repair-beginning-repair", "repair-filtering",
+                       "repair-character-removed", "repair-character-removed", "repair-reason",
+                       "repair-not-loaded", "repair-filtering", "repair-checking-header",
+                       "repair-checking-version", "repair-save-failed", "repair-updating-codes",
+                       "repair-codes-unread", "repair-unable", "repair-copy-unremoved"}));
+    EXPECT_EQ(linesWith(fault), 5);
     EXPECT_EQ(outcome, RepairOutcome::unable);
     expectFlags(true, false);
     EXPECT_EQ(names(), Strings{"Cut.xml"});
@@ -382,16 +376,13 @@ TEST_F(RepairPipelineTest, savesTheWorkingCopyBeforeAnOldErrorMakesItAFailure) {
 }
 
 TEST_F(RepairPipelineTest, removesForbiddenCharactersAndEndsAsRepaired) {
-    EXPECT_EQ(reportOn("Cut.xml", withName("a\x0C"
-                                           "b\x0B"
-                                           "c\U0001F600")),
-              (Strings{"info: File loaded successfully.", "info: Filtering invalid characters...",
-                       "error: Invalid character at byte 52 removed.",
-                       "error: Invalid character at byte 54 removed.",
-                       "error: Invalid character at byte 56 removed.",
-                       "error: Invalid character at byte 57 removed.",
-                       "info: Checking header tags...", "info: Checking version tags...",
-                       "info: Updating type/creator codes...", kRepairedLine}));
+    EXPECT_EQ(rulesOn("Cut.xml", withName("a\x0C"
+                                          "b\x0B"
+                                          "c\U0001F600")),
+              (Strings{"repair-loaded", "repair-filtering", "repair-character-removed",
+                       "repair-character-removed", "repair-character-removed",
+                       "repair-character-removed", "repair-checking-header",
+                       "repair-checking-version", "repair-updating-codes", "repair-done"}));
     EXPECT_EQ(outcome, RepairOutcome::repairedAndSwapped);
     EXPECT_NE(test::readBytes(sandbox.path("Cut.xml")).find("<name>abc</name>"), std::string::npos);
 }
@@ -420,10 +411,9 @@ TEST_F(RepairPipelineTest, strikesAllButPrintableASCIIOutOfAFileThatIsNotUTF8) {
     const std::string text =
         "<!DOCTYPE xmeml>\n<xmeml version=\"5\">\n\t<sequence>\n"
         "<name>Caf\xE9 \u00FC\tb</name></sequence></xmeml>";
-    EXPECT_EQ(reportOn("Cut.xml", text),
-              (Strings{"info: File loaded successfully.", "info: Filtering invalid characters...",
-                       "info: Checking header tags...", "info: Checking version tags...",
-                       "info: Updating type/creator codes...", kRepairedLine}));
+    EXPECT_EQ(rulesOn("Cut.xml", text),
+              (Strings{"repair-loaded", "repair-filtering", "repair-checking-header",
+                       "repair-checking-version", "repair-updating-codes", "repair-done"}));
     EXPECT_EQ(outcome, RepairOutcome::repairedAndSwapped);
     EXPECT_NE(test::readBytes(sandbox.path("Cut.xml")).find("<name>Caf b</name>"),
               std::string::npos);
@@ -493,10 +483,9 @@ TEST_F(RepairPipelineTest, reportsAnEmptyFileAsUnable) {
 
 TEST_F(RepairPipelineTest, logsTheRangeExceptionOfAFileThatBeginsWithAnEmptyTag) {
     const std::string fault = faultOf("<>", XMLMode::tolerant);
-    EXPECT_EQ(
-        reportOn("Cut.xml", "<>"),
-        (Strings{"error: " + fault, "error: File did not load successfully - beginning repair...",
-                 "error: Filtering invalid characters..."}));
+    EXPECT_EQ(rulesOn("Cut.xml", "<>"),
+              (Strings{"repair-reason", "repair-beginning-repair", "repair-filtering"}));
+    EXPECT_EQ(linesWith(fault), 1);
     EXPECT_EQ(outcome, RepairOutcome::stopped);
     const std::string last = log.entries().back();
     EXPECT_TRUE(last.starts_with("Exception in -[Document startRepair:]. NSRangeException - "))
@@ -525,12 +514,10 @@ TEST_F(RepairPipelineTest, passesAnotherExceptionOnAndLeavesNoWorkingCopy) {
 
 TEST_F(RepairPipelineTest, goesOnWithoutADocumentWhenAHeaderCheckRaises) {
     events.raiseAtCall = "error: Invalid DTD... repairing";
-    EXPECT_EQ(reportOn("Cut.xml", "<xmeml version=\"5\"><sequence/></xmeml>"),
-              (Strings{"info: File loaded successfully.", "info: Filtering invalid characters...",
-                       "info: Checking header tags...", "error: Invalid DTD... repairing",
-                       "info: Checking version tags...",
-                       "error: Unable to locate XML Interchange version information",
-                       "info: Updating type/creator codes...", kUnableLine}));
+    EXPECT_EQ(rulesOn("Cut.xml", "<xmeml version=\"5\"><sequence/></xmeml>"),
+              (Strings{"repair-loaded", "repair-filtering", "repair-checking-header",
+                       "repair-document-type", "repair-checking-version", "repair-version-missing",
+                       "repair-updating-codes", "repair-unable"}));
     EXPECT_EQ(outcome, RepairOutcome::unable);
     EXPECT_TRUE(log.contains("Exception in -[Document checkXMEMLHeaderTags:]. Test - raised."));
 }
@@ -540,12 +527,10 @@ TEST_F(RepairPipelineTest, leavesTheFileWhenAHeaderCheckRaisesAndNothingIsSaved)
     const std::string text = "<fcpxml><resources/><project/></fcpxml>";
     const std::string path = sandbox.path("Cut.fcpxml");
     const std::string copy = sandbox.path("Cut-backup.fcpxml");
-    EXPECT_EQ(reportOn("Cut.fcpxml", text),
-              (Strings{"info: File loaded successfully.", "info: Filtering invalid characters...",
-                       "info: Checking header tags...", "error: Invalid DTD... repairing",
-                       "info: Checking for FCPX-specific errors...", kRepairedLine,
-                       "error: No repaired file was saved as " + copy + ". The file " + path +
-                           " was left as it is."}));
+    EXPECT_EQ(rulesOn("Cut.fcpxml", text),
+              (Strings{"repair-loaded", "repair-filtering", "repair-checking-header",
+                       "repair-document-type", "repair-checking-events", "repair-done",
+                       "repair-copy-unsaved"}));
     EXPECT_EQ(outcome, RepairOutcome::repairedNotSwapped);
     EXPECT_EQ(closing(), kRepairedClosing);
     EXPECT_EQ(test::readBytes(path), text);
@@ -554,14 +539,12 @@ TEST_F(RepairPipelineTest, leavesTheFileWhenAHeaderCheckRaisesAndNothingIsSaved)
 
 TEST_F(RepairPipelineTest, reportsVersionWarningsAndStillNeedsNoRepair) {
     EXPECT_EQ(
-        reportOn(
+        rulesOn(
             "Cut.xml",
             "<!DOCTYPE xmeml><xmeml version=\"4\"><sequence><color>a</color></sequence></xmeml>"),
-        (Strings{"info: File loaded successfully.", "info: Filtering invalid characters...",
-                 "info: Checking header tags...", "info: Checking version tags...",
-                 "error: Warning: Invalid element <color> for XML Interchange version 4. Go to "
-                 "Tools > Convert XML Interchange Version to convert this to the proper format.",
-                 "info: Updating type/creator codes...", kSoundLine}));
+        (Strings{"repair-loaded", "repair-filtering", "repair-checking-header",
+                 "repair-checking-version", "repair-newer-element", "repair-updating-codes",
+                 "repair-sound"}));
     EXPECT_EQ(outcome, RepairOutcome::sound);
 }
 
