@@ -167,7 +167,8 @@ std::string Picture::head() const {
            "<svg xmlns=\"http://www.w3.org/2000/svg\" "
            "xmlns:xlink=\"http://www.w3.org/1999/xlink\" version=\"1.1\" width=\"" +
            size +
-           "\" font-family=\"DejaVu Sans, Noto Sans, Helvetica, Arial, sans-serif\">\n<title>" +
+           "\" stroke=\"none\" font-family=\"DejaVu Sans, Noto Sans, Helvetica, Arial, "
+           "sans-serif\">\n<title>" +
            svgText(title_) + "</title>\n<rect width=\"100%\" height=\"100%\" fill=\"#ffffff\"/>\n";
 }
 
@@ -225,7 +226,7 @@ void Picture::drawTitle(std::uint32_t number) {
          " font-weight=\"bold\"");
     const std::string from = sequence().timecodeAt(Time(0));
     std::string line = std::to_string(sequence().clips.size()) +
-                       (sequence().clips.size() == 1 ? " clip, " : " clips, ") +
+                       (sequence().clips.size() == 1 ? " item, " : " items, ") +
                        sequence().duration.seconds();
     line += from.empty() ? "" : ", from " + from;
     text(kMargin, y_ + 36, line, "#444444", 11);
@@ -267,7 +268,9 @@ void Picture::drawRuler() {
     for (std::int64_t line = 0; line <= count; ++line) {
         const std::string label = isCounted ? sequence().timecodeAt(at) : at.seconds();
         rect(xOf(at), y_ + kRuler - 8, 1, 8, "fill=\"#777777\"");
-        text(xOf(at) + 3, y_ + kRuler - 12, label, "#444444", 10);
+        if ((end_ - begin_) * scale_ - (xOf(at) - kLeft) >= kApart / 2) {
+            text(xOf(at) + 3, y_ + kRuler - 12, label, "#444444", 10);
+        }
         at = at + step;
     }
     y_ += kRuler;

@@ -64,6 +64,7 @@ constexpr std::string_view kUsage =
     "  --set-version VERSION  with --fix: write this version where a file declares none\n"
     "  --dry-run        with --fix: show the difference and write nothing\n"
     "  -o FILE|FOLDER   with --fix: write a copy and leave the file as it is\n"
+    "  --timeline FILE  draw the sequences of one file as an SVG, with what was found\n"
     "  --where PATH     show the line of an element or attribute, such as\n"
     "                   /fcpxml[1]/library[1]/event[1]/project[2]/@name, and end\n"
     "  --list-rules     list the rules and end\n"
@@ -93,6 +94,7 @@ constexpr std::array kOptions = {
     OptionSpecification{"--set-version", true},
     OptionSpecification{"--dry-run"},
     OptionSpecification{"-o", true},
+    OptionSpecification{"--timeline", true},
     OptionSpecification{"--where", true},
     OptionSpecification{"--list-rules"},
     OptionSpecification{"--explain", true},
@@ -155,6 +157,23 @@ int showWhere(const std::string& path, const std::vector<std::string>& files) {
     return print(lookup.text);
 }
 
+std::string faultOfTimeline(const CheckSettings& settings, const std::vector<std::string>& paths,
+                            bool isInput) {
+    if (!settings.timelinePath) {
+        return "";
+    }
+    if (paths.size() != 1) {
+        return "--timeline wants one file";
+    }
+    if (isInput) {
+        return "the picture would take the place of a file that is checked";
+    }
+    const bool isReport = settings.reportPath && *settings.timelinePath != "-" &&
+                          std::filesystem::path(*settings.reportPath).lexically_normal() ==
+                              std::filesystem::path(*settings.timelinePath).lexically_normal();
+    return isReport ? "the picture would take the place of the report" : "";
+}
+
 // What is wrong with the files and the place of the report taken together, or "".
 std::string faultOf(const CheckSettings& settings, const std::vector<std::string>& arguments,
                     const std::vector<std::string>& paths) {
@@ -171,24 +190,27 @@ std::string faultOf(const CheckSettings& settings, const std::vector<std::string
         !platform::isDirectory(*settings.fix->output)) {
         return "-o wants a folder for more than one file";
     }
-    if (!settings.reportPath) {
-        return "";
+    const auto isInput = [&paths](const std::optional<std::string>& output) {
+        return output && std::any_of(paths.begin(), paths.end(), [&](const std::string& path) {
+                   std::error_code unknown;
+                   return std::filesystem::equivalent(path, *output, unknown);
+               });
+    };
+    if (isInput(settings.reportPath)) {
+        return "the report would take the place of a file that is checked";
     }
-    const bool isInput = std::any_of(paths.begin(), paths.end(), [&](const std::string& path) {
-        std::error_code unknown;
-        return std::filesystem::equivalent(path, *settings.reportPath, unknown);
-    });
-    return isInput ? "the report would take the place of a file that is checked" : "";
+    return faultOfTimeline(settings, paths, isInput(settings.timelinePath));
 }
 
 int checkFiles(const CheckSettings& settings, const ProjectFiles& files) {
     ReportOutput output;
     ErrorSlot error;
-    if (!output.open(settings.reportPath, error)) {
+    ReportOutput picture("timeline");
+    if (!output.open(settings.reportPath, error) || !picture.open(settings.timelinePath, error)) {
         complainOfCheck(error->localizedDescription());
         return kUnreadable;
     }
-    return CheckRun(settings, output).run(files);
+    return CheckRun(settings, output, picture).run(files);
 }
 
 int check(const CommandLine& line) {

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "app/cli/Complaint.h"
+#include "app/cli/TimelineDrawing.h"
 #include "foundation/FormatString.h"
 #include "foundation/QMLog.h"
 #include "platform/CrashStack.h"
@@ -85,8 +86,8 @@ std::optional<std::string> readProjectFile(const std::string& path, ErrorSlot& e
     return std::nullopt;
 }
 
-CheckRun::CheckRun(const CheckSettings& settings, ReportOutput& output)
-    : settings_(settings), output_(output) {
+CheckRun::CheckRun(const CheckSettings& settings, ReportOutput& output, ReportOutput& picture)
+    : settings_(settings), output_(output), picture_(picture) {
     const auto sink = [this](std::string_view text) { output_.write(text); };
     writer_ = writerFor(settings, sink, output.isTerminal());
 }
@@ -123,6 +124,9 @@ CheckRun::CheckedFile CheckRun::check(const std::string& path) const {
         }
         file.report = checkFile(*bytes, options);
         file.report.path = path;
+        if (settings_.timelinePath) {
+            file.picture = drawTimeline(*bytes, file.report, platform::lastComponent(path));
+        }
     } catch (const std::bad_alloc&) {
         // In the middle of a mend, or after one.
         file.refusal =
@@ -147,7 +151,8 @@ CheckRun::CheckedFile CheckRun::fix(const std::string& path) const {
             .report = std::move(fixed.report),
             .refusal = std::move(fixed.refusal),
             .lines = std::move(fixed.lines),
-            .difference = std::move(fixed.difference)};
+            .difference = std::move(fixed.difference),
+            .picture = ""};
 }
 
 std::future<CheckRun::CheckedFile> CheckRun::start(const std::string& path) const {
@@ -207,6 +212,8 @@ void CheckRun::add(const CheckedFile& file) {
 }
 
 void CheckRun::report(const CheckedFile& file) {
+    hasPicture_ = !file.picture.empty();
+    picture_.write(file.picture);
     const Findings& findings = file.report.findings;
     QMLog::appendLog("%@: %llu errors, %llu warnings, %llu notes", file.path,
                      findings.count(Severity::error), findings.count(Severity::warning),
@@ -235,16 +242,26 @@ void CheckRun::refuse(const std::string& path, const std::string& reason,
 }
 
 void CheckRun::finish() {
-    ErrorSlot error;
     bar_->aside([&] {
         if (!settings_.showsDifferences()) {
             writer_->end();
         }
-        error = output_.finish();
     });
+    finish(output_);
+    if (hasPicture_) {
+        finish(picture_);
+    } else if (settings_.timelinePath && status_ != kUnreadable) {
+        bar_->aside([&] { complainOfCheck("There is no text to draw a timeline of."); });
+        status_ = kUnreadable;
+    }
+}
+
+void CheckRun::finish(ReportOutput& output) {
+    ErrorSlot error;
+    bar_->aside([&] { error = output.finish(); });
     if (error) {
         bar_->aside([&] { complainOfCheck(error->localizedDescription()); });
-        status_ = std::max(status_, output_.isStandardOutput() ? kFound : kUnreadable);
+        status_ = std::max(status_, output.isStandardOutput() ? kFound : kUnreadable);
     }
 }
 
@@ -252,6 +269,7 @@ void CheckRun::finish() {
 // does not take the place of an older one.
 void CheckRun::leave(int signal) {
     output_.abandon();
+    picture_.abandon();
     bar_.reset();
     QMLog::finishWriting();
     std::_Exit(kSignalStatus + signal);

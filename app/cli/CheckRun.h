@@ -28,7 +28,8 @@ void complainOfCheck(std::string_view text);
 /// Checks files, several at once, and reports on them in their order.
 class CheckRun {
   public:
-    CheckRun(const CheckSettings& settings, ReportOutput& output);
+    /// @param picture where a timeline is drawn to when the settings ask for one.
+    CheckRun(const CheckSettings& settings, ReportOutput& output, ReportOutput& picture);
 
     /// Main thread. A signal that asks the program to end leaves the report unfinished and ends the
     /// process, since nothing is written that would have to be finished.
@@ -44,6 +45,7 @@ class CheckRun {
         // What mending has to say, and would do.
         std::vector<std::string> lines;
         std::string difference;
+        std::string picture = {};
     };
 
     [[nodiscard]] CheckedFile check(const std::string& path) const;
@@ -58,15 +60,18 @@ class CheckRun {
     /// @param complaint what standard error is told.
     void refuse(const std::string& path, const std::string& reason, const std::string& complaint);
     void finish();
+    void finish(ReportOutput& output);
     [[noreturn]] void leave(int signal);
     [[nodiscard]] std::string progress() const;
 
     const CheckSettings& settings_;
     ReportOutput& output_;
+    ReportOutput& picture_;
     mutable MediaLook media_;
     std::atomic<std::size_t> filesDone_ = 0;
     std::size_t fileCount_ = 0;
     int status_ = 0;
+    bool hasPicture_ = false;
     std::unique_ptr<ReportWriter> writer_;
     std::unique_ptr<TerminalBar> bar_;
 };

@@ -56,6 +56,7 @@ class SettingsReader {
         readRules();
         readFix();
         readMedia();
+        readTimeline();
         return fault_;
     }
 
@@ -151,6 +152,21 @@ class SettingsReader {
         readMissingVersion();
         // One after the other: what two names of one file lead to is mended once.
         settings_.jobs = 1;
+    }
+
+    // What is mended is another file than the one that is drawn.
+    void readTimeline() {
+        settings_.timelinePath = line_.value("--timeline");
+        if (!settings_.timelinePath || !fault_.empty()) {
+            return;
+        }
+        const bool isReportElsewhere =
+            settings_.format == ReportFormat::none || settings_.reportPath.value_or("-") != "-";
+        if (settings_.fix) {
+            fault_ = "--timeline and --fix do not go together";
+        } else if (*settings_.timelinePath == "-" && !isReportElsewhere) {
+            fault_ = "--timeline - wants the report elsewhere: --report FILE or --quiet";
+        }
     }
 
     // Who names the version has been asked.

@@ -20,6 +20,8 @@ struct CheckSettings {
     ReportFormat format = ReportFormat::text;
     /// Nothing, and "-", for standard output.
     std::optional<std::string> reportPath;
+    /// Where a picture of the timeline goes; "-" for standard output. Nothing for none.
+    std::optional<std::string> timelinePath;
     CheckOptions check;
     /// Findings of less weight are not shown.
     Severity least = Severity::warning;

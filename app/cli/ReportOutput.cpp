@@ -37,11 +37,11 @@ bool isProject(const std::string& path) {
            (head.find("<xmeml") != std::string::npos || head.find("<fcpxml") != std::string::npos);
 }
 
-std::string unwritable(std::string_view path) {
-    return formatString("The report cannot be written to %@", path);
-}
-
 }  // namespace
+
+std::string ReportOutput::unwritable() const {
+    return formatString("The %@ cannot be written to %@", noun_, path_);
+}
 
 ReportOutput::~ReportOutput() {
     if (stream_ != nullptr) {
@@ -57,14 +57,14 @@ bool ReportOutput::open(const std::optional<std::string>& path, ErrorSlot& error
     if (isSpecial(path_)) {
         stream_ = std::fopen(path_.c_str(), "we");
         if (stream_ == nullptr) {
-            error = posixError(unwritable(path_), errno);
+            error = posixError(unwritable(), errno);
         }
         return stream_ != nullptr;
     }
     if (isProject(path_)) {
         error = Error{.domain = std::string(kPosixErrorDomain),
                       .code = EEXIST,
-                      .description = unwritable(path_) + ": a project file stands there."};
+                      .description = unwritable() + ": a project file stands there."};
         return false;
     }
     file_ = std::make_unique<platform::AtomicFile>();
@@ -87,7 +87,7 @@ void ReportOutput::write(std::string_view text) {
     } else if (stream_ == nullptr) {
         writeToStandardOutput(text, false);
     } else if (std::fwrite(text.data(), 1, text.size(), stream_) != text.size()) {
-        error_ = posixError(unwritable(path_), errno);
+        error_ = posixError(unwritable(), errno);
     }
 }
 
@@ -95,7 +95,7 @@ void ReportOutput::flush() {
     if (isStandardOutput()) {
         error_ = standardOutputError();
     } else if (stream_ != nullptr && !error_ && std::fflush(stream_) != 0) {
-        error_ = posixError(unwritable(path_), errno);
+        error_ = posixError(unwritable(), errno);
     }
 }
 

@@ -16,7 +16,8 @@ namespace vornic {
 /// is complete. What is no regular file (a pipe, a device) is written to as it is. One thread.
 class ReportOutput {
   public:
-    ReportOutput() = default;
+    /// @param noun what is written, as complaints call it.
+    explicit ReportOutput(std::string_view noun = "report") : noun_(noun) {}
     /// Takes back what is not finished.
     ~ReportOutput();
     ReportOutput(const ReportOutput&) = delete;
@@ -44,6 +45,9 @@ class ReportOutput {
   private:
     std::unique_ptr<platform::AtomicFile> file_;
     std::FILE* stream_ = nullptr;
+    [[nodiscard]] std::string unwritable() const;
+
+    std::string noun_;
     std::string path_;
     ErrorSlot error_;
 };

@@ -57,7 +57,7 @@ _vornic_check() {
         --explain) _vornic_words "$(_vornic_rules "$1")" "$current" ;;
         --reads) _vornic_words '1 2 3 4 5 1.0 1.1 1.2 1.3 1.4 1.5 1.6 1.7 1.8 1.9 1.10 1.11 1.12
             1.13 1.14' "$current" ;;
-        --report | -o)
+        --report | --timeline | -o)
             compopt -o filenames 2>/dev/null
             mapfile -t COMPREPLY < <(compgen -f -- "$current")
             ;;
@@ -65,7 +65,7 @@ _vornic_check() {
         *)
             if [[ $current == -* ]]; then
                 _vornic_words '-r -j --format --report --quiet --only --ignore --least --fail-on --max
-                    --reads --media --fix --set-version --dry-run -o --where --list-rules --explain --help --version' "$current"
+                    --reads --media --fix --set-version --dry-run -o --timeline --where --list-rules --explain --help --version' "$current"
             else
                 _vornic_files "$current"
             fi

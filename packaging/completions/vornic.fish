@@ -25,6 +25,7 @@ complete -c vornic-check -l fix -d 'Make safe mends, and with =RULES those that 
 complete -c vornic-check -l set-version -x -d 'With --fix: the version of a file that declares none'
 complete -c vornic-check -l dry-run -d 'With --fix: show the difference'
 complete -c vornic-check -s o -r -d 'With --fix: write a copy'
+complete -c vornic-check -l timeline -r -d 'Draw the sequences as an SVG'
 complete -c vornic-check -l where -x -d 'Show the line of an element or attribute'
 complete -c vornic-check -l list-rules -d 'List the rules'
 complete -c vornic-check -l explain -x -a '(__vornic_rules)' -d 'Tell what a rule means'

@@ -58,6 +58,31 @@ TEST_F(CheckCommandLineTest, saysNothingOfASoundFileButTheSum) {
     EXPECT_EQ(result.errors, "");
 }
 
+TEST_F(CheckCommandLineTest, drawsTheTimelineBesideTheReport) {
+    const std::string project =
+        "<fcpxml version=\"1.10\"><resources><format id=\"r1\" "
+        "frameDuration=\"1/25s\"/></resources>"
+        "<project name=\"A &amp; B\"><sequence format=\"r1\"><spine>"
+        "<gap name=\"hole\" offset=\"0s\" duration=\"2s\"/>"
+        "<gap name=\"late\" offset=\"9s\" duration=\"2s\"/></spine></sequence></project></fcpxml>";
+    static_cast<void>(files.write("a.fcpxml", project));
+    const ProgramResult result = check({"--timeline", "a.svg", "a.fcpxml"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.output, HasSubstr("timing-spine-hole"));
+    const std::string picture = readBytes(files.path("a.svg"));
+    EXPECT_THAT(picture, HasSubstr("A &amp; B"));
+    EXPECT_THAT(picture, HasSubstr("gap&#10;late&#10;at 00:00:09:00"));
+    const ProgramResult piped = check({"--timeline", "-", "--quiet", "a.fcpxml"});
+    EXPECT_EQ(piped.output, picture);
+    expectUsage({"--timeline", "-", "a.fcpxml"},
+                "--timeline - wants the report elsewhere: --report FILE or --quiet");
+    expectUsage({"--timeline", "b.svg", "--fix", "a.fcpxml"},
+                "--timeline and --fix do not go together");
+    expectUsage({"--timeline", "a.fcpxml", "a.fcpxml"},
+                "the picture would take the place of a file that is checked");
+    EXPECT_EQ(readBytes(files.path("a.fcpxml")), project);
+}
+
 TEST_F(CheckCommandLineTest, tellsWhatIsWrongAndWhere) {
     writeWrong("a.fcpxml");
     const ProgramResult result = check({"a.fcpxml"});
