@@ -178,7 +178,7 @@ class Check {
                                                   ? "the file declares no version"
                                                   : "no definition of this version is known");
         }
-        validator_->finish();
+        validator_->finish(options_.tellsConsequences);
         report_.groups.push_back({RuleGroup::structure, true, ""});
         report_.definition = "fcpxml " + version_.text();
         if (!declaresEntities_ && !hasInternalSubset(text_)) {

@@ -27,6 +27,8 @@ struct CheckOptions {
     /// The last component of the file's path, whose ending is compared with the contents; "" where
     /// the file has no name.
     std::string fileName = {};
+    /// Whether references are told to lead nowhere whose target has lost its id, which is told.
+    bool tellsConsequences = false;
     /// Whether the rules of a large file may run on threads of their own: where a processor would
     /// else be idle. What is found is the same.
     bool usesThreads = false;

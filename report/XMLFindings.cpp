@@ -137,14 +137,15 @@ Finding* XMLFindings::addFault(const XMLFault& fault) {
     start.moveTo(fault.otherOffset);
     const std::string line = std::to_string(start.line());
     const std::string name = excerpt(fault.name);
-    const std::string open = "<" + name + "> (line " + line + ") is";
-    return findings_.add(*rule, {fault.offset, fault.offset < text_.size() ? std::size_t{1} : 0},
-                         {{"name", name},
-                          {"other", excerpt(fault.other)},
-                          {"line", line},
-                          {"ends", "ends"},
-                          {"open", open},
-                          {"closing", "</" + name + ">"}});
+    const TextSpan place{fault.offset, fault.offset < text_.size() ? std::size_t{1} : 0};
+    if (fault.code == XMLErrorCode::unclosedElement) {
+        return findings_.add(*rule, place,
+                             {{"ends", "ends"},
+                              {"open", "<" + name + "> (line " + line + ") is"},
+                              {"closing", "</" + name + ">"}});
+    }
+    return findings_.add(*rule, place,
+                         {{"name", name}, {"other", excerpt(fault.other)}, {"line", line}});
 }
 
 }  // namespace vornic

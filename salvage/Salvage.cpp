@@ -231,6 +231,7 @@ class Run {
                             const std::vector<XMLEdit>& edits) {
         CheckOptions options;
         options.mostOfARule = options_.mostOfARule;
+        options.tellsConsequences = true;
         for (std::size_t index = 0; index < kRuleCount; ++index) {
             const RuleId rule{static_cast<std::uint16_t>(index)};
             if (std::find(kLostReferences.begin(), kLostReferences.end(), rule) ==

@@ -293,13 +293,11 @@ void Validator::processingInstruction(std::string_view /*target*/, std::string_v
     }
 }
 
-void Validator::finish() {
+void Validator::finish(bool tellsConsequences) {
     using Entry = std::pair<std::string_view, Reference>;
     std::vector<Entry> dangling;
-    std::erase_if(pending_,
-                  [this](const auto& entry) { return doubtfulIds_.contains(entry.first); });
-    if (pending_.size() <= withoutId_) {
-        pending_.clear();
+    if (!tellsConsequences) {
+        leaveOutConsequences();
     }
     for (const auto& [name, references] : pending_) {
         for (const Reference& reference : references) {
@@ -319,6 +317,15 @@ void Validator::finish() {
                 reference.attribute});
     }
     pending_.clear();
+}
+
+// References whose target is there, with an id that is malformed or missing.
+void Validator::leaveOutConsequences() {
+    std::erase_if(pending_,
+                  [this](const auto& entry) { return doubtfulIds_.contains(entry.first); });
+    if (pending_.size() <= withoutId_) {
+        pending_.clear();
+    }
 }
 
 void Validator::refuse(const ValidityFault& fault) {

@@ -98,7 +98,7 @@ class Validator final : public XMLReaderEvents {
     Validator(const Definition& definition, bool standalone, FaultSink sink);
 
     /// Tells the references that found no target. To be called behind the reading.
-    void finish();
+    void finish(bool tellsConsequences = false);
     /// True when nothing was wrong.
     [[nodiscard]] bool isValid() const { return isValid_; }
 
@@ -143,6 +143,7 @@ class Validator final : public XMLReaderEvents {
     void judgeContent(std::string_view content, bool isText);
     void judgeValue(const AttributeDefinition& definition, std::string_view rawValue);
     void judgeIdentity(const AttributeDefinition& definition, std::string_view value);
+    void leaveOutConsequences();
     void refuse(const ValidityFault& fault);
     void refuseAttribute(ValidityFaultKind kind, TextSpan where, std::string_view name,
                          std::string_view value = {},

@@ -64,6 +64,7 @@ TEST_F(QMLogThreadsTest, goesOnInCopiesForkedWhileTheWorkerStartsAndWrites) {
                 QMLog::finishWriting();
             }));
         }
+        QMLog::finishWriting();
     });
     EXPECT_EQ(outcome.status, 0);
     const std::vector<std::string> lines = entries();

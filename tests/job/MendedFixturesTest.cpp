@@ -43,6 +43,7 @@ const Rules kSafe = {
     "values-word",
     "xml-attribute-without-value",
     "xml-cdata-end-in-text",
+    "xml-declared-encoding",
     "xml-double-hyphen-in-comment",
     "xml-forbidden-character",
     "xml-less-than-in-value",
@@ -83,6 +84,7 @@ const Rules kAsking = {
     "values-channels-swapped",
     "values-mod-date",
     "versions-not-declared",
+    "xml-declared-encoding",
 };
 
 CheckOptions optionsOf(const RuleFixture& fixture) {

@@ -31,7 +31,7 @@ inline constexpr const char* kBroken =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n<xmeml version=\"5\">\n"
     "    <sequence>\n</xmeml>\n";
 /// A file like `kDamaged` whose repair, which reports each character, is at work for a while.
-inline std::string damagedAtLength(std::size_t characters = 1000000) {
+inline std::string damagedAtLength(std::size_t characters = 2000000) {
     std::string text = kDamaged;
     return text.insert(text.find('\v'), std::string(characters, '\v'));
 }
