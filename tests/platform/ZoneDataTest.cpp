@@ -47,8 +47,8 @@ std::string part(const std::vector<Change>& changes, const std::vector<Setting>&
         body += number(change.setting, 1);
     }
     const auto size = [](const auto& list) { return static_cast<std::int64_t>(list.size()); };
-    return "TZif2" + std::string(15, '\0') + number(0, 12) + number(size(changes), 4) +
-           number(size(settings), 4) + number(size(names), 4) + body + types + names;
+    return "TZif2" + std::string(27, '\0') + number(size(changes), 4) + number(size(settings), 4) +
+           number(size(names), 4) + body + types + names;
 }
 
 // A TZif file of version 2.
