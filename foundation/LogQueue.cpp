@@ -104,6 +104,7 @@ void LogQueue::startWorker() {
     try {
         std::thread([this] { run(); }).detach();
         hasWorker_ = true;
+        workerStarts_ = true;
     } catch (const std::exception&) {
         // Without a thread, or the memory for one, the texts wait for the next `finish`.
     }
@@ -112,6 +113,8 @@ void LogQueue::startWorker() {
 void LogQueue::run() {
     const platform::CrashStack crashStack;
     Lock lock(mutex_);
+    workerStarts_ = false;
+    progress_.notify_all();
     int looks = 0;
     while (!isClosed_) {
         if (hasWork() && !isRunning_) {
@@ -188,7 +191,9 @@ void LogQueue::close() noexcept {
 void LogQueue::holdForFork() noexcept {
     Lock lock(mutex_);
     ++waiters_;
-    progress_.wait(lock, [this] { return !isRunning_ || isRunner(); });
+    // A thread that starts may hold locks of the C library, or of a sanitizer, that the copy would
+    // wait for.
+    progress_.wait(lock, [this] { return (!isRunning_ || isRunner()) && !workerStarts_; });
     --waiters_;
     lock.release();
 }
@@ -198,6 +203,7 @@ void LogQueue::goOnInForkedCopy() noexcept {
     std::construct_at(&workToDo_);
     std::construct_at(&progress_);
     hasWorker_ = false;
+    workerStarts_ = false;
     workerSleeps_ = false;
     waiters_ = 0;
     dropWaiting();

@@ -109,6 +109,7 @@ class LogQueue {
     std::size_t cancellations_ = 0;
     std::size_t waiters_ = 0;
     bool hasWorker_ = false;
+    bool workerStarts_ = false;
     bool workerSleeps_ = false;
     bool isClosed_ = false;
 };
