@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "app/OpenPanelSettings.h"
-#include "repair/Document.h"
+#include "repair/document/Document.h"
 
 namespace vornic {
 

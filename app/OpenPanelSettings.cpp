@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <optional>
 
-#include "foundation/Text.h"
-#include "platform/FileAttributes.h"
+#include "base/Text.h"
+#include "platform/items/FileAttributes.h"
 
 namespace vornic {
 namespace {

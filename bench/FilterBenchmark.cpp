@@ -3,7 +3,7 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/BenchmarkText.h"
-#include "repair/CharacterFilter.h"
+#include "repair/pipeline/CharacterFilter.h"
 
 namespace vornic::bench {
 

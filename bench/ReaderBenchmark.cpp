@@ -5,7 +5,7 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/BenchmarkText.h"
-#include "xml/XMLReader.h"
+#include "xml/reader/XMLReader.h"
 
 namespace vornic::bench {
 

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-#include "xml/XMLReader.h"
+#include "xml/reader/XMLReader.h"
 
 namespace vornic::bench {
 

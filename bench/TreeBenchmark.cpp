@@ -8,7 +8,7 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/BenchmarkText.h"
-#include "xml/XMLDocument.h"
+#include "xml/tree/XMLDocument.h"
 
 namespace vornic::bench {
 

@@ -10,11 +10,11 @@
 #include <string_view>
 #include <vector>
 
-#include "foundation/FileBlock.h"
-#include "foundation/FileCopyDelegate.h"
-#include "foundation/QMFileManager.h"
-#include "platform/FileDescriptor.h"
-#include "platform/Thread.h"
+#include "foundation/copies/BlockDigester.h"
+#include "foundation/copies/FileCopyDelegate.h"
+#include "foundation/files/QMFileManager.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/threads/Thread.h"
 
 namespace vornic::bench {
 

@@ -20,8 +20,8 @@
 
 #include "bench/SalvageScore.h"
 #include "bench/SeededFaults.h"
-#include "xml/TextDecoding.h"
-#include "xml/XMLReader.h"
+#include "xml/reader/XMLReader.h"
+#include "xml/text/TextDecoding.h"
 
 namespace vornic::bench {
 

@@ -8,9 +8,9 @@
 #include <optional>
 #include <string>
 
-#include "foundation/Utf8.h"
-#include "xml/NumberReference.h"
-#include "xml/XMLCharacters.h"
+#include "base/Utf8.h"
+#include "xml/text/NumberReference.h"
+#include "xml/text/XMLCharacters.h"
 
 namespace vornic {
 

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <utility>
 
+#include "base/PathText.h"
+#include "base/Text.h"
 #include "check/Characters.h"
 #include "check/DeclaredEncoding.h"
 #include "check/EarlyEnd.h"
@@ -17,12 +19,10 @@
 #include "formats/PlaceFinder.h"
 #include "formats/fcpxml/Timecodes.h"
 #include "formats/xmeml/Timecodes.h"
-#include "foundation/Text.h"
-#include "platform/PathText.h"
 #include "report/XMLFindings.h"
 #include "report/XMLRuleOf.h"
-#include "xml/TextDecoding.h"
-#include "xml/XMLEventTee.h"
+#include "xml/reader/XMLEventTee.h"
+#include "xml/text/TextDecoding.h"
 
 namespace vornic {
 

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "report/Findings.h"
-#include "xml/TextDecoding.h"
+#include "xml/text/TextDecoding.h"
 
 namespace vornic {
 

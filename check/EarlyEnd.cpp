@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
-#include "xml/TextPlace.h"
-#include "xml/XMLCharacters.h"
-#include "xml/XMLErrorCode.h"
-#include "xml/XMLReader.h"
+#include "xml/reader/XMLReader.h"
+#include "xml/text/TextPlace.h"
+#include "xml/text/XMLCharacters.h"
+#include "xml/text/XMLErrorCode.h"
 
 namespace vornic {
 

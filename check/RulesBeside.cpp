@@ -3,7 +3,7 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/CrashStack.h"
+#include "platform/crash/CrashStack.h"
 
 namespace vornic {
 

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "report/Mend.h"
-#include "xml/TextSpan.h"
+#include "xml/text/TextSpan.h"
 
 namespace vornic {
 

@@ -21,6 +21,10 @@ if(VORNIC_SANITIZE)
     target_link_options(vornic-settings INTERFACE -fsanitize=${VORNIC_SANITIZE})
 endif()
 
+if(VORNIC_FUZZ)
+    target_compile_options(vornic-settings INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 # A short run is mostly loading: without the C++ runtime and pugixml among the shared libraries it
 # takes about a quarter less time. Sanitizers want theirs shared.
 add_library(vornic-program-settings INTERFACE)
@@ -43,3 +47,11 @@ if(VORNIC_CCACHE)
         env CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
         "${VORNIC_CCACHE}")
 endif()
+
+# vornic_library(NAME SOURCES file... [LINKS library...] [PRIVATE_LINKS library...])
+# One folder's library. LINKS are the libraries below whose headers its own headers include.
+function(vornic_library name)
+    cmake_parse_arguments(PARSE_ARGV 1 folder "" "" "SOURCES;LINKS;PRIVATE_LINKS")
+    add_library(${name} STATIC ${folder_SOURCES})
+    target_link_libraries(${name} PUBLIC vornic-settings ${folder_LINKS} PRIVATE ${folder_PRIVATE_LINKS})
+endfunction()

@@ -3,8 +3,8 @@
 #include <utility>
 #include <vector>
 
-#include "foundation/FormatString.h"
-#include "platform/Error.h"
+#include "base/Error.h"
+#include "base/FormatString.h"
 
 namespace vornic {
 

@@ -9,7 +9,7 @@
 
 #include "convert/ConversionOffer.h"
 #include "convert/catalogue/VersionCatalogue.h"
-#include "xml/XMLDocument.h"
+#include "xml/tree/XMLDocument.h"
 
 namespace vornic {
 

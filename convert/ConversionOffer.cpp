@@ -1,6 +1,6 @@
 #include "convert/ConversionOffer.h"
 
-#include "foundation/Text.h"
+#include "base/Text.h"
 
 namespace vornic {
 

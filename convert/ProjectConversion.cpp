@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/FormatString.h"
 #include "check/fcpxml/StructureFindings.h"
 #include "convert/fcpxml/Conversion.h"
 #include "convert/xmeml/Conversion.h"
@@ -9,10 +10,9 @@
 #include "formats/PlaceFinder.h"
 #include "formats/fcpxml/Validator.h"
 #include "formats/xmeml/Version.h"
-#include "foundation/FormatString.h"
 #include "report/XMLFindings.h"
-#include "xml/XMLEventTee.h"
-#include "xml/XMLReader.h"
+#include "xml/reader/XMLEventTee.h"
+#include "xml/reader/XMLReader.h"
 
 namespace vornic {
 

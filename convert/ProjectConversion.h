@@ -11,7 +11,7 @@
 #include "formats/FileKind.h"
 #include "mend/EditList.h"
 #include "report/Report.h"
-#include "xml/TextDecoding.h"
+#include "xml/text/TextDecoding.h"
 
 namespace vornic {
 

@@ -3,10 +3,10 @@
 #include <string_view>
 #include <utility>
 
+#include "base/FormatString.h"
+#include "base/Text.h"
 #include "convert/catalogue/VersionCatalogue.h"
 #include "formats/xmeml/VersionedXMEML.h"
-#include "foundation/FormatString.h"
-#include "foundation/Text.h"
 
 namespace vornic {
 

@@ -7,8 +7,8 @@
 #include <variant>
 #include <vector>
 
-#include "platform/Error.h"
-#include "xml/XMLDocument.h"
+#include "base/Error.h"
+#include "xml/tree/XMLDocument.h"
 
 namespace vornic {
 

@@ -5,8 +5,8 @@
 #include <QVBoxLayout>
 
 #include "desktop/QtText.h"
-#include "ui/QMAboutDialogController.h"
-#include "ui/RichTextReader.h"
+#include "ui/about/QMAboutDialogController.h"
+#include "ui/about/RichTextReader.h"
 
 namespace vornic {
 

@@ -6,7 +6,7 @@
 #include <QScrollArea>
 #include <QTextEdit>
 
-#include "ui/AboutPanel.h"
+#include "ui/about/AboutPanel.h"
 
 namespace vornic {
 

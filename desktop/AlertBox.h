@@ -3,7 +3,7 @@
 
 #include <QMessageBox>
 
-#include "ui/QMAlert.h"
+#include "ui/alerts/QMAlert.h"
 
 namespace vornic {
 

@@ -11,20 +11,20 @@
 
 #include <sys/stat.h>
 
+#include "base/Text.h"
 #include "desktop/AlertBox.h"
 #include "desktop/FileManager.h"
 #include "desktop/MainMenu.h"
 #include "desktop/QtText.h"
 #include "desktop/RecentFiles.h"
 #include "desktop/Sheet.h"
-#include "foundation/QMLocalPaths.h"
-#include "foundation/QMLog.h"
-#include "foundation/Text.h"
-#include "platform/FileSystem.h"
-#include "platform/ItemStatus.h"
-#include "platform/MainThread.h"
-#include "platform/WorkspaceOpener.h"
-#include "ui/QMSoftwareUpdate.h"
+#include "foundation/log/QMLog.h"
+#include "foundation/places/QMLocalPaths.h"
+#include "platform/files/FileSystem.h"
+#include "platform/items/ItemStatus.h"
+#include "platform/session/WorkspaceOpener.h"
+#include "platform/threads/MainThread.h"
+#include "ui/support/QMSoftwareUpdate.h"
 
 namespace vornic {
 

@@ -8,10 +8,10 @@
 #include <utility>
 
 #include "app/window/HeaderText.h"
+#include "base/Exception.h"
 #include "desktop/QtText.h"
-#include "platform/Exception.h"
-#include "platform/MainThread.h"
-#include "platform/Thread.h"
+#include "platform/threads/MainThread.h"
+#include "platform/threads/Thread.h"
 
 namespace vornic {
 

@@ -12,7 +12,7 @@
 #include <string>
 #include <string_view>
 
-#include "repair/ConversionDialog.h"
+#include "repair/document/ConversionDialog.h"
 
 namespace vornic {
 

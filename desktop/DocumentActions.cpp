@@ -6,7 +6,7 @@
 #include "desktop/MendSheet.h"
 #include "desktop/QtText.h"
 #include "desktop/Sheet.h"
-#include "ui/QMAlert.h"
+#include "ui/alerts/QMAlert.h"
 
 #ifndef VORNIC_VERSION
 #error "VORNIC_VERSION is the project's version"

@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/PathText.h"
+#include "base/Text.h"
 #include "desktop/QtText.h"
-#include "foundation/Text.h"
-#include "platform/PathText.h"
 
 namespace vornic {
 

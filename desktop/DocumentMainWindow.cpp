@@ -7,14 +7,14 @@
 #include <QVBoxLayout>
 #include <utility>
 
+#include "base/Text.h"
 #include "desktop/AlertBox.h"
 #include "desktop/FileIcons.h"
 #include "desktop/OutcomeText.h"
 #include "desktop/QtText.h"
 #include "desktop/Sheet.h"
 #include "desktop/WindowSize.h"
-#include "foundation/Text.h"
-#include "platform/AtomicFile.h"
+#include "platform/files/AtomicFile.h"
 
 namespace vornic {
 

@@ -22,7 +22,7 @@
 #include "desktop/ProgressSheet.h"
 #include "desktop/ReportView.h"
 #include "desktop/SourceView.h"
-#include "repair/Document.h"
+#include "repair/document/Document.h"
 
 namespace vornic {
 

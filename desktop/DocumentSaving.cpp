@@ -11,15 +11,15 @@
 #include <utility>
 
 #include "app/window/FindingsReport.h"
+#include "base/Text.h"
 #include "desktop/DocumentMainWindow.h"
 #include "desktop/DocumentThread.h"
 #include "desktop/FileIcons.h"
 #include "desktop/QtText.h"
-#include "foundation/QMLog.h"
-#include "foundation/Text.h"
-#include "platform/AtomicFile.h"
-#include "platform/FileSystem.h"
-#include "platform/WorkspaceOpener.h"
+#include "foundation/log/QMLog.h"
+#include "platform/files/AtomicFile.h"
+#include "platform/files/FileSystem.h"
+#include "platform/session/WorkspaceOpener.h"
 
 #ifndef VORNIC_VERSION
 #error "VORNIC_VERSION is the project's version"

@@ -7,11 +7,11 @@
 #include <new>
 #include <utility>
 
+#include "base/Exception.h"
 #include "desktop/DocumentMainWindow.h"
-#include "foundation/QMLog.h"
-#include "platform/Exception.h"
-#include "platform/MainThread.h"
-#include "platform/Thread.h"
+#include "foundation/log/QMLog.h"
+#include "platform/threads/MainThread.h"
+#include "platform/threads/Thread.h"
 
 namespace vornic {
 

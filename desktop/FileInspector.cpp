@@ -5,13 +5,13 @@
 #include <new>
 #include <utility>
 
-#include "foundation/QMLog.h"
-#include "platform/Exception.h"
-#include "platform/FileDescriptor.h"
-#include "platform/FileSystem.h"
-#include "platform/MainThread.h"
-#include "platform/PathText.h"
-#include "platform/Thread.h"
+#include "base/Exception.h"
+#include "base/PathText.h"
+#include "foundation/log/QMLog.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/files/FileSystem.h"
+#include "platform/threads/MainThread.h"
+#include "platform/threads/Thread.h"
 
 namespace vornic {
 

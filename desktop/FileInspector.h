@@ -10,8 +10,8 @@
 #include <string>
 
 #include "app/window/FindingsTable.h"
-#include "platform/FileVersion.h"
-#include "platform/FolderWatch.h"
+#include "platform/files/FileVersion.h"
+#include "platform/files/FolderWatch.h"
 
 namespace vornic {
 

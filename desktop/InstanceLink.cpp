@@ -12,7 +12,7 @@
 
 #include "desktop/HandOverProtocol.h"
 #include "desktop/QtText.h"
-#include "foundation/QMLocalPaths.h"
+#include "foundation/places/QMLocalPaths.h"
 
 namespace vornic {
 

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "desktop/IncomingFiles.h"
-#include "platform/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
 
 namespace vornic {
 

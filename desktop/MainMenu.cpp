@@ -11,7 +11,7 @@
 #include "desktop/Application.h"
 #include "desktop/QtText.h"
 #include "desktop/RecentFiles.h"
-#include "ui/QMSoftwareUpdate.h"
+#include "ui/support/QMSoftwareUpdate.h"
 
 namespace vornic {
 

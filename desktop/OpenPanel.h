@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "app/OpenPanelSettings.h"
-#include "ui/QMAlert.h"
+#include "ui/alerts/QMAlert.h"
 
 namespace vornic {
 

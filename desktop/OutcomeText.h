@@ -4,7 +4,7 @@
 #include <QString>
 
 #include "desktop/OutcomeBadge.h"
-#include "repair/RepairResult.h"
+#include "repair/pipeline/RepairResult.h"
 
 namespace vornic {
 

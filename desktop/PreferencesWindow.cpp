@@ -11,9 +11,9 @@
 #include "desktop/AlertBox.h"
 #include "desktop/QtText.h"
 #include "desktop/Sheet.h"
-#include "foundation/PreferenceValues.h"
-#include "platform/UserPreferences.h"
-#include "ui/QMShortcutKeyTableDelegate.h"
+#include "foundation/places/PreferenceValues.h"
+#include "platform/settings/UserPreferences.h"
+#include "ui/shortcuts/QMShortcutKeyTableDelegate.h"
 
 namespace vornic {
 

@@ -10,7 +10,7 @@
 
 #include "app/CheckBoxItem.h"
 #include "desktop/ShortcutKeysView.h"
-#include "ui/QMAlert.h"
+#include "ui/alerts/QMAlert.h"
 
 namespace vornic {
 

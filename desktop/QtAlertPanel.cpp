@@ -10,7 +10,7 @@
 #include "desktop/AlertBox.h"
 #include "desktop/QtText.h"
 #include "desktop/Sheet.h"
-#include "ui/SuppressionPreference.h"
+#include "ui/alerts/SuppressionPreference.h"
 
 namespace vornic {
 

@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "ui/QMAlert.h"
+#include "ui/alerts/QMAlert.h"
 
 namespace vornic {
 

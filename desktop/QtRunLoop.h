@@ -3,7 +3,7 @@
 
 #include <QObject>
 
-#include "platform/MainThread.h"
+#include "platform/threads/MainThread.h"
 
 namespace vornic {
 

@@ -2,7 +2,7 @@
 
 #include <QChar>
 
-#include "foundation/Text.h"
+#include "base/Text.h"
 
 namespace vornic {
 

@@ -4,13 +4,13 @@
 #include <set>
 #include <utility>
 
-#include "foundation/Utf8.h"
-#include "platform/Exception.h"
-#include "platform/FileSystem.h"
-#include "platform/MainThread.h"
-#include "platform/PropertyList.h"
-#include "platform/Thread.h"
-#include "platform/UserPreferences.h"
+#include "base/Exception.h"
+#include "base/Utf8.h"
+#include "platform/files/FileSystem.h"
+#include "platform/settings/PropertyList.h"
+#include "platform/settings/UserPreferences.h"
+#include "platform/threads/MainThread.h"
+#include "platform/threads/Thread.h"
 
 namespace vornic {
 

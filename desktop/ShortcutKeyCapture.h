@@ -5,7 +5,7 @@
 #include <functional>
 #include <optional>
 
-#include "ui/ShortcutKey.h"
+#include "ui/shortcuts/ShortcutKey.h"
 
 namespace vornic {
 

@@ -5,7 +5,7 @@
 #include <QStyle>
 
 #include "desktop/QtText.h"
-#include "ui/QMShortcutKeyTableDelegate.h"
+#include "ui/shortcuts/QMShortcutKeyTableDelegate.h"
 
 namespace vornic {
 

@@ -3,7 +3,7 @@
 
 #include <QAbstractTableModel>
 
-#include "ui/QMShortcutKeyTableview.h"
+#include "ui/shortcuts/QMShortcutKeyTableview.h"
 
 namespace vornic {
 

@@ -6,7 +6,7 @@
 #include <QStyledItemDelegate>
 
 #include "desktop/ShortcutKeyCapture.h"
-#include "ui/QMShortcutKeyTableDelegate.h"
+#include "ui/shortcuts/QMShortcutKeyTableDelegate.h"
 
 namespace vornic {
 

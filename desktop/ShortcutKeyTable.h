@@ -5,7 +5,7 @@
 
 #include "desktop/ShortcutKeyCapture.h"
 #include "desktop/ShortcutKeyModel.h"
-#include "ui/QMShortcutKeyTableview.h"
+#include "ui/shortcuts/QMShortcutKeyTableview.h"
 
 namespace vornic {
 

@@ -4,7 +4,7 @@
 #include <QVBoxLayout>
 
 #include "desktop/QtText.h"
-#include "ui/QMShortcutKeyTableDelegate.h"
+#include "ui/shortcuts/QMShortcutKeyTableDelegate.h"
 
 namespace vornic {
 

@@ -6,7 +6,7 @@
 #include <QWidget>
 
 #include "desktop/ShortcutKeyTable.h"
-#include "ui/ShortcutKeyPane.h"
+#include "ui/shortcuts/ShortcutKeyPane.h"
 
 namespace vornic {
 

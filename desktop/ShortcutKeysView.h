@@ -3,7 +3,7 @@
 
 #include <QWidget>
 
-#include "ui/QMShortcutKeyContainerView.h"
+#include "ui/shortcuts/QMShortcutKeyContainerView.h"
 
 namespace vornic {
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <string>
 
-#include "platform/UserPreferences.h"
+#include "platform/settings/UserPreferences.h"
 
 namespace vornic {
 

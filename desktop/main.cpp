@@ -9,7 +9,7 @@
 
 #include <unistd.h>
 
-#include "app/StandardStreams.h"
+#include "app/cli/StandardStreams.h"
 #include "desktop/Appearance.h"
 #include "desktop/Application.h"
 #include "desktop/CloseRequests.h"
@@ -17,11 +17,11 @@
 #include "desktop/InstanceLink.h"
 #include "desktop/QtAlertPanel.h"
 #include "desktop/QtRunLoop.h"
-#include "foundation/QMLog.h"
-#include "platform/MainThread.h"
-#include "platform/Termination.h"
-#include "platform/Thread.h"
-#include "ui/CrashReports.h"
+#include "foundation/log/QMLog.h"
+#include "platform/processes/Termination.h"
+#include "platform/threads/MainThread.h"
+#include "platform/threads/Thread.h"
+#include "ui/support/CrashReports.h"
 
 namespace {
 

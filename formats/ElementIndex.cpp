@@ -6,7 +6,7 @@
 #include <unordered_map>
 
 #include "formats/StartTag.h"
-#include "xml/XMLCharacters.h"
+#include "xml/text/XMLCharacters.h"
 
 namespace vornic {
 

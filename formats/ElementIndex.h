@@ -13,7 +13,7 @@
 
 #include "formats/Blocks.h"
 #include "formats/FileKind.h"
-#include "xml/TextSpan.h"
+#include "xml/text/TextSpan.h"
 
 namespace vornic {
 

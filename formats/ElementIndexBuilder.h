@@ -10,7 +10,7 @@
 
 #include "formats/ElementIndex.h"
 #include "formats/IndexedNames.h"
-#include "xml/XMLReader.h"
+#include "xml/reader/XMLReader.h"
 
 namespace vornic {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "platform/FileAttributes.h"
+#include "platform/items/FileAttributes.h"
 
 namespace vornic {
 

@@ -1,6 +1,6 @@
 #include "formats/FileKind.h"
 
-#include "foundation/Text.h"
+#include "base/Text.h"
 
 namespace vornic {
 

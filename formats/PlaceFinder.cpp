@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "xml/AttributeValue.h"
+#include "xml/text/AttributeValue.h"
 
 namespace vornic {
 

@@ -8,8 +8,8 @@
 
 #include "formats/ElementIndex.h"
 #include "report/Findings.h"
-#include "xml/FileOffsets.h"
-#include "xml/TextPlace.h"
+#include "xml/text/FileOffsets.h"
+#include "xml/text/TextPlace.h"
 
 namespace vornic {
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include "xml/TextSpan.h"
+#include "xml/text/TextSpan.h"
 
 namespace vornic {
 

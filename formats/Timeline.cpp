@@ -7,7 +7,7 @@
 
 #include "formats/fcpxml/TimelineReader.h"
 #include "formats/xmeml/TimelineReader.h"
-#include "xml/AttributeValue.h"
+#include "xml/text/AttributeValue.h"
 
 namespace vornic {
 

@@ -10,7 +10,7 @@
 
 #include "formats/ElementIndex.h"
 #include "formats/fcpxml/Time.h"
-#include "xml/TextSpan.h"
+#include "xml/text/TextSpan.h"
 
 namespace vornic {
 

@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "fuzz/FuzzCheck.h"
-#include "tests/repair/FilterRules.h"
+#include "tests/repair/pipeline/FilterRules.h"
 
 // Whatever text comes in, what a repair writes holds nothing that XML forbids, and nothing is lost
 // without being told.

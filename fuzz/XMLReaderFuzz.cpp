@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "fuzz/FuzzCheck.h"
-#include "tests/xml/MendedText.h"
+#include "tests/xml/reader/MendedText.h"
 
 // Whatever text comes in, the rules of mending hold.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -3,9 +3,9 @@
 #include <string>
 
 #include "fuzz/FuzzCheck.h"
-#include "tests/xml/XMLSideBySide.h"
-#include "xml/TextDecoding.h"
-#include "xml/XMLReader.h"
+#include "tests/xml/reader/XMLSideBySide.h"
+#include "xml/reader/XMLReader.h"
+#include "xml/text/TextDecoding.h"
 
 // Whatever bytes come in, once they are decoded and mended, reader and tree agree.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -3,8 +3,8 @@
 #include <string>
 
 #include "fuzz/FuzzCheck.h"
-#include "tests/xml/XMLSideBySide.h"
-#include "xml/XMLReader.h"
+#include "tests/xml/reader/XMLSideBySide.h"
+#include "xml/reader/XMLReader.h"
 
 // Whatever text comes in, once it is mended, writing it loses nothing, and writing what was written
 // changes nothing.

@@ -4,10 +4,10 @@
 #include <new>
 #include <string_view>
 
+#include "base/FormatString.h"
 #include "formats/FileCodes.h"
-#include "foundation/FormatString.h"
-#include "platform/AtomicFile.h"
-#include "platform/FileReplacement.h"
+#include "platform/files/AtomicFile.h"
+#include "platform/files/FileReplacement.h"
 
 namespace vornic {
 

@@ -3,9 +3,9 @@
 
 #include <string>
 
+#include "base/Error.h"
 #include "convert/VersionConversion.h"
-#include "platform/Error.h"
-#include "xml/XMLDocument.h"
+#include "xml/tree/XMLDocument.h"
 
 namespace vornic {
 

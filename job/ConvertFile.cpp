@@ -6,15 +6,16 @@
 #include <system_error>
 #include <utility>
 
+#include "base/FormatString.h"
+#include "base/PathText.h"
+#include "base/Text.h"
 #include "formats/fcpxml/Version.h"
-#include "foundation/FormatString.h"
-#include "foundation/Text.h"
 #include "job/InPlaceChange.h"
 #include "job/ResultFile.h"
-#include "platform/Failure.h"
-#include "platform/FileSystem.h"
-#include "platform/PathText.h"
-#include "platform/Rename.h"
+#include "platform/files/Failure.h"
+#include "platform/files/FileSystem.h"
+#include "platform/files/Rename.h"
+#include "platform/files/TemporaryName.h"
 
 namespace vornic {
 

@@ -10,9 +10,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/Failure.h"
-#include "platform/FileClaim.h"
-#include "platform/FileSystem.h"
+#include "platform/files/Failure.h"
+#include "platform/files/FileSystem.h"
+#include "platform/locks/FileClaim.h"
 
 namespace vornic {
 

@@ -3,9 +3,9 @@
 
 #include <string>
 
+#include "base/Error.h"
 #include "job/Waiting.h"
-#include "platform/Error.h"
-#include "platform/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
 
 namespace vornic {
 

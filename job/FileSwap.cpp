@@ -6,13 +6,14 @@
 
 #include <unistd.h>
 
+#include "base/PathText.h"
 #include "job/MoveToTrash.h"
-#include "platform/CarefulRemoval.h"
-#include "platform/Failure.h"
-#include "platform/FileClaim.h"
-#include "platform/FileDescriptor.h"
-#include "platform/PathText.h"
-#include "platform/Rename.h"
+#include "platform/files/CarefulRemoval.h"
+#include "platform/files/Failure.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/files/Rename.h"
+#include "platform/files/TemporaryName.h"
+#include "platform/locks/FileClaim.h"
 
 namespace vornic {
 

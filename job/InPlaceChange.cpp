@@ -3,10 +3,10 @@
 #include <cerrno>
 #include <utility>
 
-#include "foundation/FormatString.h"
-#include "platform/Failure.h"
-#include "platform/FileSystem.h"
-#include "platform/PathText.h"
+#include "base/FormatString.h"
+#include "base/PathText.h"
+#include "platform/files/Failure.h"
+#include "platform/files/FileSystem.h"
 
 namespace vornic {
 

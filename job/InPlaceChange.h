@@ -5,12 +5,12 @@
 #include <string>
 #include <vector>
 
+#include "base/Error.h"
 #include "job/SwapObserver.h"
 #include "job/SwapResult.h"
 #include "job/Waiting.h"
 #include "job/WorkingCopy.h"
-#include "platform/ContentDigest.h"
-#include "platform/Error.h"
+#include "platform/files/ContentDigest.h"
 
 namespace vornic {
 

@@ -13,13 +13,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/AtomicFile.h"
-#include "platform/Directories.h"
-#include "platform/FileDescriptor.h"
-#include "platform/FileSystem.h"
-#include "platform/OwnFolder.h"
-#include "platform/PathText.h"
-#include "platform/RandomBytes.h"
+#include "base/PathText.h"
+#include "platform/files/AtomicFile.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/files/FileSystem.h"
+#include "platform/processes/RandomBytes.h"
+#include "platform/settings/Directories.h"
+#include "platform/settings/OwnFolder.h"
 
 namespace vornic {
 namespace {

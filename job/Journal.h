@@ -10,11 +10,11 @@
 #include <utility>
 #include <vector>
 
+#include "base/Error.h"
 #include "job/JournalEntry.h"
 #include "job/JournalText.h"
-#include "platform/ByteLock.h"
-#include "platform/Error.h"
-#include "platform/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/locks/ByteLock.h"
 
 namespace vornic {
 

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/ContentDigest.h"
-#include "platform/FileSystem.h"
+#include "platform/files/ContentDigest.h"
+#include "platform/files/FileSystem.h"
 
 namespace vornic {
 

@@ -7,9 +7,10 @@
 
 #include <sys/stat.h>
 
-#include "platform/FileDescriptor.h"
-#include "platform/FileVersion.h"
-#include "platform/PathText.h"
+#include "base/PathText.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/files/FileVersion.h"
+#include "platform/files/TemporaryName.h"
 
 namespace vornic {
 

@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "base/Error.h"
 #include "job/JournalEntry.h"
-#include "platform/Error.h"
 
 /// Telling the files apart that the journal speaks of. Any thread.
 namespace vornic {

@@ -4,13 +4,13 @@
 #include <optional>
 #include <utility>
 
+#include "base/PathText.h"
 #include "job/JournalFiles.h"
 #include "job/UndoRemains.h"
-#include "platform/FileSystem.h"
-#include "platform/HeldPath.h"
-#include "platform/PathText.h"
-#include "platform/Rename.h"
-#include "platform/Trash.h"
+#include "platform/files/FileSystem.h"
+#include "platform/files/Rename.h"
+#include "platform/rights/HeldPath.h"
+#include "platform/volumes/Trash.h"
 
 namespace vornic {
 namespace {

@@ -10,7 +10,7 @@
 #include <unordered_map>
 #include <utility>
 
-#include "platform/PercentEncoding.h"
+#include "base/PercentEncoding.h"
 
 namespace vornic {
 namespace {

@@ -7,8 +7,8 @@
 
 #include <sys/stat.h>
 
-#include "foundation/QMLog.h"
-#include "platform/HeldPath.h"
+#include "foundation/log/QMLog.h"
+#include "platform/rights/HeldPath.h"
 
 namespace vornic {
 namespace {

@@ -1,10 +1,10 @@
 #include "job/LeftFiles.h"
 
-#include "foundation/FormatString.h"
+#include "base/FormatString.h"
+#include "base/PathText.h"
 #include "job/MoveToTrash.h"
-#include "platform/PathText.h"
-#include "platform/Rename.h"
-#include "platform/TemporaryFile.h"
+#include "platform/files/Rename.h"
+#include "platform/files/TemporaryFile.h"
 
 namespace vornic {
 

@@ -3,10 +3,10 @@
 #include <optional>
 #include <utility>
 
-#include "foundation/FormatString.h"
-#include "platform/FileSystem.h"
-#include "platform/PathText.h"
-#include "xml/TextPlace.h"
+#include "base/FormatString.h"
+#include "base/PathText.h"
+#include "platform/files/FileSystem.h"
+#include "xml/text/TextPlace.h"
 
 namespace vornic {
 

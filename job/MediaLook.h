@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "formats/ElementIndex.h"
-#include "foundation/PathLook.h"
+#include "foundation/places/PathLook.h"
 #include "media/MediaList.h"
 #include "report/Findings.h"
 #include "report/MediaRecord.h"

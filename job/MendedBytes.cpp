@@ -7,12 +7,12 @@
 #include <system_error>
 #include <utility>
 
-#include "foundation/FormatString.h"
+#include "base/FormatString.h"
 #include "mend/UnifiedDifference.h"
-#include "platform/CrashStack.h"
+#include "platform/crash/CrashStack.h"
 #include "report/RuleTable.h"
-#include "xml/FileOffsets.h"
-#include "xml/TextPlace.h"
+#include "xml/text/FileOffsets.h"
+#include "xml/text/TextPlace.h"
 
 namespace vornic {
 

@@ -9,7 +9,7 @@
 #include "check/Check.h"
 #include "mend/EditList.h"
 #include "mend/MendPlan.h"
-#include "platform/ContentDigest.h"
+#include "platform/files/ContentDigest.h"
 
 namespace vornic {
 

@@ -2,17 +2,18 @@
 
 #include <cerrno>
 
-#include "foundation/Text.h"
-#include "platform/Failure.h"
-#include "platform/HeldPath.h"
-#include "platform/PathText.h"
-#include "platform/Trash.h"
+#include "base/PathText.h"
+#include "base/Text.h"
+#include "platform/files/Failure.h"
+#include "platform/rights/HeldPath.h"
+#include "platform/settings/Directories.h"
+#include "platform/volumes/Trash.h"
 
 namespace vornic {
 
 std::optional<std::string> moveToTrash(const std::string& path, const std::string& originalName,
                                        ErrorSlot& error) {
-    const std::string place = expandingTildeInPath("~/.Trash");
+    const std::string place = platform::expandingTildeInPath("~/.Trash");
     const std::optional<platform::Trash> trash = platform::Trash::open(place, error);
     const std::optional<platform::HeldPath> item =
         trash ? platform::holdPath(path) : std::optional<platform::HeldPath>();

@@ -8,8 +8,8 @@
 
 #include <sys/stat.h>
 
-#include "platform/FileSystem.h"
-#include "platform/PathText.h"
+#include "base/PathText.h"
+#include "platform/files/FileSystem.h"
 
 namespace vornic {
 

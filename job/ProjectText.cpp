@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "formats/ElementIndexBuilder.h"
-#include "xml/XMLReader.h"
+#include "xml/reader/XMLReader.h"
 
 namespace vornic {
 

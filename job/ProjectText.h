@@ -5,9 +5,9 @@
 #include <optional>
 #include <string>
 
+#include "base/Error.h"
 #include "formats/ElementIndex.h"
-#include "platform/Error.h"
-#include "xml/TextDecoding.h"
+#include "xml/text/TextDecoding.h"
 
 namespace vornic {
 

@@ -4,12 +4,12 @@
 #include <map>
 #include <utility>
 
-#include "foundation/CanonicalText.h"
-#include "foundation/FormatString.h"
-#include "foundation/NameSearch.h"
+#include "base/CanonicalText.h"
+#include "base/FormatString.h"
+#include "foundation/places/NameSearch.h"
 #include "job/MediaReport.h"
 #include "mend/EditList.h"
-#include "xml/FileOffsets.h"
+#include "xml/text/FileOffsets.h"
 
 namespace vornic {
 

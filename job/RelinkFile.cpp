@@ -1,7 +1,7 @@
 #include "job/RelinkFile.h"
 
-#include "foundation/Text.h"
-#include "platform/PathText.h"
+#include "base/PathText.h"
+#include "base/Text.h"
 
 namespace vornic {
 

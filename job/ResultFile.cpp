@@ -6,13 +6,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/Failure.h"
-#include "platform/FileMetadata.h"
-#include "platform/FileSystem.h"
-#include "platform/FileTransfer.h"
-#include "platform/PathText.h"
-#include "platform/Rename.h"
-#include "platform/TemporaryFile.h"
+#include "base/PathText.h"
+#include "platform/files/Failure.h"
+#include "platform/files/FileSystem.h"
+#include "platform/files/Rename.h"
+#include "platform/files/TemporaryFile.h"
+#include "platform/files/TemporaryName.h"
+#include "platform/items/FileMetadata.h"
+#include "platform/volumes/FileTransfer.h"
 
 namespace vornic {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/Error.h"
 #include "job/WorkingCopy.h"
-#include "platform/Error.h"
 
 namespace vornic {
 

@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "foundation/FormatString.h"
-#include "platform/FileSystem.h"
-#include "platform/PathText.h"
+#include "base/FormatString.h"
+#include "base/PathText.h"
+#include "platform/files/FileSystem.h"
 #include "salvage/Salvage.h"
 
 namespace vornic {

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "base/Error.h"
 #include "job/ResultFile.h"
-#include "platform/Error.h"
 #include "report/Report.h"
 
 namespace vornic {

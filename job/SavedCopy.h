@@ -4,9 +4,9 @@
 #include <string>
 
 #include "job/Standing.h"
-#include "platform/ContentDigest.h"
-#include "platform/FileDescriptor.h"
-#include "platform/FileVersion.h"
+#include "platform/files/ContentDigest.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/files/FileVersion.h"
 
 namespace vornic {
 

@@ -3,8 +3,8 @@
 #include <cerrno>
 #include <utility>
 
-#include "platform/Failure.h"
-#include "platform/FileSystem.h"
+#include "platform/files/Failure.h"
+#include "platform/files/FileSystem.h"
 
 namespace vornic {
 

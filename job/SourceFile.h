@@ -5,11 +5,11 @@
 #include <optional>
 #include <string>
 
+#include "base/Error.h"
 #include "job/Standing.h"
-#include "platform/ContentDigest.h"
-#include "platform/Error.h"
-#include "platform/FileDescriptor.h"
-#include "platform/FileVersion.h"
+#include "platform/files/ContentDigest.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/files/FileVersion.h"
 
 namespace vornic {
 

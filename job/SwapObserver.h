@@ -4,9 +4,9 @@
 #include <optional>
 #include <string>
 
-#include "platform/ContentDigest.h"
-#include "platform/Error.h"
-#include "platform/FileVersion.h"
+#include "base/Error.h"
+#include "platform/files/ContentDigest.h"
+#include "platform/files/FileVersion.h"
 
 namespace vornic {
 

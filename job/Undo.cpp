@@ -4,12 +4,12 @@
 #include <chrono>
 #include <utility>
 
+#include "base/PathText.h"
 #include "job/JournalFiles.h"
 #include "job/UndoRemains.h"
-#include "platform/FileDescriptor.h"
-#include "platform/FileSystem.h"
-#include "platform/FileVersion.h"
-#include "platform/PathText.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/files/FileSystem.h"
+#include "platform/files/FileVersion.h"
 
 namespace vornic {
 

@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
+#include "base/Error.h"
 #include "job/ChangeHistory.h"
 #include "job/Journal.h"
 #include "job/UndoSwap.h"
-#include "platform/Error.h"
-#include "platform/Trash.h"
+#include "platform/volumes/Trash.h"
 
 namespace vornic {
 

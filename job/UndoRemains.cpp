@@ -11,11 +11,12 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "base/PathText.h"
 #include "job/JournalFiles.h"
-#include "platform/CarefulRemoval.h"
-#include "platform/FileDescriptor.h"
-#include "platform/FileSystem.h"
-#include "platform/PathText.h"
+#include "platform/files/CarefulRemoval.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/files/FileSystem.h"
+#include "platform/files/TemporaryName.h"
 
 namespace vornic {
 

@@ -4,10 +4,10 @@
 #include <optional>
 #include <string>
 
+#include "base/Error.h"
 #include "job/JournalEntry.h"
-#include "platform/Error.h"
-#include "platform/HeldPath.h"
-#include "platform/Trash.h"
+#include "platform/rights/HeldPath.h"
+#include "platform/volumes/Trash.h"
 
 /// What an undo of several moves has to clear away, at its end or after it was killed. Nothing is
 /// removed but what lies whole in another place. One thread.

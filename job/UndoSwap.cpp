@@ -5,13 +5,13 @@
 
 #include <unistd.h>
 
+#include "base/PathText.h"
 #include "job/JournalFiles.h"
 #include "job/UndoRemains.h"
-#include "platform/FileClaim.h"
-#include "platform/FileDescriptor.h"
-#include "platform/FileTransfer.h"
-#include "platform/PathText.h"
-#include "platform/Rename.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/files/Rename.h"
+#include "platform/locks/FileClaim.h"
+#include "platform/volumes/FileTransfer.h"
 
 namespace vornic {
 

@@ -5,11 +5,11 @@
 #include <optional>
 #include <string>
 
+#include "base/Error.h"
 #include "job/JournalEntry.h"
-#include "platform/Error.h"
-#include "platform/FileSystem.h"
-#include "platform/HeldPath.h"
-#include "platform/Trash.h"
+#include "platform/files/FileSystem.h"
+#include "platform/rights/HeldPath.h"
+#include "platform/volumes/Trash.h"
 
 namespace vornic {
 

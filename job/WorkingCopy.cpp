@@ -7,23 +7,24 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "foundation/FormatString.h"
-#include "foundation/QMLog.h"
+#include "base/FormatString.h"
+#include "base/PathText.h"
+#include "foundation/log/QMLog.h"
 #include "job/CopyTurn.h"
 #include "job/FileSwap.h"
 #include "job/LeftFiles.h"
 #include "job/MoveToTrash.h"
 #include "job/NamedSources.h"
-#include "platform/CarefulRemoval.h"
-#include "platform/Failure.h"
-#include "platform/FileClaim.h"
-#include "platform/FileMetadata.h"
-#include "platform/FileSystem.h"
-#include "platform/FileTransfer.h"
-#include "platform/FileWriters.h"
-#include "platform/FreeMemory.h"
-#include "platform/PathText.h"
-#include "platform/Rename.h"
+#include "platform/files/CarefulRemoval.h"
+#include "platform/files/Failure.h"
+#include "platform/files/FileSystem.h"
+#include "platform/files/Rename.h"
+#include "platform/files/TemporaryName.h"
+#include "platform/items/FileMetadata.h"
+#include "platform/locks/FileClaim.h"
+#include "platform/locks/FileWriters.h"
+#include "platform/processes/FreeMemory.h"
+#include "platform/volumes/FileTransfer.h"
 
 namespace vornic {
 

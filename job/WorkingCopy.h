@@ -7,13 +7,13 @@
 #include <string_view>
 #include <vector>
 
+#include "base/Error.h"
 #include "job/SavedCopy.h"
 #include "job/SourceFile.h"
 #include "job/SwapObserver.h"
 #include "job/SwapResult.h"
 #include "job/Waiting.h"
-#include "platform/Error.h"
-#include "platform/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
 
 namespace vornic {
 

@@ -8,7 +8,7 @@
 #include "formats/fcpxml/Resources.h"
 #include "formats/fcpxml/Retiming.h"
 #include "media/MediaList.h"
-#include "xml/AttributeValue.h"
+#include "xml/text/AttributeValue.h"
 
 namespace vornic {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <string_view>
 
+#include "base/Text.h"
 #include "formats/xmeml/View.h"
-#include "foundation/Text.h"
-#include "xml/AttributeValue.h"
+#include "xml/text/AttributeValue.h"
 
 namespace vornic {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "foundation/CanonicalText.h"
+#include "base/CanonicalText.h"
 
 namespace vornic {
 

@@ -4,10 +4,10 @@
 #include <array>
 #include <optional>
 
+#include "base/PercentEncoding.h"
+#include "base/Text.h"
+#include "base/Utf8.h"
 #include "formats/FileURL.h"
-#include "foundation/Text.h"
-#include "foundation/Utf8.h"
-#include "platform/PercentEncoding.h"
 
 namespace vornic {
 

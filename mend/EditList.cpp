@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "foundation/FormatString.h"
-#include "foundation/Utf8.h"
-#include "xml/FileOffsets.h"
+#include "base/FormatString.h"
+#include "base/Utf8.h"
+#include "xml/text/FileOffsets.h"
 
 namespace vornic {
 

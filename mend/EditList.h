@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "report/Mend.h"
-#include "xml/TextDecoding.h"
+#include "xml/text/TextDecoding.h"
 
 namespace vornic {
 

@@ -6,7 +6,7 @@
 #include <map>
 #include <utility>
 
-#include "foundation/FormatString.h"
+#include "base/FormatString.h"
 #include "report/RuleTable.h"
 
 namespace vornic {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "foundation/FormatString.h"
+#include "base/FormatString.h"
 
 namespace vornic {
 

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "xml/FileOffsets.h"
+#include "xml/text/FileOffsets.h"
 
 namespace vornic {
 

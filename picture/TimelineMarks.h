@@ -6,7 +6,7 @@
 
 #include "formats/Timeline.h"
 #include "report/Findings.h"
-#include "xml/TextDecoding.h"
+#include "xml/text/TextDecoding.h"
 
 namespace vornic {
 

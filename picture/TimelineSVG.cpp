@@ -7,7 +7,7 @@
 #include <map>
 #include <utility>
 
-#include "foundation/Utf8.h"
+#include "base/Utf8.h"
 
 namespace vornic {
 

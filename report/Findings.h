@@ -10,7 +10,7 @@
 
 #include "report/Finding.h"
 #include "report/RuleTable.h"
-#include "xml/TextSpan.h"
+#include "xml/text/TextSpan.h"
 
 namespace vornic {
 

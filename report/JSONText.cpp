@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "foundation/Utf8.h"
+#include "base/Utf8.h"
 
 namespace vornic {
 

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "foundation/FormatString.h"
+#include "base/FormatString.h"
 #include "report/RuleId.h"
 
 namespace vornic {

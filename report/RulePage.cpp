@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "foundation/FormatString.h"
+#include "base/FormatString.h"
 #include "report/RuleTable.h"
 #include "report/rules/Requirements.h"
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "platform/PercentEncoding.h"
+#include "base/PercentEncoding.h"
 #include "report/RuleTable.h"
 
 namespace vornic {

@@ -6,10 +6,10 @@
 #include <string>
 #include <utility>
 
-#include "foundation/Text.h"
+#include "base/Text.h"
 #include "report/XMLRuleOf.h"
-#include "xml/NumberReference.h"
-#include "xml/TextPlace.h"
+#include "xml/text/NumberReference.h"
+#include "xml/text/TextPlace.h"
 
 namespace vornic {
 

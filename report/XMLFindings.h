@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "report/Findings.h"
-#include "xml/XMLReader.h"
+#include "xml/reader/XMLReader.h"
 
 namespace vornic {
 

@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "report/RuleId.h"
-#include "xml/XMLErrorCode.h"
+#include "xml/text/XMLErrorCode.h"
 
 namespace vornic {
 

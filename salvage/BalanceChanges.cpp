@@ -1,7 +1,7 @@
 #include <algorithm>
 
 #include "salvage/Balancer.h"
-#include "xml/XMLCharacters.h"
+#include "xml/text/XMLCharacters.h"
 
 namespace vornic::salvage {
 

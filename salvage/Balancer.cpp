@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "salvage/NameDistance.h"
-#include "xml/XMLCharacters.h"
+#include "xml/text/XMLCharacters.h"
 
 namespace vornic::salvage {
 

@@ -2,7 +2,7 @@
 #include <string>
 
 #include "salvage/Structure.h"
-#include "xml/XMLCharacters.h"
+#include "xml/text/XMLCharacters.h"
 
 namespace vornic::salvage {
 

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "formats/fcpxml/Definition.h"
-#include "xml/TextPlace.h"
-#include "xml/XMLCharacters.h"
+#include "xml/text/TextPlace.h"
+#include "xml/text/XMLCharacters.h"
 
 namespace vornic::salvage {
 

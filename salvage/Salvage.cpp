@@ -4,16 +4,16 @@
 #include <array>
 #include <utility>
 
+#include "base/FormatString.h"
 #include "check/Check.h"
 #include "formats/ElementIndexBuilder.h"
 #include "formats/PlaceFinder.h"
-#include "foundation/FormatString.h"
 #include "report/XMLFindings.h"
 #include "salvage/AfterCut.h"
 #include "salvage/Guesses.h"
 #include "salvage/OffsetShifts.h"
 #include "salvage/SourceText.h"
-#include "xml/TextPlace.h"
+#include "xml/text/TextPlace.h"
 
 namespace vornic::salvage {
 

@@ -4,12 +4,12 @@
 #include <array>
 #include <utility>
 
-#include "foundation/Text.h"
-#include "foundation/Utf8.h"
-#include "xml/FileOffsets.h"
-#include "xml/ForbiddenCharacters.h"
-#include "xml/TextPlace.h"
-#include "xml/XMLCharacters.h"
+#include "base/Text.h"
+#include "base/Utf8.h"
+#include "xml/reader/ForbiddenCharacters.h"
+#include "xml/text/FileOffsets.h"
+#include "xml/text/TextPlace.h"
+#include "xml/text/XMLCharacters.h"
 
 namespace vornic::salvage {
 

@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "platform/Error.h"
+#include "base/Error.h"
 #include "report/Findings.h"
 #include "salvage/OffsetShifts.h"
-#include "xml/TextDecoding.h"
-#include "xml/XMLReader.h"
+#include "xml/reader/XMLReader.h"
+#include "xml/text/TextDecoding.h"
 
 namespace vornic::salvage {
 

@@ -7,7 +7,7 @@
 
 #include "formats/fcpxml/Time.h"
 #include "salvage/Tokenizer.h"
-#include "xml/XMLCharacters.h"
+#include "xml/text/XMLCharacters.h"
 
 namespace vornic::salvage {
 

@@ -10,7 +10,7 @@
 #include "salvage/Change.h"
 #include "salvage/NameTable.h"
 #include "salvage/Tokenizer.h"
-#include "xml/TextSpan.h"
+#include "xml/text/TextSpan.h"
 
 namespace vornic::salvage {
 

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "salvage/TagReader.h"
-#include "xml/XMLCharacters.h"
-#include "xml/XMLReader.h"
+#include "xml/reader/XMLReader.h"
+#include "xml/text/XMLCharacters.h"
 
 namespace vornic::salvage {
 

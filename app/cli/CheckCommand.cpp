@@ -10,20 +10,20 @@
 #include <system_error>
 #include <utility>
 
-#include "app/InterruptedRuns.h"
-#include "app/StandardStreams.h"
 #include "app/cli/CheckRun.h"
 #include "app/cli/CheckSettings.h"
 #include "app/cli/CommandLine.h"
+#include "app/cli/InterruptedRuns.h"
 #include "app/cli/PathLookup.h"
 #include "app/cli/ProjectFiles.h"
 #include "app/cli/ReportOutput.h"
 #include "app/cli/RuleSelection.h"
-#include "foundation/QMLog.h"
-#include "platform/FileSystem.h"
-#include "platform/Termination.h"
+#include "app/cli/StandardStreams.h"
+#include "foundation/log/QMLog.h"
+#include "platform/files/FileSystem.h"
+#include "platform/processes/Termination.h"
 #include "report/RulePage.h"
-#include "ui/CrashReports.h"
+#include "ui/support/CrashReports.h"
 
 #ifndef VORNIC_VERSION
 #error "VORNIC_VERSION is the project's version"

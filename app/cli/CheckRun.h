@@ -7,10 +7,10 @@
 #include <memory>
 #include <string>
 
-#include "app/TerminalBar.h"
 #include "app/cli/CheckSettings.h"
 #include "app/cli/ProjectFiles.h"
 #include "app/cli/ReportOutput.h"
+#include "app/cli/TerminalBar.h"
 #include "job/MediaLook.h"
 #include "report/ReportWriter.h"
 

@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "app/cli/RuleSelection.h"
+#include "base/FormatString.h"
 #include "formats/fcpxml/Version.h"
-#include "foundation/FormatString.h"
 
 namespace vornic {
 

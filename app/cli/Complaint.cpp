@@ -5,8 +5,8 @@
 
 #include <unistd.h>
 
-#include "foundation/FormatString.h"
-#include "foundation/TerminalText.h"
+#include "base/FormatString.h"
+#include "base/TerminalText.h"
 
 namespace vornic {
 

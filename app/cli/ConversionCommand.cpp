@@ -13,21 +13,21 @@
 
 #include <unistd.h>
 
-#include "app/InterruptedRuns.h"
-#include "app/StandardStreams.h"
 #include "app/cli/CommandLine.h"
+#include "app/cli/InterruptedRuns.h"
 #include "app/cli/ProjectFiles.h"
 #include "app/cli/ReportOutput.h"
-#include "foundation/FormatString.h"
-#include "foundation/QMLog.h"
-#include "foundation/TerminalText.h"
+#include "app/cli/StandardStreams.h"
+#include "base/FormatString.h"
+#include "base/TerminalText.h"
+#include "foundation/log/QMLog.h"
 #include "job/ConvertFile.h"
 #include "job/JournaledSwap.h"
-#include "platform/FileSystem.h"
-#include "platform/Termination.h"
+#include "platform/files/FileSystem.h"
+#include "platform/processes/Termination.h"
 #include "report/JSONReportWriter.h"
 #include "report/TextReportWriter.h"
-#include "ui/CrashReports.h"
+#include "ui/support/CrashReports.h"
 
 #ifndef VORNIC_VERSION
 #error "VORNIC_VERSION is the project's version"

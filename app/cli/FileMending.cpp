@@ -3,15 +3,15 @@
 #include <string_view>
 #include <utility>
 
+#include "base/FormatString.h"
+#include "base/PathText.h"
 #include "formats/FileKind.h"
-#include "foundation/FormatString.h"
-#include "foundation/QMLog.h"
+#include "foundation/log/QMLog.h"
 #include "job/JournaledSwap.h"
 #include "job/MendFile.h"
 #include "job/ResultFile.h"
-#include "platform/FileSystem.h"
-#include "platform/PathText.h"
-#include "platform/Termination.h"
+#include "platform/files/FileSystem.h"
+#include "platform/processes/Termination.h"
 #include "report/RuleTable.h"
 
 #ifndef VORNIC_VERSION

@@ -8,18 +8,18 @@
 #include <string_view>
 #include <system_error>
 
-#include "app/InterruptedRuns.h"
-#include "app/StandardStreams.h"
 #include "app/cli/CommandLine.h"
 #include "app/cli/Complaint.h"
+#include "app/cli/InterruptedRuns.h"
 #include "app/cli/MediaRun.h"
 #include "app/cli/MediaSettings.h"
 #include "app/cli/ProjectFiles.h"
 #include "app/cli/ReportOutput.h"
-#include "foundation/QMLog.h"
-#include "platform/FileSystem.h"
-#include "platform/Termination.h"
-#include "ui/CrashReports.h"
+#include "app/cli/StandardStreams.h"
+#include "foundation/log/QMLog.h"
+#include "platform/files/FileSystem.h"
+#include "platform/processes/Termination.h"
+#include "ui/support/CrashReports.h"
 
 #ifndef VORNIC_VERSION
 #error "VORNIC_VERSION is the project's version"

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <utility>
 
-#include "foundation/PathLook.h"
-#include "platform/FileSystem.h"
+#include "foundation/places/PathLook.h"
+#include "platform/files/FileSystem.h"
 
 namespace vornic {
 

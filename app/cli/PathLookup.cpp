@@ -6,14 +6,14 @@
 #include <utility>
 #include <vector>
 
+#include "base/FormatString.h"
+#include "base/TerminalText.h"
+#include "base/Utf8.h"
 #include "check/NearestName.h"
 #include "formats/ElementIndexBuilder.h"
-#include "foundation/FormatString.h"
-#include "foundation/TerminalText.h"
-#include "foundation/Utf8.h"
-#include "xml/TextDecoding.h"
-#include "xml/TextPlace.h"
-#include "xml/XMLReader.h"
+#include "xml/reader/XMLReader.h"
+#include "xml/text/TextDecoding.h"
+#include "xml/text/TextPlace.h"
 
 namespace vornic {
 

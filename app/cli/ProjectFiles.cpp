@@ -4,8 +4,8 @@
 #include <string_view>
 #include <utility>
 
-#include "foundation/Text.h"
-#include "platform/FileSystem.h"
+#include "base/Text.h"
+#include "platform/files/FileSystem.h"
 
 namespace vornic {
 

@@ -8,8 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "app/StandardStreams.h"
-#include "foundation/FormatString.h"
+#include "app/cli/StandardStreams.h"
+#include "base/FormatString.h"
 
 namespace vornic {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/AtomicFile.h"
-#include "platform/Error.h"
+#include "base/Error.h"
+#include "platform/files/AtomicFile.h"
 
 namespace vornic {
 

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/FormatString.h"
 #include "check/NearestName.h"
-#include "foundation/FormatString.h"
 
 namespace vornic {
 

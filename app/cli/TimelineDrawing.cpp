@@ -5,7 +5,7 @@
 
 #include "formats/ElementIndexBuilder.h"
 #include "picture/TimelineSVG.h"
-#include "xml/TextDecoding.h"
+#include "xml/text/TextDecoding.h"
 
 namespace vornic {
 

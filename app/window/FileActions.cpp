@@ -3,18 +3,18 @@
 #include <algorithm>
 #include <set>
 
-#include "app/UndoCommand.h"
+#include "app/cli/UndoCommand.h"
 #include "app/window/HeaderText.h"
-#include "foundation/FormatString.h"
-#include "foundation/QMLocalPaths.h"
-#include "foundation/QMLog.h"
+#include "base/FormatString.h"
+#include "base/PathText.h"
+#include "foundation/log/QMLog.h"
+#include "foundation/places/QMLocalPaths.h"
 #include "job/Journal.h"
 #include "job/JournaledSwap.h"
 #include "job/MendFile.h"
 #include "job/ResultFile.h"
-#include "platform/FileSystem.h"
-#include "platform/HeldPath.h"
-#include "platform/PathText.h"
+#include "platform/files/FileSystem.h"
+#include "platform/rights/HeldPath.h"
 
 namespace vornic {
 

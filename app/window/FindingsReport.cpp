@@ -8,10 +8,10 @@
 #include <utility>
 
 #include "app/window/HeaderText.h"
-#include "foundation/FormatString.h"
-#include "foundation/TerminalText.h"
-#include "platform/Digest.h"
-#include "platform/FileSystem.h"
+#include "base/FormatString.h"
+#include "base/TerminalText.h"
+#include "platform/files/Digest.h"
+#include "platform/files/FileSystem.h"
 #include "report/JSONReportWriter.h"
 #include "report/JSONText.h"
 #include "report/RuleTable.h"

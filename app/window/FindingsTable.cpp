@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <utility>
 
-#include "foundation/FormatString.h"
+#include "base/FormatString.h"
 #include "mend/EditList.h"
 #include "report/RuleTable.h"
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "foundation/FormatString.h"
+#include "base/FormatString.h"
 #include "report/RuleTable.h"
 
 namespace vornic {

@@ -9,7 +9,7 @@
 
 #include "app/window/Inspection.h"
 #include "formats/FileKind.h"
-#include "repair/RepairResult.h"
+#include "repair/pipeline/RepairResult.h"
 
 namespace vornic {
 

@@ -6,11 +6,11 @@
 #include <unordered_map>
 #include <utility>
 
+#include "base/FormatString.h"
+#include "base/PathText.h"
 #include "check/Check.h"
-#include "foundation/FormatString.h"
-#include "platform/FileSystem.h"
-#include "platform/PathText.h"
-#include "xml/XMLCharacters.h"
+#include "platform/files/FileSystem.h"
+#include "xml/text/XMLCharacters.h"
 
 namespace vornic {
 

@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "app/window/SourceText.h"
+#include "base/Error.h"
 #include "mend/LineDifference.h"
-#include "platform/ContentDigest.h"
-#include "platform/Error.h"
+#include "platform/files/ContentDigest.h"
 #include "report/Report.h"
 
 namespace vornic {

@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "xml/TextDecoding.h"
-#include "xml/TextSpan.h"
+#include "xml/text/TextDecoding.h"
+#include "xml/text/TextSpan.h"
 
 namespace vornic {
 

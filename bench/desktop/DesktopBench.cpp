@@ -23,9 +23,9 @@
 #include "desktop/DocumentMainWindow.h"
 #include "desktop/QtAlertPanel.h"
 #include "desktop/QtRunLoop.h"
-#include "foundation/QMLog.h"
-#include "platform/MainThread.h"
-#include "platform/Thread.h"
+#include "foundation/log/QMLog.h"
+#include "platform/threads/MainThread.h"
+#include "platform/threads/Thread.h"
 
 namespace vornic::bench {
 

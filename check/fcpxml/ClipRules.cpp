@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "check/fcpxml/Naming.h"
-#include "xml/AttributeValue.h"
+#include "xml/text/AttributeValue.h"
 
 namespace vornic {
 

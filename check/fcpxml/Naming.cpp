@@ -1,7 +1,7 @@
 #include "check/fcpxml/Naming.h"
 
 #include "formats/StartTag.h"
-#include "xml/AttributeValue.h"
+#include "xml/text/AttributeValue.h"
 
 namespace vornic {
 

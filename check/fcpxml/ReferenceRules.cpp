@@ -9,7 +9,7 @@
 #include "check/fcpxml/ReferenceKinds.h"
 #include "formats/fcpxml/Definition.h"
 #include "formats/fcpxml/Resources.h"
-#include "xml/AttributeValue.h"
+#include "xml/text/AttributeValue.h"
 
 namespace vornic {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/Text.h"
 #include "check/fcpxml/ReferenceKinds.h"
-#include "foundation/Text.h"
 
 namespace vornic {
 

@@ -10,13 +10,13 @@
 #include <string>
 #include <string_view>
 
+#include "base/FormatString.h"
 #include "check/URLMend.h"
 #include "check/fcpxml/Naming.h"
 #include "formats/FileURL.h"
 #include "formats/fcpxml/Resources.h"
-#include "foundation/FormatString.h"
-#include "platform/ZoneData.h"
-#include "xml/AttributeValue.h"
+#include "platform/settings/ZoneData.h"
+#include "xml/text/AttributeValue.h"
 
 namespace vornic {
 

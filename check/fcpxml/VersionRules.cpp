@@ -9,7 +9,7 @@
 #include "check/fcpxml/Naming.h"
 #include "formats/StartTag.h"
 #include "formats/fcpxml/Definition.h"
-#include "xml/AttributeValue.h"
+#include "xml/text/AttributeValue.h"
 
 namespace vornic {
 

@@ -4,8 +4,8 @@
 #include <array>
 #include <string>
 
+#include "base/Text.h"
 #include "formats/xmeml/Number.h"
-#include "foundation/Text.h"
 
 namespace vornic::xmeml {
 

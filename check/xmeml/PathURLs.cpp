@@ -3,7 +3,7 @@
 #include "check/URLMend.h"
 #include "check/xmeml/Rules.h"
 #include "formats/FileURL.h"
-#include "xml/TextPlace.h"
+#include "xml/text/TextPlace.h"
 
 namespace vornic::xmeml {
 

@@ -6,7 +6,7 @@
 #include "check/xmeml/Rules.h"
 #include "formats/xmeml/Number.h"
 #include "formats/xmeml/Rate.h"
-#include "xml/TextPlace.h"
+#include "xml/text/TextPlace.h"
 
 namespace vornic::xmeml {
 

@@ -3,14 +3,14 @@
 #include <utility>
 #include <vector>
 
+#include "base/Text.h"
 #include "check/xmeml/RepeatedItems.h"
 #include "check/xmeml/Rules.h"
 #include "check/xmeml/TrackTable.h"
 #include "check/xmeml/WhiteSpace.h"
 #include "formats/xmeml/IdTable.h"
 #include "formats/xmeml/Number.h"
-#include "foundation/Text.h"
-#include "xml/TextPlace.h"
+#include "xml/text/TextPlace.h"
 
 namespace vornic::xmeml {
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "base/Text.h"
 #include "formats/xmeml/Number.h"
-#include "foundation/Text.h"
 
 namespace vornic::xmeml {
 

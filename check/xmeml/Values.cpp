@@ -3,10 +3,10 @@
 #include <span>
 #include <string>
 
+#include "base/Text.h"
 #include "check/xmeml/Rules.h"
 #include "formats/xmeml/Number.h"
 #include "formats/xmeml/Rate.h"
-#include "foundation/Text.h"
 
 namespace vornic::xmeml {
 

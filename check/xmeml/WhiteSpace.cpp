@@ -1,6 +1,6 @@
 #include "check/xmeml/WhiteSpace.h"
 
-#include "xml/XMLCharacters.h"
+#include "xml/text/XMLCharacters.h"
 
 namespace vornic::xmeml {
 

@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "xml/TextSpan.h"
+#include "xml/text/TextSpan.h"
 
 namespace vornic::xmeml {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <iterator>
 
-#include "foundation/Text.h"
-#include "platform/Bundle.h"
-#include "platform/Error.h"
+#include "base/Error.h"
+#include "base/Text.h"
+#include "platform/settings/Bundle.h"
 
 namespace vornic {
 

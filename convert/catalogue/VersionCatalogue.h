@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/PropertyList.h"
+#include "platform/settings/PropertyList.h"
 
 namespace vornic {
 

@@ -5,7 +5,7 @@
 
 #include "formats/StartTag.h"
 #include "report/RuleTable.h"
-#include "xml/AttributeValue.h"
+#include "xml/text/AttributeValue.h"
 
 namespace vornic::fcpxml {
 

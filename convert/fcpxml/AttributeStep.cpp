@@ -4,7 +4,7 @@
 #include <string>
 
 #include "report/RuleTable.h"
-#include "xml/AttributeValue.h"
+#include "xml/text/AttributeValue.h"
 
 namespace vornic::fcpxml {
 

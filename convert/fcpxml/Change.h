@@ -6,7 +6,7 @@
 
 #include "formats/ElementIndex.h"
 #include "report/RuleId.h"
-#include "xml/TextSpan.h"
+#include "xml/text/TextSpan.h"
 
 namespace vornic::fcpxml {
 

@@ -5,11 +5,11 @@
 #include <utility>
 #include <vector>
 
+#include "base/FormatString.h"
 #include "convert/MarkupEdits.h"
 #include "convert/fcpxml/ChildOrder.h"
 #include "convert/fcpxml/VersionStep.h"
 #include "formats/ElementIndexBuilder.h"
-#include "foundation/FormatString.h"
 #include "report/RuleTable.h"
 
 namespace vornic::fcpxml {

@@ -9,7 +9,7 @@
 #include "formats/fcpxml/Version.h"
 #include "mend/EditList.h"
 #include "report/Findings.h"
-#include "xml/TextSpan.h"
+#include "xml/text/TextSpan.h"
 
 namespace vornic::fcpxml {
 

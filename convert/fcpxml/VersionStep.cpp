@@ -7,7 +7,7 @@
 #include "convert/fcpxml/Renames.h"
 #include "formats/fcpxml/IndexedNames.h"
 #include "report/RuleTable.h"
-#include "xml/AttributeValue.h"
+#include "xml/text/AttributeValue.h"
 
 namespace vornic::fcpxml {
 

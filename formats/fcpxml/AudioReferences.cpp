@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "xml/QMXMLParser.h"
+#include "xml/tree/QMXMLParser.h"
 
 namespace vornic::fcpxml {
 

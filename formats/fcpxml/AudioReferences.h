@@ -1,7 +1,7 @@
 #ifndef VORNIC_FORMATS_FCPXML_AUDIO_REFERENCES_H
 #define VORNIC_FORMATS_FCPXML_AUDIO_REFERENCES_H
 
-#include "xml/XMLDocument.h"
+#include "xml/tree/XMLDocument.h"
 
 namespace vornic::fcpxml {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "xml/XMLCharacters.h"
+#include "xml/text/XMLCharacters.h"
 
 namespace vornic::fcpxml {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <set>
 
-#include "xml/XMLCharacters.h"
+#include "xml/text/XMLCharacters.h"
 
 namespace vornic::fcpxml {
 

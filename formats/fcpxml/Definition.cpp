@@ -5,7 +5,7 @@
 #include <memory>
 #include <mutex>
 
-#include "xml/XMLCharacters.h"
+#include "xml/text/XMLCharacters.h"
 
 namespace vornic::fcpxml {
 

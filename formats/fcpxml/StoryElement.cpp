@@ -6,7 +6,7 @@
 
 #include "formats/StartTag.h"
 #include "formats/fcpxml/Catalogue.h"
-#include "xml/AttributeValue.h"
+#include "xml/text/AttributeValue.h"
 
 namespace vornic::fcpxml {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "xml/AttributeValue.h"
-#include "xml/XMLCharacters.h"
+#include "xml/text/AttributeValue.h"
+#include "xml/text/XMLCharacters.h"
 
 namespace vornic::fcpxml {
 

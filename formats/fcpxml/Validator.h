@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "formats/fcpxml/Definition.h"
-#include "xml/TextSpan.h"
-#include "xml/XMLReader.h"
+#include "xml/reader/XMLReader.h"
+#include "xml/text/TextSpan.h"
 
 namespace vornic::fcpxml {
 

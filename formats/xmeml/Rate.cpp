@@ -3,8 +3,8 @@
 #include <array>
 #include <charconv>
 
+#include "base/Text.h"
 #include "formats/xmeml/Number.h"
-#include "foundation/Text.h"
 
 namespace vornic::xmeml {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "foundation/Text.h"
+#include "base/Text.h"
 
 namespace vornic::xmeml {
 

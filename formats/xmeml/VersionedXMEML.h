@@ -1,7 +1,7 @@
 #ifndef VORNIC_FORMATS_XMEML_VERSIONED_XMEML_H
 #define VORNIC_FORMATS_XMEML_VERSIONED_XMEML_H
 
-#include "xml/XMLDocument.h"
+#include "xml/tree/XMLDocument.h"
 
 namespace vornic {
 

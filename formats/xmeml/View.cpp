@@ -1,7 +1,7 @@
 #include "formats/xmeml/View.h"
 
-#include "xml/AttributeValue.h"
-#include "xml/TextPlace.h"
+#include "xml/text/AttributeValue.h"
+#include "xml/text/TextPlace.h"
 
 namespace vornic::xmeml {
 

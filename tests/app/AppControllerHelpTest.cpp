@@ -5,11 +5,11 @@
 
 #include <gmock/gmock.h>
 
-#include "foundation/QMLocalPaths.h"
-#include "platform/FolderLock.h"
+#include "foundation/places/QMLocalPaths.h"
+#include "platform/locks/FolderLock.h"
 #include "tests/app/ControllerTest.h"
-#include "tests/support/OwnMachineLibrary.h"
-#include "ui/QMSiteLinks.h"
+#include "tests/support/fakes/OwnMachineLibrary.h"
+#include "ui/support/QMSiteLinks.h"
 
 namespace vornic {
 namespace {

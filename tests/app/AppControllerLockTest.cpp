@@ -11,9 +11,9 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/Thread.h"
+#include "platform/threads/Thread.h"
 #include "tests/app/ControllerTest.h"
-#include "tests/support/OwnMachineLibrary.h"
+#include "tests/support/fakes/OwnMachineLibrary.h"
 
 namespace vornic {
 namespace {

@@ -13,12 +13,12 @@
 #include "app/AppController.h"
 #include "job/Journal.h"
 #include "job/JournalFiles.h"
-#include "platform/Thread.h"
-#include "repair/Document.h"
+#include "platform/threads/Thread.h"
+#include "repair/document/Document.h"
 #include "tests/app/ControllerTest.h"
-#include "tests/support/FileState.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/RecordingDocumentWindow.h"
+#include "tests/support/fakes/RecordingDocumentWindow.h"
+#include "tests/support/machine/FileState.h"
+#include "tests/support/texts/LogCapture.h"
 
 namespace vornic {
 

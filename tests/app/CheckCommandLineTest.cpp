@@ -14,8 +14,8 @@
 #include <unistd.h>
 
 #include "tests/app/ProgramTest.h"
-#include "tests/support/FileState.h"
-#include "tests/support/LogText.h"
+#include "tests/support/machine/FileState.h"
+#include "tests/support/texts/LogText.h"
 
 namespace vornic::test {
 

@@ -6,7 +6,7 @@
 #include <iterator>
 #include <utility>
 
-#include "foundation/Utf8.h"
+#include "base/Utf8.h"
 
 namespace vornic::test {
 

@@ -10,19 +10,19 @@
 #include <gtest/gtest.h>
 
 #include "app/AppController.h"
-#include "foundation/QMAuthorization.h"
-#include "foundation/QMLog.h"
-#include "platform/Bundle.h"
-#include "platform/MainThread.h"
-#include "platform/PropertyList.h"
-#include "platform/Thread.h"
-#include "platform/UserPreferences.h"
+#include "foundation/log/QMLog.h"
+#include "foundation/rights/QMAuthorization.h"
+#include "platform/settings/Bundle.h"
+#include "platform/settings/PropertyList.h"
+#include "platform/settings/UserPreferences.h"
+#include "platform/threads/MainThread.h"
+#include "platform/threads/Thread.h"
 #include "tests/app/RecordingApplicationHost.h"
-#include "tests/support/RecordingAlertPanels.h"
-#include "tests/support/RecordingAuthorizationHost.h"
-#include "tests/support/RecordingWorkspaceOpener.h"
-#include "tests/support/Sandbox.h"
-#include "tests/support/Unprivileged.h"
+#include "tests/support/fakes/RecordingAlertPanels.h"
+#include "tests/support/fakes/RecordingAuthorizationHost.h"
+#include "tests/support/fakes/RecordingWorkspaceOpener.h"
+#include "tests/support/machine/Sandbox.h"
+#include "tests/support/machine/Unprivileged.h"
 
 namespace vornic::test {
 

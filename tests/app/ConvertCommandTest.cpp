@@ -6,11 +6,11 @@
 
 #include <gtest/gtest.h>
 
-#include "app/ConvertCommand.h"
-#include "platform/FileReplacement.h"
-#include "tests/support/ChildProcess.h"
-#include "tests/support/FileState.h"
-#include "tests/support/Sandbox.h"
+#include "app/cli/ConvertCommand.h"
+#include "platform/files/FileReplacement.h"
+#include "tests/support/machine/FileState.h"
+#include "tests/support/machine/Sandbox.h"
+#include "tests/support/programs/ChildProcess.h"
 
 namespace vornic {
 namespace {

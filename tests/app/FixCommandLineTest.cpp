@@ -11,7 +11,7 @@
 #include <unistd.h>
 
 #include "tests/app/ProgramTest.h"
-#include "tests/support/FileState.h"
+#include "tests/support/machine/FileState.h"
 
 namespace vornic::test {
 

@@ -11,8 +11,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/app/ProgramTest.h"
-#include "tests/support/FileState.h"
-#include "tests/support/LogText.h"
+#include "tests/support/machine/FileState.h"
+#include "tests/support/texts/LogText.h"
 
 namespace vornic::test {
 

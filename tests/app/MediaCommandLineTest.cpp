@@ -8,7 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/app/ProgramTest.h"
-#include "tests/support/JSONSchema.h"
+#include "tests/support/texts/JSONSchema.h"
 
 namespace vornic::test {
 

@@ -14,7 +14,7 @@
 #include <unistd.h>
 
 #include "tests/app/ProgramTest.h"
-#include "tests/support/SilentVolume.h"
+#include "tests/support/fakes/SilentVolume.h"
 
 namespace vornic::test {
 

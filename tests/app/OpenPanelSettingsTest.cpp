@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "app/OpenPanelSettings.h"
-#include "platform/FileAttributes.h"
-#include "tests/support/Sandbox.h"
+#include "platform/items/FileAttributes.h"
+#include "tests/support/machine/Sandbox.h"
 
 namespace vornic {
 namespace {

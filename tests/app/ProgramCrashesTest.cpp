@@ -8,7 +8,7 @@
 #include <sys/resource.h>
 
 #include "tests/app/ProgramTest.h"
-#include "tests/support/FileState.h"
+#include "tests/support/machine/FileState.h"
 
 namespace vornic::test {
 

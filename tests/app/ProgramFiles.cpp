@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "tests/support/LogText.h"
+#include "tests/support/texts/LogText.h"
 
 namespace vornic::test {
 

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "tests/app/TestMaterial.h"
-#include "tests/support/ProgramRunner.h"
-#include "tests/support/Sandbox.h"
+#include "tests/support/machine/Sandbox.h"
+#include "tests/support/programs/ProgramRunner.h"
 
 namespace vornic::test {
 

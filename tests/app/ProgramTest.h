@@ -5,7 +5,7 @@
 
 #include "tests/app/ProgramFiles.h"
 #include "tests/app/TestMaterial.h"
-#include "tests/support/Unprivileged.h"
+#include "tests/support/machine/Unprivileged.h"
 
 namespace vornic::test {
 

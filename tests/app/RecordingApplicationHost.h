@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "app/ApplicationHost.h"
-#include "platform/MainThread.h"
+#include "platform/threads/MainThread.h"
 
 namespace vornic::test {
 

@@ -10,8 +10,8 @@
 #include <sys/stat.h>
 
 #include "tests/app/ProgramTest.h"
-#include "tests/support/FileState.h"
-#include "tests/support/JSONSchema.h"
+#include "tests/support/machine/FileState.h"
+#include "tests/support/texts/JSONSchema.h"
 
 namespace vornic::test {
 

@@ -8,10 +8,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/Error.h"
-#include "platform/PropertyList.h"
+#include "base/Error.h"
+#include "platform/settings/PropertyList.h"
 #include "tests/app/ProgramTest.h"
-#include "tests/support/FileState.h"
+#include "tests/support/machine/FileState.h"
 
 namespace vornic::test {
 

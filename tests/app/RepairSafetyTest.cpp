@@ -12,7 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/app/ProgramTest.h"
-#include "tests/support/FileState.h"
+#include "tests/support/machine/FileState.h"
 
 namespace vornic::test {
 

@@ -11,8 +11,8 @@
 #include <unistd.h>
 
 #include "tests/app/ProgramTest.h"
-#include "tests/support/FileState.h"
-#include "tests/support/PrivateMounts.h"
+#include "tests/support/machine/FileState.h"
+#include "tests/support/machine/PrivateMounts.h"
 
 namespace vornic::test {
 

@@ -13,9 +13,9 @@
 
 #include "tests/app/ProgramFiles.h"
 #include "tests/app/TestMaterial.h"
-#include "tests/support/FileState.h"
-#include "tests/support/LogText.h"
-#include "tests/support/PrivateMounts.h"
+#include "tests/support/machine/FileState.h"
+#include "tests/support/machine/PrivateMounts.h"
+#include "tests/support/texts/LogText.h"
 
 namespace vornic::test {
 

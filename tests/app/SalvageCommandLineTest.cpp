@@ -10,7 +10,7 @@
 #include <sys/stat.h>
 
 #include "tests/app/ProgramTest.h"
-#include "tests/support/FileState.h"
+#include "tests/support/machine/FileState.h"
 
 namespace vornic::test {
 

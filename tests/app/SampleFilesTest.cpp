@@ -10,8 +10,8 @@
 
 #include "tests/app/ContentOf.h"
 #include "tests/app/ProgramTest.h"
-#include "tests/support/FileState.h"
-#include "tests/xml/SampleFiles.h"
+#include "tests/support/machine/FileState.h"
+#include "tests/support/texts/SampleFiles.h"
 
 namespace vornic::test {
 

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "app/TerminalProgress.h"
+#include "app/cli/TerminalProgress.h"
 
 namespace vornic {
 namespace {

@@ -11,14 +11,14 @@
 #include <linux/fs.h>
 #include <sys/syscall.h>
 
-#include "app/UndoCommand.h"
+#include "app/cli/UndoCommand.h"
 #include "job/Journal.h"
 #include "job/JournalFiles.h"
 #include "tests/app/ProgramTest.h"
-#include "tests/platform/SecondVolume.h"
-#include "tests/support/ChildProcess.h"
-#include "tests/support/FailingSystemCall.h"
-#include "tests/support/FileState.h"
+#include "tests/platform/volumes/SecondVolume.h"
+#include "tests/support/fakes/FailingSystemCall.h"
+#include "tests/support/machine/FileState.h"
+#include "tests/support/programs/ChildProcess.h"
 
 namespace vornic::test {
 

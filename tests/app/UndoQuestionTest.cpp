@@ -7,8 +7,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/app/ProgramTest.h"
-#include "tests/support/FileState.h"
-#include "tests/support/TerminalProgram.h"
+#include "tests/support/machine/FileState.h"
+#include "tests/support/programs/TerminalProgram.h"
 
 namespace vornic::test {
 

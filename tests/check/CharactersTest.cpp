@@ -6,11 +6,11 @@
 #include <gtest/gtest.h>
 
 #include "check/Check.h"
-#include "repair/CharacterFilter.h"
+#include "repair/pipeline/CharacterFilter.h"
 #include "report/RuleTable.h"
-#include "tests/support/Sandbox.h"
-#include "tests/xml/SampleFiles.h"
-#include "xml/TextDecoding.h"
+#include "tests/support/machine/Sandbox.h"
+#include "tests/support/texts/SampleFiles.h"
+#include "xml/text/TextDecoding.h"
 
 namespace vornic {
 namespace {

@@ -13,10 +13,10 @@
 #include "report/JSONReportWriter.h"
 #include "report/RuleTable.h"
 #include "report/SARIFReportWriter.h"
-#include "tests/support/JSONSchema.h"
-#include "tests/support/RuleFixtures.h"
-#include "tests/support/Sandbox.h"
-#include "tests/xml/SampleFiles.h"
+#include "tests/support/machine/Sandbox.h"
+#include "tests/support/texts/JSONSchema.h"
+#include "tests/support/texts/RuleFixtures.h"
+#include "tests/support/texts/SampleFiles.h"
 
 namespace vornic::test {
 

@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "report/RuleTable.h"
-#include "tests/support/RuleFixtures.h"
+#include "tests/support/texts/RuleFixtures.h"
 
 namespace vornic::test {
 

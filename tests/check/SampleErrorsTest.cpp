@@ -11,11 +11,11 @@
 
 #include <gtest/gtest.h>
 
+#include "base/FormatString.h"
 #include "check/Check.h"
-#include "foundation/FormatString.h"
-#include "platform/Digest.h"
+#include "platform/files/Digest.h"
 #include "report/RuleTable.h"
-#include "tests/support/Sandbox.h"
+#include "tests/support/machine/Sandbox.h"
 
 namespace vornic::test {
 

@@ -2,7 +2,7 @@
 #include <vector>
 
 #include "convert/ConversionAnalysis.h"
-#include "tests/support/EngineTest.h"
+#include "tests/support/texts/EngineTest.h"
 
 /// What an analysis tells as values; what a document shows of it is tested with the document.
 namespace vornic {

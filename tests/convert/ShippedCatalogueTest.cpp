@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "convert/catalogue/VersionCatalogue.h"
-#include "platform/Bundle.h"
+#include "platform/settings/Bundle.h"
 
 namespace vornic {
 namespace {

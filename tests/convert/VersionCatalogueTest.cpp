@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "convert/catalogue/VersionCatalogue.h"
-#include "tests/support/EngineTest.h"
+#include "tests/support/texts/EngineTest.h"
 
 namespace vornic {
 namespace {

@@ -2,7 +2,7 @@
 #include <variant>
 
 #include "convert/VersionConversion.h"
-#include "tests/support/EngineTest.h"
+#include "tests/support/texts/EngineTest.h"
 
 /// Plans and removals as values; what a document asks and tells of them is tested with the
 /// document.

@@ -10,7 +10,7 @@
 #include <string_view>
 
 #include "desktop/AboutWindow.h"
-#include "platform/Bundle.h"
+#include "platform/settings/Bundle.h"
 #include "tests/desktop/DesktopTest.h"
 
 namespace vornic::test {

@@ -4,7 +4,7 @@
 #include "desktop/Appearance.h"
 #include "desktop/OwnStyle.h"
 #include "tests/desktop/PortalTest.h"
-#include "tests/support/ScopedEnvironment.h"
+#include "tests/support/machine/ScopedEnvironment.h"
 
 namespace vornic::test {
 namespace {

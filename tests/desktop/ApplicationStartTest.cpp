@@ -5,14 +5,14 @@
 
 #include <gmock/gmock.h>
 
-#include "foundation/QMAuthorization.h"
-#include "platform/Bundle.h"
-#include "platform/PropertyList.h"
+#include "foundation/rights/QMAuthorization.h"
+#include "platform/settings/Bundle.h"
+#include "platform/settings/PropertyList.h"
 #include "tests/desktop/ApplicationTest.h"
-#include "tests/support/RecordingAuthorizationHost.h"
-#include "tests/support/RecordingWorkspaceOpener.h"
-#include "tests/support/StandInProgram.h"
-#include "tests/support/Unprivileged.h"
+#include "tests/support/fakes/RecordingAuthorizationHost.h"
+#include "tests/support/fakes/RecordingWorkspaceOpener.h"
+#include "tests/support/machine/Unprivileged.h"
+#include "tests/support/programs/StandInProgram.h"
 
 // What the application starts beside its windows, and what keeps it from starting.
 

@@ -23,12 +23,12 @@
 
 #include "desktop/Application.h"
 #include "desktop/FileIcons.h"
-#include "foundation/QMLog.h"
-#include "platform/Bundle.h"
-#include "platform/MainThread.h"
-#include "platform/PropertyList.h"
-#include "platform/Thread.h"
-#include "platform/UserPreferences.h"
+#include "foundation/log/QMLog.h"
+#include "platform/settings/Bundle.h"
+#include "platform/settings/PropertyList.h"
+#include "platform/settings/UserPreferences.h"
+#include "platform/threads/MainThread.h"
+#include "platform/threads/Thread.h"
 
 // The application with real documents.
 

@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "desktop/Application.h"
-#include "platform/UserPreferences.h"
+#include "platform/settings/UserPreferences.h"
 #include "tests/desktop/DesktopTest.h"
 
 namespace vornic::test {

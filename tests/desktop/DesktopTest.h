@@ -8,10 +8,10 @@
 
 #include <gtest/gtest.h>
 
-#include "foundation/QMLog.h"
-#include "platform/MainThread.h"
-#include "platform/Thread.h"
-#include "tests/support/Sandbox.h"
+#include "foundation/log/QMLog.h"
+#include "platform/threads/MainThread.h"
+#include "platform/threads/Thread.h"
+#include "tests/support/machine/Sandbox.h"
 
 namespace vornic::test {
 

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "desktop/DisplayName.h"
-#include "tests/support/ScopedEnvironment.h"
+#include "tests/support/machine/ScopedEnvironment.h"
 
 namespace vornic::test {
 namespace {

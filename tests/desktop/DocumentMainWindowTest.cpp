@@ -13,9 +13,9 @@
 
 #include "desktop/DocumentMainWindow.h"
 #include "desktop/FileIcons.h"
-#include "platform/MainThread.h"
-#include "platform/Thread.h"
-#include "platform/UserPreferences.h"
+#include "platform/settings/UserPreferences.h"
+#include "platform/threads/MainThread.h"
+#include "platform/threads/Thread.h"
 #include "tests/desktop/DesktopTest.h"
 
 // Real documents in their windows.

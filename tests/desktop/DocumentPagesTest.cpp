@@ -6,7 +6,7 @@
 #include <string>
 
 #include "tests/desktop/ApplicationTest.h"
-#include "tests/support/FileState.h"
+#include "tests/support/machine/FileState.h"
 
 // The pages of a document's window, opened by the application.
 

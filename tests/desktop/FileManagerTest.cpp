@@ -7,7 +7,7 @@
 
 #include "desktop/FileManager.h"
 #include "tests/desktop/DesktopTest.h"
-#include "tests/support/ProgramRunner.h"
+#include "tests/support/programs/ProgramRunner.h"
 
 // File managers on a message bus of the test's own.
 

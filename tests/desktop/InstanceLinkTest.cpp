@@ -7,7 +7,7 @@
 #include <unistd.h>
 
 #include "desktop/InstanceLink.h"
-#include "foundation/QMLocalPaths.h"
+#include "foundation/places/QMLocalPaths.h"
 #include "tests/desktop/DesktopTest.h"
 
 namespace vornic::test {

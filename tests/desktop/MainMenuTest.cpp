@@ -8,7 +8,7 @@
 
 #include "desktop/Application.h"
 #include "desktop/MainMenu.h"
-#include "platform/UserPreferences.h"
+#include "platform/settings/UserPreferences.h"
 #include "tests/desktop/DesktopTest.h"
 
 namespace vornic::test {

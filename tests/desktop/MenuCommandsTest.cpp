@@ -8,13 +8,13 @@
 #include <vector>
 
 #include "desktop/QtAlertPanel.h"
-#include "platform/Bundle.h"
+#include "platform/settings/Bundle.h"
 #include "tests/desktop/ApplicationTest.h"
-#include "tests/support/OwnMachineLibrary.h"
-#include "tests/support/RecordingAlertPanels.h"
-#include "tests/support/RecordingWorkspaceOpener.h"
-#include "tests/support/Unprivileged.h"
-#include "ui/QMSiteLinks.h"
+#include "tests/support/fakes/OwnMachineLibrary.h"
+#include "tests/support/fakes/RecordingAlertPanels.h"
+#include "tests/support/fakes/RecordingWorkspaceOpener.h"
+#include "tests/support/machine/Unprivileged.h"
+#include "ui/support/QMSiteLinks.h"
 
 // What the commands of the menus do, from the menu to what is opened.
 

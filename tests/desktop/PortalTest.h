@@ -5,7 +5,7 @@
 
 #include "tests/desktop/DesktopTest.h"
 #include "tests/desktop/FakePortal.h"
-#include "tests/support/SessionBus.h"
+#include "tests/support/machine/SessionBus.h"
 
 namespace vornic::test {
 

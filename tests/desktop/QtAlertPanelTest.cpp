@@ -6,10 +6,10 @@
 #include <thread>
 
 #include "desktop/DocumentMainWindow.h"
-#include "platform/MainThread.h"
-#include "platform/UserPreferences.h"
+#include "platform/settings/UserPreferences.h"
+#include "platform/threads/MainThread.h"
 #include "tests/desktop/DesktopTest.h"
-#include "ui/QMAlert.h"
+#include "ui/alerts/QMAlert.h"
 
 namespace vornic::test {
 namespace {

@@ -2,7 +2,7 @@
 #include <thread>
 
 #include "desktop/QtRunLoop.h"
-#include "platform/MainThread.h"
+#include "platform/threads/MainThread.h"
 #include "tests/desktop/DesktopTest.h"
 
 namespace vornic::test {

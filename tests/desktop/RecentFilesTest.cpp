@@ -4,7 +4,7 @@
 
 #include "desktop/RecentFiles.h"
 #include "tests/desktop/DesktopTest.h"
-#include "tests/support/SilentVolume.h"
+#include "tests/support/fakes/SilentVolume.h"
 
 namespace vornic::test {
 namespace {

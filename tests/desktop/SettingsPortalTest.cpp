@@ -3,7 +3,7 @@
 
 #include "desktop/SettingsPortal.h"
 #include "tests/desktop/PortalTest.h"
-#include "tests/support/ScopedEnvironment.h"
+#include "tests/support/machine/ScopedEnvironment.h"
 
 namespace vornic::test {
 namespace {

@@ -13,13 +13,13 @@
 
 #include "desktop/PreferencesWindow.h"
 #include "desktop/ShortcutKeyTable.h"
-#include "platform/Bundle.h"
-#include "platform/PropertyList.h"
-#include "platform/Thread.h"
+#include "platform/settings/Bundle.h"
+#include "platform/settings/PropertyList.h"
+#include "platform/threads/Thread.h"
 #include "tests/desktop/DesktopTest.h"
-#include "tests/support/ChosenKeyboard.h"
-#include "tests/support/StandInProgram.h"
-#include "ui/ShortcutWatchList.h"
+#include "tests/support/fakes/ChosenKeyboard.h"
+#include "tests/support/programs/StandInProgram.h"
+#include "ui/shortcuts/ShortcutWatchList.h"
 
 // The pane of the shortcut keys in the preferences, with key events as a display would send them.
 

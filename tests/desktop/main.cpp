@@ -6,8 +6,8 @@
 
 #include "desktop/QtAlertPanel.h"
 #include "desktop/QtRunLoop.h"
-#include "platform/MainThread.h"
-#include "platform/Thread.h"
+#include "platform/threads/MainThread.h"
+#include "platform/threads/Thread.h"
 
 // Windows are drawn where no display is needed, unless the toolkit is told another place.
 int main(int argc, char** argv) {

@@ -10,7 +10,7 @@
 #include <unistd.h>
 
 #include "tests/faults/AllocationPlan.h"
-#include "tests/support/RightsOfRoot.h"
+#include "tests/support/machine/RightsOfRoot.h"
 
 namespace vornic::test {
 

@@ -8,7 +8,7 @@
 #include "tests/faults/SceneKind.h"
 #include "tests/faults/TracedProgram.h"
 #include "tests/faults/World.h"
-#include "tests/support/PrivateMounts.h"
+#include "tests/support/machine/PrivateMounts.h"
 
 namespace vornic::test {
 

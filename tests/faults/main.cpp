@@ -11,7 +11,7 @@
 
 #include "tests/app/TestMaterial.h"
 #include "tests/faults/CaseRunner.h"
-#include "tests/support/Unprivileged.h"
+#include "tests/support/machine/Unprivileged.h"
 
 // Tries what can go wrong in a run: the programs' system calls and allocations fail, limits and
 // volumes are too small, other programs write the same files, kills come at every moment. After

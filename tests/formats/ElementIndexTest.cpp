@@ -7,9 +7,9 @@
 
 #include "formats/ElementIndexBuilder.h"
 #include "tests/formats/IndexRules.h"
-#include "tests/support/Sandbox.h"
-#include "tests/xml/SampleFiles.h"
-#include "xml/TextDecoding.h"
+#include "tests/support/machine/Sandbox.h"
+#include "tests/support/texts/SampleFiles.h"
+#include "xml/text/TextDecoding.h"
 
 namespace vornic {
 namespace {

@@ -1,8 +1,8 @@
 #include <string>
 
 #include "formats/FileCodes.h"
-#include "platform/FileAttributes.h"
-#include "tests/support/EngineTest.h"
+#include "platform/items/FileAttributes.h"
+#include "tests/support/texts/EngineTest.h"
 
 namespace vornic {
 namespace {

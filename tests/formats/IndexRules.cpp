@@ -5,7 +5,7 @@
 
 #include "formats/ElementIndexBuilder.h"
 #include "formats/PlaceFinder.h"
-#include "xml/XMLEventTee.h"
+#include "xml/reader/XMLEventTee.h"
 
 namespace vornic::test {
 

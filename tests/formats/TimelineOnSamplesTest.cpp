@@ -7,12 +7,12 @@
 
 #include <gtest/gtest.h>
 
-#include "../xml/SampleFiles.h"
 #include "formats/ElementIndexBuilder.h"
 #include "formats/Timeline.h"
-#include "platform/FileSystem.h"
-#include "xml/TextDecoding.h"
-#include "xml/XMLDocument.h"
+#include "platform/files/FileSystem.h"
+#include "tests/support/texts/SampleFiles.h"
+#include "xml/text/TextDecoding.h"
+#include "xml/tree/XMLDocument.h"
 
 namespace vornic::test {
 

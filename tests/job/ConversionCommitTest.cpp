@@ -2,7 +2,7 @@
 #include <string>
 
 #include "job/ConversionCommit.h"
-#include "tests/support/EngineTest.h"
+#include "tests/support/texts/EngineTest.h"
 
 namespace vornic {
 namespace {

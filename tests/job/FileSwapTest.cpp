@@ -10,9 +10,9 @@
 
 #include "job/FileSwap.h"
 #include "tests/job/JobTest.h"
-#include "tests/platform/SecondVolume.h"
-#include "tests/support/ChildProcess.h"
-#include "tests/support/FailingSystemCall.h"
+#include "tests/platform/volumes/SecondVolume.h"
+#include "tests/support/fakes/FailingSystemCall.h"
+#include "tests/support/programs/ChildProcess.h"
 
 namespace vornic {
 namespace {

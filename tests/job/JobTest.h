@@ -14,10 +14,10 @@
 #include "job/FileSwap.h"
 #include "job/Waiting.h"
 #include "job/WorkingCopy.h"
-#include "tests/support/FileState.h"
-#include "tests/support/RecordingSwapObserver.h"
-#include "tests/support/Sandbox.h"
-#include "tests/support/Unprivileged.h"
+#include "tests/support/fakes/RecordingSwapObserver.h"
+#include "tests/support/machine/FileState.h"
+#include "tests/support/machine/Sandbox.h"
+#include "tests/support/machine/Unprivileged.h"
 
 namespace vornic::test {
 

@@ -3,9 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "base/PathText.h"
 #include "job/JournalRecovery.h"
-#include "platform/PathText.h"
-#include "platform/Rename.h"
+#include "platform/files/Rename.h"
+#include "platform/files/TemporaryName.h"
 #include "tests/job/JournaledRepair.h"
 
 namespace vornic {

@@ -13,10 +13,10 @@
 #include <unistd.h>
 
 #include "job/Journal.h"
-#include "tests/support/ChildProcess.h"
-#include "tests/support/FailingSystemCall.h"
-#include "tests/support/FileState.h"
-#include "tests/support/Sandbox.h"
+#include "tests/support/fakes/FailingSystemCall.h"
+#include "tests/support/machine/FileState.h"
+#include "tests/support/machine/Sandbox.h"
+#include "tests/support/programs/ChildProcess.h"
 
 namespace vornic {
 namespace {

@@ -10,10 +10,10 @@
 
 #include "job/Journal.h"
 #include "job/JournalFiles.h"
-#include "platform/HeldPath.h"
-#include "platform/Trash.h"
-#include "tests/support/FileState.h"
-#include "tests/support/Sandbox.h"
+#include "platform/rights/HeldPath.h"
+#include "platform/volumes/Trash.h"
+#include "tests/support/machine/FileState.h"
+#include "tests/support/machine/Sandbox.h"
 
 namespace vornic::test {
 

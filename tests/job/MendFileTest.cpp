@@ -11,12 +11,12 @@
 #include "job/JournaledSwap.h"
 #include "job/MendFile.h"
 #include "job/Undo.h"
-#include "platform/FileClaim.h"
-#include "platform/FileDescriptor.h"
+#include "platform/files/FileDescriptor.h"
+#include "platform/locks/FileClaim.h"
 #include "report/RuleTable.h"
 #include "tests/job/JobTest.h"
-#include "tests/support/FileState.h"
-#include "tests/support/RecordingSwapObserver.h"
+#include "tests/support/fakes/RecordingSwapObserver.h"
+#include "tests/support/machine/FileState.h"
 
 namespace vornic {
 

@@ -12,7 +12,7 @@
 
 #include "job/MendedBytes.h"
 #include "report/RuleTable.h"
-#include "tests/support/RuleFixtures.h"
+#include "tests/support/texts/RuleFixtures.h"
 
 namespace vornic {
 

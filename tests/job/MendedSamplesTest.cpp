@@ -6,9 +6,9 @@
 
 #include "job/MendedBytes.h"
 #include "report/RuleTable.h"
-#include "tests/support/Sandbox.h"
-#include "tests/xml/SampleFiles.h"
-#include "xml/XMLReader.h"
+#include "tests/support/machine/Sandbox.h"
+#include "tests/support/texts/SampleFiles.h"
+#include "xml/reader/XMLReader.h"
 
 namespace vornic {
 

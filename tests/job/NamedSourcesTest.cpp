@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "job/NamedSources.h"
-#include "tests/support/Sandbox.h"
+#include "tests/support/machine/Sandbox.h"
 
 namespace vornic {
 namespace {

@@ -8,9 +8,9 @@
 #include "job/Relink.h"
 #include "job/RelinkFile.h"
 #include "tests/job/JobTest.h"
-#include "tests/support/FileState.h"
-#include "tests/support/RecordingSwapObserver.h"
-#include "tests/xml/SampleFiles.h"
+#include "tests/support/fakes/RecordingSwapObserver.h"
+#include "tests/support/machine/FileState.h"
+#include "tests/support/texts/SampleFiles.h"
 
 namespace vornic::test {
 

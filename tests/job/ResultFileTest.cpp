@@ -3,9 +3,9 @@
 #include <sys/stat.h>
 
 #include "job/ResultFile.h"
-#include "tests/support/FileState.h"
-#include "tests/support/Sandbox.h"
-#include "tests/support/Unprivileged.h"
+#include "tests/support/machine/FileState.h"
+#include "tests/support/machine/Sandbox.h"
+#include "tests/support/machine/Unprivileged.h"
 
 namespace vornic {
 

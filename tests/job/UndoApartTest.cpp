@@ -14,9 +14,9 @@
 
 #include "job/JournalRecovery.h"
 #include "tests/job/UndoFixture.h"
-#include "tests/support/ChildProcess.h"
-#include "tests/support/FailingSystemCall.h"
-#include "tests/support/PrivateMounts.h"
+#include "tests/support/fakes/FailingSystemCall.h"
+#include "tests/support/machine/PrivateMounts.h"
+#include "tests/support/programs/ChildProcess.h"
 
 namespace vornic {
 namespace {

@@ -10,7 +10,7 @@
 
 #include "job/Undo.h"
 #include "tests/job/JournaledRepair.h"
-#include "tests/platform/SecondVolume.h"
+#include "tests/platform/volumes/SecondVolume.h"
 
 namespace vornic::test {
 

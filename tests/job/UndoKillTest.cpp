@@ -16,10 +16,10 @@
 
 #include "job/JournalRecovery.h"
 #include "job/Undo.h"
-#include "platform/TemporaryFile.h"
+#include "platform/files/TemporaryFile.h"
 #include "tests/job/JournaledRepair.h"
-#include "tests/platform/SecondVolume.h"
-#include "tests/support/FailingSystemCall.h"
+#include "tests/platform/volumes/SecondVolume.h"
+#include "tests/support/fakes/FailingSystemCall.h"
 
 namespace vornic {
 namespace {

@@ -20,8 +20,8 @@
 #include "job/JournalRecovery.h"
 #include "job/JournaledSwap.h"
 #include "tests/job/UndoFixture.h"
-#include "tests/support/ChildProcess.h"
-#include "tests/support/FailingSystemCall.h"
+#include "tests/support/fakes/FailingSystemCall.h"
+#include "tests/support/programs/ChildProcess.h"
 
 namespace vornic {
 

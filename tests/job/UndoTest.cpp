@@ -7,8 +7,8 @@
 #include <sys/syscall.h>
 
 #include "tests/job/UndoFixture.h"
-#include "tests/support/ChildProcess.h"
-#include "tests/support/FailingSystemCall.h"
+#include "tests/support/fakes/FailingSystemCall.h"
+#include "tests/support/programs/ChildProcess.h"
 
 namespace vornic {
 namespace {

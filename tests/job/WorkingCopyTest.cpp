@@ -13,10 +13,10 @@
 #include "job/NamedSources.h"
 #include "job/WorkingCopy.h"
 #include "tests/job/JobTest.h"
-#include "tests/support/ChildProcess.h"
-#include "tests/support/FailingSystemCall.h"
-#include "tests/support/InterceptedCall.h"
-#include "tests/support/RightsOfRoot.h"
+#include "tests/support/fakes/FailingSystemCall.h"
+#include "tests/support/fakes/InterceptedCall.h"
+#include "tests/support/machine/RightsOfRoot.h"
+#include "tests/support/programs/ChildProcess.h"
 
 namespace vornic {
 namespace {

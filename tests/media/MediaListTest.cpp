@@ -5,7 +5,7 @@
 
 #include "formats/ElementIndexBuilder.h"
 #include "media/MediaList.h"
-#include "xml/XMLReader.h"
+#include "xml/reader/XMLReader.h"
 
 namespace vornic::test {
 

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "mend/UnifiedDifference.h"
-#include "tests/support/ProgramRunner.h"
-#include "tests/support/Sandbox.h"
+#include "tests/support/machine/Sandbox.h"
+#include "tests/support/programs/ProgramRunner.h"
 
 namespace vornic {
 

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "picture/TimelineSVG.h"
-#include "xml/XMLReader.h"
+#include "xml/reader/XMLReader.h"
 
 namespace vornic {
 

@@ -9,10 +9,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/support/FileState.h"
-#include "tests/support/LogText.h"
-#include "tests/support/ProgramRunner.h"
-#include "tests/support/Sandbox.h"
+#include "tests/support/machine/FileState.h"
+#include "tests/support/machine/Sandbox.h"
+#include "tests/support/programs/ProgramRunner.h"
+#include "tests/support/texts/LogText.h"
 
 namespace vornic::test {
 

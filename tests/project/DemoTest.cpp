@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "tests/app/TestMaterial.h"
-#include "tests/support/ProgramRunner.h"
-#include "tests/support/Sandbox.h"
-#include "tests/support/Unprivileged.h"
+#include "tests/support/machine/Sandbox.h"
+#include "tests/support/machine/Unprivileged.h"
+#include "tests/support/programs/ProgramRunner.h"
 
 namespace vornic::test {
 

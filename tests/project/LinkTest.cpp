@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/support/ProgramRunner.h"
+#include "tests/support/programs/ProgramRunner.h"
 
 // Which libraries the built programs load.
 

@@ -9,8 +9,8 @@
 #include "report/RulePage.h"
 #include "report/RuleTable.h"
 #include "report/rules/Requirements.h"
-#include "tests/support/FileState.h"
-#include "tests/support/Sandbox.h"
+#include "tests/support/machine/FileState.h"
+#include "tests/support/machine/Sandbox.h"
 
 namespace vornic {
 namespace {

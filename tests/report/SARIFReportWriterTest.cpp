@@ -7,7 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "report/SARIFReportWriter.h"
-#include "tests/support/JSONSchema.h"
+#include "tests/support/texts/JSONSchema.h"
 
 namespace vornic {
 namespace {

@@ -1,7 +1,7 @@
 #include "tests/salvage/SalvageRule.h"
 
 #include "salvage/Salvage.h"
-#include "xml/XMLReader.h"
+#include "xml/reader/XMLReader.h"
 
 namespace vornic::test {
 

@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/salvage/SalvageRule.h"
-#include "tests/support/Sandbox.h"
-#include "tests/xml/SampleFiles.h"
+#include "tests/support/machine/Sandbox.h"
+#include "tests/support/texts/SampleFiles.h"
 
 namespace vornic::test {
 

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "salvage/Salvage.h"
-#include "xml/XMLReader.h"
+#include "xml/reader/XMLReader.h"
 
 namespace vornic::salvage {
 

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "app/window/FileActions.h"
-#include "tests/support/FileState.h"
-#include "tests/support/Sandbox.h"
+#include "tests/support/machine/FileState.h"
+#include "tests/support/machine/Sandbox.h"
 
 namespace vornic::test {
 namespace {

@@ -4,7 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "app/window/FindingsReport.h"
-#include "tests/support/Sandbox.h"
+#include "tests/support/machine/Sandbox.h"
 
 namespace vornic::test {
 namespace {

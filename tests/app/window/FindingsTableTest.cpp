@@ -4,7 +4,7 @@
 
 #include "app/window/FindingsTable.h"
 #include "report/RuleTable.h"
-#include "tests/support/Sandbox.h"
+#include "tests/support/machine/Sandbox.h"
 
 namespace vornic::test {
 namespace {

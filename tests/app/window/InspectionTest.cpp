@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "app/window/Inspection.h"
-#include "tests/support/Sandbox.h"
+#include "tests/support/machine/Sandbox.h"
 
 namespace vornic::test {
 namespace {

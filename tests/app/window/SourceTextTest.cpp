@@ -4,7 +4,7 @@
 
 #include "app/window/Inspection.h"
 #include "app/window/SourceText.h"
-#include "xml/TextPlace.h"
+#include "xml/text/TextPlace.h"
 
 namespace vornic {
 namespace {

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "check/fcpxml/StructureFindings.h"
-#include "xml/XMLReader.h"
+#include "xml/reader/XMLReader.h"
 
 namespace vornic {
 

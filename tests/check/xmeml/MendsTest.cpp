@@ -9,7 +9,7 @@
 #include "check/Check.h"
 #include "job/MendedBytes.h"
 #include "report/RuleTable.h"
-#include "tests/support/RuleFixtures.h"
+#include "tests/support/texts/RuleFixtures.h"
 
 namespace vornic::xmeml {
 namespace {

@@ -3,7 +3,7 @@
 #include "formats/ElementIndexBuilder.h"
 #include "formats/fcpxml/Validator.h"
 #include "report/RuleTable.h"
-#include "xml/XMLReader.h"
+#include "xml/reader/XMLReader.h"
 
 namespace vornic::test {
 

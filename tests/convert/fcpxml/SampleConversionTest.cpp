@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "tests/convert/fcpxml/ConvertedText.h"
-#include "tests/support/Sandbox.h"
-#include "tests/xml/SampleFiles.h"
-#include "xml/TextDecoding.h"
+#include "tests/support/machine/Sandbox.h"
+#include "tests/support/texts/SampleFiles.h"
+#include "xml/text/TextDecoding.h"
 
 // Converts real files to every version.
 namespace vornic::test {

@@ -7,10 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include "base/FormatString.h"
 #include "convert/fcpxml/AttributeChanges.h"
-#include "foundation/FormatString.h"
 #include "report/RuleTable.h"
-#include "tests/support/Sandbox.h"
+#include "tests/support/machine/Sandbox.h"
 
 // docs/fcpxml-versions.md is made from the catalogue, so that no difference between two versions is
 // forgotten in it.

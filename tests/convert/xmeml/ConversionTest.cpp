@@ -4,7 +4,7 @@
 
 #include "convert/ProjectConversion.h"
 #include "convert/xmeml/Conversion.h"
-#include "tests/support/EngineTest.h"
+#include "tests/support/texts/EngineTest.h"
 
 namespace vornic::test {
 

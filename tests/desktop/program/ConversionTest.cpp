@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/desktop/program/ProgramTest.h"
-#include "tests/support/FileState.h"
+#include "tests/support/machine/FileState.h"
 
 // Converting the file of a window to another version.
 

@@ -6,9 +6,9 @@
 #include <gtest/gtest.h>
 
 #include "tests/desktop/program/ProgramTest.h"
-#include "tests/support/FileState.h"
-#include "tests/support/LogText.h"
-#include "tests/support/StandInProgram.h"
+#include "tests/support/machine/FileState.h"
+#include "tests/support/programs/StandInProgram.h"
+#include "tests/support/texts/LogText.h"
 
 // A crash of the program itself, and the start after it.
 

@@ -6,12 +6,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/PropertyList.h"
-#include "tests/support/FileState.h"
-#include "tests/support/ProgramRunner.h"
-#include "tests/support/Sandbox.h"
-#include "tests/support/StandInProgram.h"
-#include "tests/support/VirtualScreen.h"
+#include "platform/settings/PropertyList.h"
+#include "tests/support/machine/FileState.h"
+#include "tests/support/machine/Sandbox.h"
+#include "tests/support/machine/VirtualScreen.h"
+#include "tests/support/programs/ProgramRunner.h"
+#include "tests/support/programs/StandInProgram.h"
 
 // The built program in a real window on a display server of its own.
 

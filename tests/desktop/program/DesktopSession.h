@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "tests/desktop/program/AccessibleNode.h"
-#include "tests/support/ProgramRunner.h"
-#include "tests/support/VirtualScreen.h"
+#include "tests/support/machine/VirtualScreen.h"
+#include "tests/support/programs/ProgramRunner.h"
 
 namespace vornic::test {
 

@@ -8,7 +8,7 @@
 
 #include "tests/desktop/program/AccessibleNode.h"
 #include "tests/desktop/program/DesktopSession.h"
-#include "tests/support/ProgramRunner.h"
+#include "tests/support/programs/ProgramRunner.h"
 
 namespace vornic::test {
 

@@ -5,9 +5,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/UserPreferences.h"
+#include "platform/settings/UserPreferences.h"
 #include "tests/desktop/program/ProgramTest.h"
-#include "tests/support/FileState.h"
+#include "tests/support/machine/FileState.h"
 
 // Closing windows and ending the program, most of all while repairs run.
 

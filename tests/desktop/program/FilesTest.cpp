@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/desktop/program/ProgramTest.h"
-#include "tests/support/StandInProgram.h"
+#include "tests/support/programs/StandInProgram.h"
 
 // Files that come from other programs, and those that are shown in others.
 

@@ -8,8 +8,8 @@
 #include <unistd.h>
 
 #include "tests/desktop/program/ProgramTest.h"
-#include "tests/support/FileState.h"
-#include "tests/support/PrivateMounts.h"
+#include "tests/support/machine/FileState.h"
+#include "tests/support/machine/PrivateMounts.h"
 
 // What may happen to files, volumes and folders while the program is at work.
 

@@ -10,12 +10,12 @@
 #include <unistd.h>
 
 #include "app/AppController.h"
-#include "platform/UserPreferences.h"
+#include "platform/settings/UserPreferences.h"
 #include "tests/desktop/program/DesktopSession.h"
 #include "tests/desktop/program/DrivenProgram.h"
 #include "tests/desktop/program/Waiting.h"
-#include "tests/support/PrivateMounts.h"
-#include "tests/support/Sandbox.h"
+#include "tests/support/machine/PrivateMounts.h"
+#include "tests/support/machine/Sandbox.h"
 
 namespace vornic::test {
 

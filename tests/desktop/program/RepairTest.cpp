@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/desktop/program/ProgramTest.h"
-#include "tests/support/FileState.h"
+#include "tests/support/machine/FileState.h"
 
 // Opening files, and what their windows tell about the repair.
 

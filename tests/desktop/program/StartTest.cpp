@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/desktop/program/ProgramTest.h"
-#include "tests/support/FileState.h"
+#include "tests/support/machine/FileState.h"
 
 // How the program starts, with and without files.
 

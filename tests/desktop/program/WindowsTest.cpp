@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "app/AppController.h"
-#include "platform/PropertyList.h"
+#include "platform/settings/PropertyList.h"
 #include "tests/desktop/program/ProgramTest.h"
-#include "tests/support/FileState.h"
+#include "tests/support/machine/FileState.h"
 
 // The windows beside those of documents, and what a document's window offers to do with its report.
 

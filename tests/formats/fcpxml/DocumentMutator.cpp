@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "formats/fcpxml/Catalogue.h"
-#include "xml/XMLReader.h"
+#include "xml/reader/XMLReader.h"
 
 namespace vornic::test {
 

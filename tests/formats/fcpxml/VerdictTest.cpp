@@ -11,10 +11,10 @@
 #include "formats/fcpxml/Validator.h"
 #include "tests/formats/fcpxml/DocumentGenerator.h"
 #include "tests/formats/fcpxml/DocumentMutator.h"
-#include "tests/support/ProgramRunner.h"
-#include "tests/support/Sandbox.h"
-#include "tests/xml/SampleFiles.h"
-#include "xml/TextDecoding.h"
+#include "tests/support/machine/Sandbox.h"
+#include "tests/support/programs/ProgramRunner.h"
+#include "tests/support/texts/SampleFiles.h"
+#include "xml/text/TextDecoding.h"
 
 // Holds the catalogue's verdict against that of a validating parser of other people's, which reads
 // definitions written from the catalogue.

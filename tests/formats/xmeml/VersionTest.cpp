@@ -5,8 +5,8 @@
 
 #include "convert/catalogue/VersionCatalogue.h"
 #include "formats/xmeml/Version.h"
-#include "platform/PropertyList.h"
-#include "tests/support/Sandbox.h"
+#include "platform/settings/PropertyList.h"
+#include "tests/support/machine/Sandbox.h"
 
 namespace vornic::xmeml {
 namespace {

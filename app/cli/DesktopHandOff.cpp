@@ -1,0 +1,36 @@
+#include "app/cli/DesktopHandOff.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <string>
+
+#include <unistd.h>
+
+#include "base/Error.h"
+#include "base/Text.h"
+#include "platform/files/FileSystem.h"
+#include "platform/settings/Bundle.h"
+
+namespace vornic {
+
+int runDesktopProgram(char* const* arguments) {
+    const std::string folder = deletingLastPathComponent(platform::executablePath());
+    const std::string prefix = deletingLastPathComponent(folder);
+    for (const std::string& program :
+         {folder + "/vornic-desktop", prefix + "/libexec/vornic/vornic-desktop"}) {
+        if (platform::fileExists(program)) {
+            execv(program.c_str(), arguments);
+            const Error error = posixError("The program " + program + " cannot be started", errno);
+            static_cast<void>(std::fprintf(stderr, "vornic: %s\n", error.description.c_str()));
+            return 1;
+        }
+    }
+    static_cast<void>(
+        std::fputs("vornic: The desktop program (vornic-desktop) is not installed.\n"
+                   "To convert files without it: vornic -convertxmeml VERSION FILE...\n"
+                   "To repair files without it: vornic-repair FILE...\n",
+                   stderr));
+    return 1;
+}
+
+}  // namespace vornic

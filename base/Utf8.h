@@ -1,0 +1,38 @@
+#ifndef VORNIC_BASE_UTF8_H
+#define VORNIC_BASE_UTF8_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace vornic {
+
+/// One character of a UTF-8 text, or one byte of it that is no UTF-8.
+struct Utf8Character {
+    /// The code point; U+FFFD for a byte that is no UTF-8.
+    char32_t code = 0;
+    /// The number of bytes that it takes, 1 to 4.
+    std::size_t length = 1;
+    bool isValid = true;
+};
+
+/// Reads the character that begins at `position`, which must lie inside the text. A byte that
+/// begins no well-formed sequence (RFC 3629: no overlong form, no surrogate, nothing above
+/// U+10FFFF) is read by itself. Any thread.
+[[nodiscard]] Utf8Character utf8CharacterAt(std::string_view text, std::size_t position);
+
+/// Reads the character that ends just before `end`, which must be above 0 and not above the length.
+[[nodiscard]] Utf8Character utf8CharacterBefore(std::string_view text, std::size_t end);
+
+/// The length of the run of ASCII characters that the text begins with.
+[[nodiscard]] std::size_t asciiPrefixLength(std::string_view text);
+
+/// Appends a code point; what no UTF-8 can hold (a surrogate, say) is appended as U+FFFD.
+void appendUtf8(std::string& text, char32_t code);
+
+/// Appends the text with every byte that is no UTF-8 replaced by U+FFFD.
+void appendAsValidUtf8(std::string& text, std::string_view bytes);
+
+}  // namespace vornic
+
+#endif

@@ -1,0 +1,222 @@
+#include "platform/files/FileDescriptor.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <exception>
+#include <memory>
+#include <string_view>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/processes/LargePages.h"
+
+namespace vornic::platform {
+namespace {
+
+constexpr int kReadWithoutWaiting = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+
+/// Reads to the end of the file, which may be longer or shorter than it was said to be.
+int readToEnd(int descriptor, std::size_t expectedSize, std::string& bytes) {
+    constexpr std::size_t kLargestRead = std::size_t{1} << 30U;
+    constexpr std::size_t kSmallestStep = 4096;
+    std::size_t length = 0;
+    // One byte more than expected, so that the end is met without another allocation.
+    reserveInLargePages(bytes, expectedSize + 1);
+    bytes.resize(expectedSize + 1);
+    for (;;) {
+        if (length == bytes.size()) {
+            bytes.resize(length + std::max(length / 2, kSmallestStep));
+        }
+        const ssize_t got =
+            pread(descriptor, bytes.data() + length, std::min(bytes.size() - length, kLargestRead),
+                  static_cast<off_t>(length));
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got < 0) {
+            return errno;
+        }
+        if (got == 0) {
+            break;
+        }
+        length += static_cast<std::size_t>(got);
+    }
+    bytes.resize(length);
+    return 0;
+}
+
+}  // namespace
+
+int FileDescriptor::close() {
+    if (descriptor_ < 0) {
+        return 0;
+    }
+    // Linux frees the descriptor even when the call is interrupted; calling again could close
+    // another thread's file.
+    const int result = ::close(std::exchange(descriptor_, -1));
+    return result == 0 || errno == EINTR ? 0 : errno;
+}
+
+FileDescriptor openRegularFile(const std::string& path, bool followLinks, int& errorNumber) {
+    if (path.find('\0') != std::string::npos) {
+        errorNumber = EINVAL;
+        return {};
+    }
+    struct stat status {};
+    if (fstatat(AT_FDCWD, path.c_str(), &status, followLinks ? 0 : AT_SYMLINK_NOFOLLOW) != 0) {
+        errorNumber = errno;
+        return {};
+    }
+    if (!S_ISREG(status.st_mode)) {
+        errorNumber = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+        return {};
+    }
+    FileDescriptor file(::open(path.c_str(), kReadWithoutWaiting | (followLinks ? 0 : O_NOFOLLOW)));
+    if (!file) {
+        errorNumber = errno;
+        return {};
+    }
+    // Something else may have taken the name meanwhile.
+    if (fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        errorNumber = EINVAL;
+        return {};
+    }
+    return file;
+}
+
+FileDescriptor openForMetadata(const std::string& path, bool followLinks, int& errorNumber) {
+    if (path.find('\0') != std::string::npos) {
+        errorNumber = EINVAL;
+        return {};
+    }
+    const int linkFlag = followLinks ? 0 : O_NOFOLLOW;
+    struct stat status {};
+    if (fstatat(AT_FDCWD, path.c_str(), &status, followLinks ? 0 : AT_SYMLINK_NOFOLLOW) != 0) {
+        errorNumber = errno;
+        return {};
+    }
+    if (S_ISLNK(status.st_mode)) {
+        errorNumber = ELOOP;
+        return {};
+    }
+    if (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode)) {
+        FileDescriptor file(::open(path.c_str(), kReadWithoutWaiting | linkFlag));
+        if (file || (errno != EACCES && errno != EPERM)) {
+            errorNumber = file ? 0 : errno;
+            return file;
+        }
+    }
+    FileDescriptor file(::open(path.c_str(), O_PATH | O_CLOEXEC | linkFlag));
+    errorNumber = file ? 0 : errno;
+    return file;
+}
+
+std::string descriptorPath(int descriptor) {
+    return "/proc/self/fd/" + std::to_string(descriptor);
+}
+
+FileIdentity identityOf(int descriptor) {
+    struct stat status {};
+    if (fstat(descriptor, &status) != 0) {
+        return {};
+    }
+    return {.device = status.st_dev, .inode = status.st_ino};
+}
+
+std::size_t readBlock(int descriptor, char* buffer, std::size_t size, int& errorNumber) {
+    std::size_t length = 0;
+    while (length < size) {
+        const ssize_t got = ::read(descriptor, buffer + length, size - length);
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got < 0) {
+            errorNumber = errno;
+        }
+        if (got <= 0) {
+            break;
+        }
+        length += static_cast<std::size_t>(got);
+    }
+    return length;
+}
+
+int readContents(int descriptor, std::string& bytes) {
+    struct stat status {};
+    if (fstat(descriptor, &status) != 0) {
+        return errno;
+    }
+    try {
+        return readToEnd(descriptor, static_cast<std::size_t>(status.st_size), bytes);
+    } catch (const std::exception&) {
+        // A file may claim any size; one that memory cannot hold is the file's fault.
+        return ENOMEM;
+    }
+}
+
+int writeAll(int descriptor, const char* bytes, std::size_t count) {
+    constexpr std::size_t kLargestWrite = std::size_t{1} << 30U;
+    while (count > 0) {
+        const ssize_t written = ::write(descriptor, bytes, std::min(count, kLargestWrite));
+        if (written < 0 && errno == EINTR) {
+            continue;
+        }
+        if (written <= 0) {
+            return written < 0 ? errno : EIO;
+        }
+        bytes += written;
+        count -= static_cast<std::size_t>(written);
+    }
+    return 0;
+}
+
+int synchronize(int descriptor) {
+    while (fsync(descriptor) != 0) {
+        if (errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP || errno == EROFS) {
+            return 0;
+        }
+        if (errno != EINTR) {
+            return errno;
+        }
+    }
+    return 0;
+}
+
+int synchronizeFolder(const std::string& folder) {
+    const FileDescriptor opened(
+        ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+    if (!opened) {
+        // A folder that may be written but not listed cannot be opened, hence not be synced.
+        return errno == EACCES ? 0 : errno;
+    }
+    return synchronize(opened.get());
+}
+
+int listFolder(int folder, std::vector<std::string>& names) {
+    struct Closer {
+        void operator()(DIR* directory) const { closedir(directory); }
+    };
+    // Opened anew, for a duplicate would share its position with the original.
+    FileDescriptor opened(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const std::unique_ptr<DIR, Closer> directory(opened ? fdopendir(opened.get()) : nullptr);
+    if (!directory) {
+        return errno;
+    }
+    static_cast<void>(opened.release());
+    for (;;) {
+        errno = 0;
+        const struct dirent* entry = readdir(directory.get());
+        if (entry == nullptr) {
+            return errno;
+        }
+        const std::string_view name(&entry->d_name[0]);
+        if (name != "." && name != "..") {
+            names.emplace_back(name);
+        }
+    }
+}
+
+}  // namespace vornic::platform

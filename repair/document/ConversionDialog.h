@@ -1,0 +1,38 @@
+#ifndef VORNIC_REPAIR_DOCUMENT_CONVERSION_DIALOG_H
+#define VORNIC_REPAIR_DOCUMENT_CONVERSION_DIALOG_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vornic {
+
+/// The conversion dialog of a document's window, as far as the document drives it (`windowConvert`,
+/// `convertCurVersion`, `convertDowngradeVersion`, `convertVersionPopUp`, `convertBtn`,
+/// `convertSpinner`). The desktop draws it; a test records what it is told. Main thread only.
+class ConversionDialog {
+  public:
+    virtual ~ConversionDialog() = default;
+
+    /// Shows the dialog, empty and disabled, as a sheet in front and returns at once.
+    virtual void beginConvertSheet() = 0;
+    virtual void endConvertSheet() = 0;
+    /// While the indicator turns, the dialog takes neither a choice nor a click.
+    virtual void startConvertSpinner() = 0;
+    virtual void stopConvertSpinner() = 0;
+    virtual void setConvertCurVersion(std::string_view text) = 0;
+    virtual void setConvertDowngradeVersion(std::string_view text) = 0;
+    virtual void removeAllConvertVersions() = 0;
+    /// Adds an item at the end of the version menu.
+    virtual void addConvertVersion(std::string_view title) = 0;
+    /// Gives the last item of the menu a key, the version that it stands for.
+    virtual void setLastConvertVersionKey(std::string_view key) = 0;
+    /// The key of the selected item of the version menu, or nothing.
+    [[nodiscard]] virtual std::optional<std::string> selectedConvertVersionKey() const = 0;
+    virtual void setConvertVersionMenuEnabled(bool enabled) = 0;
+    virtual void setConvertButtonEnabled(bool enabled) = 0;
+};
+
+}  // namespace vornic
+
+#endif

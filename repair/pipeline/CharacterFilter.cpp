@@ -1,0 +1,390 @@
+#include "repair/pipeline/CharacterFilter.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstddef>
+
+#include "base/Exception.h"
+#include "base/FormatString.h"
+#include "base/Text.h"
+#include "base/Utf8.h"
+#include "platform/processes/LargePages.h"
+#include "repair/pipeline/SpecialBytes.h"
+#include "report/RuleTable.h"
+
+namespace vornic {
+
+namespace {
+
+// The bar needs no maximum for texts that are filtered in no time.
+constexpr std::size_t kLengthThatNeedsAMaximum = 512001;
+// The bar is told every index but the multiples of this one.
+constexpr std::int64_t kSilentInterval = 6144;
+// How many bytes may pass before the observer is asked and told again.
+constexpr std::ptrdiff_t kBytesPerRound = 16384;
+// How far behind an ampersand the semicolon of a reference may stand.
+constexpr int kReferenceReach = 6;
+
+constexpr std::string_view kCDATAStart = "<![CDATA";
+constexpr std::string_view kCDATAEnd = "]]>";
+
+bool isPrintableASCII(unsigned char byte) {
+    return byte >= 0x20 && byte <= 0x7E;
+}
+
+std::string_view referenceTo(unsigned char markup) {
+    switch (markup) {
+        case '"':
+            return "&quot;";
+        case '\'':
+            return "&apos;";
+        case '>':
+            return "&gt;";
+        default:
+            return "&amp;";
+    }
+}
+
+struct Character {
+    std::uint32_t codePoint = 0;
+    int bytes = 1;
+    int units = 1;
+};
+
+constexpr Character kOneByte;
+
+Character decode(const unsigned char* at) {
+    if (*at < 0x80) {
+        return {*at, 1, 1};
+    }
+    if (*at < 0xE0) {
+        return {((at[0] & 0x1FU) << 6U) | (at[1] & 0x3FU), 2, 1};
+    }
+    if (*at < 0xF0) {
+        return {((at[0] & 0x0FU) << 12U) | ((at[1] & 0x3FU) << 6U) | (at[2] & 0x3FU), 3, 1};
+    }
+    return {((at[0] & 0x07U) << 18U) | ((at[1] & 0x3FU) << 12U) | ((at[2] & 0x3FU) << 6U) |
+                (at[3] & 0x3FU),
+            4, 2};
+}
+
+bool isRemoved(std::uint32_t codePoint) {
+    const bool isSpace = codePoint == '\t' || codePoint == '\n' || codePoint == '\r';
+    return (codePoint < 0x20 && !isSpace) || codePoint >= 0xD800;
+}
+
+class Scan {
+  public:
+    Scan(std::string_view text, CharacterFilterObserver& observer)
+        : observer_(observer),
+          begin_(reinterpret_cast<const unsigned char*>(text.data())),
+          end_(begin_ + text.size()),
+          specialBytes_(begin_, end_),
+          at_(begin_),
+          uncopied_(begin_),
+          roundEnd_(begin_) {}
+
+    std::optional<FilteredText> run() {
+        while (at_ < end_) {
+            if (observer_.isCancelled()) {
+                return std::nullopt;
+            }
+            roundEnd_ = at_ + std::min(end_ - at_, kBytesPerRound);
+            takeRound();
+            if (cancelled_ || !tellFinished()) {
+                return std::nullopt;
+            }
+        }
+        if (uncopied_ == begin_) {
+            return FilteredText();
+        }
+        copyPassed();
+        return FilteredText{true, std::move(output_)};
+    }
+
+    // Where in the text the byte of the output comes from.
+    std::size_t originOf(std::size_t filteredOffset) {
+        keepsOutput_ = false;
+        for (;;) {
+            at_ = specialBytes_.firstFrom(at_);
+            const std::size_t kept = written_ + static_cast<std::size_t>(at_ - uncopied_);
+            if (filteredOffset < kept) {
+                return offsetOf(uncopied_) + (filteredOffset - written_);
+            }
+            if (at_ == end_) {
+                return offsetOf(end_);
+            }
+            const unsigned char* const character = at_;
+            takeCharacter();
+            if (at_ == character) {  // a removal waits until all before it is told
+                static_cast<void>(tellFinished());
+            }
+            written_ += output_.size();
+            output_.clear();
+            if (filteredOffset < written_) {
+                return offsetOf(character);
+            }
+        }
+    }
+
+  private:
+    [[nodiscard]] std::size_t offsetOf(const unsigned char* place) const {
+        return static_cast<std::size_t>(place - begin_);
+    }
+
+    void takeRound() {
+        while (at_ < roundEnd_) {
+            at_ = std::min(specialBytes_.firstFrom(at_), roundEnd_);
+            if (at_ < roundEnd_) {
+                takeCharacter();
+            }
+        }
+    }
+
+    void takeCharacter() {
+        if (inTag_ || inCDATA_) {
+            takeInMarkup();
+        } else {
+            takeInText();
+        }
+    }
+
+    void takeInMarkup() {
+        if (*at_ == '>') {
+            closeMarkup();
+        } else if (*at_ == '<') {
+            replace(kOneByte, "&lt;");
+        } else if (inCDATA_ || isPrintableASCII(*at_)) {
+            pass(decode(at_));
+        } else {
+            classify();
+        }
+    }
+
+    void takeInText() {
+        if (*at_ == '<') {
+            openMarkup();
+        } else if (*at_ == '&' && beginsReference()) {
+            pass(kOneByte);
+        } else if (isPrintableASCII(*at_)) {
+            replace(kOneByte, referenceTo(*at_));
+        } else {
+            classify();
+        }
+    }
+
+    void openMarkup() {
+        inTag_ = true;
+        inCDATA_ = static_cast<std::size_t>(end_ - at_) > kCDATAStart.size() &&
+                   std::equal(kCDATAStart.begin(), kCDATAStart.end(), at_);
+        pass(kOneByte);
+    }
+
+    void closeMarkup() {
+        if (index() < 2) {
+            throw platform::RangeException(formatString(
+                "a range of 3 characters at index %lli lies outside the text", index() - 2));
+        }
+        inTag_ = false;
+        inCDATA_ = inCDATA_ && !std::equal(kCDATAEnd.begin(), kCDATAEnd.end(), at_ - 2);
+        pass(kOneByte);
+    }
+
+    // A character that is no plain ASCII, outside CDATA.
+    void classify() {
+        const Character character = decode(at_);
+        if (isRemoved(character.codePoint)) {
+            removeInRoundOfItsOwn(character);
+            return;
+        }
+        std::array<char, 16> reference{'&', '#'};
+        char* last = std::to_chars(reference.data() + 2, reference.data() + reference.size() - 1,
+                                   character.codePoint)
+                         .ptr;
+        *last++ = ';';
+        replace(character, {reference.data(), static_cast<std::size_t>(last - reference.data())});
+    }
+
+    // The observer is asked and told just before and just after a removal, which it may answer with
+    // a cancellation.
+    void removeInRoundOfItsOwn(const Character& character) {
+        roundEnd_ = at_;
+        if (firstUntold_ < index()) {
+            return;
+        }
+        const TextSpan bytes{offsetOf(at_), static_cast<std::size_t>(character.bytes)};
+        observer_.removedUnit(firstUntold_, bytes);
+        if (character.units == 2) {
+            static_cast<void>(observer_.finishedUnits(firstUntold_, firstUntold_));
+            ++firstUntold_;
+            cancelled_ = observer_.isCancelled();
+            if (cancelled_) {
+                return;
+            }
+            observer_.removedUnit(firstUntold_, bytes);
+        }
+        replace(character, "");
+        roundEnd_ = at_;
+    }
+
+    // What is kept as it is waits to be copied together with its neighbours.
+    void pass(const Character& character) {
+        at_ += character.bytes;
+        surplusBytes_ += character.bytes - character.units;
+    }
+
+    void replace(const Character& character, std::string_view replacement) {
+        reserveOutput();
+        copyPassed();
+        output_.append(replacement);
+        pass(character);
+        uncopied_ = at_;
+    }
+
+    // A text that nothing is changed in needs no other. Memory that is reserved and never written
+    // costs nothing; a second allocation would.
+    void reserveOutput() {
+        if (uncopied_ == begin_ && keepsOutput_) {
+            platform::reserveInLargePages(
+                output_, static_cast<std::size_t>(end_ - begin_) / 4 * 5 + kBytesPerRound);
+        }
+    }
+
+    void copyPassed() {
+        output_.append(reinterpret_cast<const char*>(uncopied_),
+                       static_cast<std::size_t>(at_ - uncopied_));
+    }
+
+    [[nodiscard]] bool beginsReference() const {
+        const unsigned char* at = at_;
+        for (int units = 0; at < end_ && units < kReferenceReach;) {
+            if (*at == ';') {
+                return true;
+            }
+            const Character character = decode(at);
+            at += character.bytes;
+            units += character.units;
+        }
+        return false;
+    }
+
+    [[nodiscard]] std::int64_t index() const { return at_ - begin_ - surplusBytes_; }
+
+    [[nodiscard]] bool tellFinished() {
+        const std::int64_t first = firstUntold_;
+        firstUntold_ = index();
+        return first == firstUntold_ || observer_.finishedUnits(first, firstUntold_ - 1);
+    }
+
+    CharacterFilterObserver& observer_;
+    const unsigned char* begin_;
+    const unsigned char* end_;
+    SpecialBytes specialBytes_;
+    const unsigned char* at_;
+    // Everything before is in the output.
+    const unsigned char* uncopied_;
+    const unsigned char* roundEnd_;
+    std::string output_;
+    bool keepsOutput_ = true;
+    // How much of the output `originOf` has thrown away.
+    std::size_t written_ = 0;
+    // How many bytes more than UTF-16 units lie before `at_`.
+    std::int64_t surplusBytes_ = 0;
+    std::int64_t firstUntold_ = 0;
+    bool inTag_ = false;
+    bool inCDATA_ = false;
+    bool cancelled_ = false;
+};
+
+// For who wants to know nothing but the result.
+class SilentObserver : public CharacterFilterObserver {
+  public:
+    bool isCancelled() override { return false; }
+    void removedUnit(std::int64_t /*index*/, TextSpan /*character*/) override {}
+    bool finishedUnits(std::int64_t /*first*/, std::int64_t /*last*/) override { return true; }
+};
+
+class ReportingObserver : public CharacterFilterObserver {
+  public:
+    ReportingObserver(SourcePlaces& places, RepairReport& report, const StopToken& stop)
+        : places_(places), report_(report), stop_(stop) {}
+
+    bool isCancelled() override { return stop_.stopRequested(); }
+
+    void removedUnit(std::int64_t index, TextSpan character) override {
+        const std::int64_t sourceIndex = places_.sourceIndex(index, character.offset);
+        // The line has room for a 32-bit number.
+        report_.add("repair-character-removed"_rule, FindingEffect::removed, character, places_,
+                    {{"index", static_cast<std::int32_t>(sourceIndex)}});
+    }
+
+    bool finishedUnits(std::int64_t first, std::int64_t last) override {
+        // Nobody can see the values in between.
+        const std::int64_t latest = last % kSilentInterval == 0 ? last - 1 : last;
+        if (latest >= first) {
+            report_.events().progressValue(latest);
+        }
+        return true;
+    }
+
+  private:
+    SourcePlaces& places_;
+    RepairReport& report_;
+    const StopToken& stop_;
+};
+
+}  // namespace
+
+std::optional<FilteredText> filterInvalidCharacters(std::string_view text,
+                                                    CharacterFilterObserver& observer) {
+    return Scan(text, observer).run();
+}
+
+bool isRemovedByFilter(std::string_view piece) {
+    for (std::size_t at = 0; at < piece.size();) {
+        const Utf8Character character = utf8CharacterAt(piece, at);
+        if (!isRemoved(character.code)) {
+            return false;
+        }
+        at += character.length;
+    }
+    return true;
+}
+
+std::size_t originOfFilteredOffset(std::string_view text, std::size_t filteredOffset) {
+    SilentObserver observer;
+    return Scan(text, observer).originOf(filteredOffset);
+}
+
+std::optional<FilteredText> filterInvalidCharsInString(SourcePlaces& places, RepairReport& report,
+                                                       const StopToken& stop) {
+    if (stop.stopRequested()) {
+        return std::nullopt;
+    }
+    report.log("repair-filtering-text"_rule);
+    const std::string_view text = places.text();
+    if (text.size() >= kLengthThatNeedsAMaximum) {
+        const std::size_t length = utf16Length(text);
+        if (length >= kLengthThatNeedsAMaximum) {
+            report.events().progressMaximum(static_cast<std::int64_t>(length));
+        }
+    }
+    ReportingObserver observer(places, report, stop);
+    std::optional<FilteredText> filtered = filterInvalidCharacters(text, observer);
+    if (filtered) {
+        report.events().progressIsBusy();
+    }
+    return filtered;
+}
+
+std::string stripInvalidCharsFromData(std::string_view data) {
+    std::string kept(data);
+    kept.erase(std::remove_if(
+                   kept.begin(), kept.end(),
+                   [](char byte) { return !isPrintableASCII(static_cast<unsigned char>(byte)); }),
+               kept.end());
+    return kept;
+}
+
+}  // namespace vornic

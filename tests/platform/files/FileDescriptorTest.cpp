@@ -1,0 +1,138 @@
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <thread>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/files/FileDescriptor.h"
+#include "tests/support/machine/Sandbox.h"
+#include "tests/support/programs/ChildProcess.h"
+
+namespace vornic::platform {
+namespace {
+
+class FileDescriptorTest : public test::SandboxTest {};
+
+bool isOpen(int descriptor) {
+    return fcntl(descriptor, F_GETFD) >= 0;
+}
+
+TEST_F(FileDescriptorTest, closesWithTheObject) {
+    int number = -1;
+    {
+        const FileDescriptor file(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+        number = file.get();
+        EXPECT_TRUE(isOpen(number));
+    }
+    EXPECT_FALSE(isOpen(number));
+}
+
+TEST_F(FileDescriptorTest, handsOwnershipOver) {
+    FileDescriptor first(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    const int number = first.get();
+    FileDescriptor second(std::move(first));
+    EXPECT_EQ(second.get(), number);
+    FileDescriptor third(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    const int replaced = third.get();
+    third = std::move(second);
+    EXPECT_EQ(third.get(), number);
+    EXPECT_TRUE(isOpen(number));
+    second = FileDescriptor();
+    EXPECT_FALSE(isOpen(replaced));
+}
+
+TEST_F(FileDescriptorTest, tellsOnceThatItClosed) {
+    FileDescriptor file(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    EXPECT_EQ(file.close(), 0);
+    EXPECT_EQ(file.close(), 0);
+    EXPECT_FALSE(file);
+}
+
+TEST_F(FileDescriptorTest, opensNothingButRegularFilesForReading) {
+    int errorNumber = 0;
+    EXPECT_TRUE(openRegularFile(sandbox.write("file", "x"), true, errorNumber));
+    EXPECT_FALSE(openRegularFile(sandbox.folder(), true, errorNumber));
+    EXPECT_EQ(errorNumber, EISDIR);
+    const std::string pipe = sandbox.path("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_FALSE(openRegularFile(pipe, true, errorNumber));
+    EXPECT_EQ(errorNumber, EINVAL);
+    EXPECT_FALSE(openRegularFile("/dev/null", true, errorNumber));
+    EXPECT_EQ(errorNumber, EINVAL);
+    EXPECT_FALSE(openRegularFile(sandbox.path("missing"), true, errorNumber));
+    EXPECT_EQ(errorNumber, ENOENT);
+}
+
+TEST_F(FileDescriptorTest, followsLinksOnlyWhenAsked) {
+    const std::string file = sandbox.write("file", "x");
+    const std::string link = sandbox.path("link");
+    ASSERT_EQ(symlink(file.c_str(), link.c_str()), 0);
+    int errorNumber = 0;
+    EXPECT_TRUE(openRegularFile(link, true, errorNumber));
+    EXPECT_FALSE(openRegularFile(link, false, errorNumber));
+    EXPECT_TRUE(openForMetadata(link, true, errorNumber));
+    EXPECT_FALSE(openForMetadata(link, false, errorNumber));
+    EXPECT_EQ(errorNumber, ELOOP);
+}
+
+TEST_F(FileDescriptorTest, closesWhatItOpensWhenAProgramIsStarted) {
+    int errorNumber = 0;
+    const FileDescriptor file = openRegularFile(sandbox.write("file", "x"), true, errorNumber);
+    ASSERT_TRUE(file);
+    EXPECT_NE(fcntl(file.get(), F_GETFD) & FD_CLOEXEC, 0);
+}
+
+extern "C" void doNothing(int) {}
+
+TEST_F(FileDescriptorTest, writesEverythingThroughShortWritesAndSignals) {
+    EXPECT_TRUE(test::passesInChild([] {
+        struct sigaction action {};
+        action.sa_handler = doNothing;
+        sigaction(SIGALRM, &action, nullptr);
+        std::array<int, 2> ends{};
+        ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+        // The pipe is far smaller than the text, so that the writer waits and is interrupted there.
+        const std::string text(std::size_t{4} << 20U, 'v');
+        std::string got;
+        std::thread reader([&] {
+            std::array<char, 1000> buffer{};
+            ssize_t count = 0;
+            while ((count = ::read(ends[0], buffer.data(), buffer.size())) != 0) {
+                got.append(buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+                if (got.size() % 100'000 < buffer.size()) {
+                    kill(getpid(), SIGALRM);
+                }
+            }
+        });
+        EXPECT_EQ(writeAll(ends[1], text.data(), text.size()), 0);
+        ::close(ends[1]);
+        reader.join();
+        EXPECT_TRUE(got == text) << got.size();
+    }));
+}
+
+TEST_F(FileDescriptorTest, listsAFolderWithoutItselfAndItsParent) {
+    sandbox.write("b", "");
+    sandbox.write(".a", "");
+    const FileDescriptor folder(::open(sandbox.folder().c_str(), O_RDONLY | O_CLOEXEC));
+    for (int round = 0; round < 2; ++round) {
+        std::vector<std::string> names;
+        ASSERT_EQ(listFolder(folder.get(), names), 0);
+        std::sort(names.begin(), names.end());
+        EXPECT_EQ(names, (std::vector<std::string>{".a", "b"}));
+    }
+}
+
+TEST_F(FileDescriptorTest, tellsWhyAFolderCannotBeListed) {
+    const FileDescriptor file(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    std::vector<std::string> names;
+    EXPECT_EQ(listFolder(file.get(), names), ENOTDIR);
+}
+
+}  // namespace
+}  // namespace vornic::platform

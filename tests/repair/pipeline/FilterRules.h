@@ -1,0 +1,16 @@
+#ifndef VORNIC_TESTS_REPAIR_PIPELINE_FILTER_RULES_H
+#define VORNIC_TESTS_REPAIR_PIPELINE_FILTER_RULES_H
+
+#include <string>
+#include <string_view>
+
+namespace vornic::test {
+
+/// What the character filter does to a text that it must not: leaves something that XML forbids,
+/// loses a character without telling, tells a unit twice, maps an offset wrongly. "" when nothing.
+/// Bytes that are no UTF-8 never reach the filter and are not looked at.
+[[nodiscard]] std::string brokenRuleOfFilter(std::string_view text);
+
+}  // namespace vornic::test
+
+#endif

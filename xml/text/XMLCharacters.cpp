@@ -1,0 +1,141 @@
+#include "xml/text/XMLCharacters.h"
+
+#include <algorithm>
+#include <bit>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace vornic::xmlchars {
+
+namespace {
+
+struct Range {
+    char32_t first;
+    char32_t last;
+};
+
+constexpr std::array<Range, 12> kNameStartRanges = {{{0xC0, 0xD6},
+                                                     {0xD8, 0xF6},
+                                                     {0xF8, 0x2FF},
+                                                     {0x370, 0x37D},
+                                                     {0x37F, 0x1FFF},
+                                                     {0x200C, 0x200D},
+                                                     {0x2070, 0x218F},
+                                                     {0x2C00, 0x2FEF},
+                                                     {0x3001, 0xD7FF},
+                                                     {0xF900, 0xFDCF},
+                                                     {0xFDF0, 0xFFFD},
+                                                     {0x10000, 0xEFFFF}}};
+
+bool isContinuation(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+}
+
+char32_t payload(char byte) {
+    return static_cast<unsigned char>(byte) & 0x3FU;
+}
+
+}  // namespace
+
+const char* afterLongSpace(const char* at, const char* end) {
+#if defined(__SSE2__)
+    const auto each = [](char byte) { return _mm_set1_epi8(byte); };
+    for (; end - at >= static_cast<std::ptrdiff_t>(sizeof(__m128i)); at += sizeof(__m128i)) {
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+        const __m128i space = _mm_or_si128(
+            _mm_or_si128(_mm_cmpeq_epi8(block, each(' ')), _mm_cmpeq_epi8(block, each('\t'))),
+            _mm_or_si128(_mm_cmpeq_epi8(block, each('\n')), _mm_cmpeq_epi8(block, each('\r'))));
+        const unsigned others = static_cast<unsigned>(_mm_movemask_epi8(space)) ^ 0xFFFFU;
+        if (others != 0) {
+            return at + std::countr_zero(others);
+        }
+    }
+#endif
+    while (at != end && is(*at, kSpace)) {
+        ++at;
+    }
+    return at;
+}
+
+Decoded decode(const char* at, const char* end) {
+    const auto lead = static_cast<unsigned char>(*at);
+    const auto left = static_cast<std::size_t>(end - at);
+    if (lead < 0x80) {
+        return {lead, 1};
+    }
+    if (lead >= 0xC2 && lead <= 0xDF) {
+        if (left < 2 || !isContinuation(at[1])) {
+            return {};
+        }
+        return {(lead & 0x1FU) << 6U | payload(at[1]), 2};
+    }
+    if (lead >= 0xE0 && lead <= 0xEF) {
+        if (left < 3 || !isContinuation(at[1]) || !isContinuation(at[2])) {
+            return {};
+        }
+        const char32_t c = (lead & 0x0FU) << 12U | payload(at[1]) << 6U | payload(at[2]);
+        const bool wellFormed = c >= 0x800 && (c < 0xD800 || c > 0xDFFF);
+        return wellFormed ? Decoded{c, 3} : Decoded{};
+    }
+    if (lead >= 0xF0 && lead <= 0xF4) {
+        if (left < 4 || !isContinuation(at[1]) || !isContinuation(at[2]) ||
+            !isContinuation(at[3])) {
+            return {};
+        }
+        const char32_t c =
+            (lead & 0x07U) << 18U | payload(at[1]) << 12U | payload(at[2]) << 6U | payload(at[3]);
+        return c >= 0x10000 && c <= 0x10FFFF ? Decoded{c, 4} : Decoded{};
+    }
+    return {};
+}
+
+bool isNameStart(char32_t c) {
+    if (c < 0x80) {
+        return is(static_cast<char>(c), kNameStart);
+    }
+    return std::any_of(kNameStartRanges.begin(), kNameStartRanges.end(),
+                       [c](Range range) { return c >= range.first && c <= range.last; });
+}
+
+bool isNameCharacter(char32_t c) {
+    if (c < 0x80) {
+        return is(static_cast<char>(c), kName);
+    }
+    return isNameStart(c) || c == 0xB7 || (c >= 0x300 && c <= 0x36F) || c == 0x203F || c == 0x2040;
+}
+
+std::size_t nameLength(const char* at, const char* end) {
+    if (at == end) {
+        return 0;
+    }
+    if (!is(*at, kNameStart)) {
+        const Decoded first = decode(at, end);
+        if (isASCII(*at) || first.length == 0 || !isNameStart(first.character)) {
+            return 0;
+        }
+    }
+    return nameTokenLength(at, end);
+}
+
+std::size_t nameTokenLength(const char* at, const char* end) {
+    const char* const start = at;
+    while (at != end) {
+        if (is(*at, kName)) {
+            ++at;
+            continue;
+        }
+        if (isASCII(*at)) {
+            break;
+        }
+        const Decoded next = decode(at, end);
+        if (next.length == 0 || !isNameCharacter(next.character)) {
+            break;
+        }
+        at += next.length;
+    }
+    return static_cast<std::size_t>(at - start);
+}
+
+}  // namespace vornic::xmlchars
