@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "foundation/FormatString.h"
+
 namespace vornic {
 
 namespace {
@@ -119,6 +121,10 @@ void appendUtf8(std::string& text, char32_t code) {
         append(0x80U | ((code >> 6U) & 0x3FU));
     }
     append(0x80U | (code & 0x3FU));
+}
+
+std::string codePointName(char32_t code) {
+    return formatString("U+%04X", static_cast<unsigned>(code));
 }
 
 void appendAsValidUtf8(std::string& text, std::string_view bytes) {

@@ -30,6 +30,9 @@ struct Utf8Character {
 /// Appends a code point; what no UTF-8 can hold (a surrogate, say) is appended as U+FFFD.
 void appendUtf8(std::string& text, char32_t code);
 
+/// "U+FF01", with at least four digits.
+[[nodiscard]] std::string codePointName(char32_t code);
+
 /// Appends the text with every byte that is no UTF-8 replaced by U+FFFD.
 void appendAsValidUtf8(std::string& text, std::string_view bytes);
 

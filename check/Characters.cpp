@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <cstdint>
 #include <cstring>
 #include <optional>
 #include <string>
@@ -38,18 +36,6 @@ constexpr std::array<char16_t, 32> kWindowsCharacters = {
 
 bool isControl(char32_t c) {
     return c == kDelete || (c >= kFirstControl && c <= kLastControl && c != kNextLine);
-}
-
-// "U+FF01".
-std::string codeOf(char32_t character) {
-    std::array<char, 8> digits{};
-    const auto end =
-        std::to_chars(digits.data(), digits.data() + digits.size(), std::uint32_t{character}, 16)
-            .ptr;
-    std::string code(digits.data(), end);
-    std::transform(code.begin(), code.end(), code.begin(),
-                   [](char c) { return c >= 'a' ? static_cast<char>(c - 'a' + 'A') : c; });
-    return "U+" + std::string(code.size() < 4 ? 4 - code.size() : 0, '0') + code;
 }
 
 // Whether a character of the text may be one that there is something to say about.
@@ -171,7 +157,7 @@ class Scan {
         }
         if (Finding* const finding = findings_.add("characters-removed-by-repair"_rule, place)) {
             finding->arguments = {{"character", std::string(place.of(text_))},
-                                  {"code", codeOf(character)}};
+                                  {"code", codePointName(character)}};
         }
     }
 
@@ -183,7 +169,7 @@ class Scan {
         const char16_t meant =
             character == kDelete ? u'\0' : kWindowsCharacters.at(character - kFirstControl);
         const std::string right = meant == 0 ? std::string() : utf8(meant);
-        finding->arguments = {{"code", codeOf(character)},
+        finding->arguments = {{"code", codePointName(character)},
                               {"right", right.empty() ? "go" : "perhaps be " + right}};
         finding->mend = Mend{Confidence::ask,
                              right.empty() ? "take the character out" : "write " + right,

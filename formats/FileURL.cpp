@@ -93,8 +93,9 @@ FileURLFault faultOfFileURL(std::string_view url) {
     if (!hasFileScheme(url)) {
         return FileURLFault::notAbsolute;
     }
-    const Parts parts = partsOf(url.substr(kScheme.size()));
-    if (!parts.path.starts_with('/')) {
+    const std::string_view rest = url.substr(kScheme.size());
+    const Parts parts = partsOf(rest);
+    if (!rest.starts_with("//") || !parts.path.starts_with('/')) {
         return FileURLFault::notAbsolute;
     }
     if (!isEncoded(parts.path)) {
@@ -124,6 +125,9 @@ std::string encodedURL(std::string_view url) {
 }
 
 std::string fileURLOfPath(std::string_view path) {
+    if (hasFileScheme(path)) {
+        path.remove_prefix(kScheme.size());
+    }
     return path.starts_with('/') && !path.starts_with("//") ? "file://" + encodedURL(path) : "";
 }
 

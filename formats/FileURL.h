@@ -9,7 +9,7 @@ namespace vornic {
 /// What can be wrong with the URL of a file (RFC 8089).
 enum class FileURLFault {
     none,
-    /// No scheme, another one, or no path behind it.
+    /// No scheme, another one, one slash behind it where programs look for two, or no path.
     notAbsolute,
     /// Backslashes, a drive letter where the host belongs, or `\\server`.
     windowsPath,
@@ -27,8 +27,8 @@ enum class FileURLFault {
 /// The URL with each character encoded that has to be; what is encoded already stays.
 [[nodiscard]] std::string encodedURL(std::string_view url);
 
-/// A path, such as "/Volumes/A B/x.mov", as a URL: "file:///Volumes/A%20B/x.mov". "" for one that
-/// is not absolute.
+/// A path, such as "/Volumes/A B/x.mov" or "file:/Volumes/A%20B/x.mov", as a URL:
+/// "file:///Volumes/A%20B/x.mov". "" for one that is not absolute.
 [[nodiscard]] std::string fileURLOfPath(std::string_view path);
 
 /// What a Windows path in a URL, or instead of one, means: "file:///C:/a/b.mov". "" where that is

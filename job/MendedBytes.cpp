@@ -173,8 +173,7 @@ class Mending {
     // First and by itself: what is found in the light of a version is no fault of its mend.
     void setVersion() {
         for (const Finding& finding : mended_.report.findings.kept()) {
-            const bool isAboutIt = finding.rule == "versions-not-declared"_rule ||
-                                   finding.rule == "structure-no-version"_rule;
+            const bool isAboutIt = finding.rule == "versions-not-declared"_rule;
             const auto asked =
                 std::find(request_.asked.begin(), request_.asked.end(), finding.rule);
             if (isAboutIt && finding.mend && asked != request_.asked.end()) {

@@ -56,10 +56,9 @@ class ChangedParts {
 // Why the mend of a finding is not made, as far as the finding itself tells; "" when it may be.
 std::string refusalOf(const Finding& finding, const std::vector<RuleId>& asked) {
     if (!finding.mend || finding.mend->edits.empty()) {
-        const bool isVersion = finding.rule == "versions-not-declared"_rule ||
-                               finding.rule == "structure-no-version"_rule;
-        return isVersion ? "it needs --set-version with a version of the file's format"
-                         : "no mend is known";
+        return finding.rule == "versions-not-declared"_rule
+                   ? "it needs --set-version with a version of the file's format"
+                   : "no mend is known";
     }
     const bool isAsked = std::find(asked.begin(), asked.end(), finding.rule) != asked.end();
     if (finding.mend->confidence == Confidence::ask && !isAsked) {

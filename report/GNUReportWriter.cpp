@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
-#include "base/FormatString.h"
-#include "base/TerminalText.h"
+#include "foundation/FormatString.h"
+#include "foundation/TerminalText.h"
+#include "report/LeftOut.h"
 #include "report/RuleTable.h"
 
 namespace vornic {
@@ -28,6 +29,17 @@ void GNUReportWriter::file(const Report& report) {
                                escapedForTerminal(finding.message()), ruleOf(finding.rule).id));
         }
     }
+    for (const Remainder& remainder : remaindersOf(report, least_)) {
+        aboutTheFile(report, formatString("not shown: %llu more [%@]", remainder.count,
+                                          ruleOf(remainder.rule).id));
+    }
+    for (const SkippedGroups& groups : skippedGroupsOf(report)) {
+        aboutTheFile(report, formatString("%@ did not run: %@", groups.names, groups.why));
+    }
+}
+
+void GNUReportWriter::aboutTheFile(const Report& report, std::string_view note) {
+    sink_(formatString("%@:1:1: note: %@\n", escapedForTerminal(report.path), note));
 }
 
 }  // namespace vornic

@@ -1,6 +1,7 @@
 #ifndef VORNIC_REPORT_GNU_REPORT_WRITER_H
 #define VORNIC_REPORT_GNU_REPORT_WRITER_H
 
+#include <string_view>
 #include <utility>
 
 #include "report/ReportWriter.h"
@@ -11,7 +12,8 @@ namespace vornic {
 ///
 ///     Cut.fcpxml:17:9: error: what is wrong; what would be right [references-dangling]
 ///
-/// A finding about the file as a whole stands at line 1, column 1.
+/// A finding about the file as a whole stands at line 1, column 1, and so do notes on how many
+/// findings are not shown and which groups of rules did not run.
 class GNUReportWriter : public ReportWriter {
   public:
     /// @param least findings of less weight are left out.
@@ -21,6 +23,8 @@ class GNUReportWriter : public ReportWriter {
     void end() override {}
 
   private:
+    void aboutTheFile(const Report& report, std::string_view note);
+
     ReportSink sink_;
     Severity least_;
 };

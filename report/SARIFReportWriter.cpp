@@ -5,7 +5,9 @@
 #include <cstdint>
 #include <utility>
 
-#include "base/PercentEncoding.h"
+#include "foundation/FormatString.h"
+#include "platform/PercentEncoding.h"
+#include "report/LeftOut.h"
 #include "report/RuleTable.h"
 
 namespace vornic {
@@ -118,6 +120,18 @@ void SARIFReportWriter::file(const Report& report) {
             artifact.notRun.push_back(run);
         }
     }
+    for (const Remainder& remainder : remaindersOf(report, least_)) {
+        notifications_.push_back({report.path, "note",
+                                  formatString("Not shown: %llu more of %@.", remainder.count,
+                                               ruleOf(remainder.rule).id),
+                                  remainder.rule});
+    }
+    for (const SkippedGroups& groups : skippedGroupsOf(report)) {
+        notifications_.push_back(
+            {report.path, "note",
+             formatString("The rules of %@ did not run: %@.", groups.names, groups.why),
+             std::nullopt});
+    }
 }
 
 void SARIFReportWriter::result(const Report& report, const Finding& finding) {
@@ -171,7 +185,8 @@ void SARIFReportWriter::fix(const Report& report, const Mend& mend) {
 }
 
 void SARIFReportWriter::refused(std::string_view path, std::string_view reason) {
-    refusals_.push_back({std::string(path), std::string(reason)});
+    notifications_.push_back({std::string(path), "error", std::string(reason), std::nullopt});
+    isWhole_ = false;
 }
 
 void SARIFReportWriter::end() {
@@ -180,10 +195,10 @@ void SARIFReportWriter::end() {
         describeArtifact(artifact);
     }
     json_.endArray().key("invocations").beginArray().beginObject();
-    json_.member("executionSuccessful", refusals_.empty());
+    json_.member("executionSuccessful", isWhole_);
     json_.key("toolExecutionNotifications").beginArray();
-    for (const Refusal& refusal : refusals_) {
-        notification(refusal);
+    for (const Notification& notification : notifications_) {
+        notify(notification);
     }
     json_.endArray().endObject().endArray().endObject().endArray().endObject();
     sink_(json_.take() + "\n");
@@ -213,11 +228,15 @@ void SARIFReportWriter::describeArtifact(const Artifact& artifact) {
     json_.endObject().endObject().endObject();
 }
 
-void SARIFReportWriter::notification(const Refusal& refusal) {
-    json_.beginObject().member("level", "error");
-    writeText(json_, "message", refusal.reason);
+void SARIFReportWriter::notify(const Notification& notification) {
+    json_.beginObject().member("level", notification.level);
+    writeText(json_, "message", notification.text);
+    if (notification.rule) {
+        json_.key("associatedRule").beginObject().member("id", ruleOf(*notification.rule).id);
+        json_.member("index", indexOf(*notification.rule)).endObject();
+    }
     json_.key("locations").beginArray().beginObject().key("physicalLocation").beginObject();
-    artifactLocation(refusal.path);
+    artifactLocation(notification.path);
     json_.endObject().endObject().endArray().endObject();
 }
 

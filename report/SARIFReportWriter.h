@@ -2,6 +2,7 @@
 #define VORNIC_REPORT_SARIF_REPORT_WRITER_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,8 +14,9 @@ namespace vornic {
 
 /// For servers that collect the results of many tools: the Static Analysis Results Interchange
 /// Format 2.1.0 (OASIS standard). One run, with every rule of a check described in it. A finding
-/// about the file as a whole has no region. Mends become fixes where the file is UTF-8, since a
-/// fix holds the bytes that are written.
+/// about the file as a whole has no region; what is not shown or was not looked at, and files that
+/// could not be read, are notifications of the invocation. Mends become fixes where the file is
+/// UTF-8, since a fix holds the bytes that are written.
 class SARIFReportWriter : public ReportWriter {
   public:
     /// @param tool the program's name. @param version the program's version.
@@ -37,9 +39,12 @@ class SARIFReportWriter : public ReportWriter {
         std::string encoding;
         std::vector<GroupRun> notRun;
     };
-    struct Refusal {
+    // What there is to say of a file beside its findings.
+    struct Notification {
         std::string path;
-        std::string reason;
+        std::string_view level;
+        std::string text;
+        std::optional<RuleId> rule;
     };
 
     void describeRules();
@@ -48,14 +53,16 @@ class SARIFReportWriter : public ReportWriter {
     void fix(const Report& report, const Mend& mend);
     void artifactLocation(std::string_view path, std::string_view name = "artifactLocation");
     void describeArtifact(const Artifact& artifact);
-    void notification(const Refusal& refusal);
+    void notify(const Notification& notification);
     void pass() { sink_(json_.take()); }
 
     ReportSink sink_;
     Severity least_;
     JSONText json_;
     std::vector<Artifact> artifacts_;
-    std::vector<Refusal> refusals_;
+    std::vector<Notification> notifications_;
+    // No file was refused.
+    bool isWhole_ = true;
 };
 
 }  // namespace vornic

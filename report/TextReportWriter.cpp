@@ -1,13 +1,13 @@
 #include "report/TextReportWriter.h"
 
-#include <algorithm>
 #include <map>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "base/FormatString.h"
-#include "base/TerminalText.h"
+#include "foundation/FormatString.h"
+#include "foundation/TerminalText.h"
+#include "report/LeftOut.h"
 #include "report/RuleTable.h"
 
 namespace vornic {
@@ -78,23 +78,10 @@ void TextReportWriter::finding(const Report& report, const Finding& finding) {
     sink_(lines);
 }
 
-// A finding of a rule is kept or counted whatever its weight, so what is not shown is told by rule.
 void TextReportWriter::remainders(const Report& report) {
-    std::array<std::uint64_t, kRuleCount> kept{};
-    std::array<bool, kRuleCount> isShown{};
-    for (const Finding& finding : report.findings.kept()) {
-        ++kept[finding.rule.index];
-        isShown[finding.rule.index] |= finding.severity >= style_.least;
-    }
-    for (std::size_t index = 0; index < kRuleCount; ++index) {
-        const RuleId rule{static_cast<std::uint16_t>(index)};
-        const std::uint64_t more = report.findings.count(rule) - kept[index];
-        const bool isHidden =
-            !isShown[index] && (kept[index] != 0 || ruleOf(rule).severity < style_.least);
-        if (more != 0 && !isHidden) {
-            sink_(formatString("    %llu more of %@ in %@\n", more, ruleOf(rule).id,
-                               escapedForTerminal(report.path)));
-        }
+    for (const Remainder& remainder : remaindersOf(report, style_.least)) {
+        sink_(formatString("    %llu more of %@ in %@\n", remainder.count,
+                           ruleOf(remainder.rule).id, escapedForTerminal(report.path)));
     }
 }
 
@@ -123,26 +110,10 @@ void TextReportWriter::whatWasNotMended(const Report& report) {
     }
 }
 
-// Groups that did not run for the same reason are told in one line. What was not asked for is
-// not missed.
 void TextReportWriter::notRun(const Report& report) {
-    std::vector<std::pair<std::string, std::string>> reasons;
-    for (const GroupRun& run : report.groups) {
-        if (run.ran || run.why == kNotAskedFor) {
-            continue;
-        }
-        const auto known = std::find_if(reasons.begin(), reasons.end(), [&](const auto& reason) {
-            return reason.first == run.why;
-        });
-        if (known == reasons.end()) {
-            reasons.emplace_back(run.why, nameOf(run.group));
-        } else {
-            known->second.append(", ").append(nameOf(run.group));
-        }
-    }
-    for (const auto& [why, groups] : reasons) {
-        sink_(formatString("    %@ did not run on %@: %@\n", groups,
-                           escapedForTerminal(report.path), why));
+    for (const SkippedGroups& groups : skippedGroupsOf(report)) {
+        sink_(formatString("    %@ did not run on %@: %@\n", groups.names,
+                           escapedForTerminal(report.path), groups.why));
     }
 }
 

@@ -6,7 +6,8 @@
 #include <string>
 #include <utility>
 
-#include "base/Text.h"
+#include "foundation/Text.h"
+#include "foundation/Utf8.h"
 #include "report/XMLRuleOf.h"
 #include "xml/text/NumberReference.h"
 #include "xml/text/TextPlace.h"
@@ -20,7 +21,7 @@ std::string descriptionOf(RuleId rule) {
     if (rule == "xml-attribute-without-value"_rule) {
         return "give it an empty value";
     }
-    if (rule == "xml-undefined-entity"_rule) {
+    if (rule == "xml-undefined-entity"_rule || rule == "characters-forbidden-reference"_rule) {
         return "write &amp; for its ampersand, so that it is read as text";
     }
     std::string description = lowercased(ruleOf(rule).remedy.substr(0, 1));
@@ -42,6 +43,10 @@ std::string referenceTo(char32_t character) {
         std::to_chars(digits.data(), digits.data() + digits.size(), std::uint32_t{character}, 16)
             .ptr;
     return "&#x" + std::string(digits.data(), end) + ";";
+}
+
+std::string codeAt(std::string_view text, std::size_t offset) {
+    return offset < text.size() ? codePointName(utf8CharacterAt(text, offset).code) : "";
 }
 
 }  // namespace
@@ -92,7 +97,10 @@ void XMLFindings::mend(const XMLMend& mend, std::string_view name) {
     if (hasOwnEdits_) {
         return addHalfPair(mend.offset);
     }
-    if (const std::optional<RuleId> rule = xmlRuleOf(mend.code)) {
+    if (reference.length != 0) {
+        const std::string_view written = text_.substr(mend.offset, reference.length);
+        pending_ = {"characters-forbidden-reference"_rule, mend.offset, std::string(written)};
+    } else if (const std::optional<RuleId> rule = xmlRuleOf(mend.code)) {
         pending_ = {*rule, mend.offset, excerpt(name)};
     }
 }
@@ -107,7 +115,8 @@ void XMLFindings::edit(const XMLEdit& edit) {
 void XMLFindings::dropped(TextSpan characters) {
     hasMends_ = true;
     const RuleId rule = "xml-forbidden-character"_rule;
-    if (Finding* const finding = findings_.add(rule, characters)) {
+    if (Finding* const finding =
+            findings_.add(rule, characters, {{"code", codeAt(text_, characters.offset)}})) {
         finding->mend = safeMend(rule, {{characters.offset, characters.length, ""}});
     }
 }
@@ -145,7 +154,10 @@ Finding* XMLFindings::addFault(const XMLFault& fault) {
                               {"closing", "</" + name + ">"}});
     }
     return findings_.add(*rule, place,
-                         {{"name", name}, {"other", excerpt(fault.other)}, {"line", line}});
+                         {{"name", name},
+                          {"other", excerpt(fault.other)},
+                          {"line", line},
+                          {"code", codeAt(text_, fault.offset)}});
 }
 
 }  // namespace vornic

@@ -174,7 +174,6 @@ class SettingsReader {
         if (settings_.check.missingVersion) {
             fault_ = faultOfVersion("--set-version", *settings_.check.missingVersion);
             settings_.fix->asked.push_back("versions-not-declared"_rule);
-            settings_.fix->asked.push_back("structure-no-version"_rule);
         }
     }
 

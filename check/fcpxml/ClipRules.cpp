@@ -121,21 +121,21 @@ void ClipRules::judgeRange(const StoryElement& clip, Time duration, Time frame) 
 }
 
 // A clip that begins inside of what it holds is trimmed.
-void ClipRules::judgeSyncStart(const StoryElement& clip, Time start, const StoryElement& content,
-                               Time duration) {
+void ClipRules::judgeSyncStart(const StoryElement& clip, Time start, Time first, Time end) {
     constexpr Time kShort(1, 24);
-    const Time offset = content.offset.isThere() ? content.offset.time : Time(0);
-    if ((start - offset).absolute() < kShort || !start.isKnown() || !offset.isKnown()) {
+    if ((start - first).absolute() < kShort || !start.isKnown() || !first.isKnown()) {
         return;
     }
-    const bool isTrimmed = start > offset && start < offset + duration;
+    const bool isBehind = start >= end;
+    const bool isTrimmed = start > first && !isBehind;
     const TextSpan place =
         clip.start.isThere() ? clip.start.place : index_.startTagOf(clip.element);
     findings_.add("timing-sync-clip-start"_rule, isTrimmed ? Severity::info : Severity::warning,
                   place,
                   {{"clip", calledBy(index_, clip.element)},
                    {"value", start.text()},
-                   {"offset", offset.text()}});
+                   {"content", (isBehind ? "ends at " + end.text() : "begins at " + first.text())},
+                   {"offset", first.text()}});
 }
 
 void ClipRules::judgeRate(const StoryElement& asset) {

@@ -32,9 +32,9 @@ class ClipRules {
     void judgeDuration(const StoryElement& clip);
     /// Whether a clip lies in its asset's range. @param frame differences below it are none.
     void judgeRange(const StoryElement& clip, fcpxml::Time duration, fcpxml::Time frame);
-    /// @param content the first thing in the sync-clip that is not connected to it.
-    void judgeSyncStart(const StoryElement& clip, fcpxml::Time start, const StoryElement& content,
-                        fcpxml::Time duration);
+    /// @param first,end where what is in the sync-clip and not connected to it begins and ends.
+    void judgeSyncStart(const StoryElement& clip, fcpxml::Time start, fcpxml::Time first,
+                        fcpxml::Time end);
     /// Whether an asset with motion has frames of a length.
     void judgeRate(const StoryElement& asset);
 

@@ -17,6 +17,9 @@ std::string calledBy(const ElementIndex& index, ElementNumber element) {
             reference.empty() ? kNoElement : index.elementWithId(reference);
         name = target == kNoElement ? name : index.attributeTextOf(target, "name");
     }
+    if (name.empty()) {
+        name = index.attributeTextOf(element, "id");
+    }
     return name.empty() ? text : text + " \"" + quotedValue(name) + "\"";
 }
 

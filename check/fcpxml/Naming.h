@@ -10,8 +10,8 @@
 
 namespace vornic {
 
-/// How a message calls an element: `<asset-clip> "Interview"`, or `<asset-clip>` when neither it
-/// nor what it refers to has a name.
+/// How a message calls an element: `<asset-clip> "Interview"`, by its id when neither it nor what
+/// it refers to has a name, and `<asset-clip>` when it has no id either.
 [[nodiscard]] std::string calledBy(const ElementIndex& index, ElementNumber element);
 
 /// "an <asset>", "a <format>".

@@ -1,5 +1,8 @@
 #include "check/fcpxml/ReferenceKinds.h"
 
+#include "check/fcpxml/Naming.h"
+#include "formats/fcpxml/Catalogue.h"
+
 namespace vornic {
 
 namespace {
@@ -20,10 +23,19 @@ constexpr std::array kKinds = {
     ReferenceKinds{"format", "", "format"},
     ReferenceKinds{"tracking", "", "tracking-shape"},
     ReferenceKinds{"dataLocator", "", "locator"},
-    ReferenceKinds{"projectRef", "", "projectRef", "project"},
+    ReferenceKinds{"projectRef", "", "projectRef", "project", true},
 };
 
 }  // namespace
+
+std::string ReferenceKinds::inVersion(fcpxml::Version version) const {
+    const fcpxml::Catalogue& catalogue = fcpxml::Catalogue::shared();
+    if (isReplaced) {
+        const bool isOld = catalogue.element(catalogue.idOf(kind)).isIn(version);
+        return withArticle(isOld ? kind : otherKind);
+    }
+    return withArticle(kind) + (otherKind.empty() ? "" : " or " + withArticle(otherKind));
+}
 
 const ReferenceKinds* referenceKindsOf(std::string_view attribute, std::string_view element) {
     for (const ReferenceKinds& kinds : kKinds) {

@@ -78,8 +78,8 @@ void ReferenceCheck::judgeReference(ElementNumber element, std::string_view attr
             return;
         }
         const std::string instead =
-            withArticle(kinds->kind) +
-            (kinds->otherKind.empty() ? "" : " or " + withArticle(kinds->otherKind));
+            kinds->inVersion(fcpxml::Version::parse(index_.version())
+                                 .value_or(fcpxml::Version(fcpxml::Version::kNewestMinor)));
         findings_.add("references-wrong-kind"_rule, value,
                       {{"attribute", attribute},
                        {"clip", calledBy(index_, element)},

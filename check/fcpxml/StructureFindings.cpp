@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "check/Listing.h"
@@ -15,6 +17,7 @@ namespace vornic {
 namespace {
 
 using fcpxml::Catalogue;
+using fcpxml::Definition;
 using fcpxml::ElementId;
 using fcpxml::ValidityFault;
 using fcpxml::ValidityFaultKind;
@@ -61,9 +64,22 @@ std::string textOf(std::optional<VersionRun> versions) {
                : versions->first.text() + " to " + versions->last.text();
 }
 
+// The first and the last version in which one element has a place in the other.
+std::optional<VersionRun> versionsWith(ElementId parent, ElementId child) {
+    std::optional<VersionRun> versions;
+    for (int minor = 0; minor <= Version::kNewestMinor; ++minor) {
+        const Definition& definition = Definition::of(Version(minor));
+        const auto* const holder = definition.element(parent);
+        if (holder != nullptr && definition.element(child) != nullptr && holder->mentions(child)) {
+            versions = {versions ? versions->first : Version(minor), Version(minor)};
+        }
+    }
+    return versions;
+}
+
 std::string attributeInstead(std::string_view name, std::string_view element, Version version) {
     std::vector<std::string_view> names;
-    if (const auto* definition = fcpxml::Definition::of(version).element(element)) {
+    if (const auto* definition = Definition::of(version).element(element)) {
         for (const auto& attribute : definition->attributes) {
             names.push_back(attribute.name);
         }
@@ -104,8 +120,12 @@ class StructureFindings {
     }
 
   private:
-    void addOfElement(const ValidityFault& fault) const;
+    void addOfElement(const ValidityFault& fault);
+    void addStrange(const ValidityFault& fault, RuleId rule);
+    void addOfOtherVersion(const ValidityFault& fault, const std::string& thing,
+                           const std::optional<VersionRun>& versions);
     void addOfAttribute(const ValidityFault& fault) const;
+    [[nodiscard]] std::optional<VersionRun> placesOf(const ValidityFault& fault);
     [[nodiscard]] bool isToldBefore(const ValidityFault& fault);
 
     Version version_;
@@ -113,6 +133,8 @@ class StructureFindings {
     Findings* findings_;
     // Where an asset begins whose path was told to belong into its media-rep.
     std::optional<std::size_t> asset_;
+    // By parent and child: in which versions the one may hold the other.
+    std::map<std::pair<ElementId, ElementId>, std::optional<VersionRun>> places_;
 };
 
 // Whether an asset holds its path in a part of its own, as versions from 1.9 on have it.
@@ -140,43 +162,62 @@ bool StructureFindings::isToldBefore(const ValidityFault& fault) {
     return fault.kind == ValidityFaultKind::missingElement && asset_ == fault.start;
 }
 
-void StructureFindings::addOfElement(const ValidityFault& fault) const {
+std::optional<VersionRun> StructureFindings::placesOf(const ValidityFault& fault) {
+    const Catalogue& catalogue = Catalogue::shared();
+    const std::pair key(catalogue.idOf(fault.parent), catalogue.idOf(fault.element));
+    const auto [place, isNew] = places_.try_emplace(key);
+    if (isNew) {
+        place->second = versionsWith(key.first, key.second);
+    }
+    return place->second;
+}
+
+// An element that stands where none of its name may.
+void StructureFindings::addStrange(const ValidityFault& fault, RuleId rule) {
+    const std::string instead =
+        findings_->keepsAnother(rule) ? insteadOf(fault.element, fault.expected()) : std::string();
+    findings_->add(
+        rule, fault.where,
+        {{"thing", inBrackets(fault.element)}, {"parent", fault.parent}, {"instead", instead}});
+}
+
+void StructureFindings::addOfOtherVersion(const ValidityFault& fault, const std::string& thing,
+                                          const std::optional<VersionRun>& versions) {
+    findings_->add(
+        "structure-element-of-other-version"_rule, fault.where,
+        {{"thing", thing}, {"versions", textOf(versions)}, {"version", version_.text()}});
+}
+
+void StructureFindings::addOfElement(const ValidityFault& fault) {
     const Catalogue& catalogue = Catalogue::shared();
     const std::string thing = inBrackets(fault.element);
     switch (fault.kind) {
         case ValidityFaultKind::unknownElement:
-        case ValidityFaultKind::misplacedElement: {
-            const RuleId rule = fault.kind == ValidityFaultKind::unknownElement
-                                    ? "structure-unknown-element"_rule
-                                    : "structure-misplaced-element"_rule;
-            const std::string instead = findings_->keepsAnother(rule)
-                                            ? insteadOf(fault.element, fault.expected)
-                                            : std::string();
-            findings_->add(
-                rule, fault.where,
-                {{"element", fault.element}, {"parent", fault.parent}, {"instead", instead}});
+            addStrange(fault, "structure-unknown-element"_rule);
             break;
-        }
-        case ValidityFaultKind::elementOfOtherVersion: {
-            const std::string versions =
-                textOf(catalogue.element(catalogue.idOf(fault.element)).span());
-            findings_->add(
-                "structure-element-of-other-version"_rule, fault.where,
-                {{"element", fault.element}, {"versions", versions}, {"version", version_.text()}});
+        case ValidityFaultKind::misplacedElement:
+            if (const auto versions = placesOf(fault)) {
+                addOfOtherVersion(fault, thing + " in " + inBrackets(fault.parent), versions);
+            } else {
+                addStrange(fault, "structure-misplaced-element"_rule);
+            }
             break;
-        }
+        case ValidityFaultKind::elementOfOtherVersion:
+            addOfOtherVersion(fault, thing,
+                              catalogue.element(catalogue.idOf(fault.element)).span());
+            break;
         case ValidityFaultKind::elementOutOfOrder:
             findings_->add("structure-element-order"_rule, fault.where,
-                           {{"element", fault.element},
+                           {{"thing", thing},
                             {"parent", fault.parent},
                             {"previous", catalogue.element(fault.previous).name}});
             break;
         case ValidityFaultKind::surplusElement:
             findings_->add("structure-surplus-element"_rule, fault.where,
-                           {{"element", fault.element}, {"parent", fault.parent}});
+                           {{"thing", thing}, {"parent", fault.parent}});
             break;
         case ValidityFaultKind::missingElement: {
-            const std::string missing = elementsOf(fault.expected);
+            const std::string missing = elementsOf(fault.expected());
             findings_->add("structure-missing-element"_rule, fault.where,
                            {{"thing", thing}, {"missing", missing}});
             break;
@@ -186,7 +227,7 @@ void StructureFindings::addOfElement(const ValidityFault& fault) const {
             break;
         case ValidityFaultKind::contentInEmptyElement:
             findings_->add("structure-content-in-empty-element"_rule, fault.where,
-                           {{"element", fault.element}});
+                           {{"thing", thing}});
             break;
         case ValidityFaultKind::rootElementType:
             findings_->add("structure-document-type"_rule, fault.where,

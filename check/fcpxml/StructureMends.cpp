@@ -202,7 +202,8 @@ bool hasSecond(const ElementIndex& index, ElementNumber element) {
 
 // Puts the path of a media-rep, and its bookmark, where versions before 1.9 have them. What else a
 // media-rep says, they cannot.
-std::optional<Mend> attributeMend(const ElementIndex& index, std::size_t offset) {
+std::optional<Mend> attributeMend(const ElementIndex& index, const Definition& definition,
+                                  std::size_t offset) {
     const ElementNumber part = index.elementAt(offset);
     const bool isPart = part != kNoElement && index.isNamed(part, "media-rep") &&
                         index.parentOf(part) != kNoElement &&
@@ -232,7 +233,11 @@ std::optional<Mend> attributeMend(const ElementIndex& index, std::size_t offset)
         edits.push_back({kept.end(), span.end() - kept.end(), ""});
     } else {
         const std::size_t blanks = text.find_last_not_of(kBlanks, span.offset - 1) + 1;
-        edits.push_back({blanks, span.end() - blanks, ""});
+        // An element that has to be empty may not even hold a line break.
+        const bool isWhole = definition.element("asset")->kind == fcpxml::ContentKind::empty &&
+                             index.nextSiblingOf(part) == kNoElement;
+        const std::size_t end = isWhole ? text.find_first_not_of(kBlanks, span.end()) : span.end();
+        edits.push_back({blanks, end - blanks, ""});
     }
     return Mend{Confidence::ask, "move the path into the attribute src of its asset",
                 std::move(edits)};
@@ -255,7 +260,7 @@ void addStructureMends(const ElementIndex& index, fcpxml::Version version, Findi
             }
         } else if (finding.rule == "structure-element-of-other-version"_rule) {
             if (version < kFirstWithMediaRep) {
-                finding.mend = attributeMend(index, place.offset);
+                finding.mend = attributeMend(index, definition, place.offset);
             }
         } else if (finding.rule == "structure-repeated-id"_rule) {
             finding.mend = repeatedIds.mendOf(index.elementAt(place.offset));

@@ -1,10 +1,9 @@
 #include "check/fcpxml/TimingRules.h"
 
-#include <cstdint>
-#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "check/fcpxml/ClipRules.h"
@@ -47,8 +46,10 @@ struct Level {
     std::optional<SpineCheck> spine;
     // Of a time map: the point that came last.
     Time lastPoint;
-    // Of a sync-clip: something that is no connected clip was in it.
+    // Of a sync-clip: where what is no connected clip begins and ends in it.
     bool hasContent = false;
+    Time contentStart;
+    Time contentEnd;
 };
 
 class TimelineCheck {
@@ -86,6 +87,7 @@ class TimelineCheck {
     void noteExtent(const Level& level);
     void judgeDropFrame(const StoryElement& story);
     void judgeExtent(const Level& sequence);
+    void judgeSyncClip(const Level& clip);
     [[nodiscard]] Level* parentOf(ElementNumber element);
     [[nodiscard]] Time sequenceFrame(const Level& level) const;
 
@@ -109,6 +111,8 @@ void TimelineCheck::closeUpTo(ElementNumber element) {
             if (!level.spine->isSound() && level.isPlaced && level.timeline != kNoLevel) {
                 levels_[level.timeline].isMeasured = false;
             }
+        } else if (level.hasContent) {
+            judgeSyncClip(level);
         }
         levels_.pop_back();
     }
@@ -256,7 +260,8 @@ void TimelineCheck::placeOnItem(Level& level, Level& parent) {
     clips_.judgeDuration(level.story);
 }
 
-// The first thing in a sync-clip that is not connected to it says where its time begins.
+// The first thing in a sync-clip that is not connected to it says where its time begins, the last
+// one where it ends.
 void TimelineCheck::noteContent(const Level& level) {
     Level* holder = parentOf(level.story.element);
     if (holder != nullptr && holder->spine && levels_.size() > 1 &&
@@ -264,15 +269,25 @@ void TimelineCheck::noteContent(const Level& level) {
         !clips_.hasLane(holder->story)) {
         holder = &levels_[levels_.size() - 2];
     }
-    if (holder == nullptr || holder->story.kind != StoryKind::syncClip || holder->hasContent ||
+    if (holder == nullptr || holder->story.kind != StoryKind::syncClip ||
         clips_.hasLane(level.story)) {
         return;
     }
-    holder->hasContent = true;
-    // A storyline may go on behind its first item.
-    constexpr Time kEndless(std::numeric_limits<std::int32_t>::max());
-    clips_.judgeSyncStart(holder->story, holder->start, level.story,
-                          holder == parentOf(level.story.element) ? level.duration : kEndless);
+    const Time behind = holder->hasContent ? holder->contentEnd : Time(0);
+    const Time offset = level.story.offset.isThere() ? level.story.offset.time : behind;
+    const Time end = offset + level.duration;
+    if (!std::exchange(holder->hasContent, true)) {
+        holder->contentStart = offset;
+        holder->contentEnd = end;
+    } else if (!(end < holder->contentEnd)) {
+        holder->contentEnd = end;
+    }
+}
+
+void TimelineCheck::judgeSyncClip(const Level& clip) {
+    // A file that ends in it does not say where its content does.
+    const Time end = index_.isClosed(clip.story.element) ? clip.contentEnd : Time();
+    clips_.judgeSyncStart(clip.story, clip.start, clip.contentStart, end);
 }
 
 void TimelineCheck::noteExtent(const Level& level) {

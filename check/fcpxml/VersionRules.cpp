@@ -161,7 +161,8 @@ void checkFCPXMLVersions(const ElementIndex& index, const CheckOptions& options,
     const std::optional<TextSpan> place = index.attributeOf(0, "version");
     if (!place) {
         if (Finding* const finding =
-                findings.add("versions-not-declared"_rule, index.startTagOf(0))) {
+                findings.add("versions-not-declared"_rule, index.startTagOf(0),
+                             {{"format", "FCPXML"}, {"root", "fcpxml"}, {"example", "1.10"}})) {
             finding->mend = versionMend(index, options.missingVersion);
         }
         return;

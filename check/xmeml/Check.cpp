@@ -56,12 +56,7 @@ void check(const ElementIndex& index, bool isComplete, const CheckOptions& optio
     report.groups.push_back({RuleGroup::timing, true, ""});
     checkPathURLs(view, report.findings);
     report.groups.push_back({RuleGroup::values, true, ""});
-    if (reads) {
-        report.groups.push_back({RuleGroup::versions, true, ""});
-    } else {
-        skip(report, RuleGroup::versions,
-             options.reads ? "the receiver's version is none of XMEML" : kNotAskedFor);
-    }
+    report.groups.push_back({RuleGroup::versions, true, ""});
 }
 
 }  // namespace vornic::xmeml

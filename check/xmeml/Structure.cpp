@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,12 +32,15 @@ class MissingParts {
     MissingParts(const View& view, ElementNumber element)
         : view_(view), element_(element), parts_(view, element) {}
 
-    [[nodiscard]] bool has(Name name) const { return parts_.has(name); }
+    [[nodiscard]] bool has(Name name) const {
+        return parts_.has(name) && !(isText(name) && isEmpty(parts_[name]));
+    }
 
     void require(std::initializer_list<Name> names) {
         for (const Name name : names) {
             if (!has(name)) {
-                required_.push_back(inBrackets(name));
+                required_.push_back(inBrackets(name) +
+                                    (parts_.has(name) ? " with text in it" : ""));
             }
         }
     }
@@ -66,6 +70,16 @@ class MissingParts {
     }
 
   private:
+    // What an empty one of says nothing. That a number is empty has a rule of its own.
+    [[nodiscard]] static bool isText(Name name) {
+        return name == Name::name || name == Name::parameterid || name == Name::key ||
+               name == Name::storage;
+    }
+    [[nodiscard]] bool isEmpty(ElementNumber part) const {
+        const std::optional<TextSpan> text = view_.index().textOf(part);
+        return text && text->length == 0 && view_.index().isClosed(part);
+    }
+
     void add(RuleId rule, const std::vector<string>& missing, Findings& findings) const {
         if (missing.empty()) {
             return;

@@ -49,8 +49,10 @@ class VersionCheck {
         const std::optional<TextSpan> value = index_.attributeOf(0, "version");
         const std::string_view text = value ? value->of(index_.text()) : std::string_view();
         if (text.empty()) {
-            if (Finding* const finding =
-                    findings_.add("structure-no-version"_rule, index_.startTagOf(0))) {
+            // Programs that need none take the newest.
+            if (Finding* const finding = findings_.add(
+                    "versions-not-declared"_rule, Severity::warning, index_.startTagOf(0),
+                    {{"format", "XMEML"}, {"root", "xmeml"}, {"example", "5"}})) {
                 finding->mend = versionMend(index_, missing_);
             }
             return;

@@ -23,6 +23,13 @@ bool isName(std::string_view text) {
 
 }  // namespace
 
+std::vector<ElementId> ValidityFault::expected() const {
+    if (holder == nullptr) {
+        return {};
+    }
+    return holder->content ? holder->content->possible(state) : holder->mixedNames;
+}
+
 Validator::Validator(const Definition& definition, bool standalone, FaultSink sink)
     : definition_(definition),
       catalogue_(Catalogue::shared()),
@@ -67,10 +74,7 @@ void Validator::judgeChild(std::string_view name, ElementId id) {
     }
     if (definition_.element(id) == nullptr) {
         const bool isKnown = id != kNoElement && !catalogue_.element(id).models.empty();
-        const bool hasModel = parent != nullptr && parent->definition->content.has_value();
-        return refuseChild(isKnown ? Kind::elementOfOtherVersion : Kind::unknownElement, name,
-                           hasModel ? parent->definition->content->possible(parent->state)
-                                    : std::vector<ElementId>());
+        return refuseChild(isKnown ? Kind::elementOfOtherVersion : Kind::unknownElement, name);
     }
     if (parent != nullptr) {
         judgePlace(*parent, name, id);
@@ -81,12 +85,10 @@ void Validator::judgePlace(OpenElement& parent, std::string_view name, ElementId
     using Kind = ValidityFaultKind;
     const ElementDefinition& definition = *parent.definition;
     if (definition.kind == ContentKind::empty) {
-        return refuseChild(Kind::contentInEmptyElement, name);
+        return refuseChild(Kind::misplacedElement, name);
     }
     if (definition.kind == ContentKind::mixed) {
-        return definition.allowsInText(id)
-                   ? void()
-                   : refuseChild(Kind::misplacedElement, name, definition.mixedNames);
+        return definition.allowsInText(id) ? void() : refuseChild(Kind::misplacedElement, name);
     }
     const ContentModel& model = *definition.content;
     const ContentModel::State next = model.next(parent.state, id);
@@ -96,37 +98,37 @@ void Validator::judgePlace(OpenElement& parent, std::string_view name, ElementId
         return;
     }
     if (!model.mentions(id)) {
-        return refuseChild(Kind::misplacedElement, name, model.possible(parent.state));
+        return refuseChild(Kind::misplacedElement, name);
     }
     if (const ContentModel::State later = model.reach(parent.state, id);
         later != ContentModel::kRefused) {
         parent.isFaulty = true;
-        refuse({Kind::missingElement,
-                place(),
-                parent.name,
-                grandparentName(),
-                {},
-                {},
-                nullptr,
-                model.possible(parent.state),
-                kNoElement,
-                parent.startTag.offset});
+        refuse({.kind = Kind::missingElement,
+                .where = place(),
+                .element = parent.name,
+                .parent = grandparentName(),
+                .holder = parent.definition,
+                .state = parent.state,
+                .start = parent.startTag.offset});
         parent.state = later;
         return;
     }
     const ElementId previous = model.nameOf(parent.state);
     const bool isSurplus =
         previous == id || ((parent.children & model.bitOf(id)) != 0 && !model.mayRepeat(id));
-    refuseChild(isSurplus ? Kind::surplusElement : Kind::elementOutOfOrder, name,
-                model.possible(parent.state), previous);
+    refuseChild(isSurplus ? Kind::surplusElement : Kind::elementOutOfOrder, name, previous);
 }
 
-void Validator::refuseChild(ValidityFaultKind kind, std::string_view name,
-                            std::vector<ElementId> expected, ElementId previous) {
+void Validator::refuseChild(ValidityFaultKind kind, std::string_view name, ElementId previous) {
+    ValidityFault fault{kind, place(), name, parentName()};
+    fault.previous = previous;
     if (!open_.empty()) {
-        open_.back().isFaulty = true;
+        OpenElement& parent = open_.back();
+        parent.isFaulty = true;
+        fault.holder = parent.definition;
+        fault.state = parent.state;
     }
-    refuse({kind, place(), name, parentName(), {}, {}, nullptr, std::move(expected), previous});
+    refuse(fault);
 }
 
 void Validator::attribute(std::string_view name, std::string_view rawValue) {
@@ -233,20 +235,27 @@ void Validator::finishStartTag() {
 void Validator::endElement(std::string_view /*name*/, bool /*selfClosed*/) {
     finishStartTag();
     const OpenElement& element = open_.back();
-    const bool hasModel = element.definition != nullptr && element.definition->content.has_value();
-    if (hasModel && !element.isFaulty && !element.definition->content->mayEnd(element.state)) {
-        refuse({ValidityFaultKind::missingElement,
-                element.startTag,
-                element.name,
-                grandparentName(),
-                {},
-                {},
-                nullptr,
-                element.definition->content->possible(element.state),
-                kNoElement,
-                element.startTag.offset});
+    if (element.definition != nullptr && !element.isFaulty) {
+        judgeEnd(element);
     }
     open_.pop_back();
+}
+
+void Validator::judgeEnd(const OpenElement& element) {
+    const std::optional<ContentModel>& model = element.definition->content;
+    if (model && !model->mayEnd(element.state)) {
+        refuse({.kind = ValidityFaultKind::missingElement,
+                .where = element.startTag,
+                .element = element.name,
+                .parent = grandparentName(),
+                .holder = element.definition,
+                .state = element.state,
+                .start = element.startTag.offset});
+    }
+    if (element.content.length != 0) {
+        refuse({ValidityFaultKind::contentInEmptyElement, element.content, element.name,
+                grandparentName()});
+    }
 }
 
 void Validator::text(std::string_view rawText) {
@@ -265,31 +274,39 @@ void Validator::judgeContent(std::string_view content, bool isText) {
     if (element.definition->kind == ContentKind::mixed) {
         return;
     }
-    const bool mayBeEmpty = element.definition->kind != ContentKind::empty;
-    if (mayBeEmpty && isText && isBlank(content)) {
+    if (element.definition->kind == ContentKind::empty) {
+        return noteContent(element);
+    }
+    if (isText && isBlank(content)) {
         if (standalone_) {
             refuseStandalone();
         }
         return;
     }
     if (!std::exchange(element.isFaulty, true)) {
-        refuse({mayBeEmpty ? ValidityFaultKind::misplacedText
-                           : ValidityFaultKind::contentInEmptyElement,
-                place(), element.name, grandparentName()});
+        refuse({ValidityFaultKind::misplacedText, place(), element.name, grandparentName()});
     } else {
         isValid_ = false;
     }
 }
 
-void Validator::comment(std::string_view content) {
-    processingInstruction({}, content);
+// Told at the end of the element, unless it has a child: that is the fault then.
+void Validator::noteContent(OpenElement& element) {
+    isValid_ = false;
+    if (element.content.length == 0) {
+        element.content = place();
+    }
+}
+
+void Validator::comment(std::string_view /*content*/) {
+    processingInstruction({}, {});
 }
 
 // Neither is content, but an element that has to be empty may hold none (XML 1.0, section 3).
-void Validator::processingInstruction(std::string_view /*target*/, std::string_view data) {
+void Validator::processingInstruction(std::string_view /*target*/, std::string_view /*data*/) {
     if (!open_.empty() && open_.back().definition != nullptr &&
         open_.back().definition->kind == ContentKind::empty) {
-        judgeContent(data, false);
+        noteContent(open_.back());
     }
 }
 
@@ -338,16 +355,14 @@ void Validator::refuse(const ValidityFault& fault) {
 void Validator::refuseAttribute(ValidityFaultKind kind, TextSpan where, std::string_view name,
                                 std::string_view value, const AttributeDefinition* definition) {
     const OpenElement& element = open_.back();
-    refuse({kind,
-            where,
-            element.name,
-            grandparentName(),
-            name,
-            value,
-            definition,
-            {},
-            kNoElement,
-            element.startTag.offset});
+    refuse({.kind = kind,
+            .where = where,
+            .element = element.name,
+            .parent = grandparentName(),
+            .attribute = name,
+            .value = value,
+            .definition = definition,
+            .start = element.startTag.offset});
 }
 
 void Validator::refuseStandalone() {

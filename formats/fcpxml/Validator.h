@@ -38,7 +38,8 @@ enum class ValidityFaultKind {
     missingElement,
     /// Text, or a CDATA section, in an element that may hold elements alone (3, Element Valid).
     misplacedText,
-    /// Anything at all in an element that has to be empty (3, Element Valid).
+    /// Text or a comment in an element that has to be empty (3, Element Valid). White space and
+    /// comments beside a child that has no place there are part of that fault.
     contentInEmptyElement,
     /// No version has the attribute at this element (3.1, Attribute Value Type).
     unknownAttribute,
@@ -77,12 +78,17 @@ struct ValidityFault {
     std::string_view value = {};
     /// The declaration of the attribute; null when there is none.
     const AttributeDefinition* definition = nullptr;
-    /// The names that may stand at the place instead, or that are missing there.
-    std::vector<ElementId> expected = {};
+    /// The element that something is wrong in, and what it had before; null where nothing can be
+    /// said about its content.
+    const ElementDefinition* holder = nullptr;
+    ContentModel::State state = ContentModel::kStart;
     /// For `elementOutOfOrder`: what stands before it and should come behind it.
     ElementId previous = kNoElement;
     /// Where `element` begins; set for attributes and for `missingElement`.
     std::size_t start = 0;
+
+    /// The names that may stand at the place instead, or that are missing there.
+    [[nodiscard]] std::vector<ElementId> expected() const;
 };
 
 /// Judges what `readXML` reads by the definition of one version: one pass, memory for the open
@@ -123,6 +129,8 @@ class Validator final : public XMLReaderEvents {
         std::uint64_t children = 0;
         // Something in it was told already.
         bool isFaulty = false;
+        // Of one that has to be empty: the first thing in it that is no child.
+        TextSpan content = {};
     };
     struct Reference {
         TextSpan where;
@@ -139,8 +147,10 @@ class Validator final : public XMLReaderEvents {
     void judgeChild(std::string_view name, ElementId id);
     void judgePlace(OpenElement& parent, std::string_view name, ElementId id);
     void refuseChild(ValidityFaultKind kind, std::string_view name,
-                     std::vector<ElementId> expected = {}, ElementId previous = kNoElement);
+                     ElementId previous = kNoElement);
     void judgeContent(std::string_view content, bool isText);
+    void noteContent(OpenElement& element);
+    void judgeEnd(const OpenElement& element);
     void judgeValue(const AttributeDefinition& definition, std::string_view rawValue);
     void judgeIdentity(const AttributeDefinition& definition, std::string_view value);
     void leaveOutConsequences();

@@ -15,6 +15,13 @@ inline constexpr Rule kCharacterRules[] = {
      "Write the character itself, or its one number. A half that stands alone is lost: take it "
      "out.",
      "XML 1.0 (fifth edition), section 4.1, Legal Character"},
+    {"characters-forbidden-reference", RuleGroup::characters, Severity::error,
+     "{name} stands for a character that XML does not allow; it should go, or stand for another",
+     "What may not stand in a file, such as most control characters, may not be written by its "
+     "number, either.",
+     "Every program refuses the whole file, mostly without saying where the fault is.",
+     "Take it out. With &amp; in place of its ampersand the file shows it letter by letter.",
+     "XML 1.0 (fifth edition), section 4.1, Legal Character"},
     {"characters-control", RuleGroup::characters, Severity::warning,
      "the control character {code} stands here; it should {right}",
      "The character cannot be seen. Text that was in Windows-1252 and taken for something else has "

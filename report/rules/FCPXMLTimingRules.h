@@ -123,7 +123,8 @@ inline constexpr Rule kFCPXMLTimingRules[] = {
      "The description of transition in the FCPXML document type definitions; 20 of 20 in real "
      "exports"},
     {"timing-sync-clip-start", RuleGroup::timing, Severity::warning,
-     "{clip} begins at {value}, and what is in it begins at {offset}; its start should be that",
+     "{clip} begins at {value}, and what is in it {content}; its start should be "
+     "{offset}",
      "The start of a synchronized clip counts in the time of what stands in it. When nothing "
      "stands there, nothing is shown.",
      "The clip shows blank frames.", "Write the offset of the inner clip as the start.",

@@ -13,13 +13,17 @@ inline constexpr std::string_view kDefinitions = "FCPXML document type definitio
 
 }  // namespace detail
 
-/// The version of an FCPXML file, and what a receiver that reads up to an older one can't read.
+/// The version of a file, and what a receiver that reads FCPXML up to an older one can't read.
 inline constexpr Rule kFCPXMLVersionRules[] = {
     {"versions-not-declared", RuleGroup::versions, Severity::error,
-     "the file does not say which version of FCPXML it is in; <fcpxml> should have the attribute "
-     "version, such as version=\"1.10\"",
-     "The version says by which definition the file is to be read.", "The file is refused.",
-     "Write the version that the file was made for.", detail::kDefinitions},
+     "the file does not say which version of {format} it is in; <{root}> should have the attribute "
+     "version, such as version=\"{example}\"",
+     "The version says what the file may hold, and in FCPXML by which definition it is to be read.",
+     "FCPXML without a version is refused. XMEML is taken for one of a version that the program "
+     "chooses; a conversion refuses it.",
+     "Write the version that the file was made for.",
+     "FCPXML document type definitions 1.0 to 1.14; Final Cut Pro XML Interchange Format, appendix "
+     "on versions"},
     {"versions-malformed", RuleGroup::versions, Severity::error,
      "the file declares FCPXML \"{version}\"; it should be a version such as 1.8 or 1.10",
      "Versions of FCPXML are 1.0, 1.1 and so on, written in this way and no other.",

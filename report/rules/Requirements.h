@@ -78,7 +78,7 @@ inline constexpr Requirement kRequirements[] = {
     {"XMEML: a project, a bin, or clips and sequences stand in the root element",
      "structure-root-content structure-no-content"},
     {"XMEML: the version is a whole number from 1 to 5",
-     "structure-no-version structure-unknown-version structure-version-form"},
+     "versions-not-declared structure-unknown-version structure-version-form"},
     {"XMEML: no element is newer than the version that the file declares, or that a receiver reads",
      "structure-newer-element versions-newer-element versions-newer-than-receiver"},
     {"XMEML: a file is defined once and named by empty elements after that",
@@ -114,7 +114,7 @@ inline constexpr Requirement kRequirements[] = {
      "values-channels-swapped values-channel-count values-sample-rate"},
     {"Characters that a classic repair takes out, control characters and half pairs are told",
      "characters-removed-by-repair characters-control characters-half-pair "
-     "characters-long-reference"},
+     "characters-forbidden-reference characters-long-reference"},
     {"A file is UTF-8 and says so, and its name says which format it is in",
      "values-encoding values-extension xml-declared-encoding"},
     {"The root element is <fcpxml> or <xmeml>", "xml-other-root"},

@@ -26,8 +26,7 @@ inline constexpr std::string_view kValidationFailed =
 /// `fcpxml::Validator` tells.
 inline constexpr Rule kStructureRules[] = {
     detail::definitionFault(
-        "structure-unknown-element",
-        "<{element}> is no element of FCPXML; {instead} should stand here",
+        "structure-unknown-element", "{thing} is no element of FCPXML; {instead} should stand here",
         "No version of FCPXML has an element of that name. A name that was misspelt, or one that a "
         "script made up, is the usual cause.",
         "Correct the name, or take the element out with all that is in it.",
@@ -35,31 +34,32 @@ inline constexpr Rule kStructureRules[] = {
         "Valid"),
     detail::definitionFault(
         "structure-element-of-other-version",
-        "<{element}> belongs to FCPXML {versions}, not to {version}; the file should declare a "
+        "{thing} belongs to FCPXML {versions}, not to {version}; the file should declare a "
         "version that has it, or do without it",
-        "The element is sound, but the version that the file declares does not know it. Changing "
-        "the version number by hand without converting what is in the file leads to this.",
+        "The element is sound, but the version that the file declares does not know it, or not at "
+        "this place. Changing the version number by hand without converting what is in the file "
+        "leads to this.",
         "Declare a version that has the element if the receiver reads it, or convert the file to "
         "the version that it declares.",
         "FCPXML document type definitions 1.0 to 1.14; XML 1.0 (fifth edition), section 3, Element "
         "Valid"),
     detail::definitionFault(
         "structure-misplaced-element",
-        "<{element}> has no place in <{parent}>; {instead} should stand here",
+        "{thing} has no place in <{parent}>; {instead} should stand here",
         "The element exists, but never inside the one that it stands in.",
         "Move it to where it belongs, or take it out.",
         "FCPXML document type definitions 1.0 to 1.14; XML 1.0 (fifth edition), section 3, Element "
         "Valid"),
     detail::definitionFault(
         "structure-element-order",
-        "<{element}> stands behind <{previous}> in <{parent}>; it should stand before it",
+        "{thing} stands behind <{previous}> in <{parent}>; it should stand before it",
         "Parts of an element have an order, and this one comes too late.",
         "Move it in front of the parts that belong behind it.",
         "FCPXML document type definitions 1.0 to 1.14; XML 1.0 (fifth edition), section 3, Element "
         "Valid, Deterministic Content Models"),
     detail::definitionFault(
         "structure-surplus-element",
-        "<{element}> stands in <{parent}> once too often; it should go, or become one with the "
+        "{thing} stands in <{parent}> once too often; it should go, or become one with the "
         "other",
         "The element may be there, but not as often as it is.", "Keep the one that is meant.",
         "FCPXML document type definitions 1.0 to 1.14; XML 1.0 (fifth edition), section 3, Element "
@@ -79,7 +79,7 @@ inline constexpr Rule kStructureRules[] = {
         "XML 1.0 (fifth edition), section 3.2.1"),
     detail::definitionFault(
         "structure-content-in-empty-element",
-        "<{element}> has content; it should be empty, even of white space and comments",
+        "{thing} has content; it should be empty, even of white space and comments",
         "The element says all that it says by its attributes.",
         "Write it as <name/>, with nothing between a start tag and an end tag.",
         "XML 1.0 (fifth edition), section 3, Element Valid, EMPTY"),

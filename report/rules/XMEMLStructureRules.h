@@ -24,19 +24,13 @@ inline constexpr Rule kXMEMLStructureRules[] = {
      "Add the part with the value that is meant, or export the file again.",
      detail::kXMEMLElements},
     {"structure-left-out-part", RuleGroup::structure, Severity::info,
-     "{thing} lacks {parts}, which readers then take from what is around it; every {element} "
-     "should "
-     "have that",
-     "The format lists the part as one that is needed. Real exporters leave it out, and what is "
-     "left out is taken from the element around.",
+     "{thing} lacks {parts}, which programs can do without; every {element} should have that",
+     "The format lists the part as one that is needed. Real exporters leave it out, and readers "
+     "take "
+     "a rate from the element around, and a value from the effect's defaults.",
      "Such files are read everywhere that we know of.",
      "Nothing, unless a program reads the element wrong; then write the part.",
      "Final Cut Pro XML Interchange Format, basics, Inheritance; counts over 103 real files"},
-    {"structure-no-version", RuleGroup::structure, Severity::warning,
-     "the root element declares no version; it should, as in <xmeml version=\"5\">",
-     "The number says which elements the file may use.",
-     "Programs take the file for one of a version of their choice. A conversion refuses it.",
-     "Write the version that the file was made for, 1 to 5.", detail::kXMEMLVersions},
     {"structure-unknown-version", RuleGroup::structure, Severity::warning,
      "the file declares version \"{version}\", which XMEML does not have; it should be a number "
      "from 1 to 5",

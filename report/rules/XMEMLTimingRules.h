@@ -38,7 +38,7 @@ inline constexpr Rule kXMEMLTimingRules[] = {
      "Write the number that is meant, or -1 where the place is not set.",
      detail::kXMEMLTimingValues},
     {"timing-timebase", RuleGroup::timing, Severity::error,
-     "{thing} has the timebase {value}; it should be a whole number of frames a second, "
+     "the timebase of {thing} is {value}; it should be a whole number of frames a second, "
      "{right}",
      "The timebase is 24, 25, 30, 48, 50 or 60. Whether a rate is slower by a thousandth, as 29.97 "
      "is, stands in <ntsc>.",
@@ -46,13 +46,13 @@ inline constexpr Rule kXMEMLTimingRules[] = {
      "Write the whole number; 23.976, 29.97 and 59.94 are 24, 30 and 60 with <ntsc>TRUE</ntsc>.",
      detail::kXMEMLFrameRates},
     {"timing-timebase-cut-off", RuleGroup::timing, Severity::warning,
-     "{thing} has the timebase {value}, which is a rate with its fraction cut off; it should be "
+     "the timebase of {thing} is {value}, a rate with its fraction cut off; it should be "
      "{right} with <ntsc>TRUE</ntsc>",
      "No camera and no program works at this rate. Scripts that cut 29.97 down to 29 write it.",
      "Programs play the sequence at the wrong speed, and picture and sound drift apart.",
      "Write the next whole number, and TRUE into <ntsc>.", detail::kXMEMLFrameRates},
     {"timing-unusual-timebase", RuleGroup::timing, Severity::info,
-     "{thing} has the timebase {value}; it should mostly be 24, 25, 30, 48, 50 or 60",
+     "the timebase of {thing} is {value}; it should mostly be 24, 25, 30, 48, 50 or 60",
      "Other rates exist, but most programs have no setting for them.",
      "Programs take the nearest rate that they know, or ask.", "Nothing, if the rate is meant.",
      detail::kXMEMLFrameRates},

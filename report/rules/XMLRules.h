@@ -97,10 +97,9 @@ inline constexpr Rule kXMLRules[] = {
         "XML 1.0 (fifth edition), section 2.8"),
     detail::markupFault(
         "xml-forbidden-character",
-        "a character stands here that XML does not allow (a control character); it should not be "
-        "there",
-        "Control characters come into files through clip names that were copied from elsewhere. "
-        "XML has no way to hold them.",
+        "the character {code} stands here, which XML does not allow; it should not be there",
+        "XML has no way to hold control characters, and a few others. They come into files through "
+        "clip names that were copied from elsewhere.",
         "Delete the character.", "XML 1.0 (fifth edition), section 2.2"),
     detail::markupFault(
         "xml-invalid-utf8",

@@ -278,6 +278,68 @@ TEST(Check, tellsAPathOfALaterVersionOnce) {
     EXPECT_EQ(rulesOf(report), Strings{"structure-element-of-other-version"});
 }
 
+TEST(Check, callsElementsByTheirNamesWhereTheStructureIsWrong) {
+    const auto told = [](const std::string& content) {
+        return toldBy(checkFile("<fcpxml version=\"1.10\"><resources>" + content, {}));
+    };
+    const std::string end = "</resources></fcpxml>";
+    EXPECT_EQ(told("<asset id=\"r1\" name=\"Harbour\"/>" + end),
+              Strings{"structure-missing-element 1: <asset> \"Harbour\" lacks a part; <media-rep> "
+                      "should stand in it"});
+    EXPECT_EQ(told("<format id=\"r1\" colour=\"red\"/>" + end),
+              Strings{"structure-unknown-attribute 1: <format> \"r1\" has no attribute colour; it "
+                      "should go"});
+    EXPECT_EQ(
+        told("<format id=\"r1\" name=\"HD\"> </format>" + end),
+        Strings{"structure-content-in-empty-element 1: <format> \"HD\" has content; it should "
+                "be empty, even of white space and comments"});
+    EXPECT_EQ(
+        told("<media id=\"r1\" name=\"Angles\"><multicam><mc-angle name=\"A\" "
+             "angleID=\"1\"/><mc-angle name=\"B\" angleID=\"1\"/></multicam></media>" +
+             end),
+        Strings{"references-repeated-angle 1: the angle id \"1\" stands twice in the multicam "
+                "of <media> \"Angles\"; each angle should have an id of its own"});
+}
+
+TEST(Check, namesTheKindOfProjectThatTheVersionHas) {
+    const std::string resources =
+        "<resources><format id=\"r1\" name=\"HD\"/><media id=\"r2\" name=\"M\" "
+        "projectRef=\"r1\"/></resources>";
+    const std::string now = "<fcpxml version=\"1.10\">" + resources + "</fcpxml>";
+    const std::string once =
+        "<fcpxml version=\"1.3\"><project>" + resources + "</project></fcpxml>";
+    const std::string message =
+        "references-wrong-kind 1: projectRef of <media> \"M\" is \"r1\", "
+        "which is a <format>; it should name a ";
+    EXPECT_EQ(toldBy(checkFile(now, {})).back(), message + "<project>");
+    EXPECT_EQ(toldBy(checkFile(once, {})).back(), message + "<projectRef>");
+}
+
+TEST(Check, placesStandaloneInTheDeclaration) {
+    const Report report = checkFile(
+        "<?xml version=\"1.0\" standalone=\"yes\"?>\n<fcpxml version=\"1.10\">\n<resources/>\n"
+        "</fcpxml>",
+        {});
+    ASSERT_EQ(rulesOf(report), Strings{"values-standalone"});
+    const Place& place = report.findings.kept()[0].where;
+    EXPECT_EQ(place.line, 1U);
+    EXPECT_EQ(place.column, 21U);
+    EXPECT_EQ(place.length, std::string_view("standalone=\"yes\"").size());
+}
+
+TEST(Check, namesCharactersThatMayNotStandInAFile) {
+    EXPECT_EQ(toldBy(checkFile("<xmeml version=\"5\"><bin><name>a\xEF\xBF\xBF</name><children/>"
+                               "</bin></xmeml>",
+                               {})),
+              Strings{"xml-forbidden-character 1: the character U+FFFF stands here, which XML does "
+                      "not allow; it should not be there"});
+    EXPECT_EQ(toldBy(checkFile("<xmeml version=\"5\"><bin><name>a&#1;</name><children/>"
+                               "</bin></xmeml>",
+                               {})),
+              Strings{"characters-forbidden-reference 1: &#1; stands for a character that XML does "
+                      "not allow; it should go, or stand for another"});
+}
+
 TEST(Check, tellsTheTimecodeOfAnXMEMLClip) {
     const Report report = checkFile(
         "<xmeml version=\"5\"><sequence><rate><timebase>25</timebase></rate><timecode>"

@@ -7,12 +7,12 @@ namespace vornic {
 TEST(FileURL, isAbsoluteWithTheSchemeOfFiles) {
     EXPECT_EQ(faultOfFileURL("file:///a/b.mov"), FileURLFault::none);
     EXPECT_EQ(faultOfFileURL("FILE:///a/b.mov"), FileURLFault::none);
-    EXPECT_EQ(faultOfFileURL("file:/a/b.mov"), FileURLFault::none);
     EXPECT_EQ(faultOfFileURL("file://localhost/a/b.mov"), FileURLFault::none);
     EXPECT_EQ(faultOfFileURL("b.mov"), FileURLFault::notAbsolute);
     EXPECT_EQ(faultOfFileURL("/a/b.mov"), FileURLFault::notAbsolute);
     EXPECT_EQ(faultOfFileURL("http://a/b.mov"), FileURLFault::notAbsolute);
     EXPECT_EQ(faultOfFileURL("file://"), FileURLFault::notAbsolute);
+    EXPECT_EQ(faultOfFileURL("file:/a/b.mov"), FileURLFault::notAbsolute);
     EXPECT_EQ(faultOfFileURL("file:a.mov"), FileURLFault::notAbsolute);
     EXPECT_EQ(faultOfFileURL(""), FileURLFault::notAbsolute);
 }
@@ -47,6 +47,8 @@ TEST(FileURL, isMadeOfWhatWasMeant) {
     EXPECT_EQ(encodedURL("file:///a b%20c%.mov"), "file:///a%20b%20c%25.mov");
     EXPECT_EQ(encodedURL("file:///\xC3\xA9#1.mov"), "file:///%C3%A9%231.mov");
     EXPECT_EQ(fileURLOfPath("/a b.mov"), "file:///a%20b.mov");
+    EXPECT_EQ(fileURLOfPath("file:/a%20b.mov"), "file:///a%20b.mov");
+    EXPECT_EQ(fileURLOfPath("file:a.mov"), "");
     EXPECT_EQ(fileURLOfPath("a.mov"), "");
     EXPECT_EQ(fileURLOfPath("//server/a.mov"), "");
     EXPECT_EQ(fileURLOfWindowsPath("file://localhostC:\\a b\\c.mov"), "file:///C:/a%20b/c.mov");

@@ -52,7 +52,6 @@ const Rules kAsking = {
     "references-uid-clash",
     "structure-attribute-of-other-version",
     "structure-element-of-other-version",
-    "structure-no-version",
     "structure-repeated-id",
     "timing-lane-in-spine",
     "timing-length",

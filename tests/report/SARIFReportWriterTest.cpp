@@ -140,6 +140,25 @@ TEST(SARIFReportWriter, tellsOfFilesWhatWasNotLookedAtAndWhatCouldNotBeRead) {
     EXPECT_EQ(notification["locations"][0]["physicalLocation"]["artifactLocation"]["uri"], "a.xml");
 }
 
+TEST(SARIFReportWriter, saysHowManyFindingsAreNotShownAndWhichGroupsAreMissed) {
+    Report report = sampleReport();
+    report.findings = Findings(1);
+    addTo(report);
+    report.findings.add("xml-undefined-entity"_rule, {50, 6}, {{"name", "nbsp"}});
+    report.groups.push_back({RuleGroup::structure, false, "the file declares no version"});
+    const JSON run = written({&report});
+    EXPECT_EQ(run["results"].size(), 1U);
+    EXPECT_EQ(run["invocations"][0]["executionSuccessful"], true);
+    const JSON& notes = run["invocations"][0]["toolExecutionNotifications"];
+    ASSERT_EQ(notes.size(), 2U);
+    EXPECT_EQ(notes[0]["level"], "note");
+    EXPECT_EQ(notes[0]["message"]["text"], "Not shown: 1 more of xml-undefined-entity.");
+    EXPECT_EQ(notes[0]["associatedRule"]["id"], "xml-undefined-entity");
+    EXPECT_EQ(notes[0]["associatedRule"]["index"], run["results"][0]["ruleIndex"]);
+    EXPECT_EQ(notes[1]["message"]["text"],
+              "The rules of structure did not run: the file declares no version.");
+}
+
 TEST(SARIFReportWriter, writesPathsAsURIs) {
     EXPECT_EQ(SARIFReportWriter::uriOf("/a b/c.xml"), "file:///a%20b/c.xml");
     EXPECT_EQ(SARIFReportWriter::uriOf("a:b/\xC3\xA9#?.xml"), "a%3Ab/%C3%A9%23%3F.xml");

@@ -64,6 +64,16 @@ TEST(StructureFindings, nameTheVersionsThatHaveWhatThisOneLacks) {
         "without it");
 }
 
+TEST(StructureFindings, nameTheVersionsInWhichAnElementHasItsPlace) {
+    EXPECT_EQ(
+        onlyFinding("<fcpxml version=\"1.3\"><resources/></fcpxml>", 3),
+        "structure-element-of-other-version: <resources> in <fcpxml> belongs to FCPXML 1.4 and "
+        "later, not to 1.3; the file should declare a version that has it, or do without it");
+    EXPECT_EQ(onlyFinding(withResources("<format id=\"r1\">\n<note/>\n</format>")),
+              "structure-misplaced-element: <note> has no place in <format>; nothing should stand "
+              "here");
+}
+
 TEST(StructureFindings, tellAPathThatStandsWhereOlderVersionsHaveItOnce) {
     EXPECT_TRUE(onlyFinding(withResources("<asset id=\"r1\" src=\"file:///a\"/>"))
                     .starts_with("structure-attribute-of-other-version: "));

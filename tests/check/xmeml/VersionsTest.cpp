@@ -50,16 +50,27 @@ TEST(XMEMLVersions, anElementIsTooNewForTheFileOrForTheReceiverAndNeverForBoth) 
 TEST(XMEMLVersions, whatTheReceiverLacksIsAnErrorInAFileWithoutAVersion) {
     std::string text = kBin;
     text.erase(text.find(" version"), 12);
-    EXPECT_EQ(rulesOf(reportOf(text, std::nullopt)), Strings{"structure-no-version"});
+    EXPECT_EQ(rulesOf(reportOf(text, std::nullopt)), Strings{"versions-not-declared"});
     EXPECT_EQ(rulesOf(reportOf(text, "2")),
-              (Strings{"structure-no-version", "versions-newer-element"}));
+              (Strings{"versions-not-declared", "versions-newer-element"}));
 }
 
-TEST(XMEMLVersions, theGroupRunsForAReceiverOfXMEMLAlone) {
-    EXPECT_TRUE(runOf(reportOf(kBin, "4"), RuleGroup::versions).ran);
-    EXPECT_EQ(runOf(reportOf(kBin, std::nullopt), RuleGroup::versions).why, "not asked for");
-    EXPECT_EQ(runOf(reportOf(kBin, "1.9"), RuleGroup::versions).why,
-              "the receiver's version is none of XMEML");
+TEST(XMEMLVersions, theGroupRunsWhateverTheReceiverReads) {
+    for (const auto& reads : {std::optional<std::string>(), std::optional<std::string>("1.9")}) {
+        EXPECT_TRUE(runOf(reportOf(kBin, reads), RuleGroup::versions).ran);
+        EXPECT_EQ(rulesOf(reportOf(kBin, reads)), Strings{"structure-newer-element"});
+    }
+}
+
+TEST(XMEMLVersions, aMissingVersionIsAWarningOfTheRuleThatTellsItOfFCPXML) {
+    std::string text = kBin;
+    text.erase(text.find(" version"), 12);
+    const Report report = reportOf(text, std::nullopt);
+    const Finding& finding = report.findings.kept()[0];
+    EXPECT_EQ(finding.severity, Severity::warning);
+    EXPECT_EQ(finding.message(),
+              "the file does not say which version of XMEML it is in; <xmeml> should have the "
+              "attribute version, such as version=\"5\"");
 }
 
 TEST(XMEMLStructure, doesNotMissWhatAFileThatEndsEarlyMayHaveHad) {

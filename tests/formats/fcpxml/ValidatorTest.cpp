@@ -27,7 +27,7 @@ std::vector<Found> faultsOf(const std::string& text, int minor = 10, bool standa
                                         std::string(fault.attribute),
                                         std::string(fault.value),
                                         {}};
-                            for (const ElementId id : fault.expected) {
+                            for (const ElementId id : fault.expected()) {
                                 entry.expected.emplace_back(Catalogue::shared().element(id).name);
                             }
                             found.push_back(entry);
@@ -130,7 +130,7 @@ TEST(FCPXMLValidator, tellsTextWhereElementsStand) {
 }
 
 TEST(FCPXMLValidator, wantsAnEmptyElementEmpty) {
-    for (const char* content : {" ", "a", "<!-- -->", "<?a b?>", "<![CDATA[]]>", "<note/>"}) {
+    for (const char* content : {" ", "a", "<!-- -->", "<?a b?>", "<![CDATA[]]>"}) {
         EXPECT_EQ(
             onlyFault(withResources("<format id=\"r1\">" + std::string(content) + "</format>"))
                 .kind,
@@ -138,6 +138,14 @@ TEST(FCPXMLValidator, wantsAnEmptyElementEmpty) {
             << content;
     }
     EXPECT_TRUE(faultsOf(withResources("<format id=\"r1\"></format>")).empty());
+}
+
+TEST(FCPXMLValidator, tellsAChildOfAnEmptyElementAndNotTheBlanksAroundIt) {
+    const Found fault = onlyFault(withResources("<format id=\"r1\"> <note/> <!-- --></format>"));
+    EXPECT_EQ(fault.kind, Kind::misplacedElement);
+    EXPECT_EQ(fault.element, "note");
+    EXPECT_EQ(fault.parent, "format");
+    EXPECT_TRUE(fault.expected.empty());
 }
 
 TEST(FCPXMLValidator, tellsAttributes) {
