@@ -68,7 +68,9 @@ class Check {
         : bytes_(bytes), text_(text), decoding_(decoding), options_(options), report_(report) {}
 
     void run() {
-        makeValidator(indexOfHead(text_));
+        const ElementIndex head = indexOfHead(text_);
+        lookForCharacters(head);
+        makeValidator(head);
         readMarkup();
         if (index_->kind() == FileKind::xmeml) {
             xmeml::check(*index_, isComplete_, options_, report_);
@@ -84,6 +86,17 @@ class Check {
     }
 
   private:
+    // Of the markup nothing but the place of the root has to be known.
+    void lookForCharacters(const ElementIndex& head) {
+        if (head.size() != 0 && options_.runsBeside(text_.size())) {
+            root_ = head.spanOf(0).offset;
+            characters_.emplace(true, report_.findings,
+                                [text = text_, root = root_](Findings& found) {
+                                    checkCharacters(text, root, found);
+                                });
+        }
+    }
+
     void judgeFCPXML() {
         judgeStructure();
         if (index_->kind() == FileKind::fcpxml) {
@@ -151,7 +164,12 @@ class Check {
         if (index_->kind() != FileKind::fcpxml && index_->kind() != FileKind::xmeml) {
             return skip(RuleGroup::characters, whyNotJudged());
         }
-        checkCharacters(text_, index_->spanOf(0).offset, report_.findings);
+        const std::size_t root = index_->spanOf(0).offset;
+        if (characters_ && root == root_) {
+            characters_->addTo(report_.findings);
+        } else {
+            checkCharacters(text_, root, report_.findings);
+        }
         report_.groups.push_back({RuleGroup::characters, true, ""});
     }
 
@@ -249,7 +267,9 @@ class Check {
     Report& report_;
     std::optional<ElementIndex> index_;
     std::optional<fcpxml::Validator> validator_;
+    // Beside the reading of the markup, for a root element at this place.
     std::optional<RulesBeside> characters_;
+    std::size_t root_ = 0;
     fcpxml::Version version_;
     bool isComplete_ = false;
     bool isMended_ = false;

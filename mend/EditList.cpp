@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "base/FormatString.h"
-#include "base/Utf8.h"
-#include "xml/text/FileOffsets.h"
+#include "foundation/FormatString.h"
+#include "foundation/Utf8.h"
+#include "platform/LargePages.h"
+#include "xml/FileOffsets.h"
 
 namespace vornic {
 
@@ -148,7 +149,7 @@ std::string applyEdits(std::string_view text, const EditList& edits) {
         size += edit.text.size();
     }
     std::string result;
-    result.reserve(size);
+    platform::reserveInLargePages(result, size);
     std::size_t from = 0;
     for (const Edit& edit : edits) {
         result.append(text, from, edit.offset - from);
