@@ -294,7 +294,8 @@ TEST(Check, callsElementsByTheirNamesWhereTheStructureIsWrong) {
         Strings{"structure-content-in-empty-element 1: <format> \"HD\" has content; it should "
                 "be empty, even of white space and comments"});
     EXPECT_EQ(
-        told("<media id=\"r1\" name=\"Angles\"><multicam><mc-angle name=\"A\" "
+        told("<format id=\"r2\"/><media id=\"r1\" name=\"Angles\"><multicam "
+             "format=\"r2\"><mc-angle name=\"A\" "
              "angleID=\"1\"/><mc-angle name=\"B\" angleID=\"1\"/></multicam></media>" +
              end),
         Strings{"references-repeated-angle 1: the angle id \"1\" stands twice in the multicam "
