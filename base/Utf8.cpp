@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "foundation/FormatString.h"
+#include "base/FormatString.h"
 
 namespace vornic {
 

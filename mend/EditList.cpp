@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "foundation/FormatString.h"
-#include "foundation/Utf8.h"
-#include "platform/LargePages.h"
-#include "xml/FileOffsets.h"
+#include "base/FormatString.h"
+#include "base/Utf8.h"
+#include "platform/processes/LargePages.h"
+#include "xml/text/FileOffsets.h"
 
 namespace vornic {
 

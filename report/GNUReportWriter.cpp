@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "foundation/FormatString.h"
-#include "foundation/TerminalText.h"
+#include "base/FormatString.h"
+#include "base/TerminalText.h"
 #include "report/LeftOut.h"
 #include "report/RuleTable.h"
 

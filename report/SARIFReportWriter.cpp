@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <utility>
 
-#include "foundation/FormatString.h"
-#include "platform/PercentEncoding.h"
+#include "base/FormatString.h"
+#include "base/PercentEncoding.h"
 #include "report/LeftOut.h"
 #include "report/RuleTable.h"
 

@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "foundation/FormatString.h"
-#include "foundation/TerminalText.h"
+#include "base/FormatString.h"
+#include "base/TerminalText.h"
 #include "report/LeftOut.h"
 #include "report/RuleTable.h"
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <utility>
 
-#include "foundation/Text.h"
-#include "foundation/Utf8.h"
+#include "base/Text.h"
+#include "base/Utf8.h"
 #include "report/XMLRuleOf.h"
 #include "xml/text/NumberReference.h"
 #include "xml/text/TextPlace.h"
