@@ -65,21 +65,48 @@ class TextOfBytes {
     std::string_view text_;
 };
 
-// Gives places in a later round's bytes the offsets, lines and columns of the old bytes.
-void placeInOldBytes(std::vector<MendRecord>& records, const EditList& edits,
-                     const std::string& oldBytes) {
+// Lines and columns in a file, as far as something was found there.
+class KnownPlaces {
+  public:
+    // @param findings in the order of the file
+    void add(const Findings& findings) {
+        for (const Finding& finding : findings.kept()) {
+            if (finding.where.line != 0) {
+                places_.push_back({finding.where.offset, finding.where.line, finding.where.column});
+            }
+        }
+    }
+    // @return false for a place where nothing was found.
+    bool complete(Place& where) const {
+        const auto known = std::lower_bound(
+            places_.begin(), places_.end(), where.offset,
+            [](const Known& it, std::size_t offset) { return it.offset < offset; });
+        if (known == places_.end() || known->offset != where.offset) {
+            return false;
+        }
+        where.line = known->line;
+        where.column = known->column;
+        return true;
+    }
+
+  private:
+    struct Known {
+        std::size_t offset;
+        std::size_t line;
+        std::size_t column;
+    };
+    std::vector<Known> places_;
+};
+
+// Counts the lines and columns of the old bytes up to places in them, in any order.
+void countLines(std::vector<MendRecord>& records, const std::string& oldBytes) {
     const TextOfBytes source(oldBytes);
-    if (!source.isThere() || records.empty()) {
+    if (!source.isThere()) {
         return;
     }
-    const OldOffsets oldOffsets(edits);
     EditList places;
-    for (MendRecord& record : records) {
-        Place& where = record.finding.where;
-        const std::size_t end = oldOffsets.of(where.offset + where.length);
-        where.offset = oldOffsets.of(where.offset);
-        where.length = std::max(end, where.offset) - where.offset;
-        places.push_back({where.offset, 0, ""});
+    for (const MendRecord& record : records) {
+        places.push_back({record.finding.where.offset, 0, ""});
     }
     TextPlace lines(source.text());
     std::size_t index = 0;
@@ -88,6 +115,23 @@ void placeInOldBytes(std::vector<MendRecord>& records, const EditList& edits,
         lines.moveTo(place.offset);
         where.line = where.line == 0 ? 0 : lines.line();
         where.column = where.column == 0 ? 0 : lines.column();
+    }
+}
+
+// Gives places in a later round's bytes the offsets, lines and columns of the old bytes.
+void placeInOldBytes(std::vector<MendRecord>& records, const EditList& edits,
+                     const std::string& oldBytes, const KnownPlaces& known) {
+    const OldOffsets oldOffsets(edits);
+    bool isKnown = true;
+    for (MendRecord& record : records) {
+        Place& where = record.finding.where;
+        const std::size_t end = oldOffsets.of(where.offset + where.length);
+        where.offset = oldOffsets.of(where.offset);
+        where.length = std::max(end, where.offset) - where.offset;
+        isKnown = (where.line == 0 || known.complete(where)) && isKnown;
+    }
+    if (!isKnown) {
+        countLines(records, oldBytes);
     }
 }
 
@@ -246,7 +290,9 @@ class Mending {
         std::erase_if(records,
                       [isLast](const MendRecord& record) { return !record.isMade && !isLast; });
         if (!mended_.edits.empty()) {
-            placeInOldBytes(records, mended_.edits, origin());
+            placeInOldBytes(records, mended_.edits, origin(), known_);
+        } else if (!mended_.isEncodingChanged) {
+            known_.add(mended_.report.findings);
         }
         if (decoded_) {
             FileOffsets offsets(decoded_->text, decoded_->decoding);
@@ -295,6 +341,8 @@ class Mending {
     const MendedBytes::Watcher& watch_;
     CheckOptions options_;
     bool isFirstRound_ = true;
+    // Of the first round, whose places are those of the old bytes.
+    KnownPlaces known_;
     MendedBytes mended_;
     // Mends of the present round, for each rule.
     Counts made_{};

@@ -36,23 +36,25 @@ void check(const ElementIndex& index, bool isComplete, const CheckOptions& optio
     const View view(index, isComplete);
     const std::optional<int> reads =
         options.reads ? parseVersion(*options.reads) : std::optional<int>();
-    RulesBeside items(options.runsBeside(index.text().size()), report.findings,
-                      [&](Findings& found) {
-                          if (isComplete) {
-                              checkReferences(view, found);
-                          }
-                          checkTimelines(view, found);
-                      });
+    const bool isBeside = options.runsBeside(index.text().size());
+    RulesBeside references(isBeside, report.findings, [&](Findings& found) {
+        if (isComplete) {
+            checkReferences(view, found);
+        }
+    });
+    RulesBeside timelines(isBeside, report.findings,
+                          [&](Findings& found) { checkTimelines(view, found); });
     checkRoot(view, report.findings);
     checkElements(view, report.findings);
     checkVersions(view, reads, options.missingVersion, report.findings);
     report.groups.push_back({RuleGroup::structure, true, ""});
-    items.addTo(report.findings);
+    references.addTo(report.findings);
     if (isComplete) {
         report.groups.push_back({RuleGroup::references, true, ""});
     } else {
         skip(report, RuleGroup::references, "the file could not be read to its end");
     }
+    timelines.addTo(report.findings);
     report.groups.push_back({RuleGroup::timing, true, ""});
     checkPathURLs(view, report.findings);
     report.groups.push_back({RuleGroup::values, true, ""});

@@ -36,9 +36,12 @@ void IdTable::forEach(const Reader& read,
         });
         // Texts that differ and have one hash are as good as never met; those behind the first one
         // are compared with it alone, and so at worst not told.
-        const std::string_view text = read(first->element, firstStorage);
-        for (auto entry = first; entry != end; ++entry) {
-            if (entry == first || read(entry->element, storage) == text) {
+        tell(first->element, first->element);
+        // Most are alone, and reading them would go all over the file.
+        const std::string_view text =
+            end - first == 1 ? std::string_view() : read(first->element, firstStorage);
+        for (auto entry = first + 1; entry != end; ++entry) {
+            if (read(entry->element, storage) == text) {
                 tell(first->element, entry->element);
             }
         }
