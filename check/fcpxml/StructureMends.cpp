@@ -233,11 +233,17 @@ std::optional<Mend> attributeMend(const ElementIndex& index, const Definition& d
         edits.push_back({kept.end(), span.end() - kept.end(), ""});
     } else {
         const std::size_t blanks = text.find_last_not_of(kBlanks, span.offset - 1) + 1;
-        // An element that has to be empty may not even hold a line break.
-        const bool isWhole = definition.element("asset")->kind == fcpxml::ContentKind::empty &&
-                             index.nextSiblingOf(part) == kNoElement;
-        const std::size_t end = isWhole ? text.find_first_not_of(kBlanks, span.end()) : span.end();
-        edits.push_back({blanks, end - blanks, ""});
+        edits.push_back({blanks, span.end() - blanks, ""});
+    }
+    // An element that has to be empty may not even hold a line break.
+    if (definition.element("asset")->kind == fcpxml::ContentKind::empty) {
+        const TextSpan content = index.contentOf(asset);
+        const std::size_t first = text.find_first_not_of(kBlanks, content.offset);
+        const std::size_t behind = text.find_first_not_of(kBlanks, span.end());
+        if (first != span.offset || behind != content.end() || bookmark != kNoElement) {
+            return std::nullopt;
+        }
+        edits.back() = {content.offset, content.length, ""};
     }
     return Mend{Confidence::ask, "move the path into the attribute src of its asset",
                 std::move(edits)};

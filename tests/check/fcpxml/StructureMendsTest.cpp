@@ -136,6 +136,18 @@ TEST(StructureMends, putThePathOfAMediaRepIntoItsAsset) {
     }
 }
 
+TEST(StructureMends, leaveNothingInAnAssetThatHasToBeEmpty) {
+    const auto file = [](const std::string& asset) {
+        return "<fcpxml version=\"1.0\"><project><resources>" + asset +
+               "<format id=\"r2\"/></resources><sequence format=\"r2\"><spine/></sequence>"
+               "</project></fcpxml>";
+    };
+    const std::string part = "<media-rep kind=\"original-media\" src=\"file:///a.mov\"/>";
+    EXPECT_EQ(mended(file("<asset id=\"r1\">\n  " + part + "\n</asset>"), Confidence::ask),
+              file("<asset src=\"file:///a.mov\" id=\"r1\"></asset>"));
+    EXPECT_EQ(mended(file("<asset id=\"r1\">" + part + "<!-- --></asset>")), std::nullopt);
+}
+
 TEST(StructureMends, giveATwinAnIdOfItsOwnWhereTheKindSaysWhichIsMeant) {
     const auto file = [](const std::string& format, const std::string& reference) {
         return "<fcpxml version=\"1.10\"><resources><asset id=\"r1\"><media-rep "
