@@ -67,12 +67,14 @@ bool runContest(const Contest& contest, const std::string& outputPath) {
     const double ratio = median(ours.seconds) / median(rival.seconds);
     const bool fastEnough = ratio <= contest.timeTarget;
     const double memory = median(ours.megabytes) / median(rival.megabytes);
-    const bool smallEnough = memory <= contest.memoryTarget.value_or(memory);
+    const double megabytes = median(ours.megabytes);
+    const bool smallEnough = memory <= contest.memoryTarget.value_or(memory) &&
+                             megabytes <= contest.mostMegabytes.value_or(megabytes);
     std::printf("%-34s %6.1f ms %6.1f ms %6.2f %6.2f  %-6s %6.1f MB %6.1f MB %6.2f  %s\n",
                 contest.name.c_str(), median(ours.seconds) * kMilliseconds,
                 median(rival.seconds) * kMilliseconds, ratio, contest.timeTarget,
-                verdict(fastEnough), median(ours.megabytes), median(rival.megabytes), memory,
-                contest.memoryTarget ? verdict(smallEnough) : "");
+                verdict(fastEnough), megabytes, median(rival.megabytes), memory,
+                contest.memoryTarget || contest.mostMegabytes ? verdict(smallEnough) : "");
     std::fflush(stdout);
     return fastEnough && smallEnough;
 }

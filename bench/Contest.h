@@ -28,6 +28,8 @@ struct Contest {
     double timeTarget = 1;
     /// The median peak memory of ours is to be at most this many times the rival's, if anything.
     std::optional<double> memoryTarget;
+    /// The same in megabytes, whatever the rival's is.
+    std::optional<double> mostMegabytes = std::nullopt;
     int runs = 5;
 };
 

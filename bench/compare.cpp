@@ -31,6 +31,7 @@ constexpr std::size_t kMends = 1000;
 constexpr int kDefinedMinor = 10;
 // For what is measured for its memory alone.
 constexpr double kNoTarget = 100;
+constexpr double kConversionTarget = 0.35;
 
 std::string firstBytes(const std::string& path) {
     constexpr std::size_t kEnough = 400;
@@ -62,7 +63,7 @@ class Comparison {
         }
     }
 
-    /// @param only "checks", "media" or "mends", or nothing for all.
+    /// @param only "checks", "conversions", "media" or "mends", or nothing for all.
     bool run(std::string_view only) {
         printContestHeading();
         if (only.empty()) {
@@ -71,6 +72,9 @@ class Comparison {
         const auto isAsked = [only](std::string_view part) { return only.empty() || only == part; };
         if (isAsked("checks")) {
             compareChecks();
+        }
+        if (isAsked("conversions")) {
+            compareConversions();
         }
         if (isAsked("media")) {
             compareMedia();
@@ -132,6 +136,33 @@ class Comparison {
         compare({"60 MB: 6,000,000 faults / sound", faults, check(larger), kNoTarget, 1.3});
     }
 
+    // Down to 1.9 nothing is lost, down to 1.8 the path of each asset gets another place.
+    void compareConversions() {
+        const std::string projects = makeFCPXML("50 MB", {.bytes = 50 * kMegabyte});
+        const std::string many = makeFCPXML("200 MB", {.bytes = 200 * kMegabyte});
+        for (const std::string version : {"1.9", "1.8", "1.14"}) {
+            compareConversion("FCPXML 1.10 to " + version, projects, version);
+        }
+        compare({"convert FCPXML: 200 MB / 50 MB",
+                 convertProject(many, "1.8"),
+                 convertProject(projects, "1.8"),
+                 4.4,
+                 {}});
+        const std::string sound = make("50 MB", {.bytes = 50 * kMegabyte});
+        compareConversion("XMEML 5 to 4", sound, "4");
+    }
+
+    void compareConversion(const std::string& name, const std::string& file,
+                           const std::string& version) {
+        const double most = 2 * static_cast<double>(fs::file_size(file)) / kMegabyte;
+        compare({.name = "convert " + name + ", 50 MB",
+                 .ours = convertProject(file, version),
+                 .rival = format(file),
+                 .timeTarget = kConversionTarget,
+                 .memoryTarget = {},
+                 .mostMegabytes = most});
+    }
+
     void compareMedia() {
         const std::string sound = make("50 MB", {.bytes = 50 * kMegabyte});
         compare({"list media, XMEML, 50 MB", list(sound), lint(sound), 1, {}});
@@ -166,6 +197,25 @@ class Comparison {
         return {{programs_ + "/vornic-check", file},
                 [=] { settle(file); },
                 [](const std::string& printed) { return missing(printed, "0 errors, "); }};
+    }
+
+    // A new file beside the other one.
+    [[nodiscard]] Contender convertProject(const std::string& file,
+                                           const std::string& version) const {
+        const std::string result = folder_ + "/converted.xml";
+        return {{programs_ + "/vornic-convert", "--to", version, "-o", result, file},
+                [=] {
+                    fs::remove(result);
+                    settle(file);
+                },
+                [=](const std::string&) {
+                    return firstBytes(result).find(" version=\"" + version + "\"") !=
+                                   std::string::npos
+                               ? ""
+                               : "the version is not the one wanted";
+                },
+                // What else was known of an asset's media is lost.
+                version == "1.8" ? 1 : 0};
     }
 
     [[nodiscard]] Contender list(const std::string& file) const {
@@ -283,8 +333,10 @@ class Comparison {
 
 int main(int argc, char** argv) {
     const std::string_view only = argc == 3 ? argv[2] : "";
-    if (argc != 2 && only != "checks" && only != "media" && only != "mends") {
-        std::fputs("Usage: bench-compare FOLDER_OF_THE_PROGRAMS [checks|media|mends]\n", stderr);
+    if (argc != 2 && only != "checks" && only != "conversions" && only != "media" &&
+        only != "mends") {
+        std::fputs("Usage: bench-compare FOLDER_OF_THE_PROGRAMS [checks|conversions|media|mends]\n",
+                   stderr);
         return vornic::bench::kWrongUsage;
     }
     return vornic::bench::runInScratchFolder(

@@ -50,16 +50,6 @@ bool hasInternalSubset(std::string_view text) {
            text[end] == '[';
 }
 
-// The root element with its attributes, where it stands near the beginning of the text.
-ElementIndex indexOfHead(std::string_view text) {
-    constexpr std::size_t kHead = 16384;
-    const std::string_view head = text.substr(0, kHead);
-    ElementIndexBuilder builder(head);
-    UnheardXMLMends mends;
-    static_cast<void>(readXML(head, XMLMode::tolerant, &builder, &mends));
-    return std::move(builder).finish();
-}
-
 // Checks one text; the groups one after the other.
 class Check {
   public:

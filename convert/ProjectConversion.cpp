@@ -31,26 +31,6 @@ string_view markOf(const TextDecoding& decoding) {
     return decoding.encoding == "UTF-16BE" ? string_view("\xFE\xFF") : kByteOrderMark;
 }
 
-// The start tag of an FCPXML root that stands near the beginning of the text; "" for none.
-string_view rootInHead(string_view text) {
-    constexpr std::size_t kHead = 16384;
-    text = text.substr(0, kHead);
-    const std::size_t root = text.find("<fcpxml");
-    const std::size_t end = text.find('>', root);
-    return root == string_view::npos || end == string_view::npos ? ""
-                                                                 : text.substr(root, end - root);
-}
-
-string_view versionIn(string_view tag) {
-    const std::size_t name = tag.find("version");
-    const std::size_t open = tag.find_first_of("\"'", name);
-    if (name == string_view::npos || open == string_view::npos) {
-        return "";
-    }
-    const std::size_t close = tag.find(tag[open], open + 1);
-    return close == string_view::npos ? "" : tag.substr(open + 1, close - open - 1);
-}
-
 // Converts one text.
 class Converting {
   public:
@@ -70,16 +50,17 @@ class Converting {
             refuse("It is neither FCPXML nor XMEML.");
         }
         placeRefusal();
+        nameStructureFindings(*index_, result_.report.findings);
         PlaceFinder(*index_, result_.source.decoding).place(result_.report.findings);
     }
 
   private:
     void read() {
-        const string_view root = rootInHead(text_);
+        const ElementIndex head = indexOfHead(text_);
         const auto version = fcpxml::Version::parse(
-            request_.assumed ? string_view(*request_.assumed) : versionIn(root));
+            request_.assumed ? string_view(*request_.assumed) : head.version());
         std::optional<fcpxml::Validator> validator;
-        if (!root.empty() && version) {
+        if (head.kind() == FileKind::fcpxml && version) {
             validator.emplace(fcpxml::Definition::of(*version), false,
                               structureFindings(*version, text_, result_.report.findings));
         }
@@ -114,9 +95,13 @@ class Converting {
         return request_.assumed.value_or(string(index_->version()));
     }
 
-    // Nothing where the file does not say what it is.
+    // False, with the reason, where it is not known which version to read the file as.
     [[nodiscard]] bool isKnown(bool isVersion, string_view newest) {
-        if (versionText().empty()) {
+        if (request_.assumed && !isVersion) {
+            refuse(formatString("It is %@, which has no version %@.",
+                                index_->kind() == FileKind::fcpxml ? "FCPXML" : "XMEML",
+                                *request_.assumed));
+        } else if (versionText().empty()) {
             refuse("It does not say which version it is in; --assume VERSION says so.",
                    index_->startTagOf(0));
         } else if (!isVersion) {

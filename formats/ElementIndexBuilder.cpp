@@ -159,4 +159,13 @@ ElementIndex ElementIndexBuilder::finish() && {
     return std::move(index_);
 }
 
+ElementIndex indexOfHead(std::string_view text) {
+    constexpr std::size_t kHead = 16384;
+    const std::string_view head = text.substr(0, kHead);
+    ElementIndexBuilder builder(head);
+    UnheardXMLMends mends;
+    static_cast<void>(readXML(head, XMLMode::tolerant, &builder, &mends));
+    return std::move(builder).finish();
+}
+
 }  // namespace vornic

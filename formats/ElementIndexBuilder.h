@@ -62,6 +62,10 @@ class ElementIndexBuilder final : public XMLReaderEvents {
     std::array<std::uint16_t, 256> recent_{};
 };
 
+/// The root element with its attributes, where it stands near the beginning of a text; else
+/// nothing. What a file is has to be known before it is read as such.
+[[nodiscard]] ElementIndex indexOfHead(std::string_view text);
+
 }  // namespace vornic
 
 #endif

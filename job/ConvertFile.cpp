@@ -15,7 +15,7 @@
 #include "platform/files/Failure.h"
 #include "platform/files/FileSystem.h"
 #include "platform/files/Rename.h"
-#include "platform/files/TemporaryName.h"
+#include "platform/files/TemporaryFolder.h"
 
 namespace vornic {
 
@@ -118,6 +118,14 @@ class Converting {
     }
 
     [[nodiscard]] string whyNotInThisForm() const {
+        if (request_.output && request_.output->ends_with('/') &&
+            !platform::isDirectory(*request_.output) && !becomesBundle()) {
+            return formatString("there is no folder %@.", *request_.output);
+        }
+        if (request_.output && isBundleName(*request_.output) && !becomesBundle()) {
+            return formatString("%@ is the name of a bundle, and the result is a file.",
+                                *request_.output);
+        }
         if (request_.form == BundleForm::bundle && !hasBundles()) {
             return formatString("%@ %@ has no bundles.",
                                 conversion_.kind == FileKind::fcpxml ? "FCPXML" : "XMEML",
@@ -153,53 +161,61 @@ class Converting {
         return [this](const WorkingCopy::Sink& sink) { return conversion_.write(sink); };
     }
 
-    // @return false when it was refused.
-    bool writeFile(const string& wanted) {
+    void writeFile(const string& wanted) {
         ErrorSlot error;
         const std::optional<ResultFile> written = writeResultFile(wanted, writer(), path_, error);
         if (!written) {
-            refuse(error->localizedDescription());
-            return false;
+            return refuse(error->localizedDescription());
         }
         conversion_.report.conversion->result = written->path;
         tellLost(written->lostMetadata);
-        if (!bundle_.empty() && !becomesBundle()) {
+        if (!bundle_.empty()) {
             file_.notes.push_back(
                 formatString("What else is in the bundle %@ was not copied to the file.", bundle_));
         }
-        return true;
     }
 
     // The folder gets its name when everything is in it.
     void writeBundle() {
         const string wanted = wantedPath();
-        const string hidden =
-            platform::joinPath(platform::parentFolder(wanted),
-                               platform::temporaryName(platform::lastComponent(wanted)));
         ErrorSlot error;
-        ErrorSlot ignored;
-        const string content = platform::joinPath(hidden, kContent);
-        const bool isMade = bundle_.empty() ? platform::createDirectory(hidden, error)
-                                            : platform::copyItem(bundle_, hidden, error) &&
-                                                  platform::removeFile(content, error);
-        if (!isMade) {
-            static_cast<void>(platform::removeItem(hidden, ignored));
+        platform::TemporaryFolder hidden;
+        if (!hidden.make(wanted, error)) {
             return refuse(error->localizedDescription());
         }
-        if (!writeFile(content) || !giveName(hidden, wanted)) {
-            conversion_.report.conversion->result.clear();
-            static_cast<void>(platform::removeItem(hidden, ignored));
+        const string bundle = platform::joinPath(hidden.path(), platform::lastComponent(wanted));
+        const string content = platform::joinPath(bundle, kContent);
+        // It names what of the bundle it is that cannot be copied.
+        if (!bundle_.empty() && !platform::copyItem(bundle_, bundle, error)) {
+            return refuse(error->localizedDescription());
+        }
+        const bool isMade = bundle_.empty() ? platform::createDirectory(bundle, error)
+                                            : platform::removeFile(content, error);
+        const std::optional<ResultFile> written =
+            isMade ? writeResultFile(content, writer(), path_, error) : std::nullopt;
+        if (!written) {
+            return refuseFor(wanted, *error);
+        }
+        if (giveName(bundle, wanted)) {
+            tellLost(written->lostMetadata);
         }
     }
 
-    bool giveName(const string& hidden, const string& wanted) {
+    // What happened in the hidden folder has happened to the bundle, for the user.
+    void refuseFor(const string& wanted, const Error& reason) {
+        ErrorSlot error;
+        platform::failFile(error, wanted, "written", reason.code);
+        refuse(error->localizedDescription());
+    }
+
+    bool giveName(const string& bundle, const string& wanted) {
         const string name = platform::lastComponent(wanted);
         const string folder = wanted.substr(0, wanted.size() - name.size());
         int errorNumber = EEXIST;
         string path;
         for (long number = 1; errorNumber == EEXIST && number <= kMostNumbers; ++number) {
             path = folder + platform::numberedName(name, number, platform::kLongestName);
-            errorNumber = platform::renameWithoutReplacing(hidden, path);
+            errorNumber = platform::renameWithoutReplacing(bundle, path);
         }
         if (errorNumber != 0) {
             ErrorSlot error;

@@ -70,7 +70,8 @@ void InPlaceChange::finish(bool isWanted, SwapObserver& observer) {
         ErrorSlot error;
         copy_.remove(error);
         isRemoved_ = true;
-        if (error) {
+        // A copy that could not be filled is gone already.
+        if (error && error->code != ENOENT) {
             result_.notes.push_back(error->localizedDescription());
         }
     }

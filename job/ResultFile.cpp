@@ -52,6 +52,8 @@ std::optional<ResultFile> writeResultFile(const std::string& path, const Working
         platform::failFile(error, from, "read", errno);
         return std::nullopt;
     }
+    // What killed runs have left there.
+    platform::removeDeadTemporaries(platform::parentFolder(path));
     platform::TemporaryFile file;
     // A name of its own: what stands at the path is nobody's business until the end.
     const std::string own = platform::joinPath(

@@ -23,7 +23,13 @@ constexpr std::pair<RuleGroup, std::string_view> kGroups[] = {
     {RuleGroup::values, "The form of single values."},
     {RuleGroup::versions, "What a receiver of an older version cannot read."},
     {RuleGroup::characters, "Characters that programs take out or stumble over."},
-    {RuleGroup::media, "The media files that the project names."}};
+    {RuleGroup::media, "The media files that the project names."},
+    {RuleGroup::salvage,
+     "What a salvage guesses (vornic-repair --salvage). No check looks for it."},
+    {RuleGroup::conversion,
+     "What a conversion drops, which is a warning, or gives another form (vornic-convert). No "
+     "check "
+     "looks for it."}};
 
 bool isOfACheck(const Rule& rule) {
     return vornic::isOfACheck(rule.group);
@@ -106,25 +112,30 @@ std::string ruleInRoff(const Rule& rule) {
 }
 
 constexpr std::string_view kMarkdownHead =
-    "# Rules of vornic-check\n"
+    "# Rules\n"
     "\n"
-    "Made from the table of rules (`report/rules/`) by `scripts/refresh-rules`; `vornic-check "
-    "--explain RULE`\n"
-    "and vornic-rules(7) tell the same. Ids are never renamed. `{names}` in a message stand for "
-    "what is in the\n"
-    "file. An error is refused, dropped or broken by an editing program; with a warning the file "
-    "is read, but\n"
-    "perhaps not as it is meant; an info is worth knowing and no more. A single finding may weigh "
-    "otherwise\n"
-    "than its rule.\n"
+    "What `vornic-check`, `vornic-repair --salvage` and `vornic-convert` say about files. Made "
+    "from "
+    "the table of\n"
+    "rules (`report/rules/`) by `scripts/refresh-rules`; `vornic-check --explain RULE` and "
+    "vornic-rules(7) tell\n"
+    "the same. Ids are never renamed. `{names}` in a message stand for what is in the file. An "
+    "error is\n"
+    "refused, dropped or broken by an editing program; with a warning the file is read, but "
+    "perhaps not as it\n"
+    "is meant; an info is worth knowing and no more. A single finding may weigh otherwise than its "
+    "rule.\n"
     "\n";
 
 constexpr std::string_view kRoffHead =
     ".SH NAME\n"
-    "vornic\\-rules \\- what vornic\\-check finds in project files\n"
+    "vornic\\-rules \\- what is said about project files, and what it means\n"
     ".SH DESCRIPTION\n"
     "Each finding of\n"
-    ".BR vornic\\-check (1)\n"
+    ".BR vornic\\-check (1),\n"
+    ".B vornic\\-repair \\-\\-salvage\n"
+    "and\n"
+    ".BR vornic\\-convert (1)\n"
     "has the id of a rule, which is never renamed.\n"
     "Names in braces stand for what is in the file.\n"
     "A single finding may weigh otherwise than its rule.\n";
@@ -197,7 +208,9 @@ std::string rulesInRoff(const std::string& date) {
             page += rule.group == group ? ruleInRoff(rule) : "";
         }
     }
-    return page + ".SH \"SEE ALSO\"\n.BR vornic\\-check (1)\n";
+    return page +
+           ".SH \"SEE ALSO\"\n.BR vornic\\-check (1),\n.BR vornic\\-convert (1),\n"
+           ".BR vornic\\-repair (1)\n";
 }
 
 }  // namespace vornic

@@ -119,7 +119,7 @@ int print(std::string_view text, int status = 0) {
 }
 
 int explain(const std::string& name) {
-    RuleSelection selection;
+    RuleSelection selection(RuleSelection::Scope::allPrograms);
     if (const std::string fault = selection.addOnly(name); !fault.empty()) {
         complainOfCheck(fault);
         return kWrongUsage;

@@ -9,26 +9,6 @@
 
 namespace vornic {
 
-namespace {
-
-// With the name that was perhaps meant.
-std::string unknownRule(std::string_view name) {
-    std::vector<std::string_view> names;
-    for (const Rule& rule : kRuleTable) {
-        if (isOfACheck(rule.group)) {
-            names.push_back(rule.id);
-        }
-    }
-    for (const RuleGroup group : kCheckedGroups) {
-        names.push_back(nameOf(group));
-    }
-    const std::string_view nearest = nearestName(name, names);
-    return formatString("there is no rule or group %@%@", name,
-                        nearest.empty() ? "" : formatString("; perhaps %@ is meant", nearest));
-}
-
-}  // namespace
-
 std::string RuleSelection::addOnly(std::string_view list) {
     // A check of no rule at all would find every file sound.
     if (list.empty()) {
@@ -62,15 +42,14 @@ std::vector<RuleId> RuleSelection::ignored() const {
     return rules;
 }
 
-std::string RuleSelection::mark(Marks& marks, std::string_view list) {
+std::string RuleSelection::mark(Marks& marks, std::string_view list) const {
     while (!list.empty()) {
         const std::string_view name = list.substr(0, list.find(','));
         list.remove_prefix(std::min(name.size() + 1, list.size()));
         bool isKnown = false;
         for (std::size_t index = 0; index < kRuleCount; ++index) {
             const Rule& rule = kRuleTable[index];
-            const bool isChecked = isOfACheck(rule.group);
-            if (isChecked && (name == "*" || name == rule.id || name == nameOf(rule.group))) {
+            if (mayName(rule) && (name == "*" || name == rule.id || name == nameOf(rule.group))) {
                 marks[index] = true;
                 isKnown = true;
             }
@@ -82,6 +61,20 @@ std::string RuleSelection::mark(Marks& marks, std::string_view list) {
         }
     }
     return "";
+}
+
+// With the name that was perhaps meant.
+std::string RuleSelection::unknownRule(std::string_view name) const {
+    std::vector<std::string_view> names;
+    for (const Rule& rule : kRuleTable) {
+        if (mayName(rule)) {
+            names.push_back(rule.id);
+            names.push_back(nameOf(rule.group));
+        }
+    }
+    const std::string_view nearest = nearestName(name, names);
+    return formatString("there is no rule or group %@%@", name,
+                        nearest.empty() ? "" : formatString("; perhaps %@ is meant", nearest));
 }
 
 }  // namespace vornic

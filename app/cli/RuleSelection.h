@@ -14,6 +14,16 @@ namespace vornic {
 /// for all.
 class RuleSelection {
   public:
+    /// Which rules may be named.
+    enum class Scope {
+        /// Those that a check looks at.
+        checks,
+        /// Those of salvages, conversions and repairs, too.
+        allPrograms,
+    };
+
+    explicit RuleSelection(Scope scope = Scope::checks) : scope_(scope) {}
+
     /// From the first call on, only rules that such a list names are looked at.
     /// @return what is wrong with the list, or "".
     [[nodiscard]] std::string addOnly(std::string_view list);
@@ -27,8 +37,13 @@ class RuleSelection {
 
   private:
     using Marks = std::array<bool, kRuleCount>;
-    [[nodiscard]] static std::string mark(Marks& marks, std::string_view list);
+    [[nodiscard]] bool mayName(const Rule& rule) const {
+        return scope_ == Scope::allPrograms || isOfACheck(rule.group);
+    }
+    [[nodiscard]] std::string mark(Marks& marks, std::string_view list) const;
+    [[nodiscard]] std::string unknownRule(std::string_view name) const;
 
+    Scope scope_;
     bool hasOnly_ = false;
     Marks only_{};
     Marks ignored_{};

@@ -35,14 +35,8 @@ class IndexedText {
     [[nodiscard]] const ElementIndex& index() const { return *index_; }
 
   private:
-    class Unheard final : public XMLMendSink {
-        void mend(const XMLMend& /*mend*/, std::string_view /*name*/) override {}
-        void edit(const XMLEdit& /*edit*/) override {}
-        void dropped(TextSpan /*characters*/) override {}
-    };
-
     string text_;
-    Unheard mends_;
+    UnheardXMLMends mends_;
     ElementIndexBuilder builder_;
     std::optional<ElementIndex> index_;
 };

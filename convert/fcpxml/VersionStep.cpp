@@ -81,13 +81,12 @@ ElementNumber VersionStep::visit(ElementNumber element) {
     if (root_.isMoving()) {
         root_.beforeChild(element);
     }
-    if (const auto gap = gaps_.find(element); gap != gaps_.end() && from != nullptr) {
+    if (gaps_.contains(element) && from != nullptr) {
         return enterAsGap(element, *from);
     }
     Frame& parent = open_.back();
     if (parent.to == nullptr) {
-        return drop(
-            {"conversion-element-lost"_rule, element, state_.index.spanOf(element), {}, {}});
+        return drop(lossOf(element));
     }
     if (from == nullptr) {
         parent.isExcused = true;
@@ -95,33 +94,48 @@ ElementNumber VersionStep::visit(ElementNumber element) {
     }
     const bool hadPlace = accept(*parent.from, parent.fromState, id);
     stateBefore_ = parent.toState;
+    return parent.from->name == "asset" && media_.convertChild(element)
+               ? state_.index.endOf(element)
+               : place(element, *from, hadPlace);
+}
+
+// @param hadPlace whether it stood where the old version wants it
+ElementNumber VersionStep::place(ElementNumber element, const ElementDefinition& from,
+                                 bool hadPlace) {
+    Frame& parent = open_.back();
     const std::string_view name =
         renamed(state_.index, element, parent.from->name, state_.from, state_.to);
     const ElementDefinition* const to = to_.element(name);
-    const bool isMedia = parent.from->name == "asset" && media_.convertChild(element);
-    if (isMedia) {
-        return state_.index.endOf(element);
-    }
-    const bool isMoved =
-        root_.isMoving() && hadPlace &&
-        (root_.project() == vornic::kNoElement
-             ? name == "project" && open_.size() == 1
-             : parent.element == root_.project() && root_.movesOut(name, *to_.element("event")));
-    if (isMoved) {
+    if (hadPlace && movesOut(name)) {
         parent.isExcused = true;
-        return enter(element, *from, *to);
+        return enter(element, from, *to);
     }
     if (to != nullptr && accept(*parent.to, parent.toState, to->id)) {
         parent.isExcused = parent.isExcused || !hadPlace;
-        return enter(element, *from, *to);
+        return enter(element, from, *to);
     }
-    const bool mayStay =
-        to != nullptr && !hadPlace && (parent.to->mentions(to->id) || !parent.from->mentions(id));
+    // A fault of the file stays one.
+    const bool mayStay = to != nullptr && !hadPlace &&
+                         (parent.to->mentions(to->id) || !parent.from->mentions(from.id));
     if (mayStay) {
         parent.isExcused = true;
-        return enter(element, *from, *to);
+        return enter(element, from, *to);
     }
-    return drop({"conversion-element-lost"_rule, element, state_.index.spanOf(element), {}, {}});
+    return drop(lossOf(element));
+}
+
+// True for the root's project, and for what stands in it and gets a place around it.
+bool VersionStep::movesOut(std::string_view name) const {
+    if (!root_.isMoving()) {
+        return false;
+    }
+    return root_.project() == vornic::kNoElement ? name == "project" && open_.size() == 1
+                                                 : open_.back().element == root_.project() &&
+                                                       root_.movesOut(name, *to_.element("event"));
+}
+
+Change VersionStep::lossOf(ElementNumber element) const {
+    return {"conversion-element-lost"_rule, element, state_.index.spanOf(element), {}, {}};
 }
 
 ElementNumber VersionStep::enter(ElementNumber element, const ElementDefinition& from,
@@ -147,18 +161,25 @@ ElementNumber VersionStep::enter(ElementNumber element, const ElementDefinition&
         open_.back().toState = frame.stateBefore;
         return drop(*why);
     }
-    if (from.name == "asset" && (state_.crossesUpTo(9) || state_.crossesDownFrom(9))) {
-        media_.convertStartTag(element);
-        if (state_.crossesUpTo(9)) {
-            static_cast<void>(accept(to, frame.toState, Catalogue::shared().idOf("media-rep")));
-        }
-    }
-    if (from.name == "transition" && state_.crossesUpTo(3)) {
-        moveTransitionReference(element);
-        static_cast<void>(accept(to, frame.toState, Catalogue::shared().idOf("filter-video")));
-    }
+    moveReferences(frame);
     open_.push_back(frame);
     return element + 1;
+}
+
+// The path of an asset's media and the effect of a transition get another place.
+void VersionStep::moveReferences(Frame& frame) {
+    if (frame.from->name == "asset" && (state_.crossesUpTo(9) || state_.crossesDownFrom(9))) {
+        media_.convertStartTag(frame.element);
+        if (state_.crossesUpTo(9)) {
+            static_cast<void>(
+                accept(*frame.to, frame.toState, Catalogue::shared().idOf("media-rep")));
+        }
+    }
+    if (frame.from->name == "transition" && state_.crossesUpTo(3)) {
+        moveTransitionReference(frame.element);
+        static_cast<void>(
+            accept(*frame.to, frame.toState, Catalogue::shared().idOf("filter-video")));
+    }
 }
 
 // From 1.3 on the effect of a transition is the one of a filter in it.
@@ -332,38 +353,43 @@ bool VersionStep::isRemoved(ElementNumber element) const {
 
 // @return whether something that stays refers to an id that has gone unnoticed so far.
 bool VersionStep::findLostIds() {
-    const ElementIndex& index = state_.index;
+    std::unordered_set<std::string> lost = newlyLostIds();
+    const bool isReferred =
+        !lost.empty() &&
+        std::any_of(kIndexedAttributes.begin(), kIndexedAttributes.end(), [&](auto name) {
+            const auto& elements = state_.index.elementsWithAttribute(name);
+            return std::any_of(elements.begin(), elements.end(), [&](ElementNumber element) {
+                return refersTo(lost, element, name);
+            });
+        });
+    state_.lostIds.merge(lost);
+    return isReferred;
+}
+
+std::unordered_set<std::string> VersionStep::newlyLostIds() const {
     std::unordered_set<std::string> lost;
     for (const auto& [first, end] : state_.removed) {
         for (ElementNumber element = first; element < end; ++element) {
-            if (const auto id = index.attributeOf(element, "id")) {
-                std::string value = normalisedAttributeValue(id->of(index.text()), true);
+            if (const auto id = state_.index.attributeOf(element, "id")) {
+                std::string value = normalisedAttributeValue(id->of(state_.index.text()), true);
                 if (!state_.lostIds.contains(value)) {
                     lost.insert(std::move(value));
                 }
             }
         }
     }
-    if (lost.empty()) {
-        return false;
-    }
-    const auto refersToLost = [&](std::string_view name, ElementNumber element) {
-        const ElementDefinition* const from = from_.element(idOf(element));
-        const AttributeDefinition* const attribute =
-            from == nullptr ? nullptr : from->attribute(name);
-        return attribute != nullptr && attribute->type == AttributeType::reference &&
-               lost.contains(
-                   normalisedAttributeValue(index.attributeTextOf(element, name), true)) &&
-               !isRemoved(element);
-    };
-    const bool isReferred =
-        std::any_of(kIndexedAttributes.begin(), kIndexedAttributes.end(), [&](auto name) {
-            const auto& elements = index.elementsWithAttribute(name);
-            return std::any_of(elements.begin(), elements.end(),
-                               [&](ElementNumber element) { return refersToLost(name, element); });
-        });
-    state_.lostIds.merge(lost);
-    return isReferred;
+    return lost;
+}
+
+// True for an element that stays and names one of the ids in a reference.
+bool VersionStep::refersTo(const std::unordered_set<std::string>& ids, ElementNumber element,
+                           std::string_view name) const {
+    const ElementDefinition* const from = from_.element(idOf(element));
+    const AttributeDefinition* const attribute = from == nullptr ? nullptr : from->attribute(name);
+    return attribute != nullptr && attribute->type == AttributeType::reference &&
+           ids.contains(
+               normalisedAttributeValue(state_.index.attributeTextOf(element, name), true)) &&
+           !isRemoved(element);
 }
 
 }  // namespace vornic::fcpxml

@@ -3,6 +3,9 @@
 
 #include <map>
 #include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "convert/fcpxml/AssetMedia.h"
@@ -49,8 +52,13 @@ class VersionStep {
 
     void walk();
     [[nodiscard]] ElementNumber visit(ElementNumber element);
+    [[nodiscard]] ElementNumber place(ElementNumber element, const ElementDefinition& from,
+                                      bool hadPlace);
+    [[nodiscard]] bool movesOut(std::string_view name) const;
+    [[nodiscard]] Change lossOf(ElementNumber element) const;
     [[nodiscard]] ElementNumber enter(ElementNumber element, const ElementDefinition& from,
                                       const ElementDefinition& to);
+    void moveReferences(Frame& frame);
     [[nodiscard]] ElementNumber enterAsGap(ElementNumber element, const ElementDefinition& from);
     [[nodiscard]] ElementNumber enterAuditionAsGap(ElementNumber audition);
     [[nodiscard]] ElementNumber leave();
@@ -62,6 +70,9 @@ class VersionStep {
     void takeOffsetOf(ElementNumber audition, ElementNumber item);
     void moveTransitionReference(ElementNumber transition);
     [[nodiscard]] bool findLostIds();
+    [[nodiscard]] std::unordered_set<std::string> newlyLostIds() const;
+    [[nodiscard]] bool refersTo(const std::unordered_set<std::string>& ids, ElementNumber element,
+                                std::string_view name) const;
     [[nodiscard]] bool isRemoved(ElementNumber element) const;
     [[nodiscard]] ElementId idOf(ElementNumber element) const;
 

@@ -127,6 +127,11 @@ TEST_F(ConversionCommandLineTest, writesBundlesAndReadsThem) {
     EXPECT_EQ(convert({"--to", "1.12", "--no-bundle", bundle}).status, 0);
     EXPECT_TRUE(fs::is_regular_file(at("Cut (1.10) (1.12).fcpxml")));
     EXPECT_EQ(convert({"--to", "1.8", "--bundle", "Cut.fcpxml"}).status, 3);
+    const ProgramResult named = convert({"--to", "1.8", "-o", "Old.fcpxmld", "Cut.fcpxml"});
+    EXPECT_EQ(named.status, 3);
+    EXPECT_THAT(named.errors,
+                HasSubstr("Old.fcpxmld is the name of a bundle, and the result is a file."));
+    EXPECT_FALSE(exists(at("Old.fcpxmld")));
     EXPECT_EQ(convert({"--to", "1.8", "--in-place", bundle}).status, 3);
     EXPECT_EQ(convert({"--to", "1.14", "--in-place", bundle}).status, 0);
     EXPECT_EQ(readBytes(bundle + "/Info.fcpxml"), withVersion(kPlain, "1.14"));
@@ -143,6 +148,11 @@ TEST_F(ConversionCommandLineTest, goesOnAfterAFileThatItRefuses) {
         HasSubstr("vornic-convert: The file Old.xml was not converted: It is XMEML, which is "
                   "not converted to FCPXML 1.9.\n"));
     EXPECT_THAT(namesIn(at("out")), ElementsAre("Cut (1.9).fcpxml"));
+    const ProgramResult missing = convert({"--to", "1.9", "-o", "none/", "Cut.fcpxml"});
+    EXPECT_EQ(missing.status, 3);
+    EXPECT_EQ(missing.errors,
+              "vornic-convert: The file Cut.fcpxml was not converted: there is no folder none/.\n");
+    EXPECT_FALSE(exists(at("none")));
 }
 
 TEST_F(ConversionCommandLineTest, reportsAsJSONByTheSchema) {

@@ -111,7 +111,8 @@ void Judge::judgeTruth(const ProgramEnd& end, const World& world) {
             judgeUndo(end, world);
             break;
         case SceneKind::Work::mend:
-            judgeMend(end, world);
+        case SceneKind::Work::version:
+            judgeInPlaceChange(end, world);
             break;
     }
     judgeMetadata(end, world);
@@ -144,22 +145,22 @@ void Judge::judgeRepair(const ProgramEnd& end, const World& world) {
     }
 }
 
-void Judge::judgeMend(const ProgramEnd& end, const World& world) {
+void Judge::judgeInPlaceChange(const ProgramEnd& end, const World& world) {
     const bool isDone = bytesAtPath(world) == baseline_.result && world.isInTrash(kind_.bytes);
     if (end.status == 0 && !isDone) {
-        add("status 0, and the file is not mended or the original not in the Trash");
+        add("status 0, and the file is not changed or the original not in the Trash");
     }
     const bool isTold = end.status == 3 && !end.errors.empty();
     if (!isDone && demands_.canSpeak && !isTold) {
-        add("not mended, and no word why, with status " + std::to_string(end.status));
+        add("not changed, and no word why, with status " + std::to_string(end.status));
     }
     if (isDone && end.status != 0 && demands_.canSpeak && end.errors.empty()) {
-        add("mended, with status " + std::to_string(end.status) + " and no word why");
+        add("changed, with status " + std::to_string(end.status) + " and no word why");
     }
     // Without memory it cannot be told what had been done by then.
     if (isDone && end.status == 3 && demands_.failureMustBeTrue &&
         !says(end.errors, "not enough memory")) {
-        add("mended, and told as a failure");
+        add("changed, and told as a failure");
     }
     if (world.files.contains(workingCopyName(kind_)) &&
         !isAmong(workingCopyName(kind_), demands_.strangers) &&

@@ -46,7 +46,7 @@ class Judge {
     void judgeFiles(const World& world, const std::vector<std::string>& atPath);
     void judgeTruth(const ProgramEnd& end, const World& world);
     void judgeRepair(const ProgramEnd& end, const World& world);
-    void judgeMend(const ProgramEnd& end, const World& world);
+    void judgeInPlaceChange(const ProgramEnd& end, const World& world);
     void judgeUndo(const ProgramEnd& end, const World& world);
     void judgeConversion(const ProgramEnd& end, const World& world);
     void judgeMetadata(const ProgramEnd& end, const World& world);

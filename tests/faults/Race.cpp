@@ -53,7 +53,7 @@ std::vector<std::string> Race::namesFor(const SceneKind& kind) {
     }
     std::vector<std::string> names = {"source-in-place", "source-renamed", "source-saved-as",
                                       "source-half", "source-link"};
-    if (kind.work == SceneKind::Work::repair || kind.work == SceneKind::Work::mend) {
+    if (kind.work == SceneKind::Work::repair || isInPlaceChange(kind)) {
         for (const char* name : {"copy-in-place", "copy-renamed", "copy-saved-as", "copy-link"}) {
             names.emplace_back(name);
         }
@@ -118,8 +118,8 @@ void Race::finish() {
 }
 
 Demands Race::demands() const {
-    const bool isKept = scene_.kind().work == SceneKind::Work::repair ||
-                        scene_.kind().work == SceneKind::Work::mend;
+    const bool isKept =
+        scene_.kind().work == SceneKind::Work::repair || isInPlaceChange(scene_.kind());
     Demands demands = demandsOf(scene_.kind(), baseline_);
     demands.strangers = {workingCopyName(scene_.kind()), kVictim, kKept};
     if (isAboutCopy()) {

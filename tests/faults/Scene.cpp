@@ -104,6 +104,8 @@ ProgramStart Scene::start() const {
             return startOf({"--undo"}, "/vornic-repair");
         case SceneKind::Work::mend:
             return startOf({"--fix"}, "/vornic-check");
+        case SceneKind::Work::version:
+            return startOf({"--to", "5", "--in-place"}, "/vornic-convert");
         case SceneKind::Work::repair:
             break;
     }
@@ -176,7 +178,7 @@ BaselineResult makeBaseline(const Stage& stage, const SceneKind& kind) {
         result.good = result.good && baseline.end.status == 0 && baseline.result == kind.bytes &&
                       baseline.before.files.at(kind.file) != kind.bytes;
     }
-    if (kind.work == SceneKind::Work::mend) {
+    if (isInPlaceChange(kind)) {
         result.good = result.good && baseline.end.status == 0 && baseline.result != kind.bytes;
     }
     if (result.ready && !result.good) {

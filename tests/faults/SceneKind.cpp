@@ -40,6 +40,7 @@ const std::string kSound = "No repair was necessary.";
 const std::string kUnable = "Unable to repair file.";
 
 const std::string kMended = " mended\n";
+const std::string kOriginal = "The original is ";
 
 std::vector<SceneKind> makeSceneKinds() {
     using Work = SceneKind::Work;
@@ -51,6 +52,7 @@ std::vector<SceneKind> makeSceneKinds() {
     const std::string large =
         xmeml("4", clips(1, "Sand & Sea") + clips(kManyClips, "Sand &amp; Sea"));
     const std::string old = xmeml("1", clips(kFewClips, "Sand &amp; Sea"));
+    const std::string oldAndLarge = xmeml("1", clips(kManyClips, "Sand &amp; Sea"));
     return {
         {"damaged", Work::repair, "Cut.xml", damagedDocument('a'), bystanders, kRepaired},
         {"sound", Work::repair, "Cut.xml", soundDocument('a'), bystanders, kSound},
@@ -65,9 +67,11 @@ std::vector<SceneKind> makeSceneKinds() {
         {"mend", Work::mend, "Cut.xml", damagedDocument('a'), bystanders, kMended},
         {"mend-large", Work::mend, "Cut.xml", large, bystanders, kMended},
         {"mend-apart", Work::mend, "Cut.xml", damagedDocument('a'), bystanders, kMended, true},
+        {"version", Work::version, "Cut.xml", old, bystanders, kOriginal},
+        {"version-large", Work::version, "Cut.xml", oldAndLarge, bystanders, kOriginal},
+        {"version-apart", Work::version, "Cut.xml", old, bystanders, kOriginal, true},
         {"convert", Work::conversion, "Cut.xml", old, bystanders, ""},
-        {"convert-large", Work::conversion, "Cut.xml",
-         xmeml("1", clips(kManyClips, "Sand &amp; Sea")), bystanders, ""},
+        {"convert-large", Work::conversion, "Cut.xml", oldAndLarge, bystanders, ""},
         {"convert-refused", Work::conversion, "Cut.xml", xmeml("4", "<name>"), bystanders,
          "Unable to load XML file"},
     };
@@ -88,7 +92,14 @@ const std::vector<SceneKind>& sceneKinds() {
     return kinds;
 }
 
+bool isInPlaceChange(const SceneKind& kind) {
+    return kind.work == SceneKind::Work::mend || kind.work == SceneKind::Work::version;
+}
+
 std::string workingCopyName(const SceneKind& kind) {
+    if (kind.work == SceneKind::Work::version) {
+        return "." + kind.file + ".vornic-convert";
+    }
     if (kind.work == SceneKind::Work::mend) {
         return "." + kind.file + ".vornic-mend";
     }

@@ -9,8 +9,9 @@ namespace vornic::test {
 
 /// What a run is to do and on which files.
 struct SceneKind {
-    /// `undo` takes back a repair that was made before.
-    enum class Work { repair, conversion, undo, mend };
+    /// `undo` takes back a repair that was made before. `conversion` is that of `vornic`, `version`
+    /// that of `vornic-convert --in-place`.
+    enum class Work { repair, conversion, undo, mend, version };
     /// For people, and for repeating a case.
     std::string name;
     Work work = Work::repair;
@@ -34,7 +35,11 @@ struct SceneKind {
 /// A sound document.
 [[nodiscard]] std::string soundDocument(char letter);
 
-/// Where a repair or a mend of the file has its working copy.
+/// True for work that leaves the file as it is or puts the result in its place and the original in
+/// the Trash, and ends with status 3 and a word why where it does not.
+[[nodiscard]] bool isInPlaceChange(const SceneKind& kind);
+
+/// Where work that has a working copy has it.
 [[nodiscard]] std::string workingCopyName(const SceneKind& kind);
 
 }  // namespace vornic::test

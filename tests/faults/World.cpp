@@ -24,9 +24,13 @@ std::string bytesOf(const fs::path& path) {
 
 bool isTemporary(const fs::path& path) {
     const std::string name = path.filename();
-    // The working copy of a mend has a name that says whose it is.
-    return name.starts_with(".") && name.find(".vornic-") != std::string::npos &&
-           !name.ends_with(".vornic-mend") && !name.ends_with(".vornic-mend.trashinfo");
+    const auto isOf = [&name](const std::string& verb) {
+        return name.ends_with(".vornic-" + verb) ||
+               name.ends_with(".vornic-" + verb + ".trashinfo");
+    };
+    // The working copies of these have names that say whose they are.
+    return name.starts_with(".") && name.find(".vornic-") != std::string::npos && !isOf("mend") &&
+           !isOf("convert");
 }
 
 void collectTrash(const fs::path& folder, std::vector<std::string>& trash) {

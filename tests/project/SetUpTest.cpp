@@ -291,6 +291,16 @@ TEST_F(SetUpScripts, tellsOfMediaWhenAsked) {
     EXPECT_EQ(result.output, "<" + sandbox.folder() + ">\n<missing>\n<a b.xml>\n");
 }
 
+TEST_F(SetUpScripts, convertsToTheVersionThatIsNamed) {
+    fakeBuildTools();
+    fakeProgram("vornic-convert");
+    const ProgramResult result = run(checkout_ + "/run", {"--convert", "1.10", "--strict", "a b"});
+    EXPECT_EQ(result.output, "<" + sandbox.folder() + ">\n<--to>\n<1.10>\n<--strict>\n<a b>\n");
+    const ProgramResult unnamed = run(checkout_ + "/run", {"--convert"});
+    EXPECT_EQ(unnamed.status, 2);
+    EXPECT_NE(unnamed.errors.find("./run --convert VERSION FILE..."), std::string::npos);
+}
+
 TEST_F(SetUpScripts, startsTheDesktopProgramThroughTheEntryPoint) {
     fakeBuildTools();
     fakeProgram("vornic");

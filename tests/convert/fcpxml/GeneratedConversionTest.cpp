@@ -1,51 +1,132 @@
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
-#include <set>
+#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "tests/convert/fcpxml/ConvertedText.h"
+#include "tests/convert/fcpxml/DocumentMeaning.h"
 #include "tests/formats/fcpxml/DocumentGenerator.h"
+#include "tests/formats/fcpxml/OtherParser.h"
+#include "tests/support/machine/Sandbox.h"
 
-// Converts documents in which everything occurs that a version has.
+// Converts documents in which everything occurs that a version has. VORNIC_GENERATED_DOCUMENTS says
+// how many of each version.
 namespace vornic::test {
 
 namespace {
 
 using fcpxml::Version;
 
+constexpr std::size_t kUsualDocuments = 60;
+constexpr std::size_t kMostDocuments = 2000;
+constexpr std::size_t kBatch = 500;
+
 std::size_t documentCount() {
     const char* const count = std::getenv("VORNIC_GENERATED_DOCUMENTS");
-    return count == nullptr ? 60 : std::stoul(count);
+    return count == nullptr ? kUsualDocuments : std::stoul(count);
 }
 
 }  // namespace
 
-class GeneratedConversion : public ::testing::TestWithParam<int> {};
+class GeneratedConversion : public SandboxTest, public ::testing::WithParamInterface<int> {
+  protected:
+    void SetUp() override {
+        if (OtherParser::isThere()) {
+            parser_.emplace(sandbox);
+        }
+    }
+
+    // Calls a function with each document, until there are enough and nothing is missing in them.
+    template <class Function>
+    void forEachDocument(std::uint32_t seed, Function function) {
+        DocumentGenerator generator(from_, seed);
+        for (std::size_t count = 0; count < documentCount() || !generator.missing().empty();
+             ++count) {
+            ASSERT_LT(count, std::max(documentCount(), kMostDocuments));
+            function(generator.next());
+            if (HasFailure()) {
+                return;
+            }
+        }
+        EXPECT_EQ(generator.missing(), std::vector<std::string>());
+    }
+
+    void expectValid(Version version, const std::string& text) {
+        ++converted_;
+        EXPECT_EQ(faultsOf(text, version), "") << "to " << version.text();
+        if (parser_) {
+            toJudge_.push_back({version, text});
+        }
+        if (toJudge_.size() == kBatch) {
+            judge();
+        }
+    }
+
+    // What this program holds to be valid, the other one does, too.
+    void judge() {
+        for (const auto& [number, lines] : parser_ ? parser_->refusals(toJudge_) : Refusals()) {
+            ADD_FAILURE() << "to " << toJudge_[number].version.text() << ": " << lines
+                          << toJudge_[number].text;
+        }
+        judged_ += toJudge_.size();
+        toJudge_.clear();
+    }
+
+    const Version from_ = Version(GetParam());
+    std::size_t converted_ = 0;
+    std::size_t judged_ = 0;
+    std::size_t refused_ = 0;
+
+  private:
+    using Refusals = std::map<std::size_t, std::string>;
+
+    std::optional<OtherParser> parser_;
+    std::vector<VersionedText> toJudge_;
+};
 
 TEST_P(GeneratedConversion, makesValidDocumentsOfValidOnes) {
-    const Version from(GetParam());
-    DocumentGenerator generator(from, 7);
-    std::size_t converted = 0;
-    for (std::size_t count = 0; count < documentCount() || !generator.missing().empty(); ++count) {
-        ASSERT_LT(count, 2000U);
-        const std::string text = generator.next();
-        ASSERT_EQ(faultsOf(text, from), "");
-        for (int minor = fcpxml::kOldestTarget.minor(); minor <= Version::kNewestMinor; ++minor) {
-            const ConvertedText result = convertedText(text, from, Version(minor));
-            if (from < fcpxml::kOldestTarget && !result.conversion.refusal.empty()) {
+    forEachDocument(7, [this](const std::string& text) {
+        ASSERT_EQ(faultsOf(text, from_), "");
+        for (int to = fcpxml::kOldestTarget.minor(); to <= Version::kNewestMinor; ++to) {
+            const ConvertedText result = convertedText(text, from_, Version(to));
+            if (from_ < fcpxml::kOldestTarget && !result.conversion.refusal.empty()) {
+                ++refused_;
                 continue;
             }
             ASSERT_EQ(result.conversion.refusal, "");
-            ASSERT_EQ(faultsOf(result.text, Version(minor)), "") << "to " << minor << "\n"
-                                                                 << result.told << text << "\n\n"
-                                                                 << result.text;
-            ++converted;
+            expectValid(Version(to), result.text);
+            ASSERT_FALSE(HasFailure()) << result.told << text << "\n\n" << result.text;
         }
+    });
+    judge();
+    EXPECT_GT(converted_, 0U);
+    RecordProperty("converted", std::to_string(converted_));
+    RecordProperty("judged", std::to_string(judged_));
+    RecordProperty("refused", std::to_string(refused_));
+}
+
+TEST_P(GeneratedConversion, losesNothingThereAndBackButWhatIsTold) {
+    if (from_ < fcpxml::kOldestTarget) {
+        return;
     }
-    EXPECT_EQ(generator.missing(), std::vector<std::string>());
-    EXPECT_GT(converted, 0U);
+    forEachDocument(8, [this](const std::string& text) {
+        for (int to = fcpxml::kOldestTarget.minor(); to <= Version::kNewestMinor; ++to) {
+            const ConvertedText there = convertedText(text, from_, Version(to));
+            const ConvertedText back = convertedText(there.text, Version(to), from_);
+            ASSERT_EQ(meaningOf(back.text, from_), meaningByWhatWasTold(text, from_, there, back))
+                << "by " << Version(to).text() << "\n"
+                << there.told << back.told << text << "\n\n"
+                << there.text;
+            ++converted_;
+        }
+    });
+    EXPECT_GT(converted_, 0U);
+    RecordProperty("compared", std::to_string(converted_));
 }
 
 INSTANTIATE_TEST_SUITE_P(Versions, GeneratedConversion,

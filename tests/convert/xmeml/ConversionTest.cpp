@@ -81,6 +81,8 @@ TEST_F(XMEMLVersions, thatAreUnknownAreAssumedOnlyWhenAsked) {
               "<fcpxml version=\"1.9\"/>");
     EXPECT_EQ(converted("<fcpxml version=\"1.99\"/>", {.to = "1.9", .assumed = "1.14"}),
               "<fcpxml version=\"1.9\"/>");
+    EXPECT_EQ(converted("<fcpxml version=\"1.9\"/>", {.to = "1.9", .assumed = "4"}),
+              "It is FCPXML, which has no version 4.");
 }
 
 TEST_F(XMEMLVersions, keepTheEncodingOfTheFile) {
@@ -90,6 +92,28 @@ TEST_F(XMEMLVersions, keepTheEncodingOfTheFile) {
                   {.to = "4"}),
         "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><xmeml version=\"4\"><name>\xE4</name>"
         "</xmeml>");
+}
+
+TEST_F(XMEMLVersions, keepEveryByteThatAnEncodingHas) {
+    for (const std::string encoding : {"ISO-8859-1", "windows-1252", "macintosh"}) {
+        const std::string start =
+            "<?xml version=\"1.0\" encoding=\"" + encoding + "\"?><xmeml version=\"";
+        std::string rest = "\"><name>";
+        for (int byte = 0x80; byte <= 0xFF; ++byte) {
+            // Those that windows-1252 leaves open.
+            const bool isOpen =
+                byte == 0x81 || byte == 0x8D || byte == 0x8F || byte == 0x90 || byte == 0x9D;
+            if (encoding != "windows-1252" || !isOpen) {
+                rest += static_cast<char>(byte);
+            }
+        }
+        rest += "</name></xmeml>";
+        std::string bytes = start;
+        bytes += "5" + rest;
+        std::string wanted = start;
+        wanted += "4" + rest;
+        EXPECT_EQ(converted(bytes, {.to = "4"}), wanted) << encoding;
+    }
 }
 
 TEST_F(XMEMLVersions, ofAFileThatEndsEarlyAreRefusedWithThePlace) {
