@@ -319,12 +319,11 @@ ElementNumber VersionStep::leave() {
 }
 
 void VersionStep::convertEnd(const Frame& frame) {
-    const TextSpan content = state_.index.contentOf(frame.element);
-    const bool isEmptied = frame.to->kind == ContentKind::empty &&
-                           frame.from->kind != ContentKind::empty && content.length != 0;
-    if (isEmptied) {
-        // White space is content, too.
-        state_.edits.removeInside(content);
+    // White space is content, too.
+    const bool becomesEmpty =
+        frame.to->kind == ContentKind::empty && frame.from->kind != ContentKind::empty;
+    if (becomesEmpty && !state_.index.isEmpty(frame.element)) {
+        state_.edits.removeInside(state_.index.contentOf(frame.element));
     }
     if (frame.isRenamed) {
         state_.edits.renameEndTag(frame.element, frame.to->name);
