@@ -36,6 +36,21 @@ void prepareAlertBox(QMessageBox& box, const QString& message, const QString& in
     }
 }
 
+bool tellsFailure(const QString& message) {
+    return message.startsWith(QLatin1String("Unable")) ||
+           message.startsWith(QLatin1String("Error")) ||
+           message == QLatin1String("Version not set") ||
+           message.contains(QLatin1String(" could not be "));
+}
+
+void markAsFailure(QMessageBox& box, const QString& fileName) {
+    if (!fileName.isEmpty()) {
+        box.setWindowTitle(fileName);
+    }
+    box.setIconPixmap(severityIcon(Severity::error, box.palette())
+                          .pixmap(QSize(kIconSize, kIconSize), box.devicePixelRatio()));
+}
+
 void tell(AlertWindow* window, const QString& message, const QString& info) {
     // Asked for once and at once, the window need not be owned; the toolkit takes the sheets on it
     // along.
@@ -66,9 +81,7 @@ void showAlert(QWidget& window, const QString& message, const QString& info) {
 void showFailure(QWidget& window, const QString& message, const QString& info,
                  const QString& fileName) {
     std::unique_ptr<QMessageBox> box = makeSheet(window, message, info);
-    box->setWindowTitle(fileName);
-    box->setIconPixmap(severityIcon(Severity::error, box->palette())
-                           .pixmap(QSize(kIconSize, kIconSize), box->devicePixelRatio()));
+    markAsFailure(*box, fileName);
     beginSheet(*box.release());
 }
 

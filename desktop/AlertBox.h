@@ -11,6 +11,14 @@ namespace vornic {
 /// headline, and below it the information. Nothing in the texts is taken for markup.
 void prepareAlertBox(QMessageBox& box, const QString& message, const QString& info);
 
+/// Whether the headline of an alert says that something has failed.
+[[nodiscard]] bool tellsFailure(const QString& message);
+
+/// Gives an alert the sign of an error in place of the application's, and a file's name as its
+/// title.
+/// @param fileName "" to leave the title as it is
+void markAsFailure(QMessageBox& box, const QString& fileName);
+
 /// Shows a message with an OK button through `QMAlert`, on a window or, without one (null),
 /// free-standing. Returns at once.
 void tell(AlertWindow* window, const QString& message, const QString& info);

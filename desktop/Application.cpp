@@ -16,6 +16,7 @@
 #include "desktop/FileManager.h"
 #include "desktop/MainMenu.h"
 #include "desktop/QtText.h"
+#include "desktop/ReadableText.h"
 #include "desktop/RecentFiles.h"
 #include "desktop/Sheet.h"
 #include "foundation/log/QMLog.h"
@@ -89,6 +90,7 @@ std::vector<std::string> pathsOf(const QMimeData& data) {
 }  // namespace
 
 Application::Application() {
+    installReadableTexts();
     qApp->installEventFilter(this);
 }
 
@@ -225,7 +227,7 @@ bool Application::open(const std::string& path, bool isRepaired) {
     const WindowPointer window(
         new DocumentMainWindow(
             document, {.closed = [this](DocumentMainWindow& closed) { closeDocument(closed); },
-                       .showFile = [this](DocumentMainWindow& shown) { showInFileManager(shown); },
+                       .showFile = [this](const std::string& file) { showInFileManager(file); },
                        .showTrash = [this] { showTrash(); }}),
         [](DocumentMainWindow* gone) {
             gone->hide();
@@ -295,10 +297,9 @@ void Application::showPreferences() {
     preferences_->activateWindow();
 }
 
-void Application::showInFileManager(const DocumentMainWindow& window) {
-    revealInFileManager(window.path(), this, [this, path = window.path()] {
-        openInFileManager(deletingLastPathComponent(path));
-    });
+void Application::showInFileManager(const std::string& path) {
+    revealInFileManager(path, this,
+                        [this, path] { openInFileManager(deletingLastPathComponent(path)); });
 }
 
 void Application::showTrash() {

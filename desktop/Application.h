@@ -59,8 +59,8 @@ class Application : public QObject, public ApplicationHost, public FileReceiver 
     /// Brings the original of a file back, in a window that does not repair it.
     void restoreOriginalOf(const std::string& path);
     void showPreferences();
-    /// Shows the file of a document in its folder.
-    void showInFileManager(const DocumentMainWindow& window);
+    /// Shows a file in its folder.
+    void showInFileManager(const std::string& path);
     void showTrash();
     /// Asks about runs that are going on, one window after the other, and ends the application
     /// unless the user wants one to go on.

@@ -40,10 +40,8 @@ ConvertSheet::ConvertSheet(QWidget* window, std::function<void()> convert,
       convertButton_(new QPushButton(tr("Con&vert"), this)) {
     setObjectName(QStringLiteral("windowConvert"));
     setWindowTitle(tr("Convert XML Interchange Version"));
-    setAccessibleName(windowTitle());
     setMinimumWidth(kWidth);
     versions_->setObjectName(QStringLiteral("convertVersionPopUp"));
-    versions_->setAccessibleName(tr("Version to convert to"));
     versions_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     spinner_->setObjectName(QStringLiteral("convertSpinner"));
     spinner_->setAccessibleName(tr("Busy"));
@@ -54,11 +52,11 @@ ConvertSheet::ConvertSheet(QWidget* window, std::function<void()> convert,
     policy.setRetainSizeWhenHidden(true);
     spinner_->setSizePolicy(policy);
     convertButton_->setObjectName(QStringLiteral("convertBtn"));
-    convertButton_->setAccessibleName(tr("Convert the file"));
+    convertButton_->setAccessibleDescription(tr("Convert the file"));
     convertButton_->setDefault(true);
     auto* const closeButton = new QPushButton(tr("Close"), this);
     closeButton->setObjectName(QStringLiteral("convertCloseBtn"));
-    closeButton->setAccessibleName(tr("Close without converting"));
+    closeButton->setAccessibleDescription(tr("Close without converting"));
     closeButton->setAutoDefault(false);
 
     auto* const column = new QVBoxLayout(this);

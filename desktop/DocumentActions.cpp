@@ -1,4 +1,3 @@
-#include <cerrno>
 #include <utility>
 
 #include "desktop/DocumentMainWindow.h"
@@ -16,23 +15,24 @@
 
 namespace vornic {
 
-namespace {
-
-std::string programName() {
-    return program_invocation_short_name;
-}
-
-}  // namespace
-
 void DocumentMainWindow::setActing(bool isActing) {
     isActing_ = isActing;
     repairButton_->setEnabled(!isActing);
     findings_->setMayMend(!isActing && table_ != nullptr);
     header_->setEnabled(!isActing);
+    media_->setMayChange(!isActing);
 }
 
 void DocumentMainWindow::tellFailure(const QString& message, const FileActionResult& result) {
     beginAlertSheet(message.toStdString(), result.failure);
+}
+
+void DocumentMainWindow::tellDone(const QString& outcome, const FileActionResult& result) {
+    QString text = outcome;
+    for (const std::string& note : result.notes) {
+        text += u' ' + toQString(note);
+    }
+    setOutcome(text, true, result.isUndoable);
 }
 
 void DocumentMainWindow::mendTicked() {
@@ -96,11 +96,7 @@ void DocumentMainWindow::takeMended(const FileActionResult& result) {
         inspect(facts_, original_);
         return;
     }
-    QString outcome = tr("Mended. The original file is in the Trash.");
-    for (const std::string& note : result.notes) {
-        outcome += QStringLiteral(" ") + toQString(note);
-    }
-    setOutcome(outcome, true, true);
+    tellDone(tr("Mended. The original file is in the Trash."), result);
     inspect({.action = HeaderFacts::Action::mend, .isUndoable = result.isUndoable},
             result.replaced);
 }

@@ -7,6 +7,7 @@
 
 #include "base/PathText.h"
 #include "base/Text.h"
+#include "desktop/FlowLayout.h"
 #include "desktop/QtText.h"
 
 namespace vornic {
@@ -89,29 +90,47 @@ QWidget* DocumentHeader::makeSentence() {
     QFont bold = sentence_->font();
     bold.setBold(true);
     sentence_->setFont(bold);
-    auto* const row = new QHBoxLayout(line);
-    constexpr int kAbove = 4;
-    row->setContentsMargins(0, kAbove, 0, kAbove);
+    auto* const row = new QHBoxLayout();
     row->addWidget(badge_);
     row->addWidget(sentence_, 1);
+    auto* const column = new QVBoxLayout(line);
+    constexpr int kAbove = 4;
+    column->setContentsMargins(0, kAbove, 0, kAbove);
+    column->addLayout(row);
+    column->addWidget(makeOffers(line));
+    return line;
+}
+
+// A row of buttons, or several where they have no room beside each other.
+QWidget* DocumentHeader::makeOffers(QWidget* parent) {
+    buttons_ = new QWidget(parent);
+    buttons_->setVisible(false);
+    auto* const flow = new FlowLayout(buttons_);
     const auto add = [&](HeaderOffer offer, const char* objectName, const QString& text) {
-        auto* const button = new QPushButton(text, line);
+        auto* const button = new QPushButton(text, buttons_);
         button->setObjectName(QString::fromLatin1(objectName));
         button->setVisible(false);
         connect(button, &QPushButton::clicked, this, [this, offer] { accept_(offer); });
-        row->addWidget(button);
+        flow->addWidget(button);
         offers_[offer] = button;
     };
     add(HeaderOffer::showRemoved, "showRemovedBtn", tr("Sho&w"));
     add(HeaderOffer::bringBackAndMend, "bringBackBtn", tr("Bring Bac&k and Mend Instead"));
     add(HeaderOffer::mend, "mendBtn", tr("Me&nd…"));
+    add(HeaderOffer::treatAsContents, "treatAsBtn", QString());
+    add(HeaderOffer::setVersion, "setVersionBtn", tr("Set Version…"));
+    add(HeaderOffer::saveSalvagedCopy, "salvageBtn", tr("Save a Salvaged Cop&y…"));
     add(HeaderOffer::restoreOriginal, "restoreBtn", tr("Restore &Original"));
-    return line;
+    return buttons_;
 }
 
 void DocumentHeader::setText(const HeaderText& text) {
     badge_->setKind(kindOf(text.sign));
     sentence_->setText(wrappable(oneLine(toQString(text.sentence))));
+    offers_.at(HeaderOffer::treatAsContents)
+        ->setText(text.contents == FileKind::fcpxml ? tr("Treat as FC&PXML")
+                                                    : tr("Treat as &XMEML"));
+    buttons_->setVisible(!text.offers.empty());
     for (const auto& [offer, button] : offers_) {
         button->setVisible(std::find(text.offers.begin(), text.offers.end(), offer) !=
                            text.offers.end());
@@ -119,7 +138,7 @@ void DocumentHeader::setText(const HeaderText& text) {
 }
 
 void DocumentHeader::setBusy(const QString& sentence) {
-    setText({HeaderSign::none, sentence.toStdString(), {}});
+    setText({.sentence = sentence.toStdString(), .offers = {}});
 }
 
 void DocumentHeader::setFacts(const QString& facts) {

@@ -29,11 +29,13 @@ class DocumentHeader : public QWidget {
 
   private:
     QWidget* makeSentence();
+    QWidget* makeOffers(QWidget* parent);
 
     std::function<void(HeaderOffer)> accept_;
     QLabel* facts_;
     OutcomeBadge* badge_ = nullptr;
     QLabel* sentence_ = nullptr;
+    QWidget* buttons_ = nullptr;
     std::map<HeaderOffer, QPushButton*> offers_;
 };
 

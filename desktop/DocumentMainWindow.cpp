@@ -23,11 +23,11 @@ namespace {
 constexpr QSize kDefaultSize(980, 700);
 constexpr QSize kSmallestSize(420, 320);
 
-QPushButton* makeButton(const char* objectName, const QString& text, const QString& accessibleName,
+QPushButton* makeButton(const char* objectName, const QString& text, const QString& description,
                         QWidget* parent) {
     auto* const button = new QPushButton(text, parent);
     button->setObjectName(QString::fromLatin1(objectName));
-    button->setAccessibleName(accessibleName);
+    button->setAccessibleDescription(description);
     return button;
 }
 
@@ -139,7 +139,18 @@ QWidget* DocumentMainWindow::makePages() {
     changes_ = new ChangesView(pages_);
     pages_->addTab(splitter, tr("Findings and Report"));
     pages_->addTab(source_, tr("Source"));
+    media_ = new MediaView(path_,
+                           {.findInFolder = [this] { findMediaInFolder(); },
+                            .changeFolder = [this] { changeMediaFolder(); },
+                            .showFile = [this](const MediaTableRow& /*medium*/) { showMedium(); },
+                            .showLine =
+                                [this](std::size_t line) {
+                                    source_->showLine(line);
+                                    showPage(Page::source);
+                                }},
+                           pages_);
     pages_->addTab(changes_, tr("Changes"));
+    pages_->addTab(media_, tr("Media"));
     return pages_;
 }
 
@@ -163,7 +174,7 @@ QWidget* DocumentMainWindow::makeFoot() {
     saveCopyButton_->setObjectName(QStringLiteral("saveCopyBtn"));
     connect(mendButton_, &QPushButton::clicked, this, [this] { mendSafely(); });
     connect(saveCopyButton_, &QPushButton::clicked, this, [this] { saveMendedCopy(); });
-    connect(showFileButton_, &QPushButton::clicked, this, [this] { actions_.showFile(*this); });
+    connect(showFileButton_, &QPushButton::clicked, this, [this] { actions_.showFile(path_); });
     connect(showTrashButton_, &QPushButton::clicked, this, [this] { actions_.showTrash(); });
     connect(repairButton_, &QPushButton::clicked, this, [this] {
         if (const auto shown = document_.lock()) {
@@ -291,7 +302,7 @@ void DocumentMainWindow::setOutcome(const QString& text, bool showsFile, bool sh
 }
 
 void DocumentMainWindow::beginAlertSheet(std::string_view message, std::string_view info) {
-    if (message.starts_with("Unable")) {
+    if (tellsFailure(toQString(message))) {
         showFailure(*this, toQString(message), toQString(info), fileNameOf(path_));
     } else {
         showAlert(*this, toQString(message), toQString(info));
@@ -314,6 +325,9 @@ void DocumentMainWindow::showPage(Page page) {
             break;
         case Page::changes:
             changes_->file().setFocus(Qt::OtherFocusReason);
+            break;
+        case Page::media:
+            media_->table().setFocus(Qt::OtherFocusReason);
             break;
     }
 }
@@ -357,6 +371,7 @@ void DocumentMainWindow::takeTable(std::shared_ptr<const FindingsTable> table) {
     findings_->setTable(table_);
     findings_->setMayMend(!isActing_);
     changes_->setTable(table_);
+    media_->expire();
     writeHeader();
     if (std::exchange(showsChangesNext_, false)) {
         showPage(Page::changes);
@@ -403,6 +418,12 @@ void DocumentMainWindow::accept(HeaderOffer offer) {
             return mendSafely();
         case HeaderOffer::restoreOriginal:
             return restoreOriginal();
+        case HeaderOffer::treatAsContents:
+            return treatAsContents();
+        case HeaderOffer::setVersion:
+            return setVersion();
+        case HeaderOffer::saveSalvagedCopy:
+            return saveSalvagedCopy();
     }
 }
 
@@ -432,6 +453,8 @@ void DocumentMainWindow::copy() {
     const QWidget* const focused = focusWidget();
     if (focused == &findings_->tree()) {
         findings_->copy();
+    } else if (focused == &media_->table()) {
+        media_->copy();
     } else if (auto* const source = dynamic_cast<SourceView*>(focusWidget())) {
         source->copy();
     } else if (auto* const text = qobject_cast<QPlainTextEdit*>(focusWidget())) {
@@ -446,6 +469,8 @@ void DocumentMainWindow::copy() {
 void DocumentMainWindow::selectAll() {
     if (focusWidget() == &findings_->tree()) {
         findings_->selectAll();
+    } else if (focusWidget() == &media_->table()) {
+        media_->table().selectAll();
     } else if (auto* const source = dynamic_cast<SourceView*>(focusWidget())) {
         source->selectAll();
     } else if (auto* const text = qobject_cast<QPlainTextEdit*>(focusWidget())) {

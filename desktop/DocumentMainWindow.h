@@ -3,25 +3,32 @@
 
 #include <QLabel>
 #include <QMainWindow>
+#include <QPointer>
 #include <QPushButton>
 #include <QTabWidget>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 
+#include "app/window/ConversionPreview.h"
 #include "app/window/FileActions.h"
 #include "app/window/HeaderText.h"
+#include "app/window/MediaActions.h"
+#include "app/window/SalvagePreview.h"
 #include "desktop/ChangesView.h"
 #include "desktop/ConvertSheet.h"
 #include "desktop/DocumentHeader.h"
 #include "desktop/FileInspector.h"
 #include "desktop/FindBar.h"
 #include "desktop/FindingsView.h"
+#include "desktop/MediaView.h"
 #include "desktop/ProgressSheet.h"
 #include "desktop/ReportView.h"
 #include "desktop/SourceView.h"
+#include "desktop/VersionSheet.h"
 #include "repair/document/Document.h"
 
 namespace vornic {
@@ -34,7 +41,8 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     struct Actions {
         /// The window has been closed; the document goes. Called once.
         std::function<void(DocumentMainWindow&)> closed;
-        std::function<void(DocumentMainWindow&)> showFile;
+        /// Shows a file in its folder.
+        std::function<void(const std::string& path)> showFile;
         std::function<void()> showTrash;
     };
 
@@ -51,9 +59,10 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     [[nodiscard]] FindingsView& findings() { return *findings_; }
     [[nodiscard]] SourceView& source() { return *source_; }
     [[nodiscard]] ChangesView& changes() { return *changes_; }
+    [[nodiscard]] MediaView& media() { return *media_; }
 
     /// The pages below the header.
-    enum class Page { findings, source, changes };
+    enum class Page { findings, source, changes, media };
     void showPage(Page page);
     [[nodiscard]] Page page() const;
 
@@ -83,6 +92,23 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     void restoreOriginal();
     /// Shows the file beside its original.
     void compareWithOriginal();
+    /// Asks for a folder and searches it for the media that are not there; shows what was found,
+    /// and relinks when the user agrees.
+    void findMediaInFolder();
+    void findMediaIn(const std::string& folder, std::optional<Pick> pick);
+    /// Asks which folder of media has moved, and goes on in the same way.
+    void changeMediaFolder();
+    /// Shows the medium that is chosen on the page of the media in its folder.
+    void showMedium();
+    /// Shows to which versions of FCPXML the file can be converted, and converts it or a copy.
+    void convertFCPXMLVersion();
+    /// Asks which version the root element is to declare, and writes that.
+    void setVersion();
+    /// Shows what can be guessed of a file that is no XML any more, and saves it as a new file.
+    void saveSalvagedCopy();
+    void saveSalvagedCopyTo(const std::string& to, const SalvagePreview& preview);
+    /// Repairs the file as what its root element says, whatever its name says.
+    void treatAsContents();
     /// Copies what is selected in the view that has the focus.
     void copy();
     void selectAll();
@@ -130,6 +156,16 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     void showPlaceOf(const ListedFinding& listed);
     void showRemoved();
 
+    void changeFolder(const std::string& oldFolder, const std::string& newFolder);
+    void askToRelink(const RelinkPreview& preview, std::optional<Pick> pick,
+                     const std::string& searched);
+    void relink(const RelinkPreview& preview);
+    void takeRelinked(const FileActionResult& result, std::size_t count);
+    void convertVersion(VersionSheet& sheet, const VersionRequest& request);
+    void takeConverted(const ConvertedVersion& converted, const VersionRequest& request);
+    void askToSalvage(const SalvagePreview& preview);
+    void setVersionTo(const std::string& version);
+
     void preview(std::vector<const Finding*> findings);
     void askToMend(const MendPreview& preview);
     void mend(const MendRequest& request);
@@ -137,6 +173,7 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     void takeRestored(const RestoreResult& result, bool mendsAfterwards);
     void takeMended(const FileActionResult& result);
     void tellFailure(const QString& message, const FileActionResult& result);
+    void tellDone(const QString& outcome, const FileActionResult& result);
     // Runs something on a thread, and the rest on the main one while the window is there.
     template <typename Result>
     void runOnThread(std::function<Result()> work, std::function<void(const Result&)> then);
@@ -152,12 +189,14 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     FindingsView* findings_ = nullptr;
     SourceView* source_ = nullptr;
     ChangesView* changes_ = nullptr;
+    MediaView* media_ = nullptr;
     FileInspector* inspector_ = nullptr;
     // What the header is written from, and what was found last.
     HeaderFacts facts_;
     std::shared_ptr<const FindingsTable> table_;
     // Where the file's original is, for the next inspection; "" for nowhere.
     std::string original_;
+    QPointer<VersionSheet> versionSheet_;
     bool isActing_ = false;
     bool showsChangesNext_ = false;
 

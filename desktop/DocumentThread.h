@@ -2,9 +2,11 @@
 #define VORNIC_DESKTOP_DOCUMENT_THREAD_H
 
 #include <QPointer>
+#include <cerrno>
 #include <functional>
 #include <memory>
 #include <new>
+#include <string>
 #include <utility>
 
 #include "base/Exception.h"
@@ -14,6 +16,11 @@
 #include "platform/threads/Thread.h"
 
 namespace vornic {
+
+/// Who changes a file, for the journal.
+[[nodiscard]] inline std::string programName() {
+    return program_invocation_short_name;
+}
 
 template <typename Result>
 void DocumentMainWindow::runOnThread(std::function<Result()> work,

@@ -10,11 +10,11 @@ namespace vornic {
 
 namespace {
 
-QToolButton* makeButton(const QString& text, const QString& name, QWidget* parent) {
+QToolButton* makeButton(const QString& text, const QString& description, QWidget* parent) {
     auto* const button = new QToolButton(parent);
     button->setText(text);
-    button->setAccessibleName(name);
-    button->setToolTip(toolTipOf(name));
+    button->setAccessibleDescription(description);
+    button->setToolTip(toolTipOf(description));
     button->setFocusPolicy(Qt::TabFocus);
     return button;
 }
@@ -25,8 +25,8 @@ FindBar::FindBar(ReportView* report, QWidget* parent)
     : QWidget(parent), report_(report), text_(new QLineEdit(this)), notFound_(new QLabel(this)) {
     setObjectName(QStringLiteral("findBar"));
     text_->setObjectName(QStringLiteral("findText"));
-    text_->setAccessibleName(tr("Text to find in the report"));
-    text_->setPlaceholderText(tr("Find in the report"));
+    text_->setAccessibleName(tr("Find"));
+    text_->setPlaceholderText(tr("Find"));
     text_->setClearButtonEnabled(true);
     notFound_->setTextFormat(Qt::PlainText);
     notFound_->setText(tr("Not found"));

@@ -1,15 +1,22 @@
 #include "desktop/FindingsModel.h"
 
+#include <QPointer>
 #include <algorithm>
 #include <utility>
 
 #include "app/window/HeaderText.h"
+#include "base/Exception.h"
 #include "desktop/QtText.h"
 #include "desktop/SeverityIcon.h"
+#include "platform/threads/MainThread.h"
+#include "platform/threads/Thread.h"
 
 namespace vornic {
 
 namespace {
+
+// Of more, the main thread would feel it.
+constexpr std::size_t kArrangedAtOnce = 2000;
 
 // What comes from files is shown on one line, with nothing that turns its direction around.
 QString shown(const std::string& text) {
@@ -30,42 +37,68 @@ void FindingsModel::setPalette(const QPalette& palette) {
 }
 
 void FindingsModel::setTable(std::shared_ptr<const FindingsTable> table) {
+    // The old rows are of the old table.
     beginResetModel();
     table_ = std::move(table);
-    ticked_.clear();
-    if (table_) {
-        for (std::size_t index = 0; index < table_->findings().size(); ++index) {
-            if (FindingsTable::isSafelyMended(table_->findings()[index])) {
-                ticked_.insert(ticked_.end(), index);
-            }
-        }
+    rows_ = {};
+    positions_.clear();
+    endResetModel();
+    ticked_.assign(table_ ? table_->findings().size() : 0, false);
+    for (std::size_t index = 0; index < ticked_.size(); ++index) {
+        ticked_[index] = FindingsTable::isSafelyMended(table_->findings()[index]);
     }
     arrange();
-    endResetModel();
     if (tickedChanged_) {
         tickedChanged_();
     }
 }
 
 void FindingsModel::choose(const FindingsChoice& choice) {
-    beginResetModel();
     choice_ = choice;
     arrange();
-    endResetModel();
 }
 
 void FindingsModel::arrange() {
-    rows_ = table_ ? table_->arranged(choice_) : FindingsRows();
-    positions_.assign(rows_.rows.size(), 0);
-    const auto number = [this](const std::vector<std::size_t>& rows) {
+    ++number_;
+    if (!table_ || table_->findings().size() <= kArrangedAtOnce) {
+        return show(arranged(table_.get(), choice_));
+    }
+    try {
+        platform::startUnattendedThread([self = QPointer<FindingsModel>(this), number = number_,
+                                         table = table_, choice = choice_] {
+            auto shown = std::make_shared<Shown>(arranged(table.get(), choice));
+            platform::MainThread::perform([self, number, shown] {
+                if (self && number == self->number_) {
+                    self->show(std::move(*shown));
+                }
+            });
+        });
+    } catch (const platform::Exception&) {
+        show(arranged(table_.get(), choice_));
+    }
+}
+
+FindingsModel::Shown FindingsModel::arranged(const FindingsTable* table,
+                                             const FindingsChoice& choice) {
+    Shown shown{table != nullptr ? table->arranged(choice) : FindingsRows(), {}};
+    shown.positions.assign(shown.rows.rows.size(), 0);
+    const auto number = [&shown](const std::vector<std::size_t>& rows) {
         for (std::size_t place = 0; place < rows.size(); ++place) {
-            positions_[rows[place]] = static_cast<int>(place);
+            shown.positions[rows[place]] = static_cast<int>(place);
         }
     };
-    number(rows_.top);
-    for (const FindingsRow& row : rows_.rows) {
+    number(shown.rows.top);
+    for (const FindingsRow& row : shown.rows.rows) {
         number(row.children);
     }
+    return shown;
+}
+
+void FindingsModel::show(Shown shown) {
+    beginResetModel();
+    rows_ = std::move(shown.rows);
+    positions_ = std::move(shown.positions);
+    endResetModel();
 }
 
 const FindingsRow& FindingsModel::rowAt(const QModelIndex& index) const {
@@ -92,8 +125,10 @@ QModelIndex FindingsModel::indexOf(const Finding& finding) const {
 
 std::vector<const Finding*> FindingsModel::tickedFindings() const {
     std::vector<const Finding*> findings;
-    for (const std::size_t index : ticked_) {
-        findings.push_back(table_->findings()[index].finding);
+    for (std::size_t index = 0; index < ticked_.size(); ++index) {
+        if (ticked_[index]) {
+            findings.push_back(table_->findings()[index].finding);
+        }
     }
     return findings;
 }
@@ -171,9 +206,8 @@ QVariant FindingsModel::tickOf(const FindingsRow& row) const {
     if (findings.empty()) {
         return {};
     }
-    const auto count = std::count_if(findings.begin(), findings.end(), [this](std::size_t listed) {
-        return ticked_.contains(listed);
-    });
+    const auto count = std::count_if(findings.begin(), findings.end(),
+                                     [this](std::size_t listed) { return ticked_[listed]; });
     if (count == 0) {
         return Qt::Unchecked;
     }
@@ -209,8 +243,7 @@ bool FindingsModel::setData(const QModelIndex& index, const QVariant& value, int
     }
     const bool isTicked = value.toInt() == Qt::Checked;
     for (const std::size_t listed : mendable(rowAt(index))) {
-        isTicked ? static_cast<void>(ticked_.insert(listed))
-                 : static_cast<void>(ticked_.erase(listed));
+        ticked_[listed] = isTicked;
     }
     const QModelIndex above = parent(index);
     Q_EMIT dataChanged(index, index, {Qt::CheckStateRole});

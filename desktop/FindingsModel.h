@@ -6,7 +6,6 @@
 #include <array>
 #include <functional>
 #include <memory>
-#include <set>
 #include <vector>
 
 #include "app/window/FindingsTable.h"
@@ -20,8 +19,10 @@ class FindingsModel : public QAbstractItemModel {
 
     FindingsModel(const QPalette& palette, QObject* parent);
 
-    /// Shows another table (null: nothing). The safe mends are ticked.
+    /// Shows another table (null: nothing). The safe mends are ticked. The rows of a large table
+    /// are put in order on a thread, and the model is reset once more when that is done.
     void setTable(std::shared_ptr<const FindingsTable> table);
+    /// The same for what of the table is shown; until then a large one shows what it did before.
     void choose(const FindingsChoice& choice);
     void setPalette(const QPalette& palette);
     [[nodiscard]] const FindingsTable* table() const { return table_.get(); }
@@ -55,14 +56,24 @@ class FindingsModel : public QAbstractItemModel {
     [[nodiscard]] QString whatOf(const FindingsRow& row) const;
     [[nodiscard]] std::vector<std::size_t> mendable(const FindingsRow& row) const;
     [[nodiscard]] QVariant tickOf(const FindingsRow& row) const;
+    // What is shown.
+    struct Shown {
+        FindingsRows rows;
+        // Where a row stands among its parent's.
+        std::vector<int> positions;
+    };
+    [[nodiscard]] static Shown arranged(const FindingsTable* table, const FindingsChoice& choice);
     void arrange();
+    void show(Shown shown);
 
     std::shared_ptr<const FindingsTable> table_;
     FindingsChoice choice_;
     FindingsRows rows_;
-    // Where a row stands among its parent's.
     std::vector<int> positions_;
-    std::set<std::size_t> ticked_;
+    // By finding.
+    std::vector<bool> ticked_;
+    // What an older arranging brings is dropped.
+    unsigned number_ = 0;
     std::array<QIcon, kSeverityCount> icons_;
     std::function<void()> tickedChanged_;
 };

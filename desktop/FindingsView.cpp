@@ -105,6 +105,7 @@ FindingsView::FindingsView(Actions actions, QWidget* parent)
     model_->setTicked([this] { countTicked(); });
     connect(tree_->selectionModel(), &QItemSelectionModel::currentChanged, this,
             [this](const QModelIndex& current) { showDetails(current); });
+    connect(model_, &QAbstractItemModel::modelReset, this, [this] { begin(); });
     connect(tree_, &QTreeView::activated, this, [this](const QModelIndex& index) {
         if (const ListedFinding* const listed = model_->findingAt(index)) {
             actions_.showPlace(*listed);
@@ -120,7 +121,7 @@ QWidget* FindingsView::makeBar() {
     row->setContentsMargins(0, 0, 0, 0);
     filter_ = new QLineEdit(bar);
     filter_->setObjectName(QStringLiteral("findingsFilter"));
-    filter_->setAccessibleName(tr("Show findings that contain"));
+    filter_->setAccessibleName(tr("Filter findings"));
     filter_->setPlaceholderText(tr("Filter findings"));
     filter_->setClearButtonEnabled(true);
     row->addWidget(filter_, 1);
@@ -147,12 +148,16 @@ QWidget* FindingsView::makeBar() {
 void FindingsView::setTable(std::shared_ptr<const FindingsTable> table) {
     model_->setTable(std::move(table));
     countSeverities();
+}
+
+// The rows are others than before.
+void FindingsView::begin() {
     expandSmallGroups();
-    showDetails({});
     if (model_->rowCount() > 0) {
         tree_->setCurrentIndex(model_->index(0, 0));
         tree_->clearSelection();
     }
+    showDetails(tree_->currentIndex());
 }
 
 void FindingsView::setMayMend(bool mayMend) {
@@ -167,8 +172,6 @@ void FindingsView::narrow() {
         choice.severities.at(index) = switches_.at(index)->isChecked();
     }
     model_->choose(choice);
-    expandSmallGroups();
-    showDetails(tree_->currentIndex());
 }
 
 void FindingsView::expandSmallGroups() {

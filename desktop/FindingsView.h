@@ -46,6 +46,7 @@ class FindingsView : public QWidget {
 
   private:
     QWidget* makeBar();
+    void begin();
     void narrow();
     void showDetails(const QModelIndex& index);
     void countTicked();

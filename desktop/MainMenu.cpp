@@ -83,9 +83,11 @@ class MenuBuilder {
                        [](DocumentMainWindow& window) { window.saveFindings(); });
         addForDocument(menu, "fileSaveCopy", tr("Save Re&paired Copy As…"), {},
                        [](DocumentMainWindow& window) { window.saveMendedCopy(); });
+        addForDocument(menu, "fileSaveSalvaged", tr("Save a Sal&vaged Copy…"), {},
+                       [](DocumentMainWindow& window) { window.saveSalvagedCopy(); });
         addForDocument(menu, "fileShowInFileManager", tr("Show in &File Manager"), {},
                        [application = &application_](DocumentMainWindow& window) {
-                           application->showInFileManager(window);
+                           application->showInFileManager(window.path());
                        });
         add(menu, "fileShowTrash", tr("Show &Trash"), {},
             [application = &application_] { application->showTrash(); });
@@ -168,6 +170,7 @@ class MenuBuilder {
         addPage("viewFindings", tr("&Findings and Report"), Qt::Key_1, Page::findings);
         addPage("viewSource", tr("&Source"), Qt::Key_2, Page::source);
         addPage("viewChanges", tr("&Changes"), Qt::Key_3, Page::changes);
+        addPage("viewMedia", tr("&Media"), Qt::Key_4, Page::media);
     }
 
     void buildToolsMenu() {
@@ -193,11 +196,20 @@ class MenuBuilder {
                            });
         QObject::connect(&menu, &QMenu::aboutToShow, &window_,
                          [&convert, isEnabled] { convert.setEnabled(isEnabled()); });
+        addForDocument(menu, "toolsConvertFCPXML", tr("Convert &FCPXML Version…"), {},
+                       [](DocumentMainWindow& window) { window.convertFCPXMLVersion(); });
+        addForDocument(menu, "toolsSetVersion", tr("Set &Version…"), {},
+                       [](DocumentMainWindow& window) { window.setVersion(); });
         menu.addSeparator();
         addForDocument(menu, "toolsCheck", tr("Chec&k"), QKeySequence(Qt::CTRL | Qt::Key_K),
                        [](DocumentMainWindow& window) { window.check(); });
         addForDocument(menu, "toolsMend", tr("&Mend Selected…"), QKeySequence(Qt::CTRL | Qt::Key_M),
                        [](DocumentMainWindow& window) { window.mendTicked(); });
+        menu.addSeparator();
+        addForDocument(menu, "toolsFindMedia", tr("F&ind Media in Folder…"), {},
+                       [](DocumentMainWindow& window) { window.findMediaInFolder(); });
+        addForDocument(menu, "toolsChangeMediaFolder", tr("C&hange Media Folder…"), {},
+                       [](DocumentMainWindow& window) { window.changeMediaFolder(); });
         menu.addSeparator();
         addForDocument(menu, "toolsRestore", tr("Restore &Original…"), {},
                        [](DocumentMainWindow& window) { window.restoreOriginal(); });

@@ -64,7 +64,6 @@ MendSheet::MendSheet(const MendPreview& preview, std::function<void()> mend, QWi
     : QDialog(parent) {
     setObjectName(QStringLiteral("mendSheet"));
     setWindowTitle(tr("Mend"));
-    setAccessibleName(tr("Mend"));
     auto* const question = new QLabel(this);
     question->setObjectName(QStringLiteral("mendLabel"));
     question->setTextFormat(Qt::PlainText);

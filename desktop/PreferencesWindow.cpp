@@ -49,9 +49,7 @@ PreferencesWindow::PreferencesWindow(std::function<void(CheckBoxItem&)> toggleAd
     setObjectName(QStringLiteral("preferencesWindow"));
     setWindowTitle(tr("Preferences"));
     showOpenPanel_->setObjectName(QStringLiteral("prefsShowOpenPanel"));
-    showOpenPanel_->setAccessibleName(tr("Show the open panel when the application starts"));
     adminPass_->setObjectName(QStringLiteral("prefsAdminPass"));
-    adminPass_->setAccessibleName(tr("Require an administrator password at the start"));
     auto* const general = new QWidget(panes_);
     auto* const boxes = new QVBoxLayout(general);
     boxes->addWidget(showOpenPanel_);
@@ -60,7 +58,6 @@ PreferencesWindow::PreferencesWindow(std::function<void(CheckBoxItem&)> toggleAd
     opening->setTextFormat(Qt::PlainText);
     opening->setBuddy(whenOpened_);
     whenOpened_->setObjectName(QStringLiteral("prefsWhenOpened"));
-    whenOpened_->setAccessibleName(tr("When a file is opened"));
     whenOpened_->addItems({tr("Repair it"), tr("Check it only")});
     auto* const openingRow = new QHBoxLayout();
     openingRow->addWidget(opening);

@@ -27,7 +27,6 @@ ProgressSheet::ProgressSheet(QWidget* window, std::function<State()> state,
       cancelButton_(new QPushButton(tr("Cancel"), this)) {
     setObjectName(QStringLiteral("windowProgress"));
     setWindowTitle(tr("Repair"));
-    setAccessibleName(tr("Progress of the repair"));
     setMinimumWidth(kWidth);
     statusText_->setObjectName(QStringLiteral("progressStatusText"));
     statusText_->setAccessibleDescription(tr("What the repair is doing"));
@@ -38,7 +37,7 @@ ProgressSheet::ProgressSheet(QWidget* window, std::function<State()> state,
     bar_->setTextVisible(false);
     bar_->setRange(0, 0);
     cancelButton_->setObjectName(QStringLiteral("progressCancelBtn"));
-    cancelButton_->setAccessibleName(tr("Cancel the repair"));
+    cancelButton_->setAccessibleDescription(tr("Cancel the repair"));
 
     auto* const column = new QVBoxLayout(this);
     column->addWidget(statusText_);

@@ -51,6 +51,11 @@ class QtAlertPanel : public AlertPanel {
                std::function<void(std::int64_t)> didEnd) override {
         auto* const window = dynamic_cast<QWidget*>(parentWindow.get());
         QMessageBox& box = *box_;
+        if (tellsFailure(box.text())) {
+            const QWidget* const over = window != nullptr ? window : windowInUse();
+            const QString file = over != nullptr ? over->windowFilePath() : QString();
+            markAsFailure(box, file.isEmpty() ? file : fileNameOf(pathFromQString(file)));
+        }
         if (window != nullptr) {
             box.setParent(window, box.windowFlags() | Qt::Dialog);
         }

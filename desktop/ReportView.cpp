@@ -2,6 +2,8 @@
 
 #include <QEvent>
 #include <QScrollBar>
+#include <QTextBlock>
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -145,6 +147,62 @@ void ReportView::recolor(QTextBlock block, int count) {
         }
     }
     cursor.endEditBlock();
+}
+
+int ReportView::readableLength() const {
+    return document()->characterCount() - 1;
+}
+
+QString ReportView::readableText(int start, int end) const {
+    QTextCursor cursor(document());
+    cursor.setPosition(start);
+    cursor.setPosition(end, QTextCursor::KeepAnchor);
+    return cursor.selectedText()
+        .replace(QChar::ParagraphSeparator, u'\n')
+        .replace(QChar::LineSeparator, u'\n');
+}
+
+int ReportView::readableCursor() const {
+    return textCursor().position();
+}
+
+void ReportView::setReadableCursor(int offset) {
+    selectReadable(offset, offset);
+}
+
+ReadableText::Run ReportView::readableSelection() const {
+    const QTextCursor cursor = textCursor();
+    return {.start = cursor.selectionStart(), .end = cursor.selectionEnd()};
+}
+
+void ReportView::selectReadable(int start, int end) {
+    QTextCursor cursor(document());
+    cursor.setPosition(start);
+    cursor.setPosition(end, QTextCursor::KeepAnchor);
+    setTextCursor(cursor);
+}
+
+// A block is one entry, which has one format.
+ReadableText::Run ReportView::readableRunAt(int offset) const {
+    const QTextBlock block = document()->findBlock(offset);
+    QTextCursor cursor(block);
+    cursor.movePosition(QTextCursor::EndOfBlock);
+    const QTextCharFormat format = cursor.charFormat();
+    return {.start = block.position(),
+            .end = std::min(block.position() + block.length(), readableLength()),
+            .isFault = format.boolProperty(kIsError),
+            .isBold = format.fontWeight() == QFont::Bold};
+}
+
+QRect ReportView::readableArea(int offset) const {
+    QTextCursor cursor(document());
+    cursor.setPosition(offset);
+    const QRect area = cursorRect(cursor);
+    return {viewport()->mapToGlobal(area.topLeft()), area.size()};
+}
+
+int ReportView::readableOffsetAt(QPoint screen) const {
+    return cursorForPosition(viewport()->mapFromGlobal(screen)).position();
 }
 
 }  // namespace vornic

@@ -8,12 +8,14 @@
 #include <string_view>
 #include <vector>
 
+#include "desktop/ReadableText.h"
+
 namespace vornic {
 
 /// The report of a document (`infoText`): entries set apart by an empty line, red when they report
 /// an error. It is read, copied and searched like any text and stays quick with some hundred
 /// thousand entries.
-class ReportView : public QPlainTextEdit {
+class ReportView : public QPlainTextEdit, public ReadableText {
   public:
     explicit ReportView(QWidget* parent);
 
@@ -29,6 +31,16 @@ class ReportView : public QPlainTextEdit {
     /// Selects the next place of a text, upper and lower case alike, from the selection on, and
     /// from the other end when there is none. @return false when it is nowhere.
     bool findText(const QString& text, bool backwards);
+
+    [[nodiscard]] int readableLength() const override;
+    [[nodiscard]] QString readableText(int start, int end) const override;
+    [[nodiscard]] int readableCursor() const override;
+    void setReadableCursor(int offset) override;
+    [[nodiscard]] Run readableSelection() const override;
+    void selectReadable(int start, int end) override;
+    [[nodiscard]] Run readableRunAt(int offset) const override;
+    [[nodiscard]] QRect readableArea(int offset) const override;
+    [[nodiscard]] int readableOffsetAt(QPoint screen) const override;
 
   protected:
     void changeEvent(QEvent* event) override;

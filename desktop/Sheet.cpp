@@ -76,6 +76,17 @@ void follow(QWidget& window, QDialog& sheet) {
 
 }  // namespace
 
+void giveRoom(QDialog& dialog) {
+    constexpr QSize kComfortable(760, 440);
+    constexpr int kPart = 20;
+    const QSize window =
+        dialog.parentWidget() != nullptr ? dialog.parentWidget()->size() : kComfortable;
+    const int above = std::min(window.height() / kShareAbove, kMostAbove);
+    const QSize room(window.width() - window.width() / kPart, window.height() - above);
+    // A sheet takes the size that its contents ask for.
+    dialog.setMinimumSize(kComfortable.boundedTo(room));
+}
+
 void beginSheet(QDialog& dialog) {
     dialog.setWindowModality(Qt::WindowModal);
     dialog.adjustSize();
@@ -86,11 +97,16 @@ void beginSheet(QDialog& dialog) {
     bringUp(dialog);
 }
 
-void beginAlone(QDialog& dialog) {
-    const QWidget* window = QApplication::activeWindow();
+QWidget* windowInUse() {
+    QWidget* window = QApplication::activeWindow();
     while (window != nullptr && window->parentWidget() != nullptr) {
         window = window->parentWidget()->window();
     }
+    return window;
+}
+
+void beginAlone(QDialog& dialog) {
+    const QWidget* const window = windowInUse();
     dialog.setWindowModality(Qt::NonModal);
     dialog.adjustSize();
     if (window != nullptr) {

@@ -13,8 +13,14 @@ void beginSheet(QDialog& dialog);
 /// Shows a dialog as a window of its own, over the middle of the document's window that is in use.
 void beginAlone(QDialog& dialog);
 
+/// The document's window that is in use, or another one of the application's; null for none.
+[[nodiscard]] QWidget* windowInUse();
+
 /// True when a dialog that is modal to the window is on the screen.
 [[nodiscard]] bool hasSheet(const QWidget& window);
+
+/// Gives a sheet with a list in it as much room as its window leaves, up to a comfortable size.
+void giveRoom(QDialog& dialog);
 
 /// Takes all sheets off a window that goes; they would stay without it.
 void hideSheets(const QWidget& window);

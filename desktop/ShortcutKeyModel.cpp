@@ -6,6 +6,7 @@
 
 #include "desktop/QtText.h"
 #include "ui/shortcuts/QMShortcutKeyTableDelegate.h"
+#include "ui/shortcuts/ShortcutKeyNames.h"
 
 namespace vornic {
 
@@ -19,8 +20,18 @@ const char* identifierOf(int column) {
     return column == ShortcutKeyModel::keyColumn ? "keyname" : "description";
 }
 
+bool isTypedWithAlone(const QMShortcutKeyTextCell& cell) {
+    return !cell.isLeaf() && isTypedWith(cell.stringValue());
+}
+
+QString shownText(const QMShortcutKeyTextCell& cell) {
+    const QString text = toQString(cell.stringValue());
+    return isTypedWithAlone(cell) ? ShortcutKeyModel::tr("%1 — cannot be typed any more").arg(text)
+                                  : text;
+}
+
 QString spokenText(const QMShortcutKeyTextCell& cell) {
-    QString text = toQString(cell.stringValue());
+    QString text = shownText(cell);
     if (cell.isLeaf()) {
         return text;
     }
@@ -66,13 +77,19 @@ QVariant ShortcutKeyModel::data(const QModelIndex& index, int role) const {
     const QMShortcutKeyTextCell& cell = cellAt(index);
     switch (role) {
         case Qt::DisplayRole:
-            return toQString(cell.stringValue());
+            return shownText(cell);
+        case Qt::ToolTipRole:
+            return isTypedWithAlone(cell)
+                       ? QVariant(
+                             toolTipOf(tr("This key works as the shortcut in every program, so "
+                                          "that it types nothing and moves no cursor.")))
+                       : QVariant();
         case Qt::AccessibleTextRole:
             return spokenText(cell);
         case Qt::FontRole:
             return cell.isConflicting() && !cell.isLeaf() ? QVariant(conflictFont()) : QVariant();
         case Qt::DecorationRole:
-            return cell.isConflicting() && !cell.isLeaf()
+            return (cell.isConflicting() && !cell.isLeaf()) || isTypedWithAlone(cell)
                        ? QVariant(QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning))
                        : QVariant();
         default:

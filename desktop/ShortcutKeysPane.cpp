@@ -49,9 +49,9 @@ ShortcutKeysPane::ShortcutKeysPane(QWidget* parent)
         tr("The shortcut key manager is missing, so that no shortcut can be changed. Please "
            "reinstall this software."));
     change_->setObjectName(QStringLiteral("changeShortcutBtn"));
-    change_->setAccessibleName(tr("Change the shortcut of the selected command"));
+    change_->setAccessibleDescription(tr("Change the shortcut of the selected command"));
     clear_->setObjectName(QStringLiteral("clearShortcutBtn"));
-    clear_->setAccessibleName(tr("Clear the shortcut of the selected command"));
+    clear_->setAccessibleDescription(tr("Clear the shortcut of the selected command"));
 
     auto* const buttons = new QHBoxLayout;
     buttons->addWidget(change_);

@@ -330,6 +330,7 @@ void SourceView::moveTo(std::size_t offset, bool selects) {
     }
     ensureVisible(false);
     viewport()->update();
+    tellReaders();
     if (lineChanged_ && toldLine_ != currentLine()) {
         toldLine_ = currentLine();
         lineChanged_();

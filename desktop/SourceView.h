@@ -7,16 +7,18 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "app/window/FindingsTable.h"
 #include "app/window/SourceText.h"
+#include "desktop/ReadableText.h"
 
 namespace vornic {
 
 /// A text to be read: numbered, coloured, with the findings marked. Only what is in view is laid
 /// out, so that a text of any length is shown at once. It can be selected and copied. Main thread.
-class SourceView : public QAbstractScrollArea {
+class SourceView : public QAbstractScrollArea, public ReadableText {
   public:
     SourceView(const QString& accessibleName, QWidget* parent);
 
@@ -41,6 +43,17 @@ class SourceView : public QAbstractScrollArea {
     /// Selects the next place of a text, from the selection on and then from the other end.
     /// @return false when it is nowhere.
     bool findText(const QString& text, bool backwards);
+
+    // Screen readers read the rows in view.
+    [[nodiscard]] int readableLength() const override;
+    [[nodiscard]] QString readableText(int start, int end) const override;
+    [[nodiscard]] int readableCursor() const override;
+    void setReadableCursor(int offset) override;
+    [[nodiscard]] Run readableSelection() const override;
+    void selectReadable(int start, int end) override;
+    [[nodiscard]] Run readableRunAt(int offset) const override;
+    [[nodiscard]] QRect readableArea(int offset) const override;
+    [[nodiscard]] int readableOffsetAt(QPoint screen) const override;
 
     /// Called when the cursor has come to another line.
     void setLineChanged(std::function<void()> changed) { lineChanged_ = std::move(changed); }
@@ -78,6 +91,16 @@ class SourceView : public QAbstractScrollArea {
     void paintGutter(QPainter& painter, std::size_t row, int top);
     void updateBars();
     void moveTo(std::size_t offset, bool selects);
+    void tellReaders();
+    // The rows in view as one text.
+    struct InView {
+        QString text;
+        // Where in it each row begins, and which one that is.
+        std::vector<std::pair<int, std::size_t>> rows;
+    };
+    [[nodiscard]] InView inView() const;
+    [[nodiscard]] std::size_t byteAt(int offset) const;
+    [[nodiscard]] int readableOffsetOf(std::size_t byte) const;
     void moveByRows(std::ptrdiff_t rows, bool selects);
     void ensureVisible(bool inTheMiddle);
     void dropLayouts();

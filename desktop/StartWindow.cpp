@@ -40,7 +40,7 @@ StartWindow::StartWindow(std::function<void()> browse, std::function<void(const 
     invitation->setWordWrap(true);
     auto* const button = new QPushButton(tr("&Open Files…"), area);
     button->setObjectName(QStringLiteral("startOpenBtn"));
-    button->setAccessibleName(tr("Open files to repair"));
+    button->setAccessibleDescription(tr("Open files to repair"));
     button->setDefault(true);
     recentHeading_ = new QLabel(tr("&Recent files"), content);
     recentHeading_->setTextFormat(Qt::PlainText);

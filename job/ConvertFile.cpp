@@ -54,8 +54,13 @@ class Converting {
             place_.emplace(path_, InPlaceChange::Words{"convert", "converted"}, waiting, placed_);
         }
         ErrorSlot error;
-        std::optional<string> bytes = place_ ? place_->read() : platform::readFile(path_, error);
-        if (bytes) {
+        std::optional<string> bytes =
+            place_ ? place_->read(request_.expected) : platform::readFile(path_, error);
+        if (bytes && !isExpected(*bytes)) {
+            refuse(formatString(
+                "The file %@ was not converted: another program has changed it since it was read.",
+                path_));
+        } else if (bytes) {
             conversion_ = ProjectConversion::of(std::move(*bytes), request_.conversion);
             convert(observer);
         } else if (error) {
@@ -89,6 +94,9 @@ class Converting {
         if (request_.isDryRun) {
             return;
         }
+        if (isStopped()) {
+            return refuse(formatString("The file %@ was not converted: it was stopped.", path_));
+        }
         if (request_.isInPlace) {
             replace(observer);
         } else if (becomesBundle()) {
@@ -97,6 +105,12 @@ class Converting {
             writeFile(wantedPath());
         }
     }
+
+    [[nodiscard]] bool isExpected(const string& bytes) const {
+        return !request_.expected || *request_.expected == platform::ContentDigest::of(bytes);
+    }
+
+    [[nodiscard]] bool isStopped() const { return request_.isStopped && request_.isStopped(); }
 
     [[nodiscard]] string placeInFile() const {
         return conversion_.line == 0
@@ -234,7 +248,7 @@ class Converting {
             return;
         }
         place_->write(writer());
-        place_->finish(true, observer);
+        place_->finish(!isStopped(), observer);
     }
 
     void takePlaced() {

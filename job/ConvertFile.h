@@ -1,6 +1,7 @@
 #ifndef VORNIC_JOB_CONVERT_FILE_H
 #define VORNIC_JOB_CONVERT_FILE_H
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -8,6 +9,7 @@
 #include "convert/ProjectConversion.h"
 #include "job/SwapObserver.h"
 #include "job/Waiting.h"
+#include "platform/files/ContentDigest.h"
 
 namespace vornic {
 
@@ -28,6 +30,10 @@ struct ConvertFileRequest {
     /// The file or folder that takes the result; nothing for a name with the version beside the
     /// file.
     std::optional<std::string> output;
+    /// Of the bytes that the user has seen: a file with others is not converted. Nothing for any.
+    std::optional<platform::ContentDigest::Value> expected = {};
+    /// Asked before anything is written, and when that is to take the file's place; none for never.
+    std::function<bool()> isStopped = {};
 };
 
 /// How the conversion of a file ended.

@@ -7,6 +7,7 @@
 
 #include "base/Error.h"
 #include "formats/ElementIndex.h"
+#include "mend/EditList.h"
 #include "xml/text/TextDecoding.h"
 
 namespace vornic {
@@ -32,6 +33,10 @@ class ProjectText {
     std::optional<ElementIndex> index_;
     ErrorSlot fault_;
 };
+
+/// Edits of a project's text as those of the bytes of its file, in its encoding.
+/// @return nothing when a text cannot be written in that encoding.
+[[nodiscard]] std::optional<EditList> editsOfFile(EditList edits, const DecodedText& source);
 
 }  // namespace vornic
 

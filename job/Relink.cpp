@@ -9,7 +9,6 @@
 #include "foundation/places/NameSearch.h"
 #include "job/MediaReport.h"
 #include "mend/EditList.h"
-#include "xml/text/FileOffsets.h"
 
 namespace vornic {
 
@@ -21,17 +20,6 @@ constexpr std::string_view kTied = "more than one file may be meant, and none st
 constexpr std::string_view kNotFound = "no file of this name was found";
 constexpr std::string_view kShared =
     "the file that was found would be that of another media file of the project, too";
-
-// Edits of the text as those of the file's bytes, in its encoding.
-std::optional<EditList> fileEdits(EditList edits, const DecodedText& source) {
-    FileOffsets offsets(source.text, source.decoding);
-    for (Edit& edit : edits) {
-        const std::size_t end = offsets.of(edit.offset + edit.length);
-        edit.offset = offsets.of(edit.offset);
-        edit.length = end - edit.offset;
-    }
-    return encodeEdits(edits, source.decoding.encoding);
-}
 
 // The path of each place where a medium is named, in the order of the text.
 std::map<std::size_t, MediaPath> pathsOf(const std::vector<Medium>& media) {
@@ -214,7 +202,7 @@ RelinkedBytes Relinker::relink(const ProjectText& project, const std::string& by
     if (edits.edits.empty()) {
         return result;
     }
-    const std::optional<EditList> inFile = fileEdits(edits.edits, project.source());
+    const std::optional<EditList> inFile = editsOfFile(edits.edits, project.source());
     std::string made = inFile ? applyEdits(bytes, *inFile) : "";
     if (!inFile) {
         result.refusal =

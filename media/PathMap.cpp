@@ -41,21 +41,26 @@ std::string PathMap::add(std::string_view rule) {
     if (parting == std::string_view::npos) {
         return "--map wants OLD=NEW, not " + std::string(rule);
     }
-    Rule made{readTypedPath(rule.substr(0, parting)), {}, readTypedPath(rule.substr(parting + 1))};
-    for (const MediaPath* const path : {&made.oldPath, &made.newPath}) {
-        if (!isAbsolute(*path)) {
-            return "--map wants two absolute paths, not " + std::string(rule);
-        }
+    const MediaPath oldPath = readTypedPath(rule.substr(0, parting));
+    const MediaPath newPath = readTypedPath(rule.substr(parting + 1));
+    if (!isAbsolute(oldPath) || !isAbsolute(newPath)) {
+        return "--map wants two absolute paths, not " + std::string(rule);
     }
-    made.keys = keysOf(made.oldPath, made.oldPath.components.size());
-    for (const Rule& other : rules_) {
-        if (other.oldPath.style == made.oldPath.style && other.keys == made.keys &&
-            other.newPath != made.newPath) {
-            return "--map gives two new places to " + made.oldPath.text();
-        }
+    return add(oldPath, newPath) ? "" : "--map gives two new places to " + oldPath.text();
+}
+
+bool PathMap::add(const MediaPath& oldPath, const MediaPath& newPath) {
+    Rule made{oldPath, keysOf(oldPath, oldPath.components.size()), newPath};
+    const bool hasOtherPlace =
+        std::any_of(rules_.begin(), rules_.end(), [&made](const Rule& other) {
+            return other.oldPath.style == made.oldPath.style && other.keys == made.keys &&
+                   other.newPath != made.newPath;
+        });
+    if (!isAbsolute(oldPath) || !isAbsolute(newPath) || hasOtherPlace) {
+        return false;
     }
     rules_.push_back(std::move(made));
-    return "";
+    return true;
 }
 
 std::optional<MediaPath> PathMap::apply(const MediaPath& path) const {

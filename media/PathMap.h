@@ -19,6 +19,9 @@ class PathMap {
     ///     absolute path begins.
     /// @return what is wrong with the rule, as a sentence without a full stop; "" when nothing is.
     [[nodiscard]] std::string add(std::string_view rule);
+    /// @return false, and nothing is added, unless both paths are absolute and the old one has no
+    ///     other new place.
+    [[nodiscard]] bool add(const MediaPath& oldPath, const MediaPath& newPath);
     [[nodiscard]] bool isEmpty() const { return rules_.empty(); }
 
     /// The path by the rule whose OLD has the most names; nothing when none fits.

@@ -5,13 +5,17 @@
 
 #include "app/cli/UndoCommand.h"
 #include "app/window/HeaderText.h"
+#include "app/window/Patience.h"
 #include "base/FormatString.h"
 #include "base/PathText.h"
+#include "check/VersionMend.h"
 #include "foundation/log/QMLog.h"
 #include "foundation/places/QMLocalPaths.h"
+#include "job/InPlaceChange.h"
 #include "job/Journal.h"
 #include "job/JournaledSwap.h"
 #include "job/MendFile.h"
+#include "job/ProjectText.h"
 #include "job/ResultFile.h"
 #include "platform/files/FileSystem.h"
 #include "platform/rights/HeldPath.h"
@@ -19,14 +23,6 @@
 namespace vornic {
 
 namespace {
-
-class Patience final : public Waiting {
-  public:
-    void waitsFor(const std::string& path) override {
-        QMLog::appendLog("Another program uses the file %@; waiting.", path);
-    }
-    [[nodiscard]] bool isCancelled() override { return false; }
-};
 
 std::string joined(const std::vector<std::string>& sentences) {
     std::string text;
@@ -44,6 +40,23 @@ CheckOptions optionsFor(const std::string& path) {
 }
 
 }  // namespace
+
+void takeResult(const std::string& path, InPlaceResult& result, FileActionResult& action) {
+    action.notes.insert(action.notes.end(), result.notes.begin(), result.notes.end());
+    action.isDone = result.swap && !result.error && !result.isCancelled;
+    if (action.isDone) {
+        action.replaced = result.swap->original;
+        QMLog::appendLog("The file %@ was changed. The original is %@", path, action.replaced);
+    } else {
+        action.failure = result.error ? result.error->localizedDescription()
+                                      : formatString("The file %@ was left as it is.", path);
+        QMLog::appendLog("%@", action.failure);
+    }
+    if (!result.lostMetadata.empty()) {
+        action.notes.push_back(
+            formatString("Something of the file %@ was not kept. %@", path, result.lostMetadata));
+    }
+}
 
 RestoreResult restoreOriginal(const std::string& path, const std::string& program,
                               const std::string& version, bool evenIfChanged) {
@@ -100,28 +113,41 @@ FileActionResult mendInPlace(const std::string& path, const MendRequest& request
     Patience patience;
     JournaledSwap journaled(program, version, JournalEntry::Action::mend);
     MendedFile result = mendFile(path, request, patience, journaled);
-    action.notes = std::move(result.notes);
     if (!result.mended.refusal.empty()) {
         action.failure =
             formatString("The file %@ was not mended: %@.", path, result.mended.refusal);
-    } else if (result.error || result.isCancelled) {
-        action.failure = result.error ? result.error->localizedDescription()
-                                      : formatString("The file %@ was not mended.", path);
-    } else if (!result.swap) {
-        action.failure = formatString("There is nothing to mend in the file %@.", path);
-    } else {
-        action.isDone = true;
-        action.replaced = result.swap->original;
-        action.isUndoable = journaled.isWrittenDown();
-        QMLog::appendLog("The file %@ was mended. The original is %@", path, action.replaced);
-    }
-    if (!result.lostMetadata.empty()) {
-        action.notes.push_back(
-            formatString("Something of the file %@ was not kept. %@", path, result.lostMetadata));
-    }
-    if (!action.failure.empty()) {
         QMLog::appendLog("%@", action.failure);
+        return action;
     }
+    if (!result.swap && !result.error && !result.isCancelled) {
+        action.failure = formatString("There is nothing to mend in the file %@.", path);
+        return action;
+    }
+    action.isUndoable = journaled.isWrittenDown();
+    takeResult(path, result, action);
+    return action;
+}
+
+FileActionResult setVersionInPlace(const std::string& path, const std::string& to,
+                                   const std::string& program, const std::string& version) {
+    FileActionResult action;
+    InPlaceResult result;
+    Patience patience;
+    InPlaceChange place(path, {"version", "changed"}, patience, result);
+    if (const std::optional<std::string> bytes = place.read()) {
+        const std::unique_ptr<ProjectText> project = ProjectText::read(*bytes, result.error);
+        const std::optional<Mend> mend = project ? versionMend(project->index(), to) : std::nullopt;
+        const std::optional<EditList> edits =
+            mend ? editsOfFile(mend->edits, project->source()) : std::nullopt;
+        if (edits) {
+            JournaledSwap journaled(program, version, JournalEntry::Action::mend);
+            place.write(applyEdits(*bytes, *edits));
+            place.finish(true, journaled);
+            action.isUndoable = journaled.isWrittenDown();
+        }
+    }
+    place.takeNotes();
+    takeResult(path, result, action);
     return action;
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "app/window/Inspection.h"
+#include "job/InPlaceChange.h"
 #include "job/MendedBytes.h"
 #include "job/Undo.h"
 
@@ -24,6 +25,9 @@ struct FileActionResult {
     /// What else the user should know, a sentence each.
     std::vector<std::string> notes = {};
 };
+
+/// Takes what has become of a change in place, and logs it.
+void takeResult(const std::string& path, InPlaceResult& result, FileActionResult& action);
 
 /// How the restoring of an original ended.
 struct RestoreResult : FileActionResult {
@@ -47,6 +51,13 @@ struct RestoreResult : FileActionResult {
 /// wait for other programs.
 [[nodiscard]] FileActionResult mendInPlace(const std::string& path, const MendRequest& request,
                                            const std::string& program, const std::string& version);
+
+/// Writes a version into the root element of a file, whatever stood there, in the file's place; the
+/// original goes to the Trash and can be restored. Any thread; may wait for other programs.
+/// @param to a version of XMEML or FCPXML, as the root element asks for
+[[nodiscard]] FileActionResult setVersionInPlace(const std::string& path, const std::string& to,
+                                                 const std::string& program,
+                                                 const std::string& version);
 
 /// Writes what the safe mends make of a file as a new file; the file itself stays. Any thread.
 /// @param to a name that is free, or gets a number

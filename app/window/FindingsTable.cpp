@@ -18,19 +18,11 @@ namespace {
 constexpr std::size_t kLongestExcerpt = 90;
 // What of a line stands before that which differs.
 constexpr std::size_t kLead = 24;
+// The longest name of a clip that a place tells, in bytes.
+constexpr std::size_t kLongestName = 80;
 constexpr std::size_t kLargeText = 4'000'000;
 constexpr std::size_t kLinesAround = 3;
 constexpr std::size_t kLongestLineAround = 400;
-
-char lowered(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool contains(std::string_view text, std::string_view wanted) {
-    return std::search(text.begin(), text.end(), wanted.begin(), wanted.end(),
-                       [](char left, char right) { return lowered(left) == lowered(right); }) !=
-           text.end();
-}
 
 // Moves an offset to the beginning of its character.
 std::size_t atCharacter(std::string_view text, std::size_t offset) {
@@ -148,6 +140,26 @@ std::vector<SourceMark> marksOf(const InspectedFile& file) {
     return marks;
 }
 
+// The lines around one, from 1, each with its number; its own begins with >.
+std::string linesAroundLine(const SourceText& source, std::size_t wanted) {
+    if (wanted == 0 || wanted > source.lineCount()) {
+        return "";
+    }
+    const std::size_t first = wanted > kLinesAround ? wanted - kLinesAround : 1;
+    const std::size_t last = std::min(wanted + kLinesAround, source.lineCount());
+    const std::size_t width = std::to_string(last).size();
+    std::string lines;
+    for (std::size_t number = first; number <= last; ++number) {
+        const std::string digits = std::to_string(number);
+        std::string_view line = source.line(number);
+        const bool isLong = line.size() > kLongestLineAround;
+        line = line.substr(0, isLong ? atCharacter(line, kLongestLineAround) : line.size());
+        lines += (number == wanted ? "> " : "  ") + std::string(width - digits.size(), ' ') +
+                 digits + "  " + std::string(line) + (isLong ? "…" : "") + "\n";
+    }
+    return lines;
+}
+
 }  // namespace
 
 std::string_view nameOf(FindingState state) {
@@ -248,19 +260,8 @@ std::uint64_t FindingsTable::count(Severity severity) const {
                : now;
 }
 
-bool FindingsTable::isWanted(const ListedFinding& listed, const FindingsChoice& choice) const {
-    const Finding& finding = *listed.finding;
-    if (!choice.severities.at(static_cast<std::size_t>(finding.severity))) {
-        return false;
-    }
-    return choice.text.empty() || contains(finding.message(), choice.text) ||
-           contains(ruleOf(finding.rule).id, choice.text) ||
-           contains(finding.where.name, choice.text) || contains(finding.where.path, choice.text) ||
-           contains(finding.where.timecode, choice.text);
-}
-
 // How many findings of the rule were counted and not kept.
-std::uint64_t FindingsTable::uncounted(const ListedFinding& listed) const {
+std::uint64_t FindingsTable::countedMore(const ListedFinding& listed) const {
     if (listed.state == FindingState::left || listed.state == FindingState::appeared) {
         return 0;
     }
@@ -276,118 +277,28 @@ std::uint64_t FindingsTable::uncounted(const ListedFinding& listed) const {
     return listed.isInOriginal ? more - std::min(more, now) : more;
 }
 
-FindingsRows FindingsTable::arranged(const FindingsChoice& choice) const {
-    std::vector<std::size_t> wanted;
-    for (std::size_t index = 0; index < findings_.size(); ++index) {
-        if (isWanted(findings_[index], choice)) {
-            wanted.push_back(index);
-        }
-    }
-    std::vector<std::string> messages;
-    if (choice.order == FindingsOrder::message) {
-        messages.resize(findings_.size());
-        for (const std::size_t index : wanted) {
-            messages[index] = findings_[index].finding->message();
-        }
-    }
-    const auto compare = [&](std::size_t left, std::size_t right) {
-        const ListedFinding& one = findings_[left];
-        const ListedFinding& other = findings_[right];
-        switch (choice.order) {
-            case FindingsOrder::severity:
-                return static_cast<int>(one.finding->severity) -
-                       static_cast<int>(other.finding->severity);
-            case FindingsOrder::state:
-                return static_cast<int>(one.state) - static_cast<int>(other.state);
-            case FindingsOrder::message:
-                return messages[left].compare(messages[right]);
-            case FindingsOrder::place:
-                break;
-        }
-        return one.finding->where.offset < other.finding->where.offset   ? -1
-               : one.finding->where.offset > other.finding->where.offset ? 1
-                                                                         : 0;
-    };
-    std::stable_sort(wanted.begin(), wanted.end(), [&](std::size_t left, std::size_t right) {
-        const int order = compare(left, right);
-        return choice.isDescending ? order > 0 : order < 0;
-    });
-
-    // Causes before groups: what comes of something stands below it, whatever its rule.
-    std::vector<bool> isShown(findings_.size());
-    for (const std::size_t index : wanted) {
-        isShown[index] = true;
-    }
-    const auto isConsequence = [&](std::size_t index) {
-        return causes_[index] != index && isShown[causes_[index]];
-    };
-    using GroupKey = std::pair<std::uint16_t, FindingState>;
-    const auto keyOfGroup = [&](std::size_t index) {
-        return GroupKey(findings_[index].finding->rule.index, findings_[index].state);
-    };
-    std::map<GroupKey, std::uint64_t> sizes;
-    for (const std::size_t index : wanted) {
-        if (!isConsequence(index)) {
-            ++sizes[keyOfGroup(index)];
-        }
-    }
-    FindingsRows result;
-    std::map<GroupKey, std::size_t> groups;
-    std::vector<std::size_t> rowOf(findings_.size(), FindingsRow::kNoParent);
-    for (const std::size_t index : wanted) {
-        if (isConsequence(index)) {
-            continue;
-        }
-        std::size_t parent = FindingsRow::kNoParent;
-        const GroupKey key = keyOfGroup(index);
-        if (sizes[key] > 1) {
-            const auto [group, isNew] = groups.try_emplace(key, result.rows.size());
-            if (isNew) {
-                result.top.push_back(result.rows.size());
-                const bool isWhole = choice.text.empty();
-                result.rows.push_back(
-                    {.listed = index,
-                     .isGroup = true,
-                     .count = sizes[key] + (isWhole ? uncounted(findings_[index]) : 0)});
-            }
-            parent = group->second;
-            result.rows[parent].children.push_back(result.rows.size());
-        } else {
-            result.top.push_back(result.rows.size());
-        }
-        rowOf[index] = result.rows.size();
-        result.rows.push_back({.listed = index, .parent = parent});
-    }
-    for (const std::size_t index : wanted) {
-        if (isConsequence(index)) {
-            const std::size_t parent = rowOf[causes_[index]];
-            if (parent == FindingsRow::kNoParent) {
-                result.top.push_back(result.rows.size());
-            } else {
-                result.rows[parent].children.push_back(result.rows.size());
-            }
-            result.rows.push_back({.listed = index, .parent = parent});
-        }
-    }
-    return result;
-}
-
 const SourceText* FindingsTable::sourceOf(const ListedFinding& listed) const {
     return listed.isInOriginal ? inspection_->original->source.get()
                                : inspection_->file.source.get();
 }
 
-std::string FindingsTable::placeOf(const ListedFinding& listed) const {
-    const Place& where = listed.finding->where;
+std::string placeText(const Place& where) {
     if (where.line == 0) {
         return "The whole file";
     }
-    std::string place = where.name;
+    const bool isLong = where.name.size() > kLongestName;
+    std::string place =
+        isLong ? where.name.substr(0, atCharacter(where.name, kLongestName)) + "…" : where.name;
     if (!where.timecode.empty()) {
         place += (place.empty() ? "" : ", ") + where.timecode;
     }
-    place += (place.empty() ? "Line " : ", line ") + std::to_string(where.line);
-    return listed.isInOriginal ? place + " of the original" : place;
+    return place + (place.empty() ? "Line " : ", line ") + std::to_string(where.line);
+}
+
+std::string FindingsTable::placeOf(const ListedFinding& listed) const {
+    const std::string place = placeText(listed.finding->where);
+    return listed.isInOriginal && listed.finding->where.line != 0 ? place + " of the original"
+                                                                  : place;
 }
 
 std::string FindingsTable::lineOf(const ListedFinding& listed) const {
@@ -463,23 +374,15 @@ std::string FindingsTable::after(const ListedFinding& listed) const {
 
 std::string FindingsTable::linesAround(const ListedFinding& listed) const {
     const SourceText* const source = sourceOf(listed);
-    const std::size_t wanted = listed.finding->where.line;
-    if (source == nullptr || wanted == 0 || wanted > source->lineCount()) {
-        return "";
-    }
-    const std::size_t first = wanted > kLinesAround ? wanted - kLinesAround : 1;
-    const std::size_t last = std::min(wanted + kLinesAround, source->lineCount());
-    const std::size_t width = std::to_string(last).size();
-    std::string lines;
-    for (std::size_t number = first; number <= last; ++number) {
-        const std::string digits = std::to_string(number);
-        std::string_view line = source->line(number);
-        const bool isLong = line.size() > kLongestLineAround;
-        line = line.substr(0, isLong ? atCharacter(line, kLongestLineAround) : line.size());
-        lines += (number == wanted ? "> " : "  ") + std::string(width - digits.size(), ' ') +
-                 digits + "  " + std::string(line) + (isLong ? "…" : "") + "\n";
-    }
-    return lines;
+    return source != nullptr ? linesAroundLine(*source, listed.finding->where.line) : "";
+}
+
+std::string FindingsTable::linesAroundAfter(const ListedFinding& listed) const {
+    const std::size_t line = listed.finding->where.line;
+    return listed.isInOriginal && line != 0
+               ? linesAroundLine(*inspection_->file.source,
+                                 newLineOf(line - 1, inspection_->changes) + 1)
+               : "";
 }
 
 bool FindingsTable::canBeMended(const ListedFinding& listed) {

@@ -34,6 +34,14 @@ std::string soundness(const Tally& tally) {
                                : "Sound, with " + counted(tally.warnings, "warning", "warnings");
 }
 
+bool lacksVersion(const Report& report) {
+    constexpr std::array kRules = {"structure-no-version"_rule, "structure-unknown-version"_rule,
+                                   "versions-not-declared"_rule, "versions-malformed"_rule,
+                                   "versions-unknown"_rule};
+    return std::any_of(kRules.begin(), kRules.end(),
+                       [&](RuleId rule) { return report.findings.count(rule) != 0; });
+}
+
 // Writes the header of a file that was read and checked.
 class HeaderWriter {
   public:
@@ -55,6 +63,9 @@ class HeaderWriter {
                 return soundOrNot("The original is back: ");
             case Action::conversion:
                 return soundOrNot(formatString("Converted to version %@: ", facts_.version));
+            case Action::relink:
+                return soundOrNot(counted(facts_.relinked, "media file", "media files") +
+                                  " relinked: ");
             case Action::check:
                 return soundOrNot("Checked, nothing was written: ");
             case Action::none:
@@ -85,19 +96,42 @@ class HeaderWriter {
     HeaderText notCarriedOut(std::string_view how) {
         HeaderText header = soundOrNot(how);
         header.sign = now_.problems == 0 ? HeaderSign::neutral : HeaderSign::bad;
+        if (facts_.outcome == RepairOutcome::stopped) {
+            addHelp(header);
+        }
         return header;
     }
 
     // The repair judges by rules of its own, and may refuse what every program reads.
     HeaderText unable() {
-        if (now_.problems != 0) {
-            return {HeaderSign::bad, problemsNeed(now_.problems), offers()};
+        HeaderText header{HeaderSign::bad, problemsNeed(now_.problems), offers()};
+        if (now_.problems == 0) {
+            const std::string reason = facts_.reason.empty() ? "" : ": " + facts_.reason;
+            header.sign = HeaderSign::warning;
+            header.sentence = soundness(now_) + "; only the repair cannot take it" + reason;
         }
-        const std::string reason = facts_.reason.empty() ? "" : ": " + facts_.reason;
-        return {HeaderSign::warning,
-                soundness(now_) + "; only the repair cannot take it" + reason +
-                    ". Nothing has to be done",
-                offers()};
+        addHelp(header);
+        if (now_.problems == 0 && header.offers.empty()) {
+            header.sentence += ". Nothing has to be done";
+        }
+        return header;
+    }
+
+    // What would help a file that a repair could not take.
+    void addHelp(HeaderText& header) const {
+        const Report& report = inspection_.file.report;
+        const FileKind contents = fileKindOfRoot(report.kind);
+        if ((contents == FileKind::fcpxml || contents == FileKind::xmeml) &&
+            contents != fileKindOfPath(inspection_.file.path)) {
+            header.offers.push_back(HeaderOffer::treatAsContents);
+            header.contents = contents;
+        }
+        if (lacksVersion(report)) {
+            header.offers.push_back(HeaderOffer::setVersion);
+        }
+        if (endsAtAFault(report.findings)) {
+            header.offers.push_back(HeaderOffer::saveSalvagedCopy);
+        }
     }
 
     // Something took the file's place.
@@ -224,6 +258,14 @@ std::string withThousands(std::uint64_t number) {
 
 std::string counted(std::uint64_t count, std::string_view one, std::string_view many) {
     return withThousands(count) + " " + std::string(count == 1 ? one : many);
+}
+
+bool endsAtAFault(const Findings& findings) {
+    return std::any_of(findings.kept().begin(), findings.kept().end(), [](const Finding& finding) {
+        return finding.severity == Severity::error && !finding.mend &&
+               ruleOf(finding.rule).group == RuleGroup::xml &&
+               finding.rule != "xml-other-root"_rule;
+    });
 }
 
 std::size_t safeMendCount(const Findings& findings) {

@@ -26,11 +26,17 @@ enum class HeaderOffer {
     /// Show the safe mends, which may then be made.
     mend,
     restoreOriginal,
+    /// Repair the file as what its root element says, whatever its name says.
+    treatAsContents,
+    /// Choose the version that the root element is to declare.
+    setVersion,
+    /// Show what could be guessed of a file that is no XML any more, which may then be saved.
+    saveSalvagedCopy,
 };
 
 /// What is known when the header is written.
 struct HeaderFacts {
-    enum class Action { none, check, repair, mend, restore, conversion };
+    enum class Action { none, check, repair, mend, restore, conversion, relink };
     /// What the window has done with the file last.
     Action action = Action::none;
     /// Of a repair.
@@ -39,6 +45,8 @@ struct HeaderFacts {
     std::string reason = {};
     /// The version of a conversion.
     std::string version = {};
+    /// How many media were relinked.
+    std::size_t relinked = 0;
     /// Whether something stands at the file's path.
     bool isThere = true;
     /// Whether another program has written the file after the window's last action.
@@ -54,6 +62,8 @@ struct HeaderText {
     /// One sentence, without a full stop.
     std::string sentence;
     std::vector<HeaderOffer> offers;
+    /// What `treatAsContents` takes the file for.
+    FileKind contents = FileKind::none;
 };
 
 [[nodiscard]] HeaderText headerText(const HeaderFacts& facts);
@@ -67,6 +77,9 @@ struct HeaderText {
 
 /// "1 problem", "1,180 problems".
 [[nodiscard]] std::string counted(std::uint64_t count, std::string_view one, std::string_view many);
+
+/// Whether a fault of the markup that nothing mends has ended the reading of a file.
+[[nodiscard]] bool endsAtAFault(const Findings& findings);
 
 /// How many of a file's findings have a mend that may be made without asking.
 [[nodiscard]] std::size_t safeMendCount(const Findings& findings);

@@ -20,6 +20,15 @@ bool beginsCharacter(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
 }
 
+// The bytes that end a line or what a place is inside of; most of a file are others.
+constexpr auto kMayMatter = [] {
+    std::array<bool, 256> matters{};
+    for (const char byte : {'<', '>', '"', '\'', ' ', '\t', '\n', '\r', '[', ']'}) {
+        matters[static_cast<unsigned char>(byte)] = true;
+    }
+    return matters;
+}();
+
 SourceText::Kind kindOf(MarkupState state) {
     switch (state) {
         case MarkupState::tagName:
@@ -116,6 +125,9 @@ void SourceText::findRows() {
     };
     for (std::size_t at = 0; at < text.size(); ++at) {
         const char byte = text[at];
+        if (!kMayMatter[static_cast<unsigned char>(byte)] && at - rowStart < kLongestRow) {
+            continue;
+        }
         if (at - rowStart >= kLongestRow && beginsCharacter(byte) && byte != '\n' && byte != '\r') {
             continued_.push_back(rows_.size());
             begin(at);

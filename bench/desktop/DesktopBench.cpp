@@ -3,9 +3,11 @@
 // costs. Draws on whatever platform the toolkit is given (QT_QPA_PLATFORM=offscreen).
 
 #include <QApplication>
+#include <QMainWindow>
 #include <QScrollBar>
 #include <QTimer>
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -14,16 +16,23 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
+#include <spawn.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "bench/SampleProject.h"
+#include "desktop/Appearance.h"
+#include "desktop/Application.h"
 #include "desktop/DocumentMainWindow.h"
 #include "desktop/QtAlertPanel.h"
 #include "desktop/QtRunLoop.h"
+#include "desktop/SettingsPortal.h"
 #include "foundation/log/QMLog.h"
+#include "platform/settings/UserPreferences.h"
 #include "platform/threads/MainThread.h"
 #include "platform/threads/Thread.h"
 
@@ -34,7 +43,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
-// The longest time between two turns of the event loop.
+// The times between the turns of the event loop, which has a turn each millisecond.
 class PauseWatch {
   public:
     PauseWatch() {
@@ -43,18 +52,34 @@ class PauseWatch {
         timer_.start(std::chrono::milliseconds(1));
         last_ = Clock::now();
     }
-    [[nodiscard]] double longest() const { return longest_.count(); }
+    [[nodiscard]] double longest() const {
+        return pauses_.empty() ? 0 : *std::max_element(pauses_.begin(), pauses_.end());
+    }
+    // Those that none in a thousand is longer than.
+    [[nodiscard]] double usual() const {
+        std::vector<double> sorted = pauses_;
+        std::sort(sorted.begin(), sorted.end());
+        return sorted.empty() ? 0 : sorted[(sorted.size() - 1) * 999 / 1000];
+    }
+    [[nodiscard]] std::size_t turns() const { return pauses_.size(); }
+    // Tells them. @return false when they are too long.
+    bool report(const char* what) const {
+        std::printf(
+            "%-28s %zu turns, 99.9 %% at most %.1f ms (at most 16), longest %.1f ms (at most 50)\n",
+            what, turns(), usual(), longest());
+        return usual() <= 16 && longest() <= 50;
+    }
 
   private:
     void note() {
         const Clock::time_point now = Clock::now();
-        longest_ = std::max(longest_, Milliseconds(now - last_));
+        pauses_.push_back(Milliseconds(now - last_).count());
         last_ = now;
     }
 
     QTimer timer_;
     Clock::time_point last_;
-    Milliseconds longest_{0};
+    std::vector<double> pauses_;
 };
 
 double median(std::vector<double> values) {
@@ -122,11 +147,171 @@ bool compareRepairs(const std::string& path, const char* what) {
     return ratio <= 1.3 && longest <= 50;
 }
 
+// A window of a document, as the application opens it.
+struct OpenedFile {
+    explicit OpenedFile(const std::string& path) {
+        document->setFilePath(path);
+        window = std::make_shared<DocumentMainWindow>(document, DocumentMainWindow::Actions());
+        document->setWindow(window);
+        window->resize(1000, 700);
+        window->show();
+        QApplication::processEvents();
+    }
+    ~OpenedFile() {
+        document->close();
+        window->hide();
+    }
+    OpenedFile(const OpenedFile&) = delete;
+    OpenedFile& operator=(const OpenedFile&) = delete;
+
+    void waitForHeader() const {
+        const auto* const header = window->findChild<QLabel*>(QStringLiteral("headerLabel"));
+        runLoopUntil([header] {
+            return !header->text().isEmpty() && !header->text().startsWith(u"Looking") &&
+                   !header->text().startsWith(u"Repairing");
+        });
+    }
+
+    std::shared_ptr<Document> document = Document::create();
+    std::shared_ptr<DocumentMainWindow> window;
+};
+
+// Whether the window can be used while a file is repaired, checked and shown.
+bool measureTurns(const std::string& path, const char* what) {
+    bool reached = true;
+    {
+        const OpenedFile file(path);
+        const PauseWatch watch;
+        file.document->readFromURL(path, "", nullptr);
+        const auto* const outcome = file.window->findChild<QLabel*>(QStringLiteral("outcomeLabel"));
+        runLoopUntil([outcome] { return !outcome->text().isEmpty(); });
+        file.waitForHeader();
+        reached = watch.report((std::string(what) + ", repaired:").c_str());
+    }
+    const OpenedFile file(path);
+    {
+        const PauseWatch watch;
+        file.window->check();
+        file.waitForHeader();
+        reached = watch.report((std::string(what) + ", checked:").c_str()) && reached;
+    }
+    const PauseWatch watch;
+    for (const auto page : {DocumentMainWindow::Page::source, DocumentMainWindow::Page::changes,
+                            DocumentMainWindow::Page::findings}) {
+        file.window->showPage(page);
+        const Clock::time_point until = Clock::now() + std::chrono::milliseconds(300);
+        runLoopUntil([until] { return Clock::now() > until; });
+    }
+    return watch.report((std::string(what) + ", shown:").c_str()) && reached;
+}
+
+// From the bytes of a file to its source on the screen.
+bool measureSource(const std::string& path) {
+    std::vector<double> times;
+    for (int run = 0; run < 5; ++run) {
+        std::ifstream file(path, std::ios::binary);
+        std::string bytes((std::istreambuf_iterator<char>(file)), {});
+        SourceView view(QStringLiteral("Source"), nullptr);
+        view.resize(900, 600);
+        view.show();
+        QApplication::processEvents();
+        const Clock::time_point start = Clock::now();
+        view.setSource(SourceText::of(std::move(bytes)));
+        view.viewport()->repaint();
+        times.push_back(Milliseconds(Clock::now() - start).count());
+    }
+    std::printf("source of 50 MB: shown in %.0f ms (less than 500)\n", median(times));
+    return median(times) < 500;
+}
+
+// From the start of a process to the first thing that a window of it draws.
+double timeToWindow(const char* kind) {
+    const std::string self = std::filesystem::read_symlink("/proc/self/exe").string();
+    std::string program = self;
+    std::string argument = kind;
+    std::array<char*, 3> arguments = {program.data(), argument.data(), nullptr};
+    const Clock::time_point start = Clock::now();
+    pid_t child = 0;
+    if (posix_spawn(&child, self.c_str(), nullptr, nullptr, arguments.data(), environ) != 0) {
+        return 0;
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return status == 0 ? Milliseconds(Clock::now() - start).count() : 1e9;
+}
+
+bool measureFirstWindow() {
+    constexpr int kRuns = 15;
+    ErrorSlot ignored;
+    platform::UserPreferences().setValue(AppController::kShowOpenDialogPreference, 0, ignored);
+    std::vector<double> own;
+    std::vector<double> empty;
+    for (int run = 0; run < kRuns; ++run) {
+        own.push_back(timeToWindow("--first-window"));
+        empty.push_back(timeToWindow("--empty-window"));
+    }
+    const double ratio = median(own) / median(empty);
+    std::printf(
+        "first window: %.0f ms (at most 250), an empty one %.0f ms, ratio %.2f (at most 2)\n",
+        median(own), median(empty), ratio);
+    return median(own) <= 250 && ratio <= 2;
+}
+
+// Ends the process at the first thing that is drawn.
+class FirstPaint : public QObject {
+  public:
+    bool eventFilter(QObject* /*object*/, QEvent* event) override {
+        if (event->type() == QEvent::Paint) {
+            std::_Exit(EXIT_SUCCESS);
+        }
+        return false;
+    }
+};
+
+int showEmptyWindow(QApplication& toolkit) {
+    FirstPaint paint;
+    toolkit.installEventFilter(&paint);
+    QMainWindow window;
+    window.resize(460, 420);
+    window.show();
+    return QApplication::exec();
+}
+
+int showFirstWindow(QApplication& toolkit) {
+    QMLog::createNewLog("Vornic", true);
+    const Appearance appearance(SettingsPortal::sessionBus());
+    Application application;
+    FirstPaint paint;
+    toolkit.installEventFilter(&paint);
+    application.launch({});
+    return QApplication::exec();
+}
+
 long residentMegabytes() {
     std::ifstream statm("/proc/self/statm");
     long pages = 0;
     statm >> pages >> pages;
     return pages * sysconf(_SC_PAGESIZE) / (1000 * 1000);
+}
+
+// A file with that many faults, in its window.
+bool measureFindings(const std::string& path, int faults) {
+    {
+        std::ofstream file(path);
+        file << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n<xmeml "
+                "version=\"5\">\n";
+        for (int fault = 0; fault < faults; ++fault) {
+            file << "<name>R & D " << fault << "</name>\n";
+        }
+        file << "</xmeml>\n";
+    }
+    const OpenedFile opened(path);
+    const PauseWatch watch;
+    opened.window->check();
+    opened.waitForHeader();
+    const long used = residentMegabytes();
+    std::printf("a file with %d findings: %ld MB in all (at most 300)\n", faults, used);
+    return watch.report("the same, checked:") && used <= 300;
 }
 
 bool measureReport(int lines) {
@@ -173,6 +358,13 @@ int main(int argc, char** argv) {
     platform::MainThread::adopt();
     platform::MainThread::setLoop(std::make_shared<QtRunLoop>());
     QMAlert::setPanelFactory(std::make_shared<QtAlertPanelFactory>());
+    const std::string_view wanted = argc > 1 ? argv[1] : "";
+    if (wanted == "--empty-window") {
+        return bench::showEmptyWindow(toolkit);
+    }
+    if (wanted == "--first-window") {
+        return bench::showFirstWindow(toolkit);
+    }
     std::string folder = "/tmp/vornic-bench-XXXXXX";
     if (mkdtemp(folder.data()) == nullptr) {
         std::perror("mkdtemp");
@@ -182,7 +374,11 @@ int main(int argc, char** argv) {
     QMLog::createNewLog("Vornic", true);
     const std::string sound = folder + "/50 MB.xml";
     bool reached = bench::saveSampleProject({.bytes = 50'000'000}, sound);
+    reached = bench::measureFirstWindow() && reached;
     reached = bench::measureReport(500'000) && reached;
+    reached = bench::measureSource(sound) && reached;
+    reached = bench::measureTurns(sound, "50 MB") && reached;
+    reached = bench::measureFindings(folder + "/faults.xml", 500'000) && reached;
     reached = bench::compareRepairs(sound, "repair a sound file, 50 MB:") && reached;
     platform::MainThread::shutdown();
     platform::joinDetachedThreads(std::chrono::seconds(10));

@@ -1,5 +1,6 @@
 #include "formats/fcpxml/Version.h"
 
+#include <array>
 #include <charconv>
 
 namespace vornic::fcpxml {
@@ -25,6 +26,15 @@ std::optional<Version> Version::parse(std::string_view text) {
 
 std::string Version::text() const {
     return "1." + std::to_string(minor_);
+}
+
+std::string_view releaseOf(Version version) {
+    // Each came with what the version first describes: libraries, captions, media representations,
+    // cinematic clips, colour conform, frame sampling, spatial video, found text.
+    constexpr std::array<std::string_view, Version::kNewestMinor + 1> kReleases = {
+        "",       "",       "",     "10.1",   "10.1.2", "10.2", "10.3", "10.4",
+        "10.4.1", "10.4.9", "10.6", "10.6.6", "10.8",   "11",   "12"};
+    return kReleases.at(static_cast<std::size_t>(version.minor()));
 }
 
 }  // namespace vornic::fcpxml

@@ -32,6 +32,10 @@ class Version {
     int minor_ = 0;
 };
 
+/// The first release of Final Cut Pro that writes a version, such as "10.6"; "" where none is
+/// known.
+[[nodiscard]] std::string_view releaseOf(Version version);
+
 /// An unbroken run of versions, both ends included.
 struct VersionRun {
     Version first;

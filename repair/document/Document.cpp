@@ -70,7 +70,7 @@ void Document::setFilePath(Text path) {
 
 bool Document::readFromURL(const std::string& path, std::string_view /*ofType*/, Error* error) {
     setFilePath(path);
-    startRepairOnThread(path, "-[Document readFromURL:ofType:error:]");
+    startRepairOnThread(path, fileKindOfPath(path), "-[Document readFromURL:ofType:error:]");
     if (error != nullptr) {
         *error = Error{std::string(kOSStatusErrorDomain), kUnimplementedStatus,
                        "The operation could not be completed."};
@@ -109,21 +109,25 @@ void Document::close() {
 }
 
 void Document::repair() {
+    repairAs(fileKindOfPath(filePath_.value_or("")));
+}
+
+void Document::repairAs(FileKind kind) {
     // A conversion that waits for an answer, say, would write what the repair has not seen.
     const bool isConverting = conversion_ && conversion_->mayWrite() && !conversion_->isStopped();
     if (!filePath_ || filePath_->empty() || isConverting) {
         return;
     }
-    startRepairOnThread(*filePath_, "-[Document repair:]");
+    startRepairOnThread(*filePath_, kind, "-[Document repair:]");
 }
 
-void Document::startRepairOnThread(const std::string& path, const char* forMethod) {
+void Document::startRepairOnThread(const std::string& path, FileKind kind, const char* forMethod) {
     runDetached(
-        [path, conversion = conversion_](Document& document) {
+        [path, kind, conversion = conversion_](Document& document) {
             if (conversion) {
                 conversion->waitUntilWritten();
             }
-            document.startRepair(path);
+            static_cast<void>(document.startRepair(path, kind));
         },
         forMethod);
 }
@@ -149,13 +153,17 @@ bool Document::runDetached(std::function<void(Document&)> work, const char* forM
 }
 
 RepairResult Document::startRepair(const std::string& path) {
+    return startRepair(path, fileKindOfPath(path));
+}
+
+RepairResult Document::startRepair(const std::string& path, FileKind kind) {
     RepairResult result;
     JournaledSwap journaled(program_invocation_short_name, VORNIC_VERSION);
     const auto show = [&] {
         inWindow([&result](DocumentWindow& window) { window.showOutcome(result); });
     };
     try {
-        result = runPipeline(path, journaled);
+        result = runPipeline(path, kind, journaled);
         result.isUndoable = journaled.isWrittenDown();
     } catch (...) {
         show();
@@ -165,14 +173,14 @@ RepairResult Document::startRepair(const std::string& path) {
     return result;
 }
 
-RepairResult Document::runPipeline(const std::string& path, SwapObserver& observer) {
+RepairResult Document::runPipeline(const std::string& path, FileKind kind, SwapObserver& observer) {
     setProgressCancelled(false);
-    setXmlType(xmlTypeOf(fileKindOfPath(path)));
+    setXmlType(xmlTypeOf(kind));
     RepairResult result;
     try {
         DocumentEvents events(*this);
-        RepairPipeline pipeline(path, events, StopToken([this] { return progressCancelled(); }),
-                                observer);
+        RepairPipeline pipeline(path, kind, events,
+                                StopToken([this] { return progressCancelled(); }), observer);
         startProgress();
         result = std::move(pipeline).run();
         if (result.closing) {

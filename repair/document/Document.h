@@ -69,6 +69,8 @@ class Document : public std::enable_shared_from_this<Document> {
     /// The user's action: starts a repair of the document's file on a new thread. Does nothing
     /// without a file. Main thread.
     void repair();
+    /// The same for a file whose name says that it is of another kind.
+    void repairAs(FileKind kind);
     /// Runs the whole repair of a file on the calling thread, with all that is shown of it. @return
     /// what came of it.
     RepairResult startRepair(const std::string& path);
@@ -202,12 +204,14 @@ class Document : public std::enable_shared_from_this<Document> {
   private:
     Document();
 
-    [[nodiscard]] RepairResult runPipeline(const std::string& path, SwapObserver& observer);
+    [[nodiscard]] RepairResult startRepair(const std::string& path, FileKind kind);
+    [[nodiscard]] RepairResult runPipeline(const std::string& path, FileKind kind,
+                                           SwapObserver& observer);
     // Runs something that draws, on the main thread, when there is a window to draw in.
     void inWindow(const std::function<void(DocumentWindow&)>& draw) const;
     void setConvertInterfaceEnabled(bool enabled);
     void appendInPlace(std::string_view text, bool isError, bool isBold);
-    void startRepairOnThread(const std::string& path, const char* forMethod);
+    void startRepairOnThread(const std::string& path, FileKind kind, const char* forMethod);
     // Runs the work on a new thread. @param forMethod logged when the system has no thread to give.
     // @return false then.
     bool runDetached(std::function<void(Document&)> work, const char* forMethod);

@@ -49,8 +49,12 @@ std::string RepairPipeline::workingCopyPath(const std::string& path, FileKind ki
 
 RepairPipeline::RepairPipeline(const std::string& path, Events& events, StopToken stop,
                                SwapObserver& observer)
+    : RepairPipeline(path, fileKindOfPath(path), events, std::move(stop), observer) {}
+
+RepairPipeline::RepairPipeline(const std::string& path, FileKind kind, Events& events,
+                               StopToken stop, SwapObserver& observer)
     : path_(path),
-      kind_(fileKindOfPath(path)),
+      kind_(kind),
       report_(events),
       stop_(std::move(stop)),
       observer_(observer),

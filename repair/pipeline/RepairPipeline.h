@@ -30,6 +30,9 @@ class RepairPipeline : private Waiting {
     /// @param events told what is to be seen meanwhile; must outlive the run
     /// @param observer told when the repaired file takes the file's place; must outlive the run
     RepairPipeline(const std::string& path, Events& events, StopToken stop, SwapObserver& observer);
+    /// The same for a file that is to be taken for another kind than its name says.
+    RepairPipeline(const std::string& path, FileKind kind, Events& events, StopToken stop,
+                   SwapObserver& observer);
 
     /// Runs the whole repair. `platform::Exception` is caught and logged; other exceptions, such as
     /// a lack of memory, which is reported, pass on.

@@ -47,11 +47,10 @@ class DocumentMainWindowTest : public DesktopTest {
         document = Document::create();
         document->setFilePath(path);
         window = std::make_shared<DocumentMainWindow>(
-            document,
-            DocumentMainWindow::Actions{
-                .closed = [this](DocumentMainWindow&) { ++closings; },
-                .showFile = [this](DocumentMainWindow& shown) { shownFile = shown.path(); },
-                .showTrash = [this] { ++trashShown; }});
+            document, DocumentMainWindow::Actions{
+                          .closed = [this](DocumentMainWindow&) { ++closings; },
+                          .showFile = [this](const std::string& file) { shownFile = file; },
+                          .showTrash = [this] { ++trashShown; }});
         document->setWindow(window);
         window->keepDocument(document);
         window->show();
@@ -394,7 +393,9 @@ TEST_F(DocumentMainWindowTest, givesEveryControlANameForThoseWhoCannotSeeIt) {
     for (const char* const name :
          {"infoText", "repairBtn", "progressBar", "progressCancelBtn", "convertVersionPopUp",
           "convertBtn", "convertSpinner", "windowProgress", "windowConvert"}) {
-        EXPECT_FALSE(child<QWidget>(name).accessibleName().isEmpty()) << name;
+        const auto* const spoken = QAccessible::queryAccessibleInterface(&child<QWidget>(name));
+        ASSERT_NE(spoken, nullptr);
+        EXPECT_FALSE(spoken->text(QAccessible::Name).isEmpty()) << name;
     }
     EXPECT_EQ(window->objectName(), QStringLiteral("windowMain"));
 }

@@ -83,7 +83,7 @@ TEST_F(MainMenuTest, hasNoMenuUnderALetterOfTheDocumentsWindow) {
     for (const QAction* const menu : documents.menuBar()->actions()) {
         window.add(menu->text());
     }
-    EXPECT_EQ(window.count(), 16);
+    EXPECT_EQ(window.count(), 20);
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include <QAccessible>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
@@ -103,7 +104,7 @@ class ShortcutKeysTest : public DesktopTest {
 
 TEST_F(ShortcutKeysTest, listsTheApplicationsCommands) {
     open();
-    EXPECT_EQ(table().model()->rowCount(), 35);
+    EXPECT_EQ(table().model()->rowCount(), 41);
     EXPECT_EQ(cell(0, 0), QStringLiteral("Open a file"));
     EXPECT_EQ(shortcut(0), QString());
     EXPECT_EQ(table().selectedRow(), 0U);
@@ -347,14 +348,26 @@ TEST_F(ShortcutKeysTest, isReachedByTheKeyboardInTheOrderOfTheWindow) {
     EXPECT_TRUE(last->text().contains(QStringLiteral("Close")));
 }
 
+TEST_F(ShortcutKeysTest, warnsInItsRowOfAKeyThatIsTypedWith) {
+    open();
+    assign(0, Qt::Key_A, kACode);
+    EXPECT_EQ(entries().size(), 1U) << "stored as given";
+    EXPECT_TRUE(shortcut(0).endsWith(QStringLiteral("cannot be typed any more")));
+    EXPECT_EQ(cell(0, ShortcutKeyModel::keyColumn, Qt::AccessibleTextRole), shortcut(0));
+    assign(0, Qt::Key_A, kACode, Qt::AltModifier);
+    EXPECT_FALSE(shortcut(0).contains(QStringLiteral("typed")));
+}
+
 TEST_F(ShortcutKeysTest, hasANameForWhateverTakesTheFocus) {
     open();
     table().beginCapture();
-    for (const QWidget* const widget :
+    for (QWidget* const widget :
          {static_cast<QWidget*>(&table()), static_cast<QWidget*>(&button("changeShortcutBtn")),
           static_cast<QWidget*>(&button("clearShortcutBtn")), capture()}) {
         ASSERT_NE(widget, nullptr);
-        EXPECT_FALSE(widget->accessibleName().isEmpty()) << widget->objectName().toStdString();
+        EXPECT_FALSE(
+            QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name).isEmpty())
+            << widget->objectName().toStdString();
     }
     EXPECT_EQ(cell(0, 1, Qt::AccessibleTextRole), QStringLiteral("no shortcut"));
 }

@@ -128,4 +128,13 @@ std::optional<std::string> nameForKey(const platform::KeyboardLayout* layout, st
     return name + (isSingleCharacter(*key) ? uppercasedLetters(*key) : *key);
 }
 
+bool isTypedWith(std::string_view keyName) {
+    constexpr std::string_view kShift = "Shift+";
+    // "Shift++" is a plus sign with Shift.
+    if (keyName.starts_with(kShift) && keyName.size() > kShift.size()) {
+        keyName.remove_prefix(kShift.size());
+    }
+    return isSingleCharacter(keyName) || keyName.ends_with(" Arrow");
+}
+
 }  // namespace vornic

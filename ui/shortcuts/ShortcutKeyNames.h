@@ -29,6 +29,10 @@ namespace vornic {
 [[nodiscard]] std::optional<std::string> nameForKey(const platform::KeyboardLayout* layout,
                                                     std::uint32_t keyCode, std::uint16_t modifiers);
 
+/// Whether a shortcut, as it is shown, is a key that is typed with: a single character, an arrow
+/// and the like, alone or with Shift. Whoever takes it for a shortcut takes it from all programs.
+[[nodiscard]] bool isTypedWith(std::string_view keyName);
+
 }  // namespace vornic
 
 #endif

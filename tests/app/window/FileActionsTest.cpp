@@ -75,6 +75,20 @@ TEST_F(FileActionsTest, askBeforeAFileIsReplacedThatHasChangedSince) {
     EXPECT_EQ(readBytes(path), kDamaged);
 }
 
+TEST_F(FileActionsTest, writeAVersionAndKeepTheOriginal) {
+    for (const char* const tag : {"<xmeml>", "<xmeml version=\"\">", "<xmeml version=\"9\">"}) {
+        const std::string before = "\xEF\xBB\xBF" + std::string(tag) + "<a/></xmeml>\n";
+        sandbox.write("cut.xml", before);
+        const FileActionResult set = setVersionInPlace(path, "4", "test", "1");
+        ASSERT_TRUE(set.isDone) << set.failure;
+        EXPECT_TRUE(set.isUndoable);
+        EXPECT_EQ(readBytes(path), "\xEF\xBB\xBF<xmeml version=\"4\"><a/></xmeml>\n");
+        EXPECT_EQ(readBytes(set.replaced), before);
+    }
+    EXPECT_FALSE(setVersionInPlace(path, "1.10", "test", "1").isDone) << "one of the other format";
+    EXPECT_FALSE(setVersionInPlace(sandbox.path("gone.xml"), "4", "test", "1").isDone);
+}
+
 TEST_F(FileActionsTest, sayThatThereIsNothingToRestore) {
     const RestoreResult restored = restoreOriginal(path, "test", "1", false);
     EXPECT_FALSE(restored.isDone);

@@ -44,6 +44,16 @@ TEST_F(FindingsTableTest, showsWhatAMendWouldMakeOfALine) {
     EXPECT_NE(table.placeOf(*listed).find("ine 4"), std::string::npos);
 }
 
+TEST_F(FindingsTableTest, shortensALongNameInAPlace) {
+    const std::string name(1'000'000, '\x01');
+    const FindingsTable table = tableOf(
+        project("<sequence><name>" + name + "</name><duration>R & D</duration></sequence>"));
+    for (const ListedFinding& listed : table.findings()) {
+        EXPECT_LT(table.placeOf(listed).size(), 200U) << listed.finding->message();
+    }
+    ASSERT_FALSE(table.findings().empty());
+}
+
 TEST_F(FindingsTableTest, showsWhatALineHasBecome) {
     const FindingsTable table = tableOf(project("<sequence><name>R & D</name></sequence>"),
                                         project("    <sequence><name>R &amp; D</name></sequence>"));

@@ -10,6 +10,7 @@ namespace vornic {
 namespace {
 
 using ::testing::Contains;
+using ::testing::ElementsAre;
 using ::testing::Not;
 using Action = HeaderFacts::Action;
 
@@ -169,6 +170,35 @@ TEST(HeaderFactsLine, contradictsANameThatIsWrong) {
     EXPECT_EQ(factsOf(report, FileKind::xmeml), "in fact other XML · 0 bytes");
     report.kind = "none";
     EXPECT_EQ(factsOf(report, FileKind::xmeml), "no XML · 0 bytes");
+}
+
+TEST_F(HeaderTextTest, offersWhatWouldHelpWhereARepairIsUnable) {
+    facts.action = Action::repair;
+    facts.outcome = RepairOutcome::unable;
+    inspection->file.path = "/cut.xml";
+    inspection->file.report.kind = "fcpxml";
+    inspection->file.report.findings.add("versions-not-declared"_rule, {0, 1});
+    EXPECT_THAT(header().offers,
+                ElementsAre(HeaderOffer::treatAsContents, HeaderOffer::setVersion));
+    EXPECT_EQ(header().contents, FileKind::fcpxml);
+    inspection->file.path = "/cut.fcpxml";
+    EXPECT_THAT(header().offers, ElementsAre(HeaderOffer::setVersion));
+}
+
+TEST_F(HeaderTextTest, offersASalvageWhereTheMarkupIsBroken) {
+    facts.action = Action::repair;
+    facts.outcome = RepairOutcome::stopped;
+    inspection->file.path = "/cut.xml";
+    inspection->file.report.kind = "xmeml";
+    EXPECT_THAT(header().offers, Not(Contains(HeaderOffer::saveSalvagedCopy)));
+    inspection->file.report.findings.add("xml-unclosed-element"_rule, {0, 1});
+    EXPECT_THAT(header().offers, Contains(HeaderOffer::saveSalvagedCopy));
+}
+
+TEST_F(HeaderTextTest, tellsHowManyMediaWereRelinked) {
+    facts.action = Action::relink;
+    facts.relinked = 1;
+    EXPECT_EQ(header().sentence, "1 media file relinked: sound");
 }
 
 }  // namespace

@@ -48,7 +48,7 @@ class ConversionProgramTest : public ProgramTest {
     // Chooses the lowest version and presses the button.
     void convertToTheLowest(const DrivenProgram& program) const {
         chooseTheLowest(program);
-        program.clickButton("Convert the file");
+        program.clickButton("Convert");
     }
     // How often the log says that a file is analysed: when the dialog opens, and after each
     // conversion.
@@ -79,7 +79,7 @@ TEST_F(ConversionProgramTest, losesNothingUnlessTheUserAgrees) {
     convertToTheLowest(program);
     program.answerAlert(kLossQuestion, "Cancel");
     program.waitFor("the end of the conversion", [&] {
-        const auto button = program.find("push button", "Convert the file");
+        const auto button = program.find("push button", "Convert");
         return button && button->is(AccessibleNode::State::enabled);
     });
     EXPECT_EQ(fileState(path), before);
@@ -104,7 +104,7 @@ TEST_F(ConversionProgramTest, takesItsQuestionBackWhenTheSheetIsClosed) {
     showSheet(program);
     convertToTheLowest(program);
     program.waitForLabel(kLossQuestion);
-    program.control("push button", "Close without converting").press();
+    program.control("push button", "Close").press();
     program.waitFor("the end of the question",
                     [&] { return !program.find("label", kLossQuestion); });
     program.waitUntilGone("Convert XML Interchange Version");
@@ -134,7 +134,7 @@ TEST_F(ConversionProgramTest, takesADoubleClickForOneClick) {
     const DrivenProgram program = openToConvert(path);
     showSheet(program);
     chooseTheLowest(program);
-    const AccessibleNode button = program.control("push button", "Convert the file");
+    const AccessibleNode button = program.control("push button", "Convert");
     program.waitFor("the button", [&] { return button.is(AccessibleNode::State::enabled); });
     session->movePointer(button.area().center());
     session->act({"click", "--repeat", "2", "--delay", "20", "1"});

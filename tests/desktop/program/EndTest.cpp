@@ -162,7 +162,7 @@ TEST_F(EndProgramTest, leavesNoThreadOfARunWhoseWindowIsClosed) {
     std::size_t idle = 0;
     waitUntil("rest", [&] { return std::exchange(idle, namesIn(threads).size()) == idle; });
     sandbox.write("cut.xml", damagedAtLength());
-    program.control(program.window("cut.xml"), "push button", "Repair the file").press();
+    program.control(program.window("cut.xml"), "push button", "Repair").press();
     EXPECT_TRUE(becomesTrue([&] { return namesIn(threads).size() > idle; }));
     pressDuringRun(program, "ctrl+w");
     program.answerAlert(kCloseQuestion, "Quit");
@@ -178,7 +178,7 @@ TEST_F(EndProgramTest, endsCleanlyWhenTheSessionEndsIt) {
         const std::string damaged = damagedAtLength();
         const std::string path = sandbox.write("cut.xml", damaged);
         DrivenProgram program = start({path, sandbox.write("other.xml", kSound)});
-        program.control("push button", "Cancel the repair");
+        program.control("push button", "Cancel");
         program.process().sendSignal(number);
         program.expectCleanEnd();
         EXPECT_EQ(readBytes(path), damaged);
@@ -211,7 +211,7 @@ TEST_F(EndProgramTest, endsByItselfWhenTheScreenGoes) {
     const std::string damaged = damagedAtLength();
     const std::string path = sandbox.write("cut.xml", damaged);
     DrivenProgram program = start({path});
-    program.control("push button", "Cancel the repair");
+    program.control("push button", "Cancel");
     session->loseScreen();
     const ProgramResult result = program.finish();
     EXPECT_EQ(result.signal, 0) << result.errors;

@@ -79,9 +79,9 @@ TEST_F(FilesProgramTest, showsTheRepairedFileAndTheTrashInTheFileManager) {
     const StandInProgram opener(programFolder() + "/xdg-open", sandbox.home() + "/.opened");
     const DrivenProgram program = start({sandbox.write("cut.xml", kDamaged)});
     program.answerAlert("The file was repaired successfully", "OK");
-    program.clickButton("Show the Trash, where the original file is");
+    program.clickButton("Show Trash");
     EXPECT_EQ(opener.takeArguments(), std::vector<std::string>{trash()});
-    program.clickButton("Show the file in its folder");
+    program.clickButton("Show File");
     EXPECT_EQ(opener.takeArguments(), std::vector<std::string>{sandbox.folder()});
 }
 

@@ -50,7 +50,7 @@ TEST_F(HoldUpProgramTest, tellsThatTheFileHasGoneWhenItIsToBeRepairedAgain) {
     const DrivenProgram program = start({path});
     program.answerAlert("No repair was necessary", "OK");
     ASSERT_EQ(std::remove(path.c_str()), 0);
-    program.clickButton("Repair the file");
+    program.clickButton("Repair");
     program.waitForLabel("The file " + path + " cannot be found.");
     program.answerAlert("Unable to locate file", "OK");
     EXPECT_EQ(program.windowCount(), 1U) << program.describe();
@@ -72,7 +72,7 @@ TEST_F(HoldUpProgramTest, outlivesAVolumeThatGoesDuringARun) {
     EXPECT_EQ(readBytes(sandbox.path("volume/cut-backup.xml")), kSound);
     EXPECT_FALSE(exists(trash() + "/cut.xml"));
     program.clickButton("OK");
-    program.clickButton("Repair the file");
+    program.clickButton("Repair");
     program.answerAlert("Unable to locate file", "OK");
     session->pressKeys({"ctrl+q"});
     program.expectCleanEnd();

@@ -39,7 +39,7 @@ inline std::string damagedAtLength(std::size_t characters = 2000000) {
 inline constexpr const char* kCloseQuestion = "A repair is running. Are you sure you wish to quit?";
 
 /// The title of the sheet of a run.
-inline constexpr const char* kProgress = "Progress of the repair";
+inline constexpr const char* kProgress = "Repair";
 
 /// How a start of the desktop program differs from that of a user with nothing set.
 struct StartSettings {

@@ -77,7 +77,7 @@ TEST_F(RepairProgramTest, repairsTheFileAgainWhenItsButtonIsPressed) {
     program.answerAlert("No repair was necessary", "OK");
     program.waitForLabel("The file is sound.");
     sandbox.write("cut.xml", kDamaged);
-    program.clickButton("Repair the file");
+    program.clickButton("Repair");
     program.answerAlert("The file was repaired successfully", "OK");
     EXPECT_EQ(readBytes(path), kSound);
     sandbox.write("cut.xml", kDamaged);
@@ -92,7 +92,7 @@ TEST_F(RepairProgramTest, stopsARunThatIsCancelled) {
     const std::string damaged = damagedAtLength();
     const std::string path = sandbox.write("cut.xml", damaged);
     DrivenProgram program = start({path});
-    program.clickButton("Cancel the repair");
+    program.clickButton("Cancel");
     program.waitForLabel("Cancelled. The file is as it was.");
     const AccessibleNode window = program.window("cut.xml");
     EXPECT_THAT(program.report(window), HasSubstr("The repair was cancelled."));
@@ -100,7 +100,7 @@ TEST_F(RepairProgramTest, stopsARunThatIsCancelled) {
     EXPECT_EQ(readBytes(path), damaged);
     EXPECT_FALSE(exists(trash()));
     sandbox.write("cut.xml", kDamaged);
-    program.clickButton("Repair the file");
+    program.clickButton("Repair");
     program.answerAlert("The file was repaired successfully", "OK");
     EXPECT_EQ(readBytes(path), kSound);
 }
@@ -108,7 +108,7 @@ TEST_F(RepairProgramTest, stopsARunThatIsCancelled) {
 TEST_F(RepairProgramTest, cancelsARunWithTheEscapeKey) {
     const std::string path = sandbox.write("cut.xml", damagedAtLength());
     DrivenProgram program = start({path});
-    program.waitUntilActive("Progress of the repair");
+    program.waitUntilActive(kProgress);
     session->pressKeys({"Escape"});
     program.waitForLabel("Cancelled. The file is as it was.");
 }
@@ -116,12 +116,12 @@ TEST_F(RepairProgramTest, cancelsARunWithTheEscapeKey) {
 TEST_F(RepairProgramTest, staysAliveForOtherFilesDuringARun) {
     DrivenProgram program =
         start({sandbox.write("short.xml", kSound), sandbox.write("long.xml", damagedAtLength())});
-    program.control("push button", "Cancel the repair");
+    program.control("push button", "Cancel");
     program.answerAlert("No repair was necessary", "OK");
     const AccessibleNode window = program.window("short.xml");
     program.choose(window, "Tools", "Repair");
     program.answerAlert("No repair was necessary", "OK");
-    EXPECT_TRUE(program.find("push button", "Cancel the repair")) << program.describe();
+    EXPECT_TRUE(program.find("push button", "Cancel")) << program.describe();
 }
 
 }  // namespace

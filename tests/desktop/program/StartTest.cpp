@@ -54,7 +54,7 @@ TEST_F(StartProgramTest, showsTheStartWindowWhenTheOpenPanelIsCancelled) {
                              std::chrono::milliseconds(1500)));
     program.waitForLabel("Drop Final Cut Pro XML files here to repair them.");
     EXPECT_EQ(program.windowCount(), 1U) << program.describe();
-    program.clickButton("Open files to repair");
+    program.clickButton("Open Files…");
     program.waitUntilActive(kOpenPanel);
     session->pressKeys({"Escape"});
     program.waitUntilActive("Vornic");

@@ -79,7 +79,7 @@ TEST_F(WindowsProgramTest, copiesTheReportAndFindsTextInIt) {
     const AccessibleNode window = program.window("cut.xml");
     program.control(window, "text", "Report").takeFocus();
     session->pressKeys({"ctrl+a", "ctrl+c", "ctrl+f"});
-    const AccessibleNode field = program.control(window, "text", "Text to find in the report");
+    const AccessibleNode field = program.control(window, "text", "Find");
     program.waitFor("the focus", [&] { return field.is(State::focused); });
     session->pressKeys({"ctrl+v"});
     program.waitFor("the copied report", [&] {
@@ -94,8 +94,7 @@ TEST_F(WindowsProgramTest, copiesTheReportAndFindsTextInIt) {
     session->pressKeys({"Return"});
     program.waitFor("the place", [&] { return !window.find("label", "Not found"); });
     session->pressKeys({"Escape"});
-    program.waitFor("the end of the search",
-                    [&] { return !window.find("text", "Text to find in the report"); });
+    program.waitFor("the end of the search", [&] { return !window.find("text", "Find"); });
 }
 
 TEST_F(WindowsProgramTest, savesTheReportAlsoOverAFile) {
