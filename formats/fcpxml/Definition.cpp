@@ -133,10 +133,14 @@ bool ElementDefinition::mentions(ElementId child) const {
 }
 
 const Definition& Definition::of(Version version) {
-    static std::array<std::once_flag, Version::kNewestMinor + 1> once;
+    // Not std::call_once: what is thrown through it ends a program that has no memory left.
+    static std::array<std::mutex, Version::kNewestMinor + 1> making;
     static std::array<std::unique_ptr<const Definition>, Version::kNewestMinor + 1> definitions;
     const auto index = static_cast<std::size_t>(version.minor());
-    std::call_once(once[index], [&] { definitions[index].reset(new Definition(version)); });
+    const std::lock_guard turn(making[index]);
+    if (!definitions[index]) {
+        definitions[index].reset(new Definition(version));
+    }
     return *definitions[index];
 }
 

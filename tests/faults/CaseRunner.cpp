@@ -242,9 +242,10 @@ CaseOutcome CaseRunner::runVolume(const Prepared& prepared, const FaultCase& tri
     // The volume is as full for the next run.
     demands.atPathInTheEnd = demands.atPath;
     demands.strangers = {workingCopyName(*prepared.kind)};
-    // After an undo it has the file to repair for the first time.
-    const bool same =
-        end.status == prepared.baseline.end.status && prepared.kind->work != SceneKind::Work::undo;
+    // After an undo it has the file to repair for the first time; a second copy may not fit.
+    const bool same = end.status == prepared.baseline.end.status &&
+                      prepared.kind->work != SceneKind::Work::undo &&
+                      prepared.kind->work != SceneKind::Work::copy;
     CaseOutcome outcome = conclude(scene, prepared, demands, end);
     if (!same) {
         std::erase_if(outcome.wrongs, [](const std::string& wrong) {

@@ -40,6 +40,13 @@ Demands demandsOf(const SceneKind& kind, const Baseline& baseline) {
 Judge::Judge(const SceneKind& kind, const Baseline& baseline, Demands demands)
     : kind_(kind), baseline_(baseline), demands_(std::move(demands)) {}
 
+// The copy's own name, or one with a number where that was taken.
+bool Judge::isCopyName(const std::string& name) const {
+    const std::size_t dot = kind_.made.rfind('.');
+    return !kind_.made.empty() && name.starts_with(kind_.made.substr(0, dot)) &&
+           name.ends_with(kind_.made.substr(dot));
+}
+
 std::string Judge::bytesAtPath(const World& world) const {
     const auto file = world.files.find(kind_.file);
     return file == world.files.end() ? "" : file->second;
@@ -78,6 +85,11 @@ void Judge::judgeFiles(const World& world, const std::vector<std::string>& atPat
             add("lost: " + nameOfBytes(kept));
         }
     }
+    for (const auto& [name, made] : world.files) {
+        if (isCopyName(name) && made != baseline_.world.files.at(kind_.made)) {
+            add("the copy " + name + " is not whole");
+        }
+    }
     for (const auto& [name, others] : kind_.others) {
         const auto found = world.files.find(name);
         const bool stands = found != world.files.end() && found->second == others;
@@ -110,9 +122,11 @@ void Judge::judgeTruth(const ProgramEnd& end, const World& world) {
         case SceneKind::Work::undo:
             judgeUndo(end, world);
             break;
-        case SceneKind::Work::mend:
-        case SceneKind::Work::version:
-            judgeInPlaceChange(end, world);
+        case SceneKind::Work::inPlace:
+            judgeInPlace(end, world);
+            break;
+        case SceneKind::Work::copy:
+            judgeCopy(end, world);
             break;
     }
     judgeMetadata(end, world);
@@ -145,7 +159,7 @@ void Judge::judgeRepair(const ProgramEnd& end, const World& world) {
     }
 }
 
-void Judge::judgeInPlaceChange(const ProgramEnd& end, const World& world) {
+void Judge::judgeInPlace(const ProgramEnd& end, const World& world) {
     const bool isDone = bytesAtPath(world) == baseline_.result && world.isInTrash(kind_.bytes);
     if (end.status == 0 && !isDone) {
         add("status 0, and the file is not changed or the original not in the Trash");
@@ -166,6 +180,21 @@ void Judge::judgeInPlaceChange(const ProgramEnd& end, const World& world) {
         !isAmong(workingCopyName(kind_), demands_.strangers) &&
         !says(end.errors, workingCopyName(kind_))) {
         add("a working copy is left, and no word of it");
+    }
+}
+
+// A copy that is there is whole, whatever has happened.
+void Judge::judgeCopy(const ProgramEnd& end, const World& world) {
+    const bool isMade = world.files.contains(kind_.made);
+    if (!isMade && end.status == baseline_.end.status) {
+        add("no copy, and the status of one that was made");
+    }
+    if (!isMade && demands_.canSpeak && (end.status != 3 || end.errors.empty())) {
+        add("no copy, and no word why, with status " + std::to_string(end.status));
+    }
+    if (isMade && end.status == 3 && demands_.failureMustBeTrue &&
+        !says(end.errors, "not enough memory")) {
+        add("a copy, and told as a failure");
     }
 }
 
@@ -217,8 +246,8 @@ void Judge::judgeNextRun(const ProgramEnd& end, const World& world) {
         add("status " + std::to_string(end.status) + ": " + end.errors);
     }
     for (const auto& [name, bytes] : world.files) {
-        const bool isKnown =
-            name == kind_.file || kind_.others.contains(name) || isAmong(name, demands_.strangers);
+        const bool isKnown = name == kind_.file || kind_.others.contains(name) ||
+                             isCopyName(name) || isAmong(name, demands_.strangers);
         if (!isKnown) {
             add(name + " is still there");
         }

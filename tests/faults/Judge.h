@@ -46,10 +46,12 @@ class Judge {
     void judgeFiles(const World& world, const std::vector<std::string>& atPath);
     void judgeTruth(const ProgramEnd& end, const World& world);
     void judgeRepair(const ProgramEnd& end, const World& world);
-    void judgeInPlaceChange(const ProgramEnd& end, const World& world);
+    void judgeInPlace(const ProgramEnd& end, const World& world);
+    void judgeCopy(const ProgramEnd& end, const World& world);
     void judgeUndo(const ProgramEnd& end, const World& world);
     void judgeConversion(const ProgramEnd& end, const World& world);
     void judgeMetadata(const ProgramEnd& end, const World& world);
+    [[nodiscard]] bool isCopyName(const std::string& name) const;
     [[nodiscard]] std::string bytesAtPath(const World& world) const;
     [[nodiscard]] std::string nameOfBytes(const std::string& bytes) const;
 

@@ -45,7 +45,8 @@ Race::Race(std::string name, const Scene& scene, const Baseline& baseline, const
 }
 
 std::vector<std::string> Race::namesFor(const SceneKind& kind) {
-    if (newerBytes(kind) == kind.bytes) {
+    // A copy that was made while another program wrote may be one of anything.
+    if (newerBytes(kind) == kind.bytes || kind.work == SceneKind::Work::copy) {
         return {};
     }
     if (kind.work == SceneKind::Work::undo) {
@@ -53,7 +54,7 @@ std::vector<std::string> Race::namesFor(const SceneKind& kind) {
     }
     std::vector<std::string> names = {"source-in-place", "source-renamed", "source-saved-as",
                                       "source-half", "source-link"};
-    if (kind.work == SceneKind::Work::repair || isInPlaceChange(kind)) {
+    if (kind.work == SceneKind::Work::repair || kind.work == SceneKind::Work::inPlace) {
         for (const char* name : {"copy-in-place", "copy-renamed", "copy-saved-as", "copy-link"}) {
             names.emplace_back(name);
         }
@@ -118,8 +119,8 @@ void Race::finish() {
 }
 
 Demands Race::demands() const {
-    const bool isKept =
-        scene_.kind().work == SceneKind::Work::repair || isInPlaceChange(scene_.kind());
+    const bool isKept = scene_.kind().work == SceneKind::Work::repair ||
+                        scene_.kind().work == SceneKind::Work::inPlace;
     Demands demands = demandsOf(scene_.kind(), baseline_);
     demands.strangers = {workingCopyName(scene_.kind()), kVictim, kKept};
     if (isAboutCopy()) {

@@ -102,17 +102,18 @@ ProgramStart Scene::start() const {
             return startOf({"-convertxmeml", "5"}, "/vornic");
         case SceneKind::Work::undo:
             return startOf({"--undo"}, "/vornic-repair");
-        case SceneKind::Work::mend:
-            return startOf({"--fix"}, "/vornic-check");
-        case SceneKind::Work::version:
-            return startOf({"--to", "5", "--in-place"}, "/vornic-convert");
+        case SceneKind::Work::inPlace:
+        case SceneKind::Work::copy:
+            return startOf({kind_.command.begin() + 1, kind_.command.end()},
+                           "/" + kind_.command.front());
         case SceneKind::Work::repair:
             break;
     }
     return startOf({}, "/vornic-repair");
 }
 
-ProgramStart Scene::startOf(const std::vector<std::string>& options, const char* program) const {
+ProgramStart Scene::startOf(const std::vector<std::string>& options,
+                            const std::string& program) const {
     ProgramStart start;
     start.program = stage_.programs + program;
     start.arguments = options;
@@ -178,8 +179,12 @@ BaselineResult makeBaseline(const Stage& stage, const SceneKind& kind) {
         result.good = result.good && baseline.end.status == 0 && baseline.result == kind.bytes &&
                       baseline.before.files.at(kind.file) != kind.bytes;
     }
-    if (isInPlaceChange(kind)) {
+    if (kind.work == SceneKind::Work::inPlace) {
         result.good = result.good && baseline.end.status == 0 && baseline.result != kind.bytes;
+    }
+    if (kind.work == SceneKind::Work::copy) {
+        result.good = result.good && baseline.world.files.contains(kind.made) &&
+                      baseline.result == kind.bytes;
     }
     if (result.ready && !result.good) {
         std::fprintf(stderr, "%s without faults: status %d, signal %d\n%s%s\n", kind.name.c_str(),

@@ -56,7 +56,7 @@ class Scene {
 
   private:
     [[nodiscard]] ProgramStart startOf(const std::vector<std::string>& options,
-                                       const char* program) const;
+                                       const std::string& program) const;
     // Makes the repair that is to be taken back.
     [[nodiscard]] bool repair() const;
     bool mountVolume(const std::string& folder, long size);

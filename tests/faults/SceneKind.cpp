@@ -39,8 +39,47 @@ const std::string kRepaired = "The file was repaired successfully.";
 const std::string kSound = "No repair was necessary.";
 const std::string kUnable = "Unable to repair file.";
 
-const std::string kMended = " mended\n";
-const std::string kOriginal = "The original is ";
+/// A document whose media files lie in a folder that is not there; in /etc there is one of the
+/// name.
+std::string linked(int clipItems) {
+    std::string text = "        <media><video><track>\n";
+    for (int item = 0; item < clipItems; ++item) {
+        const std::string number = std::to_string(item);
+        text +=
+            "            <clipitem id=\"clip-" + number + "\"><name>Sand " + number +
+            "</name><file id=\"file-" + number +
+            "\"><pathurl>file://localhost/Volumes/RAID/os-release</pathurl></file></clipitem>\n";
+    }
+    return xmeml("4", text + "        </track></video></media>\n");
+}
+
+std::string cutOff(const std::string& inside) {
+    const std::string whole = xmeml("4", inside);
+    return whole.substr(0, whole.rfind("</sequence>"));
+}
+
+SceneKind inPlace(const std::string& name, const std::vector<std::string>& command,
+                  const std::string& verb, const std::string& bytes,
+                  const std::map<std::string, std::string>& others) {
+    SceneKind kind{name, SceneKind::Work::inPlace, "Cut.xml", bytes, others, ""};
+    kind.command = command;
+    kind.verb = verb;
+    return kind;
+}
+
+SceneKind copy(const std::string& name, const std::vector<std::string>& command,
+               const std::string& made, const std::string& bytes,
+               const std::map<std::string, std::string>& others) {
+    SceneKind kind{name, SceneKind::Work::copy, "Cut.xml", bytes, others, ""};
+    kind.command = command;
+    kind.made = made;
+    return kind;
+}
+
+SceneKind apart(SceneKind kind) {
+    kind.homeIsApart = true;
+    return kind;
+}
 
 std::vector<SceneKind> makeSceneKinds() {
     using Work = SceneKind::Work;
@@ -52,7 +91,10 @@ std::vector<SceneKind> makeSceneKinds() {
     const std::string large =
         xmeml("4", clips(1, "Sand & Sea") + clips(kManyClips, "Sand &amp; Sea"));
     const std::string old = xmeml("1", clips(kFewClips, "Sand &amp; Sea"));
-    const std::string oldAndLarge = xmeml("1", clips(kManyClips, "Sand &amp; Sea"));
+    const std::vector<std::string> mend = {"vornic-check", "--fix"};
+    const std::vector<std::string> relink = {"vornic-media", "relink", "--map",
+                                             "/Volumes/RAID=/etc", "--in-place"};
+    const std::vector<std::string> convert = {"vornic-convert", "--to", "5", "--in-place"};
     return {
         {"damaged", Work::repair, "Cut.xml", damagedDocument('a'), bystanders, kRepaired},
         {"sound", Work::repair, "Cut.xml", soundDocument('a'), bystanders, kSound},
@@ -64,14 +106,24 @@ std::vector<SceneKind> makeSceneKinds() {
         {"apart", Work::repair, "Cut.xml", damagedDocument('a'), bystanders, kRepaired, true},
         {"undo", Work::undo, "Cut.xml", damagedDocument('a'), bystanders, ""},
         {"undo-apart", Work::undo, "Cut.xml", damagedDocument('a'), bystanders, "", true},
-        {"mend", Work::mend, "Cut.xml", damagedDocument('a'), bystanders, kMended},
-        {"mend-large", Work::mend, "Cut.xml", large, bystanders, kMended},
-        {"mend-apart", Work::mend, "Cut.xml", damagedDocument('a'), bystanders, kMended, true},
-        {"version", Work::version, "Cut.xml", old, bystanders, kOriginal},
-        {"version-large", Work::version, "Cut.xml", oldAndLarge, bystanders, kOriginal},
-        {"version-apart", Work::version, "Cut.xml", old, bystanders, kOriginal, true},
+        inPlace("mend", mend, "mend", damagedDocument('a'), bystanders),
+        inPlace("mend-large", mend, "mend", large, bystanders),
+        apart(inPlace("mend-apart", mend, "mend", damagedDocument('a'), bystanders)),
+        inPlace("relink", relink, "relink", linked(kFewClips), bystanders),
+        inPlace("relink-large", relink, "relink", linked(kManyClips), bystanders),
+        apart(inPlace("relink-apart", relink, "relink", linked(kFewClips), bystanders)),
+        inPlace("version", convert, "convert", old, bystanders),
+        inPlace("version-large", convert, "convert",
+                xmeml("1", clips(kManyClips, "Sand &amp; Sea")), bystanders),
+        apart(inPlace("version-apart", convert, "convert", old, bystanders)),
+        copy("version-new", {"vornic-convert", "--to", "5"}, "Cut (5).xml", old, bystanders),
+        copy("salvage", {"vornic-repair", "--salvage"}, "Cut-salvaged.xml",
+             cutOff(clips(kFewClips, "Sand")), bystanders),
+        copy("salvage-large", {"vornic-repair", "--salvage"}, "Cut-salvaged.xml",
+             cutOff(clips(kManyClips, "Sand")), bystanders),
         {"convert", Work::conversion, "Cut.xml", old, bystanders, ""},
-        {"convert-large", Work::conversion, "Cut.xml", oldAndLarge, bystanders, ""},
+        {"convert-large", Work::conversion, "Cut.xml",
+         xmeml("1", clips(kManyClips, "Sand &amp; Sea")), bystanders, ""},
         {"convert-refused", Work::conversion, "Cut.xml", xmeml("4", "<name>"), bystanders,
          "Unable to load XML file"},
     };
@@ -92,16 +144,9 @@ const std::vector<SceneKind>& sceneKinds() {
     return kinds;
 }
 
-bool isInPlaceChange(const SceneKind& kind) {
-    return kind.work == SceneKind::Work::mend || kind.work == SceneKind::Work::version;
-}
-
 std::string workingCopyName(const SceneKind& kind) {
-    if (kind.work == SceneKind::Work::version) {
-        return "." + kind.file + ".vornic-convert";
-    }
-    if (kind.work == SceneKind::Work::mend) {
-        return "." + kind.file + ".vornic-mend";
+    if (kind.work == SceneKind::Work::inPlace) {
+        return "." + kind.file + ".vornic-" + kind.verb;
     }
     return kind.file.ends_with(".fcpxml") ? "Cut-backup.fcpxml" : "Cut-backup.xml";
 }

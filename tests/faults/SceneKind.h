@@ -9,9 +9,9 @@ namespace vornic::test {
 
 /// What a run is to do and on which files.
 struct SceneKind {
-    /// `undo` takes back a repair that was made before. `conversion` is that of `vornic`, `version`
-    /// that of `vornic-convert --in-place`.
-    enum class Work { repair, conversion, undo, mend, version };
+    /// `undo` takes back a repair that was made before. `inPlace` puts what it makes in the file's
+    /// place by way of a hidden copy; `copy` makes a new file and leaves the user's alone.
+    enum class Work { repair, conversion, undo, inPlace, copy };
     /// For people, and for repeating a case.
     std::string name;
     Work work = Work::repair;
@@ -24,6 +24,12 @@ struct SceneKind {
     std::string proof;
     /// The home folder, with the Trash in it, is a volume of its own.
     bool homeIsApart = false;
+    /// Of `inPlace` and `copy`: the program with its options.
+    std::vector<std::string> command = {};
+    /// Of `inPlace`: the verb in the name of the hidden copy.
+    std::string verb = {};
+    /// Of `copy`: the name of the new file.
+    std::string made = {};
 };
 
 /// All of them.
@@ -35,11 +41,7 @@ struct SceneKind {
 /// A sound document.
 [[nodiscard]] std::string soundDocument(char letter);
 
-/// True for work that leaves the file as it is or puts the result in its place and the original in
-/// the Trash, and ends with status 3 and a word why where it does not.
-[[nodiscard]] bool isInPlaceChange(const SceneKind& kind);
-
-/// Where work that has a working copy has it.
+/// Where a repair or a change in place has its working copy.
 [[nodiscard]] std::string workingCopyName(const SceneKind& kind);
 
 }  // namespace vornic::test

@@ -24,13 +24,12 @@ std::string bytesOf(const fs::path& path) {
 
 bool isTemporary(const fs::path& path) {
     const std::string name = path.filename();
-    const auto isOf = [&name](const std::string& verb) {
-        return name.ends_with(".vornic-" + verb) ||
-               name.ends_with(".vornic-" + verb + ".trashinfo");
-    };
-    // The working copies of these have names that say whose they are.
-    return name.starts_with(".") && name.find(".vornic-") != std::string::npos && !isOf("mend") &&
-           !isOf("convert");
+    // The working copy of a change in place has a name that says whose it is.
+    constexpr std::array kVerbs = {".vornic-mend", ".vornic-relink", ".vornic-convert"};
+    const bool isWorkingCopy = std::any_of(kVerbs.begin(), kVerbs.end(), [&](const char* verb) {
+        return name.ends_with(verb) || name.ends_with(std::string(verb) + ".trashinfo");
+    });
+    return name.starts_with(".") && name.find(".vornic-") != std::string::npos && !isWorkingCopy;
 }
 
 void collectTrash(const fs::path& folder, std::vector<std::string>& trash) {
