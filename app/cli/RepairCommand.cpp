@@ -5,6 +5,7 @@
 #include <list>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -19,6 +20,7 @@
 #include "base/TerminalText.h"
 #include "base/Text.h"
 #include "foundation/log/QMLog.h"
+#include "foundation/log/TaskLog.h"
 #include "job/NamedSources.h"
 #include "platform/files/FileSystem.h"
 #include "platform/processes/Termination.h"
@@ -196,7 +198,15 @@ void tellOriginal(const RepairResult& result) {
     }
 }
 
-RepairResult runRepair(const std::string& path, bool quiet, std::string& complaint) {
+// The report of a run that nobody watches, for View Task Log.
+std::optional<TaskLog> makeTaskLog() {
+    const bool isWatched = isatty(STDIN_FILENO) != 0 || isatty(STDOUT_FILENO) != 0;
+    return isWatched || !QMLog::currentLog() ? std::nullopt
+                                             : std::optional<TaskLog>(platform::applicationName());
+}
+
+RepairResult runRepair(const std::string& path, bool quiet, std::optional<TaskLog>& taskLog,
+                       std::string& complaint) {
     const std::shared_ptr<Document> document = Document::create();
     document->setHasGUI(false);
     document->setInterruptionFlag(platform::interruptionFlag());
@@ -205,27 +215,37 @@ RepairResult runRepair(const std::string& path, bool quiet, std::string& complai
         alert = formatString("%@. %@", message, info);
     });
     TerminalProgress progress(document);
-    if (quiet) {
+    if (quiet && !taskLog) {
         document->setReportOutput(nullptr);
     } else {
-        document->setReportOutput([&](std::string_view line) { progress.printLine(line); });
+        document->setReportOutput([&](std::string_view line) {
+            if (!quiet) {
+                progress.printLine(line);
+            }
+            if (taskLog) {
+                taskLog->append(line);
+            }
+        });
     }
     RepairResult result = document->startRepair(path);
     complaint = complaintAbout(result, path, alert);
     return result;
 }
 
-bool repairFile(const std::string& path, bool quiet) {
+bool repairFile(const std::string& path, bool quiet, std::optional<TaskLog>& taskLog) {
     std::string complaint;
     RepairResult result;
     try {
-        result = runRepair(path, quiet, complaint);
+        result = runRepair(path, quiet, taskLog, complaint);
     } catch (const std::bad_alloc&) {
         complaint = formatString("There is not enough memory to repair the file %@.", path);
     }
     writeToStandardOutput({}, true);
     if (!complaint.empty()) {
         complain(complaint);
+        if (taskLog) {
+            taskLog->append(complaint);
+        }
     }
     if (!quiet) {
         tellOriginal(result);
@@ -240,11 +260,12 @@ int repairFiles(const Options& options) {
         named.emplace_back(absolutePath(file));
     }
     bool allGood = true;
+    std::optional<TaskLog> taskLog = makeTaskLog();
     for (const std::string& file : options.files) {
         if (platform::interruption() != 0) {
             break;
         }
-        allGood = repairFile(absolutePath(file), options.quiet) && allGood;
+        allGood = repairFile(absolutePath(file), options.quiet, taskLog) && allGood;
     }
     return allGood ? 0 : kFailure;
 }

@@ -9,6 +9,7 @@
 
 #include "tests/app/ProgramTest.h"
 #include "tests/support/machine/FileState.h"
+#include "tests/support/programs/TerminalProgram.h"
 #include "tests/support/texts/LogText.h"
 
 namespace vornic::test {
@@ -28,6 +29,14 @@ constexpr const char* kTruncated = "Log truncated at 500KB";
 class ProgramLogTest : public ProgramTest {
   protected:
     [[nodiscard]] std::string logFolder() const { return files.library("Logs/Quillmark"); }
+
+    [[nodiscard]] std::string taskLogPath() const { return logFolder() + "/Vornic.1.task.log"; }
+    /// The names of the logs but for the task log.
+    [[nodiscard]] std::vector<std::string> generations() const {
+        std::vector<std::string> names = namesIn(logFolder());
+        std::erase(names, "Vornic.1.task.log");
+        return names;
+    }
 
     [[nodiscard]] std::vector<std::string> generation(int number) const {
         return withoutLogHeader(logMessages(readBytes(files.logPath(number))));
@@ -116,20 +125,44 @@ TEST_F(ProgramLogTest, beginsWithTheBuildTheProgramAndTheMachine) {
     EXPECT_EQ(messages[4], "Running in 64-bit mode");
 }
 
+TEST_F(ProgramLogTest, ofARunThatNobodyWatchesIsItsReportAsATaskLog) {
+    const std::string first = files.writeDamaged("first.xml");
+    const std::string second = files.writeSound("second.xml");
+    files.repair({"--quiet", first, second});
+    EXPECT_EQ(readBytes(taskLogPath()), repairedReport(first) + soundReport(second));
+    files.repair({second});
+    EXPECT_EQ(readBytes(taskLogPath()), soundReport(second));
+}
+
+TEST_F(ProgramLogTest, ofATaskSaysWhatStandardErrorSays) {
+    const std::string missing = files.path("none.xml");
+    const ProgramResult result = files.repair({missing});
+    ASSERT_TRUE(result.errors.starts_with("vornic-repair: "));
+    EXPECT_THAT(readBytes(taskLogPath()),
+                HasSubstr(result.errors.substr(std::string("vornic-repair: ").size())));
+}
+
+TEST_F(ProgramLogTest, ofARunOnATerminalIsNoTaskLog) {
+    TerminalProgram terminal(files.repairer({files.writeSound("cut.xml")}));
+    EXPECT_EQ(terminal.finish().status, 0);
+    EXPECT_TRUE(exists(files.logPath()));
+    EXPECT_FALSE(exists(taskLogPath()));
+}
+
 TEST_F(ProgramLogTest, printsNothingAboutItselfOnAFirstRun) {
     const std::string path = files.writeSound("cut.xml");
     EXPECT_THAT(namesIn(files.home()), IsEmpty());
     const ProgramResult result = files.repair({path});
     EXPECT_EQ(result.output, soundReport(path));
     EXPECT_EQ(result.errors, "");
-    EXPECT_THAT(namesIn(logFolder()), ElementsAre("Vornic.1.log"));
+    EXPECT_THAT(generations(), ElementsAre("Vornic.1.log"));
 }
 
 TEST_F(ProgramLogTest, isOneForBothPrograms) {
     const std::string path = files.writeSound("cut.xml");
     files.repair({path});
     EXPECT_EQ(files.convert({"-convertxmeml", "4", path}).output, "");
-    EXPECT_THAT(namesIn(logFolder()), ElementsAre("Vornic.1.log", "Vornic.2.log"));
+    EXPECT_THAT(generations(), ElementsAre("Vornic.1.log", "Vornic.2.log"));
     EXPECT_THAT(generation(1), IsEmpty());
     EXPECT_EQ(generation(2), soundLog(path));
 }
@@ -140,8 +173,8 @@ TEST_F(ProgramLogTest, keepsFiveGenerationsOfSixRuns) {
         paths.push_back(files.writeSound("run " + std::to_string(run) + ".xml"));
         files.repair({paths.back()});
     }
-    EXPECT_THAT(namesIn(logFolder()), ElementsAre("Vornic.1.log", "Vornic.2.log", "Vornic.3.log",
-                                                  "Vornic.4.log", "Vornic.5.log"));
+    EXPECT_THAT(generations(), ElementsAre("Vornic.1.log", "Vornic.2.log", "Vornic.3.log",
+                                           "Vornic.4.log", "Vornic.5.log"));
     for (int number = 1; number <= 5; ++number) {
         EXPECT_EQ(generation(number), soundLog(paths[static_cast<std::size_t>(6 - number)]));
     }
@@ -203,14 +236,14 @@ TEST_F(ProgramLogTest, holdsEveryLineOfALongReportInOrder) {
     EXPECT_EQ(readBytes(files.path("cut.xml")), soundXMEML());
     EXPECT_TRUE(removals(files.log()) == lines);
     EXPECT_TRUE(removals(linesOf(result.output)) == lines);
-    EXPECT_THAT(namesIn(logFolder()), ElementsAre("Vornic.1.log"));
+    EXPECT_THAT(generations(), ElementsAre("Vornic.1.log"));
 }
 
 TEST_F(ProgramLogTest, goesOnInANewGenerationAfterFiveMillionBytes) {
     constexpr std::size_t kCount = 150'000;
     const std::vector<std::string> lines = writeForbidden(kCount);
     EXPECT_EQ(files.repair({"--quiet", files.path("cut.xml")}).status, 0);
-    EXPECT_THAT(namesIn(logFolder()), ElementsAre("Vornic.1.log", "Vornic.2.log", "Vornic.3.log"));
+    EXPECT_THAT(generations(), ElementsAre("Vornic.1.log", "Vornic.2.log", "Vornic.3.log"));
     std::vector<std::string> all;
     for (int number = 3; number >= 1; --number) {
         const std::vector<std::string> messages = generation(number);

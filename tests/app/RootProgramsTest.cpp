@@ -87,7 +87,7 @@ TEST_F(RootProgramsTest, aSecondRunMovesTheGenerationsInTheUsersFolder) {
     writeBytes(files_->logPath(5), "five");
     EXPECT_EQ(files_->repair({path}).output, soundReport(path));
     EXPECT_THAT(namesIn(files_->library("Logs/Quillmark")),
-                ElementsAre("Vornic.2.log", "Vornic.5.log"));
+                ElementsAre("Vornic.1.task.log", "Vornic.2.log", "Vornic.5.log"));
     EXPECT_EQ(readBytes(files_->logPath(2)), "one");
     EXPECT_EQ(readBytes(files_->logPath(5)), "four");
 }
