@@ -97,6 +97,17 @@ TEST_F(MenuCommandsTest, ofHelpStartTheUpdater) {
     EXPECT_TRUE(opened.front().ends_with("/Quillmark Software Update.app"));
 }
 
+TEST_F(MenuCommandsTest, ofHelpSayThatThereIsNoUpdater) {
+    if (exists("/opt/Quillmark")) {
+        GTEST_SKIP() << "this machine has the maker's programs installed";
+    }
+    EXPECT_TRUE(choose("helpCheckForUpdates").empty());
+    EXPECT_EQ(alerts.panels->texts(),
+              std::vector<std::string>{
+                  "No updater is installed | Vornic is updated in the way in which it was "
+                  "installed, by the system's package manager for instance."});
+}
+
 TEST_F(MenuCommandsTest, ofTroubleshootingShowTheLogsTheyAreNamedAfter) {
     using Lines = std::vector<std::string>;
     std::ofstream(logPath(".1.task.log")) << "task";

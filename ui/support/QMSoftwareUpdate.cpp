@@ -14,6 +14,7 @@
 #include "platform/settings/OwnFolder.h"
 #include "platform/threads/MainThread.h"
 #include "platform/threads/Thread.h"
+#include "ui/alerts/QMAlert.h"
 
 namespace vornic {
 
@@ -71,7 +72,13 @@ void QMSoftwareUpdate::awakeFromNib() {
 }
 
 void QMSoftwareUpdate::manualUpdateCheck() {
-    launchSoftwareUpdate();
+    if (!launchSoftwareUpdate()) {
+        QMAlert::alertSheetWithMessageText(
+            "No updater is installed",
+            "Vornic is updated in the way in which it was installed, by the system's package "
+            "manager for instance.",
+            nullptr);
+    }
 }
 
 void QMSoftwareUpdate::startup() {
@@ -109,14 +116,15 @@ void QMSoftwareUpdate::automaticallyCheckForUpdates() {
     QMTaskEx::runTaskAndReturn(*executable, {"-checkpath", platform::Bundle::mainBundle().path()});
 }
 
-void QMSoftwareUpdate::launchSoftwareUpdate() {
+bool QMSoftwareUpdate::launchSoftwareUpdate() {
     const std::optional<std::string> path = updaterPath();
     if (!path) {
         tellOfMissingPath();
-        return;
+        return false;
     }
     ErrorSlot ignored;
     platform::WorkspaceOpener::shared()->openApplication(*path, ignored);
+    return true;
 }
 
 std::optional<std::string> QMSoftwareUpdate::updaterPath() {

@@ -13,7 +13,7 @@ class QMSoftwareUpdate {
   public:
     /// What the interface does once the object in it is made: `startup`.
     void awakeFromNib();
-    /// What the menu does: `launchSoftwareUpdate`.
+    /// What the menu does: `launchSoftwareUpdate`, and an alert when there is no updater.
     void manualUpdateCheck();
 
     /// Runs `automaticallyCheckForUpdates` on a thread of its own, unless the family-wide
@@ -24,7 +24,8 @@ class QMSoftwareUpdate {
     /// and returns at once.
     static void automaticallyCheckForUpdates();
     /// Starts the updater as an application.
-    static void launchSoftwareUpdate();
+    /// @return false when there is none, which is logged and printed.
+    static bool launchSoftwareUpdate();
     /// The path of the updater to use. One that is installed in the machine's folder of
     /// applications is used in its place. One that came with this application is first copied to
     /// the temporary folder, in the place of an older copy, so that it can replace the application;

@@ -46,7 +46,7 @@ TEST_F(WindowsProgramTest, showsNameAndVersionInTheAboutBox) {
     program.choose(program.window("cut.xml"), "Help", "About Vornic");
     const AccessibleNode about = program.window("About Vornic");
     program.control(about, "label", "Vornic");
-    EXPECT_THAT(about.describe(), HasSubstr("0.1.0 (1)"));
+    EXPECT_THAT(about.describe(), HasSubstr("0.2.0 (1)"));
     EXPECT_THAT(about.describe(), HasSubstr("Brindle Tools"));
     program.waitUntilActive("About Vornic");
     session->pressKeys({"Escape"});
