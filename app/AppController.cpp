@@ -38,6 +38,7 @@ using platform::UserPreferences;
 constexpr const char* kApplicationName = "Vornic";
 constexpr const char* kFamilyShortName = "brindletools";
 constexpr const char* kPreferenceFileName = "com.quillmark.Vornic.plist";
+constexpr const char* kOwnManual = "manual/Brindle Tools User Manual";
 constexpr const char* kUserManual = "Documentation/Quillmark/Brindle Tools User Manual.pdf";
 constexpr std::chrono::seconds kStartupCheckDelay{1};
 
@@ -268,6 +269,8 @@ void AppController::helpUserManual() {
     const std::string manual = library ? appendingPathComponent(*library, kUserManual) : "";
     if (platform::fileExists(manual)) {
         openFileWithItsApplication(manual);
+    } else if (const auto own = platform::Bundle::mainBundle().pathForResource(kOwnManual, "pdf")) {
+        openFileWithItsApplication(*own);
     }
 }
 

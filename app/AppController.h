@@ -83,7 +83,8 @@ class AppController : public std::enable_shared_from_this<AppController> {
     // The Help menu. Web pages are opened in the browser. What cannot be opened is logged and told
     // by an alert.
 
-    /// Opens the user manual with its default application; does nothing when it is not installed.
+    /// Opens the user manual with its default application: that of the family, in the machine's
+    /// Library, else the one that came with this program. Does nothing when neither is installed.
     void helpUserManual();
     void helpSuiteHome();
     void helpReportBug();

@@ -31,6 +31,15 @@ constexpr std::pair<RuleGroup, std::string_view> kGroups[] = {
      "check "
      "looks for it."}};
 
+constexpr std::pair<RuleGroup, std::string_view> kReports[] = {
+    {RuleGroup::repair,
+     "What `vornic-repair` says, in the order of a run. The window shows the same lines; those of "
+     "the log "
+     "are in its log alone."},
+    {RuleGroup::salvage,
+     "What `vornic-repair --salvage` says of a copy: each guess, and what is lost."},
+    {RuleGroup::conversion, "What `vornic-convert` says that it has done."}};
+
 bool isOfACheck(const Rule& rule) {
     return vornic::isOfACheck(rule.group);
 }
@@ -109,6 +118,14 @@ std::string ruleInRoff(const Rule& rule) {
         ".SS %@\n%@: %@\n.PP\n%@\n%@\n.PP\nTo mend it by hand: %@\n.PP\nSource: %@\n",
         inRoff(rule.id), nameOf(rule.severity), inRoff(rule.message), inRoff(rule.meaning),
         inRoff(rule.effect), inRoff(rule.remedy), inRoff(rule.source));
+}
+
+std::string lineInMarkdown(const Rule& rule) {
+    const bool isDone = rule.remedy == "Nothing.";
+    const bool hasEffect = rule.effect != "None.";
+    return formatString("**%@**\n\n%@%@%@\n\n", inMarkdown(rule.message), inMarkdown(rule.meaning),
+                        hasEffect ? " *Editing programs:* " + inMarkdown(rule.effect) : "",
+                        isDone ? "" : " *What to do:* " + inMarkdown(rule.remedy));
 }
 
 constexpr std::string_view kMarkdownHead =
@@ -190,6 +207,21 @@ std::string rulesInMarkdown() {
         page += formatString("## Group %@\n\n%@\n\n", nameOf(group), about);
         for (const Rule& rule : kRuleTable) {
             page += rule.group == group ? ruleInMarkdown(rule) : "";
+        }
+    }
+    page.pop_back();
+    return page;
+}
+
+std::string reportLinesInMarkdown() {
+    std::string page =
+        "# Every line of a report\n\n"
+        "Names in braces stand for what is in the file. What `vornic-check` finds is in the next "
+        "chapter, and in\n`vornic-check --explain`.\n\n";
+    for (const auto& [group, about] : kReports) {
+        page += formatString("## The %@\n\n%@\n\n", nameOf(group), about);
+        for (const Rule& rule : kRuleTable) {
+            page += rule.group == group ? lineInMarkdown(rule) : "";
         }
     }
     page.pop_back();

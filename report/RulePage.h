@@ -17,6 +17,10 @@ namespace vornic {
 /// the rules that hold it.
 [[nodiscard]] std::string rulesInMarkdown();
 
+/// Every line that a repair, a salvage or a conversion says, in Markdown: a chapter of the user
+/// manual.
+[[nodiscard]] std::string reportLinesInMarkdown();
+
 /// The manual page vornic-rules(7).
 /// @param date of the page, such as "2026-11-22".
 [[nodiscard]] std::string rulesInRoff(const std::string& date);

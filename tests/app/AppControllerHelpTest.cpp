@@ -181,6 +181,19 @@ TEST_F(AppControllerManualTest, opensTheManualThatIsInstalled) {
     EXPECT_THAT(opener->opened, ElementsAre("file " + manual));
 }
 
+TEST_F(AppControllerManualTest, opensTheManualThatCameWithTheProgramWhenThereIsNoOther) {
+    const std::string own = sandbox.path("data/manual/Brindle Tools User Manual.pdf");
+    std::filesystem::create_directories(std::filesystem::path(own).parent_path());
+    std::ofstream(own) << "%PDF";
+    platform::Bundle::setMainBundle(
+        platform::Bundle(sandbox.path("Vornic.app"), {sandbox.path("data")}));
+    controller->helpUserManual();
+    std::ofstream(manual) << "%PDF";
+    controller->helpUserManual();
+    platform::Bundle::setMainBundle(std::nullopt);
+    EXPECT_THAT(opener->opened, ElementsAre("file " + own, "file " + manual));
+}
+
 TEST_F(AppControllerManualTest, doesNothingWithoutAManual) {
     controller->helpUserManual();
     EXPECT_THAT(opener->opened, IsEmpty());

@@ -16,6 +16,7 @@ namespace vornic {
 namespace {
 
 const std::string kDocument = VORNIC_SOURCE "/docs/rules.md";
+const std::string kChapter = VORNIC_SOURCE "/docs/manual/11-report-lines.md";
 const std::string kManualPage = VORNIC_SOURCE "/packaging/man/vornic-rules.7";
 
 // The page's date is that of its last change.
@@ -95,11 +96,13 @@ TEST(Requirements, nameEveryRuleAboutTheFormats) {
 TEST(RulePages, thatAreCheckedInAreMadeFromTheTable) {
     if (const char* const folder = std::getenv("VORNIC_REFRESH_RULES")) {
         test::writeBytes(std::string(folder) + "/rules.md", rulesInMarkdown());
+        test::writeBytes(std::string(folder) + "/report-lines.md", reportLinesInMarkdown());
         test::writeBytes(std::string(folder) + "/vornic-rules.7",
                          rulesInRoff(std::getenv("VORNIC_REFRESH_DATE")));
         return;
     }
     EXPECT_EQ(test::readBytes(kDocument), rulesInMarkdown()) << "scripts/refresh-rules is due";
+    EXPECT_EQ(test::readBytes(kChapter), reportLinesInMarkdown()) << "scripts/refresh-rules is due";
     EXPECT_EQ(test::readBytes(kManualPage), manualPage()) << "scripts/refresh-rules is due";
 }
 
