@@ -15,6 +15,10 @@ target_compile_options(vornic-settings INTERFACE
 # File offsets and inode numbers are 64 bits wide on every machine.
 target_compile_definitions(vornic-settings INTERFACE _FILE_OFFSET_BITS=64)
 
+if(VORNIC_REPRODUCIBLE)
+    target_compile_options(vornic-settings INTERFACE "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.")
+endif()
+
 if(VORNIC_SANITIZE)
     target_compile_options(vornic-settings INTERFACE
         -fsanitize=${VORNIC_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include <unistd.h>
 
@@ -10,14 +11,16 @@
 #include "base/Text.h"
 #include "platform/files/FileSystem.h"
 #include "platform/settings/Bundle.h"
+#include "platform/settings/InstallFolders.h"
 
 namespace vornic {
 
 int runDesktopProgram(char* const* arguments) {
-    const std::string folder = deletingLastPathComponent(platform::executablePath());
-    const std::string prefix = deletingLastPathComponent(folder);
-    for (const std::string& program :
-         {folder + "/vornic-desktop", prefix + "/libexec/vornic/vornic-desktop"}) {
+    std::vector<std::string> folders{deletingLastPathComponent(platform::executablePath())};
+    const auto helpers = platform::installFolders(platform::InstallFolder::helpers);
+    folders.insert(folders.end(), helpers.begin(), helpers.end());
+    for (const std::string& folder : folders) {
+        const std::string program = folder + "/vornic-desktop";
         if (platform::fileExists(program)) {
             execv(program.c_str(), arguments);
             const Error error = posixError("The program " + program + " cannot be started", errno);

@@ -4,8 +4,7 @@
 namespace vornic {
 
 /// Replaces the process by the desktop program, with the arguments unchanged. It is looked for as
-/// `vornic-desktop` beside the running executable, then in the libexec folder of its install
-/// prefix.
+/// `vornic-desktop` beside the running executable, then among the helpers of its install.
 /// @return only when that fails: 1, after a message on standard error.
 int runDesktopProgram(char* const* arguments);
 

@@ -13,6 +13,7 @@
 #include "platform/rights/AuthorizationHelperLink.h"
 #include "platform/settings/Bundle.h"
 #include "platform/settings/Directories.h"
+#include "platform/settings/InstallFolders.h"
 
 namespace vornic::platform {
 namespace {
@@ -124,10 +125,10 @@ AuthorizationStatus startWithPassword(const AuthorizationPrograms& programs,
 
 std::string authorizationHelperPath() {
     constexpr std::string_view kName = "vornic-auth-helper";
-    const std::string folder = parentFolder(executablePath());
-    for (const std::string& candidate :
-         {joinPath(joinPath(parentFolder(folder), "libexec/vornic"), kName),
-          joinPath(folder, kName)}) {
+    std::vector<std::string> folders = installFolders(InstallFolder::helpers);
+    folders.push_back(parentFolder(executablePath()));
+    for (const std::string& folder : folders) {
+        const std::string candidate = joinPath(folder, kName);
         if (isExecutableFile(candidate)) {
             return candidate;
         }

@@ -24,8 +24,8 @@ struct AuthorizationPrograms {
         "/usr/share/dbus-1/system-services/org.freedesktop.PolicyKit1.service";
 };
 
-/// The root helper that belongs to the running program: in the libexec folder of its install
-/// prefix, else beside the executable; "" when there is none.
+/// The root helper that belongs to the running program: among the helpers of its install, else
+/// beside the executable; "" when there is none.
 [[nodiscard]] std::string authorizationHelperPath();
 
 /// Administrator rights by a small helper process that runs as root: started once for an

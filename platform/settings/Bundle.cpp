@@ -10,6 +10,7 @@
 
 #include "base/PathText.h"
 #include "platform/files/FileSystem.h"
+#include "platform/settings/InstallFolders.h"
 #include "platform/settings/PropertyList.h"
 
 namespace vornic::platform {
@@ -32,17 +33,10 @@ std::string readExecutablePath() {
     return path;
 }
 
-/// The folders above the executable's own that may be an install prefix: that of `bin`, and that of
-/// `libexec/vornic`.
-std::vector<std::string> prefixes(const std::string& executableFolder) {
-    const std::string parent = parentFolder(executableFolder);
-    return {parent, parentFolder(parent)};
-}
-
 std::string findBundle(const std::string& executableFolder) {
     std::vector<std::string> candidates;
-    for (const std::string& prefix : prefixes(executableFolder)) {
-        candidates.push_back(joinPath(joinPath(prefix, "lib/vornic"), kBundleName));
+    for (const std::string& folder : installFolders(InstallFolder::libraries)) {
+        candidates.push_back(joinPath(folder, kBundleName));
     }
     constexpr int kLevelsUp = 4;
     std::string folder = executableFolder;
@@ -80,11 +74,7 @@ Bundle Bundle::mainBundle() {
         }
     }
     const std::string folder = parentFolder(platform::executablePath());
-    std::vector<std::string> resources;
-    for (const std::string& prefix : prefixes(folder)) {
-        resources.push_back(joinPath(prefix, "share/vornic"));
-    }
-    return Bundle(findBundle(folder), std::move(resources));
+    return Bundle(findBundle(folder), installFolders(InstallFolder::data));
 }
 
 void Bundle::setMainBundle(const std::optional<Bundle>& bundle) {

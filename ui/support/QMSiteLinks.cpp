@@ -6,6 +6,12 @@
 
 namespace vornic {
 
+#ifndef VORNIC_SITE_ADDRESS
+#error "VORNIC_SITE_ADDRESS is the base address of the maker's web site"
+#endif
+
+constexpr std::string_view QMSiteLinks::kBaseAddress = VORNIC_SITE_ADDRESS;
+
 namespace {
 
 /// A page about an application, with the application of the family as a query item when given.

@@ -15,8 +15,8 @@ class QMSiteLinks {
 
     QMSiteLinks() = delete;
 
-    /// The maker's home page, without a slash at its end.
-    static constexpr std::string_view kBaseAddress = "https://www.quillmark.example";
+    /// The maker's home page, without a slash at its end, as the build was told.
+    static const std::string_view kBaseAddress;
 
     [[nodiscard]] static std::string quillmarkURL();
     /// The page of all products.
