@@ -7,6 +7,7 @@
 
 #include "foundation/places/QMLocalPaths.h"
 #include "platform/locks/FolderLock.h"
+#include "platform/settings/Bundle.h"
 #include "tests/app/ControllerTest.h"
 #include "tests/support/fakes/OwnMachineLibrary.h"
 #include "ui/support/QMSiteLinks.h"
