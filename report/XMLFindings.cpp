@@ -153,11 +153,11 @@ Finding* XMLFindings::addFault(const XMLFault& fault) {
                               {"open", "<" + name + "> (line " + line + ") is"},
                               {"closing", "</" + name + ">"}});
     }
+    if (fault.code == XMLErrorCode::forbiddenCharacter) {
+        return findings_.add(*rule, place, {{"code", codeAt(text_, fault.offset)}});
+    }
     return findings_.add(*rule, place,
-                         {{"name", name},
-                          {"other", excerpt(fault.other)},
-                          {"line", line},
-                          {"code", codeAt(text_, fault.offset)}});
+                         {{"name", name}, {"other", excerpt(fault.other)}, {"line", line}});
 }
 
 }  // namespace vornic

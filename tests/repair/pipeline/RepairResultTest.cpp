@@ -80,8 +80,8 @@ TEST_F(RepairResultTest, tellsTheFaultThatOnlyTheFilterMakesAndWhereItComesFrom)
 TEST_F(RepairResultTest, tellsTheFaultOfACharacterThatTheFilterLeaves) {
     const std::string text = kHead + "<sequence><![CDATA[\x01]]></sequence></xmeml>";
     EXPECT_EQ(runOn("Cut.xml", text), RepairOutcome::unable);
-    EXPECT_EQ(findings(),
-              Strings{"xml-forbidden-character 2,39 @" + std::to_string(text.find('\x01')) + " 1"});
+    EXPECT_EQ(findings(), Strings{"xml-forbidden-character 2,39 @" +
+                                  std::to_string(text.find('\x01')) + " U+0001"});
 }
 
 TEST_F(RepairResultTest, tellsTheMendsWithTheirEditsOfTheFile) {
