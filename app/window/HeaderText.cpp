@@ -35,9 +35,8 @@ std::string soundness(const Tally& tally) {
 }
 
 bool lacksVersion(const Report& report) {
-    constexpr std::array kRules = {"structure-no-version"_rule, "structure-unknown-version"_rule,
-                                   "versions-not-declared"_rule, "versions-malformed"_rule,
-                                   "versions-unknown"_rule};
+    constexpr std::array kRules = {"structure-unknown-version"_rule, "versions-not-declared"_rule,
+                                   "versions-malformed"_rule, "versions-unknown"_rule};
     return std::any_of(kRules.begin(), kRules.end(),
                        [&](RuleId rule) { return report.findings.count(rule) != 0; });
 }
