@@ -416,9 +416,10 @@ std::string unmountedFolderOf(const std::string& path, const std::vector<Mounted
         for (int level = 0; level < depth && end != std::string::npos; ++level) {
             end = path.find('/', end + 1);
         }
-        const bool isMounted =
-            std::any_of(volumes.begin(), volumes.end(), [&](const MountedVolume& volume) {
-                return volume.mountPoint.size() > place.size() && lieIn(path, volume.mountPoint);
+        const bool isMounted = std::any_of(
+            volumes.begin(), volumes.end(),
+            [&path, least = place.size()](const MountedVolume& volume) {
+                return volume.mountPoint.size() > least && lieIn(path, volume.mountPoint);
             });
         return end == std::string::npos || isMounted ? "" : path.substr(0, end);
     }
