@@ -12,33 +12,44 @@ namespace vornic::bench {
 
 namespace {
 
-// What a document says, without white space between its parts.
+constexpr std::string_view kBlanks = " \t\r\n";
+
+// A start tag's beginning, an attribute, an end tag or the like, with the text in front of it.
+struct Part {
+    std::string text;
+    std::string markup;
+    std::size_t offset = 0;
+    // A tag with white space around it that nobody can know.
+    bool isRestored = false;
+};
+
+// What a document says, to the letter; of what is beside the root element no white space.
 class Canonical final : public XMLReaderEvents {
   public:
-    static std::optional<std::vector<std::string>> of(std::string_view text) {
-        Canonical canonical;
-        if (readXML(text, XMLMode::strict, &canonical).fault) {
-            return std::nullopt;
-        }
-        canonical.flush();
-        return std::move(canonical.parts_);
-    }
-    static std::vector<std::string> beginningOf(std::string_view text) {
-        Canonical canonical;
-        static_cast<void>(readXML(text, XMLMode::strict, &canonical));
-        return std::move(canonical.parts_);
+    // What can be read of a text; its end is lost where there is a fault.
+    Canonical(std::string_view text, const std::vector<std::size_t>& restored)
+        : restored_(restored) {
+        isWhole_ = !readXML(text, XMLMode::strict, this).fault;
     }
 
-    void startElement(std::string_view name) override { add("<" + std::string(name)); }
+    [[nodiscard]] bool isWhole() const { return isWhole_; }
+    [[nodiscard]] std::vector<Part>& parts() { return parts_; }
+    [[nodiscard]] const std::vector<Part>& parts() const { return parts_; }
+
+    void startElement(std::string_view name) override {
+        add("<" + std::string(name), isRestored());
+        ++depth_;
+    }
     void attribute(std::string_view name, std::string_view rawValue) override {
         add(" " + std::string(name) + "=" + std::string(rawValue));
     }
-    void endElement(std::string_view name, bool /*selfClosed*/) override {
-        add("</" + std::string(name));
+    void endElement(std::string_view name, bool selfClosed) override {
+        add("</" + std::string(name), !selfClosed && isRestored());
+        --depth_;
     }
-    void text(std::string_view rawText) override { text_ += rawText; }
+    void text(std::string_view rawText) override { text_ += depth_ == 0 ? "" : rawText; }
     void cdata(std::string_view content) override { text_ += content; }
-    void comment(std::string_view content) override { add("!" + trimmed(content)); }
+    void comment(std::string_view content) override { add("!" + std::string(content)); }
     void processingInstruction(std::string_view target, std::string_view data) override {
         add("?" + std::string(target) + " " + std::string(data));
     }
@@ -47,96 +58,125 @@ class Canonical final : public XMLReaderEvents {
     }
 
   private:
-    static std::string trimmed(std::string_view text) {
-        const std::size_t from = text.find_first_not_of(" \t\r\n");
-        return from == std::string_view::npos
-                   ? ""
-                   : std::string(text.substr(from, text.find_last_not_of(" \t\r\n") + 1 - from));
+    [[nodiscard]] bool isRestored() const {
+        return std::find(restored_.begin(), restored_.end(), place().offset) != restored_.end();
     }
-    void flush() {
-        if (std::string text = trimmed(text_); !text.empty()) {
-            parts_.push_back("\"" + text);
-        }
-        text_.clear();
-    }
-    void add(std::string part) {
-        flush();
-        parts_.push_back(std::move(part));
+    void add(std::string markup, bool isRestored = false) {
+        parts_.push_back({std::exchange(text_, ""), std::move(markup), place().offset, isRestored});
     }
 
-    std::vector<std::string> parts_;
+    const std::vector<std::size_t>& restored_;
+    std::vector<Part> parts_;
     std::string text_;
+    int depth_ = 0;
+    bool isWhole_ = false;
 };
 
-std::array<std::size_t, 256> charactersOf(const std::vector<std::string>& parts) {
-    std::array<std::size_t, 256> counts{};
-    for (const std::string& part : parts) {
-        std::size_t from = part[0] == ' ' ? part.find('=') + 1 : 1;
-        if (part[0] != ' ' && part[0] != '"' && !(part[0] == '!' && part[1] != 'D')) {
-            continue;
+std::string_view withoutBlanksInFront(std::string_view text) {
+    return text.substr(std::min(text.find_first_not_of(kBlanks), text.size()));
+}
+
+std::string_view withoutBlanksBehind(std::string_view text) {
+    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+}
+
+// Whether the parts up to a number are the same.
+bool beginsLike(const std::vector<Part>& expected, const std::vector<Part>& copy,
+                std::size_t count) {
+    if (copy.size() < count) {
+        return false;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        std::string_view wanted = expected[i].text;
+        std::string_view found = copy[i].text;
+        if (expected[i].isRestored) {
+            wanted = withoutBlanksBehind(wanted);
+            found = withoutBlanksBehind(found);
         }
-        for (; from < part.size(); ++from) {
-            if (part[from] != ' ' && part[from] != '\n' && part[from] != '\t' &&
-                part[from] != '\r') {
-                ++counts[static_cast<unsigned char>(part[from])];
-            }
+        if (i > 0 && expected[i - 1].isRestored) {
+            wanted = withoutBlanksInFront(wanted);
+            found = withoutBlanksInFront(found);
+        }
+        if (wanted != found || expected[i].markup != copy[i].markup) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Of content: text, values and comments.
+std::array<std::size_t, 256> charactersOf(const std::vector<Part>& parts) {
+    std::array<std::size_t, 256> counts{};
+    const auto count = [&counts](std::string_view text) {
+        for (const char c : text) {
+            counts[static_cast<unsigned char>(c)] +=
+                kBlanks.find(c) == std::string_view::npos ? 1 : 0;
+        }
+    };
+    for (const Part& part : parts) {
+        count(part.text);
+        const std::string_view markup = part.markup;
+        if (markup[0] == ' ') {
+            count(markup.substr(markup.find('=') + 1));
+        } else if (markup[0] == '!' && !markup.starts_with("!DOCTYPE")) {
+            count(markup.substr(1));
         }
     }
     return counts;
 }
 
+// What stood whole in front of a cut.
+Canonical readUpToCut(const std::string& text) {
+    static const std::vector<std::size_t> kNone;
+    Canonical whole(text, kNone);
+    const std::size_t tag = text.rfind('<');
+    if (text.find('>', tag) == std::string::npos) {
+        while (!whole.parts().empty() && whole.parts().back().offset >= tag) {
+            whole.parts().pop_back();
+        }
+    }
+    return whole;
+}
+
+// The text in front of a cut.
+std::string_view textBeforeCut(std::string_view text) {
+    const std::string_view rest = text.substr(text.rfind('>') + 1);
+    return withoutBlanksBehind(rest.substr(0, rest.find('<')));
+}
+
 // Whether everything that stood whole before a cut is there and in its place.
-bool keepsBeginning(const FaultyText& faulty, const std::vector<std::string>& copy) {
-    std::vector<std::string> whole = Canonical::beginningOf(faulty.text);
-    while (!whole.empty() && whole.back()[0] == ' ') {
-        whole.pop_back();  // of a tag that was cut
-    }
-    if (!whole.empty() && whole.back()[0] == '<' && whole.back()[1] != '/') {
-        const std::size_t tag = faulty.text.rfind('<');
-        if (faulty.text.find('>', tag) == std::string::npos) {
-            whole.pop_back();
-        }
-    }
-    std::size_t i = 0;
-    for (const std::string& part : whole) {
-        if (i >= copy.size() || (copy[i] != part && !copy[i].starts_with(part))) {
-            return false;
-        }
-        ++i;
-    }
-    return true;
+bool keepsBeginning(const std::string& text, const std::vector<Part>& whole,
+                    const std::vector<Part>& copy) {
+    return beginsLike(whole, copy, whole.size()) && copy.size() > whole.size() &&
+           withoutBlanksBehind(copy[whole.size()].text).ends_with(textBeforeCut(text));
 }
 
 }  // namespace
 
 Score scoreOf(FaultKind kind, const FaultyText& faulty, const std::vector<std::string>& copies) {
+    static const std::vector<std::size_t> kNone;
     Score score;
     score.cases = 1;
-    const auto expected = Canonical::of(faulty.expected);
-    std::array<std::size_t, 256> wanted{};
-    if (kind == FaultKind::cutOff) {
-        wanted = charactersOf(Canonical::beginningOf(faulty.text));
-    } else if (expected) {
-        wanted = charactersOf(*expected);
-    }
+    const bool isCut = kind == FaultKind::cutOff;
+    const Canonical expected =
+        isCut ? readUpToCut(faulty.text) : Canonical(faulty.expected, faulty.restored);
+    const auto wanted = charactersOf(expected.parts());
     std::array<std::size_t, 256> found{};
     bool isWellFormed = !copies.empty();
-    bool isExact = !copies.empty();
+    bool isExact = copies.size() == (kind == FaultKind::secondRoot ? 2 : 1);
     for (const std::string& text : copies) {
-        const auto copy = Canonical::of(text);
-        isWellFormed = isWellFormed && copy;
-        if (!copy) {
-            isExact = false;
-            continue;
-        }
-        const auto characters = charactersOf(*copy);
-        for (std::size_t i = 0; i < found.size(); ++i) {
+        const Canonical copy(text, kNone);
+        isWellFormed = isWellFormed && copy.isWhole();
+        const auto characters = charactersOf(copy.parts());
+        for (std::size_t i = 0; copy.isWhole() && i < found.size(); ++i) {
             found[i] += characters[i];
         }
-        isExact = isExact && (kind == FaultKind::cutOff ? keepsBeginning(faulty, *copy)
-                                                        : expected && *copy == *expected);
+        const bool isAlike =
+            isCut ? keepsBeginning(faulty.text, expected.parts(), copy.parts())
+                  : copy.parts().size() == expected.parts().size() &&
+                        beginsLike(expected.parts(), copy.parts(), expected.parts().size());
+        isExact = isExact && copy.isWhole() && isAlike;
     }
-    isExact = isExact && copies.size() == (kind == FaultKind::secondRoot ? 2 : 1);
     score.exact = isExact ? 1 : 0;
     score.wellFormed = isWellFormed ? 1 : 0;
     for (std::size_t i = 0; i < wanted.size(); ++i) {

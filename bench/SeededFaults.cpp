@@ -14,6 +14,8 @@ struct Fault {
     std::size_t length = 0;
     std::string text;
     std::optional<std::string> expected;
+    // The tags of the original that are gone or moved, counted from the offset.
+    std::vector<std::size_t> restored;
 };
 
 struct Tag {
@@ -140,7 +142,7 @@ class FaultMaker {
     }
 
     std::optional<Fault> remove(const std::optional<Tag>& tag) {
-        return tag ? std::optional<Fault>({tag->offset, tag->end - tag->offset, "", {}})
+        return tag ? std::optional<Fault>({tag->offset, tag->end - tag->offset, "", {}, {0}})
                    : std::nullopt;
     }
 
@@ -172,7 +174,8 @@ class FaultMaker {
         return Fault{first.offset,
                      second.end - first.offset,
                      rawText(second) + std::string(between) + rawText(first),
-                     {}};
+                     {},
+                     {0, second.offset - first.offset}};
     }
 
     std::optional<Fault> misspell(const std::optional<Tag>& tag) {
@@ -198,17 +201,17 @@ class FaultMaker {
                 std::swap(name[at], name[at == 0 ? name.size() - 1 : at - 1]);
         }
         const bool isName = name != tag->name && name[0] >= 'A';
-        return isName ? std::optional<Fault>({tag->offset + 2, tag->name.size(), name, {}})
+        return isName ? std::optional<Fault>({tag->offset + 2, tag->name.size(), name, {}, {}})
                       : std::nullopt;
     }
 
     std::optional<Fault> repeat(const std::optional<Tag>& tag) {
-        return tag ? std::optional<Fault>({tag->end, 0, rawText(*tag), {}}) : std::nullopt;
+        return tag ? std::optional<Fault>({tag->end, 0, rawText(*tag), {}, {}}) : std::nullopt;
     }
 
     std::optional<Fault> loseGreaterThan() {
         const Tag& tag = tags_[below(tags_.size())];
-        return Fault{tag.end - 1, 1, "", {}};
+        return Fault{tag.end - 1, 1, "", {}, {}};
     }
 
     std::optional<Fault> loseQuote() {
@@ -228,7 +231,7 @@ class FaultMaker {
         if (quotes.empty()) {
             return std::nullopt;
         }
-        return Fault{tag->offset + quotes[below(quotes.size())], 1, "", {}};
+        return Fault{tag->offset + quotes[below(quotes.size())], 1, "", {}, {}};
     }
 
     std::optional<Fault> repeatAttribute(bool isSame) {
@@ -254,12 +257,12 @@ class FaultMaker {
             copy = copy.substr(0, quote + 1) + "other value" + copy[quote];
         }
         // The first one stays the first.
-        return Fault{tag->offset + std::max(behind, end), 0, " " + copy, {}};
+        return Fault{tag->offset + std::max(behind, end), 0, " " + copy, {}, {}};
     }
 
     std::optional<Fault> append(std::string text) {
         const bool hasBreak = text_.ends_with('\n');
-        return Fault{text_.size(), 0, (hasBreak ? "" : "\n") + std::move(text), {}};
+        return Fault{text_.size(), 0, (hasBreak ? "" : "\n") + std::move(text), {}, {}};
     }
 
     std::optional<Fault> repeatLine() {
@@ -279,7 +282,7 @@ class FaultMaker {
             return std::nullopt;
         }
         const auto [from, end] = lines[below(lines.size())];
-        return Fault{end, 0, std::string(text_.substr(from, end - from)), {}};
+        return Fault{end, 0, std::string(text_.substr(from, end - from)), {}, {}};
     }
 
     [[nodiscard]] std::string rawText(const Tag& tag) const {
@@ -306,6 +309,9 @@ FaultyText applied(std::string_view document, std::vector<Fault> faults) {
         faulty.text.append(kept).append(fault.text);
         const bool isInsertion = fault.length == 0;
         faulty.expected.append(kept);
+        for (const std::size_t tag : fault.restored) {
+            faulty.restored.push_back(faulty.expected.size() + tag);
+        }
         if (fault.expected) {
             faulty.expected.append(*fault.expected);
         } else if (!isInsertion) {
@@ -326,11 +332,11 @@ std::optional<FaultyText> seedFault(std::string_view document, FaultKind kind,
     if (kind == FaultKind::cutOff) {
         const std::size_t from = maker.rootStartEnd();
         const std::size_t cut = from + maker.below(maker.rootEnd() - 1 - from);
-        return FaultyText{std::string(document.substr(0, cut)), std::string(document), cut};
+        return FaultyText{std::string(document.substr(0, cut)), std::string(document), {}, cut};
     }
     if (kind == FaultKind::secondRoot) {
-        return FaultyText{std::string(document) + "\n" + std::string(document),
-                          std::string(document), 0};
+        return FaultyText{
+            std::string(document) + "\n" + std::string(document), std::string(document), {}, 0};
     }
     std::vector<Fault> faults;
     if (kind == FaultKind::several) {

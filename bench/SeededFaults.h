@@ -6,6 +6,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vornic::bench {
 
@@ -54,6 +55,9 @@ struct FaultyText {
     /// What a perfect salvage would make of it: the original, but for what no program can know
     /// (the attributes of a lost start tag).
     std::string expected;
+    /// Where in the expected text tags stand that the fault has lost or moved: white space around
+    /// them is nobody's to know.
+    std::vector<std::size_t> restored;
     /// How many bytes of the original are left, for a text that was cut off.
     std::size_t cutAt = 0;
 };

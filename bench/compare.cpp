@@ -28,6 +28,7 @@ constexpr int kManyRuns = 101;
 constexpr int kWrongUsage = 2;
 constexpr std::size_t kManyFaults = 6'000'000;
 constexpr std::size_t kMends = 1000;
+constexpr std::size_t kLostTags = 1000;
 constexpr int kDefinedMinor = 10;
 // For what is measured for its memory alone.
 constexpr double kNoTarget = 100;
@@ -63,7 +64,7 @@ class Comparison {
         }
     }
 
-    /// @param only "checks", "conversions", "media" or "mends", or nothing for all.
+    /// @param only "checks", "conversions", "media", "mends" or "salvages", or nothing for all.
     bool run(std::string_view only) {
         printContestHeading();
         if (only.empty()) {
@@ -81,6 +82,9 @@ class Comparison {
         }
         if (isAsked("mends")) {
             compareMends();
+        }
+        if (isAsked("salvages")) {
+            compareSalvages();
         }
         return allReached_;
     }
@@ -176,6 +180,58 @@ class Comparison {
             make("50 MB, stray ampersands",
                  {.bytes = 50 * kMegabyte, .faultEvery = 50 * kMegabyte / kMends, .fault = '&'});
         compare({"50 MB: 1,000 mends / repair", mend(damaged), repairDamaged(damaged), 1, {}});
+    }
+
+    // Against a repair that changes the file; a salvage writes a copy, too.
+    void compareSalvages() {
+        const std::string sound = make("50 MB", {.bytes = 50 * kMegabyte});
+        const std::string damaged =
+            make("50 MB, damaged", {.bytes = 50 * kMegabyte, .faultEvery = 1000});
+        const std::string one = loseEndTags("50 MB, an end tag lost", sound, 1);
+        const std::string many = loseEndTags("50 MB, end tags lost", sound, kLostTags);
+        compare({"50 MB: salvage / repair", salvage(one, 1), repairDamaged(damaged), 1.5, {}});
+        compare({"50 MB: 1,000 lost tags / repair",
+                 salvage(many, kLostTags),
+                 repairDamaged(damaged),
+                 5,
+                 {}});
+    }
+
+    // A copy of a file without some of its end tags, at even distances.
+    std::string loseEndTags(const std::string& name, const std::string& sound, std::size_t count) {
+        const std::size_t distance = fs::file_size(sound) / (count + 1);
+        std::ifstream stream(sound, std::ios::binary);
+        std::ofstream broken(path(name), std::ios::binary);
+        std::size_t at = 0;
+        std::size_t next = distance;
+        for (std::string line; std::getline(stream, line);) {
+            at += line.size() + 1;
+            const std::size_t tag = line.find("</");
+            if (at >= next && tag != std::string::npos && count > 0) {
+                line.erase(tag, line.find('>', tag) + 1 - tag);
+                next += distance;
+                --count;
+            }
+            broken << line << '\n';
+        }
+        return path(name);
+    }
+
+    [[nodiscard]] Contender salvage(const std::string& file, std::size_t lostTags) const {
+        const std::string copy = folder_ + "/salvaged.xml";
+        Contender contender;
+        contender.arguments = {programs_ + "/vornic-repair", "--salvage", "-o", copy, file};
+        contender.status = 1;
+        contender.prepare = [=] {
+            fs::remove(copy);
+            settle(file);
+        };
+        contender.fault = [=](const std::string& printed) {
+            return fs::file_size(copy) < fs::file_size(file)
+                       ? "the copy is short"
+                       : missing(printed, " " + std::to_string(lostTags) + " warning");
+        };
+        return contender;
     }
 
     void writeDefinition() const {
@@ -334,9 +390,11 @@ class Comparison {
 int main(int argc, char** argv) {
     const std::string_view only = argc == 3 ? argv[2] : "";
     if (argc != 2 && only != "checks" && only != "conversions" && only != "media" &&
-        only != "mends") {
-        std::fputs("Usage: bench-compare FOLDER_OF_THE_PROGRAMS [checks|conversions|media|mends]\n",
-                   stderr);
+        only != "mends" && only != "salvages") {
+        std::fputs(
+            "Usage: bench-compare FOLDER_OF_THE_PROGRAMS "
+            "[checks|conversions|media|mends|salvages]\n",
+            stderr);
         return vornic::bench::kWrongUsage;
     }
     return vornic::bench::runInScratchFolder(

@@ -49,8 +49,6 @@ SalvagedFile salvageFile(const std::string& path, const std::optional<std::strin
         result.error->domain = kXMLErrorDomain;
         result.error->description =
             formatString("The file %@ was not salvaged. %@", path, salvaged.refusal);
-        // Guesses that nothing came of tell nothing.
-        result.report.findings = Findings();
         return result;
     }
     for (const std::string& copy : salvaged.copies) {

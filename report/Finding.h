@@ -20,6 +20,8 @@ struct Finding {
     Place where;
     /// Where it is in the copy that was made of the file; nothing when there is none.
     std::optional<Place> inCopy;
+    /// Which of the report's copies that is, counted from 0.
+    std::size_t copyIndex = 0;
     /// Those that the rule's message names.
     Arguments arguments;
     std::optional<Mend> mend;

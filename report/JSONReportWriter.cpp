@@ -118,7 +118,8 @@ void JSONReportWriter::finding(const Finding& finding) {
         mend(*finding.mend);
     }
     if (finding.inCopy) {
-        json_.key("copy").beginObject().member("line", finding.inCopy->line);
+        json_.key("copy").beginObject().member("index", finding.copyIndex);
+        json_.member("line", finding.inCopy->line);
         json_.member("column", finding.inCopy->column);
         json_.member("offset", finding.inCopy->offset).endObject();
     }

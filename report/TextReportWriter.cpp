@@ -49,6 +49,14 @@ std::string placeOf(const Report& report, const Place& place) {
     return place.line == 0 ? path : formatString("%@(%zu,%zu)", path, place.line, place.column);
 }
 
+// What a copy is called: by its path where there are several.
+std::string copyOf(const Report& report, const Finding& finding) {
+    if (!report.copies || report.copies->size() < 2 || finding.copyIndex >= report.copies->size()) {
+        return "the copy";
+    }
+    return escapedForTerminal((*report.copies)[finding.copyIndex]);
+}
+
 }  // namespace
 
 std::string TextReportWriter::coloured(std::string_view colour, std::string text) const {
@@ -70,7 +78,8 @@ void TextReportWriter::finding(const Report& report, const Finding& finding) {
     }
     if (finding.inCopy) {
         below += (below.empty() ? "    " : "  ") +
-                 formatString("in the copy: %zu,%zu", finding.inCopy->line, finding.inCopy->column);
+                 formatString("in %@: %zu,%zu", copyOf(report, finding), finding.inCopy->line,
+                              finding.inCopy->column);
     }
     if (!below.empty()) {
         lines += below + "\n";

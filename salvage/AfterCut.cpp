@@ -3,18 +3,15 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 
 #include "formats/fcpxml/Definition.h"
+#include "salvage/LeastContent.h"
 
 namespace vornic::salvage {
 
 namespace {
-
-using fcpxml::ContentKind;
-using fcpxml::ContentModel;
-using fcpxml::Definition;
-using fcpxml::ElementDefinition;
 
 // Deeper elements are no project's.
 constexpr std::size_t kDeepest = 200;
@@ -41,47 +38,6 @@ std::size_t endOfContent(const ElementIndex& copy, ElementNumber element) {
     return isClosedAtOnce ? 0 : content.offset + content.length;
 }
 
-bool mayBeEmpty(const ElementDefinition& definition) {
-    const bool needsAttribute =
-        std::any_of(definition.attributes.begin(), definition.attributes.end(),
-                    [](const fcpxml::AttributeDefinition& attribute) {
-                        return attribute.defaultKind == fcpxml::AttributeDefault::required;
-                    });
-    const bool needsChild = definition.kind == ContentKind::elements &&
-                            !definition.content->mayEnd(ContentModel::kStart);
-    return !needsAttribute && !needsChild;
-}
-
-// The child that completes an element of FCPXML; "" when none does.
-std::string_view missingChild(const ElementIndex& copy, ElementNumber element,
-                              const Definition& definitions) {
-    const ElementDefinition* const definition = definitions.element(copy.nameOf(element));
-    if (definition == nullptr || definition->kind != ContentKind::elements) {
-        return "";
-    }
-    const ContentModel& model = *definition->content;
-    ContentModel::State state = ContentModel::kStart;
-    const fcpxml::Catalogue& catalogue = fcpxml::Catalogue::shared();
-    for (ElementNumber child = copy.firstChildOf(element); child != kNoElement;
-         child = copy.nextSiblingOf(child)) {
-        const fcpxml::ElementId id = catalogue.idOf(copy.nameOf(child));
-        state = id == fcpxml::kNoElement ? ContentModel::kRefused : model.next(state, id);
-        if (state == ContentModel::kRefused) {
-            return "";
-        }
-    }
-    if (model.mayEnd(state)) {
-        return "";
-    }
-    for (const fcpxml::ElementId id : model.possible(state)) {
-        const ElementDefinition* const child = definitions.element(id);
-        if (child != nullptr && model.mayEnd(model.next(state, id)) && mayBeEmpty(*child)) {
-            return child->name;
-        }
-    }
-    return "";
-}
-
 std::optional<std::int64_t> numberIn(const ElementIndex& copy, ElementNumber element,
                                      std::string_view child) {
     const std::string_view text = copy.childTextOf(element, child);
@@ -92,47 +48,128 @@ std::optional<std::int64_t> numberIn(const ElementIndex& copy, ElementNumber ele
     return isWhole ? std::optional<std::int64_t>(number) : std::nullopt;
 }
 
+bool isAnyOf(std::string_view name, std::initializer_list<std::string_view> names) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// What an element of XMEML lacks, from what stands around it and in it.
 class PartsOfXMEML {
   public:
-    explicit PartsOfXMEML(const ElementIndex& copy) : copy_(copy) {}
+    PartsOfXMEML(const ElementIndex& copy, std::vector<AddedPart>& parts)
+        : copy_(copy), parts_(parts) {}
 
-    void addFor(ElementNumber element, std::vector<AddedPart>& parts) {
+    // To be called for an element behind those around it.
+    void addFor(ElementNumber element) {
         const std::string_view name = copy_.nameOf(element);
-        const ElementNumber rate = copy_.childOf(element, "rate");
-        const bool needsRate =
-            name == "sequence" || name == "clipitem" || name == "clip" || name == "file";
-        if (needsRate && rate == kNoElement && !rate_.empty()) {
-            add(element, "rate", std::string(rate_), parts);
-        }
-        if (rate != kNoElement && copy_.childOf(rate, "timebase") != kNoElement) {
-            rate_ = copy_.spanOf(rate).of(copy_.text());
-        }
-        if (name == "clipitem" && copy_.childOf(element, "end") == kNoElement) {
-            addEnd(element, parts);
+        addRate(element);
+        if (name == "clipitem") {
+            addOfMedia(element);
+            addSpan(element);
+        } else if (name == "sequence") {
+            addDuration(element);
+        } else if (name == "rate") {
+            addTimebase(element);
         }
     }
 
   private:
-    void addEnd(ElementNumber element, std::vector<AddedPart>& parts) {
-        const auto start = numberIn(copy_, element, "start");
-        const auto in = numberIn(copy_, element, "in");
-        const auto out = numberIn(copy_, element, "out");
-        if (start && in && out && *in < *out) {
-            add(element, "end", "<end>" + std::to_string(*start + (*out - *in)) + "</end>", parts);
+    [[nodiscard]] bool has(ElementNumber element, std::string_view child) const {
+        return copy_.childOf(element, child) != kNoElement;
+    }
+
+    void addRate(ElementNumber element) {
+        const ElementNumber rate = copy_.childOf(element, "rate");
+        if (rate != kNoElement && has(rate, "timebase")) {
+            rate_ = rate;
+        } else if (rate == kNoElement && rate_ != kNoElement &&
+                   isAnyOf(copy_.nameOf(element),
+                           {"sequence", "clipitem", "clip", "file", "timecode"})) {
+            add(element, "rate", std::string(copy_.spanOf(rate_).of(copy_.text())));
         }
     }
 
-    void add(ElementNumber element, std::string_view part, std::string text,
-             std::vector<AddedPart>& parts) const {
+    void addTimebase(ElementNumber rate) {
+        if (!has(rate, "timebase") && rate_ != kNoElement) {
+            const ElementNumber around = copy_.childOf(rate_, "timebase");
+            add(rate, "timebase", std::string(copy_.spanOf(around).of(copy_.text())));
+        }
+    }
+
+    // A clip item is called like its file, and its media are as long.
+    void addOfMedia(ElementNumber item) {
+        ElementNumber file = copy_.childOf(item, "file");
+        if (file != kNoElement && copy_.firstChildOf(file) == kNoElement) {
+            file = copy_.elementWithId(copy_.attributeTextOf(file, "id"));
+        }
+        for (const std::string_view part : {"name", "duration"}) {
+            const ElementNumber told = file == kNoElement ? kNoElement : copy_.childOf(file, part);
+            if (told != kNoElement && !has(item, part)) {
+                add(item, part, std::string(copy_.spanOf(told).of(copy_.text())));
+            }
+        }
+    }
+
+    // Of start, end, in and out three tell the fourth.
+    void addSpan(ElementNumber item) {
+        const auto start = numberIn(copy_, item, "start");
+        const auto end = numberIn(copy_, item, "end");
+        const auto in = numberIn(copy_, item, "in");
+        const auto out = numberIn(copy_, item, "out");
+        if (start && in && out && *in < *out) {
+            addNumber(item, "end", *start + (*out - *in));
+        } else if (start && end && in && *start < *end) {
+            addNumber(item, "out", *in + (*end - *start));
+        }
+    }
+
+    // Up to the end of the last clip item that is left.
+    void addDuration(ElementNumber sequence) {
+        std::int64_t last = 0;
+        for (ElementNumber item = sequence + 1; item < copy_.endOf(sequence); ++item) {
+            if (copy_.isNamed(item, "clipitem")) {
+                last = std::max(last, numberIn(copy_, item, "end").value_or(0));
+            }
+        }
+        if (last > 0) {
+            addNumber(sequence, "duration", last);
+        }
+    }
+
+    void addNumber(ElementNumber element, std::string_view part, std::int64_t number) {
+        if (!has(element, part)) {
+            const std::string name(part);
+            add(element, part, "<" + name + ">" + std::to_string(number) + "</" + name + ">");
+        }
+    }
+
+    void add(ElementNumber element, std::string_view part, std::string text) {
         if (const std::size_t end = endOfContent(copy_, element); end != 0) {
-            parts.push_back({end, std::move(text), copy_.nameOf(element), part});
+            parts_.push_back({end, std::move(text), copy_.nameOf(element), part});
         }
     }
 
     const ElementIndex& copy_;
+    std::vector<AddedPart>& parts_;
     // The nearest one around.
-    std::string_view rate_;
+    ElementNumber rate_ = kNoElement;
 };
+
+void addPartsOfFCPXML(const ElementIndex& copy, const std::vector<ElementNumber>& branch,
+                      std::vector<AddedPart>& parts) {
+    const auto version = fcpxml::Version::parse(copy.version());
+    if (!version) {
+        return;
+    }
+    const LeastContent content(copy, fcpxml::Definition::of(*version));
+    for (const ElementNumber element : branch) {
+        const std::size_t place = endOfContent(copy, element);
+        auto missing = place == 0 ? std::nullopt : content.missingIn(element);
+        if (missing) {
+            parts.push_back(
+                {place, std::move(missing->text), copy.nameOf(element), missing->first});
+        }
+    }
+}
 
 }  // namespace
 
@@ -141,18 +178,14 @@ std::vector<AddedPart> partsAfterCut(const ElementIndex& copy, std::size_t end) 
     if (copy.size() == 0) {
         return parts;
     }
-    PartsOfXMEML xmeml(copy);
-    const auto version = fcpxml::Version::parse(copy.version());
-    for (const ElementNumber element : lastBranch(copy, end)) {
-        if (copy.kind() == FileKind::xmeml) {
-            xmeml.addFor(element, parts);
-        } else if (const std::size_t place = endOfContent(copy, element); version && place != 0) {
-            const std::string_view child = missingChild(copy, element, Definition::of(*version));
-            if (!child.empty()) {
-                parts.push_back(
-                    {place, "<" + std::string(child) + "/>", copy.nameOf(element), child});
-            }
+    const std::vector<ElementNumber> branch = lastBranch(copy, end);
+    if (copy.kind() == FileKind::xmeml) {
+        PartsOfXMEML xmeml(copy, parts);
+        for (const ElementNumber element : branch) {
+            xmeml.addFor(element);
         }
+    } else {
+        addPartsOfFCPXML(copy, branch, parts);
     }
     std::stable_sort(parts.begin(), parts.end(), [](const AddedPart& left, const AddedPart& right) {
         return left.offset < right.offset;

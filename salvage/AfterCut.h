@@ -20,9 +20,10 @@ struct AddedPart {
 };
 
 /// What the elements lack that a file was cut off in, as far as it can be derived: in FCPXML
-/// children that the definition requires and that may be empty (the spine of a sequence), in XMEML
-/// the rate, which is that of the element around it, and the end of a clip item, which its start,
-/// in and out tell. In the order of the text. Linear.
+/// children that the definition requires (`LeastContent`), in XMEML the rate, which is that of the
+/// element around it, name and length of a clip item, which its file has, its end or out, which the
+/// other three tell, and the length of a sequence, whose last clip item tells it. In the order of
+/// the text. Linear.
 /// @param copy well-formed.
 /// @param end where the copy closes what the file had left open.
 [[nodiscard]] std::vector<AddedPart> partsAfterCut(const ElementIndex& copy, std::size_t end);

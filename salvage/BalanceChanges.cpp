@@ -22,35 +22,34 @@ std::size_t lineStart(std::string_view text, std::size_t at) {
 Balance Balancer::resultOf(const State& state) {
     Balance result;
     result.cost = state.cost;
-    std::size_t count = 0;
-    for (std::uint32_t edit = state.edits; edit != kNone; edit = edits_[edit].previous) {
-        ++count;
-    }
-    result.changes.reserve(count);
-    for (std::uint32_t edit = state.edits; edit != kNone; edit = edits_[edit].previous) {
+    result.roots = rootsOf(state);
+    nodes_ = {};
+    std::uint32_t edit = state.edits;
+    while (edit != kNone) {
         result.changes.push_back(changeOf(edits_[edit]));
+        edits_.shrinkTo(edit + 1);
+        edit = edits_[edit].previous;
     }
-    // Newest first: start tags that are put around others at one place come first that way.
-    std::stable_sort(result.changes.begin(), result.changes.end(), isBefore);
-    // End tags the other way round.
-    for (auto from = result.changes.begin(); from != result.changes.end();) {
-        const auto to = std::find_if(from, result.changes.end(),
-                                     [&](const Change& change) { return isBefore(*from, change); });
-        if (rankOf(from->kind) == 1) {
-            std::reverse(from, to);
-        }
-        from = to;
+    std::reverse(result.changes.begin(), result.changes.end());
+    // A sort takes memory for half of them.
+    if (!std::is_sorted(result.changes.begin(), result.changes.end(), isBefore)) {
+        std::stable_sort(result.changes.begin(), result.changes.end(), isBefore);
     }
-    std::uint32_t end = static_cast<std::uint32_t>(tokens_.size());
+    return result;
+}
+
+std::vector<RootElement> Balancer::rootsOf(const State& state) const {
+    std::vector<RootElement> roots;
+    auto end = static_cast<std::uint32_t>(tokens_.size());
     for (NodeId node = state.top; node != state.frame; node = nodes_[node].previous) {
         const Node& item = nodes_[node];
         if (item.kind != NodeKind::text) {
-            result.roots.push_back({item.name, item.token, end});
+            roots.push_back({item.name, item.token, end});
         }
         end = item.token;
     }
-    std::reverse(result.roots.begin(), result.roots.end());
-    return result;
+    std::reverse(roots.begin(), roots.end());
+    return roots;
 }
 
 Change Balancer::changeOf(const Edit& edit) const {
@@ -98,7 +97,7 @@ void Balancer::placeEndTag(const Edit& edit, Change& change) const {
         text_.substr(start.end, std::max(before->end, start.end) - start.end);
     // One line break tells; where there is none, the search must not be long.
     const bool isOnOneLine = between.substr(0, 4096).find('\n') == std::string_view::npos;
-    change.indent = isBesideStart || isOnOneLine ? Token::kNoIndent : start.indent;
+    change.isOnOwnLine = !isBesideStart && !isOnOneLine && start.indent >= 0;
 }
 
 void Balancer::placeStartTag(const Edit& edit, Change& change) const {
@@ -109,14 +108,14 @@ void Balancer::placeStartTag(const Edit& edit, Change& change) const {
     const Token& child = tokens_[edit.token];
     change.offset = child.offset;
     if (edit.other >= tokens_.size()) {
-        change.other = child.offset;
+        change.other = static_cast<std::uint32_t>(text_.size());
         return;
     }
     const Token& end = tokens_[edit.other];
     change.other = end.offset;
     if (child.indent >= 0 && end.indent >= 0 && edit.token != edit.other) {
         change.offset = static_cast<std::uint32_t>(lineStart(text_, child.offset));
-        change.indent = end.indent;
+        change.isOnOwnLine = true;
     }
 }
 

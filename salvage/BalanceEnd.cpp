@@ -49,7 +49,7 @@ void Balancer::closeOneAtEnd(State& state) {
     }
     note(state, ChangeKind::closeAtEnd, end, frame.name, frame.token);
     state.cost += weights_.closeAtEnd;
-    closeFrame(state, frame.name, NodeKind::element);
+    closeFrame(state, frame.name);
 }
 
 // What is left of a file whose root element's start was lost is put into one.

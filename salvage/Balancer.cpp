@@ -1,10 +1,6 @@
 #include "salvage/Balancer.h"
 
 #include <algorithm>
-#include <cmath>
-
-#include "salvage/NameDistance.h"
-#include "xml/text/XMLCharacters.h"
 
 namespace vornic::salvage {
 
@@ -12,15 +8,7 @@ namespace {
 
 constexpr std::size_t kMostStates = 24;
 constexpr float kMargin = 14;
-// How many children are looked at for the place of a lost tag, and how many places are tried.
-constexpr std::size_t kLookBack = 1024;
-constexpr std::size_t kShortLookBack = 8;
-constexpr std::size_t kMostPlaces = 3;
-constexpr float kPlaceMargin = 3;
-constexpr int kMostLevels = 24;
-constexpr float kSteps = 16;
 constexpr float kDocumentStart = 1.5F;
-constexpr float kOdd = 0.8F;
 
 }  // namespace
 
@@ -28,7 +16,7 @@ Balancer::Balancer(std::string_view text, const std::vector<Token>& tokens, Gram
                    const NameTable& names, const Weights& weights)
     : text_(text), tokens_(tokens), grammar_(grammar), names_(names), weights_(weights) {
     Node document;
-    document.kind = NodeKind::open;
+    document.kind = NodeKind::element;
     document.name = NameTable::kDocument;
     document.token = kNone;
     State start;
@@ -127,7 +115,7 @@ void Balancer::takeStart(State& state, std::uint32_t token) {
     node.name = tag.name;
     node.cost = sixteenths(cost);
     const bool isEmpty = tag.kind == TokenKind::empty;
-    node.kind = isEmpty ? NodeKind::element : NodeKind::open;
+    node.kind = NodeKind::element;
     state.cost += cost;
     state.top = add(node);
     state.last = isEmpty ? Sibling{tag.name, tag.indent} : Sibling();
@@ -151,15 +139,17 @@ void Balancer::takeText(State& state, std::uint32_t token) {
 }
 
 // The element around the frame goes on behind it.
-void Balancer::closeFrame(State& state, NameId name, NodeKind kind) {
-    const Node frame = nodes_[state.frame];
+void Balancer::closeFrame(State& state, NameId name) {
+    const Node& frame = nodes_[state.frame];
     state.open -= hashOf(frame.token, frame.name);
-    Node element = frame;
-    element.name = name;
-    element.kind = kind;
-    state.top = add(element);
+    state.top = state.frame;
     state.frame = frame.around;
-    state.last = siblingOf(element);
+    state.last = {name, tokens_[frame.token].indent};
+    if (name != frame.name) {
+        Node renamed = frame;
+        renamed.name = name;
+        state.top = add(renamed);
+    }
 }
 
 void Balancer::pushItem(State& state, const Node& item) {
@@ -227,7 +217,7 @@ void Balancer::takeEnd(const State& state, std::uint32_t token, int depth) {
         const float odd = grammar_.costOfEnd(frame.name, state.last.name) +
                           grammar_.costOfEndIndent(indentOf(frame), tag.indent);
         State closed = state;
-        closeFrame(closed, frame.name, NodeKind::element);
+        closeFrame(closed, frame.name);
         closed.cost += odd;
         next_.push_back(closed);
         if (odd < weights_.doubt || depth > 0) {
@@ -248,286 +238,6 @@ void Balancer::takeEnd(const State& state, std::uint32_t token, int depth) {
             tryRename(state, token);
         }
     }
-}
-
-std::vector<Balancer::Item> Balancer::itemsOf(const State& state) {
-    const std::size_t most =
-        lookedBack_ < 16 * tokens_.size() + 100000 ? kLookBack : kShortLookBack;
-    std::vector<Item> items;
-    for (NodeId node = state.top; node != state.frame && items.size() < most;
-         node = nodes_[node].previous) {
-        items.push_back({node, Sibling()});
-    }
-    lookedBack_ += items.size();
-    std::reverse(items.begin(), items.end());
-    Sibling previous;
-    for (Item& item : items) {
-        item.previous = previous;
-        if (nodes_[item.node].kind != NodeKind::text) {
-            previous = siblingOf(nodes_[item.node]);
-        }
-    }
-    return items;
-}
-
-namespace {
-
-void keepCheapest(auto& places) {
-    std::stable_sort(places.begin(), places.end(),
-                     [](const auto& left, const auto& right) { return left.cost < right.cost; });
-    while (places.size() > kMostPlaces ||
-           (places.size() > 1 && places.back().cost > places.front().cost + kPlaceMargin)) {
-        places.pop_back();
-    }
-}
-
-}  // namespace
-
-// What a child of the frame would cost behind it. The element around may have lost its end as well.
-float Balancer::costOutside(const Node& frame, Sibling previous, const Node& item) {
-    const Node& parent = nodes_[frame.around];
-    const float cost = costIn(parent.name, indentOf(parent), previous, item);
-    if (cost < kOdd || parent.around == kNone) {
-        return cost;
-    }
-    const Node& next = nodes_[parent.around];
-    return std::min(cost, costIn(next.name, indentOf(next), siblingOf(parent), item) + kOdd);
-}
-
-// In front of which children the frame may have ended. The cost is what all of its children cost
-// then; later places come first where the costs are equal.
-std::vector<Balancer::Place> Balancer::endPlaces(const State& state,
-                                                 const std::vector<Item>& items) {
-    const Node& frame = nodes_[state.frame];
-    std::vector<Place> places;
-    float inside = 0;
-    for (const Item& item : items) {
-        inside += static_cast<float>(nodes_[item.node].cost) / kSteps;
-    }
-    float outside = 0;
-    NameId last = state.last.name;
-    for (std::size_t index = items.size();; --index) {
-        float cost = inside + outside + grammar_.costOfEnd(frame.name, last);
-        if (index < items.size()) {
-            const Item& first = items[index];
-            const Node& node = nodes_[first.node];
-            cost += costOutside(frame, siblingOf(frame), node) -
-                    costOutside(frame, first.previous, node);
-        }
-        places.push_back({index, cost});
-        if (index == 0) {
-            break;
-        }
-        const Item& item = items[index - 1];
-        const Node& node = nodes_[item.node];
-        inside -= static_cast<float>(node.cost) / kSteps;
-        outside += costOutside(frame, item.previous, node);
-        last = item.previous.name;
-    }
-    keepCheapest(places);
-    return places;
-}
-
-Balancer::State Balancer::withEndAt(const State& state, const std::vector<Item>& items,
-                                    std::size_t index, std::uint32_t token) {
-    const Node frame = nodes_[state.frame];
-    State changed = state;
-    const NameId last = (index < items.size() ? items[index].previous : state.last).name;
-    for (std::size_t i = index; i < items.size(); ++i) {
-        changed.cost -= static_cast<float>(nodes_[items[i].node].cost) / kSteps;
-    }
-    changed.cost += grammar_.costOfEnd(frame.name, last);
-    note(changed, ChangeKind::insertEndTag,
-         index < items.size() ? nodes_[items[index].node].token : token, frame.name, frame.token);
-    closeFrame(changed, frame.name, NodeKind::element);
-    for (std::size_t i = index; i < items.size(); ++i) {
-        pushItem(changed, Node(nodes_[items[i].node]));
-    }
-    return changed;
-}
-
-void Balancer::tryInsertEnd(const State& state, std::uint32_t token, int depth) {
-    if (depth >= kMostLevels || !isOpen(state, tokens_[token].name)) {
-        return;
-    }
-    const NameId name = nodes_[state.frame].name;
-    const std::vector<Item> items = itemsOf(state);
-    std::vector<Place> places = endPlaces(state, items);
-    if (depth >= 2) {
-        places.resize(1);
-    }
-    const float cost = balanced(weights_.insertEnd, grammar_.surplus(name), 1);
-    for (const Place& place : places) {
-        State changed = withEndAt(state, items, place.index, token);
-        changed.cost += cost;
-        takeEnd(changed, token, depth + 1);
-    }
-}
-
-// From which child on the frame's children may be those of an element whose start tag is lost.
-std::vector<Balancer::Place> Balancer::startPlaces(const State& state,
-                                                   const std::vector<Item>& items,
-                                                   std::uint32_t token) {
-    const Token& tag = tokens_[token];
-    const Node& frame = nodes_[state.frame];
-    std::vector<Place> places;
-    float before = 0;
-    for (const Item& item : items) {
-        before += static_cast<float>(nodes_[item.node].cost) / kSteps;
-    }
-    float inside = grammar_.costOfEnd(tag.name, state.last.name);
-    for (std::size_t index = items.size();; --index) {
-        const Sibling previous = index < items.size() ? items[index].previous : state.last;
-        float cost = before + inside + grammar_.costOfChild(frame.name, previous.name, tag.name);
-        if (index == items.size()) {
-            cost += 0.3F + grammar_.costOfEnd(tag.name, NameTable::kStart) -
-                    grammar_.costOfEnd(tag.name, state.last.name);
-        } else {
-            const Node& node = nodes_[items[index].node];
-            cost += costIn(tag.name, tag.indent, Sibling(), node) -
-                    costIn(tag.name, tag.indent, previous, node);
-        }
-        places.push_back({index, cost});
-        if (index == 0) {
-            break;
-        }
-        const Item& item = items[index - 1];
-        const Node& node = nodes_[item.node];
-        before -= static_cast<float>(node.cost) / kSteps;
-        inside += costIn(tag.name, tag.indent, item.previous, node);
-    }
-    keepCheapest(places);
-    return places;
-}
-
-Balancer::State Balancer::withStartAt(const State& state, const std::vector<Item>& items,
-                                      std::size_t index, std::uint32_t token) {
-    const Token& tag = tokens_[token];
-    const Node& frame = nodes_[state.frame];
-    State changed = state;
-    Sibling last;
-    for (std::size_t i = index; i < items.size(); ++i) {
-        const Node& node = nodes_[items[i].node];
-        changed.cost +=
-            costIn(tag.name, tag.indent, last, node) - static_cast<float>(node.cost) / kSteps;
-        last = node.kind == NodeKind::text ? last : siblingOf(node);
-    }
-    const Sibling previous = index < items.size() ? items[index].previous : state.last;
-    const float cost = grammar_.costOfChild(frame.name, previous.name, tag.name) +
-                       grammar_.costOfIndent(indentOf(frame), previous.indent, tag.indent);
-    changed.cost += cost + grammar_.costOfEnd(tag.name, last.name);
-    Node element;
-    element.kind = NodeKind::insertedElement;
-    element.name = tag.name;
-    element.previous = index < items.size() ? nodes_[items[index].node].previous : state.top;
-    element.around = state.frame;
-    element.token = index < items.size() ? nodes_[items[index].node].token : token;
-    element.cost = sixteenths(cost);
-    note(changed, ChangeKind::insertStartTag, element.token, tag.name, token);
-    changed.top = add(element);
-    changed.last = {tag.name, tag.indent};
-    return changed;
-}
-
-void Balancer::tryInsertStart(const State& state, std::uint32_t token) {
-    const NameId name = tokens_[token].name;
-    if (name == NameTable::kNameless || name == NameTable::kOther) {
-        return;
-    }
-    const std::vector<Item> items = itemsOf(state);
-    float cost = balanced(weights_.insertStart, grammar_.surplus(name), -1);
-    if (!grammar_.isKnown(name) && grammar_.starts(name) == 0) {
-        cost += weights_.balance * 1.5F;
-    }
-    for (const Place& place : startPlaces(state, items, token)) {
-        State changed = withStartAt(state, items, place.index, token);
-        changed.cost += cost;
-        next_.push_back(changed);
-    }
-}
-
-void Balancer::tryRemoveEnd(const State& state, std::uint32_t token) {
-    const NameId name = tokens_[token].name;
-    State changed = state;
-    changed.cost += balanced(weights_.removeEnd, grammar_.surplus(name), -1);
-    const Edit* const last = state.edits == kNone ? nullptr : &edits_[state.edits];
-    if (isTwice(token)) {
-        changed.cost -= weights_.twice;
-    } else if (last != nullptr && last->kind == ChangeKind::insertEndTag && last->name == name &&
-               last->token + 1 == token) {
-        changed.cost -= weights_.crossed;
-    }
-    note(changed, ChangeKind::removeEndTag, token, name);
-    next_.push_back(changed);
-}
-
-// One of the two names is a misspelt other.
-void Balancer::tryRename(const State& state, std::uint32_t token) {
-    const Token& tag = tokens_[token];
-    const Node& frame = nodes_[state.frame];
-    const bool isEndOdd = !grammar_.isKnown(tag.name) &&
-                          (grammar_.starts(tag.name) == 0 || tag.name == NameTable::kNameless);
-    const bool isStartOdd = !grammar_.isKnown(frame.name) && grammar_.starts(frame.name) <= 1 &&
-                            grammar_.surplus(frame.name) > 0;
-    const float far = nameDistance(names_.textOf(tag.name), names_.textOf(frame.name));
-    float cost = weights_.rename + 4 * far;
-    cost += isEndOdd || isStartOdd ? -weights_.balance * 1.5F : weights_.balance;
-    if (!isEndOdd) {
-        cost += grammar_.surplus(tag.name) < 0 && grammar_.surplus(frame.name) > 0
-                    ? -weights_.balance * 0.5F
-                    : weights_.balance;
-    }
-    State changed = state;
-    const bool renamesStart = isStartOdd && !isEndOdd;
-    const NameId name = renamesStart ? tag.name : frame.name;
-    cost += grammar_.costOfEnd(name, state.last.name) +
-            grammar_.costOfEndIndent(indentOf(frame), tag.indent);
-    if (renamesStart) {
-        note(changed, ChangeKind::renameStartTag, frame.token, name);
-    } else {
-        note(changed, ChangeKind::renameEndTag, token, name);
-    }
-    changed.cost += cost;
-    closeFrame(changed, name, NodeKind::element);
-    next_.push_back(changed);
-}
-
-// A start tag that stands twice.
-void Balancer::tryRemoveStart(const State& state, std::uint32_t token, int depth) {
-    if (depth > 1) {
-        return;
-    }
-    if (const std::optional<State> changed = withoutStart(state, itemsOf(state))) {
-        takeEnd(*changed, token, depth + 1);
-    }
-}
-
-std::optional<Balancer::State> Balancer::withoutStart(const State& state,
-                                                      const std::vector<Item>& items) {
-    const Node frame = nodes_[state.frame];
-    if (frame.token == kNone || !isTwice(frame.token) ||
-        (!items.empty() && nodes_[items.front().node].previous != state.frame)) {
-        return std::nullopt;
-    }
-    State changed = state;
-    changed.cost += balanced(weights_.removeStart, grammar_.surplus(frame.name), 1) -
-                    weights_.twice - static_cast<float>(frame.cost) / kSteps;
-    note(changed, ChangeKind::removeStartTag, frame.token, frame.name);
-    changed.open -= hashOf(frame.token, frame.name);
-    changed.top = frame.previous;
-    changed.frame = frame.around;
-    changed.last = Sibling();
-    for (NodeId node = changed.top; node != changed.frame; node = nodes_[node].previous) {
-        if (nodes_[node].kind != NodeKind::text) {
-            changed.last = siblingOf(nodes_[node]);
-            break;
-        }
-    }
-    for (const Item& item : items) {
-        changed.cost -= static_cast<float>(nodes_[item.node].cost) / kSteps;
-        pushItem(changed, Node(nodes_[item.node]));
-    }
-    return changed;
 }
 
 void Balancer::keepBest() {
@@ -566,9 +276,9 @@ void Balancer::takeEndPoorly(State& state, std::uint32_t token) {
         const Node& frame = nodes_[state.frame];
         note(state, ChangeKind::insertEndTag, token, frame.name, frame.token);
         state.cost += weights_.insertEnd;
-        closeFrame(state, frame.name, NodeKind::element);
+        closeFrame(state, frame.name);
     }
-    closeFrame(state, name, NodeKind::element);
+    closeFrame(state, name);
 }
 
 }  // namespace vornic::salvage

@@ -44,7 +44,7 @@ struct RootElement {
 
 struct Balance {
     /// By offset; made at one offset in their order.
-    std::vector<Change> changes;
+    Changes changes;
     std::vector<RootElement> roots;
     /// What the changes cost, and what is odd about the result.
     float cost = 0;
@@ -69,10 +69,15 @@ class Balancer {
   private:
     using NodeId = std::uint32_t;
     static constexpr std::uint32_t kNone = 0xFFFFFFFF;
+    // How many open elements are looked through for the one that an end tag closes.
+    static constexpr int kMostLevels = 24;
+    // The parts of a cost that a node keeps.
+    static constexpr float kSteps = 16;
 
-    enum class NodeKind : std::uint8_t { open, element, insertedElement, text };
+    enum class NodeKind : std::uint8_t { element, insertedElement, text };
 
-    // A completed child, or the beginning of an element that is open. Never changes.
+    // A child that is complete, or an element that is open, which becomes a child of the one
+    // around it as it is. Never changes.
     struct Node {
         NodeId previous = kNone;
         // The beginning of the element around it.
@@ -129,7 +134,7 @@ class Balancer {
     void takeStart(State& state, std::uint32_t token);
     void takeText(State& state, std::uint32_t token);
     void takeEnd(const State& state, std::uint32_t token, int depth);
-    void closeFrame(State& state, NameId name, NodeKind kind);
+    void closeFrame(State& state, NameId name);
     void pushItem(State& state, const Node& item);
 
     void tryInsertEnd(const State& state, std::uint32_t token, int depth);
@@ -149,6 +154,7 @@ class Balancer {
     [[nodiscard]] std::vector<Place> endPlaces(const State& state, const std::vector<Item>& items);
     [[nodiscard]] std::vector<Place> startPlaces(const State& state, const std::vector<Item>& items,
                                                  std::uint32_t token);
+    [[nodiscard]] bool mayStartInDocument(const std::vector<Item>& items, std::size_t index) const;
     [[nodiscard]] bool isOpen(const State& state, NameId name) const;
     [[nodiscard]] float balanced(float cost, int surplus, int wanted) const;
     [[nodiscard]] std::optional<State> withoutStart(const State& state,
@@ -163,7 +169,9 @@ class Balancer {
     void closeAll(State& state);
     void closeOneAtEnd(State& state);
     void addMissingRoot(State& state);
+    // Gives up what was built.
     [[nodiscard]] Balance resultOf(const State& state);
+    [[nodiscard]] std::vector<RootElement> rootsOf(const State& state) const;
     [[nodiscard]] Change changeOf(const Edit& edit) const;
     void placeEndTag(const Edit& edit, Change& change) const;
     void placeStartTag(const Edit& edit, Change& change) const;

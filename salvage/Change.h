@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "formats/Blocks.h"
 #include "salvage/Token.h"
 
 namespace vornic::salvage {
@@ -41,20 +42,24 @@ enum class ChangeKind : std::uint8_t {
     closeAtEnd,
 };
 
-/// One change of the text. Changes at one offset are made in the order in which they stand.
+/// One change of the text. Small, since a text may have as many faults as tags.
 struct Change {
     std::uint32_t offset = 0;
     /// Bytes that are taken out.
     std::uint32_t length = 0;
+    /// For an inserted tag: where the other tag of its element is; for an attribute: where the
+    /// other one is.
+    std::uint32_t other = 0;
     /// The element concerned: the new name for renamed ones.
     NameId name = 0;
-    /// The columns that an inserted tag is indented by on a line of its own, or `Token::kNoIndent`
-    /// where it stands in a line with others.
-    std::int16_t indent = Token::kNoIndent;
     ChangeKind kind = ChangeKind::closeTag;
-    /// For an inserted end tag: where its start tag is; for an attribute: where the other one is.
-    std::uint32_t other = 0;
+    /// Whether an inserted tag gets a line of its own, with the indentation of the other one.
+    bool isOnOwnLine = false;
 };
+static_assert(sizeof(Change) == 16);
+
+/// Changes in the order of the text.
+using Changes = Blocks<Change>;
 
 /// The order of changes at one offset: what makes the piece whole that ends there, end tags, start
 /// tags, what is done to the piece that begins there.
@@ -79,10 +84,17 @@ struct Change {
     }
 }
 
-/// The order in which changes are made.
+/// The order in which changes are made. Of the tags that are put at one place, the ends of inner
+/// elements come first, and the starts of outer ones: those whose other tag is further down.
 [[nodiscard]] constexpr bool isBefore(const Change& left, const Change& right) {
-    return left.offset != right.offset ? left.offset < right.offset
-                                       : rankOf(left.kind) < rankOf(right.kind);
+    if (left.offset != right.offset) {
+        return left.offset < right.offset;
+    }
+    const int rank = rankOf(left.kind);
+    if (rank != rankOf(right.kind)) {
+        return rank < rankOf(right.kind);
+    }
+    return (rank == 1 || rank == 2) && left.other > right.other;
 }
 
 }  // namespace vornic::salvage

@@ -12,7 +12,11 @@ namespace {
 class CopyWriter {
   public:
     CopyWriter(std::string_view text, const Structure& structure, const CopyRange& range)
-        : text_(text), names_(structure.names), end_(range.end), at_(range.offset) {
+        : text_(text),
+          names_(structure.names),
+          comments_(structure.changes[2]),
+          end_(range.end),
+          at_(range.offset) {
         const std::size_t line = text.find('\n');
         newLine_ =
             line != std::string_view::npos && line > 0 && text[line - 1] == '\r' ? "\r\n" : "\n";
@@ -20,7 +24,7 @@ class CopyWriter {
     }
 
     void apply(const Change& change, ChangeSink& sink) {
-        if (change.offset < at_ || isOfRemovedTag(change)) {
+        if (change.offset < at_ || isOfRemovedTag(change) || isOfComment(change)) {
             return;
         }
         out_.append(text_.substr(at_, change.offset - at_));
@@ -30,6 +34,9 @@ class CopyWriter {
         sink.made(change, offset);
         if (change.kind == ChangeKind::removeEndTag || change.kind == ChangeKind::removeStartTag) {
             removedEnd_ = at_;
+        }
+        if (change.kind == ChangeKind::commentText) {
+            commentEnd_ = at_;
         }
     }
 
@@ -45,6 +52,27 @@ class CopyWriter {
     [[nodiscard]] bool isOfRemovedTag(const Change& change) const {
         return change.kind == ChangeKind::closeTag && change.offset == removedEnd_ &&
                removedEnd_ != 0;
+    }
+
+    // What made elements whole that have become a comment.
+    [[nodiscard]] bool isOfComment(const Change& change) const {
+        const bool isEndTag =
+            change.kind == ChangeKind::insertEndTag || change.kind == ChangeKind::closeAtEnd;
+        return isEndTag
+                   ? isInComment(change.other)
+                   : change.offset == commentEnd_ && commentEnd_ != 0 && rankOf(change.kind) == 0;
+    }
+
+    // Comments are among what is between documents.
+    [[nodiscard]] bool isInComment(std::size_t offset) const {
+        auto next = std::upper_bound(
+            comments_.begin(), comments_.end(), offset,
+            [](std::size_t value, const Change& change) { return value < change.offset; });
+        if (next == comments_.begin()) {
+            return false;
+        }
+        --next;
+        return next->kind == ChangeKind::commentText && offset < next->offset + next->length;
     }
 
     void write(const Change& change) {
@@ -98,7 +126,7 @@ class CopyWriter {
     }
 
     void writeEndTag(const Change& change) {
-        if (change.indent >= 0) {
+        if (change.isOnOwnLine) {
             out_ += newLine_;
             out_ += blanksBefore(change.other);
         }
@@ -108,13 +136,13 @@ class CopyWriter {
     }
 
     void writeStartTag(const Change& change) {
-        if (change.indent >= 0) {
+        if (change.isOnOwnLine) {
             out_ += blanksBefore(change.other);
         }
         out_ += '<';
         out_ += names_.textOf(change.name);
         out_ += '>';
-        if (change.indent >= 0) {
+        if (change.isOnOwnLine) {
             out_ += newLine_;
         }
     }
@@ -143,10 +171,12 @@ class CopyWriter {
 
     std::string_view text_;
     const NameTable& names_;
+    const Changes& comments_;
     std::string_view newLine_;
     std::size_t end_;
     std::size_t at_;
     std::size_t removedEnd_ = 0;
+    std::size_t commentEnd_ = 0;
     std::string out_;
 };
 
@@ -156,10 +186,8 @@ std::string makeCopy(std::string_view text, const Structure& structure, const Co
                      ChangeSink& sink) {
     CopyWriter writer(text, structure, range);
     const bool isLast = range.end == text.size();
-    auto change = std::lower_bound(
-        structure.changes.begin(), structure.changes.end(), range.offset,
-        [](const Change& left, std::size_t offset) { return left.offset < offset; });
-    for (; change != structure.changes.end(); ++change) {
+    MergedChanges changes(structure.changes, range.offset);
+    while (const Change* const change = changes.next()) {
         if (change->offset > range.end ||
             (!isLast && change->offset == range.end && change->kind != ChangeKind::insertEndTag)) {
             break;

@@ -19,7 +19,8 @@ struct Salvage {
     /// Every guess, with its place in the file (bytes, line, column) and in its copy, whose element
     /// path and name it has. `path` is left empty.
     Report report;
-    /// Why there is no copy of a file that is not sound, as a sentence; "" otherwise.
+    /// Why there is no copy of a file that is not sound, as a sentence; "" otherwise. Then there
+    /// are no findings.
     std::string refusal;
     /// True for a file that is well-formed: there is nothing to salvage.
     bool isSound = false;

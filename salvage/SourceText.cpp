@@ -53,6 +53,40 @@ bool saysUTF8(const std::string& bytes) {
            declaration.find("ascii", encoding) != std::string::npos;
 }
 
+// Whether the bytes name an encoding that nobody knows, which may itself be damaged.
+bool namesUnknownEncoding(const std::string& bytes) {
+    constexpr std::size_t kHead = 200;
+    const std::string head = bytes.substr(0, std::min(bytes.find("?>"), kHead));
+    TextDecoding how;
+    ErrorSlot error;
+    return head.starts_with("<?xml") && !decodeXMLText(head, how, error) && error &&
+           error->code == static_cast<int>(XMLErrorCode::unknownEncoding);
+}
+
+// Half of a character beyond the first 65,536 is none; it becomes one that XML forbids.
+void clearLoneSurrogates(std::string& bytes) {
+    const std::size_t high = bytes.starts_with("\xFE") ? 0 : 1;
+    const auto kindOf = [&](std::size_t at) {
+        const auto lead = at + 1 < bytes.size() ? static_cast<unsigned char>(bytes[at + high]) : 0U;
+        return lead & 0xFCU;
+    };
+    for (std::size_t at = 2; at + 1 < bytes.size(); at += 2) {
+        const bool isFirst = kindOf(at) == 0xD8;
+        if (isFirst && kindOf(at + 2) == 0xDC) {
+            at += 2;
+        } else if (isFirst || kindOf(at) == 0xDC) {
+            bytes[at] = '\0';
+            bytes[at + 1] = '\0';
+        }
+    }
+}
+
+std::size_t characterCount(std::string_view text) {
+    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
+        return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80;
+    }));
+}
+
 std::size_t invalidRun(const std::string& bytes, std::size_t from) {
     const char* const end = bytes.data() + bytes.size();
     std::size_t at = from;
@@ -69,7 +103,17 @@ std::optional<SourceText> SourceText::of(std::string bytes, Findings& findings, 
     if (isUTF16(bytes) && bytes.size() % 2 != 0) {
         bytes.pop_back();  // half of a character, where the file was cut off
     }
-    if (!isUTF16(bytes) && saysUTF8(bytes) && firstInvalidUTF8(bytes)) {
+    if (isUTF16(bytes)) {
+        clearLoneSurrogates(bytes);
+    }
+    const bool isUnknown = namesUnknownEncoding(bytes);
+    if (isUnknown) {
+        const std::string_view name = declaredEncoding(bytes);
+        findings.add("salvage-encoding-unknown"_rule,
+                     {static_cast<std::size_t>(name.data() - bytes.data()), name.size()},
+                     {{"encoding", excerpt(name)}});
+    }
+    if (isUnknown || (!isUTF16(bytes) && saysUTF8(bytes) && firstInvalidUTF8(bytes))) {
         source.decodeLeniently(bytes, findings);
     } else {
         std::optional<DecodedText> decoded = decodeXMLText(std::move(bytes), error);
@@ -118,39 +162,32 @@ void SourceText::decodeLeniently(const std::string& bytes, Findings& findings) {
     }
 }
 
-// What was told of the whole text gets its place in the remaining one.
-void SourceText::moveBack(const std::vector<XMLEdit>& runs, Findings& findings) {
-    OffsetShifts toText;
-    std::ptrdiff_t removed = 0;
-    for (const XMLEdit& run : runs) {
-        removed += static_cast<std::ptrdiff_t>(run.length);
-        toText.add(run.offset + run.length, -removed);
-    }
-    for (Finding& finding : findings.kept()) {
-        finding.where.offset = toText.of(finding.where.offset);
-    }
-}
-
 void SourceText::dropForbidden(Findings& findings) {
     whole_ = std::move(text_);
     text_.clear();
     text_.reserve(whole_.size());
-    const char* const end = whole_.data() + whole_.size();
-    const ForbiddenCharacters characters(whole_);
-    moveBack(characters.runs(), findings);
-    std::size_t removed = 0;
-    for (const XMLEdit& run : characters.runs()) {
-        const std::size_t offset = run.offset - removed;
-        removed += run.length;
-        toWhole_.add(offset, static_cast<std::ptrdiff_t>(removed));
-        const char* const from = whole_.data() + run.offset;
-        const char* const to = std::min(from + run.length, end);
-        const auto count = static_cast<std::size_t>(std::count_if(from, to, [](char byte) {
-            return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80;
-        }));
-        findings.add("salvage-characters-dropped"_rule, {offset, 0}, {{"count", count}});
-    }
-    text_ = characters.remainingText();
+    // What was told of the whole text gets its place in the remaining one.
+    const std::size_t told = findings.kept().size();
+    std::size_t moved = 0;
+    const auto moveUpTo = [&](std::size_t end, std::size_t removed) {
+        for (; moved < told && findings.kept()[moved].where.offset < end; ++moved) {
+            Place& where = findings.kept()[moved].where;
+            where.offset = std::min(where.offset - removed, text_.size());
+        }
+    };
+    std::size_t at = 0;
+    ForbiddenCharacters::forEachRun(whole_, [&](TextSpan run) {
+        const std::size_t removed = at - text_.size();
+        text_.append(whole_, at, run.offset - at);
+        at = run.end();
+        moveUpTo(at, removed);
+        toWhole_.add(text_.size(), static_cast<std::ptrdiff_t>(at - text_.size()));
+        findings.add("salvage-characters-dropped"_rule, {text_.size(), 0},
+                     {{"count", characterCount(run.of(whole_))}});
+    });
+    const std::size_t removed = at - text_.size();
+    text_.append(whole_, at);
+    moveUpTo(whole_.size() + 1, removed);
 }
 
 void SourceText::place(Findings& findings) const {

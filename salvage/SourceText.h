@@ -4,12 +4,10 @@
 #include <cstddef>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "base/Error.h"
 #include "report/Findings.h"
 #include "salvage/OffsetShifts.h"
-#include "xml/reader/XMLReader.h"
 #include "xml/text/TextDecoding.h"
 
 namespace vornic::salvage {
@@ -35,7 +33,6 @@ class SourceText {
   private:
     void decodeLeniently(const std::string& bytes, Findings& findings);
     void dropForbidden(Findings& findings);
-    static void moveBack(const std::vector<XMLEdit>& runs, Findings& findings);
 
     // The file's characters, with those that XML forbids; empty where there are none of these.
     std::string whole_;

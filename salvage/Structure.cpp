@@ -201,7 +201,7 @@ class DocumentLevel {
         change.kind = kind;
         change.offset = offset;
         change.length = end - offset;
-        structure.changes.push_back(change);
+        structure.changes[2].push_back(change);
     }
 
     std::string_view text_;
@@ -210,18 +210,6 @@ class DocumentLevel {
     const Grammar& grammar_;
     std::uint32_t afterRoot_ = 0;
 };
-
-// Changes of pieces stand in front of those between pieces where both have one offset.
-std::vector<Change> merged(std::vector<Change> first, std::vector<Change> second) {
-    if (first.empty() || second.empty()) {
-        return first.empty() ? second : first;
-    }
-    std::vector<Change> all;
-    all.reserve(first.size() + second.size());
-    std::merge(first.begin(), first.end(), second.begin(), second.end(), std::back_inserter(all),
-               isBefore);
-    return all;
-}
 
 }  // namespace
 
@@ -259,11 +247,9 @@ Structure findStructure(std::string_view text, FileKind kind, const Weights& wei
         Balancer(text, tokens.list, grammar, structure.names, weights).run(tokens.isCut);
     structure.cost = balance.cost;
     structure.isCut = tokens.isCut;
-    std::stable_sort(tokens.changes.begin(), tokens.changes.end(), isBefore);
     DocumentLevel(text, tokens.list, balance, grammar).run(structure);
-    tokens.list = {};
-    structure.changes = merged(merged(std::move(tokens.changes), std::move(balance.changes)),
-                               std::move(structure.changes));
+    structure.changes[0] = std::move(tokens.changes);
+    structure.changes[1] = std::move(balance.changes);
     return structure;
 }
 

@@ -8,7 +8,7 @@
 #include "formats/FileKind.h"
 #include "formats/fcpxml/Version.h"
 #include "salvage/Balancer.h"
-#include "salvage/Change.h"
+#include "salvage/MergedChanges.h"
 #include "salvage/NameTable.h"
 
 namespace vornic::salvage {
@@ -25,8 +25,7 @@ struct Structure {
     /// What the file declares; the newest for XMEML and where that is lost.
     fcpxml::Version version;
     NameTable names;
-    /// In the order of the text.
-    std::vector<Change> changes;
+    ChangeLists changes;
     /// One for each root element, in the order of the text.
     std::vector<CopyRange> copies;
     /// Whether the text ends before its root element does.

@@ -201,7 +201,7 @@ bool TagReader::readAttribute() {
         keepAttribute(attribute);
         return true;
     }
-    if (isNextLessThan()) {
+    if (isNextLessThan() || !is(text_[at_ - 1], kSpace)) {
         return readJunk();
     }
     // An attribute without a value: a reader that mends takes it.
@@ -289,7 +289,7 @@ std::size_t TagReader::unclosedValueEnd(std::size_t from, std::size_t quoteEnd) 
     return from + (length == 0 || last == kNowhere ? 0 : last + 1);
 }
 
-// `name=value` and `name=value"`.
+// `name=value`, `name=value"` and `name=x"value"`.
 void TagReader::readBareValue(Attribute& attribute) {
     const std::size_t from = at_;
     const std::size_t stop = std::min(text_.find_first_of("\"'=<>", from), text_.size());
@@ -300,6 +300,15 @@ void TagReader::readBareValue(Attribute& attribute) {
         // Told by the quote that closes it.
         changes_.back().name = text_[stop] == '"' ? 0 : 1;
         at_ = stop + 1;
+        return;
+    }
+    const bool isQuote = stop < text_.size() && (text_[stop] == '"' || text_[stop] == '\'');
+    if (isQuote && std::none_of(text_.begin() + static_cast<std::ptrdiff_t>(from),
+                                text_.begin() + static_cast<std::ptrdiff_t>(stop),
+                                [](char c) { return is(c, kSpace); })) {
+        add(ChangeKind::removeJunk, from, stop - from);
+        at_ = stop;
+        readQuotedValue(attribute);
         return;
     }
     while (!isAtEnd() && !is(here(), kSpace) && here() != '>' && here() != '<' &&

@@ -18,8 +18,7 @@ namespace vornic::salvage {
 /// are added to a list.
 class TagReader {
   public:
-    TagReader(std::string_view text, NameTable& names, const ValueJudge& judge,
-              std::vector<Change>& changes)
+    TagReader(std::string_view text, NameTable& names, const ValueJudge& judge, Changes& changes)
         : text_(text), names_(names), judge_(judge), changes_(changes) {}
 
     /// @param at the `<` of a start tag, whose name follows.
@@ -62,7 +61,7 @@ class TagReader {
     std::string_view text_;
     NameTable& names_;
     const ValueJudge& judge_;
-    std::vector<Change>& changes_;
+    Changes& changes_;
     std::size_t at_ = 0;
     // Behind the last part of the tag that belongs to it.
     std::size_t partEnd_ = 0;

@@ -89,8 +89,8 @@ class Tokenizer {
         if (c == '!') {
             return readDeclaration();
         }
-        if (startsHere("<DOCTYPE")) {
-            return dropDocumentType();
+        if (startsHere("<DOCTYPE") || startsHere("<xml ")) {
+            return dropDeclaration();
         }
         if (xmlchars::nameLength(text_.data() + next, text_.data() + text_.size()) == 0) {
             return false;
@@ -103,15 +103,27 @@ class Tokenizer {
             dropCut(token.offset);
             return true;
         }
+        sortChangesFrom(token.offset);
         token.indent = indentOf(token.offset);
         push(token);
         return true;
     }
 
+    // What makes a tag whole is not found in the order of the text.
+    void sortChangesFrom(std::size_t offset) {
+        auto from = tokens_.changes.end();
+        while (from != tokens_.changes.begin() && std::prev(from)->offset >= offset) {
+            --from;
+        }
+        if (!std::is_sorted(from, tokens_.changes.end(), isBefore)) {
+            std::stable_sort(from, tokens_.changes.end(), isBefore);
+        }
+    }
+
     // What began here was cut off with the text.
     void dropCut(std::size_t from) {
         tokens_.isCut = true;
-        std::vector<Change>& changes = tokens_.changes;
+        Changes& changes = tokens_.changes;
         while (!changes.empty() && changes.back().offset >= from) {
             changes.pop_back();
         }
@@ -159,8 +171,7 @@ class Tokenizer {
             return false;
         }
         if (end != kNowhere && (end < markup || newLine_.from(at_ + 2) > end)) {
-            pushOther(end + 2);
-            return true;
+            return pushReadable(end + 2);
         }
         const std::size_t greaterThan = greaterThan_.from(at_ + 2);
         if (markup == kNowhere && end == kNowhere && greaterThan == kNowhere) {
@@ -172,10 +183,32 @@ class Tokenizer {
         while (close > at_ && is(text_[close - 1], kSpace)) {
             --close;
         }
-        const bool hasMark = text_[close - 1] == '?';
-        add(ChangeKind::closeInstruction, close - (hasMark ? 1 : 0),
-            (hasMark ? 1 : 0) + (hasEnd ? 1 : 0));
-        pushOther(close + (hasEnd ? 1 : 0));
+        const std::size_t mark = text_[close - 1] == '?' ? 1 : 0;
+        const std::size_t behind = close + (hasEnd ? 1 : 0);
+        const std::string whole = std::string(text_.substr(at_, close - mark - at_)) + "?>";
+        if (!isReadable(whole)) {
+            return dropUnreadable(behind);
+        }
+        add(ChangeKind::closeInstruction, close - mark, behind - (close - mark));
+        pushOther(behind);
+        return true;
+    }
+
+    // A declaration that stays as it is, unless a reader would refuse the file for it.
+    bool pushReadable(std::size_t end) {
+        if (!isReadable(text_.substr(at_, end - at_))) {
+            return dropUnreadable(end);
+        }
+        pushOther(end);
+        return true;
+    }
+
+    // The XML declaration and the document type say nothing that is not known; what is meant for
+    // other programs stays as a comment.
+    bool dropUnreadable(std::size_t end) {
+        const bool isKnown = startsHere("<?xml") || startsHere("<!DOCTYPE");
+        add(isKnown ? ChangeKind::removeDeclaration : ChangeKind::commentText, at_, end - at_);
+        at_ = end;
         return true;
     }
 
@@ -205,8 +238,8 @@ class Tokenizer {
         return !readXML(std::string(declaration) + "<a/>", XMLMode::tolerant).fault;
     }
 
-    // A document type declaration without its exclamation mark would be an element.
-    bool dropDocumentType() {
+    // Without its mark a declaration would be an element.
+    bool dropDeclaration() {
         const std::size_t end = std::min(greaterThan_.from(at_), text_.size() - 1) + 1;
         add(ChangeKind::removeDeclaration, at_, end - at_);
         at_ = end;
@@ -261,24 +294,24 @@ class Tokenizer {
             return;
         }
         if (text_[markup] == '>') {
-            if (isReadable(text_.substr(at_, markup + 1 - at_))) {
-                pushOther(markup + 1);
-            } else {
-                static_cast<void>(dropDocumentType());
-            }
+            static_cast<void>(pushReadable(markup + 1));
             return;
         }
         if (text_[markup] == '[') {
             const std::size_t subset = text_.find("]", markup);
             const std::size_t end = subset == kNowhere ? kNowhere : text_.find('>', subset);
             if (end != kNowhere) {
-                pushOther(end + 1);
+                static_cast<void>(pushReadable(end + 1));
                 return;
             }
         }
         std::size_t close = markup;
         while (is(text_[close - 1], kSpace)) {
             --close;
+        }
+        if (!isReadable(std::string(text_.substr(at_, close - at_)) + ">")) {
+            static_cast<void>(dropUnreadable(close));
+            return;
         }
         add(ChangeKind::closeDocumentType, close);
         pushOther(close);

@@ -20,7 +20,7 @@ using ValueJudge = std::function<int(std::string_view element, std::string_view 
 struct Tokens {
     std::vector<Token> list;
     /// What makes each piece whole by itself, in the order of the text.
-    std::vector<Change> changes;
+    Changes changes;
     /// True when the text ends inside a tag, comment or the like.
     bool isCut = false;
 };

@@ -113,6 +113,9 @@ inline constexpr Rule kSalvageRules[] = {
     detail::guess("salvage-bytes-read-as-windows",
                   "bytes that are no UTF-8 stood here ({count}); they were read as Windows-1252",
                   "A single accented letter that an old program wrote."),
+    detail::guess("salvage-encoding-unknown",
+                  "the encoding {encoding} is none that is known; the file was read as UTF-8",
+                  "The XML declaration names no encoding of text, or its name is damaged."),
     detail::loss("salvage-reference-lost", "{what}",
                  "What the reference leads to is not in the copy. It was kept, so that it finds "
                  "its target once that is put back.",

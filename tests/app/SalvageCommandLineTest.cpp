@@ -11,6 +11,7 @@
 
 #include "tests/app/ProgramTest.h"
 #include "tests/support/machine/FileState.h"
+#include "tests/support/texts/JSONSchema.h"
 
 namespace vornic::test {
 
@@ -27,6 +28,15 @@ constexpr std::string_view kBroken =
 
 class SalvageCommandLineTest : public ProgramTest {
   protected:
+    // What a script gets, held against the schema.
+    nlohmann::json reportOn(const std::string& name) const {
+        nlohmann::json report =
+            nlohmann::json::parse(salvage({"--format", "json", "--", name}).output);
+        EXPECT_EQ(schemaFaults(report, nlohmann::json::parse(readBytes(
+                                           VORNIC_SOURCE "/resources/schema/report-1.json"))),
+                  std::vector<std::string>());
+        return report;
+    }
     ProgramResult salvage(std::vector<std::string> arguments) const {
         arguments.insert(arguments.begin(), "--salvage");
         return runProgram(files.repairer(std::move(arguments)));
@@ -97,13 +107,34 @@ TEST_F(SalvageCommandLineTest, writesSeveralCopiesIntoAFolder) {
 }
 
 TEST_F(SalvageCommandLineTest, tellsScriptsThePlacesInBothFiles) {
-    const ProgramResult result = salvage({"--format", "json", "Cut.xml"});
-    const nlohmann::json file = nlohmann::json::parse(result.output)["files"][0];
+    const nlohmann::json file = reportOn("Cut.xml")["files"][0];
     EXPECT_EQ(file["copies"], nlohmann::json({"Cut-salvaged.xml"}));
     EXPECT_EQ(file["rules"], nlohmann::json({{"salvage-end-tag-lost", 1}}));
     EXPECT_EQ(file["findings"][0]["offset"], kBroken.find("A\n") + 1);
     EXPECT_EQ(file["findings"][0]["copy"],
-              nlohmann::json({{"line", 3}, {"column", 12}, {"offset", kSound.find("</name>")}}));
+              nlohmann::json(
+                  {{"index", 0}, {"line", 3}, {"column", 12}, {"offset", kSound.find("</name>")}}));
+}
+
+TEST_F(SalvageCommandLineTest, tellsScriptsOfEveryKindOfFileByTheSchema) {
+    write("Sound.xml", kSound);
+    write("Letter.xml", "Dear Anna");
+    write("Odd\xFF.xml", std::string(kBroken) + "</x>\xFF" + std::string(30, '\0') + "&<a b='");
+    write("Tail.xml", std::string(kBroken).substr(0, 60));
+    EXPECT_EQ(reportOn("Sound.xml")["files"][0]["copies"], nlohmann::json::array());
+    EXPECT_EQ(reportOn("Letter.xml")["files"], nlohmann::json::array());
+    EXPECT_EQ(reportOn("Odd\xFF.xml")["files"][0]["copies"].size(), 1U);
+    EXPECT_EQ(reportOn("Tail.xml")["files"][0]["rules"]["salvage-cut-off"], 1);
+}
+
+TEST_F(SalvageCommandLineTest, tellsWhichOfSeveralCopiesAFindingIsAbout) {
+    write("Two.xml", std::string(kSound) + std::string(kBroken));
+    EXPECT_THAT(salvage({"Two.xml"}).output, HasSubstr("  in Two-salvaged 2.xml: 4,12\n"));
+    const nlohmann::json file = reportOn("Two.xml")["files"][0];
+    ASSERT_EQ(file["copies"], nlohmann::json({"Two-salvaged 3.xml", "Two-salvaged 4.xml"}));
+    for (const nlohmann::json& finding : file["findings"]) {
+        EXPECT_EQ(finding["copy"]["index"], 1);
+    }
 }
 
 TEST_F(SalvageCommandLineTest, refusesWrongUsage) {

@@ -92,6 +92,20 @@ std::vector<std::string_view> rulesOf(const Salvage& result) {
 
 }  // namespace
 
+// The copy would not load, or show other letters, if it named the encoding of the file.
+TEST(Salvage, declaresTheEncodingThatItsCopyHas) {
+    const std::string text =
+        with("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>" + std::string(kSound.substr(21)),
+             "Boat</name>", "B\xE9");
+    const Salvage result = salvage(text);
+    ASSERT_THAT(result.copies, SizeIs(1));
+    EXPECT_THAT(result.copies[0],
+                ::testing::StartsWith("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<xmeml"));
+    EXPECT_THAT(result.copies[0], HasSubstr("<name>B\u00E9</name>"));
+    const Finding& finding = result.report.findings.kept()[0];
+    EXPECT_EQ(result.copies[0].substr(finding.inCopy->offset, 7), "</name>");
+}
+
 TEST(Salvage, leavesASoundFileAlone) {
     const Salvage result = salvage(std::string(kSound));
     EXPECT_TRUE(result.isSound);
@@ -211,6 +225,41 @@ TEST(Salvage, putsASpineIntoASequenceThatWasCutOffInFrontOfIt) {
     EXPECT_EQ(result.report.findings.count("salvage-part-added"_rule), 1U);
 }
 
+TEST(Salvage, putsASequenceOfTheOnlyFormatIntoAProjectThatWasCutOffInFrontOfIt) {
+    const std::string text(kFCPXML);
+    const std::size_t cut = text.find("        <sequence");
+    EXPECT_THAT(copyOf(text.substr(0, cut)),
+                HasSubstr("<sequence format=\"r1\"><spine/></sequence></project>"));
+    const std::string two = with(kFCPXML, "    </resources>", "<format id=\"r3\"/></resources>");
+    EXPECT_THAT(copyOf(two.substr(0, two.find("        <sequence"))),
+                HasSubstr("<project name=\"Day 1\"></project>"));
+}
+
+TEST(Salvage, derivesNameLengthAndOutOfAClipItemFromItsFileAndItsPlace) {
+    const std::string text = with(kSound, "<name>Boat</name>",
+                                  "<file id=\"f1\"><name>Boat</name><duration>80</duration></file>"
+                                  "<end>9</end><in>3</in><ou");
+    const std::string copy = copyOf(text.substr(0, text.find("<ou") + 3));
+    EXPECT_THAT(copy, HasSubstr("<name>Boat</name><duration>80</duration></clipitem>"));
+    const std::string other =
+        with(kSound, "<start>9</start>", "<start>9</start><end>12</end><in>3</in><file id=\"f1\">");
+    EXPECT_THAT(copyOf(other.substr(0, other.find("<in>3</in>") + 11)),
+                HasSubstr("<out>6</out></clipitem>"));
+}
+
+TEST(Salvage, givesARateThatWasCutOffTheTimebaseAroundIt) {
+    const std::string text = with(kSound, "<start>9</start>", "<rate>");
+    EXPECT_THAT(copyOf(text.substr(0, text.rfind("<rate>") + 6)),
+                HasSubstr("<rate><timebase>25</timebase></rate>\n                    </clipitem>"));
+}
+
+TEST(Salvage, derivesTheLengthOfASequenceFromItsLastClipItem) {
+    const std::string text = with(with(kSound, "<start>0</start>", "<start>0</start><end>9</end>"),
+                                  "<start>9</start>", "<start>9</start><end>20</end>");
+    EXPECT_THAT(copyOf(text.substr(0, text.find("                </track>"))),
+                HasSubstr("<duration>20</duration></sequence>"));
+}
+
 TEST(Salvage, derivesTheRateAndTheEndOfAClipItemThatWasCutOff) {
     const Salvage result =
         salvage(with(kSound, "<start>9</start>", "<start>9</start><in>2</in><out>7</out><fi")
@@ -227,6 +276,36 @@ TEST(Salvage, tellsReferencesThatLostTheirTargetAndKeepsThem) {
     ASSERT_THAT(result.copies, SizeIs(1));
     EXPECT_THAT(result.copies[0], HasSubstr("<asset-clip ref=\"r2\" offset=\"9s\""));
     EXPECT_EQ(result.report.findings.count("salvage-reference-lost"_rule), 2U);
+}
+
+TEST(Salvage, tellsReferencesToAFileWhoseStartTagIsLost) {
+    const std::string text =
+        with(with(kSound, "<start>9</start>", "<file id=\"f1\"/>"), "<start>0</start>",
+             "<file id=\"f1\"><name>Boat</name>\n<pathurl>file:///Boat</pathurl></file>");
+    const Salvage result = salvage(with(text, "<file id=\"f1\"><name>", "<name>"));
+    ASSERT_THAT(result.copies, SizeIs(1));
+    EXPECT_THAT(result.copies[0], HasSubstr("<file id=\"f1\"/>"));
+    ASSERT_EQ(result.report.findings.count("salvage-reference-lost"_rule), 1U);
+    const Finding& finding = result.report.findings.kept().back();
+    EXPECT_EQ(result.copies[0].substr(finding.inCopy->offset, 6), "<file ");
+    EXPECT_EQ(finding.where.line, 19U);
+}
+
+TEST(Salvage, makesACopyWhateverIsWrongInFrontOfTheRoot) {
+    for (const std::string_view whole : {kSound, kFCPXML}) {
+        const std::size_t head = whole.find('>', whole.find("ml version=\"", 20)) + 1;
+        for (std::size_t at = 0; at < head; ++at) {
+            for (const char* const other : {"", "<", ">", "\"", "x", " ", "?", "--", "&"}) {
+                for (const std::size_t length : {0U, 1U, 5U}) {
+                    const std::string text = std::string(whole).replace(at, length, other);
+                    const Salvage result = salvage(text);
+                    EXPECT_EQ(result.refusal, "") << text.substr(0, head + 10);
+                    EXPECT_TRUE(result.isSound || !result.copies.empty())
+                        << text.substr(0, head + 10);
+                }
+            }
+        }
+    }
 }
 
 TEST(Salvage, makesACopyWhereverAFileIsCutOff) {

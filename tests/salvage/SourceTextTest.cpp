@@ -1,5 +1,6 @@
 #include <string>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "salvage/SourceText.h"
@@ -62,8 +63,32 @@ TEST(SourceText, readsUTF16ThatEndsInsideACharacter) {
     EXPECT_EQ(read.source->text(), "<a>");
 }
 
-TEST(SourceText, refusesAnEncodingThatNobodyKnows) {
-    EXPECT_FALSE(Read("<?xml version=\"1.0\" encoding=\"martian\"?><a/>").source);
+TEST(SourceText, readsAFileThatNamesAnUnknownEncodingAsUTF8) {
+    const Read read("<?xml version=\"1.0\" encoding=\"UFT-8\"?><a>\u00E9</a>");
+    ASSERT_TRUE(read.source);
+    EXPECT_THAT(read.source->text(), ::testing::EndsWith("<a>\u00E9</a>"));
+    ASSERT_EQ(read.findings.count("salvage-encoding-unknown"_rule), 1U);
+    EXPECT_EQ(read.findings.kept()[0].where.offset, 30U);
+    EXPECT_EQ(read.findings.kept()[0].where.length, 5U);
+}
+
+TEST(SourceText, dropsHalvesOfCharactersInUTF16) {
+    const Read read(std::string("\xFF\xFE<\0a\0\x3D\xD8\x00\xDE\x3D\xD8>\0\x00\xDE", 16));
+    ASSERT_TRUE(read.source);
+    EXPECT_EQ(read.source->text(), "<a\U0001F600>");
+    EXPECT_EQ(read.findings.count("salvage-characters-dropped"_rule), 2U);
+    EXPECT_EQ(read.findings.kept()[0].where.offset, 12U);
+}
+
+// Found by a fuzzer: runs of bytes that are no text between characters that XML forbids.
+TEST(SourceText, tellsPlacesWhereBytesAndCharactersAreDroppedSideBySide) {
+    const Read read(std::string("\0\xF7\xFF\xFF\xFF\xFF\x08\xFF\xFF\xFF\xFF\xFF\x08", 13));
+    ASSERT_TRUE(read.source);
+    EXPECT_EQ(read.source->text(), "");
+    EXPECT_EQ(read.findings.kept().size(), 3U);
+    for (const Finding& finding : read.findings.kept()) {
+        EXPECT_LE(finding.where.offset + finding.where.length, 13U);
+    }
 }
 
 }  // namespace vornic::salvage

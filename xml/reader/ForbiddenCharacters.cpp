@@ -84,6 +84,17 @@ std::size_t ForbiddenCharacters::runsIn(std::string_view text) {
     return runs;
 }
 
+void ForbiddenCharacters::forEachRun(std::string_view text,
+                                     const std::function<void(TextSpan run)>& tell) {
+    const char* const begin = text.data();
+    const char* const end = begin + text.size();
+    for (const char* at = findForbidden(begin, end); at != end; at = findForbidden(at, end)) {
+        const char* const run = at;
+        at = afterForbidden(at, end);
+        tell({static_cast<std::size_t>(run - begin), static_cast<std::size_t>(at - run)});
+    }
+}
+
 ForbiddenCharacters::ForbiddenCharacters(std::string_view text) {
     const char* const begin = text.data();
     const char* const end = begin + text.size();

@@ -2,6 +2,7 @@
 #define VORNIC_XML_READER_FORBIDDEN_CHARACTERS_H
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +18,8 @@ class ForbiddenCharacters {
     /// In how many runs of neighbouring characters the text holds characters that XML forbids.
     /// Quick. Malformed UTF-8 counts as allowed.
     [[nodiscard]] static std::size_t runsIn(std::string_view text);
+    /// Tells those runs one by one, in their order, for who keeps nothing of them.
+    static void forEachRun(std::string_view text, const std::function<void(TextSpan run)>& tell);
 
     /// @param text well-formed UTF-8.
     explicit ForbiddenCharacters(std::string_view text);
