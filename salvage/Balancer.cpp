@@ -206,7 +206,7 @@ bool Balancer::isTwice(std::uint32_t token) const {
 void Balancer::takeEnd(const State& state, std::uint32_t token, int depth) {
     const Token& tag = tokens_[token];
     const Node& frame = nodes_[state.frame];
-    if (answers_ > tokens_.size() / 32 + 300000) {
+    if (answers_ > tokens_.size() / 32 + 250000) {
         State poor = state;
         takeEndPoorly(poor, token);
         next_.push_back(poor);
@@ -247,7 +247,7 @@ void Balancer::keepBest() {
     }
     std::stable_sort(states_.begin(), states_.end(),
                      [](const State& left, const State& right) { return left.cost < right.cost; });
-    const std::size_t most = answers_ < 200000 ? kMostStates : answers_ < 300000 ? 4 : 1;
+    const std::size_t most = answers_ < 150000 ? kMostStates : answers_ < 250000 ? 4 : 1;
     std::size_t kept = 0;
     for (std::size_t i = 0; i < states_.size() && kept < most; ++i) {
         const State& state = states_[i];

@@ -71,13 +71,16 @@ bool CopyRun::run() {
         return false;
     }
     declareUTF8();
-    makeIndex();
+    if (!index_) {
+        makeIndex();
+    }
     if (isCutOff()) {
         completeAfterCut();
     }
     if (hasLost()) {
         tellLostReferences(origins);
     }
+    version_ = index_->version();
     placeInCopy();
     return true;
 }
@@ -86,7 +89,8 @@ bool CopyRun::run() {
 bool CopyRun::mendInsideOfLines(const CopyOrigins& origins) {
     const std::size_t firstOfReader = findings_.kept().size();
     ReaderMends mends(copy_, findings_);
-    const XMLReading reading = readXML(copy_, XMLMode::tolerant, nullptr, &mends);
+    ElementIndexBuilder builder(copy_);
+    const XMLReading reading = readXML(copy_, XMLMode::tolerant, &builder, &mends);
     if (reading.fault || mends.isTooMany()) {
         refusal_ = mends.isTooMany() ? std::string(kTooManyFaults)
                                      : "What is left of the file cannot be read. " +
@@ -98,7 +102,9 @@ bool CopyRun::mendInsideOfLines(const CopyOrigins& origins) {
     for (const XMLEdit& edit : mends.edits()) {
         mends_.add(edit.offset, edit.length, edit.replacement.size());
     }
-    if (!mends.edits().empty()) {
+    if (mends.edits().empty()) {
+        index_.emplace(std::move(builder).finish());
+    } else {
         copy_ = applyXMLEdits(copy_, mends.edits());
         moveInCopy(mends_.forth);
     }
@@ -115,6 +121,7 @@ void CopyRun::declareUTF8() {
     const auto offset = static_cast<std::size_t>(declared.data() - copy_.data());
     declaration_.add(offset, declared.size(), kUTF8.size());
     copy_.replace(offset, declared.size(), kUTF8);
+    index_.reset();
     moveInCopy(declaration_.forth);
 }
 
@@ -143,7 +150,6 @@ void CopyRun::makeIndex() {
     ElementIndexBuilder builder(copy_);
     static_cast<void>(readXML(copy_, XMLMode::strict, &builder));
     index_.emplace(std::move(builder).finish());
-    version_ = index_->version();
 }
 
 bool CopyRun::isCutOff() const {
