@@ -8,8 +8,10 @@
 
 namespace vornic {
 
-/// A line of a job's report, in the rule's words.
+/// A line of a job's report.
 struct ReportLine {
+    /// What it is about. The words are the rule's, but for a mend of markup, whose line has its
+    /// own.
     RuleId rule;
     /// Lives during the call only.
     std::string_view text;

@@ -78,8 +78,8 @@ void InPlaceChange::finish(bool isWanted, SwapObserver& observer) {
 }
 
 void InPlaceChange::takeNotes() {
-    for (std::string& note : copy_.takeNotes()) {
-        result_.notes.push_back(std::move(note));
+    for (const Note& note : copy_.takeNotes()) {
+        result_.notes.push_back(note.text());
     }
 }
 

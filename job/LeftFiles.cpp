@@ -1,6 +1,5 @@
 #include "job/LeftFiles.h"
 
-#include "base/FormatString.h"
 #include "base/PathText.h"
 #include "job/MoveToTrash.h"
 #include "platform/files/Rename.h"
@@ -28,31 +27,24 @@ std::string usersName(const std::string& name) {
 
 }  // namespace
 
-std::vector<std::string> clearLeftFiles(const std::string& folder) {
+std::vector<Note> clearLeftFiles(const std::string& folder) {
     platform::removeDeadTemporaries(folder);
-    std::vector<std::string> lines;
+    std::vector<Note> notes;
     for (const platform::LeftFile& left : platform::filesLeftAside(folder)) {
         const std::string name = usersName(left.original);
         const std::string file = platform::joinPath(folder, name);
         if (name == left.original && mayComeBack(left) &&
             platform::renameWithoutReplacing(left.path, file) == 0) {
-            lines.push_back(
-                formatString("An earlier change of the file %@ was interrupted. The "
-                             "file was brought back.",
-                             file));
+            notes.push_back({"repair-change-brought-back"_rule, {{"path", file}}});
             continue;
         }
         ErrorSlot ignored;
         const auto placed = moveToTrash(left.path, name, ignored);
-        lines.push_back(
-            placed ? formatString("An earlier change of the file %@ was interrupted. What it left "
-                                  "aside was moved to the Trash: %@",
-                                  file, *placed)
-                   : formatString("An earlier change of the file %@ was interrupted. What it left "
-                                  "aside is %@.",
-                                  file, left.path));
+        notes.push_back(
+            placed ? Note{"repair-change-in-trash"_rule, {{"path", file}, {"left", *placed}}}
+                   : Note{"repair-change-left-aside"_rule, {{"path", file}, {"left", left.path}}});
     }
-    return lines;
+    return notes;
 }
 
 }  // namespace vornic

@@ -7,7 +7,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "base/FormatString.h"
 #include "base/PathText.h"
 #include "foundation/log/QMLog.h"
 #include "job/CopyTurn.h"
@@ -67,8 +66,8 @@ bool WorkingCopy::sourceExists() const {
 }
 
 bool WorkingCopy::settleLeft() {
-    for (std::string& line : clearLeftFiles(platform::parentFolder(source_))) {
-        notes_.push_back(std::move(line));
+    for (Note& note : clearLeftFiles(platform::parentFolder(source_))) {
+        notes_.push_back(std::move(note));
     }
     const std::string aside = FileSwap::asidePath(source_);
     ErrorSlot error;
@@ -78,21 +77,15 @@ bool WorkingCopy::settleLeft() {
     }
     const int errorNumber = platform::renameWithoutReplacing(aside, source_);
     if (errorNumber == 0) {
-        notes_.push_back(formatString(
-            "An earlier repair of the file %@ was interrupted. The file was brought back.",
-            source_));
+        notes_.push_back({"repair-brought-back"_rule, {{"path", source_}}});
         return true;
     }
     const std::optional<std::string> placed =
         errorNumber == EEXIST ? moveToTrash(aside, platform::lastComponent(source_), error)
                               : std::nullopt;
-    notes_.push_back(
-        placed ? formatString("An earlier repair of the file %@ was interrupted. What it left "
-                              "aside was moved to the Trash: %@",
-                              source_, *placed)
-               : formatString("An earlier repair of the file %@ was interrupted. What it left "
-                              "aside is %@.",
-                              source_, aside));
+    notes_.push_back(placed
+                         ? Note{"repair-left-in-trash"_rule, {{"path", source_}, {"left", *placed}}}
+                         : Note{"repair-left-aside"_rule, {{"path", source_}, {"left", aside}}});
     return true;
 }
 
@@ -120,7 +113,8 @@ WorkingCopy::Clearing WorkingCopy::clearPath(ErrorSlot& error) {
 bool WorkingCopy::recycleLeft(const std::string& at, const std::string& name, ErrorSlot& error) {
     std::optional<std::string> placed = moveToTrash(at, name, error);
     if (placed) {
-        QMLog::appendLog("The file %@ was moved to the Trash: %@", path_, *placed);
+        QMLog::appendLog(
+            "%@", messageOf("repair-old-copy-in-trash"_rule, {{"copy", path_}, {"left", *placed}}));
         recycled_.push_back(std::move(*placed));
         return true;
     }
@@ -355,8 +349,7 @@ void WorkingCopy::remove(ErrorSlot& error) {
     if (removal == platform::Removal::failed) {
         failFile(error, path_, "removed", errorNumber);
     } else if (removal == platform::Removal::another) {
-        QMLog::appendLog("The temporary file %@ was replaced by another program and left there.",
-                         path_);
+        QMLog::appendLog("%@", messageOf("repair-copy-left"_rule, {{"copy", path_}}));
     }
 }
 
@@ -388,7 +381,7 @@ SwapResult WorkingCopy::swap(SwapObserver& observer) {
     return FileSwap(*opened_, own_, observer).run();
 }
 
-std::vector<std::string> WorkingCopy::takeNotes() {
+std::vector<Note> WorkingCopy::takeNotes() {
     return std::exchange(notes_, {});
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/Error.h"
+#include "job/Note.h"
 #include "job/SavedCopy.h"
 #include "job/SourceFile.h"
 #include "job/SwapObserver.h"
@@ -89,8 +90,8 @@ class WorkingCopy {
     [[nodiscard]] const std::string& lostMetadata() const { return lostMetadata_; }
     /// Where an older file at the copy's path lies in the Trash, when there was one.
     [[nodiscard]] const std::vector<std::string>& recycled() const { return recycled_; }
-    /// What the report should tell besides, a sentence each, since the last call.
-    [[nodiscard]] std::vector<std::string> takeNotes();
+    /// What the report should tell besides, since the last call.
+    [[nodiscard]] std::vector<Note> takeNotes();
 
   private:
     bool recycleLeft(const std::string& at, const std::string& name, ErrorSlot& error);
@@ -118,7 +119,7 @@ class WorkingCopy {
     bool isTorn_ = false;
     std::string lostMetadata_;
     std::vector<std::string> recycled_;
-    std::vector<std::string> notes_;
+    std::vector<Note> notes_;
 };
 
 }  // namespace vornic

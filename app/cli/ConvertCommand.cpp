@@ -67,8 +67,8 @@ void convertFile(const std::string& path, std::int64_t version) {
 // A conversion that was killed may have left the file aside.
 bool existsOrComesBack(const std::string& path) {
     if (!platform::fileExists(path)) {
-        for (const std::string& line : clearLeftFiles(platform::parentFolder(path))) {
-            say(line);
+        for (const Note& note : clearLeftFiles(platform::parentFolder(path))) {
+            say(note.text());
         }
     }
     return platform::fileExists(path);

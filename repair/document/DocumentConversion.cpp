@@ -61,8 +61,8 @@ std::unique_ptr<XMLDocument> loadToConvert(const std::string& path) {
 void clearBeside(const std::string& path) {
     int ignored = 0;
     const std::string target = platform::resolveFinalLink(path, ignored).value_or(path);
-    for (const std::string& line : clearLeftFiles(platform::parentFolder(target))) {
-        QMLog::appendLogAndPrint("%@", line);
+    for (const Note& note : clearLeftFiles(platform::parentFolder(target))) {
+        QMLog::appendLogAndPrint("%@", note.text());
     }
 }
 

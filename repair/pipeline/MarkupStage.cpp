@@ -52,8 +52,7 @@ Stage<LoadedText> MarkupStage::load(SourceText text) {
 Stage<Done> MarkupStage::sayMends(const std::vector<XMLMend>& mends) {
     for (const XMLMend& mend : mends) {
         report_.noteErrors();
-        report_.say("repair-mended-markup"_rule,
-                    {{"line", mend.line}, {"column", mend.column}, {"what", mend.what}});
+        report_.sayMend(mend);
         if (stop_.stopRequested()) {
             return cancelledRun();
         }

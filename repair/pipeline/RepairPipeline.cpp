@@ -195,8 +195,8 @@ RunEnd RepairPipeline::uncreated(const std::string& why) {
 }
 
 void RepairPipeline::reportNotes() {
-    for (const std::string& note : workingCopy_.takeNotes()) {
-        report_.say("repair-note"_rule, {{"note", note}});
+    for (const Note& note : workingCopy_.takeNotes()) {
+        report_.say(note);
     }
 }
 

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "report/RuleTable.h"
+#include "report/XMLRuleOf.h"
 #include "xml/text/TextPlace.h"
 
 namespace vornic {
@@ -59,6 +60,17 @@ void RepairReport::log(RuleId rule, ArgumentList arguments) {
 
 void RepairReport::label(RuleId rule, ArgumentList arguments) {
     events_.label(messageOf(rule, arguments));
+}
+
+void RepairReport::say(const Note& note) {
+    line(note.rule, note.text(), isError(note.rule));
+}
+
+void RepairReport::sayMend(const XMLMend& mend) {
+    const RuleId rule = "repair-mended-markup"_rule;
+    line(xmlRuleOf(mend.code).value_or(rule),
+         messageOf(rule, {{"line", mend.line}, {"column", mend.column}, {"what", mend.what}}),
+         isError(rule));
 }
 
 void RepairReport::sayReason(const ErrorSlot& error) {

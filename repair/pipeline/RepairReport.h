@@ -8,10 +8,12 @@
 
 #include "base/Error.h"
 #include "job/Events.h"
+#include "job/Note.h"
 #include "repair/pipeline/RepairFinding.h"
 #include "repair/pipeline/SourcePlaces.h"
 #include "report/Findings.h"
 #include "report/Message.h"
+#include "xml/reader/XMLReader.h"
 #include "xml/text/TextSpan.h"
 
 namespace vornic {
@@ -36,6 +38,9 @@ class RepairReport {
     /// The line first, then the label.
     void sayAndLabel(RuleId rule);
 
+    void say(const Note& note);
+    /// What was wrong with the markup and how it was read, as a line of the mend's own rule.
+    void sayMend(const XMLMend& mend);
     /// Why a step failed; an empty line for an empty slot.
     void sayReason(const ErrorSlot& error);
     /// Changes the verdict as a finding's effect says, and says its line. Counts nothing: for what

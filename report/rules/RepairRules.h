@@ -37,7 +37,40 @@ inline constexpr Rule kRepairRules[] = {
                        "The file is copied; the repair works on the copy."),
     detail::repairStep("repair-waiting", "Waiting for another program that uses the file {path}...",
                        "Another repair is at work on the same file; this one goes on after it."),
-    detail::repairStep("repair-note", "{note}", "What an earlier repair has left behind."),
+    detail::repairStep("repair-brought-back",
+                       "An earlier repair of the file {path} was interrupted. The file was brought "
+                       "back.",
+                       "A repair was killed while names were changed; nothing stood at the file's "
+                       "path."),
+    detail::repairStep("repair-left-in-trash",
+                       "An earlier repair of the file {path} was interrupted. What it left aside "
+                       "was moved to the Trash: {left}",
+                       "A repair was killed while names were changed; the file is there."),
+    detail::repairStep(
+        "repair-left-aside",
+        "An earlier repair of the file {path} was interrupted. What it left aside "
+        "is {left}.",
+        "A repair was killed while names were changed; what it left can't be moved."),
+    detail::repairStep("repair-change-brought-back",
+                       "An earlier change of the file {path} was interrupted. The file was brought "
+                       "back.",
+                       "A program was killed while names were changed; nothing stood at the file's "
+                       "path."),
+    detail::repairStep("repair-change-in-trash",
+                       "An earlier change of the file {path} was interrupted. What it left aside "
+                       "was moved to the Trash: {left}",
+                       "A program was killed while names were changed; the file is there."),
+    detail::repairStep("repair-change-left-aside",
+                       "An earlier change of the file {path} was interrupted. What it left aside "
+                       "is {left}.",
+                       "A program was killed while names were changed; what it left can't be "
+                       "moved."),
+    detail::repairStep("repair-old-copy-in-trash", "The file {copy} was moved to the Trash: {left}",
+                       "A file stood where the temporary file has to be; a line of the log."),
+    detail::repairStep("repair-copy-left",
+                       "The temporary file {copy} was replaced by another program and left there.",
+                       "Another program wrote to the name of the temporary file; a line of the "
+                       "log."),
     detail::repairFault(
         "repair-not-located", "Unable to locate file. The file {path} cannot be found.",
         "There is no file of that name; how a run ends.", "None.", "Look for the file."),

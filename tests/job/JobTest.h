@@ -22,6 +22,7 @@
 namespace vornic::test {
 
 using Strings = std::vector<std::string>;
+using Notes = std::vector<Note>;
 
 /// Writes down that a job waits, and does then, once, what a test wants.
 class RecordingWaiting : public Waiting {

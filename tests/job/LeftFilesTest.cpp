@@ -26,6 +26,7 @@ extern "C" time_t time(time_t* result) noexcept {
 namespace vornic {
 namespace {
 
+using test::Notes;
 using test::Strings;
 
 class LeftFilesTest : public test::JobTest {
@@ -39,24 +40,22 @@ class LeftFilesTest : public test::JobTest {
     std::string left = sandbox.path(".Cut.xml.vornic-abcdefgh01");
 };
 
-TEST_F(LeftFilesTest, goToTheTrashWithASentence) {
+TEST_F(LeftFilesTest, goToTheTrashWithANote) {
     std::ofstream(left) << "the older";
     secondsAhead = 3600;
     EXPECT_EQ(clearLeftFiles(sandbox.folder()),
-              Strings{"An earlier change of the file " + source +
-                      " was interrupted. What it left aside was moved to the Trash: " + trash() +
-                      "/Cut.xml"});
+              (Notes{{"repair-change-in-trash"_rule,
+                      {{"path", source}, {"left", trash() + "/Cut.xml"}}}}));
     EXPECT_EQ(inTrash("Cut.xml"), "the older");
     EXPECT_EQ(names(), Strings{"Cut.xml"});
 }
 
-TEST_F(LeftFilesTest, stayWithASentenceWhereTheTrashDoesNotTakeThem) {
+TEST_F(LeftFilesTest, stayWithANoteWhereTheTrashDoesNotTakeThem) {
     std::ofstream(left) << "the older";
     blockTrash();
     secondsAhead = 3600;
     EXPECT_EQ(clearLeftFiles(sandbox.folder()),
-              Strings{"An earlier change of the file " + source +
-                      " was interrupted. What it left aside is " + left + "."});
+              (Notes{{"repair-change-left-aside"_rule, {{"path", source}, {"left", left}}}}));
     EXPECT_EQ(test::readBytes(left), "the older");
 }
 
@@ -64,9 +63,8 @@ TEST_F(LeftFilesTest, comeBackWhereNothingStands) {
     std::filesystem::rename(source, left);
     sandbox.write(".Cut-backup.xml.vornic-abcdefgh01", "a working copy");
     secondsAhead = 3600;
-    EXPECT_EQ(
-        clearLeftFiles(sandbox.folder()).back(),
-        "An earlier change of the file " + source + " was interrupted. The file was brought back.");
+    EXPECT_EQ(clearLeftFiles(sandbox.folder()).back(),
+              (Note{"repair-change-brought-back"_rule, {{"path", source}}}));
     EXPECT_EQ(test::readBytes(source), "the user's");
     EXPECT_EQ(names(), Strings{"Cut.xml"});
     EXPECT_EQ(inTrash("Cut-backup.xml"), "a working copy");
@@ -82,7 +80,7 @@ TEST_F(LeftFilesTest, thatWereHiddenBeforeGoToTheTrashByTheUsersName) {
 
 TEST_F(LeftFilesTest, ofALivingProgramStay) {
     std::ofstream(left) << "the older";
-    EXPECT_EQ(clearLeftFiles(sandbox.folder()), Strings{}) << "it has just come";
+    EXPECT_EQ(clearLeftFiles(sandbox.folder()), Notes{}) << "it has just come";
     EXPECT_EQ(test::readBytes(left), "the older");
 }
 

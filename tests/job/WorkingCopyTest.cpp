@@ -23,6 +23,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using Clearing = WorkingCopy::Clearing;
+using test::Notes;
 using test::Strings;
 
 class WorkingCopyTest : public test::JobTest {
@@ -55,7 +56,7 @@ TEST_F(WorkingCopyTest, goesFromTheSourceToItsPlace) {
     EXPECT_EQ(names(), (Strings{"Cut-backup.xml", "Cut.xml"}));
     EXPECT_EQ(copy.swap(observer).end, SwapEnd::done);
     EXPECT_EQ(error, std::nullopt);
-    EXPECT_EQ(copy.takeNotes(), Strings{});
+    EXPECT_EQ(copy.takeNotes(), Notes{});
     EXPECT_EQ(copy.recycled(), Strings{});
     EXPECT_EQ(copy.lostMetadata(), "");
     EXPECT_EQ(waiting.waits, Strings{});
@@ -469,9 +470,8 @@ TEST_F(WorkingCopyTest, bringsBackASourceThatAKilledRunLeftAside) {
     fs::rename(source, aside);
     EXPECT_TRUE(copy.settleLeft());
     EXPECT_EQ(test::readBytes(source), "the user's");
-    EXPECT_EQ(copy.takeNotes(), Strings{"An earlier repair of the file " + source +
-                                        " was interrupted. The file was brought back."});
-    EXPECT_EQ(copy.takeNotes(), Strings{});
+    EXPECT_EQ(copy.takeNotes(), (Notes{{"repair-brought-back"_rule, {{"path", source}}}}));
+    EXPECT_EQ(copy.takeNotes(), Notes{});
 }
 
 TEST_F(WorkingCopyTest, movesWhatAKilledRunLeftBesideTheSourceToTheTrash) {
@@ -479,18 +479,17 @@ TEST_F(WorkingCopyTest, movesWhatAKilledRunLeftBesideTheSourceToTheTrash) {
     EXPECT_TRUE(copy.settleLeft());
     EXPECT_EQ(inTrash("Cut.xml"), "left");
     EXPECT_EQ(test::readBytes(source), "the user's");
-    EXPECT_EQ(copy.takeNotes(),
-              Strings{"An earlier repair of the file " + source +
-                      " was interrupted. What it left aside was moved to the Trash: " + trash() +
-                      "/Cut.xml"});
+    EXPECT_EQ(
+        copy.takeNotes(),
+        (Notes{{"repair-left-in-trash"_rule, {{"path", source}, {"left", trash() + "/Cut.xml"}}}}));
 }
 
 TEST_F(WorkingCopyTest, saysWhereIsWhatAKilledRunLeftAndTheTrashDoesNotTake) {
     std::ofstream(aside) << "left";
     blockTrash();
     EXPECT_TRUE(copy.settleLeft());
-    EXPECT_EQ(copy.takeNotes(), Strings{"An earlier repair of the file " + source +
-                                        " was interrupted. What it left aside is " + aside + "."});
+    EXPECT_EQ(copy.takeNotes(),
+              (Notes{{"repair-left-aside"_rule, {{"path", source}, {"left", aside}}}}));
     EXPECT_EQ(test::readBytes(aside), "left");
 }
 

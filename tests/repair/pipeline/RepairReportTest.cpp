@@ -109,6 +109,12 @@ TEST_F(RepairReportTest, knowsNoPlaceInATextThatIsNotTheFiles) {
     EXPECT_EQ(report.findings().kept().front().where, Place());
 }
 
+TEST_F(RepairReportTest, saysAMendByTheRuleOfItsFault) {
+    report.sayMend({XMLErrorCode::missingSpace, 7, 2, 3, "a blank was put there"});
+    EXPECT_EQ(events.rules, Strings{"xml-missing-space"});
+    EXPECT_EQ(events.calls, Strings{"error: Line 2, column 3: a blank was put there"});
+}
+
 TEST_F(RepairReportTest, saysWithoutCountingWhatIsSaidOfNoDocument) {
     report.say(RepairFinding{"repair-no-sequence"_rule});
     EXPECT_EQ(report.verdict(), (Verdict{true, false}));
