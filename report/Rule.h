@@ -1,10 +1,12 @@
 #ifndef VORNIC_REPORT_RULE_H
 #define VORNIC_REPORT_RULE_H
 
+#include <optional>
 #include <string_view>
 
 #include "report/RuleGroup.h"
 #include "report/Severity.h"
+#include "xml/XMLErrorCode.h"
 
 namespace vornic {
 
@@ -28,6 +30,8 @@ struct Rule {
     std::string_view remedy;
     /// Where the rule comes from: a section of a standard, a definition, a count over real files.
     std::string_view source;
+    /// For a fault of the markup, how the reader tells it.
+    std::optional<XMLErrorCode> code{};
 };
 
 }  // namespace vornic

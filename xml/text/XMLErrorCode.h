@@ -64,6 +64,8 @@ enum class XMLErrorCode : int {
     attributeWithoutValue,
     /// A byte order mark between the beginning of the text and the root element.
     misplacedByteOrderMark,
+    /// No code: one more than the last one.
+    end,
 };
 
 }  // namespace vornic
