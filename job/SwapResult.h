@@ -27,7 +27,7 @@ enum class SwapEnd {
 };
 
 /// Where the files are after a swap, and why.
-struct SwapResult {
+struct [[nodiscard]] SwapResult {
     SwapEnd end = SwapEnd::failed;
     /// Where the file is that was read: the source's path, a place in the Trash, or where it
     /// could not be brought back from. Empty when another program has taken it away.

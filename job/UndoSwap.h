@@ -41,7 +41,7 @@ struct UndoPlaces {
 };
 
 /// How the exchange of the two files ended.
-struct UndoSwapResult {
+struct [[nodiscard]] UndoSwapResult {
     /// Whether the original has its place.
     bool isDone = false;
     /// Where that is which stood in its place: in the Trash, or else beside the file. Empty when it

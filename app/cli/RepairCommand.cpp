@@ -250,7 +250,8 @@ bool repairFile(const std::string& path, bool quiet, std::optional<TaskLog>& tas
     if (!quiet) {
         tellOriginal(result);
     }
-    return result == RepairOutcome::sound || result == RepairOutcome::repairedAndSwapped;
+    return result.outcome == RepairOutcome::sound ||
+           result.outcome == RepairOutcome::repairedAndSwapped;
 }
 
 int repairFiles(const Options& options) {

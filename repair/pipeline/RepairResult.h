@@ -56,10 +56,6 @@ struct RepairResult {
 
     /// Whether the journal knows of the swap, so that it can be undone.
     bool isUndoable = false;
-
-    friend bool operator==(const RepairResult& result, RepairOutcome outcome) {
-        return result.outcome == outcome;
-    }
 };
 
 }  // namespace vornic

@@ -313,7 +313,7 @@ TEST_F(DocumentTest, strippingAndFilteringAreOperationsOfTheDocument) {
 TEST_F(DocumentTest, aRepairClearsAnOldCancellationAndTakesTheKindFromTheName) {
     document->setProgressCancelled(true);
     document->setXmlType(7);
-    EXPECT_EQ(document->startRepair(sandbox.write("Cut.xml", test::kSoundXMEML)),
+    EXPECT_EQ(document->startRepair(sandbox.write("Cut.xml", test::kSoundXMEML)).outcome,
               RepairOutcome::sound);
     EXPECT_FALSE(document->progressCancelled());
     EXPECT_EQ(document->xmlType(), 0);
@@ -326,7 +326,7 @@ TEST_F(DocumentTest, aMissingFileIsAnAlertAndLeavesFlagsAndReportAlone) {
     document->setFileHasErrs(true);
     document->setFileWasRepaired(true);
     const std::string path = sandbox.path("None.xml");
-    EXPECT_EQ(document->startRepair(path), RepairOutcome::stopped);
+    EXPECT_EQ(document->startRepair(path).outcome, RepairOutcome::stopped);
     const std::string info = "The file " + path + " cannot be found.";
     EXPECT_EQ(window->calls, (Strings{"cancel button on", "stop", "indeterminate", "start",
                                       "status: Repairing...", "begin sheet", "end sheet",
@@ -345,7 +345,8 @@ TEST_F(DocumentTest, theFlagsFollowARepairWhileItRuns) {
                             (document->fileWasRepaired() ? "repaired" : "not repaired"));
         }
     };
-    EXPECT_EQ(document->startRepair(sandbox.write("Cut.xml", "<xmeml/>")), RepairOutcome::unable);
+    EXPECT_EQ(document->startRepair(sandbox.write("Cut.xml", "<xmeml/>")).outcome,
+              RepairOutcome::unable);
     EXPECT_EQ(insertions().at(6), "Invalid DTD... repairing [error]");
     EXPECT_EQ(
         flags,
@@ -362,11 +363,11 @@ TEST_F(DocumentTest, tellsTheTruthAboutASwapThatAnAlertRaisedAfter) {
         }
     };
     const std::string path = sandbox.write("Cut.xml", "<xmeml version=\"5\"><sequence/></xmeml>");
-    EXPECT_EQ(document->startRepair(path), RepairOutcome::repairedAndSwapped);
+    EXPECT_EQ(document->startRepair(path).outcome, RepairOutcome::repairedAndSwapped);
     EXPECT_EQ(log.entries().back(), "Exception in -[Document startRepair:]. Test - raised.");
     EXPECT_FALSE(document->isRunning());
     ASSERT_EQ(window->outcomes.size(), 1U);
-    EXPECT_EQ(window->outcomes.front(), RepairOutcome::repairedAndSwapped);
+    EXPECT_EQ(window->outcomes.front().outcome, RepairOutcome::repairedAndSwapped);
 }
 
 TEST_F(DocumentTest, endsARunOnceThatAnotherExceptionEnded) {
@@ -380,7 +381,7 @@ TEST_F(DocumentTest, endsARunOnceThatAnotherExceptionEnded) {
     EXPECT_EQ(window->callsOf("end sheet").size(), 1U);
     EXPECT_FALSE(document->isRunning());
     ASSERT_EQ(window->outcomes.size(), 1U);
-    EXPECT_EQ(window->outcomes.front(), RepairOutcome::stopped);
+    EXPECT_EQ(window->outcomes.front().outcome, RepairOutcome::stopped);
 }
 
 TEST_F(DocumentTest, withoutAnInterfaceWorksOnAnyThreadWithoutAMainLoop) {
