@@ -48,12 +48,13 @@ std::variant<ConvertibleFile, AnalysisFailure> readForConversion(const std::stri
 }
 
 std::optional<ConversionOffer> makeConversionOffer(const ConvertibleFile& file,
-                                                   const std::function<bool()>& isStopped) {
+                                                   const StopToken& stop) {
     const std::vector<std::string> keys = file.catalogue.sortedKeys();
-    ConversionOffer offer;
+    ConversionOffer offer{
+        .version = file.version, .release = file.release, .versions = {}, .lowest = {}};
     offer.versions.reserve(keys.size());
     for (auto key = keys.rbegin(); key != keys.rend(); ++key) {
-        if (isStopped()) {
+        if (stop.stopRequested()) {
             return std::nullopt;
         }
         offer.versions.push_back(offerVersion(file, *key));

@@ -1,13 +1,13 @@
 #ifndef VORNIC_CONVERT_CONVERSION_ANALYSIS_H
 #define VORNIC_CONVERT_CONVERSION_ANALYSIS_H
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <variant>
 
 #include "convert/ConversionOffer.h"
+#include "base/StopToken.h"
 #include "convert/catalogue/VersionCatalogue.h"
 #include "xml/tree/XMLDocument.h"
 
@@ -38,10 +38,10 @@ struct AnalysisFailure {
 
 /// Works out which versions can be offered for a file, and the lowest of them that holds it without
 /// loss. Any thread.
-/// @param isStopped asked between the versions
+/// @param stop asked between the versions
 /// @return nothing when it was stopped.
 [[nodiscard]] std::optional<ConversionOffer> makeConversionOffer(
-    const ConvertibleFile& file, const std::function<bool()>& isStopped);
+    const ConvertibleFile& file, const StopToken& stop);
 
 }  // namespace vornic
 

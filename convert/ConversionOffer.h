@@ -25,6 +25,10 @@ struct ConversionOffer {
         int menuItems = 1;
     };
 
+    /// The version that the file declares, and the Final Cut Pro release that reads it
+    /// ("Unknown Version" when the catalogue doesn't say).
+    std::string version;
+    std::string release;
     /// The versions from the highest down, the order of the menu.
     std::vector<Version> versions;
     /// The index of the lowest version that holds the file without loss; nothing when the file
@@ -33,8 +37,8 @@ struct ConversionOffer {
 
     /// The lowest version without loss as a number; 1 when the file needs none of the versions.
     [[nodiscard]] std::int64_t lowestVersion() const;
-    /// Its title in the menu.
-    [[nodiscard]] std::string lowestTitle() const;
+    /// What the dialog says of it: "Can be downgraded without changes to version: " and its title.
+    [[nodiscard]] std::string lowestText() const;
 };
 
 }  // namespace vornic

@@ -92,10 +92,9 @@ ConvertSheet::ConvertSheet(QWidget* window, std::function<void()> convert,
 
 void ConvertSheet::beginConvertSheet() {
     setConvertCurVersion("");
-    setConvertDowngradeVersion("");
-    removeAllConvertVersions();
-    setConvertVersionMenuEnabled(false);
-    setConvertButtonEnabled(false);
+    downgradeVersion_->clear();
+    versions_->clear();
+    setConvertInterfaceEnabled(false);
     setBusy(false);
     beginSheet(*this);
 }
@@ -117,8 +116,8 @@ void ConvertSheet::setBusy(bool busy) {
 }
 
 void ConvertSheet::updateControls() {
-    versions_->setEnabled(isMenuEnabled_ && !isBusy_);
-    convertButton_->setEnabled(isButtonEnabled_ && !isBusy_);
+    versions_->setEnabled(isEnabled_ && !isBusy_);
+    convertButton_->setEnabled(isEnabled_ && !isBusy_);
 }
 
 void ConvertSheet::setConvertCurVersion(std::string_view text) {
@@ -126,9 +125,18 @@ void ConvertSheet::setConvertCurVersion(std::string_view text) {
     makeRoom();
 }
 
-void ConvertSheet::setConvertDowngradeVersion(std::string_view text) {
-    downgradeVersion_->setText(toQString(text));
+void ConvertSheet::showOffer(const ConversionOffer& offer) {
+    versions_->clear();
+    for (const ConversionOffer::Version& version : offer.versions) {
+        for (int item = 0; item < version.menuItems; ++item) {
+            versions_->addItem(toQString(version.title), toQString(version.key));
+        }
+    }
+    downgradeVersion_->setText(toQString(offer.lowestText()));
     makeRoom();
+    if (!offer.versions.empty()) {
+        setConvertInterfaceEnabled(true);
+    }
 }
 
 // A text that wraps to more lines than before makes no window higher by itself.
@@ -136,26 +144,13 @@ void ConvertSheet::makeRoom() {
     resize(width(), std::max(height(), heightForWidth(width())));
 }
 
-void ConvertSheet::addConvertVersion(std::string_view title) {
-    versions_->addItem(toQString(title));
-}
-
-void ConvertSheet::setLastConvertVersionKey(std::string_view key) {
-    versions_->setItemData(versions_->count() - 1, toQString(key));
-}
-
 std::optional<std::string> ConvertSheet::selectedConvertVersionKey() const {
     const QVariant key = versions_->currentData();
     return key.isValid() ? std::optional(key.toString().toStdString()) : std::nullopt;
 }
 
-void ConvertSheet::setConvertVersionMenuEnabled(bool enabled) {
-    isMenuEnabled_ = enabled;
-    updateControls();
-}
-
-void ConvertSheet::setConvertButtonEnabled(bool enabled) {
-    isButtonEnabled_ = enabled;
+void ConvertSheet::setConvertInterfaceEnabled(bool enabled) {
+    isEnabled_ = enabled;
     updateControls();
 }
 

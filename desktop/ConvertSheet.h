@@ -28,13 +28,9 @@ class ConvertSheet : public QDialog, public ConversionDialog {
     void startConvertSpinner() override { setBusy(true); }
     void stopConvertSpinner() override { setBusy(false); }
     void setConvertCurVersion(std::string_view text) override;
-    void setConvertDowngradeVersion(std::string_view text) override;
-    void removeAllConvertVersions() override { versions_->clear(); }
-    void addConvertVersion(std::string_view title) override;
-    void setLastConvertVersionKey(std::string_view key) override;
+    void showOffer(const ConversionOffer& offer) override;
     [[nodiscard]] std::optional<std::string> selectedConvertVersionKey() const override;
-    void setConvertVersionMenuEnabled(bool enabled) override;
-    void setConvertButtonEnabled(bool enabled) override;
+    void setConvertInterfaceEnabled(bool enabled) override;
 
     void reject() override { close_(); }
 
@@ -49,8 +45,7 @@ class ConvertSheet : public QDialog, public ConversionDialog {
     QComboBox* versions_;
     QProgressBar* spinner_;
     QPushButton* convertButton_;
-    bool isMenuEnabled_ = false;
-    bool isButtonEnabled_ = false;
+    bool isEnabled_ = false;
     bool isBusy_ = false;
     QElapsedTimer lastClick_;
 };

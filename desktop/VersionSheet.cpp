@@ -193,7 +193,7 @@ void VersionSheet::convert() {
     actions_.convert({.version = preview_->version,
                       .isInPlace = inPlace_->isChecked(),
                       .digest = preview_->digest,
-                      .isStopped = [stopped = isStopped_] { return stopped->load(); }});
+                      .stop = StopToken([stopped = isStopped_] { return stopped->load(); })});
 }
 
 void VersionSheet::finish() {

@@ -49,7 +49,7 @@ class Converting {
     Converting(const string& path, const ConvertFileRequest& request)
         : path_(path), request_(request), bundle_(bundleOf(path)) {}
 
-    ConvertedFile run(Waiting& waiting, SwapObserver& observer) && {
+    ConvertedFile run(const Waiting& waiting, SwapObserver& observer) && {
         if (request_.isInPlace && !request_.isDryRun) {
             place_.emplace(path_, InPlaceChange::Words{"convert", "converted"}, waiting, placed_);
         }
@@ -110,7 +110,7 @@ class Converting {
         return !request_.expected || *request_.expected == platform::ContentDigest::of(bytes);
     }
 
-    [[nodiscard]] bool isStopped() const { return request_.isStopped && request_.isStopped(); }
+    [[nodiscard]] bool isStopped() const { return request_.stop.stopRequested(); }
 
     [[nodiscard]] string placeInFile() const {
         return conversion_.line == 0
@@ -286,7 +286,7 @@ class Converting {
 
 }  // namespace
 
-ConvertedFile convertFile(const string& path, const ConvertFileRequest& request, Waiting& waiting,
+ConvertedFile convertFile(const string& path, const ConvertFileRequest& request, const Waiting& waiting,
                           SwapObserver& observer) {
     return Converting(path, request).run(waiting, observer);
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "base/StopToken.h"
 #include "convert/ProjectConversion.h"
 #include "job/SwapObserver.h"
 #include "job/Waiting.h"
@@ -33,7 +34,7 @@ struct ConvertFileRequest {
     /// Of the bytes that the user has seen: a file with others is not converted. Nothing for any.
     std::optional<platform::ContentDigest::Value> expected = {};
     /// Asked before anything is written, and when that is to take the file's place; none for never.
-    std::function<bool()> isStopped = {};
+    StopToken stop{};
 };
 
 /// How the conversion of a file ended.
@@ -56,7 +57,7 @@ struct ConvertedFile {
 /// @param path of the file; of a bundle, that of the `Info.fcpxml` in it
 /// @param observer follows the swap of `isInPlace`: `JournaledSwap`, so that it can be undone
 [[nodiscard]] ConvertedFile convertFile(const std::string& path, const ConvertFileRequest& request,
-                                        Waiting& waiting, SwapObserver& observer);
+                                        const Waiting& waiting, SwapObserver& observer);
 
 }  // namespace vornic
 

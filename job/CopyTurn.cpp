@@ -63,18 +63,20 @@ Look lookAt(const std::string& path, bool followLinks, FileDescriptor& file, int
 // Looks again after short pauses, for no system call waits for a claim and for a cancellation.
 class Patience {
   public:
-    Patience(std::string path, Waiting& waiting) : path_(std::move(path)), waiting_(waiting) {}
+    Patience(std::string path, const Waiting& waiting) : path_(std::move(path)), waiting_(waiting) {}
 
     // False when the wait was cancelled.
     bool pause() {
         constexpr std::chrono::seconds kSilence{1};
         constexpr std::chrono::milliseconds kLongestPause{50};
-        if (waiting_.isCancelled()) {
+        if (waiting_.stop.stopRequested()) {
             return false;
         }
         if (!isTold_ && std::chrono::steady_clock::now() - start_ >= kSilence) {
             isTold_ = true;
-            waiting_.waitsFor(path_);
+            if (waiting_.tell) {
+                waiting_.tell(path_);
+            }
         }
         std::this_thread::sleep_for(pause_);
         pause_ = std::min(pause_ * 2, kLongestPause);
@@ -83,7 +85,7 @@ class Patience {
 
   private:
     std::string path_;
-    Waiting& waiting_;
+    const Waiting& waiting_;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
     std::chrono::milliseconds pause_{1};
     bool isTold_ = false;
@@ -91,7 +93,7 @@ class Patience {
 
 }  // namespace
 
-FoundCopy awaitTurn(const std::string& path, bool followLinks, Waiting& waiting, ErrorSlot& error) {
+FoundCopy awaitTurn(const std::string& path, bool followLinks, const Waiting& waiting, ErrorSlot& error) {
     Patience patience(path, waiting);
     for (;;) {
         FileDescriptor file;

@@ -30,7 +30,7 @@ struct FoundCopy {
 /// then. The user's folder is never locked for it.
 /// @param followLinks whether what a link at the path leads to counts; without, a link is nothing
 ///     that a job has claimed
-[[nodiscard]] FoundCopy awaitTurn(const std::string& path, bool followLinks, Waiting& waiting,
+[[nodiscard]] FoundCopy awaitTurn(const std::string& path, bool followLinks, const Waiting& waiting,
                                   ErrorSlot& error);
 
 }  // namespace vornic

@@ -5,6 +5,7 @@
 
 #include "base/FormatString.h"
 #include "base/PathText.h"
+#include "foundation/log/QMLog.h"
 #include "platform/files/Failure.h"
 #include "platform/files/FileSystem.h"
 
@@ -20,7 +21,7 @@ std::string copyPath(const std::string& path, const std::string& verb) {
 
 }  // namespace
 
-InPlaceChange::InPlaceChange(const std::string& path, Words words, Waiting& waiting,
+InPlaceChange::InPlaceChange(const std::string& path, Words words, const Waiting& waiting,
                              InPlaceResult& result)
     : path_(path),
       words_(std::move(words)),
@@ -79,7 +80,11 @@ void InPlaceChange::finish(bool isWanted, SwapObserver& observer) {
 
 void InPlaceChange::takeNotes() {
     for (const Note& note : copy_.takeNotes()) {
-        result_.notes.push_back(note.text());
+        if (note.isForLog) {
+            QMLog::appendLog("%@", note.text());
+        } else {
+            result_.notes.push_back(note.text());
+        }
     }
 }
 

@@ -5,7 +5,7 @@
 
 namespace vornic {
 
-MendedFile mendFile(const std::string& path, const MendRequest& request, Waiting& waiting,
+MendedFile mendFile(const std::string& path, const MendRequest& request, const Waiting& waiting,
                     SwapObserver& observer) {
     MendedFile result;
     InPlaceChange place(path, {"mend", "mended"}, waiting, result);

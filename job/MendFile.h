@@ -21,7 +21,7 @@ struct MendedFile : InPlaceResult {
 /// out.
 /// @param observer follows the swap: `JournaledSwap`, so that it can be undone
 [[nodiscard]] MendedFile mendFile(const std::string& path, const MendRequest& request,
-                                  Waiting& waiting, SwapObserver& observer);
+                                  const Waiting& waiting, SwapObserver& observer);
 
 }  // namespace vornic
 

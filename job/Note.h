@@ -13,6 +13,8 @@ struct Note {
     RuleId rule;
     /// Those that the rule's message names.
     Arguments arguments{};
+    /// True for what no report tells, only the log.
+    bool isForLog = false;
 
     [[nodiscard]] std::string text() const {
         return formatMessage(ruleOf(rule).message, arguments);

@@ -11,7 +11,7 @@ namespace vornic {
 /// @param bytesRead that the file had
 /// @param observer follows the swap: `JournaledSwap`, so that it can be undone
 [[nodiscard]] InPlaceResult relinkInPlace(const std::string& path, const std::string& bytesRead,
-                                          const std::string& newBytes, Waiting& waiting,
+                                          const std::string& newBytes, const Waiting& waiting,
                                           SwapObserver& observer);
 
 /// The path of the new file that holds the result: "Cut (relinked).fcpxml" beside "Cut.fcpxml", and

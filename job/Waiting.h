@@ -1,20 +1,20 @@
 #ifndef VORNIC_JOB_WAITING_H
 #define VORNIC_JOB_WAITING_H
 
+#include <functional>
 #include <string>
+
+#include "base/StopToken.h"
 
 namespace vornic {
 
-/// Who is told that a job waits for another one, and may end the waiting. The thread of the job.
-class Waiting {
-  public:
-    virtual ~Waiting() = default;
-
-    /// Another run, of this program or of another one, has used the file for a second by now.
-    /// Called once for a wait.
-    virtual void waitsFor(const std::string& path) = 0;
-    /// Asked again and again; true ends the wait.
-    [[nodiscard]] virtual bool isCancelled() = 0;
+/// What a job does while another one uses its file. Both are called on the thread of the job.
+struct Waiting {
+    /// Told once for a wait, a second after it has begun: another run, of this program or of another
+    /// one, uses the file at the path.
+    std::function<void(const std::string& path)> tell;
+    /// Ends the wait.
+    StopToken stop{};
 };
 
 }  // namespace vornic

@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include "base/PathText.h"
-#include "foundation/log/QMLog.h"
 #include "job/CopyTurn.h"
 #include "job/FileSwap.h"
 #include "job/LeftFiles.h"
@@ -56,8 +55,8 @@ class Discarded {
 
 }  // namespace
 
-WorkingCopy::WorkingCopy(std::string source, std::string path, Waiting& waiting)
-    : source_(std::move(source)), path_(std::move(path)), waiting_(waiting) {
+WorkingCopy::WorkingCopy(std::string source, std::string path, Waiting waiting)
+    : source_(std::move(source)), path_(std::move(path)), waiting_(std::move(waiting)) {
     own_.path = path_;
 }
 
@@ -113,8 +112,9 @@ WorkingCopy::Clearing WorkingCopy::clearPath(ErrorSlot& error) {
 bool WorkingCopy::recycleLeft(const std::string& at, const std::string& name, ErrorSlot& error) {
     std::optional<std::string> placed = moveToTrash(at, name, error);
     if (placed) {
-        QMLog::appendLog(
-            "%@", messageOf("repair-old-copy-in-trash"_rule, {{"copy", path_}, {"left", *placed}}));
+        notes_.push_back({.rule = "repair-old-copy-in-trash"_rule,
+                          .arguments = {{"copy", path_}, {"left", *placed}},
+                          .isForLog = true});
         recycled_.push_back(std::move(*placed));
         return true;
     }
@@ -349,7 +349,9 @@ void WorkingCopy::remove(ErrorSlot& error) {
     if (removal == platform::Removal::failed) {
         failFile(error, path_, "removed", errorNumber);
     } else if (removal == platform::Removal::another) {
-        QMLog::appendLog("%@", messageOf("repair-copy-left"_rule, {{"copy", path_}}));
+        notes_.push_back({.rule = "repair-copy-left"_rule,
+                          .arguments = {{"copy", path_}},
+                          .isForLog = true});
     }
 }
 

@@ -42,7 +42,7 @@ class WorkingCopy {
 
     /// @param source the user's file, best absolute
     /// @param path the copy's, in the same folder
-    WorkingCopy(std::string source, std::string path, Waiting& waiting);
+    WorkingCopy(std::string source, std::string path, Waiting waiting);
 
     [[nodiscard]] const std::string& path() const { return path_; }
     [[nodiscard]] bool sourceExists() const;
@@ -52,7 +52,7 @@ class WorkingCopy {
     /// @return false when the user has cancelled the wait.
     [[nodiscard]] bool settleLeft();
     /// Moves what stands at the path, an older working copy, to the Trash, when no other run uses
-    /// it any more; the log says where it lies. A file that the user has named (`NamedSource`) is
+    /// it any more; a note for the log says where it lies. A file that the user has named (`NamedSource`) is
     /// left alone. The slot says why it failed.
     [[nodiscard]] Clearing clearPath(ErrorSlot& error);
     /// Copies the source, links followed, to the path, and claims the copy. A source that is larger
@@ -71,7 +71,7 @@ class WorkingCopy {
     /// slot on failure, after which the copy is as it was.
     void save(const Writer& write, ErrorSlot& error);
     /// Removes the copy. Fills the slot on failure; another program's file is left there, which is
-    /// no failure and goes to the log.
+    /// no failure but a note for the log.
     void remove(ErrorSlot& error);
     /// The same without a need for memory, for the end of a run that came to nothing.
     /// @return 0, or the errno value when the copy is still there
@@ -90,7 +90,7 @@ class WorkingCopy {
     [[nodiscard]] const std::string& lostMetadata() const { return lostMetadata_; }
     /// Where an older file at the copy's path lies in the Trash, when there was one.
     [[nodiscard]] const std::vector<std::string>& recycled() const { return recycled_; }
-    /// What the report should tell besides, since the last call.
+    /// What the report, or the log, should tell besides, since the last call.
     [[nodiscard]] std::vector<Note> takeNotes();
 
   private:
@@ -105,7 +105,7 @@ class WorkingCopy {
 
     std::string source_;
     std::string path_;
-    Waiting& waiting_;
+    Waiting waiting_;
     std::optional<SourceFile> opened_;
     // The file that this run last put at the path.
     SavedCopy own_;

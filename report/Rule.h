@@ -6,7 +6,7 @@
 
 #include "report/RuleGroup.h"
 #include "report/Severity.h"
-#include "xml/XMLErrorCode.h"
+#include "xml/text/XMLErrorCode.h"
 
 namespace vornic {
 

@@ -4,7 +4,6 @@
 #include <array>
 #include <cstdio>
 #include <filesystem>
-#include <new>
 #include <optional>
 #include <string_view>
 #include <system_error>
@@ -13,29 +12,20 @@
 #include "app/cli/CheckRun.h"
 #include "app/cli/CheckSettings.h"
 #include "app/cli/CommandLine.h"
+#include "app/cli/ExitStatus.h"
 #include "app/cli/InterruptedRuns.h"
 #include "app/cli/PathLookup.h"
+#include "app/cli/Program.h"
 #include "app/cli/ProjectFiles.h"
 #include "app/cli/ReportOutput.h"
 #include "app/cli/RuleSelection.h"
 #include "app/cli/StandardStreams.h"
-#include "foundation/log/QMLog.h"
 #include "platform/files/FileSystem.h"
-#include "platform/processes/Termination.h"
 #include "report/RulePage.h"
-#include "ui/support/CrashReports.h"
-
-#ifndef VORNIC_VERSION
-#error "VORNIC_VERSION is the project's version"
-#endif
 
 namespace vornic {
 
 namespace {
-
-constexpr int kFailure = 1;
-constexpr int kWrongUsage = 2;
-constexpr int kUnreadable = 3;
 
 constexpr std::string_view kUsage =
     "Usage: vornic-check [options] [--] FILE|FOLDER...\n"
@@ -78,45 +68,32 @@ constexpr std::string_view kUsage =
     "it is about the file after the mends.\n";
 
 constexpr std::array kOptions = {
-    OptionSpecification{"-r"},
-    OptionSpecification{"-j", true},
-    OptionSpecification{"--format", true},
-    OptionSpecification{"--report", true},
-    OptionSpecification{"--quiet"},
-    OptionSpecification{"--only", true},
-    OptionSpecification{"--ignore", true},
-    OptionSpecification{"--least", true},
-    OptionSpecification{"--fail-on", true},
-    OptionSpecification{"--max", true},
-    OptionSpecification{"--reads", true},
-    OptionSpecification{"--media"},
-    OptionSpecification{.name = "--fix", .isValueOptional = true},
-    OptionSpecification{"--set-version", true},
-    OptionSpecification{"--dry-run"},
-    OptionSpecification{"-o", true},
-    OptionSpecification{"--timeline", true},
-    OptionSpecification{"--where", true},
-    OptionSpecification{"--list-rules"},
-    OptionSpecification{"--explain", true},
-    OptionSpecification{"--help"},
-    OptionSpecification{"--version"},
+    OptionForm{"-r"},
+    OptionForm{"-j", true},
+    OptionForm{"--format", true},
+    OptionForm{"--report", true},
+    OptionForm{"--quiet"},
+    OptionForm{"--only", true},
+    OptionForm{"--ignore", true},
+    OptionForm{"--least", true},
+    OptionForm{"--fail-on", true},
+    OptionForm{"--max", true},
+    OptionForm{"--reads", true},
+    OptionForm{"--media"},
+    OptionForm{.name = "--fix", .isValueOptional = true},
+    OptionForm{"--set-version", true},
+    OptionForm{"--dry-run"},
+    OptionForm{"-o", true},
+    OptionForm{"--timeline", true},
+    OptionForm{"--where", true},
+    OptionForm{"--list-rules"},
+    OptionForm{"--explain", true},
+    OptionForm{"--help"},
+    OptionForm{"--version"},
 };
 
-int refuseUsage(const std::string& fault) {
-    complainOfCheck(fault);
-    static_cast<void>(std::fwrite(kUsage.data(), 1, kUsage.size(), stderr));
-    return kWrongUsage;
-}
-
-// Writes what was asked for to standard output.
-int print(std::string_view text, int status = 0) {
-    writeToStandardOutput(text, true);
-    if (const ErrorSlot error = standardOutputError()) {
-        complainOfCheck(error->localizedDescription());
-        return std::max(status, kFailure);
-    }
-    return status;
-}
+constexpr Program kCheck{
+    .name = kCheckProgram, .usage = kUsage, .options = kOptions, .log = kCheckProgram};
 
 int explain(const std::string& name) {
     RuleSelection selection(RuleSelection::Scope::allPrograms);
@@ -128,33 +105,33 @@ int explain(const std::string& name) {
     for (const Rule* const rule : selection.only()) {
         pages += (pages.empty() ? "" : "\n\n") + pageOf(*rule);
     }
-    return print(pages);
+    return kCheck.print(pages);
 }
 
 int showWhere(const std::string& path, const std::vector<std::string>& files) {
     if (files.size() != 1) {
-        return refuseUsage("--where wants one file");
+        return kCheck.refuseUsage("--where wants one file");
     }
     if (!isElementPath(path)) {
-        return refuseUsage("--where wants a path such as /fcpxml[1]/event[1]/@name, not " + path);
+        return kCheck.refuseUsage("--where wants a path such as /fcpxml[1]/event[1]/@name, not " + path);
     }
     const ProjectFiles found = findProjectFiles(files, false);
     if (!found.refused.empty()) {
         complainOfCheck(files[0] + ": It is a folder.");
-        return kUnreadable;
+        return kNotDone;
     }
     ErrorSlot error;
     std::optional<std::string> bytes = readProjectFile(found.paths[0], error);
     if (!bytes) {
         complainOfCheck(error->localizedDescription());
-        return kUnreadable;
+        return kNotDone;
     }
     const PathLookup lookup = lookUpPath(std::move(*bytes), found.paths[0], path);
     if (!lookup.isFound) {
         static_cast<void>(std::fwrite(lookup.text.data(), 1, lookup.text.size(), stderr));
-        return lookup.isText ? kFailure : kUnreadable;
+        return lookup.isText ? kSomethingToSay : kNotDone;
     }
-    return print(lookup.text);
+    return kCheck.print(lookup.text);
 }
 
 std::string faultOfTimeline(const CheckSettings& settings, const std::vector<std::string>& paths,
@@ -208,7 +185,7 @@ int checkFiles(const CheckSettings& settings, const ProjectFiles& files) {
     ReportOutput picture("timeline");
     if (!output.open(settings.reportPath, error) || !picture.open(settings.timelinePath, error)) {
         complainOfCheck(error->localizedDescription());
-        return kUnreadable;
+        return kNotDone;
     }
     return CheckRun(settings, output, picture).run(files);
 }
@@ -217,41 +194,20 @@ int check(const CommandLine& line) {
     CheckSettings settings;
     std::string fault = readCheckSettings(line, settings);
     if (!fault.empty()) {
-        return refuseUsage(fault);
+        return kCheck.refuseUsage(fault);
     }
     const ProjectFiles files = findProjectFiles(line.files(), line.has("-r"));
     fault = faultOf(settings, line.files(), files.paths);
     if (!fault.empty()) {
-        return refuseUsage(fault);
+        return kCheck.refuseUsage(fault);
     }
-    startCrashReports(kCheckProgram, kCheckProgram);
-    platform::catchInterruptions();
-    // A name of its own, so that no run moves on the logs of the programs that change files.
-    QMLog::sharedController().setAppName(std::string(kCheckProgram));
-    QMLog::createNewLog(kCheckProgram, true);
-    if (settings.fix) {
-        for (const std::string& sentence : settleInterruptedRuns()) {
-            complainOfCheck(sentence);
-        }
-    }
-    const int status = checkFiles(settings, files);
-    QMLog::finishWriting();
-    return status;
+    return kCheck.runOnFiles(settings.fix.has_value(),
+                             [&] { return checkFiles(settings, files); });
 }
 
-int runWithin(const std::vector<std::string>& arguments) {
-    const CommandLine line = CommandLine::parse(arguments, kOptions);
-    if (!line.fault().empty()) {
-        return refuseUsage(line.fault());
-    }
-    if (line.has("--help")) {
-        return print(kUsage);
-    }
-    if (line.has("--version")) {
-        return print("vornic-check " VORNIC_VERSION "\n");
-    }
+int act(const CommandLine& line) {
     if (line.has("--list-rules")) {
-        return print(listOfRules());
+        return kCheck.print(listOfRules());
     }
     if (const std::optional<std::string> rule = line.value("--explain")) {
         return explain(*rule);
@@ -265,13 +221,7 @@ int runWithin(const std::vector<std::string>& arguments) {
 }  // namespace
 
 int CheckCommand::run(const std::vector<std::string>& arguments) {
-    secureStandardStreams();
-    try {
-        return runWithin(arguments);
-    } catch (const std::bad_alloc&) {
-        complainOfMemory(kCheckProgram);
-        return kUnreadable;
-    }
+    return kCheck.run(arguments, act);
 }
 
 }  // namespace vornic

@@ -1,3 +1,4 @@
+#include "app/cli/ExitStatus.h"
 #include "app/cli/CheckRun.h"
 
 #include <algorithm>
@@ -33,9 +34,6 @@ namespace vornic {
 
 namespace {
 
-constexpr int kFound = 1;
-constexpr int kUnreadable = 3;
-constexpr int kSignalStatus = 128;
 constexpr std::chrono::milliseconds kLookForSignals{20};
 
 class SilentReportWriter : public ReportWriter {
@@ -228,7 +226,7 @@ void CheckRun::report(const CheckedFile& file) {
     });
     for (const Severity severity : {Severity::info, Severity::warning, Severity::error}) {
         if (settings_.failOn && severity >= *settings_.failOn && findings.count(severity) != 0) {
-            status_ = std::max(status_, kFound);
+            status_ = std::max(status_, kSomethingToSay);
         }
     }
 }
@@ -238,7 +236,7 @@ void CheckRun::refuse(const std::string& path, const std::string& reason,
     QMLog::appendLog("%@", complaint);
     bar_->aside([&] { complainOfCheck(complaint); });
     writer_->refused(path, reason);
-    status_ = kUnreadable;
+    status_ = kNotDone;
 }
 
 void CheckRun::finish() {
@@ -250,9 +248,9 @@ void CheckRun::finish() {
     finish(output_);
     if (hasPicture_) {
         finish(picture_);
-    } else if (settings_.timelinePath && status_ != kUnreadable) {
+    } else if (settings_.timelinePath && status_ != kNotDone) {
         bar_->aside([&] { complainOfCheck("There is no text to draw a timeline of."); });
-        status_ = kUnreadable;
+        status_ = kNotDone;
     }
 }
 
@@ -261,7 +259,7 @@ void CheckRun::finish(ReportOutput& output) {
     bar_->aside([&] { error = output.finish(); });
     if (error) {
         bar_->aside([&] { complainOfCheck(error->localizedDescription()); });
-        status_ = std::max(status_, output.isStandardOutput() ? kFound : kUnreadable);
+        status_ = std::max(status_, output.isStandardOutput() ? kSomethingToSay : kNotDone);
     }
 }
 

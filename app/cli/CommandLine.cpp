@@ -26,7 +26,7 @@ WrittenOption split(std::string_view argument) {
 }  // namespace
 
 CommandLine CommandLine::parse(const std::vector<std::string>& arguments,
-                               std::span<const OptionSpecification> options) {
+                               std::span<const OptionForm> options) {
     CommandLine line;
     bool onlyFiles = false;
     for (std::size_t i = 1; i < arguments.size() && line.fault_.empty(); ++i) {

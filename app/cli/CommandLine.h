@@ -11,7 +11,7 @@
 namespace vornic {
 
 /// An option of a command-line program.
-struct OptionSpecification {
+struct OptionForm {
     /// "--format", or "-j".
     std::string_view name;
     bool takesValue = false;
@@ -27,7 +27,7 @@ class CommandLine {
   public:
     /// @param arguments the program's path first.
     [[nodiscard]] static CommandLine parse(const std::vector<std::string>& arguments,
-                                           std::span<const OptionSpecification> options);
+                                           std::span<const OptionForm> options);
 
     /// What is wrong with the options, as a sentence without a full stop; "" when nothing is.
     [[nodiscard]] const std::string& fault() const { return fault_; }

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cstdio>
 #include <cstdlib>
 #include <limits>
 #include <memory>
@@ -11,10 +10,12 @@
 #include <optional>
 #include <string_view>
 
-#include <unistd.h>
 
 #include "app/cli/CommandLine.h"
+#include "app/cli/Complaint.h"
+#include "app/cli/ExitStatus.h"
 #include "app/cli/InterruptedRuns.h"
+#include "app/cli/Program.h"
 #include "app/cli/ProjectFiles.h"
 #include "app/cli/ReportOutput.h"
 #include "app/cli/StandardStreams.h"
@@ -27,7 +28,6 @@
 #include "platform/processes/Termination.h"
 #include "report/JSONReportWriter.h"
 #include "report/TextReportWriter.h"
-#include "ui/support/CrashReports.h"
 
 #ifndef VORNIC_VERSION
 #error "VORNIC_VERSION is the project's version"
@@ -38,10 +38,6 @@ namespace vornic {
 namespace {
 
 constexpr std::string_view kProgram = "vornic-convert";
-constexpr int kLosses = 1;
-constexpr int kWrongUsage = 2;
-constexpr int kNotWritten = 3;
-constexpr int kSignalStatus = 128;
 constexpr std::size_t kMostShown = 100;
 
 constexpr std::string_view kUsage =
@@ -72,42 +68,27 @@ constexpr std::string_view kUsage =
     "usage, 3 when something was not written, 129, 130 or 143 when interrupted.\n";
 
 constexpr std::array kOptions = {
-    OptionSpecification{"--to", true},     OptionSpecification{"--lowest"},
-    OptionSpecification{"--assume", true}, OptionSpecification{"--strict"},
-    OptionSpecification{"--strip"},        OptionSpecification{"--dry-run"},
-    OptionSpecification{"-o", true},       OptionSpecification{"--in-place"},
-    OptionSpecification{"--bundle"},       OptionSpecification{"--no-bundle"},
-    OptionSpecification{"--format", true}, OptionSpecification{"--max", true},
-    OptionSpecification{"--help"},         OptionSpecification{"--version"},
+    OptionForm{"--to", true},     OptionForm{"--lowest"},
+    OptionForm{"--assume", true}, OptionForm{"--strict"},
+    OptionForm{"--strip"},        OptionForm{"--dry-run"},
+    OptionForm{"-o", true},       OptionForm{"--in-place"},
+    OptionForm{"--bundle"},       OptionForm{"--no-bundle"},
+    OptionForm{"--format", true}, OptionForm{"--max", true},
+    OptionForm{"--help"},         OptionForm{"--version"},
 };
 
-// A line on standard error with the program's name in front; the log has it, too.
-void complain(std::string_view text) {
+constexpr Program kConvert{
+    .name = kProgram, .usage = kUsage, .options = kOptions, .log = kProgram};
+
+// The log has it, too.
+void complainToLog(std::string_view text) {
     QMLog::appendLog("%@", text);
-    const std::string line = formatString("%@: %@\n", kProgram, textForStream(text, STDERR_FILENO));
-    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
+    complain(kProgram, text);
 }
 
 void note(std::string_view text) {
     QMLog::appendLog("%@", text);
-    const std::string line = textForStream(text, STDERR_FILENO) + "\n";
-    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
-}
-
-int refuseUsage(const std::string& fault) {
-    const std::string line = formatString("%@: %@\n", kProgram, fault);
-    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
-    static_cast<void>(std::fwrite(kUsage.data(), 1, kUsage.size(), stderr));
-    return kWrongUsage;
-}
-
-int print(std::string_view text) {
-    writeToStandardOutput(text, true);
-    if (const ErrorSlot error = standardOutputError()) {
-        complain(error->localizedDescription());
-        return kLosses;
-    }
-    return 0;
+    printErrorLine(text);
 }
 
 struct Settings {
@@ -200,15 +181,6 @@ class SettingsReader {
     std::string fault_;
 };
 
-// The run that has the file may take long; only an interruption ends the waiting.
-class Patience final : public Waiting {
-  public:
-    void waitsFor(const std::string& path) override {
-        note(formatString("Waiting for another program that uses the file %@...", path));
-    }
-    [[nodiscard]] bool isCancelled() override { return platform::interruption() != 0; }
-};
-
 // Converts the files in their order and reports on each.
 class Run {
   public:
@@ -241,8 +213,14 @@ class Run {
         try {
             JournaledSwap journaled(std::string(kProgram), VORNIC_VERSION,
                                     JournalEntry::Action::convert);
-            Patience patience;
-            const ConvertedFile file = convertFile(path, settings_.request, patience, journaled);
+            // The run that has the file may take long; only an interruption ends the waiting.
+            const Waiting waiting{.tell =
+                                      [](const string& path) {
+                                          note(formatString("Waiting for another program that uses "
+                                                            "the file %@...", path));
+                                      },
+                                  .stop = untilInterrupted()};
+            const ConvertedFile file = convertFile(path, settings_.request, waiting, journaled);
             tell(file, journaled.isWrittenDown());
         } catch (const std::bad_alloc&) {
             refuse(path, formatString("There is not enough memory to convert the file %@.", path));
@@ -278,13 +256,13 @@ class Run {
             note(formatString("The original is %@%@", file.original,
                               canBeUndone ? "; vornic-repair --undo brings it back." : "."));
         }
-        status_ = std::max(status_, file.losses != 0 ? kLosses : 0);
+        status_ = std::max(status_, file.losses != 0 ? kSomethingToSay : 0);
     }
 
     void refuse(const std::string& path, const std::string& reason) {
-        complain(reason);
+        complainToLog(reason);
         writer_->refused(path, reason);
-        status_ = kNotWritten;
+        status_ = kNotDone;
     }
 
     int finish() {
@@ -292,11 +270,10 @@ class Run {
             writer_->end();
         }
         if (const ErrorSlot error = output_.finish()) {
-            complain(error->localizedDescription());
-            status_ = std::max(status_, kLosses);
+            complainToLog(error->localizedDescription());
+            status_ = std::max(status_, kSomethingToSay);
         }
-        const int signal = platform::interruption();
-        return signal == 0 ? status_ : kSignalStatus + signal;
+        return statusUnlessInterrupted(status_);
     }
 
     const Settings& settings_;
@@ -324,52 +301,21 @@ int convert(const CommandLine& line) {
     Settings settings;
     std::string fault = SettingsReader(line, settings).read();
     if (!fault.empty()) {
-        return refuseUsage(fault);
+        return kConvert.refuseUsage(fault);
     }
     const ProjectFiles files = findProjectFiles(line.files(), false);
     fault = faultOf(settings, line.files(), files.paths);
     if (!fault.empty()) {
-        return refuseUsage(fault);
+        return kConvert.refuseUsage(fault);
     }
-    startCrashReports(kProgram, kProgram);
-    platform::catchInterruptions();
-    // A name of its own, so that no run moves on the logs of the programs that change files.
-    QMLog::sharedController().setAppName(std::string(kProgram));
-    QMLog::createNewLog(kProgram, true);
-    if (settings.request.isInPlace) {
-        for (const std::string& sentence : settleInterruptedRuns()) {
-            complain(sentence);
-        }
-    }
-    const int status = Run(settings).run(files);
-    QMLog::finishWriting();
-    return status;
-}
-
-int runWithin(const std::vector<std::string>& arguments) {
-    const CommandLine line = CommandLine::parse(arguments, kOptions);
-    if (!line.fault().empty()) {
-        return refuseUsage(line.fault());
-    }
-    if (line.has("--help")) {
-        return print(kUsage);
-    }
-    if (line.has("--version")) {
-        return print("vornic-convert " VORNIC_VERSION "\n");
-    }
-    return convert(line);
+    return kConvert.runOnFiles(settings.request.isInPlace,
+                               [&] { return Run(settings).run(files); });
 }
 
 }  // namespace
 
 int ConversionCommand::run(const std::vector<std::string>& arguments) {
-    secureStandardStreams();
-    try {
-        return runWithin(arguments);
-    } catch (const std::bad_alloc&) {
-        complainOfMemory(kProgram);
-        return kNotWritten;
-    }
+    return kConvert.run(arguments, convert);
 }
 
 }  // namespace vornic

@@ -10,6 +10,7 @@
 
 #include <unistd.h>
 
+#include "app/cli/ExitStatus.h"
 #include "app/cli/StandardStreams.h"
 #include "base/FormatString.h"
 #include "base/PathText.h"
@@ -33,7 +34,6 @@ namespace {
 constexpr std::string_view kSwitch = "-convertxmeml";
 constexpr std::int64_t kOldestVersion = 1;
 constexpr std::int64_t kNewestVersion = 5;
-constexpr int kSignalStatus = 128;
 
 void say(std::string_view message) {
     platform::consoleLog(textForStream(message, STDERR_FILENO));
@@ -123,7 +123,7 @@ int ConvertCommand::run(const std::vector<std::string>& arguments) {
     if (const ErrorSlot error = standardOutputError()) {
         say(error->localizedDescription());
     }
-    return platform::interruption() == 0 ? 0 : kSignalStatus + platform::interruption();
+    return statusUnlessInterrupted(0);
 }
 
 }  // namespace vornic

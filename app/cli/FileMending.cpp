@@ -24,20 +24,6 @@ namespace {
 
 constexpr std::string_view kProgram = "vornic-check";
 
-// The run that has the file may take long; only an interruption ends the waiting.
-class Patience final : public Waiting {
-  public:
-    explicit Patience(std::vector<std::string>& lines) : lines_(lines) {}
-
-    void waitsFor(const std::string& path) override {
-        lines_.push_back(formatString("Waited for another program that used the file %@.", path));
-    }
-    [[nodiscard]] bool isCancelled() override { return platform::interruption() != 0; }
-
-  private:
-    std::vector<std::string>& lines_;
-};
-
 void notMade(std::vector<MendRecord>& records, std::string_view why) {
     for (MendRecord& record : records) {
         if (record.isMade) {
@@ -78,9 +64,15 @@ class Fixing {
     }
 
     void fixInPlace() {
-        Patience patience(fixed_.lines);
+        // The run that has the file may take long; only an interruption ends the waiting.
+        const Waiting waiting{.tell =
+                                  [this](const std::string& path) {
+                                      fixed_.lines.push_back(formatString(
+                                          "Waited for another program that used the file %@.", path));
+                                  },
+                              .stop = untilInterrupted()};
         JournaledSwap journaled(std::string(kProgram), VORNIC_VERSION, JournalEntry::Action::mend);
-        MendedFile result = mendFile(path_, request_, patience, journaled);
+        MendedFile result = mendFile(path_, request_, waiting, journaled);
         fixed_.lines.insert(fixed_.lines.end(), result.notes.begin(), result.notes.end());
         take(std::move(result.mended));
         if (result.error || result.isCancelled) {

@@ -2,36 +2,23 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <filesystem>
-#include <new>
 #include <string_view>
 #include <system_error>
 
 #include "app/cli/CommandLine.h"
 #include "app/cli/Complaint.h"
-#include "app/cli/InterruptedRuns.h"
+#include "app/cli/ExitStatus.h"
 #include "app/cli/MediaRun.h"
 #include "app/cli/MediaSettings.h"
+#include "app/cli/Program.h"
 #include "app/cli/ProjectFiles.h"
 #include "app/cli/ReportOutput.h"
-#include "app/cli/StandardStreams.h"
-#include "foundation/log/QMLog.h"
 #include "platform/files/FileSystem.h"
-#include "platform/processes/Termination.h"
-#include "ui/support/CrashReports.h"
-
-#ifndef VORNIC_VERSION
-#error "VORNIC_VERSION is the project's version"
-#endif
 
 namespace vornic {
 
 namespace {
-
-constexpr int kFailure = 1;
-constexpr int kWrongUsage = 2;
-constexpr int kUnreadable = 3;
 
 constexpr std::string_view kUsage =
     "Usage: vornic-media list|missing|relink [options] [--] FILE|FOLDER...\n"
@@ -79,36 +66,24 @@ constexpr std::string_view kUsage =
     "interrupted.\n";
 
 constexpr std::array kOptions = {
-    OptionSpecification{"-r"},
-    OptionSpecification{"--format", true},
-    OptionSpecification{"--report", true},
-    OptionSpecification{"--quiet"},
-    OptionSpecification{"--unused"},
-    OptionSpecification{"--map", true},
-    OptionSpecification{"--search", true},
-    OptionSpecification{"--pick", true},
-    OptionSpecification{"--form", true},
-    OptionSpecification{"--dry-run"},
-    OptionSpecification{"-o", true},
-    OptionSpecification{"--in-place"},
-    OptionSpecification{"--help"},
-    OptionSpecification{"--version"},
+    OptionForm{"-r"},
+    OptionForm{"--format", true},
+    OptionForm{"--report", true},
+    OptionForm{"--quiet"},
+    OptionForm{"--unused"},
+    OptionForm{"--map", true},
+    OptionForm{"--search", true},
+    OptionForm{"--pick", true},
+    OptionForm{"--form", true},
+    OptionForm{"--dry-run"},
+    OptionForm{"-o", true},
+    OptionForm{"--in-place"},
+    OptionForm{"--help"},
+    OptionForm{"--version"},
 };
 
-int refuseUsage(const std::string& fault) {
-    complain(kMediaProgram, fault);
-    static_cast<void>(std::fwrite(kUsage.data(), 1, kUsage.size(), stderr));
-    return kWrongUsage;
-}
-
-int print(std::string_view text) {
-    writeToStandardOutput(text, true);
-    if (const ErrorSlot error = standardOutputError()) {
-        complain(kMediaProgram, error->localizedDescription());
-        return kFailure;
-    }
-    return 0;
-}
+constexpr Program kMedia{
+    .name = kMediaProgram, .usage = kUsage, .options = kOptions, .log = kMediaProgram};
 
 // What is wrong with the files and the place of the report taken together, or "".
 std::string faultOf(const MediaSettings& settings, const std::vector<std::string>& paths) {
@@ -136,57 +111,29 @@ int runOn(const MediaSettings& settings, const ProjectFiles& files) {
     ErrorSlot error;
     if (!output.open(settings.reportPath, error)) {
         complain(kMediaProgram, error->localizedDescription());
-        return kUnreadable;
+        return kNotDone;
     }
     return MediaRun(settings, output).run(files);
 }
 
-int runWithin(const std::vector<std::string>& arguments) {
-    const CommandLine line = CommandLine::parse(arguments, kOptions);
-    if (!line.fault().empty()) {
-        return refuseUsage(line.fault());
-    }
-    if (line.has("--help")) {
-        return print(kUsage);
-    }
-    if (line.has("--version")) {
-        return print("vornic-media " VORNIC_VERSION "\n");
-    }
+int act(const CommandLine& line) {
     MediaSettings settings;
     std::string fault = readMediaSettings(line, settings);
     if (!fault.empty()) {
-        return refuseUsage(fault);
+        return kMedia.refuseUsage(fault);
     }
     const ProjectFiles files = findProjectFiles(settings.files, line.has("-r"));
     fault = faultOf(settings, files.paths);
     if (!fault.empty()) {
-        return refuseUsage(fault);
+        return kMedia.refuseUsage(fault);
     }
-    startCrashReports(kMediaProgram, kMediaProgram);
-    platform::catchInterruptions();
-    // A name of its own, so that no run moves on the logs of the programs that change files.
-    QMLog::sharedController().setAppName(std::string(kMediaProgram));
-    QMLog::createNewLog(kMediaProgram, true);
-    if (settings.isInPlace) {
-        for (const std::string& sentence : settleInterruptedRuns()) {
-            complain(kMediaProgram, sentence);
-        }
-    }
-    const int status = runOn(settings, files);
-    QMLog::finishWriting();
-    return status;
+    return kMedia.runOnFiles(settings.isInPlace, [&] { return runOn(settings, files); });
 }
 
 }  // namespace
 
 int MediaCommand::run(const std::vector<std::string>& arguments) {
-    secureStandardStreams();
-    try {
-        return runWithin(arguments);
-    } catch (const std::bad_alloc&) {
-        complainOfMemory(kMediaProgram);
-        return kUnreadable;
-    }
+    return kMedia.run(arguments, act);
 }
 
 }  // namespace vornic

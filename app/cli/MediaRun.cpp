@@ -1,3 +1,4 @@
+#include "app/cli/ExitStatus.h"
 #include "app/cli/MediaRun.h"
 
 #include <algorithm>
@@ -29,9 +30,6 @@ namespace vornic {
 
 namespace {
 
-constexpr int kFound = 1;
-constexpr int kUnreadable = 3;
-constexpr int kSignalStatus = 128;
 
 class SilentReportWriter : public ReportWriter {
   public:
@@ -52,15 +50,6 @@ std::unique_ptr<ReportWriter> writerFor(MediaFormat format, ReportSink sink) {
             return std::make_unique<SilentReportWriter>();
     }
 }
-
-// The run that has the file may take long; only an interruption ends the waiting.
-class Patience final : public Waiting {
-  public:
-    void waitsFor(const std::string& path) override {
-        printErrorLine(formatString("Waiting for another program that uses the file %@.", path));
-    }
-    [[nodiscard]] bool isCancelled() override { return platform::interruption() != 0; }
-};
 
 }  // namespace
 
@@ -89,9 +78,9 @@ int MediaRun::run(const ProjectFiles& files) {
             break;
         }
     }
-    if (const int signal = platform::interruption(); signal != 0) {
+    if (platform::interruption() != 0) {
         output_.abandon();
-        return kSignalStatus + signal;
+        return statusUnlessInterrupted(status_);
     }
     finish();
     return status_;
@@ -132,7 +121,7 @@ void MediaRun::take(const std::string& path) {
     if (project->fault()) {
         complain(kMediaProgram, formatString("%@: %@ What follows was not read.", path,
                                              project->fault()->localizedDescription()));
-        raise(kUnreadable);
+        raise(kNotDone);
     }
     report(settings_.action == MediaAction::list ? list(*project, size_)
                                                  : missing(path, *project, size_),
@@ -154,7 +143,7 @@ void MediaRun::prepare(const std::vector<std::string>& paths) {
     }
     for (const std::string& folder : relinker_.search()) {
         complain(kMediaProgram, formatString("%@ could not be looked through.", folder));
-        raise(kFound);
+        raise(kSomethingToSay);
     }
 }
 
@@ -172,7 +161,7 @@ void MediaRun::relink(const std::string& path, const ProjectText& project,
         return;
     }
     if (relinked.left != 0) {
-        raise(kFound);
+        raise(kSomethingToSay);
     }
     const bool isChanged = relinked.bytes != bytes;
     if (isChanged && settings_.isDryRun) {
@@ -191,10 +180,17 @@ bool MediaRun::write(const std::string& path, const std::string& oldBytes,
 
 bool MediaRun::writeInPlace(const std::string& path, const std::string& oldBytes,
                             const std::string& newBytes) {
-    Patience patience;
+    // The run that has the file may take long; only an interruption ends the waiting.
+    const Waiting waiting{
+        .tell =
+            [](const std::string& path) {
+                printErrorLine(
+                    formatString("Waiting for another program that uses the file %@.", path));
+            },
+        .stop = untilInterrupted()};
     JournaledSwap journaled(std::string(kMediaProgram), VORNIC_VERSION,
                             JournalEntry::Action::relink);
-    const InPlaceResult result = relinkInPlace(path, oldBytes, newBytes, patience, journaled);
+    const InPlaceResult result = relinkInPlace(path, oldBytes, newBytes, waiting, journaled);
     for (const std::string& note : result.notes) {
         tell(note);
     }
@@ -261,7 +257,7 @@ Report MediaRun::missing(const std::string& path, const ProjectText& project, st
     addMediaFindings(media, sights, report.findings);
     PlaceFinder(project.index(), project.source().decoding).place(report.findings);
     if (!report.media->empty()) {
-        raise(kFound);
+        raise(kSomethingToSay);
     }
     return report;
 }
@@ -277,7 +273,7 @@ void MediaRun::refuse(const std::string& path, const std::string& reason) {
     QMLog::appendLog("%@", reason);
     complain(kMediaProgram, reason);
     writer_->refused(path, reason);
-    raise(kUnreadable);
+    raise(kNotDone);
 }
 
 void MediaRun::raise(int status) {
@@ -288,7 +284,7 @@ void MediaRun::finish() {
     writer_->end();
     if (const ErrorSlot error = output_.finish()) {
         complain(kMediaProgram, error->localizedDescription());
-        raise(output_.isStandardOutput() ? kFound : kUnreadable);
+        raise(output_.isStandardOutput() ? kSomethingToSay : kNotDone);
     }
 }
 

@@ -11,6 +11,7 @@
 
 #include <unistd.h>
 
+#include "app/cli/ExitStatus.h"
 #include "app/cli/InterruptedRuns.h"
 #include "app/cli/SalvageCommand.h"
 #include "app/cli/StandardStreams.h"
@@ -38,9 +39,6 @@ namespace vornic {
 namespace {
 
 constexpr std::string_view kName = "vornic-repair";
-constexpr int kFailure = 1;
-constexpr int kWrongUsage = 2;
-constexpr int kSignalStatus = 128;
 
 constexpr std::string_view kUsage =
     "Usage: vornic-repair [--quiet] [--] FILE...\n"
@@ -138,7 +136,7 @@ bool isOutputWritten() {
 
 int print(std::string_view text) {
     writeToStandardOutput(text, true);
-    return isOutputWritten() ? 0 : kFailure;
+    return isOutputWritten() ? 0 : kSomethingToSay;
 }
 
 // The report, the log and the preferences hold whole paths, wherever the program was started.
@@ -268,7 +266,7 @@ int repairFiles(const Options& options) {
         }
         allGood = repairFile(absolutePath(file), options.quiet, taskLog) && allGood;
     }
-    return allGood ? 0 : kFailure;
+    return allGood ? 0 : kSomethingToSay;
 }
 
 int undo(const Options& options) {
@@ -308,10 +306,7 @@ int runWithin(const std::vector<std::string>& arguments) {
     const int status = runOnFiles(options);
     // A report that did not reach its reader is no good end, whatever became of the files.
     const bool isReported = isOutputWritten();
-    if (platform::interruption() != 0) {
-        return kSignalStatus + platform::interruption();
-    }
-    return isReported ? status : std::max(status, kFailure);
+    return statusUnlessInterrupted(isReported ? status : std::max(status, kSomethingToSay));
 }
 
 }  // namespace
@@ -330,7 +325,7 @@ int RepairCommand::run(const std::vector<std::string>& arguments) {
     } catch (const std::bad_alloc&) {
         // There is not even a log.
     }
-    return kFailure;
+    return kSomethingToSay;
 }
 
 }  // namespace vornic

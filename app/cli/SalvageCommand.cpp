@@ -3,31 +3,29 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <new>
 #include <optional>
 #include <string_view>
 
-#include <unistd.h>
 
 #include "app/cli/CommandLine.h"
+#include "app/cli/Complaint.h"
+#include "app/cli/ExitStatus.h"
 #include "app/cli/InterruptedRuns.h"
+#include "app/cli/Program.h"
 #include "app/cli/ProjectFiles.h"
 #include "app/cli/ReportOutput.h"
 #include "app/cli/StandardStreams.h"
 #include "app/cli/TerminalBar.h"
 #include "base/FormatString.h"
-#include "base/TerminalText.h"
 #include "foundation/log/QMLog.h"
 #include "job/SalvageFile.h"
 #include "platform/files/FileSystem.h"
 #include "platform/processes/Termination.h"
-#include "platform/settings/Bundle.h"
 #include "report/JSONReportWriter.h"
 #include "report/TextReportWriter.h"
-#include "ui/support/CrashReports.h"
 
 #ifndef VORNIC_VERSION
 #error "VORNIC_VERSION is the project's version"
@@ -39,10 +37,6 @@ namespace {
 
 constexpr std::string_view kName = "vornic-repair";
 constexpr std::string_view kSalvage = "--salvage";
-constexpr int kFound = 1;
-constexpr int kWrongUsage = 2;
-constexpr int kNothingWritten = 3;
-constexpr int kSignalStatus = 128;
 constexpr std::size_t kMostOfARule = 100;
 
 constexpr std::string_view kUsage =
@@ -62,30 +56,15 @@ constexpr std::string_view kUsage =
     "be read or no copy of it be written, 129, 130 or 143 when interrupted.\n";
 
 constexpr std::array kOptions = {
-    OptionSpecification{kSalvage},         OptionSpecification{"-o", true},
-    OptionSpecification{"--format", true}, OptionSpecification{"--quiet"},
-    OptionSpecification{"--help"},         OptionSpecification{"--version"},
+    OptionForm{kSalvage},         OptionForm{"-o", true},
+    OptionForm{"--format", true}, OptionForm{"--quiet"},
+    OptionForm{"--help"},         OptionForm{"--version"},
 };
 
-void printError(std::string_view text) {
-    static_cast<void>(std::fwrite(text.data(), 1, text.size(), stderr));
-}
-
-void complain(std::string_view text) {
-    printError(formatString("%@: %@\n", kName, textForStream(text, STDERR_FILENO)));
-}
-
-int refuseUsage(std::string_view fault) {
-    complain(fault);
-    printError(kUsage);
-    return kWrongUsage;
-}
+constexpr Program kProgram{.name = kName, .usage = kUsage, .options = kOptions, .log = ""};
 
 std::string faultOf(const CommandLine& line) {
     const std::vector<std::string>& files = line.files();
-    if (!line.fault().empty()) {
-        return line.fault();
-    }
     const std::optional<std::string> format = line.value("--format");
     if (format && *format != "text" && *format != "json") {
         return "--format wants text or json, not " + *format;
@@ -170,7 +149,7 @@ class SalvageRun {
                 say(formatString("Something of the file %@ was not kept. %@", path,
                                  copy.lostMetadata));
             }
-            status_ = std::max(status_, kFound);
+            status_ = std::max(status_, kSomethingToSay);
         }
         if (salvaged.isSound) {
             say(formatString("The file %@ is sound; there is nothing to salvage.", path));
@@ -184,25 +163,25 @@ class SalvageRun {
     void say(const std::string& sentence) {
         QMLog::appendLog("%@", sentence);
         if (!isQuiet_) {
-            bar_.aside([&] { printError(textForStream(sentence, STDERR_FILENO) + "\n"); });
+            bar_.aside([&] { printErrorLine(sentence); });
         }
     }
 
     void refuse(const std::string& path, const std::string& reason) {
         QMLog::appendLog("%@", reason);
         bar_.aside([&] {
-            complain(reason);
+            complain(kName, reason);
             writer_->refused(path, reason);
         });
-        status_ = kNothingWritten;
+        status_ = kNotDone;
     }
 
     void finish() {
         bar_.aside([&] {
             writer_->end();
             if (const ErrorSlot error = report_.finish()) {
-                complain(error->localizedDescription());
-                status_ = std::max(status_, kFound);
+                complain(kName, error->localizedDescription());
+                status_ = std::max(status_, kSomethingToSay);
             }
         });
     }
@@ -224,36 +203,13 @@ class SalvageRun {
     TerminalBar bar_;
 };
 
-int print(std::string_view text) {
-    writeToStandardOutput(text, true);
-    if (const ErrorSlot error = standardOutputError()) {
-        complain(error->localizedDescription());
-        return kFound;
-    }
-    return 0;
-}
-
-int runWithin(const std::vector<std::string>& arguments) {
-    const CommandLine line = CommandLine::parse(arguments, kOptions);
-    if (line.fault().empty() && line.has("--help")) {
-        return print(kUsage);
-    }
-    if (line.fault().empty() && line.has("--version")) {
-        return print("vornic-repair " VORNIC_VERSION "\n");
-    }
+int salvage(const CommandLine& line) {
     if (const std::string fault = faultOf(line); !fault.empty()) {
-        return refuseUsage(fault);
+        return kProgram.refuseUsage(fault);
     }
     const ProjectFiles files = findProjectFiles(line.files(), false);
-    startCrashReports(kRepairProgram);
-    platform::catchInterruptions();
-    QMLog::createNewLog(platform::applicationName(), true);
-    for (const std::string& sentence : settleInterruptedRuns()) {
-        complain(sentence);
-    }
-    const int status = SalvageRun(line).run(files);
-    QMLog::finishWriting();
-    return platform::interruption() != 0 ? kSignalStatus + platform::interruption() : status;
+    return kProgram.runOnFiles(
+        true, [&] { return statusUnlessInterrupted(SalvageRun(line).run(files)); });
 }
 
 }  // namespace
@@ -264,13 +220,7 @@ bool SalvageCommand::isMeantBy(const std::vector<std::string>& arguments) {
 }
 
 int SalvageCommand::run(const std::vector<std::string>& arguments) {
-    secureStandardStreams();
-    try {
-        return runWithin(arguments);
-    } catch (const std::bad_alloc&) {
-        complainOfMemory(kName);
-        return kNothingWritten;
-    }
+    return kProgram.run(arguments, salvage);
 }
 
 }  // namespace vornic

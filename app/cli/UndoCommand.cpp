@@ -11,6 +11,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include "app/cli/ExitStatus.h"
 #include "app/cli/StandardStreams.h"
 #include "base/FormatString.h"
 #include "base/TerminalText.h"
@@ -28,9 +29,6 @@
 namespace vornic {
 
 namespace {
-
-constexpr int kSomethingToSay = 1;
-constexpr int kNothingUndone = 3;
 
 void printError(const std::string& text) {
     writeToStandardOutput({}, true);
@@ -194,7 +192,7 @@ class UndoRun {
             tell(undo_.undo(file, question));
         }
         if (undone_ == 0) {
-            return kNothingUndone;
+            return kNotDone;
         }
         return hasComplaint_ ? kSomethingToSay : 0;
     }
@@ -238,7 +236,7 @@ int list(const UndoOptions& options, Undo& undo) {
     const auto changes = undo.changes(error, pathsOf(options.files));
     if (!changes) {
         complain(error->localizedDescription());
-        return kNothingUndone;
+        return kNotDone;
     }
     for (const UndoableChange& change : *changes) {
         printLine(formatString("%@  %@  %@", localDate(change.entry.date),
@@ -255,7 +253,7 @@ int UndoCommand::run(const UndoOptions& options) {
     const std::optional<Journal> journal = Journal::ofUser();
     if (!journal) {
         complain("There is nothing to undo, since there is no home folder.");
-        return kNothingUndone;
+        return kNotDone;
     }
     Undo undo(*journal, QMLocalPaths::trashDirectory().value_or(""), "vornic-repair",
               VORNIC_VERSION);

@@ -6,7 +6,7 @@
 
 #include "app/window/FindingsTable.h"
 #include "app/window/HeaderText.h"
-#include "app/window/Patience.h"
+#include "app/window/LoggedWaiting.h"
 #include "base/FormatString.h"
 #include "convert/ProjectConversion.h"
 #include "convert/catalogue/VersionCatalogue.h"
@@ -211,15 +211,15 @@ ConvertedVersion convertFCPXML(const std::string& path, const VersionRequest& re
     wanted.conversion.mostOfARule = 0;
     wanted.isInPlace = request.isInPlace;
     wanted.expected = request.digest;
-    wanted.isStopped = request.isStopped;
-    Patience patience(request.isStopped);
+    wanted.stop = request.stop;
+    const Waiting waiting = loggedWaiting(request.stop);
     JournaledSwap journaled(program, version, JournalEntry::Action::convert);
-    ConvertedFile file = convertFile(path, wanted, patience, journaled);
+    ConvertedFile file = convertFile(path, wanted, waiting, journaled);
     ConvertedVersion converted;
     converted.notes = std::move(file.notes);
     converted.failure = std::move(file.refusal);
     converted.isDone = file.report.conversion && !file.report.conversion->result.empty();
-    converted.isStopped = !converted.isDone && request.isStopped && request.isStopped();
+    converted.isStopped = !converted.isDone && request.stop.stopRequested();
     if (converted.isDone) {
         converted.replaced = request.isInPlace ? file.original : file.report.conversion->result;
         converted.isUndoable = request.isInPlace && journaled.isWrittenDown();

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "base/StopToken.h"
 #include "app/window/FileActions.h"
 #include "formats/FileKind.h"
 #include "platform/files/ContentDigest.h"
@@ -95,7 +96,7 @@ struct VersionRequest {
     /// Of the file that was looked at: one that has changed since is left alone.
     platform::ContentDigest::Value digest{};
     /// Asked before anything is written; none for never.
-    std::function<bool()> isStopped;
+    StopToken stop{};
 };
 
 struct ConvertedVersion : FileActionResult {

@@ -5,7 +5,7 @@
 
 #include "app/cli/UndoCommand.h"
 #include "app/window/HeaderText.h"
-#include "app/window/Patience.h"
+#include "app/window/LoggedWaiting.h"
 #include "base/FormatString.h"
 #include "base/PathText.h"
 #include "check/VersionMend.h"
@@ -110,9 +110,9 @@ std::string originalOf(const std::string& path) {
 FileActionResult mendInPlace(const std::string& path, const MendRequest& request,
                              const std::string& program, const std::string& version) {
     FileActionResult action;
-    Patience patience;
+    const Waiting waiting = loggedWaiting();
     JournaledSwap journaled(program, version, JournalEntry::Action::mend);
-    MendedFile result = mendFile(path, request, patience, journaled);
+    MendedFile result = mendFile(path, request, waiting, journaled);
     if (!result.mended.refusal.empty()) {
         action.failure =
             formatString("The file %@ was not mended: %@.", path, result.mended.refusal);
@@ -132,8 +132,8 @@ FileActionResult setVersionInPlace(const std::string& path, const std::string& t
                                    const std::string& program, const std::string& version) {
     FileActionResult action;
     InPlaceResult result;
-    Patience patience;
-    InPlaceChange place(path, {"version", "changed"}, patience, result);
+    const Waiting waiting = loggedWaiting();
+    InPlaceChange place(path, {"version", "changed"}, waiting, result);
     if (const std::optional<std::string> bytes = place.read()) {
         const std::unique_ptr<ProjectText> project = ProjectText::read(*bytes, result.error);
         const std::optional<Mend> mend = project ? versionMend(project->index(), to) : std::nullopt;

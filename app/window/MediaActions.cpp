@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "app/window/Patience.h"
+#include "app/window/LoggedWaiting.h"
 #include "base/FormatString.h"
 #include "job/JournaledSwap.h"
 #include "job/MediaLook.h"
@@ -97,10 +97,10 @@ RelinkPreview previewFolderChange(const std::string& path, const std::string& ol
 FileActionResult relinkAsShown(const std::string& path, const RelinkPreview& preview,
                                const std::string& program, const std::string& version) {
     FileActionResult action;
-    Patience patience;
+    const Waiting waiting = loggedWaiting();
     JournaledSwap journaled(program, version, JournalEntry::Action::relink);
     InPlaceResult result =
-        relinkInPlace(path, *preview.oldBytes, *preview.newBytes, patience, journaled);
+        relinkInPlace(path, *preview.oldBytes, *preview.newBytes, waiting, journaled);
     action.isUndoable = journaled.isWrittenDown();
     takeResult(path, result, action);
     return action;

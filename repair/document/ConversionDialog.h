@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "convert/ConversionOffer.h"
+
 namespace vornic {
 
 /// The conversion dialog of a document's window, as far as the document drives it (`windowConvert`,
@@ -21,16 +23,13 @@ class ConversionDialog {
     virtual void startConvertSpinner() = 0;
     virtual void stopConvertSpinner() = 0;
     virtual void setConvertCurVersion(std::string_view text) = 0;
-    virtual void setConvertDowngradeVersion(std::string_view text) = 0;
-    virtual void removeAllConvertVersions() = 0;
-    /// Adds an item at the end of the version menu.
-    virtual void addConvertVersion(std::string_view title) = 0;
-    /// Gives the last item of the menu a key, the version that it stands for.
-    virtual void setLastConvertVersionKey(std::string_view key) = 0;
+    /// Fills the label of the lowest version without loss and the version menu, each item with its
+    /// key, and enables menu and button when there is a version to choose.
+    virtual void showOffer(const ConversionOffer& offer) = 0;
     /// The key of the selected item of the version menu, or nothing.
     [[nodiscard]] virtual std::optional<std::string> selectedConvertVersionKey() const = 0;
-    virtual void setConvertVersionMenuEnabled(bool enabled) = 0;
-    virtual void setConvertButtonEnabled(bool enabled) = 0;
+    /// Enables or disables menu and button.
+    virtual void setConvertInterfaceEnabled(bool enabled) = 0;
 };
 
 }  // namespace vornic

@@ -237,7 +237,6 @@ class Document : public std::enable_shared_from_this<Document> {
     void fillDialog(const Run& run, const std::string& path);
     void showCurrentVersion(const Run& run, const ConvertibleFile& file) const;
     void showOffer(const Run& run, const ConversionOffer& offer);
-    void showLowestVersion(const Run& run, const ConversionOffer& offer);
 
     void endCloseQuestion();
 

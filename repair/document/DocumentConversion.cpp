@@ -143,8 +143,7 @@ void Document::disableConvertInterface() {
 
 void Document::setConvertInterfaceEnabled(bool enabled) {
     inWindow([enabled](DocumentWindow& window) {
-        window.conversionDialog().setConvertVersionMenuEnabled(enabled);
-        window.conversionDialog().setConvertButtonEnabled(enabled);
+        window.conversionDialog().setConvertInterfaceEnabled(enabled);
     });
 }
 
@@ -185,7 +184,8 @@ void Document::fillDialog(const Run& run, const std::string& path) {
         }
         const auto& file = std::get<ConvertibleFile>(read);
         showCurrentVersion(run, file);
-        if (const auto offer = makeConversionOffer(file, [&run] { return run->isStopped(); })) {
+        if (const auto offer = makeConversionOffer(
+                file, StopToken([&run] { return run->isStopped(); }))) {
             showOffer(run, *offer);
         }
     } catch (const std::bad_alloc&) {
@@ -202,40 +202,18 @@ void Document::showCurrentVersion(const Run& run, const ConvertibleFile& file) c
 }
 
 void Document::showOffer(const Run& run, const ConversionOffer& offer) {
-    inDialog(run, [](ConversionDialog& dialog) { dialog.removeAllConvertVersions(); });
     for (std::size_t i = 0; i < offer.versions.size(); ++i) {
-        const ConversionOffer::Version& version = offer.versions[i];
-        tellVersionTest(version.test);
+        tellVersionTest(offer.versions[i].test);
         if (offer.lowest == i) {
-            showLowestVersion(run, offer);
             QMLog::appendLog("Minimum downgrade version: %li", offer.lowestVersion());
         }
-        inDialog(run, [](ConversionDialog& dialog) {
-            dialog.setConvertVersionMenuEnabled(true);
-            dialog.setConvertButtonEnabled(true);
-        });
-        for (int item = 0; item < version.menuItems; ++item) {
-            inDialog(run,
-                     [&](ConversionDialog& dialog) { dialog.addConvertVersion(version.title); });
-            inDialog(run, [&](ConversionDialog& dialog) {
-                dialog.setLastConvertVersionKey(version.key);
-            });
-        }
     }
-    if (!offer.lowest) {
-        showLowestVersion(run, offer);
-    }
-}
-
-void Document::showLowestVersion(const Run& run, const ConversionOffer& offer) {
+    inDialog(run, [&](ConversionDialog& dialog) { dialog.showOffer(offer); });
     MainThread::performAndWait([&] {
         if (isLatest(run)) {
             setMinDowngradeVersion(offer.lowestVersion());
         }
     });
-    const std::string text =
-        formatString("Can be downgraded without changes to version: %@", offer.lowestTitle());
-    inDialog(run, [&](ConversionDialog& dialog) { dialog.setConvertDowngradeVersion(text); });
 }
 
 bool Document::xmlStringRequiresVersion(std::string_view xmlString, const std::string& version) {

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <utility>
 
-#include "job/StopToken.h"
+#include "base/StopToken.h"
 #include "repair/pipeline/RepairReport.h"
 #include "xml/text/TextSpan.h"
 

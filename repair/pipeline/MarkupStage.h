@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "base/Error.h"
-#include "job/StopToken.h"
+#include "base/StopToken.h"
 #include "repair/pipeline/RepairReport.h"
 #include "repair/pipeline/SourcePlaces.h"
 #include "repair/pipeline/Stage.h"

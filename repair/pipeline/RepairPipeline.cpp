@@ -59,7 +59,8 @@ RepairPipeline::RepairPipeline(const std::string& path, FileKind kind, Events& e
       stop_(std::move(stop)),
       observer_(observer),
       named_(path),
-      workingCopy_(path, workingCopyPath(path, kind_), *this),
+      workingCopy_(path, workingCopyPath(path, kind_),
+                   {.tell = [this](const std::string& file) { tellWait(file); }, .stop = stop_}),
       markup_(report_, stop_, error_) {}
 
 RepairResult RepairPipeline::run() && {
@@ -138,7 +139,7 @@ Stage<Done> RepairPipeline::begin() {
     return Done();
 }
 
-void RepairPipeline::waitsFor(const std::string& path) {
+void RepairPipeline::tellWait(const std::string& path) {
     report_.label("repair-waiting"_rule, {{"path", path}});
     report_.say("repair-waiting"_rule, {{"path", path}});
 }
@@ -196,7 +197,11 @@ RunEnd RepairPipeline::uncreated(const std::string& why) {
 
 void RepairPipeline::reportNotes() {
     for (const Note& note : workingCopy_.takeNotes()) {
-        report_.say(note);
+        if (note.isForLog) {
+            report_.events().logLine(note.text());
+        } else {
+            report_.say(note);
+        }
     }
 }
 
@@ -383,6 +388,7 @@ void RepairPipeline::finishRepaired(RepairResult& result) {
 
 void RepairPipeline::removeWorkingCopy() {
     workingCopy_.remove(error_);
+    reportNotes();
     if (error_) {
         reportUnremovedCopy();
     }

@@ -8,7 +8,7 @@
 #include "formats/FileKind.h"
 #include "job/Events.h"
 #include "job/NamedSources.h"
-#include "job/StopToken.h"
+#include "base/StopToken.h"
 #include "job/SwapObserver.h"
 #include "job/Waiting.h"
 #include "job/WorkingCopy.h"
@@ -24,7 +24,7 @@ namespace vornic {
 /// and puts it in the file's place when, and only when, faults were found and all of them mended.
 /// The user's file itself is never written; it ends untouched or in the Trash. An object makes one
 /// run, on one thread.
-class RepairPipeline : private Waiting {
+class RepairPipeline {
   public:
     /// @param path the user's file, best absolute: it is stored in the preferences as it stands
     /// @param events told what is to be seen meanwhile; must outlive the run
@@ -46,8 +46,8 @@ class RepairPipeline : private Waiting {
     // Null where there is none.
     using Tree = std::unique_ptr<XMLDocument>;
 
-    void waitsFor(const std::string& path) override;
-    [[nodiscard]] bool isCancelled() override { return stop_.stopRequested(); }
+    void tellWait(const std::string& path);
+    [[nodiscard]] bool isCancelled() const { return stop_.stopRequested(); }
 
     // The stages of a run in their order.
     Stage<Done> judge();

@@ -6,7 +6,7 @@
 #include <utility>
 #include <variant>
 
-#include "job/StopToken.h"
+#include "base/StopToken.h"
 #include "repair/pipeline/RepairResult.h"
 
 namespace vornic {

@@ -24,7 +24,7 @@ class ConversionAnalysisTest : public test::EngineTest {
         return std::get<AnalysisFailure>(readForConversion(path));
     }
     [[nodiscard]] static ConversionOffer offerOf(const ConvertibleFile& file) {
-        return makeConversionOffer(file, [] { return false; }).value();
+        return makeConversionOffer(file, StopToken()).value();
     }
 };
 
@@ -60,7 +60,8 @@ TEST_F(ConversionAnalysisTest, offersTheVersionsFromTheHighestDown) {
     EXPECT_TRUE(offer.versions[4].test.isRequired);
     EXPECT_EQ(offer.lowest, 3U);
     EXPECT_EQ(offer.lowestVersion(), 2);
-    EXPECT_EQ(offer.lowestTitle(), "2 (Final Cut Pro 5+)");
+    EXPECT_EQ(offer.lowestText(),
+              "Can be downgraded without changes to version: 2 (Final Cut Pro 5+)");
 }
 
 TEST_F(ConversionAnalysisTest, offersVersionOneWhereNoneIsNeeded) {
@@ -68,13 +69,14 @@ TEST_F(ConversionAnalysisTest, offersVersionOneWhereNoneIsNeeded) {
     const ConversionOffer offer = offerOf(readFile("2", ""));
     EXPECT_EQ(offer.lowest, std::nullopt);
     EXPECT_EQ(offer.lowestVersion(), 1);
-    EXPECT_EQ(offer.lowestTitle(), "1 (Final Cut Pro 4+)");
+    EXPECT_EQ(offer.lowestText(),
+              "Can be downgraded without changes to version: 1 (Final Cut Pro 4+)");
 }
 
 TEST_F(ConversionAnalysisTest, endsBetweenVersionsWhenItIsStopped) {
     const ConvertibleFile file = readFile("4", "");
     int asked = 0;
-    EXPECT_FALSE(makeConversionOffer(file, [&asked] { return ++asked == 3; }));
+    EXPECT_FALSE(makeConversionOffer(file, StopToken([&asked] { return ++asked == 3; })));
     EXPECT_EQ(asked, 3);
 }
 

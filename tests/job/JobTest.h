@@ -27,23 +27,27 @@ using Notes = std::vector<Note>;
 /// Writes down that a job waits, and does then, once, what a test wants.
 class RecordingWaiting : public Waiting {
   public:
+    RecordingWaiting() : Waiting{} {
+        tell = [this](const std::string& path) {
+            waits.push_back(path);
+            if (onWait) {
+                onWait();
+            }
+        };
+        stop = StopToken([this] {
+            if (onPoll) {
+                std::exchange(onPoll, nullptr)();
+            }
+            return cancelled;
+        });
+    }
+    RecordingWaiting(const RecordingWaiting&) = delete;
+    RecordingWaiting& operator=(const RecordingWaiting&) = delete;
+
     Strings waits;
     bool cancelled = false;
     std::function<void()> onPoll;
     std::function<void()> onWait;
-
-    void waitsFor(const std::string& path) override {
-        waits.push_back(path);
-        if (onWait) {
-            onWait();
-        }
-    }
-    [[nodiscard]] bool isCancelled() override {
-        if (onPoll) {
-            std::exchange(onPoll, nullptr)();
-        }
-        return cancelled;
-    }
 };
 
 /// A source with a working copy of it.

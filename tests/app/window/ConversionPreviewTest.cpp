@@ -42,7 +42,7 @@ class ConversionPreviewTest : public SandboxTest {
         return {.version = version,
                 .isInPlace = isInPlace,
                 .digest = previewOf(version).digest,
-                .isStopped = {}};
+                .stop = {}};
     }
 
     std::string path = sandbox.write("cut.fcpxml", kProject);
@@ -104,7 +104,7 @@ TEST_F(ConversionPreviewTest, convertsAFileInItsPlaceAndKeepsTheOriginal) {
 TEST_F(ConversionPreviewTest, writesNothingOnceItIsStopped) {
     for (const bool isInPlace : {true, false}) {
         VersionRequest request = requestFor("1.10", isInPlace);
-        request.isStopped = [] { return true; };
+        request.stop = StopToken([] { return true; });
         const ConvertedVersion converted = convertFCPXML(path, request, "test", "1");
         EXPECT_FALSE(converted.isDone);
         EXPECT_TRUE(converted.isStopped);

@@ -43,14 +43,9 @@ class DocumentAnalysisTest : public test::DocumentTest {
     }
     [[nodiscard]] Menu menu() const {
         Menu items;
-        for (const std::string& call : window->calls) {
-            if (call == "clear menu") {
-                items.clear();
-            } else if (call.starts_with("add: ")) {
-                items.emplace_back(call.substr(5), "");
-            } else if (call.starts_with("key: ")) {
-                items.back().second = call.substr(5);
-            }
+        for (const ConversionOffer::Version& version : window->offers.back().versions) {
+            items.insert(items.end(), static_cast<std::size_t>(version.menuItems),
+                         {version.title, version.key});
         }
         return items;
     }
@@ -63,7 +58,7 @@ class DocumentAnalysisTest : public test::DocumentTest {
     }
     [[nodiscard]] std::string curVersion() const { return window->callsOf("current: ").back(); }
     [[nodiscard]] std::string downgradeVersion() const {
-        return window->callsOf("downgrade: ").back();
+        return window->callsOf("offer: ").back();
     }
     void expectNothingShown() const {
         EXPECT_EQ(window->calls, (Strings{"start spinner", "stop spinner"}));
@@ -81,39 +76,18 @@ TEST_F(DocumentAnalysisTest, onlyStopsTheSpinnerWithoutAFile) {
 
 TEST_F(DocumentAnalysisTest, walksTheVersionsFromTheHighestDown) {
     analyse("2", "<sequence><multiclip id=\"1\"/></sequence>");
-    EXPECT_EQ(window->calls, (Strings{"start spinner",
-                                      "current: Current XML version: 2 (Final Cut Pro 5+)",
-                                      "clear menu",
-                                      "menu on",
-                                      "button on",
-                                      "add: 5 (Final Cut Pro 7+)",
-                                      "key: 5",
-                                      "add: 5 (Final Cut Pro 7+)",
-                                      "key: 5",
-                                      "menu on",
-                                      "button on",
-                                      "add: 4 (Final Cut Pro 6+)",
-                                      "key: 4",
-                                      "add: 4 (Final Cut Pro 6+)",
-                                      "key: 4",
-                                      "menu on",
-                                      "button on",
-                                      "add: 3 (Final Cut Pro 5.1.2+)",
-                                      "key: 3",
-                                      "add: 3 (Final Cut Pro 5.1.2+)",
-                                      "key: 3",
-                                      "downgrade: " + downgradeText("2 (Final Cut Pro 5+)"),
-                                      "menu on",
-                                      "button on",
-                                      "add: 2 (Final Cut Pro 5+)",
-                                      "key: 2",
-                                      "menu on",
-                                      "button on",
-                                      "add: 1 (Final Cut Pro 4+)",
-                                      "key: 1",
-                                      "add: 1 (Final Cut Pro 4+)",
-                                      "key: 1",
-                                      "stop spinner"}));
+    EXPECT_EQ(window->calls,
+              (Strings{"start spinner", "current: Current XML version: 2 (Final Cut Pro 5+)",
+                       "offer: " + downgradeText("2 (Final Cut Pro 5+)"), "stop spinner"}));
+    EXPECT_EQ(menu(), (Menu{{"5 (Final Cut Pro 7+)", "5"},
+                            {"5 (Final Cut Pro 7+)", "5"},
+                            {"4 (Final Cut Pro 6+)", "4"},
+                            {"4 (Final Cut Pro 6+)", "4"},
+                            {"3 (Final Cut Pro 5.1.2+)", "3"},
+                            {"3 (Final Cut Pro 5.1.2+)", "3"},
+                            {"2 (Final Cut Pro 5+)", "2"},
+                            {"1 (Final Cut Pro 4+)", "1"},
+                            {"1 (Final Cut Pro 4+)", "1"}}));
     EXPECT_EQ(log.entries(), (Strings{"Generating conversion data for file " + file + "...",
                                       "XMEML version: 2", "Final Cut Pro version: 5",
                                       "Found tag: <multiclip", "Minimum downgrade version: 2"}));
@@ -139,7 +113,7 @@ TEST_F(DocumentAnalysisTest, goesOnTestingAfterTheMinimumIsFound) {
     EXPECT_EQ(
         Strings(entries.begin() + 3, entries.end()),
         (Strings{"Found tag: <metadata", "Minimum downgrade version: 3", "Found tag: <multiclip"}));
-    EXPECT_EQ(window->callsOf("downgrade: ").size(), 1U);
+    EXPECT_EQ(window->callsOf("offer: ").size(), 1U);
 }
 
 TEST_F(DocumentAnalysisTest, findsMinimumOneForAFileWithoutListedElements) {
@@ -164,9 +138,9 @@ TEST_F(DocumentAnalysisTest, fallsBackToOneForAnEmptyCatalogue) {
     EXPECT_EQ(
         window->calls,
         (Strings{"start spinner",
-                 "current: Current XML version: 2 (Final Cut Pro Unknown Version+)", "clear menu",
-                 "downgrade: " + downgradeText("1 (Final Cut Pro 4+)"), "stop spinner"}));
-    EXPECT_TRUE(window->callsOf("menu on").empty());
+                 "current: Current XML version: 2 (Final Cut Pro Unknown Version+)",
+                 "offer: " + downgradeText("1 (Final Cut Pro 4+)"), "stop spinner"}));
+    EXPECT_TRUE(menu().empty());
 }
 
 TEST_F(DocumentAnalysisTest, namesAnUncataloguedVersionUnknown) {
@@ -286,7 +260,7 @@ TEST_F(DocumentAnalysisTest, readsTheCatalogueAgainForEachVersion) {
 
 TEST_F(DocumentAnalysisTest, logsAnExceptionAndStopsTheSpinner) {
     window->onCall = [](const std::string& call) {
-        if (call == "clear menu") {
+        if (call.starts_with("offer: ")) {
             throw platform::Exception("Test", "raised");
         }
     };

@@ -29,10 +29,11 @@ class RecordingDocumentWindow : public DocumentWindow, public ConversionDialog {
     /// The calls in order: "clear", "insert: TEXT" with " [error]", " [bold]" behind it,
     /// "cancel button on", "cancel button off", "start", "stop", "indeterminate", "determinate",
     /// "status: TEXT", "begin sheet", "end sheet", "alert: MESSAGE | INFO", "begin convert",
-    /// "end convert", "start spinner", "stop spinner", "current: TEXT", "downgrade: TEXT",
-    /// "clear menu", "add: TITLE", "key: KEY", "menu on", "menu off", "button on", "button off",
-    /// "converted: VERSION".
+    /// "end convert", "start spinner", "stop spinner", "current: TEXT", "offer: LOWEST VERSION",
+    /// "interface on", "interface off", "converted: VERSION".
     std::vector<std::string> calls;
+    /// What the conversion dialog was given to show, in order.
+    std::vector<ConversionOffer> offers;
     /// How runs have ended, in order.
     std::vector<RepairResult> outcomes;
     /// When set, runs after each call, which it is given; may raise.
@@ -99,18 +100,15 @@ class RecordingDocumentWindow : public DocumentWindow, public ConversionDialog {
     void startConvertSpinner() override { note("start spinner"); }
     void stopConvertSpinner() override { note("stop spinner"); }
     void setConvertCurVersion(std::string_view text) override { note("current: ", text); }
-    void setConvertDowngradeVersion(std::string_view text) override { note("downgrade: ", text); }
-    void removeAllConvertVersions() override { note("clear menu"); }
-    void addConvertVersion(std::string_view title) override { note("add: ", title); }
-    void setLastConvertVersionKey(std::string_view key) override { note("key: ", key); }
+    void showOffer(const ConversionOffer& offer) override {
+        offers.push_back(offer);
+        note("offer: ", offer.lowestText());
+    }
     [[nodiscard]] std::optional<std::string> selectedConvertVersionKey() const override {
         return selectedKey;
     }
-    void setConvertVersionMenuEnabled(bool enabled) override {
-        note(enabled ? "menu on" : "menu off");
-    }
-    void setConvertButtonEnabled(bool enabled) override {
-        note(enabled ? "button on" : "button off");
+    void setConvertInterfaceEnabled(bool enabled) override {
+        note(enabled ? "interface on" : "interface off");
     }
 
   private:

@@ -11,7 +11,7 @@
 #include "base/Exception.h"
 #include "foundation/log/QMLog.h"
 #include "job/Events.h"
-#include "job/StopToken.h"
+#include "base/StopToken.h"
 #include "report/RuleTable.h"
 
 namespace vornic::test {

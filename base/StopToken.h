@@ -1,5 +1,5 @@
-#ifndef VORNIC_JOB_STOP_TOKEN_H
-#define VORNIC_JOB_STOP_TOKEN_H
+#ifndef VORNIC_BASE_STOP_TOKEN_H
+#define VORNIC_BASE_STOP_TOKEN_H
 
 #include <functional>
 #include <utility>
