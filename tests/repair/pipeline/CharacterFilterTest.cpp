@@ -305,7 +305,7 @@ TEST_F(CharacterFilterTest, countsEachRemovalAndKeepsItsPlaceInTheFile) {
 }
 
 TEST_F(CharacterFilterTest, leavesTheBarAsItIsWhenItIsCancelled) {
-    events.cancelAtCall = "error: Invalid character at byte 1 removed.";
+    events.cancelAtStep = "repair-character-removed";
     EXPECT_EQ(filter("a\x01z\x01z"), std::nullopt);
     EXPECT_EQ(events.calls, Strings{"error: Invalid character at byte 1 removed."});
     EXPECT_EQ(events.progressValues, std::vector<std::int64_t>{1});

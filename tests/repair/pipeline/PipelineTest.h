@@ -75,6 +75,10 @@ inline Strings openingCalls(const std::string& path) {
             "info: Creating temporary file..."};
 }
 
+inline Strings openingSteps() {
+    return {"repair-start", "label", "label repair-making-copy", "repair-making-copy"};
+}
+
 inline const std::string kSoundLine =
     "bold: No repair was necessary. No critical errors were found in the file.";
 inline const std::string kRepairedLine =

@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "base/Text.h"
 #include "tests/repair/pipeline/PipelineTest.h"
 
 /// Where a run looks whether it was cancelled, and how it ends when it was.
@@ -20,8 +19,7 @@ using test::Strings;
 const std::string kWithoutDeclaration = "<xmeml version=\"5\"><sequence/></xmeml>";
 const std::string kNotWellFormed = "<xmeml version=\"5\"><sequence></xmeml>";
 
-/// A cancellation at one call of a run, and the calls that must follow before the end ("PATH" is
-/// the file's).
+/// A cancellation at one step of a run, and the steps that must follow before the end.
 struct CancelPoint {
     std::string name;
     std::string text;
@@ -62,103 +60,76 @@ TEST_P(RepairCancelledAt, endsAtTheNextCheckPoint) {
     const CancelPoint& point = GetParam();
     const std::string path = sandbox.write(point.name, point.text);
     const FileState before = fileState(path);
-    events.cancelAtCall = point.at;
+    events.cancelAtStep = point.at;
     const RepairOutcome outcome = run(path);
     expectCancelled(path, before, outcome);
-    const auto call = std::find(events.calls.begin(), events.calls.end(), point.at);
-    ASSERT_NE(call, events.calls.end());
-    Strings expected = point.followedBy;
-    for (std::string& line : expected) {
-        line = replacingOccurrences(line, "PATH", path);
-    }
-    EXPECT_EQ(Strings(call + 1, events.calls.end()), expected);
+    const auto call = std::find(events.steps.begin(), events.steps.end(), point.at);
+    ASSERT_NE(call, events.steps.end());
+    EXPECT_EQ(Strings(call + 1, events.steps.end()), point.followedBy);
     EXPECT_EQ(hasWorkingCopy(), point.leavesWorkingCopy);
 }
 
 const std::vector<CancelPoint> kCancelPoints = {
-    {"a.xml",
-     std::string(kSoundXMEML),
-     "label: Creating temporary file...",
-     {"info: Creating temporary file..."},
-     false},
-    {"a.xml", std::string(kSoundXMEML), "info: Creating temporary file...", {}, false},
-    {"a.xml", std::string(kSoundXMEML), "info: Checking file...", {"label: Checking file..."}},
-    {"a.xml", std::string(kSoundXMEML), "label: Checking file...", {}},
-    {"a.xml", std::string(kSoundXMEML), "info: File loaded successfully.", {}},
-    {"a.xml",
-     std::string(kSoundXMEML),
-     "info: Filtering invalid characters...",
-     {"label: Filtering invalid characters..."}},
-    {"a.xml", std::string(kSoundXMEML), "label: Filtering invalid characters...", {}},
+    {"a.xml", std::string(kSoundXMEML), "label repair-making-copy", {"repair-making-copy"}, false},
+    {"a.xml", std::string(kSoundXMEML), "repair-making-copy", {}, false},
+    {"a.xml", std::string(kSoundXMEML), "repair-checking-file", {"label repair-checking-file"}},
+    {"a.xml", std::string(kSoundXMEML), "label repair-checking-file", {}},
+    {"a.xml", std::string(kSoundXMEML), "repair-loaded", {}},
+    {"a.xml", std::string(kSoundXMEML), "repair-filtering", {"label repair-filtering"}},
+    {"a.xml", std::string(kSoundXMEML), "label repair-filtering", {}},
     {"a.xml", std::string(kSoundXMEML), "indeterminate", {}},
-    {"a.xml",
-     std::string(kSoundXMEML),
-     "info: Checking header tags...",
-     {"label: Checking header tags..."}},
-    {"a.xml", std::string(kSoundXMEML), "label: Checking header tags...", {}},
+    {"a.xml", std::string(kSoundXMEML), "repair-checking-header", {"label repair-checking-header"}},
+    {"a.xml", std::string(kSoundXMEML), "label repair-checking-header", {}},
     {"a.xml",
      kWithoutDeclaration,
-     "error: Invalid DTD... repairing",
-     {"info: Checking version tags...", "label: Checking version tags..."}},
+     "repair-document-type",
+     {"repair-checking-version", "label repair-checking-version"}},
     {"a.xml",
      std::string(kSoundXMEML),
-     "info: Checking version tags...",
-     {"label: Checking version tags..."}},
-    {"a.xml", std::string(kSoundXMEML), "label: Checking version tags...", {}},
+     "repair-checking-version",
+     {"label repair-checking-version"}},
+    {"a.xml", std::string(kSoundXMEML), "label repair-checking-version", {}},
     {"a.xml",
      "<!DOCTYPE xmeml><xmeml version=\"9\"><sequence/></xmeml>",
-     "bold error: Unrecognized XML Interchange version 9.",
+     "repair-version-unknown",
      {}},
-    {"a.xml",
-     std::string(kSoundXMEML),
-     "info: Updating type/creator codes...",
-     {"label: Updating type/creator codes..."}},
-    {"a.xml", std::string(kSoundXMEML), "label: Updating type/creator codes...", {}},
-    {"a.fcpxml", std::string(kSoundFCPXML), "label: Checking header tags...", {}},
-    {"a.fcpxml", "<fcpxml/>", "error: No project node found in file", {}},
-    {"a.fcpxml", std::string(kSoundFCPXML), "info: Checking for FCPX-specific errors...", {}},
-    {"a.xml",
-     kNotWellFormed,
-     "label: File did not load successfully - beginning repair...",
-     {"error: File did not load successfully - beginning repair..."}},
-    {"a.xml", kNotWellFormed, "error: File did not load successfully - beginning repair...", {}},
-    {"a.xml",
-     kNotWellFormed,
-     "error: Filtering invalid characters...",
-     {"label: Filtering invalid characters..."}},
-    {"a.xml", kNotWellFormed, "label: Filtering invalid characters...", {}},
+    {"a.xml", std::string(kSoundXMEML), "repair-updating-codes", {"label repair-updating-codes"}},
+    {"a.xml", std::string(kSoundXMEML), "label repair-updating-codes", {}},
+    {"a.fcpxml", std::string(kSoundFCPXML), "label repair-checking-header", {}},
+    {"a.fcpxml", "<fcpxml/>", "repair-no-project", {}},
+    {"a.fcpxml", std::string(kSoundFCPXML), "repair-checking-events", {}},
+    {"a.xml", kNotWellFormed, "label repair-beginning-repair", {"repair-beginning-repair"}},
+    {"a.xml", kNotWellFormed, "repair-beginning-repair", {}},
+    {"a.xml", kNotWellFormed, "repair-filtering", {"label repair-filtering"}},
+    {"a.xml", kNotWellFormed, "label repair-filtering", {}},
     {"a.xml", kNotWellFormed, "indeterminate", {}},
-    {"a.xml", kNotWellFormed, "error: Unable to load XML data", {}},
-    {"a.xml", "<a\xEE\x80\x80/>", "error: Invalid character at byte 2 removed.", {}},
-    {"a.xml",
-     "<!DOCTYPE xmeml><xmeml><b>&</b><b>&</b></xmeml>",
-     "error: Line 1, column 27: an ampersand that begins no entity was read as text",
-     {}},
+    {"a.xml", kNotWellFormed, "repair-not-loaded", {}},
+    {"a.xml", "<a\xEE\x80\x80/>", "repair-character-removed", {}},
+    {"a.xml", "<!DOCTYPE xmeml><xmeml><b>&</b><b>&</b></xmeml>", "xml-stray-ampersand", {}},
 };
 
 INSTANTIATE_TEST_SUITE_P(Calls, RepairCancelledAt, ::testing::ValuesIn(kCancelPoints),
                          [](const auto& point) { return "Point" + std::to_string(point.index); });
 
 TEST_F(RepairCancellationTest, isTooLateFromTheLabelFinishingOn) {
-    events.cancelAtCall = "label: Finishing...";
+    events.cancelAtStep = "label repair-finishing";
     EXPECT_EQ(runOn("a.xml", kWithoutDeclaration), RepairOutcome::repairedAndSwapped);
     events = {};
-    events.cancelAtCall = "label: Finishing...";
+    events.cancelAtStep = "label repair-finishing";
     EXPECT_EQ(runOn("a.xml", kSoundXMEML), RepairOutcome::sound);
 }
 
 TEST_F(RepairCancellationTest, afterAFailedSaveEndsTheRun) {
     // The error of the failed first parse makes the save fail.
     const std::string text = "<!DOCTYPE xmeml><xmeml version=\"5\"><a\uE000/></xmeml>";
-    events.onCall = [this](const std::string& call) {
-        events.cancelled =
-            events.cancelled || call.starts_with("bold error: Unable to save file: ");
+    events.onStep = [this](const std::string& step) {
+        events.cancelled = events.cancelled || step == "repair-save-failed";
     };
     const std::string path = sandbox.write("a.xml", text);
     const FileState before = fileState(path);
     const RepairOutcome outcome = run(path);
     expectCancelled(path, before, outcome);
-    EXPECT_TRUE(events.calls.back().starts_with("bold error: Unable to save"));
+    EXPECT_EQ(events.steps.back(), "repair-save-failed");
 }
 
 struct Fixture {
@@ -215,8 +186,8 @@ class RepairPolls : public RepairCancellationTest {
         std::size_t polls = 0;
         std::size_t pollsThen = 0;
         events.onPoll = [&polls] { ++polls; };
-        events.onCall = [&](const std::string& call) {
-            if (call == "info: File loaded successfully.") {
+        events.onStep = [&](const std::string& step) {
+            if (step == "repair-loaded") {
                 pollsThen = polls;
             }
         };
@@ -242,8 +213,8 @@ TEST_F(RepairPolls, endTheRawBytesRouteBeforeTheStripping) {
 
 TEST_F(RepairCancellationTest, ofAFilterThatAnotherRunHasTakenBackStillEndsTheRun) {
     // Two runs of one document share the flag; the second clears it when it starts.
-    events.onCall = [this](const std::string& call) {
-        events.cancelled = call == "error: Invalid character at byte 23 removed.";
+    events.onStep = [this](const std::string& step) {
+        events.cancelled = step == "repair-character-removed";
     };
     bool asked = false;
     events.onPoll = [this, &asked] {
@@ -253,7 +224,7 @@ TEST_F(RepairCancellationTest, ofAFilterThatAnotherRunHasTakenBackStillEndsTheRu
         asked = events.cancelled;
     };
     EXPECT_EQ(runOn("a.xml", "<!DOCTYPE xmeml><xmeml>\x01 text</xmeml>"), RepairOutcome::cancelled);
-    EXPECT_EQ(events.report().back(), "error: Invalid character at byte 23 removed.");
+    EXPECT_EQ(events.rules.back(), "repair-character-removed");
 }
 
 }  // namespace

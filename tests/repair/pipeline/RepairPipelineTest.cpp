@@ -73,16 +73,14 @@ std::string withName(std::string_view name) {
 TEST_F(RepairPipelineTest, reportsEveryStepOfASoundXMEMLFileInOrder) {
     const std::string path = sandbox.path("Cut.xml");
     EXPECT_EQ(runOn("Cut.xml", kSoundXMEML), RepairOutcome::sound);
-    EXPECT_EQ(
-        events.calls,
-        joined({openingCalls(path),
-                {"info: Checking file...", "label: Checking file...",
-                 "info: File loaded successfully.", "info: Filtering invalid characters...",
-                 "label: Filtering invalid characters...", "indeterminate",
-                 "info: Checking header tags...", "label: Checking header tags...",
-                 "info: Checking version tags...", "label: Checking version tags...",
-                 "info: Updating type/creator codes...", "label: Updating type/creator codes...",
-                 "label: Finishing...", kSoundLine}}));
+    EXPECT_EQ(events.steps,
+              joined({openingSteps(),
+                      {"repair-checking-file", "label repair-checking-file", "repair-loaded",
+                       "repair-filtering", "label repair-filtering", "indeterminate",
+                       "repair-checking-header", "label repair-checking-header",
+                       "repair-checking-version", "label repair-checking-version",
+                       "repair-updating-codes", "label repair-updating-codes",
+                       "label repair-finishing", "repair-sound"}}));
     EXPECT_EQ(closing(), kSoundClosing);
     expectFlags(false, true);
     EXPECT_EQ(result.kind, FileKind::xmeml);
@@ -94,14 +92,12 @@ TEST_F(RepairPipelineTest, reportsEveryStepOfASoundXMEMLFileInOrder) {
 TEST_F(RepairPipelineTest, reportsEveryStepOfASoundFCPXMLFileInOrder) {
     const std::string path = sandbox.path("Cut.fcpxml");
     EXPECT_EQ(runOn("Cut.fcpxml", kSoundFCPXML), RepairOutcome::sound);
-    EXPECT_EQ(events.calls,
-              joined({openingCalls(path),
-                      {"info: Checking file...", "label: Checking file...",
-                       "info: File loaded successfully.", "info: Filtering invalid characters...",
-                       "label: Filtering invalid characters...", "indeterminate",
-                       "info: Checking header tags...", "label: Checking header tags...",
-                       "info: Checking for FCPX-specific errors...", "label: Finishing...",
-                       kSoundLine}}));
+    EXPECT_EQ(events.steps,
+              joined({openingSteps(),
+                      {"repair-checking-file", "label repair-checking-file", "repair-loaded",
+                       "repair-filtering", "label repair-filtering", "indeterminate",
+                       "repair-checking-header", "label repair-checking-header",
+                       "repair-checking-events", "label repair-finishing", "repair-sound"}}));
     EXPECT_EQ(closing(), kSoundClosing);
     expectFlags(false, true);
     EXPECT_EQ(result.kind, FileKind::fcpxml);
@@ -495,7 +491,7 @@ TEST_F(RepairPipelineTest, logsTheRangeExceptionOfAFileThatBeginsWithAnEmptyTag)
 }
 
 TEST_F(RepairPipelineTest, endsAfterAnExceptionOfItsOwnKindWithoutAClosingMessage) {
-    events.raiseAtCall = "info: Checking version tags...";
+    events.raiseAtStep = "repair-checking-version";
     EXPECT_EQ(runOn("Cut.xml", kSoundXMEML), RepairOutcome::stopped);
     EXPECT_EQ(closing(), "");
     EXPECT_EQ(log.entries().back(), "Exception in -[Document startRepair:]. Test - raised.");
@@ -513,7 +509,7 @@ TEST_F(RepairPipelineTest, passesAnotherExceptionOnAndLeavesNoWorkingCopy) {
 }
 
 TEST_F(RepairPipelineTest, goesOnWithoutADocumentWhenAHeaderCheckRaises) {
-    events.raiseAtCall = "error: Invalid DTD... repairing";
+    events.raiseAtStep = "repair-document-type";
     EXPECT_EQ(rulesOn("Cut.xml", "<xmeml version=\"5\"><sequence/></xmeml>"),
               (Strings{"repair-loaded", "repair-filtering", "repair-checking-header",
                        "repair-document-type", "repair-checking-version", "repair-version-missing",
@@ -523,7 +519,7 @@ TEST_F(RepairPipelineTest, goesOnWithoutADocumentWhenAHeaderCheckRaises) {
 }
 
 TEST_F(RepairPipelineTest, leavesTheFileWhenAHeaderCheckRaisesAndNothingIsSaved) {
-    events.raiseAtCall = "error: Invalid DTD... repairing";
+    events.raiseAtStep = "repair-document-type";
     const std::string text = "<fcpxml><resources/><project/></fcpxml>";
     const std::string path = sandbox.path("Cut.fcpxml");
     const std::string copy = sandbox.path("Cut-backup.fcpxml");
