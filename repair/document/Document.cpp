@@ -122,7 +122,7 @@ void Document::repairAs(FileKind kind) {
 }
 
 void Document::startRepairOnThread(const std::string& path, FileKind kind, const char* forMethod) {
-    runDetached(
+    const bool isStarted = runDetached(
         [path, kind, conversion = conversion_](Document& document) {
             if (conversion) {
                 conversion->waitUntilWritten();
@@ -130,6 +130,15 @@ void Document::startRepairOnThread(const std::string& path, FileKind kind, const
             static_cast<void>(document.startRepair(path, kind));
         },
         forMethod);
+    if (!isStarted) {
+        tellNoThread("Unable to repair file", path);
+    }
+}
+
+void Document::tellNoThread(std::string_view message, const std::string& path) {
+    displayAlert(message, formatString("The system has no thread to give for the file %@. Please "
+                                       "close other programs and try again.",
+                                       path));
 }
 
 bool Document::runDetached(std::function<void(Document&)> work, const char* forMethod) {

@@ -213,8 +213,9 @@ class Document : public std::enable_shared_from_this<Document> {
     void appendInPlace(std::string_view text, bool isError, bool isBold);
     void startRepairOnThread(const std::string& path, FileKind kind, const char* forMethod);
     // Runs the work on a new thread. @param forMethod logged when the system has no thread to give.
-    // @return false then.
-    bool runDetached(std::function<void(Document&)> work, const char* forMethod);
+    // @return false then, which the user has to be told.
+    [[nodiscard]] bool runDetached(std::function<void(Document&)> work, const char* forMethod);
+    void tellNoThread(std::string_view message, const std::string& path);
 
     // Conversion. Each turn of the dialog is a run; what an older run has for the dialog is dropped
     // on the main thread.

@@ -118,7 +118,7 @@ void Document::showConvertDialog() {
     const Run run = std::make_shared<ConversionRun>(++runCount_, path);
     setLatestRun(run);
     inDialog(run, [](ConversionDialog& dialog) { dialog.beginConvertSheet(); });
-    runDetached(
+    const bool isStarted = runDetached(
         [run, conversion = conversion_](Document& document) {
             if (conversion) {
                 conversion->waitUntilWritten();
@@ -126,6 +126,9 @@ void Document::showConvertDialog() {
             document.analyse(run);
         },
         "-[Document showConvertDialog:]");
+    if (!isStarted) {
+        tellNoThread("Unable to convert file", path);
+    }
 }
 
 void Document::closeConvertDialog() {
@@ -184,8 +187,8 @@ void Document::fillDialog(const Run& run, const std::string& path) {
         }
         const auto& file = std::get<ConvertibleFile>(read);
         showCurrentVersion(run, file);
-        if (const auto offer = makeConversionOffer(
-                file, StopToken([&run] { return run->isStopped(); }))) {
+        if (const auto offer =
+                makeConversionOffer(file, StopToken([&run] { return run->isStopped(); }))) {
             showOffer(run, *offer);
         }
     } catch (const std::bad_alloc&) {
@@ -239,6 +242,7 @@ void Document::convertVersionOnThread() {
                      "-[Document convertVersion:]")) {
         run->end();
         inDialog(run, [](ConversionDialog& dialog) { dialog.stopConvertSpinner(); });
+        tellNoThread("Unable to convert file", run->path().value_or(""));
     }
 }
 

@@ -282,7 +282,7 @@ TEST_F(DocumentThreadsTest, anExceptionOfAnotherKindEndsTheRunAndNotTheProgram) 
     EXPECT_EQ(test::readBytes(sandbox.path("Cut.xml")), kSoundXMEML);
 }
 
-TEST_F(DocumentThreadsTest, aSystemWithoutAThreadToGiveIsLogged) {
+TEST_F(DocumentThreadsTest, aSystemWithoutAThreadToGiveIsLoggedAndTold) {
     document->setFilePath(sandbox.write("Cut.xml", kSoundXMEML));
     rlimit before{};
     ASSERT_EQ(getrlimit(RLIMIT_NPROC, &before), 0);
@@ -292,11 +292,19 @@ TEST_F(DocumentThreadsTest, aSystemWithoutAThreadToGiveIsLogged) {
     document->readFromURL(sandbox.path("Cut.xml"), "xml", nullptr);
     document->showConvertDialog();
     ASSERT_EQ(setrlimit(RLIMIT_NPROC, &before), 0);
-    const Strings entries = log.entries();
-    const Strings last(entries.end() - 3, entries.end());
-    EXPECT_TRUE(last[0].starts_with("Exception in -[Document repair:]. ")) << last[0];
-    EXPECT_TRUE(last[1].starts_with("Exception in -[Document readFromURL:ofType:error:]. "));
-    EXPECT_TRUE(last[2].starts_with("Exception in -[Document showConvertDialog:]. "));
+    Strings logged = log.entries();
+    std::erase_if(logged,
+                  [](const std::string& entry) { return !entry.starts_with("Exception in "); });
+    ASSERT_EQ(logged.size(), 3U);
+    EXPECT_TRUE(logged[0].starts_with("Exception in -[Document repair:]. ")) << logged[0];
+    EXPECT_TRUE(logged[1].starts_with("Exception in -[Document readFromURL:ofType:error:]. "));
+    EXPECT_TRUE(logged[2].starts_with("Exception in -[Document showConvertDialog:]. "));
+    const std::string reason = " | The system has no thread to give for the file " +
+                               sandbox.path("Cut.xml") +
+                               ". Please close other programs and try again.";
+    EXPECT_EQ(window->callsOf("alert: "),
+              (Strings{"Unable to repair file" + reason, "Unable to repair file" + reason,
+                       "Unable to convert file" + reason}));
 }
 
 TEST_F(DocumentThreadsTest, alertsMayComeFromAnyThread) {
