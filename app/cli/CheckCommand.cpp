@@ -113,7 +113,8 @@ int showWhere(const std::string& path, const std::vector<std::string>& files) {
         return kCheck.refuseUsage("--where wants one file");
     }
     if (!isElementPath(path)) {
-        return kCheck.refuseUsage("--where wants a path such as /fcpxml[1]/event[1]/@name, not " + path);
+        return kCheck.refuseUsage("--where wants a path such as /fcpxml[1]/event[1]/@name, not " +
+                                  path);
     }
     const ProjectFiles found = findProjectFiles(files, false);
     if (!found.refused.empty()) {
@@ -201,8 +202,7 @@ int check(const CommandLine& line) {
     if (!fault.empty()) {
         return kCheck.refuseUsage(fault);
     }
-    return kCheck.runOnFiles(settings.fix.has_value(),
-                             [&] { return checkFiles(settings, files); });
+    return kCheck.runOnFiles(settings.fix.has_value(), [&] { return checkFiles(settings, files); });
 }
 
 int act(const CommandLine& line) {

@@ -1,4 +1,3 @@
-#include "app/cli/ExitStatus.h"
 #include "app/cli/CheckRun.h"
 
 #include <algorithm>
@@ -14,6 +13,7 @@
 #include <utility>
 
 #include "app/cli/Complaint.h"
+#include "app/cli/ExitStatus.h"
 #include "app/cli/TimelineDrawing.h"
 #include "base/FormatString.h"
 #include "base/PathText.h"

@@ -10,7 +10,6 @@
 #include <optional>
 #include <string_view>
 
-
 #include "app/cli/CommandLine.h"
 #include "app/cli/Complaint.h"
 #include "app/cli/ExitStatus.h"
@@ -68,17 +67,14 @@ constexpr std::string_view kUsage =
     "usage, 3 when something was not written, 129, 130 or 143 when interrupted.\n";
 
 constexpr std::array kOptions = {
-    OptionForm{"--to", true},     OptionForm{"--lowest"},
-    OptionForm{"--assume", true}, OptionForm{"--strict"},
-    OptionForm{"--strip"},        OptionForm{"--dry-run"},
-    OptionForm{"-o", true},       OptionForm{"--in-place"},
-    OptionForm{"--bundle"},       OptionForm{"--no-bundle"},
-    OptionForm{"--format", true}, OptionForm{"--max", true},
-    OptionForm{"--help"},         OptionForm{"--version"},
+    OptionForm{"--to", true},  OptionForm{"--lowest"},       OptionForm{"--assume", true},
+    OptionForm{"--strict"},    OptionForm{"--strip"},        OptionForm{"--dry-run"},
+    OptionForm{"-o", true},    OptionForm{"--in-place"},     OptionForm{"--bundle"},
+    OptionForm{"--no-bundle"}, OptionForm{"--format", true}, OptionForm{"--max", true},
+    OptionForm{"--help"},      OptionForm{"--version"},
 };
 
-constexpr Program kConvert{
-    .name = kProgram, .usage = kUsage, .options = kOptions, .log = kProgram};
+constexpr Program kConvert{.name = kProgram, .usage = kUsage, .options = kOptions, .log = kProgram};
 
 // The log has it, too.
 void complainToLog(std::string_view text) {
@@ -215,9 +211,11 @@ class Run {
                                     JournalEntry::Action::convert);
             // The run that has the file may take long; only an interruption ends the waiting.
             const Waiting waiting{.tell =
-                                      [](const string& path) {
-                                          note(formatString("Waiting for another program that uses "
-                                                            "the file %@...", path));
+                                      [](const std::string& file) {
+                                          note(
+                                              formatString("Waiting for another program that uses "
+                                                           "the file %@...",
+                                                           file));
                                       },
                                   .stop = untilInterrupted()};
             const ConvertedFile file = convertFile(path, settings_.request, waiting, journaled);

@@ -3,6 +3,7 @@
 #include <string_view>
 #include <utility>
 
+#include "app/cli/ExitStatus.h"
 #include "base/FormatString.h"
 #include "base/PathText.h"
 #include "formats/FileKind.h"
@@ -65,12 +66,13 @@ class Fixing {
 
     void fixInPlace() {
         // The run that has the file may take long; only an interruption ends the waiting.
-        const Waiting waiting{.tell =
-                                  [this](const std::string& path) {
-                                      fixed_.lines.push_back(formatString(
-                                          "Waited for another program that used the file %@.", path));
-                                  },
-                              .stop = untilInterrupted()};
+        const Waiting waiting{
+            .tell =
+                [this](const std::string& path) {
+                    fixed_.lines.push_back(
+                        formatString("Waited for another program that used the file %@.", path));
+                },
+            .stop = untilInterrupted()};
         JournaledSwap journaled(std::string(kProgram), VORNIC_VERSION, JournalEntry::Action::mend);
         MendedFile result = mendFile(path_, request_, waiting, journaled);
         fixed_.lines.insert(fixed_.lines.end(), result.notes.begin(), result.notes.end());

@@ -1,4 +1,3 @@
-#include "app/cli/ExitStatus.h"
 #include "app/cli/MediaRun.h"
 
 #include <algorithm>
@@ -8,6 +7,7 @@
 
 #include "app/cli/CheckRun.h"
 #include "app/cli/Complaint.h"
+#include "app/cli/ExitStatus.h"
 #include "base/FormatString.h"
 #include "base/PathText.h"
 #include "formats/PlaceFinder.h"
@@ -29,7 +29,6 @@
 namespace vornic {
 
 namespace {
-
 
 class SilentReportWriter : public ReportWriter {
   public:
@@ -181,13 +180,12 @@ bool MediaRun::write(const std::string& path, const std::string& oldBytes,
 bool MediaRun::writeInPlace(const std::string& path, const std::string& oldBytes,
                             const std::string& newBytes) {
     // The run that has the file may take long; only an interruption ends the waiting.
-    const Waiting waiting{
-        .tell =
-            [](const std::string& path) {
-                printErrorLine(
-                    formatString("Waiting for another program that uses the file %@.", path));
-            },
-        .stop = untilInterrupted()};
+    const Waiting waiting{.tell =
+                              [](const std::string& file) {
+                                  printErrorLine(formatString(
+                                      "Waiting for another program that uses the file %@.", file));
+                              },
+                          .stop = untilInterrupted()};
     JournaledSwap journaled(std::string(kMediaProgram), VORNIC_VERSION,
                             JournalEntry::Action::relink);
     const InPlaceResult result = relinkInPlace(path, oldBytes, newBytes, waiting, journaled);

@@ -3,15 +3,15 @@
 #include <cstdio>
 #include <new>
 
-#include "app/cli/InterruptedRuns.h"
-#include "app/cli/StandardStreams.h"
 #include "app/cli/Complaint.h"
 #include "app/cli/ExitStatus.h"
+#include "app/cli/InterruptedRuns.h"
+#include "app/cli/StandardStreams.h"
+#include "base/Error.h"
 #include "base/FormatString.h"
 #include "foundation/log/QMLog.h"
-#include "platform/settings/Bundle.h"
-#include "base/Error.h"
 #include "platform/processes/Termination.h"
+#include "platform/settings/Bundle.h"
 #include "ui/support/CrashReports.h"
 
 #ifndef VORNIC_VERSION

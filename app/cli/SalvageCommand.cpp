@@ -9,7 +9,6 @@
 #include <optional>
 #include <string_view>
 
-
 #include "app/cli/CommandLine.h"
 #include "app/cli/Complaint.h"
 #include "app/cli/ExitStatus.h"
@@ -56,9 +55,8 @@ constexpr std::string_view kUsage =
     "be read or no copy of it be written, 129, 130 or 143 when interrupted.\n";
 
 constexpr std::array kOptions = {
-    OptionForm{kSalvage},         OptionForm{"-o", true},
-    OptionForm{"--format", true}, OptionForm{"--quiet"},
-    OptionForm{"--help"},         OptionForm{"--version"},
+    OptionForm{kSalvage},  OptionForm{"-o", true}, OptionForm{"--format", true},
+    OptionForm{"--quiet"}, OptionForm{"--help"},   OptionForm{"--version"},
 };
 
 constexpr Program kProgram{.name = kName, .usage = kUsage, .options = kOptions, .log = ""};
