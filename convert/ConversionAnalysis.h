@@ -6,8 +6,8 @@
 #include <string>
 #include <variant>
 
-#include "convert/ConversionOffer.h"
 #include "base/StopToken.h"
+#include "convert/ConversionOffer.h"
 #include "convert/catalogue/VersionCatalogue.h"
 #include "xml/tree/XMLDocument.h"
 
@@ -40,8 +40,8 @@ struct AnalysisFailure {
 /// loss. Any thread.
 /// @param stop asked between the versions
 /// @return nothing when it was stopped.
-[[nodiscard]] std::optional<ConversionOffer> makeConversionOffer(
-    const ConvertibleFile& file, const StopToken& stop);
+[[nodiscard]] std::optional<ConversionOffer> makeConversionOffer(const ConvertibleFile& file,
+                                                                 const StopToken& stop);
 
 }  // namespace vornic
 

@@ -286,8 +286,8 @@ class Converting {
 
 }  // namespace
 
-ConvertedFile convertFile(const string& path, const ConvertFileRequest& request, const Waiting& waiting,
-                          SwapObserver& observer) {
+ConvertedFile convertFile(const string& path, const ConvertFileRequest& request,
+                          const Waiting& waiting, SwapObserver& observer) {
     return Converting(path, request).run(waiting, observer);
 }
 

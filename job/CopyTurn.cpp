@@ -63,7 +63,8 @@ Look lookAt(const std::string& path, bool followLinks, FileDescriptor& file, int
 // Looks again after short pauses, for no system call waits for a claim and for a cancellation.
 class Patience {
   public:
-    Patience(std::string path, const Waiting& waiting) : path_(std::move(path)), waiting_(waiting) {}
+    Patience(std::string path, const Waiting& waiting)
+        : path_(std::move(path)), waiting_(waiting) {}
 
     // False when the wait was cancelled.
     bool pause() {
@@ -93,7 +94,8 @@ class Patience {
 
 }  // namespace
 
-FoundCopy awaitTurn(const std::string& path, bool followLinks, const Waiting& waiting, ErrorSlot& error) {
+FoundCopy awaitTurn(const std::string& path, bool followLinks, const Waiting& waiting,
+                    ErrorSlot& error) {
     Patience patience(path, waiting);
     for (;;) {
         FileDescriptor file;

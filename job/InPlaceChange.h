@@ -43,7 +43,8 @@ class InPlaceChange {
     };
 
     /// All must outlive this.
-    InPlaceChange(const std::string& path, Words words, const Waiting& waiting, InPlaceResult& result);
+    InPlaceChange(const std::string& path, Words words, const Waiting& waiting,
+                  InPlaceResult& result);
     ~InPlaceChange();
     InPlaceChange(const InPlaceChange&) = delete;
     InPlaceChange& operator=(const InPlaceChange&) = delete;

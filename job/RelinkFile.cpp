@@ -6,7 +6,8 @@
 namespace vornic {
 
 InPlaceResult relinkInPlace(const std::string& path, const std::string& bytesRead,
-                            const std::string& newBytes, const Waiting& waiting, SwapObserver& observer) {
+                            const std::string& newBytes, const Waiting& waiting,
+                            SwapObserver& observer) {
     InPlaceResult result;
     InPlaceChange place(path, {"relink", "relinked"}, waiting, result);
     if (place.read(platform::ContentDigest::of(bytesRead))) {

@@ -349,9 +349,8 @@ void WorkingCopy::remove(ErrorSlot& error) {
     if (removal == platform::Removal::failed) {
         failFile(error, path_, "removed", errorNumber);
     } else if (removal == platform::Removal::another) {
-        notes_.push_back({.rule = "repair-copy-left"_rule,
-                          .arguments = {{"copy", path_}},
-                          .isForLog = true});
+        notes_.push_back(
+            {.rule = "repair-copy-left"_rule, .arguments = {{"copy", path_}}, .isForLog = true});
     }
 }
 

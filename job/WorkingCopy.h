@@ -52,8 +52,8 @@ class WorkingCopy {
     /// @return false when the user has cancelled the wait.
     [[nodiscard]] bool settleLeft();
     /// Moves what stands at the path, an older working copy, to the Trash, when no other run uses
-    /// it any more; a note for the log says where it lies. A file that the user has named (`NamedSource`) is
-    /// left alone. The slot says why it failed.
+    /// it any more; a note for the log says where it lies. A file that the user has named
+    /// (`NamedSource`) is left alone. The slot says why it failed.
     [[nodiscard]] Clearing clearPath(ErrorSlot& error);
     /// Copies the source, links followed, to the path, and claims the copy. A source that is larger
     /// than the free memory is refused, since it could not be read.

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "base/StopToken.h"
 #include "app/window/FileActions.h"
+#include "base/StopToken.h"
 #include "formats/FileKind.h"
 #include "platform/files/ContentDigest.h"
 #include "report/Findings.h"

@@ -5,10 +5,10 @@
 #include <string>
 
 #include "base/Error.h"
+#include "base/StopToken.h"
 #include "formats/FileKind.h"
 #include "job/Events.h"
 #include "job/NamedSources.h"
-#include "base/StopToken.h"
 #include "job/SwapObserver.h"
 #include "job/Waiting.h"
 #include "job/WorkingCopy.h"

@@ -57,9 +57,7 @@ class DocumentAnalysisTest : public test::DocumentTest {
         return keys;
     }
     [[nodiscard]] std::string curVersion() const { return window->callsOf("current: ").back(); }
-    [[nodiscard]] std::string downgradeVersion() const {
-        return window->callsOf("offer: ").back();
-    }
+    [[nodiscard]] std::string downgradeVersion() const { return window->callsOf("offer: ").back(); }
     void expectNothingShown() const {
         EXPECT_EQ(window->calls, (Strings{"start spinner", "stop spinner"}));
         EXPECT_EQ(document->minDowngradeVersion(), 0);
@@ -135,11 +133,10 @@ TEST_F(DocumentAnalysisTest, fallsBackToOneWhenTheCatalogueHasNoVersionOne) {
 TEST_F(DocumentAnalysisTest, fallsBackToOneForAnEmptyCatalogue) {
     catalogue.write(std::map<std::string, test::CatalogueBundle::Version>{});
     analyse("2", "");
-    EXPECT_EQ(
-        window->calls,
-        (Strings{"start spinner",
-                 "current: Current XML version: 2 (Final Cut Pro Unknown Version+)",
-                 "offer: " + downgradeText("1 (Final Cut Pro 4+)"), "stop spinner"}));
+    EXPECT_EQ(window->calls,
+              (Strings{"start spinner",
+                       "current: Current XML version: 2 (Final Cut Pro Unknown Version+)",
+                       "offer: " + downgradeText("1 (Final Cut Pro 4+)"), "stop spinner"}));
     EXPECT_TRUE(menu().empty());
 }
 

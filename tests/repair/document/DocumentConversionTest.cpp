@@ -46,7 +46,7 @@ TEST_F(DocumentConversionTest, theSheetIsShownAtOnceAndFilledByAThreadOfItsOwn) 
     waitForThreads();
     EXPECT_EQ(window->calls,
               (Strings{"begin convert", "start spinner",
-                       "current: Current XML version: 5 (Final Cut Pro 7+)", 
+                       "current: Current XML version: 5 (Final Cut Pro 7+)",
                        "offer: Can be downgraded without changes to version: 2 (Final Cut Pro "
                        "5+)",
                        "stop spinner"}));
@@ -135,7 +135,7 @@ TEST_F(DocumentConversionTest, convertingRewritesTheFileAndFillsTheDialogAgain) 
     waitForThreads();
     EXPECT_EQ(window->calls,
               (Strings{"start spinner", "start spinner",
-                       "current: Current XML version: 4 (Final Cut Pro 6+)", 
+                       "current: Current XML version: 4 (Final Cut Pro 6+)",
                        "offer: Can be downgraded without changes to version: 2 (Final Cut Pro "
                        "5+)",
                        "stop spinner", "stop spinner"}));

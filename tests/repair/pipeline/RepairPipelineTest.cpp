@@ -33,6 +33,7 @@ using test::kSoundXMEML;
 using test::kUnableClosing;
 using test::kUnableLine;
 using test::openingCalls;
+using test::openingSteps;
 using test::Strings;
 
 class RepairPipelineTest : public test::PipelineTest {
