@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "base/ASCII.h"
 #include "base/FormatValues.h"
 
 namespace vornic {
@@ -142,7 +143,7 @@ std::optional<int> FormatReader::parseField() {
         return static_cast<int>(std::clamp<std::int64_t>(number, -kLargestField, kLargestField));
     }
     const std::size_t start = position_;
-    while (peek() >= '0' && peek() <= '9') {
+    while (isDigit(peek())) {
         ++position_;
     }
     return digitsOf(format_.substr(start, position_ - start));

@@ -6,6 +6,7 @@
 
 #include <locale.h>  // NOLINT(modernize-deprecated-headers): newlocale is POSIX
 
+#include "base/ASCII.h"
 #include "base/Utf8.h"
 
 namespace vornic {
@@ -14,15 +15,6 @@ namespace {
 
 bool isAsciiSpace(char character) {
     return character == ' ' || (character >= '\t' && character <= '\r');
-}
-
-bool isDigit(char character) {
-    return character >= '0' && character <= '9';
-}
-
-char lowercased(char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
-                                                : character;
 }
 
 bool isAscii(char character) {

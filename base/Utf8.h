@@ -21,6 +21,24 @@ struct Utf8Character {
 /// U+10FFFF) is read by itself. Any thread.
 [[nodiscard]] Utf8Character utf8CharacterAt(std::string_view text, std::size_t position);
 
+/// The same, without a look at what is no UTF-8, for a text that is known to be well-formed and has
+/// its character there.
+[[nodiscard]] inline Utf8Character wellFormedUtf8At(const char* at) {
+    const auto byte = [at](std::size_t i) { return static_cast<unsigned char>(at[i]); };
+    const auto rest = [&byte](std::size_t i) { return byte(i) & 0x3FU; };
+    if (byte(0) < 0x80) {
+        return {.code = byte(0), .length = 1};
+    }
+    if (byte(0) < 0xE0) {
+        return {.code = (byte(0) & 0x1FU) << 6U | rest(1), .length = 2};
+    }
+    if (byte(0) < 0xF0) {
+        return {.code = (byte(0) & 0x0FU) << 12U | rest(1) << 6U | rest(2), .length = 3};
+    }
+    return {.code = (byte(0) & 0x07U) << 18U | rest(1) << 12U | rest(2) << 6U | rest(3),
+            .length = 4};
+}
+
 /// Reads the character that ends just before `end`, which must be above 0 and not above the length.
 [[nodiscard]] Utf8Character utf8CharacterBefore(std::string_view text, std::size_t end);
 

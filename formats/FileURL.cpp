@@ -2,29 +2,23 @@
 
 #include <algorithm>
 
+#include "base/ASCII.h"
+
 namespace vornic {
 
 namespace {
 
 constexpr std::string_view kScheme = "file:";
 
-bool isLetter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-bool isHexDigit(char c) {
-    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
-
 // What may stand in a path as it is (RFC 3986, section 3.3).
 bool isPathCharacter(char c) {
-    return isLetter(c) || (c >= '0' && c <= '9') ||
+    return isLetter(c) || isDigit(c) ||
            std::string_view("-._~!$&'()*+,;=:@/").find(c) != std::string_view::npos;
 }
 
 bool isEncodedAt(std::string_view text, std::size_t at) {
-    return text[at] == '%' && at + 2 < text.size() && isHexDigit(text[at + 1]) &&
-           isHexDigit(text[at + 2]);
+    return text[at] == '%' && at + 2 < text.size() && hexDigit(text[at + 1]) &&
+           hexDigit(text[at + 2]);
 }
 
 bool hasDrive(std::string_view text) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 
+#include "base/ASCII.h"
 #include "base/PercentEncoding.h"
 #include "base/Text.h"
 #include "base/Utf8.h"
@@ -18,10 +19,6 @@ constexpr std::string_view kLocalhost = "localhost";
 // What may stand in a segment as it is (RFC 3986, section 3.3), besides letters, digits and the
 // unreserved marks.
 constexpr std::string_view kSegmentCharacters = "!$&'()*+,;=:@";
-
-bool isLetter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
 
 bool startsWithoutCase(std::string_view text, std::string_view start) {
     return text.size() >= start.size() && lowercased(text.substr(0, start.size())) == start;
@@ -47,10 +44,8 @@ bool hasWrittenDrive(std::string_view text) {
 // A scheme has two letters at least: one letter and a colon is a drive (RFC 3986, section 3.1).
 bool hasScheme(std::string_view text) {
     const std::size_t colon = text.find(':');
-    return colon != std::string_view::npos && colon >= 2 && isLetter(text[0]) &&
-           std::all_of(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(colon), [](char c) {
-               return isLetter(c) || (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.';
-           });
+    return colon != std::string_view::npos && colon >= 2 &&
+           platform::isURLScheme(text.substr(0, colon));
 }
 
 std::string withForwardSlashes(std::string_view text) {

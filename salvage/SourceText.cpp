@@ -28,16 +28,6 @@ char32_t windowsCharacter(char byte) {
     return value < 0x80 ? value : value < 0xA0 ? kWindowsMarks[value - 0x80U] : value;
 }
 
-void appendCharacter(std::string& text, char32_t character) {
-    if (character < 0x800) {
-        text += static_cast<char>(0xC0U | character >> 6U);
-    } else {
-        text += static_cast<char>(0xE0U | character >> 12U);
-        text += static_cast<char>(0x80U | (character >> 6U & 0x3FU));
-    }
-    text += static_cast<char>(0x80U | (character & 0x3FU));
-}
-
 bool isUTF16(const std::string& bytes) {
     return bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");
 }
@@ -151,7 +141,7 @@ void SourceText::decodeLeniently(const std::string& bytes, Findings& findings) {
                                             [](char byte) { return windowsCharacter(byte) != 0; });
         const std::size_t offset = text_.size();
         for (const char byte : isReadable ? odd : std::string_view()) {
-            appendCharacter(text_, windowsCharacter(byte));
+            appendUtf8(text_, windowsCharacter(byte));
         }
         at += run;
         toBytes_.add(text_.size(),

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "app/window/MarkupState.h"
+#include "base/ASCII.h"
 
 namespace vornic {
 
@@ -75,8 +76,7 @@ std::size_t referenceAt(std::string_view row, std::size_t at) {
     }
     const std::string_view name = row.substr(at + 1, end - at - 1);
     const bool isName = !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
-        return c == '#' || (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') ||
-               (c >= 'A' && c <= 'Z');
+        return c == '#' || isDigit(c) || isLetter(c);
     });
     return isName ? end - at + 1 : 0;
 }

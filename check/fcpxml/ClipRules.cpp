@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/ASCII.h"
 #include "check/fcpxml/Naming.h"
 #include "xml/text/AttributeValue.h"
 
@@ -23,8 +24,7 @@ bool isWholeNumber(std::string_view text) {
     if (text.starts_with('-') || text.starts_with('+')) {
         text.remove_prefix(1);
     }
-    return !text.empty() &&
-           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+    return !text.empty() && std::all_of(text.begin(), text.end(), isDigit);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "base/ASCII.h"
 #include "check/fcpxml/Naming.h"
 
 namespace vornic {
@@ -12,10 +13,6 @@ namespace {
 using fcpxml::ParsedTime;
 using fcpxml::Time;
 using fcpxml::TimeFault;
-
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 // The same time as a fraction: "12.05s" is "1205/100s". "" for anything but a decimal number of
 // seconds.

@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/ASCII.h"
 #include "base/FormatString.h"
 #include "check/URLMend.h"
 #include "check/fcpxml/Naming.h"
@@ -25,14 +26,6 @@ namespace {
 // "2024-05-31 18:30:00 " and the offset behind it.
 constexpr std::string_view kDateForm = "0000-00-00 00:00:00 ";
 constexpr std::string_view kOffsetForm = "+0000";
-
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-bool isLetter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
 
 // A digit for each 0 of the form, either sign for its sign, else the same characters.
 bool hasForm(std::string_view text, std::string_view form) {

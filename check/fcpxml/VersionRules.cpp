@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/ASCII.h"
 #include "check/Listing.h"
 #include "check/VersionMend.h"
 #include "check/fcpxml/Naming.h"
@@ -25,7 +26,7 @@ bool looksLikeVersion(std::string_view text) {
     const std::size_t point = text.find('.');
     const auto isNumber = [](std::string_view part) {
         return !part.empty() && (part.size() == 1 || part[0] != '0') &&
-               std::all_of(part.begin(), part.end(), [](char c) { return c >= '0' && c <= '9'; });
+               std::all_of(part.begin(), part.end(), isDigit);
     };
     return point != std::string_view::npos && isNumber(text.substr(0, point)) &&
            isNumber(text.substr(point + 1));

@@ -5,6 +5,8 @@
 #include <limits>
 #include <numeric>
 
+#include "base/ASCII.h"
+
 namespace vornic::fcpxml {
 
 namespace {
@@ -55,7 +57,7 @@ TimeFault takeNumber(std::string_view& text, std::int64_t& number, std::int64_t 
 }
 
 bool beginsWithDigit(std::string_view text) {
-    return !text.empty() && text.front() >= '0' && text.front() <= '9';
+    return !text.empty() && isDigit(text.front());
 }
 
 // Frames a second, rounded; 0 where there is no such count.

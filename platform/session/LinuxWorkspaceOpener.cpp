@@ -9,6 +9,7 @@
 
 #include "base/Exception.h"
 #include "base/PathText.h"
+#include "base/PercentEncoding.h"
 #include "platform/files/Failure.h"
 #include "platform/files/FileSystem.h"
 #include "platform/processes/Process.h"
@@ -71,15 +72,7 @@ bool start(CommandLine command, ErrorSlot& error) {
 /// A scheme of RFC 3986, then a colon; so no address is taken for an option or a path.
 bool hasScheme(std::string_view url) {
     const std::string_view scheme = url.substr(0, std::min(url.find(':'), url.size()));
-    const auto isLetter = [](char character) {
-        return std::isalpha(static_cast<unsigned char>(character)) != 0;
-    };
-    return scheme.size() < url.size() && !scheme.empty() && isLetter(scheme.front()) &&
-           std::all_of(scheme.begin(), scheme.end(), [&](char character) {
-               return isLetter(character) ||
-                      std::isdigit(static_cast<unsigned char>(character)) != 0 ||
-                      character == '+' || character == '-' || character == '.';
-           });
+    return scheme.size() < url.size() && isURLScheme(scheme);
 }
 
 /// The absolute paths of files that are there; nothing, with the slot filled, when one is not.

@@ -9,6 +9,7 @@
 #include <fnmatch.h>
 
 #include "base/PathText.h"
+#include "base/Text.h"
 #include "platform/files/FileSystem.h"
 #include "platform/settings/Directories.h"
 
@@ -22,16 +23,6 @@ struct Glob {
     std::string_view pattern;
     bool isCaseSensitive = false;
 };
-
-std::string lowercase(std::string_view text) {
-    std::string result(text);
-    for (char& character : result) {
-        if (character >= 'A' && character <= 'Z') {
-            character = static_cast<char>(character - 'A' + 'a');
-        }
-    }
-    return result;
-}
 
 /// Takes what stands before the separator, or everything, from the front of a text.
 std::string_view takeUpTo(std::string_view& text, char separator) {
@@ -72,7 +63,7 @@ bool fits(const std::string& pattern, const std::string& extension) {
 class Search {
   public:
     explicit Search(std::string_view extension)
-        : asWritten_(extension), lowercase_(lowercase(extension)) {}
+        : asWritten_(extension), lowercase_(lowercased(extension)) {}
 
     void consider(const Glob& glob) {
         constexpr std::string_view kAnyName = "*.";
@@ -81,7 +72,7 @@ class Search {
         }
         const std::string pattern(glob.pattern.substr(kAnyName.size()));
         const bool isExact = fits(pattern, asWritten_);
-        if (!isExact && (glob.isCaseSensitive || !fits(lowercase(pattern), lowercase_))) {
+        if (!isExact && (glob.isCaseSensitive || !fits(lowercased(pattern), lowercase_))) {
             return;
         }
         const Rank rank{isExact, glob.weight, pattern.size()};

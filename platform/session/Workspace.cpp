@@ -12,6 +12,7 @@
 #include <fcntl.h>
 
 #include "base/PathText.h"
+#include "base/Text.h"
 #include "platform/files/Failure.h"
 #include "platform/files/FileDescriptor.h"
 #include "platform/files/FileSystem.h"
@@ -43,10 +44,7 @@ constexpr std::array<std::string_view, 17> kPackageExtensions{
     ".rtfd", ".saver",  ".workflow",  ".xcodeproj", ".photoslibrary"};
 
 bool hasPackageExtension(const std::string& path) {
-    std::string extension = splitExtension(lastComponent(path)).extension;
-    std::transform(extension.begin(), extension.end(), extension.begin(), [](char character) {
-        return static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
-    });
+    const std::string extension = lowercased(splitExtension(lastComponent(path)).extension);
     return std::find(kPackageExtensions.begin(), kPackageExtensions.end(), extension) !=
            kPackageExtensions.end();
 }

@@ -55,18 +55,8 @@ struct Character {
 constexpr Character kOneByte;
 
 Character decode(const unsigned char* at) {
-    if (*at < 0x80) {
-        return {*at, 1, 1};
-    }
-    if (*at < 0xE0) {
-        return {((at[0] & 0x1FU) << 6U) | (at[1] & 0x3FU), 2, 1};
-    }
-    if (*at < 0xF0) {
-        return {((at[0] & 0x0FU) << 12U) | ((at[1] & 0x3FU) << 6U) | (at[2] & 0x3FU), 3, 1};
-    }
-    return {((at[0] & 0x07U) << 18U) | ((at[1] & 0x3FU) << 12U) | ((at[2] & 0x3FU) << 6U) |
-                (at[3] & 0x3FU),
-            4, 2};
+    const Utf8Character read = wellFormedUtf8At(reinterpret_cast<const char*>(at));
+    return {read.code, static_cast<int>(read.length), read.length == 4 ? 2 : 1};
 }
 
 bool isRemoved(std::uint32_t codePoint) {

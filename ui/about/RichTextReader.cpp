@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "base/ASCII.h"
 #include "base/StringEncoding.h"
 #include "base/Utf8.h"
 
@@ -45,14 +46,6 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 18> kCharact
     {"rdblquote", "\u201D"},
     {"zwnj", "\u200C"},
 }};
-
-bool isLetter(char character) {
-    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
-}
-
-bool isDigit(char character) {
-    return character >= '0' && character <= '9';
-}
 
 /// The characters of the bytes 0x80 to 0xFF, each in UTF-8.
 using UpperHalf = std::array<std::string, 128>;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
+#include "base/ASCII.h"
 #include "xml/text/TextDecoding.h"
 
 namespace vornic {
@@ -10,13 +11,6 @@ namespace vornic {
 namespace {
 
 using xmlchars::is;
-
-bool isLetter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 bool isVersion(std::string_view value) {
     return value.size() > 2 && value.starts_with("1.") &&

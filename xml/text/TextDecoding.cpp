@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 
-#include <iconv.h>
-
+#include "base/Text.h"
+#include "base/TextConverter.h"
 #include "base/Utf8.h"
 #include "xml/text/TextPlace.h"
 #include "xml/text/XMLCharacters.h"
@@ -52,65 +51,25 @@ constexpr std::array<EncodingName, 26> kEncodings = {{
     {"windows-1252", "CP1252"},
     {"cp1252", "CP1252"},
     {"cp-1252", "CP1252"},
-    {"macintosh", "MACINTOSH"},
-    {"mac", "MACINTOSH"},
-    {"macroman", "MACINTOSH"},
-    {"mac-roman", "MACINTOSH"},
-    {"x-mac-roman", "MACINTOSH"},
-    {"x-macroman", "MACINTOSH"},
+    {"macintosh", TextConverter::kMacRoman},
+    {"mac", TextConverter::kMacRoman},
+    {"macroman", TextConverter::kMacRoman},
+    {"mac-roman", TextConverter::kMacRoman},
+    {"x-mac-roman", TextConverter::kMacRoman},
+    {"x-macroman", TextConverter::kMacRoman},
 }};
 
 const char* converterFor(std::string_view name) {
-    std::string lowered(name);
-    std::transform(lowered.begin(), lowered.end(), lowered.begin(), [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
+    const std::string lowered = lowercased(name);
     const auto found =
         std::find_if(kEncodings.begin(), kEncodings.end(),
                      [&lowered](const EncodingName& encoding) { return encoding.name == lowered; });
     return found == kEncodings.end() ? nullptr : found->converter;
 }
 
-// A converter that is closed again.
-class Converter {
-  public:
-    Converter(const char* from, const char* into) : handle_(iconv_open(into, from)) {}
-    ~Converter() {
-        if (isOpen()) {
-            iconv_close(handle_);
-        }
-    }
-    Converter(const Converter&) = delete;
-    Converter& operator=(const Converter&) = delete;
-
-    [[nodiscard]] bool isOpen() const {
-        return handle_ != reinterpret_cast<iconv_t>(-1);  // NOLINT(performance-no-int-to-ptr)
-    }
-
-    /// Converts all bytes. @return how many of them could be converted.
-    std::size_t convert(std::string& bytes, std::size_t offset, std::string& text) {
-        std::array<char, 65536> buffer{};
-        char* in = bytes.data() + offset;
-        std::size_t left = bytes.size() - offset;
-        while (left != 0) {
-            char* out = buffer.data();
-            std::size_t space = buffer.size();
-            const std::size_t result = iconv(handle_, &in, &left, &out, &space);
-            text.append(buffer.data(), buffer.size() - space);
-            if (result == static_cast<std::size_t>(-1) && errno != E2BIG) {
-                break;
-            }
-        }
-        return bytes.size() - left;
-    }
-
-  private:
-    iconv_t handle_;
-};
-
-std::optional<std::string> convert(std::string bytes, const char* converter, TextDecoding& how,
+std::optional<std::string> convert(std::string_view bytes, const char* converter, TextDecoding& how,
                                    ErrorSlot& error) {
-    Converter conversion(converter, kUTF8);
+    TextConverter conversion(converter, kUTF8);
     if (!conversion.isOpen()) {
         error = encodingError(XMLErrorCode::unknownEncoding,
                               "The file's encoding, " + std::string(converter) +
@@ -119,7 +78,8 @@ std::optional<std::string> convert(std::string bytes, const char* converter, Tex
     }
     std::string text;
     text.reserve(bytes.size());
-    const std::size_t converted = conversion.convert(bytes, how.markLength, text);
+    const std::size_t converted =
+        how.markLength + conversion.convert(bytes.substr(how.markLength), text);
     if (converted == bytes.size()) {
         return text;
     }
@@ -192,7 +152,7 @@ std::optional<std::string> decodeDeclared(std::string bytes, TextDecoding& how, 
         return decodeUTF8(std::move(bytes), how, error);
     }
     how.encoding = converter;
-    return convert(std::move(bytes), converter, how, error);
+    return convert(bytes, converter, how, error);
 }
 
 std::optional<std::string> decode(std::string bytes, TextDecoding& how, ErrorSlot& error) {
@@ -209,7 +169,7 @@ std::optional<std::string> decode(std::string bytes, TextDecoding& how, ErrorSlo
         return unsupported(encoding, how, error);
     }
     how.encoding = encoding;
-    return convert(std::move(bytes), signature->converter, how, error);
+    return convert(bytes, signature->converter, how, error);
 }
 
 }  // namespace
@@ -311,13 +271,12 @@ std::optional<std::string_view> textWithin(std::string_view bytes, TextDecoding&
 }
 
 std::optional<std::string> encodeText(std::string_view text, const std::string& encoding) {
-    std::string source(text);
     if (encoding == kUTF8) {
-        return source;
+        return std::string(text);
     }
-    Converter conversion(kUTF8, encoding.c_str());
+    TextConverter conversion(kUTF8, encoding.c_str());
     std::string bytes;
-    if (!conversion.isOpen() || conversion.convert(source, 0, bytes) != source.size()) {
+    if (!conversion.isOpen() || conversion.convert(text, bytes) != text.size()) {
         return std::nullopt;
     }
     return bytes;

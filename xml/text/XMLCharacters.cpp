@@ -7,6 +7,8 @@
 #include <emmintrin.h>
 #endif
 
+#include "base/Utf8.h"
+
 namespace vornic::xmlchars {
 
 namespace {
@@ -28,14 +30,6 @@ constexpr std::array<Range, 12> kNameStartRanges = {{{0xC0, 0xD6},
                                                      {0xF900, 0xFDCF},
                                                      {0xFDF0, 0xFFFD},
                                                      {0x10000, 0xEFFFF}}};
-
-bool isContinuation(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
-}
-
-char32_t payload(char byte) {
-    return static_cast<unsigned char>(byte) & 0x3FU;
-}
 
 }  // namespace
 
@@ -60,35 +54,8 @@ const char* afterLongSpace(const char* at, const char* end) {
 }
 
 Decoded decode(const char* at, const char* end) {
-    const auto lead = static_cast<unsigned char>(*at);
-    const auto left = static_cast<std::size_t>(end - at);
-    if (lead < 0x80) {
-        return {lead, 1};
-    }
-    if (lead >= 0xC2 && lead <= 0xDF) {
-        if (left < 2 || !isContinuation(at[1])) {
-            return {};
-        }
-        return {(lead & 0x1FU) << 6U | payload(at[1]), 2};
-    }
-    if (lead >= 0xE0 && lead <= 0xEF) {
-        if (left < 3 || !isContinuation(at[1]) || !isContinuation(at[2])) {
-            return {};
-        }
-        const char32_t c = (lead & 0x0FU) << 12U | payload(at[1]) << 6U | payload(at[2]);
-        const bool wellFormed = c >= 0x800 && (c < 0xD800 || c > 0xDFFF);
-        return wellFormed ? Decoded{c, 3} : Decoded{};
-    }
-    if (lead >= 0xF0 && lead <= 0xF4) {
-        if (left < 4 || !isContinuation(at[1]) || !isContinuation(at[2]) ||
-            !isContinuation(at[3])) {
-            return {};
-        }
-        const char32_t c =
-            (lead & 0x07U) << 18U | payload(at[1]) << 12U | payload(at[2]) << 6U | payload(at[3]);
-        return c >= 0x10000 && c <= 0x10FFFF ? Decoded{c, 4} : Decoded{};
-    }
-    return {};
+    const Utf8Character read = utf8CharacterAt({at, static_cast<std::size_t>(end - at)}, 0);
+    return read.isValid ? Decoded{read.code, read.length} : Decoded{};
 }
 
 bool isNameStart(char32_t c) {

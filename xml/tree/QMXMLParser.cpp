@@ -9,10 +9,10 @@
 #include "base/Error.h"
 #include "base/Exception.h"
 #include "base/FormatString.h"
+#include "base/PercentEncoding.h"
 #include "base/Text.h"
 #include "base/Utf8.h"
 #include "foundation/log/QMLog.h"
-#include "xml/text/PercentEscapes.h"
 #include "xml/tree/XMLDocument.h"
 
 namespace vornic {
@@ -65,7 +65,7 @@ XMLNode firstNode(std::string_view query, XMLNode node) {
 }
 
 std::string decodedOrRaw(std::string raw) {
-    std::optional<std::string> decoded = percentDecodedASCII(raw);
+    std::optional<std::string> decoded = platform::percentDecodedASCII(raw);
     return decoded ? std::move(*decoded) : std::move(raw);
 }
 
@@ -218,12 +218,13 @@ Nodes QMXMLParser::nodeNodesFromQueries(XMLNode node, const std::vector<std::str
 
 std::optional<std::string> QMXMLParser::idAttributeForNode(XMLNode node) {
     const std::optional<std::string> raw = stringValueForQuery("./@id[1]", node);
-    return raw ? percentDecodedASCII(*raw) : std::nullopt;
+    return raw ? platform::percentDecodedASCII(*raw) : std::nullopt;
 }
 
 std::optional<std::string> QMXMLParser::filenameFromPathURLString(
     const std::optional<std::string>& string) {
-    return string ? std::optional(percentDecodedPath(pathOfURL(*string))) : std::nullopt;
+    return string ? std::optional(platform::percentDecodedPath(platform::pathOfURL(*string)))
+                  : std::nullopt;
 }
 
 std::optional<std::string> QMXMLParser::nameForNode(XMLNode node) {
