@@ -98,6 +98,13 @@ class ConvertSheetTest : public DesktopTest {
     QComboBox& menu = child<QComboBox>(sheet, "convertVersionPopUp");
 };
 
+const ConversionOffer kOffer{
+    .version = "5",
+    .release = "6",
+    .versions = {{.key = "5", .title = "5 (Final Cut Pro 6+)", .test = {}, .menuItems = 1},
+                 {.key = "4", .title = "4 (Final Cut Pro 5.1+)", .test = {}, .menuItems = 2}},
+    .lowest = 1};
+
 TEST_F(ConvertSheetTest, isEmptyAndDisabledAtFirst) {
     EXPECT_FALSE(button.isEnabled());
     EXPECT_FALSE(menu.isEnabled());
@@ -108,15 +115,20 @@ TEST_F(ConvertSheetTest, isEmptyAndDisabledAtFirst) {
 }
 
 TEST_F(ConvertSheetTest, knowsTheKeyOfTheChosenVersion) {
-    sheet.addConvertVersion("5 (Final Cut Pro 6+)");
     EXPECT_EQ(sheet.selectedConvertVersionKey(), std::nullopt);
-    sheet.setLastConvertVersionKey("5");
-    sheet.addConvertVersion("4 (Final Cut Pro 5.1+)");
-    sheet.setLastConvertVersionKey("4");
+    sheet.showOffer(kOffer);
+    ASSERT_EQ(menu.count(), 3);
+    EXPECT_EQ(menu.itemText(0), QStringLiteral("5 (Final Cut Pro 6+)"));
+    EXPECT_EQ(menu.itemText(1), menu.itemText(2));
+    EXPECT_EQ(
+        child<QLabel>(sheet, "convertDowngradeVersion").text(),
+        QStringLiteral("Can be downgraded without changes to version: 4 (Final Cut Pro 5.1+)"));
+    EXPECT_TRUE(menu.isEnabled());
+    EXPECT_TRUE(button.isEnabled());
     EXPECT_EQ(sheet.selectedConvertVersionKey(), "5");
     menu.setCurrentIndex(1);
     EXPECT_EQ(sheet.selectedConvertVersionKey(), "4");
-    sheet.removeAllConvertVersions();
+    sheet.showOffer({});
     EXPECT_EQ(sheet.selectedConvertVersionKey(), std::nullopt);
 }
 
@@ -126,7 +138,9 @@ TEST_F(ConvertSheetTest, hasRoomForTextsOfSeveralLines) {
     const std::string text =
         "Can be downgraded without changes to version: 3 (Final Cut Pro 5.1.2+)";
     sheet.setConvertCurVersion(text + " " + text);
-    sheet.setConvertDowngradeVersion(text + " " + text);
+    ConversionOffer offer = kOffer;
+    offer.versions[1].title = text + " " + text;
+    sheet.showOffer(offer);
     QApplication::processEvents();
     for (const char* const name : {"convertCurVersion", "convertDowngradeVersion"}) {
         const auto& label = child<QLabel>(sheet, name);
@@ -135,7 +149,7 @@ TEST_F(ConvertSheetTest, hasRoomForTextsOfSeveralLines) {
 }
 
 TEST_F(ConvertSheetTest, startsNoSecondConversionWhileItIsBusy) {
-    sheet.setConvertButtonEnabled(true);
+    sheet.setConvertInterfaceEnabled(true);
     EXPECT_TRUE(button.isEnabled());
     sheet.startConvertSpinner();
     EXPECT_FALSE(button.isEnabled());
@@ -147,8 +161,7 @@ TEST_F(ConvertSheetTest, startsNoSecondConversionWhileItIsBusy) {
 }
 
 TEST_F(ConvertSheetTest, takesADoubleClickForOneClick) {
-    sheet.setConvertVersionMenuEnabled(true);
-    sheet.setConvertButtonEnabled(true);
+    sheet.setConvertInterfaceEnabled(true);
     beginSheet(sheet);
     QTest::mouseClick(&button, Qt::LeftButton);
     QTest::mouseClick(&button, Qt::LeftButton);
@@ -168,11 +181,9 @@ TEST_F(ConvertSheetTest, takesADoubleClickForOneClick) {
 }
 
 TEST_F(ConvertSheetTest, isEmptyAndIdleWheneverItIsShown) {
-    sheet.addConvertVersion("5 (Final Cut Pro 6+)");
+    sheet.showOffer(kOffer);
     sheet.setConvertCurVersion("5");
-    sheet.setConvertDowngradeVersion("5");
-    sheet.setConvertVersionMenuEnabled(true);
-    sheet.setConvertButtonEnabled(true);
+    sheet.setConvertInterfaceEnabled(true);
     sheet.startConvertSpinner();
     window.show();
     sheet.beginConvertSheet();

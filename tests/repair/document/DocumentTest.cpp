@@ -317,7 +317,7 @@ TEST_F(DocumentTest, aRepairClearsAnOldCancellationAndTakesTheKindFromTheName) {
               RepairOutcome::sound);
     EXPECT_FALSE(document->progressCancelled());
     EXPECT_EQ(document->xmlType(), 0);
-    EXPECT_EQ(document->startRepair(sandbox.write("Cut.FCPXML", test::kSoundFCPXML)),
+    EXPECT_EQ(document->startRepair(sandbox.write("Cut.FCPXML", test::kSoundFCPXML)).outcome,
               RepairOutcome::sound);
     EXPECT_EQ(document->xmlType(), 1);
 }
