@@ -25,8 +25,13 @@ class DocumentTest : public EngineTest {
 
     /// Waits for every thread that a document started, while the main thread's events go on.
     static void waitForThreads() {
-        EXPECT_TRUE(platform::joinDetachedThreads(std::chrono::minutes(2)));
-        while (platform::MainThread::dispatchOne(std::chrono::milliseconds(0))) {
+        // What is dispatched may start another one.
+        for (bool isDone = false; !isDone;) {
+            EXPECT_TRUE(platform::joinDetachedThreads(std::chrono::minutes(2)));
+            isDone = true;
+            while (platform::MainThread::dispatchOne(std::chrono::milliseconds(0))) {
+                isDone = false;
+            }
         }
     }
     /// The entries of the report, with their marks.
