@@ -180,6 +180,11 @@ class CopyWriter {
     std::string out_;
 };
 
+// Changes where one copy ends and the next begins: whether this one is of the copy that ends.
+bool endsWhatIsBefore(ChangeKind kind) {
+    return rankOf(kind) == 0 || kind == ChangeKind::insertEndTag;
+}
+
 }  // namespace
 
 std::string makeCopy(std::string_view text, const Structure& structure, const CopyRange& range,
@@ -189,11 +194,11 @@ std::string makeCopy(std::string_view text, const Structure& structure, const Co
     MergedChanges changes(structure.changes, range.offset);
     while (const Change* const change = changes.next()) {
         if (change->offset > range.end ||
-            (!isLast && change->offset == range.end && change->kind != ChangeKind::insertEndTag)) {
+            (!isLast && change->offset == range.end && !endsWhatIsBefore(change->kind))) {
             break;
         }
         if (range.offset == 0 || change->offset != range.offset ||
-            change->kind != ChangeKind::insertEndTag) {
+            !endsWhatIsBefore(change->kind)) {
             writer.apply(*change, sink);
         }
     }

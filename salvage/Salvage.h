@@ -34,7 +34,7 @@ struct SalvageOptions {
 
 /// Makes the likeliest original of a file that is no XML any more, with every character of content
 /// that is left. Nothing is written, nothing raised but for memory that has run out. Linear, in
-/// memory of about three times the file and 64 bytes a tag. Any thread.
+/// at most 32 MB of memory, three times the file and 64 bytes a tag. Any thread.
 /// @param bytes of the whole file.
 [[nodiscard]] Salvage salvage(std::string bytes, const SalvageOptions& options = {});
 

@@ -236,7 +236,7 @@ Structure findStructure(std::string_view text, FileKind kind, const Weights& wei
     std::unique_ptr<Format> format = kind == FileKind::fcpxml
                                          ? makeFCPXMLFormat(definition, structure.names)
                                          : makeXMEMLFormat(structure.names);
-    Tokens tokens = tokenize(text, structure.names, judgeOf(kind, definition));
+    Tokens tokens = tokenize(text, nameOf(kind), structure.names, judgeOf(kind, definition));
     if (tokens.list.empty() || structure.names.isFull()) {
         return structure;
     }

@@ -62,10 +62,10 @@ bool TagReader::isNextLessThan() {
     return nextLessThan_ <= nextGreaterThan_;
 }
 
-Token TagReader::readStart(std::size_t at) {
-    at_ = nameEnd(at + 1);
+Token TagReader::readStart(std::size_t at, std::size_t nameStart) {
+    at_ = nameEnd(nameStart);
     partEnd_ = at_;
-    elementName_ = text_.substr(at + 1, at_ - at - 1);
+    elementName_ = text_.substr(nameStart, at_ - nameStart);
     isEmpty_ = false;
     isCut_ = false;
     attributes_.clear();

@@ -21,8 +21,9 @@ class TagReader {
     TagReader(std::string_view text, NameTable& names, const ValueJudge& judge, Changes& changes)
         : text_(text), names_(names), judge_(judge), changes_(changes) {}
 
-    /// @param at the `<` of a start tag, whose name follows.
-    [[nodiscard]] Token readStart(std::size_t at);
+    /// @param at the `<` of a start tag.
+    /// @param nameStart where its name begins.
+    [[nodiscard]] Token readStart(std::size_t at, std::size_t nameStart);
     /// @param at the `<` of `</`.
     [[nodiscard]] Token readEnd(std::size_t at);
     /// True when the last tag is where the text was cut off.

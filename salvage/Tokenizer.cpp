@@ -1,6 +1,7 @@
 #include "salvage/Tokenizer.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 
 #include "salvage/TagReader.h"
@@ -40,8 +41,12 @@ class NextOf {
 
 class Tokenizer {
   public:
-    Tokenizer(std::string_view text, NameTable& names, const ValueJudge& judge)
+    Tokenizer(std::string_view text, std::string_view rootName, NameTable& names,
+              const ValueJudge& judge)
         : text_(text),
+          rootStart_("<" + std::string(rootName)),
+          rootEnd_("</" + std::string(rootName)),
+          rootName_(names.idOf(rootName)),
           tags_(text, names, judge, tokens_.changes),
           commentEnd_(text, "-->"),
           commentStart_(text, "<!--"),
@@ -81,7 +86,7 @@ class Tokenizer {
         }
         const char c = text_[next];
         if (c == '/') {
-            return readTag(tags_.readEnd(at_));
+            return isRootStartWithSlash() ? readRootStart() : readTag(tags_.readEnd(at_));
         }
         if (c == '?') {
             return readInstruction();
@@ -95,7 +100,19 @@ class Tokenizer {
         if (xmlchars::nameLength(text_.data() + next, text_.data() + text_.size()) == 0) {
             return false;
         }
-        return readTag(tags_.readStart(at_));
+        return readTag(tags_.readStart(at_, next));
+    }
+
+    // The root's end tag in front of all others, where no start tag of it follows and an end tag
+    // does.
+    [[nodiscard]] bool isRootStartWithSlash() const {
+        return !hasTag_ && startsHere(rootEnd_) && text_.find(rootStart_, at_) == kNowhere &&
+               text_.find(rootEnd_, at_ + 1) != kNowhere;
+    }
+
+    bool readRootStart() {
+        add(ChangeKind::removeJunk, at_ + 1, 1);
+        return readTag(tags_.readStart(at_, at_ + 2));
     }
 
     bool readTag(Token token) {
@@ -105,8 +122,22 @@ class Tokenizer {
         }
         sortChangesFrom(token.offset);
         token.indent = indentOf(token.offset);
+        if (emptyRoot_ && (token.kind == TokenKind::end || token.name != rootName_)) {
+            openEmptyRoot(tokens_.list[*emptyRoot_]);
+        }
+        const bool isCandidate =
+            (!hasTag_ || emptyRoot_) && token.kind == TokenKind::empty && token.name == rootName_;
+        emptyRoot_ = isCandidate ? std::optional(tokens_.list.size()) : std::nullopt;
+        hasTag_ = true;
         push(token);
         return true;
+    }
+
+    // The file's elements follow: the slash stands where `>` was, or in front of it.
+    void openEmptyRoot(Token& root) {
+        root.kind = TokenKind::start;
+        add(ChangeKind::removeJunk, text_.rfind('/', root.end - 1), 1);
+        sortChangesFrom(root.offset);
     }
 
     // What makes a tag whole is not found in the order of the text.
@@ -382,6 +413,9 @@ class Tokenizer {
     }
 
     std::string_view text_;
+    std::string rootStart_;
+    std::string rootEnd_;
+    NameId rootName_;
     Tokens tokens_;
     TagReader tags_;
     NextOf commentEnd_;
@@ -394,12 +428,16 @@ class Tokenizer {
     NextOf greaterThan_;
     NextOf newLine_;
     std::size_t at_ = 0;
+    bool hasTag_ = false;
+    // The tag before, where it and all in front of it are the root's and empty.
+    std::optional<std::size_t> emptyRoot_;
 };
 
 }  // namespace
 
-Tokens tokenize(std::string_view text, NameTable& names, const ValueJudge& judge) {
-    return Tokenizer(text, names, judge).run();
+Tokens tokenize(std::string_view text, std::string_view rootName, NameTable& names,
+                const ValueJudge& judge) {
+    return Tokenizer(text, rootName, names, judge).run();
 }
 
 }  // namespace vornic::salvage

@@ -29,7 +29,10 @@ struct Tokens {
 /// without `>` ends before the next `<`, a value without its quote before the next attribute, a
 /// comment that is never closed with its line. Linear.
 /// @param names gains the names that the text has.
-[[nodiscard]] Tokens tokenize(std::string_view text, NameTable& names, const ValueJudge& judge);
+/// @param rootName of the format's root element, whose tag has its slash taken out where the rest
+/// of the text says that it opens the document.
+[[nodiscard]] Tokens tokenize(std::string_view text, std::string_view rootName, NameTable& names,
+                              const ValueJudge& judge);
 
 }  // namespace vornic::salvage
 

@@ -267,6 +267,27 @@ class SpecialVolumeTest : public ::testing::Test {
         return volume_ + "/" + name;
     }
 
+    [[nodiscard]] static std::size_t pagesOf(const std::string& bytes) {
+        constexpr std::size_t kPage = 4096;
+        return (bytes.size() + kPage - 1) / kPage;
+    }
+    [[nodiscard]] static std::string cutOff(const std::string& text) {
+        return text.substr(0, text.rfind("</sequence>"));
+    }
+    [[nodiscard]] ProgramResult salvage(const std::string& path) const {
+        return files_->repair({"--salvage", path});
+    }
+    // Nothing is new on the volume, and it is said why.
+    void expectNotSalvaged(const std::string& path) const {
+        const std::vector<std::string> names = namesIn(volume_);
+        const ProgramResult result = salvage(path);
+        EXPECT_EQ(result.status, 3);
+        EXPECT_EQ(result.errors, "vornic-repair: The file " + volume_ +
+                                     "/cut-salvaged.xml cannot be written: no space left on the "
+                                     "volume.\n");
+        EXPECT_EQ(namesIn(volume_), names);
+    }
+
     TestMaterial material_;
     PrivateMounts mounts_;
     std::unique_ptr<Unprivileged> unprivileged_;
@@ -346,6 +367,58 @@ TEST_F(SpecialVolumeTest, withoutRoomForTheLogAFileIsRepairedAllTheSame) {
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(readBytes(path), repairedXMEML());
     EXPECT_EQ(readBytes(files_->trash() + "/cut.xml"), damagedXMEML());
+}
+
+// With room for less than the copy, page by page, and for one name fewer than it takes.
+TEST_F(SpecialVolumeTest, withoutRoomForASalvagedCopyNothingIsLeftOfIt) {
+    constexpr std::size_t kPage = 4096;
+    constexpr std::size_t kPages = 16;
+    mount("tmpfs", "size=64k,nr_inodes=6");
+    const std::string text = cutOff(ofSize(soundXMEML(), 20'000));
+    const std::string path = onVolume("cut.xml", text);
+    const FileState before = fileState(path);
+    const std::size_t taken = pagesOf(text);
+    for (std::size_t room = 0; room < pagesOf(text); ++room) {
+        const std::string filler =
+            onVolume("filler", std::string((kPages - taken - room) * kPage, 'f'));
+        expectNotSalvaged(path);
+        ASSERT_EQ(unlink(filler.c_str()), 0);
+    }
+    for (const char* const name : {"1", "2", "3", "4"}) {
+        static_cast<void>(onVolume(name, ""));
+    }
+    expectNotSalvaged(path);
+    EXPECT_EQ(fileState(path), before);
+    ASSERT_EQ(unlink((volume_ + "/1").c_str()), 0);
+    EXPECT_EQ(salvage(path).status, 1);
+    EXPECT_THAT(readBytes(volume_ + "/cut-salvaged.xml"), HasSubstr("</xmeml>"));
+}
+
+// The first copy is whole; the second is told as not written.
+TEST_F(SpecialVolumeTest, withRoomForOneOfTwoSalvagedCopiesKeepsThatOne) {
+    mount("tmpfs", "size=72k");
+    const std::string one = ofSize(soundXMEML(), 20'000);
+    const std::string path = onVolume("two.xml", one + one.substr(one.find("<xmeml")));
+    const ProgramResult result = salvage(path);
+    EXPECT_EQ(result.status, 3);
+    EXPECT_THAT(result.errors, HasSubstr("The salvaged copy is " + volume_ + "/two-salvaged.xml"));
+    EXPECT_THAT(result.errors, HasSubstr("no space left on the volume"));
+    EXPECT_THAT(namesIn(volume_), ElementsAre("two-salvaged.xml", "two.xml"));
+    EXPECT_EQ(readBytes(volume_ + "/two-salvaged.xml"), one.substr(0, one.size() - 1));
+}
+
+TEST_F(SpecialVolumeTest, thatIsReadOnlyGetsNoSalvagedCopy) {
+    mount("tmpfs", "size=64k");
+    const std::string path = onVolume("cut.xml", cutOff(soundXMEML()));
+    unprivileged_.reset();
+    ASSERT_TRUE(mounts_.makeReadOnly(volume_));
+    unprivileged_ = std::make_unique<Unprivileged>();
+    const ProgramResult result = salvage(path);
+    EXPECT_EQ(result.status, 3);
+    EXPECT_THAT(result.errors, HasSubstr("The file " + volume_ +
+                                         "/cut-salvaged.xml cannot be "
+                                         "written: the volume is read-only.\n"));
+    EXPECT_THAT(namesIn(volume_), ElementsAre("cut.xml"));
 }
 
 TEST_F(SpecialVolumeTest, withoutExtendedAttributesTheCodesAreLeftOut) {

@@ -1,6 +1,7 @@
 // vornic-repair --salvage: what it writes, what it leaves, and what it says.
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -71,6 +72,42 @@ TEST_F(SalvageCommandLineTest, numbersACopyWhoseNameIsTaken) {
     EXPECT_EQ(salvage({"--quiet", "Cut.xml"}).status, 1);
     EXPECT_THAT(namesIn(files.folder()),
                 ElementsAre("Cut-salvaged 2.xml", "Cut-salvaged.xml", "Cut.xml"));
+}
+
+TEST_F(SalvageCommandLineTest, numbersACopyWhoseNameALinkOrAFolderHas) {
+    std::filesystem::create_symlink("nowhere", files.path("Cut-salvaged.xml"));
+    std::filesystem::create_directory(files.path("Cut-salvaged 2.xml"));
+    EXPECT_EQ(salvage({"Cut.xml"}).status, 1);
+    EXPECT_THAT(namesIn(files.folder()), ElementsAre("Cut-salvaged 2.xml", "Cut-salvaged 3.xml",
+                                                     "Cut-salvaged.xml", "Cut.xml"));
+    EXPECT_EQ(readBytes(files.path("Cut-salvaged 3.xml")), kSound);
+    EXPECT_THAT(namesIn(files.path("Cut-salvaged 2.xml")), ::testing::IsEmpty());
+}
+
+TEST_F(SalvageCommandLineTest, givesRunsAtOnceACopyEach) {
+    constexpr std::size_t kRuns = 6;
+    std::vector<std::unique_ptr<RunningProgram>> runs;
+    for (std::size_t i = 0; i < kRuns; ++i) {
+        runs.push_back(
+            std::make_unique<RunningProgram>(files.repairer({"--salvage", "--quiet", "Cut.xml"})));
+    }
+    for (const auto& run : runs) {
+        EXPECT_EQ(run->finish().status, 1);
+    }
+    const std::vector<std::string> names = namesIn(files.folder());
+    EXPECT_EQ(names.size(), kRuns + 1);
+    for (const std::string& name : names) {
+        EXPECT_EQ(readBytes(files.path(name)), name == "Cut.xml" ? kBroken : kSound) << name;
+    }
+}
+
+TEST_F(SalvageCommandLineTest, leavesNothingInAFolderThatCannotBeWritten) {
+    ASSERT_EQ(chmod(files.folder().c_str(), 0555), 0);
+    const ProgramResult result = salvage({"Cut.xml"});
+    ASSERT_EQ(chmod(files.folder().c_str(), 0755), 0);
+    EXPECT_EQ(result.status, 3);
+    EXPECT_THAT(result.errors, HasSubstr("The file Cut-salvaged.xml cannot be written: "));
+    EXPECT_THAT(namesIn(files.folder()), ElementsAre("Cut.xml"));
 }
 
 TEST_F(SalvageCommandLineTest, neverWritesOverItsInput) {

@@ -291,6 +291,29 @@ TEST(Salvage, tellsReferencesToAFileWhoseStartTagIsLost) {
     EXPECT_EQ(finding.where.line, 19U);
 }
 
+TEST(Salvage, opensARootWhoseTagASlashEndedTooEarly) {
+    for (const std::string_view whole : {kSound, kFCPXML}) {
+        const std::size_t from = whole.find("ml version=\"", 20);
+        const std::size_t name = whole.rfind('<', from) + 1;
+        const std::size_t end = whole.find('>', from);
+        for (const std::string_view other : {"/", " /", "/>", " />"}) {
+            EXPECT_EQ(copyOf(std::string(whole).replace(end, 1, other)),
+                      std::string(whole).insert(end, other.substr(0, other.find('/'))));
+        }
+        EXPECT_EQ(copyOf(std::string(whole).insert(name, "/")), whole);
+    }
+}
+
+TEST(Salvage, takesAnEmptyRootInFrontOfAnotherOneForADocumentOfItsOwn) {
+    for (const char* const root : {"<xmeml version=\"5\"/>", "<xmeml version=\"5\"/"}) {
+        const Salvage result = salvage(root + std::string(kSound.substr(22)));
+        ASSERT_THAT(result.copies, SizeIs(2)) << result.refusal;
+        EXPECT_EQ(result.copies[0], "<xmeml version=\"5\"/>");
+        EXPECT_THAT(result.copies[1], HasSubstr("Lake"));
+    }
+    EXPECT_THAT(salvage("<xmeml/<xmeml/" + std::string(kSound.substr(42))).copies, SizeIs(2));
+}
+
 TEST(Salvage, makesACopyWhateverIsWrongInFrontOfTheRoot) {
     for (const std::string_view whole : {kSound, kFCPXML}) {
         const std::size_t head = whole.find('>', whole.find("ml version=\"", 20)) + 1;
