@@ -4,12 +4,14 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <unistd.h>
 
 #include "app/cli/StandardStreams.h"
+#include "app/cli/WindowHelp.h"
 #include "desktop/Appearance.h"
 #include "desktop/Application.h"
 #include "desktop/CloseRequests.h"
@@ -76,6 +78,10 @@ QIcon makeIcon() {
 
 int main(int argc, char** argv) {
     vornic::secureStandardStreams();
+    if (const std::optional<int> status = vornic::answerWithoutWindow(
+            std::vector<std::string>(argv, argv + argc), "vornic-desktop")) {
+        return *status;
+    }
     vornic::startCrashReports(vornic::kDesktopProgram);
     if (!hasDisplay()) {
         static_cast<void>(std::fputs(

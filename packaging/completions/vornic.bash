@@ -149,7 +149,7 @@ _vornic() {
     if [[ $previous == -convertxmeml ]]; then
         _vornic_words '1 2 3 4 5' "$current"
     elif [[ $current == -* ]]; then
-        _vornic_words '-convertxmeml' "$current"
+        _vornic_words '-convertxmeml --help --version' "$current"
     else
         _vornic_files "$current"
     fi

@@ -78,3 +78,5 @@ complete -c vornic-repair -l version -d 'Print the version'
 
 complete -c vornic -k -a "$files"
 complete -c vornic -o convertxmeml -x -a '1 2 3 4 5' -d 'Convert to another version'
+complete -c vornic -l help -d 'Print a summary'
+complete -c vornic -l version -d 'Print the version'

@@ -78,6 +78,22 @@ TEST_F(DesktopHandOffTest, withoutTheDesktopProgramAnErrorSaysWhatToDo) {
     EXPECT_FALSE(exists(files.logPath()));
 }
 
+TEST_F(DesktopHandOffTest, helpAndVersionNeedNoDesktopProgram) {
+    const ProgramResult help = run("vornic", {"cut.xml", "--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_THAT(help.output, ::testing::StartsWith("Usage: vornic [FILE...]\n"));
+    const ProgramResult version = run("vornic", {"--version"});
+    EXPECT_EQ(version.status, 0);
+    EXPECT_THAT(version.output, MatchesRegex("vornic [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+    EXPECT_EQ(version.errors, "");
+    EXPECT_FALSE(exists(files.logPath()));
+}
+
+TEST_F(DesktopHandOffTest, aFileThatIsNamedLikeAnOptionIsHandedOver) {
+    installScript("bin/vornic-desktop", kShowArguments);
+    EXPECT_EQ(run("vornic", {"--", "--help"}).output, "<-->\n<--help>\n");
+}
+
 TEST_F(DesktopHandOffTest, aSwitchInOtherLettersStartsTheDesktopProgram) {
     const std::string path = files.writeSound("cut.xml");
     for (const char* wrong :

@@ -81,8 +81,9 @@ TEST(ManualPage, namesEveryOptionOfTheConversionAndNoOther) {
     EXPECT_EQ(optionsIn(page("vornic-convert.1")), optionsIn(help(VORNIC_CONVERT_PROGRAM)));
 }
 
-TEST(ManualPage, namesTheSwitchOfTheConverter) {
+TEST(ManualPage, namesTheOptionsOfTheProgramWithWindows) {
     EXPECT_NE(page("vornic.1").find("-convertxmeml"), std::string::npos);
+    EXPECT_EQ(optionsIn(page("vornic.1")), optionsIn(help(VORNIC_PROGRAM)));
 }
 
 TEST(Readme, namesEveryOptionOfTheHelp) {

@@ -83,6 +83,16 @@ TEST_F(DesktopProgramTest, tellsThatThereIsNoDisplay) {
     EXPECT_THAT(result.errors, HasSubstr("There is no display"));
 }
 
+TEST_F(DesktopProgramTest, tellsHelpAndVersionWithoutADisplay) {
+    const ProgramResult help = RunningProgram(settings("", {"--help"})).finish();
+    EXPECT_EQ(help.status, 0);
+    EXPECT_THAT(help.output, HasSubstr("Usage: vornic [FILE...]"));
+    const ProgramResult version = RunningProgram(settings(":4711", {"--version"})).finish();
+    EXPECT_EQ(version.status, 0);
+    EXPECT_THAT(version.output, ::testing::MatchesRegex("vornic-desktop [0-9.]+\n"));
+    EXPECT_EQ(help.errors + version.errors, "");
+}
+
 TEST_F(DesktopProgramTest, tellsThatItsDisplayCannotBeReached) {
     const ProgramResult result = RunningProgram(settings(":4711", {})).finish();
     EXPECT_EQ(result.status, 1);
