@@ -37,13 +37,9 @@ InPlaceChange::~InPlaceChange() {
 
 std::optional<std::string> InPlaceChange::read(
     const std::optional<platform::ContentDigest::Value>& expected) {
-    ErrorSlot ignored;
-    result_.isCancelled =
-        copy_.clearPath(ignored) == WorkingCopy::Clearing::cancelled || !copy_.settleLeft();
-    std::optional<std::string> bytes =
-        result_.isCancelled ? std::nullopt : platform::readFile(path_, result_.error);
+    std::optional<std::string> bytes = readUndigested();
     if (bytes) {
-        digestRead_ = platform::ContentDigest::of(*bytes);
+        expect(*bytes);
     }
     if (bytes && expected && *expected != digestRead_) {
         platform::failFileBecause(result_.error, path_, words_.participle, EBUSY,
@@ -51,6 +47,17 @@ std::optional<std::string> InPlaceChange::read(
         return std::nullopt;
     }
     return bytes;
+}
+
+std::optional<std::string> InPlaceChange::readUndigested() {
+    ErrorSlot ignored;
+    result_.isCancelled =
+        copy_.clearPath(ignored) == WorkingCopy::Clearing::cancelled || !copy_.settleLeft();
+    return result_.isCancelled ? std::nullopt : platform::readFile(path_, result_.error);
+}
+
+void InPlaceChange::expect(std::string_view bytesRead) {
+    digestRead_ = platform::ContentDigest::of(bytesRead);
 }
 
 // The check of the bytes may still go on.
@@ -61,6 +68,9 @@ void InPlaceChange::write(const std::string& bytes) {
 void InPlaceChange::write(const WorkingCopy::Writer& bytes) {
     isWritten_ =
         !result_.error && !result_.isCancelled && (copy_.isMade() || make()) && save(bytes);
+    if (isWritten_) {
+        copy_.synchronize();
+    }
 }
 
 void InPlaceChange::finish(bool isWanted, SwapObserver& observer) {
@@ -93,7 +103,7 @@ bool InPlaceChange::isLeft() const {
 }
 
 bool InPlaceChange::make() {
-    for (auto step : {&WorkingCopy::clearPath, &WorkingCopy::create}) {
+    for (auto step : {&WorkingCopy::clearPath, &WorkingCopy::createEmpty}) {
         const WorkingCopy::Clearing clearing = (copy_.*step)(result_.error);
         if (clearing != WorkingCopy::Clearing::done) {
             result_.isCancelled = clearing == WorkingCopy::Clearing::cancelled;

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/Error.h"
@@ -56,7 +57,12 @@ class InPlaceChange {
     ///     wait was ended
     [[nodiscard]] std::optional<std::string> read(
         const std::optional<platform::ContentDigest::Value>& expected = std::nullopt);
-    /// Writes the new bytes; the last ones that it is given count.
+    /// The same without a digest of the bytes, which `expect` takes later, while others are at
+    /// work on them.
+    [[nodiscard]] std::optional<std::string> readUndigested();
+    /// Takes the digest of what `readUndigested` gave. Without it no file is swapped.
+    void expect(std::string_view bytesRead);
+    /// Writes the new bytes and brings them to the disk; the last ones that it is given count.
     void write(const std::string& bytes);
     /// The same with bytes that are handed over piece by piece.
     void write(const WorkingCopy::Writer& bytes);

@@ -281,7 +281,7 @@ class Mending {
             // The system has no thread to give.
             report = std::async(std::launch::deferred, check);
         }
-        watch_(changed);
+        watch_(changed, old_);
         return report.get();
     }
 

@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "check/Check.h"
@@ -47,7 +48,8 @@ struct MendedBytes {
 
     /// Takes bytes that are to be written, unless the check that goes on meanwhile refuses them.
     /// The last ones it is given are the result.
-    using Watcher = std::function<void(const std::string& bytes)>;
+    /// @param old the bytes of the file
+    using Watcher = std::function<void(const std::string& bytes, std::string_view old)>;
 
     /// Checks a file, makes the mends that may be made, and checks again what came of it, until
     /// nothing is left that waited for another mend. A mend that leaves its own finding or brings

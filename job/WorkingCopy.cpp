@@ -121,7 +121,7 @@ bool WorkingCopy::recycleLeft(const std::string& at, const std::string& name, Er
     return false;
 }
 
-WorkingCopy::Clearing WorkingCopy::create(ErrorSlot& error) {
+WorkingCopy::Clearing WorkingCopy::create(Contents contents, ErrorSlot& error) {
     discardPath_ = platform::joinPath(platform::parentFolder(path_),
                                       platform::temporaryName(platform::lastComponent(path_)));
     isWhole_ = false;
@@ -140,7 +140,7 @@ WorkingCopy::Clearing WorkingCopy::create(ErrorSlot& error) {
             std::swap(own_.file, made.file);
             own_.version = made.version;
             isSaved_ = false;
-            isWhole_ = fill(own_, error);
+            isWhole_ = fill(own_, contents, error);
             if (isWhole_) {
                 return Clearing::done;
             }
@@ -192,11 +192,11 @@ bool WorkingCopy::makeTemporary(SavedCopy& copy, ErrorSlot& error) const {
                     claim == platform::Claim::busy ? EWOULDBLOCK : errorNumber);
 }
 
-bool WorkingCopy::fill(SavedCopy& copy, ErrorSlot& error) const {
+bool WorkingCopy::fill(SavedCopy& copy, Contents contents, ErrorSlot& error) const {
     struct stat status {};
     const int from = opened_->file.get();
     int errorNumber = fstat(from, &status) == 0 ? 0 : errno;
-    if (errorNumber == 0) {
+    if (errorNumber == 0 && contents == Contents::ofSource) {
         errorNumber = platform::copyContents(from, copy.file.get());
     }
     if (errorNumber != 0) {
@@ -370,6 +370,12 @@ int WorkingCopy::discard() noexcept {
 
 bool WorkingCopy::isSourceBeingWritten() const {
     return opened_ && platform::isOpenForWriting(opened_->file.get());
+}
+
+void WorkingCopy::synchronize() const {
+    if (isSaved_) {
+        static_cast<void>(platform::synchronize(own_.file.get()));
+    }
 }
 
 SwapResult WorkingCopy::swap(SwapObserver& observer) {

@@ -58,7 +58,9 @@ class WorkingCopy {
     /// Copies the source, links followed, to the path, and claims the copy. A source that is larger
     /// than the free memory is refused, since it could not be read.
     /// @return `done`, or the slot is filled unless the user has cancelled.
-    [[nodiscard]] Clearing create(ErrorSlot& error);
+    [[nodiscard]] Clearing create(ErrorSlot& error) { return create(Contents::ofSource, error); }
+    /// The same with an empty file, for a run that has its bytes and saves them at once.
+    [[nodiscard]] Clearing createEmpty(ErrorSlot& error) { return create(Contents::none, error); }
     /// The bytes of the source as they are now. The copy was made of these, but other programs know
     /// its name, and what they write there is not the user's file. A reading that failed is tried
     /// once more. Bytes that are not those of an earlier reading keep the copy from being swapped.
@@ -70,6 +72,9 @@ class WorkingCopy {
     /// Writes the file anew, atomically, with the source's mode, owner and attributes. Fills the
     /// slot on failure, after which the copy is as it was.
     void save(const Writer& write, ErrorSlot& error);
+    /// Brings what was saved to the disk, for which `swap` waits otherwise. A failure comes again
+    /// in `swap`, which tells it.
+    void synchronize() const;
     /// Removes the copy. Fills the slot on failure; another program's file is left there, which is
     /// no failure but a note for the log.
     void remove(ErrorSlot& error);
@@ -94,11 +99,14 @@ class WorkingCopy {
     [[nodiscard]] std::vector<Note> takeNotes();
 
   private:
+    enum class Contents { ofSource, none };
+
+    [[nodiscard]] Clearing create(Contents contents, ErrorSlot& error);
     bool recycleLeft(const std::string& at, const std::string& name, ErrorSlot& error);
     [[nodiscard]] bool isTooLarge(ErrorSlot& error) const;
     // Makes a claimed file under a name that no other program knows.
     [[nodiscard]] bool makeTemporary(SavedCopy& copy, ErrorSlot& error) const;
-    [[nodiscard]] bool fill(SavedCopy& copy, ErrorSlot& error) const;
+    [[nodiscard]] bool fill(SavedCopy& copy, Contents contents, ErrorSlot& error) const;
     [[nodiscard]] bool write(SavedCopy& copy, const Writer& writer, ErrorSlot& error);
     [[nodiscard]] bool place(SavedCopy& copy, ErrorSlot& error);
     [[nodiscard]] int takeName(const SavedCopy& copy, ErrorSlot& error);
