@@ -147,6 +147,31 @@ class Writer {
     std::size_t added_ = 0;
 };
 
+// A name as `diff -u` writes it: programs end one at the first blank unless a tab comes behind it,
+// and take one in quotes for a string of C.
+std::string headerName(std::string_view name) {
+    constexpr unsigned char kFirstPrintable = 0x20;
+    constexpr unsigned char kDelete = 0x7F;
+    const auto isControl = [](char byte) {
+        const auto code = static_cast<unsigned char>(byte);
+        return code < kFirstPrintable || code == kDelete;
+    };
+    if (name.find('"') == std::string_view::npos &&
+        std::none_of(name.begin(), name.end(), isControl)) {
+        return std::string(name) + (name.find(' ') == std::string_view::npos ? "" : "\t");
+    }
+    std::string quoted = "\"";
+    for (const char byte : name) {
+        if (isControl(byte)) {
+            quoted += formatString("\\%03o", static_cast<unsigned char>(byte));
+        } else {
+            quoted += byte == '"' || byte == '\\' ? "\\" : "";
+            quoted += byte;
+        }
+    }
+    return quoted + "\"";
+}
+
 }  // namespace
 
 std::string unifiedDifference(std::string_view text, const EditList& edits,
@@ -159,7 +184,7 @@ std::string unifiedDifference(std::string_view text, const EditList& edits,
     if (changes.empty()) {
         return "";
     }
-    std::string output = formatString("--- %@\n+++ %@\n", oldName, newName);
+    std::string output = formatString("--- %@\n+++ %@\n", headerName(oldName), headerName(newName));
     Writer writer(text, output);
     for (std::size_t first = 0; first < changes.size();) {
         std::size_t last = first + 1;

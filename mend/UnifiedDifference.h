@@ -13,7 +13,9 @@ namespace vornic {
 /// to a file in UTF-8. Linear in the text and its edits.
 /// @param text the whole text, UTF-8
 /// @param edits of it
-/// @param oldName,newName what stands behind "---" and "+++"
+/// @param oldName,newName what stands behind "---" and "+++", in quotes where `patch` would not
+/// read
+///     it otherwise
 /// @return "" when no line changes
 [[nodiscard]] std::string unifiedDifference(std::string_view text, const EditList& edits,
                                             std::string_view oldName, std::string_view newName);

@@ -73,6 +73,21 @@ TEST_F(UnifiedDifferencePatchTest, isWhatPatchApplies) {
     }
 }
 
+TEST_F(UnifiedDifferencePatchTest, namesAFileSoThatPatchFindsIt) {
+    for (const std::string name :
+         {"Cut.xml", "My  Cut.xml", "a\tb\n c.xml", "\"q\" \\.xml", "\xC3\xA9.xml", "-x.xml"}) {
+        const std::string file = sandbox.write(name, "1\n2\n");
+        const std::string patch = unifiedDifference("1\n2\n", {{2, 1, "3"}}, name, name);
+        const test::ProgramResult result = test::runProgram(
+            {.program = "/usr/bin/patch",
+             .arguments = {"--quiet", "--fuzz=0", "-p0", "--directory", sandbox.folder(), "--input",
+                           sandbox.write("patch", patch)},
+             .environment = {"PATH=/usr/bin:/bin"}});
+        EXPECT_EQ(result.status, 0) << result.output << result.errors << patch;
+        EXPECT_EQ(test::readBytes(file), "1\n3\n") << patch;
+    }
+}
+
 }  // namespace
 
 }  // namespace vornic
