@@ -174,6 +174,8 @@ string argument(const Finding& finding, std::string_view name) {
 // Does to a tree what was told, and nothing else.
 class ToldChanges {
   public:
+    explicit ToldChanges(Version version) : definition_(Definition::of(version)) {}
+
     void addFirst(const ConvertedText& there) {
         for (const Finding& finding : there.findings.kept()) {
             told_.emplace(finding.where.offset, &finding);
@@ -236,6 +238,7 @@ class ToldChanges {
 
     [[nodiscard]] std::optional<Node> leftOf(Node node) const {
         if (becomesGap(node)) {
+            leaveOutUnsaid(node);
             node.name = "gap";
         } else if (goes(node)) {
             return gapOfAudition(std::move(node));
@@ -262,6 +265,18 @@ class ToldChanges {
         return gap;
     }
 
+    // What a gap does not have goes without a word where it says what holds without it.
+    void leaveOutUnsaid(Node& node) const {
+        const ElementDefinition& old = *definition_.element(node.name);
+        const ElementDefinition& gap = *definition_.element("gap");
+        std::erase_if(node.attributes, [&](const Attribute& attribute) {
+            const auto* const declared = old.attribute(attribute.name);
+            return gap.attribute(attribute.name) == nullptr && declared != nullptr &&
+                   declared->defaultKind == fcpxml::AttributeDefault::value &&
+                   declared->defaultValue == attribute.rawValue;
+        });
+    }
+
     void writeDefaults(Node& node) const {
         const auto [first, last] = told_.equal_range(node.offset);
         for (auto told = first; told != last; ++told) {
@@ -272,6 +287,7 @@ class ToldChanges {
         }
     }
 
+    const Definition& definition_;
     // By their places in the first text.
     std::multimap<std::size_t, const Finding*> told_;
 };
@@ -284,7 +300,7 @@ string meaningOf(std::string_view text, Version version) {
 
 string meaningByWhatWasTold(std::string_view text, Version version, const ConvertedText& there,
                             const ConvertedText& back) {
-    ToldChanges told;
+    ToldChanges told(version);
     told.addFirst(there);
     told.addSecond(there, back);
     Node document = TreeReader::read(text);
