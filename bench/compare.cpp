@@ -43,11 +43,12 @@ std::string firstBytes(const std::string& path) {
     return bytes;
 }
 
-// What was written before is on the disk, so that its writing does not fall into a measured run.
+// All that was written before is on the disk, the other program's result too, so that its writing
+// does not fall into a measured run.
 void settle(const std::string& path) {
     const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file >= 0) {
-        fsync(file);
+        syncfs(file);
         close(file);
     }
 }

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/FormatString.h"
+#include "check/RulesBeside.h"
 #include "check/fcpxml/StructureFindings.h"
 #include "convert/fcpxml/Conversion.h"
 #include "convert/xmeml/Conversion.h"
@@ -21,6 +22,9 @@ namespace {
 using std::string;
 using std::string_view;
 
+// A thread costs more than a small file.
+constexpr std::size_t kLargeText = std::size_t{1} << 20U;
+
 string_view markOf(const TextDecoding& decoding) {
     if (decoding.markLength == 0) {
         return "";
@@ -30,6 +34,44 @@ string_view markOf(const TextDecoding& decoding) {
     }
     return decoding.encoding == "UTF-16BE" ? string_view("\xFE\xFF") : kByteOrderMark;
 }
+
+// Whether a text keeps to the definition of the version that it is read as.
+class StructureCheck {
+  public:
+    StructureCheck(fcpxml::Version version, string_view text, const Findings& findings)
+        : text_(text),
+          found_(findings.emptyCopy()),
+          validator_(fcpxml::Definition::of(version), false,
+                     structureFindings(version, text, found_)) {}
+
+    /// What is to be told what a reading of the text tells, unless `readBeside` reads it.
+    [[nodiscard]] XMLReaderEvents* events() { return beside_ ? nullptr : &validator_; }
+
+    /// Reads the text on a thread.
+    void readBeside() {
+        beside_.emplace(true, found_, [this](Findings& /*findings*/) {
+            UnheardXMLMends mends;
+            static_cast<void>(readXML(text_, XMLMode::tolerant, &validator_, &mends));
+        });
+    }
+    /// Adds what is wrong behind what was found, once all has been read.
+    /// @return whether nothing is.
+    bool finish(Findings& findings) {
+        if (beside_) {
+            beside_->addTo(findings);
+        }
+        validator_.finish();
+        findings.append(std::move(found_));
+        return validator_.isValid();
+    }
+
+  private:
+    string_view text_;
+    Findings found_;
+    fcpxml::Validator validator_;
+    // The last one: it waits for its thread, which uses the others.
+    std::optional<RulesBeside> beside_;
+};
 
 // Converts one text.
 class Converting {
@@ -50,6 +92,7 @@ class Converting {
             refuse("It is neither FCPXML nor XMEML.");
         }
         placeRefusal();
+        finishStructure();
         nameStructureFindings(*index_, result_.report.findings);
         PlaceFinder(*index_, result_.source.decoding).place(result_.report.findings);
     }
@@ -59,27 +102,36 @@ class Converting {
         const ElementIndex head = indexOfHead(text_);
         const auto version = fcpxml::Version::parse(
             request_.assumed ? string_view(*request_.assumed) : head.version());
-        std::optional<fcpxml::Validator> validator;
         if (head.kind() == FileKind::fcpxml && version) {
-            validator.emplace(fcpxml::Definition::of(*version), false,
-                              structureFindings(*version, text_, result_.report.findings));
+            structure_.emplace(*version, text_, result_.report.findings);
+            if (request_.usesThreads && text_.size() >= kLargeText) {
+                structure_->readBeside();
+            }
         }
         ElementIndexBuilder builder(text_);
         XMLFindings sink(text_, result_.report.findings);
-        XMLEventTee both{&builder, validator ? &*validator : nullptr};
-        XMLReaderEvents* const events = validator ? static_cast<XMLReaderEvents*>(&both) : &builder;
+        XMLReaderEvents* const judge = structure_ ? structure_->events() : nullptr;
+        XMLEventTee both{&builder, judge};
+        XMLReaderEvents* const events =
+            judge != nullptr ? static_cast<XMLReaderEvents*>(&both) : &builder;
         const XMLReading reading = readXML(text_, XMLMode::tolerant, events, &sink);
         sink.addFault(reading);
         isComplete_ = !reading.fault;
+        isWellFormed_ = isComplete_ && !sink.hasMends();
         faultPlace_ = {reading.faultParts ? reading.faultParts->offset : 0, 0};
         index_.emplace(std::move(builder).finish());
         result_.kind = index_->kind();
         result_.report.kind = nameOf(index_->kind());
         result_.report.version = index_->version();
-        if (validator && index_->kind() == FileKind::fcpxml) {
-            validator->finish();
+        if (structure_ && index_->kind() == FileKind::fcpxml) {
             result_.report.definition = "fcpxml " + version->text();
-            result_.report.valid = validator->isValid() && isComplete_ && !sink.hasMends();
+        }
+    }
+
+    void finishStructure() {
+        if (!result_.report.definition.empty()) {
+            const bool isValid = structure_->finish(result_.report.findings);
+            result_.report.valid = isValid && isWellFormed_;
         }
     }
 
@@ -191,7 +243,9 @@ class Converting {
     const ConversionRequest& request_;
     string_view text_;
     std::optional<ElementIndex> index_;
+    std::optional<StructureCheck> structure_;
     bool isComplete_ = false;
+    bool isWellFormed_ = false;
     TextSpan faultPlace_;
     TextSpan refusedAt_;
 };

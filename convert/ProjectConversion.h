@@ -25,6 +25,9 @@ struct ConversionRequest {
     bool strips = false;
     /// Findings of a rule that are kept; more are only counted.
     std::size_t mostOfARule = Findings::kNoLimit;
+    /// Whether a large file may be checked on a thread of its own while it is converted: where a
+    /// processor would else be idle. What comes of it is the same.
+    bool usesThreads = false;
 };
 
 /// What a conversion makes of the bytes of a project file, in memory.

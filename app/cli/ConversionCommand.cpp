@@ -9,6 +9,7 @@
 #include <new>
 #include <optional>
 #include <string_view>
+#include <thread>
 
 #include "app/cli/CommandLine.h"
 #include "app/cli/Complaint.h"
@@ -120,6 +121,8 @@ class SettingsReader {
         conversion.assumed = line_.value("--assume");
         conversion.to = line_.value("--to").value_or("");
         conversion.strips = line_.has("--strip");
+        // Files are converted one after the other.
+        conversion.usesThreads = std::thread::hardware_concurrency() > 1;
         if (line_.has("--lowest") == line_.has("--to")) {
             return refuse(line_.has("--to") ? "--to and --lowest exclude each other"
                                             : "no version is named; --to VERSION does");

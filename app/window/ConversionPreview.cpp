@@ -1,6 +1,7 @@
 #include "app/window/ConversionPreview.h"
 
 #include <algorithm>
+#include <thread>
 #include <unordered_map>
 #include <utility>
 
@@ -209,6 +210,7 @@ ConvertedVersion convertFCPXML(const std::string& path, const VersionRequest& re
     ConvertFileRequest wanted;
     wanted.conversion.to = request.version;
     wanted.conversion.mostOfARule = 0;
+    wanted.conversion.usesThreads = std::thread::hardware_concurrency() > 1;
     wanted.isInPlace = request.isInPlace;
     wanted.expected = request.digest;
     wanted.stop = request.stop;

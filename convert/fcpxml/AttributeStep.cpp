@@ -24,11 +24,16 @@ std::string valueOf(const AttributeDefinition& attribute, std::string_view rawVa
 
 const AttributeStep::Changes& AttributeStep::changesOf(const ElementDefinition& from,
                                                        const ElementDefinition& to) {
-    const auto [entry, isNew] = known_.try_emplace({&from, &to});
-    if (isNew) {
-        entry->second = attributeChanges(from, to);
+    if (from.id >= known_.size()) {
+        known_.resize(std::size_t{from.id} + 1);
     }
-    return entry->second;
+    std::vector<KnownChanges>& known = known_[from.id];
+    auto entry = std::find_if(known.begin(), known.end(),
+                              [&to](const KnownChanges& pair) { return pair.to == &to; });
+    if (entry == known.end()) {
+        entry = known.insert(known.end(), {&to, attributeChanges(from, to)});
+    }
+    return entry->changes;
 }
 
 std::optional<Change> AttributeStep::convert(ElementNumber element, const ElementDefinition& from,

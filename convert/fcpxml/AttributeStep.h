@@ -2,9 +2,7 @@
 #define VORNIC_CONVERT_FCPXML_ATTRIBUTE_STEP_H
 
 #include <cstdint>
-#include <map>
 #include <optional>
-#include <utility>
 #include <vector>
 
 #include "convert/fcpxml/AttributeChanges.h"
@@ -31,6 +29,10 @@ class AttributeStep {
 
   private:
     using Changes = std::vector<AttributeChange>;
+    struct KnownChanges {
+        const ElementDefinition* to;
+        Changes changes;
+    };
 
     [[nodiscard]] const Changes& changesOf(const ElementDefinition& from,
                                            const ElementDefinition& to);
@@ -48,7 +50,8 @@ class AttributeStep {
 
     StepState& state_;
     ElementNumber element_ = vornic::kNoElement;
-    std::map<std::pair<const ElementDefinition*, const ElementDefinition*>, Changes> known_;
+    // By the number of the old element; it becomes one of few.
+    std::vector<std::vector<KnownChanges>> known_;
 };
 
 }  // namespace vornic::fcpxml

@@ -105,7 +105,8 @@ ElementNumber VersionStep::place(ElementNumber element, const ElementDefinition&
     Frame& parent = open_.back();
     const std::string_view name =
         renamed(state_.index, element, parent.from->name, state_.from, state_.to);
-    const ElementDefinition* const to = to_.element(name);
+    const ElementDefinition* const to =
+        name == from.name ? to_.element(from.id) : to_.element(name);
     if (hadPlace && movesOut(name)) {
         parent.isExcused = true;
         return enter(element, from, *to);

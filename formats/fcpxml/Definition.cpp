@@ -114,7 +114,8 @@ const AttributeDefinition* ElementDefinition::attribute(std::string_view attribu
     const std::size_t first = std::min(expected, attributes.size());
     const auto from = attributes.begin() + static_cast<std::ptrdiff_t>(first);
     const auto isNamed = [attributeName](const AttributeDefinition& entry) {
-        return entry.name == attributeName;
+        return entry.name.size() == attributeName.size() &&
+               entry.name.front() == attributeName.front() && entry.name == attributeName;
     };
     if (const auto found = std::find_if(from, attributes.end(), isNamed);
         found != attributes.end()) {

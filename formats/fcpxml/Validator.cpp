@@ -180,12 +180,11 @@ void Validator::judgeValue(const AttributeDefinition& definition, std::string_vi
 }
 
 void Validator::judgeIdentity(const AttributeDefinition& definition, std::string_view value) {
-    std::string key(value);
     if (!isName(value)) {
         // The same id with each reference to it is one fault.
         const bool isTold = definition.type == AttributeType::id
-                                ? !doubtfulIds_.insert(std::move(key)).second
-                                : doubtfulIds_.contains(key);
+                                ? !doubtfulIds_.emplace(value).second
+                                : doubtfulIds_.contains(std::string(value));
         if (!isTold) {
             return refuseAttribute(ValidityFaultKind::malformedId, valuePlace(), definition.name,
                                    value, &definition);
@@ -194,14 +193,16 @@ void Validator::judgeIdentity(const AttributeDefinition& definition, std::string
         return;
     }
     if (definition.type == AttributeType::reference) {
-        if (!ids_.contains(key)) {
-            pending_[std::move(key)].push_back(
+        if (!ids_.contains(value)) {
+            pending_[std::string(value)].push_back(
                 {valuePlace(), open_.back().definition, &definition});
         }
         return;
     }
-    pending_.erase(key);
-    if (!ids_.insert(std::move(key)).second) {
+    if (!pending_.empty()) {
+        pending_.erase(std::string(value));
+    }
+    if (!ids_.insert(value)) {
         refuseAttribute(ValidityFaultKind::repeatedId, valuePlace(), definition.name, value,
                         &definition);
     }

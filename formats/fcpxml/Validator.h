@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "formats/fcpxml/Definition.h"
+#include "formats/fcpxml/NameSet.h"
 #include "xml/reader/XMLReader.h"
 #include "xml/text/TextSpan.h"
 
@@ -177,7 +178,7 @@ class Validator final : public XMLReaderEvents {
     std::array<RecentName, 64> recent_;
     std::string documentTypeName_;
     TextSpan documentTypePlace_;
-    std::unordered_set<std::string> ids_;
+    NameSet ids_;
     // References whose target has not come yet, by the target's name.
     std::unordered_map<std::string, std::vector<Reference>> pending_;
     // Ids of unknown elements, and those that are no names.
