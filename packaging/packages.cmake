@@ -55,8 +55,9 @@ if(VORNIC_DESKTOP)
     set(CPACK_DEBIAN_DESKTOP_PACKAGE_RECOMMENDS "vornic-doc, pkexec")
     set(CPACK_COMPONENT_DESKTOP_DESCRIPTION
 "repair and convert Final Cut Pro project files (desktop program)
-Opens damaged XMEML and FCPXML files in a window, shows what is wrong and where,
-mends what can be mended, and keeps the original. Converts between versions.
+Opens damaged XMEML and FCPXML files in a window, shows what is wrong and
+where, mends what can be mended, and keeps the original. Converts between
+versions.
 .
 This package has the desktop program and what desktops know its files by.")
 endif()
