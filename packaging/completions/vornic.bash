@@ -40,7 +40,7 @@ _vornic_at() {
         current=''
     elif [[ $previous == --fix ]]; then
         previous=''
-    elif [[ $previous == '=' && COMP_CWORD -gt 1 ]]; then
+    elif [[ $previous == '=' && $COMP_CWORD -gt 1 ]]; then
         previous=${COMP_WORDS[COMP_CWORD - 2]}
     fi
 }
