@@ -1,5 +1,6 @@
 #include "job/ConvertFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <string_view>
@@ -21,6 +22,8 @@ namespace vornic {
 
 namespace {
 
+namespace fs = std::filesystem;
+
 using std::string;
 
 constexpr fcpxml::Version kFirstWithBundles{10};
@@ -40,7 +43,7 @@ string bundleOf(const string& path) {
     if (!isContent || !isBundleName(folder == "." ? platform::currentDirectory() : folder)) {
         return "";
     }
-    const auto real = std::filesystem::canonical(folder, unknown);
+    const auto real = fs::canonical(folder, unknown);
     return unknown ? "" : real.string();
 }
 
@@ -160,8 +163,12 @@ class Converting {
         const string extension = becomesBundle()   ? string(kBundleEnding)
                                  : bundle_.empty() ? name.extension
                                                    : ".fcpxml";
-        const string wanted =
-            formatString("%@ (%@)%@", name.stem, request_.conversion.to, extension);
+        // Of a name that is too long the end of its stem goes.
+        const string ending = formatString(" (%@)%@", request_.conversion.to, extension);
+        const string wanted = string(platform::truncateUTF8(
+                                  name.stem, platform::kLongestName -
+                                                 std::min(ending.size(), platform::kLongestName))) +
+                              ending;
         if (!request_.output) {
             return source.substr(0, source.size() - platform::lastComponent(source).size()) +
                    wanted;
@@ -203,6 +210,7 @@ class Converting {
         if (!bundle_.empty() && !platform::copyItem(bundle_, bundle, error)) {
             return refuse(error->localizedDescription());
         }
+        const fs::perms mode = letChange(bundle);
         const bool isMade = bundle_.empty() ? platform::createDirectory(bundle, error)
                                             : platform::removeFile(content, error);
         const std::optional<ResultFile> written =
@@ -211,7 +219,25 @@ class Converting {
             return refuseFor(wanted, *error);
         }
         if (giveName(bundle, wanted)) {
+            giveMode(mode);
             tellLost(written->lostMetadata);
+        }
+    }
+
+    // A bundle that may not be changed can be copied, and its copy is to be the same in the end.
+    [[nodiscard]] fs::perms letChange(const string& copy) const {
+        std::error_code unknown;
+        const fs::perms mode = fs::status(copy, unknown).permissions();
+        if (!bundle_.empty()) {
+            fs::permissions(copy, fs::perms::owner_all, fs::perm_options::add, unknown);
+        }
+        return mode;
+    }
+
+    void giveMode(fs::perms mode) const {
+        std::error_code unchanged;
+        if (!bundle_.empty()) {
+            fs::permissions(conversion_.report.conversion->result, mode, unchanged);
         }
     }
 

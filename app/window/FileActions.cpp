@@ -1,6 +1,7 @@
 #include "app/window/FileActions.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <set>
 
 #include "app/cli/UndoCommand.h"
@@ -17,6 +18,7 @@
 #include "job/MendFile.h"
 #include "job/ProjectText.h"
 #include "job/ResultFile.h"
+#include "platform/files/Failure.h"
 #include "platform/files/FileSystem.h"
 #include "platform/rights/HeldPath.h"
 
@@ -30,6 +32,12 @@ std::string joined(const std::vector<std::string>& sentences) {
         text += (text.empty() ? "" : " ") + sentence;
     }
     return text;
+}
+
+std::string whyNoVersion(FileKind kind, const std::string& version) {
+    return kind == FileKind::fcpxml  ? formatString("FCPXML has no version %@", version)
+           : kind == FileKind::xmeml ? formatString("XMEML has no version %@", version)
+                                     : "it is neither FCPXML nor XMEML";
 }
 
 CheckOptions optionsFor(const std::string& path) {
@@ -144,6 +152,10 @@ FileActionResult setVersionInPlace(const std::string& path, const std::string& t
             place.write(applyEdits(*bytes, *edits));
             place.finish(true, journaled);
             action.isUndoable = journaled.isWrittenDown();
+        } else if (project) {
+            platform::failFileBecause(result.error, path, "changed", EINVAL,
+                                      mend ? "its encoding cannot hold the version"
+                                           : whyNoVersion(project->index().kind(), to));
         }
     }
     place.takeNotes();

@@ -29,11 +29,11 @@ std::string Version::text() const {
 }
 
 std::string_view releaseOf(Version version) {
-    // Each came with what the version first describes: libraries, captions, media representations,
-    // cinematic clips, colour conform, frame sampling, spatial video, found text.
+    // As the maker's reference (1.9 and the bundles of 1.10), its release notes and users' reports
+    // name them. Nobody has named those of older versions for certain.
     constexpr std::array<std::string_view, Version::kNewestMinor + 1> kReleases = {
-        "",       "",       "",     "10.1",   "10.1.2", "10.2", "10.3", "10.4",
-        "10.4.1", "10.4.9", "10.6", "10.6.6", "10.8",   "11",   "12"};
+        "",       "",       "",     "",       "",     "",   "10.3", "10.4",
+        "10.4.1", "10.4.9", "10.6", "10.6.6", "10.8", "11", "12"};
     return kReleases.at(static_cast<std::size_t>(version.minor()));
 }
 

@@ -2,7 +2,9 @@
 
 #include <cerrno>
 #include <ctime>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -41,12 +43,25 @@ bool isDead(int folder, std::chrono::seconds age) {
            flock(folder, LOCK_EX | LOCK_NB) == 0;
 }
 
+// Copies of folders that nobody may change have to be emptied all the same.
+void removeWhole(const std::string& path) {
+    namespace fs = std::filesystem;
+    std::error_code fault;
+    for (fs::recursive_directory_iterator entry(path, fault), end; !fault && entry != end;
+         entry.increment(fault)) {
+        if (fs::is_directory(entry->symlink_status(fault))) {
+            fs::permissions(entry->path(), fs::perms::owner_all, fs::perm_options::add, fault);
+        }
+    }
+    ErrorSlot ignored;
+    static_cast<void>(removeItem(path, ignored));
+}
+
 }  // namespace
 
 TemporaryFolder::~TemporaryFolder() {
     if (!path_.empty()) {
-        ErrorSlot ignored;
-        static_cast<void>(removeItem(path_, ignored));
+        removeWhole(path_);
     }
 }
 
@@ -82,8 +97,7 @@ void removeDeadTemporaryFolders(const std::string& folder, std::chrono::seconds 
         const FileDescriptor left =
             isPartsName(name) ? openFolder(opened.get(), name) : FileDescriptor();
         if (left && isDead(left.get(), age)) {
-            ErrorSlot ignored;
-            static_cast<void>(removeItem(joinPath(descriptorPath(opened.get()), name), ignored));
+            removeWhole(joinPath(descriptorPath(opened.get()), name));
         }
     }
 }

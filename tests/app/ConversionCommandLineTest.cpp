@@ -137,6 +137,52 @@ TEST_F(ConversionCommandLineTest, writesBundlesAndReadsThem) {
     EXPECT_EQ(readBytes(bundle + "/Info.fcpxml"), withVersion(kPlain, "1.14"));
 }
 
+// The programs of these tests run without root's rights.
+TEST_F(ConversionCommandLineTest, copiesABundleThatNobodyMayChange) {
+    const std::string bundle = at("Cut.fcpxmld");
+    fs::create_directories(bundle + "/Data");
+    rewrite("Cut.fcpxmld/Info.fcpxml", kPlain);
+    fs::permissions(bundle + "/Data", fs::perms(0555));
+    fs::permissions(bundle, fs::perms(0555));
+    const ProgramResult result = convert({"--to", "1.10", bundle});
+    EXPECT_EQ(result.status, 0) << result.errors;
+    const std::string copy = at("Cut (1.10).fcpxmld");
+    EXPECT_EQ(readBytes(copy + "/Info.fcpxml"), withVersion(kPlain, "1.10"));
+    EXPECT_EQ(readBytes(bundle + "/Info.fcpxml"), kPlain);
+    EXPECT_EQ(fs::status(copy).permissions(), fs::perms(0555));
+    EXPECT_THAT(namesIn(files.folder()),
+                ElementsAre("Cut (1.10).fcpxmld", "Cut.fcpxml", "Cut.fcpxmld"));
+    for (const std::string& folder : {bundle, copy}) {
+        fs::permissions(folder, fs::perms(0755));
+    }
+}
+
+TEST_F(ConversionCommandLineTest, keepsTheVersionInANameThatIsTooLong) {
+    const std::string stem(244, 'x');
+    rewrite(stem + ".fcpxml", kPlain);
+    fs::create_directory(at(stem + ".fcpxmld"));
+    rewrite(stem + ".fcpxmld/Info.fcpxml", kPlain);
+    EXPECT_EQ(convert({"--to", "1.10", at(stem + ".fcpxml")}).status, 0);
+    EXPECT_EQ(convert({"--to", "1.10", at(stem + ".fcpxmld")}).status, 0);
+    EXPECT_TRUE(exists(at(stem.substr(0, 241) + " (1.10).fcpxml")));
+    EXPECT_TRUE(exists(at(stem.substr(0, 240) + " (1.10).fcpxmld")));
+}
+
+// A link is replaced, not what it leads to, as in a repair.
+TEST_F(ConversionCommandLineTest, leavesWhatALinkLeadsTo) {
+    rewrite("Real.fcpxml", kPlain);
+    fs::create_directory(at("Cut.fcpxmld"));
+    fs::create_symlink("../Real.fcpxml", at("Cut.fcpxmld/Info.fcpxml"));
+    EXPECT_EQ(convert({"--to", "1.10", "Cut.fcpxmld"}).status, 0);
+    const std::string copied = at("Cut (1.10).fcpxmld/Info.fcpxml");
+    EXPECT_FALSE(fs::is_symlink(copied));
+    EXPECT_EQ(readBytes(copied), withVersion(kPlain, "1.10"));
+    EXPECT_EQ(convert({"--to", "1.10", "--in-place", "Cut.fcpxmld"}).status, 0);
+    EXPECT_FALSE(fs::is_symlink(at("Cut.fcpxmld/Info.fcpxml")));
+    EXPECT_EQ(readBytes(at("Cut.fcpxmld/Info.fcpxml")), withVersion(kPlain, "1.10"));
+    EXPECT_EQ(readBytes(at("Real.fcpxml")), kPlain);
+}
+
 TEST_F(ConversionCommandLineTest, goesOnAfterAFileThatItRefuses) {
     rewrite("Old.xml", "<xmeml version=\"5\"/>");
     fs::create_directory(at("out"));

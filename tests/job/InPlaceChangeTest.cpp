@@ -92,6 +92,20 @@ TEST_F(InPlaceChangeTest, holdsItsPlaceWithoutACopyOfTheFile) {
     EXPECT_THAT(names(), ElementsAre("Cut.xml"));
 }
 
+TEST_F(InPlaceChangeTest, saysNothingOfACopyThatIsGoneAlready) {
+    InPlaceChange place(path, {"change", "changed"}, waiting, result);
+    ASSERT_EQ(place.read(), "old");
+    place.write([this](const WorkingCopy::Sink&) {
+        EXPECT_EQ(unlink(sandbox.path(".Cut.xml.vornic-change").c_str()), 0);
+        return false;
+    });
+    EXPECT_TRUE(result.error);
+    place.finish(true, observer);
+    place.takeNotes();
+    EXPECT_THAT(result.notes, ::testing::IsEmpty());
+    EXPECT_THAT(names(), ElementsAre("Cut.xml"));
+}
+
 }  // namespace
 
 }  // namespace vornic

@@ -85,7 +85,13 @@ TEST_F(FileActionsTest, writeAVersionAndKeepTheOriginal) {
         EXPECT_EQ(readBytes(path), "\xEF\xBB\xBF<xmeml version=\"4\"><a/></xmeml>\n");
         EXPECT_EQ(readBytes(set.replaced), before);
     }
-    EXPECT_FALSE(setVersionInPlace(path, "1.10", "test", "1").isDone) << "one of the other format";
+    const FileActionResult other = setVersionInPlace(path, "1.10", "test", "1");
+    EXPECT_FALSE(other.isDone) << "one of the other format";
+    EXPECT_EQ(other.failure, "The file " + path + " cannot be changed: XMEML has no version 1.10.");
+    sandbox.write("other.xml", "<project/>");
+    EXPECT_EQ(setVersionInPlace(sandbox.path("other.xml"), "4", "test", "1").failure,
+              "The file " + sandbox.path("other.xml") +
+                  " cannot be changed: it is neither FCPXML nor XMEML.");
     EXPECT_FALSE(setVersionInPlace(sandbox.path("gone.xml"), "4", "test", "1").isDone);
 }
 

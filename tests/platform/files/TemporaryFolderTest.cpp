@@ -12,6 +12,7 @@
 #include "platform/files/TemporaryFolder.h"
 #include "tests/support/machine/FileState.h"
 #include "tests/support/machine/Sandbox.h"
+#include "tests/support/machine/Unprivileged.h"
 
 namespace vornic::platform {
 namespace {
@@ -41,6 +42,28 @@ TEST_F(TemporaryFolderTest, goesWithAllThatIsInIt) {
         EXPECT_EQ(fs::status(folder.path()).permissions(), fs::perms::owner_all);
         fs::create_directory(folder.path() + "/Cut.fcpxmld");
     }
+    EXPECT_THAT(test::namesIn(sandbox.folder()), IsEmpty());
+}
+
+TEST(TemporaryFolderWithoutRights, goesWithFoldersThatNobodyMayChange) {
+    const test::Unprivileged unprivileged;
+    const test::Sandbox sandbox;
+    const std::string left = sandbox.path(kName);
+    for (const std::string& name : {left, std::string()}) {
+        ErrorSlot error;
+        TemporaryFolder folder;
+        if (name.empty()) {
+            ASSERT_TRUE(folder.make(sandbox.path("Cut.fcpxmld"), error));
+        }
+        const std::string bundle = (name.empty() ? folder.path() : name) + "/Cut.fcpxmld";
+        fs::create_directories(bundle + "/Data/Sub");
+        fs::create_symlink("../..", bundle + "/Data/link");
+        for (const char* const inside : {"/Data/Sub", "/Data", ""}) {
+            fs::permissions(bundle + inside, fs::perms(0555));
+        }
+        fs::permissions(bundle + "/Data/Sub", fs::perms::none);
+    }
+    removeDeadTemporaryFolders(sandbox.folder(), kAnyAge);
     EXPECT_THAT(test::namesIn(sandbox.folder()), IsEmpty());
 }
 
