@@ -22,6 +22,7 @@
 #include "report/XMLFindings.h"
 #include "report/XMLRuleOf.h"
 #include "xml/reader/XMLEventTee.h"
+#include "xml/text/FileOffsets.h"
 #include "xml/text/TextDecoding.h"
 
 namespace vornic {
@@ -57,7 +58,7 @@ class Check {
           const CheckOptions& options, Report& report)
         : bytes_(bytes), text_(text), decoding_(decoding), options_(options), report_(report) {}
 
-    void run() {
+    void find() {
         const ElementIndex head = indexOfHead(text_);
         lookForCharacters(head);
         makeValidator(head);
@@ -71,6 +72,10 @@ class Check {
         addOtherRoot();
         judgeCharacters();
         judgeMedia();
+        report_.findings.sort();
+    }
+
+    void place() {
         addTimecodes();
         PlaceFinder(*index_, decoding_).place(report_.findings);
     }
@@ -308,37 +313,75 @@ void reportUndecodable(const Error& error, const TextDecoding& how, Report& repo
     }
 }
 
-Report checkBytes(std::string_view bytes, const CheckOptions& options) {
-    Report report;
-    report.bytes = bytes.size();
-    report.findings = Findings(options.mostOfARule);
-    for (const RuleId rule : options.ignored) {
-        report.findings.ignore(rule);
+}  // namespace
+
+struct FileCheck::State {
+    State(std::string_view bytes, const CheckOptions& checkOptions) : options(checkOptions) {
+        report.bytes = bytes.size();
+        report.findings = Findings(options.mostOfARule);
+        for (const RuleId rule : options.ignored) {
+            report.findings.ignore(rule);
+        }
+        ErrorSlot error;
+        text = textWithin(bytes, how);
+        if (!text) {
+            decoded = decodeXMLText(std::string(bytes), how, error);
+            text = decoded;
+        }
+        if (text) {
+            report.encoding = how.encoding;
+            check.emplace(bytes, *text, how, options, report).find();
+        } else {
+            reportUndecodable(*error, how, report);
+        }
+        markIgnoredGroups(options.ignored, report);
     }
-    ErrorSlot error;
+
+    const CheckOptions options;
+    Report report;
     TextDecoding how;
     // What is no UTF-8 is made a text of its own.
     std::optional<std::string> decoded;
-    std::optional<std::string_view> text = textWithin(bytes, how);
-    if (!text) {
-        decoded = decodeXMLText(std::string(bytes), how, error);
-        text = decoded;
-    }
-    if (!text) {
-        reportUndecodable(*error, how, report);
-        return report;
-    }
-    report.encoding = how.encoding;
-    Check(bytes, *text, how, options, report).run();
-    return report;
+    std::optional<std::string_view> text;
+    std::optional<Check> check;
+};
+
+FileCheck::FileCheck(std::string_view bytes, const CheckOptions& options)
+    : state_(std::make_unique<State>(bytes, options)) {}
+
+FileCheck::~FileCheck() = default;
+FileCheck::FileCheck(FileCheck&& other) noexcept = default;
+FileCheck& FileCheck::operator=(FileCheck&& other) noexcept = default;
+
+const Findings& FileCheck::findings() const {
+    return state_->report.findings;
 }
 
-}  // namespace
+const std::string& FileCheck::encoding() const {
+    return state_->report.encoding;
+}
+
+std::vector<Edit> FileCheck::toFileOffsets(std::vector<Edit> edits) const {
+    if (state_->text) {
+        FileOffsets offsets(*state_->text, state_->how);
+        for (Edit& edit : edits) {
+            const std::size_t end = offsets.of(edit.offset + edit.length);
+            edit.offset = offsets.of(edit.offset);
+            edit.length = end - edit.offset;
+        }
+    }
+    return edits;
+}
+
+Report FileCheck::report() && {
+    if (state_->check) {
+        state_->check->place();
+    }
+    return std::move(state_->report);
+}
 
 Report checkFile(std::string_view bytes, const CheckOptions& options) {
-    Report report = checkBytes(bytes, options);
-    markIgnoredGroups(options.ignored, report);
-    return report;
+    return FileCheck(bytes, options).report();
 }
 
 }  // namespace vornic

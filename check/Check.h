@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -51,6 +52,33 @@ struct CheckOptions {
 /// @param bytes of the whole file.
 /// @return the findings in the order of the file, with places in its bytes; `path` is left empty.
 [[nodiscard]] Report checkFile(std::string_view bytes, const CheckOptions& options);
+
+/// The same in two steps, so that something else can be made of what was found while it is looked
+/// up where that stands. It keeps the text's index meanwhile. Any thread, one at a time.
+class FileCheck {
+  public:
+    /// Finds.
+    /// @param bytes of the whole file; must outlive this.
+    FileCheck(std::string_view bytes, const CheckOptions& options);
+    ~FileCheck();
+    FileCheck(FileCheck&& other) noexcept;
+    FileCheck& operator=(FileCheck&& other) noexcept;
+
+    /// What was found, in the order of the file. All offsets, also those of mends, are still the
+    /// text's.
+    [[nodiscard]] const Findings& findings() const;
+    /// As in the report.
+    [[nodiscard]] const std::string& encoding() const;
+    /// Edits of the text, in its order, as edits of the file's bytes.
+    [[nodiscard]] std::vector<Edit> toFileOffsets(std::vector<Edit> edits) const;
+    /// Gives all findings their places. @return what `checkFile` returns, its findings in the order
+    ///     of `findings`.
+    [[nodiscard]] Report report() &&;
+
+  private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
 
 }  // namespace vornic
 

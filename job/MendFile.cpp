@@ -14,13 +14,23 @@ MendedFile mendFile(const std::string& path, const MendRequest& request, const W
     std::optional<std::string> bytes =
         request.expected ? place.read(request.expected) : place.readUndigested();
     if (bytes) {
-        // Digesting and writing go on while the result is checked.
-        const auto write = [&place](const std::string& mended, std::string_view old) {
-            place.expect(old);
-            place.write(mended);
+        bool isFinished = false;
+        const MendedBytes::Watcher watcher{
+            .write =
+                [&place](const std::string& mended, std::string_view old) {
+                    place.expect(old);
+                    place.write(mended);
+                },
+            .accept =
+                [&place, &observer, &isFinished] {
+                    isFinished = true;
+                    place.finish(true, observer);
+                },
         };
-        result.mended = MendedBytes::of(std::move(*bytes), request, write);
-        place.finish(result.mended.refusal.empty(), observer);
+        result.mended = MendedBytes::of(std::move(*bytes), request, watcher);
+        if (!isFinished) {
+            place.finish(false, observer);
+        }
     }
     place.takeNotes();
     return result;

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <future>
+#include <memory>
 #include <system_error>
 #include <utility>
 
@@ -161,7 +162,7 @@ class Mending {
     }
 
     MendedBytes run() {
-        mended_.report = checkFile(old_, options_);
+        check_.emplace(old_, options_);
         if (request_.toUTF8) {
             changeEncoding();
         }
@@ -171,14 +172,13 @@ class Mending {
         if (!mended_.refusal.empty()) {
             giveUp();
         }
+        acceptAndPlace();
         std::stable_sort(mended_.records.begin(), mended_.records.end(),
                          [](const MendRecord& left, const MendRecord& right) {
                              return left.finding.where.offset < right.finding.where.offset;
                          });
         mended_.report.findings.keepFirst(request_.check.mostOfARule);
-        if (!isChanged_) {
-            mended_.bytes = old_;
-        }
+        mended_.bytes = current_ ? std::move(*current_) : old_;
         if (!mended_.isEncodingChanged) {
             mended_.old = std::move(old_);
         }
@@ -187,13 +187,14 @@ class Mending {
 
   private:
     // The bytes as mended so far.
-    [[nodiscard]] const std::string& bytes() const { return isChanged_ ? mended_.bytes : old_; }
+    [[nodiscard]] const std::string& bytes() const { return current_ ? *current_ : old_; }
     // What the edits are those of.
     [[nodiscard]] const std::string& origin() const {
         return mended_.isEncodingChanged ? mended_.old : old_;
     }
 
     void changeEncoding() {
+        place();
         ErrorSlot error;
         std::optional<DecodedText> source = decodeXMLText(old_, error);
         const auto& findings = mended_.report.findings.kept();
@@ -206,21 +207,23 @@ class Mending {
         mended_.records.push_back({*found, true, ""});
         mended_.records.back().finding.mend = Mend{Confidence::ask, "write the file in UTF-8", {}};
         mended_.edits = encodingInDeclaration(source->text);
-        mended_.bytes = applyEdits(source->text, mended_.edits);
+        current_ = std::make_unique<std::string>(applyEdits(source->text, mended_.edits));
         mended_.old = source->text;
         mended_.isEncodingChanged = true;
-        isChanged_ = true;
-        mended_.report = checkWatched(mended_.bytes);
+        check_ = checkWatched(*current_, [] {});
         decoded_ = std::move(source);
     }
 
     // First and by itself: what is found in the light of a version is no fault of its mend.
     void setVersion() {
+        constexpr RuleId kRule = "versions-not-declared"_rule;
+        const auto asked = std::find(request_.asked.begin(), request_.asked.end(), kRule);
+        if (asked == request_.asked.end()) {
+            return;
+        }
+        place();
         for (const Finding& finding : mended_.report.findings.kept()) {
-            const bool isAboutIt = finding.rule == "versions-not-declared"_rule;
-            const auto asked =
-                std::find(request_.asked.begin(), request_.asked.end(), finding.rule);
-            if (isAboutIt && finding.mend && asked != request_.asked.end()) {
+            if (finding.rule == kRule && finding.mend) {
                 MendPlan plan;
                 plan.edits = finding.mend->edits;
                 plan.records.push_back({finding, true, ""});
@@ -233,56 +236,105 @@ class Mending {
     // @return whether something was mended.
     bool makeRound() {
         if (request_.chosen) {
+            place();
             const std::vector<ChosenMend> chosen =
                 std::exchange(isFirstRound_, false) ? *request_.chosen : std::vector<ChosenMend>();
             return make(MendPlan::ofChosen(mended_.report.findings, chosen), true);
         }
-        return make(MendPlan::of(mended_.report.findings, request_.asked), true);
+        if (!check_) {
+            return make(MendPlan::of(mended_.report.findings, request_.asked), true);
+        }
+        MendPlan plan = MendPlan::of(check_->findings(), request_.asked);
+        plan.edits = check_->toFileOffsets(std::move(plan.edits));
+        return make(std::move(plan), true);
     }
 
-    // @param isCompared whether the mends may bring no finding
-    bool make(MendPlan plan, bool isCompared) {
-        const std::optional<EditList> edits = encodeEdits(plan.edits, mended_.report.encoding);
+    // @param isRound whether the plan has a record for each finding, and may bring none
+    bool make(MendPlan plan, bool isRound) {
+        const std::string encoding = check_ ? check_->encoding() : mended_.report.encoding;
+        const std::optional<EditList> edits = encodeEdits(plan.edits, encoding);
         if (!edits) {
-            mended_.refusal =
-                formatString("a mend cannot be written in %@", mended_.report.encoding);
+            mended_.refusal = formatString("a mend cannot be written in %@", encoding);
             return false;
         }
-        keepRecords(std::move(plan.records), edits->empty());
+        const auto keep = [&] {
+            if (isRound) {
+                takePlaces(plan.records);
+            }
+            keepRecords(std::move(plan.records), edits->empty());
+        };
         if (edits->empty()) {
+            acceptAndPlace();
+            keep();
             return false;
         }
-        std::string changed = applyEdits(bytes(), *edits);
-        Report report = checkWatched(changed);
-        if (isCompared && !isBetter(report)) {
+        auto changed = std::make_unique<std::string>(applyEdits(bytes(), *edits));
+        FileCheck next = checkWatched(*changed, [&] {
+            place();
+            keep();
+        });
+        if (isRound && !isBetter(next.findings())) {
             return false;
         }
         made_ = {};
         mended_.edits = composeEdits(mended_.edits, *edits);
-        mended_.bytes = std::move(changed);
-        isChanged_ = true;
-        mended_.report = std::move(report);
+        current_ = std::move(changed);
+        check_ = std::move(next);
         return true;
     }
 
-    // Checks bytes while whoever watches writes them.
-    Report checkWatched(const std::string& changed) {
-        const auto check = [this, &changed] {
+    // Begins work on a thread, where there is one to be had.
+    template <typename Work>
+    static auto startBeside(Work work) {
+        const auto run = [work = std::move(work)] {
             const platform::CrashStack crashStack;
-            return checkFile(changed, options_);
+            return work();
         };
-        if (!watch_) {
-            return checkFile(changed, options_);
-        }
-        std::future<Report> report;
         try {
-            report = std::async(std::launch::async, check);
+            return std::async(std::launch::async, run);
         } catch (const std::system_error&) {
-            // The system has no thread to give.
-            report = std::async(std::launch::deferred, check);
+            return std::async(std::launch::deferred, run);
         }
-        watch_(changed, old_);
-        return report.get();
+    }
+
+    // Checks bytes while whoever watches writes them.
+    // @param beside what is done here before, meanwhile
+    template <typename Beside>
+    FileCheck checkWatched(const std::string& changed, const Beside& beside) {
+        if (!watch_.write) {
+            beside();
+            return FileCheck(changed, options_);
+        }
+        auto check = startBeside([this, &changed] { return FileCheck(changed, options_); });
+        beside();
+        watch_.write(changed, old_);
+        return check.get();
+    }
+
+    // Makes the report of what was checked last.
+    void place() {
+        if (check_) {
+            mended_.report = std::move(*check_).report();
+            check_.reset();
+        }
+    }
+
+    // Makes that of the result while whoever watches takes the result.
+    void acceptAndPlace() {
+        if (!current_ || !watch_.accept || std::exchange(isAccepted_, true)) {
+            return place();
+        }
+        auto placing = startBeside([this] { place(); });
+        watch_.accept();
+        placing.get();
+    }
+
+    // Gives the records of all findings the places that these have in the report.
+    void takePlaces(std::vector<MendRecord>& records) const {
+        auto finding = mended_.report.findings.kept().begin();
+        for (MendRecord& record : records) {
+            record.finding = *finding++;
+        }
     }
 
     // The mends that are made; and, when nothing more is mended, what is left.
@@ -310,9 +362,9 @@ class Mending {
     }
 
     // Whether every mend of the round took its finding away and none brought another one.
-    bool isBetter(const Report& report) {
+    bool isBetter(const Findings& findings) {
         const Counts before = countsOf(mended_.report.findings);
-        const Counts after = countsOf(report.findings);
+        const Counts after = countsOf(findings);
         for (std::size_t index = 0; index < kRuleCount; ++index) {
             if (after[index] + made_[index] > before[index]) {
                 mended_.refusal =
@@ -324,7 +376,8 @@ class Mending {
     }
 
     void giveUp() {
-        isChanged_ = false;
+        check_.reset();
+        current_.reset();
         mended_.isEncodingChanged = false;
         mended_.edits.clear();
         mended_.report = checkFile(old_, options_);
@@ -336,7 +389,11 @@ class Mending {
     }
 
     std::string old_;
-    bool isChanged_ = false;
+    // The bytes as mended so far; none before the first mend.
+    std::unique_ptr<std::string> current_;
+    // Of those bytes, until the report is made of it.
+    std::optional<FileCheck> check_;
+    bool isAccepted_ = false;
     const MendRequest& request_;
     const MendedBytes::Watcher& watch_;
     CheckOptions options_;

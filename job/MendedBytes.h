@@ -46,16 +46,23 @@ struct MendedBytes {
     /// Why nothing may be written although something could be mended; "" otherwise.
     std::string refusal;
 
-    /// Takes bytes that are to be written, unless the check that goes on meanwhile refuses them.
-    /// The last ones it is given are the result.
-    /// @param old the bytes of the file
-    using Watcher = std::function<void(const std::string& bytes, std::string_view old)>;
+    /// Takes what comes of a file while other threads are at work on it. All or nothing is set.
+    struct Watcher {
+        /// Bytes that are to be written, unless the check that goes on meanwhile refuses them. The
+        /// last ones that it is given are the result.
+        /// @param old the bytes of the file
+        std::function<void(const std::string& bytes, std::string_view old)> write;
+        /// Called once when the bytes that were given last have been checked and are the result,
+        /// while the report is put together.
+        std::function<void()> accept;
+    };
 
     /// Checks a file, makes the mends that may be made, and checks again what came of it, until
     /// nothing is left that waited for another mend. A mend that leaves its own finding or brings
     /// one that was not there is a fault of this program: then nothing is mended, and the refusal
     /// names the rule. Linear for each round; mends rarely wait for each other. Any thread.
-    /// @param watch called on this thread while another one checks the bytes; none checks them here
+    /// @param watch called on this thread while another one checks the bytes; without it they are
+    ///     checked here
     [[nodiscard]] static MendedBytes of(std::string bytes, const MendRequest& request,
                                         const Watcher& watch = {});
 
