@@ -254,9 +254,13 @@ std::vector<std::vector<ElementNumber>> ElementIndex::repeatedIds(std::size_t li
 }
 
 void ElementIndex::sortIds() {
-    std::sort(ids_.begin(), ids_.end(), [](const Id& left, const Id& right) {
-        return left.hash != right.hash ? left.hash < right.hash : left.element < right.element;
-    });
+    // As one number, which is compared without a branch.
+    const auto key = [](const Id& id) {
+        constexpr unsigned kBits = std::numeric_limits<ElementNumber>::digits;
+        return (std::uint64_t{id.hash} << kBits) | id.element;
+    };
+    std::sort(ids_.begin(), ids_.end(),
+              [key](const Id& left, const Id& right) { return key(left) < key(right); });
     ids_.shrink_to_fit();
 }
 

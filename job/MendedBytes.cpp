@@ -172,7 +172,7 @@ class Mending {
         if (!mended_.refusal.empty()) {
             giveUp();
         }
-        acceptAndPlace();
+        accept([this] { place(); });
         std::stable_sort(mended_.records.begin(), mended_.records.end(),
                          [](const MendRecord& left, const MendRecord& right) {
                              return left.finding.where.offset < right.finding.where.offset;
@@ -258,21 +258,18 @@ class Mending {
             return false;
         }
         const auto keep = [&] {
+            place();
             if (isRound) {
-                takePlaces(plan.records);
+                takeFindings(plan.records, edits->empty());
             }
             keepRecords(std::move(plan.records), edits->empty());
         };
         if (edits->empty()) {
-            acceptAndPlace();
-            keep();
+            accept(keep);
             return false;
         }
         auto changed = std::make_unique<std::string>(applyEdits(bytes(), *edits));
-        FileCheck next = checkWatched(*changed, [&] {
-            place();
-            keep();
-        });
+        FileCheck next = checkWatched(*changed, keep);
         if (isRound && !isBetter(next.findings())) {
             return false;
         }
@@ -319,21 +316,25 @@ class Mending {
         }
     }
 
-    // Makes that of the result while whoever watches takes the result.
-    void acceptAndPlace() {
+    // Does the rest while whoever watches takes the result.
+    template <typename Rest>
+    void accept(const Rest& rest) {
         if (!current_ || !watch_.accept || std::exchange(isAccepted_, true)) {
-            return place();
+            return rest();
         }
-        auto placing = startBeside([this] { place(); });
+        auto done = startBeside([&rest] { rest(); });
         watch_.accept();
-        placing.get();
+        done.get();
     }
 
-    // Gives the records of all findings the places that these have in the report.
-    void takePlaces(std::vector<MendRecord>& records) const {
+    // Gives records of all findings, made ones or all, what the report tells of them.
+    void takeFindings(std::vector<MendRecord>& records, bool isAll) const {
         auto finding = mended_.report.findings.kept().begin();
         for (MendRecord& record : records) {
-            record.finding = *finding++;
+            if (record.isMade || isAll) {
+                record.finding = *finding;
+            }
+            ++finding;
         }
     }
 
@@ -382,6 +383,7 @@ class Mending {
         mended_.edits.clear();
         mended_.report = checkFile(old_, options_);
         mended_.records = MendPlan::of(mended_.report.findings, {}).records;
+        takeFindings(mended_.records, true);
         for (MendRecord& record : mended_.records) {
             record.isMade = false;
             record.why = mended_.refusal;

@@ -79,7 +79,7 @@ MendPlan planOf(const Findings& findings, const Refusal& refusal) {
             plan.hasPostponed = true;
         }
         const bool isMade = why.empty();
-        plan.records.push_back({finding, isMade, std::move(why)});
+        plan.records.push_back({{}, isMade, std::move(why)});
     }
     plan.edits = std::move(parts).inOrder();
     return plan;

@@ -23,13 +23,13 @@ struct ChosenMend {
 struct MendPlan {
     /// Edits of the file's bytes, their text still in UTF-8.
     EditList edits;
-    /// One for each kept finding, in their order.
+    /// One for each kept finding, in their order, without the finding, which may have no place yet.
     std::vector<MendRecord> records;
 
     /// Takes all safe mends, and those that ask when their rule is named. Of mends that meet at one
     /// place the first is taken; the others can be made afterwards, when the file has been checked
-    /// again. Linear but for the sorting of the edits.
-    /// @param findings as `checkFile` gives them: placed in the file's bytes, in its order
+    /// again. Linear but for the sorting of the edits, whose offsets are those of the findings.
+    /// @param findings in the order of the file
     /// @param asked rules whose mends the user wants although they ask
     [[nodiscard]] static MendPlan of(const Findings& findings, const std::vector<RuleId>& asked);
     /// Takes the chosen ones alone, whether they ask or not.

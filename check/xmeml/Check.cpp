@@ -1,6 +1,7 @@
 #include "check/xmeml/Check.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "check/RulesBeside.h"
 #include "check/xmeml/Rules.h"
@@ -47,6 +48,9 @@ void check(const ElementIndex& index, bool isComplete, const CheckOptions& optio
     checkRoot(view, report.findings);
     checkElements(view, report.findings);
     checkVersions(view, reads, options.missingVersion, report.findings);
+    // While the others are at work.
+    Findings paths = report.findings.emptyCopy();
+    checkPathURLs(view, paths);
     report.groups.push_back({RuleGroup::structure, true, ""});
     references.addTo(report.findings);
     if (isComplete) {
@@ -56,7 +60,7 @@ void check(const ElementIndex& index, bool isComplete, const CheckOptions& optio
     }
     timelines.addTo(report.findings);
     report.groups.push_back({RuleGroup::timing, true, ""});
-    checkPathURLs(view, report.findings);
+    report.findings.append(std::move(paths));
     report.groups.push_back({RuleGroup::values, true, ""});
     report.groups.push_back({RuleGroup::versions, true, ""});
 }
