@@ -97,14 +97,11 @@ std::optional<SourceText> SourceText::of(std::string bytes, Findings& findings, 
         clearLoneSurrogates(bytes);
     }
     const bool isUnknown = namesUnknownEncoding(bytes);
-    if (isUnknown) {
-        const std::string_view name = declaredEncoding(bytes);
-        findings.add("salvage-encoding-unknown"_rule,
-                     {static_cast<std::size_t>(name.data() - bytes.data()), name.size()},
-                     {{"encoding", excerpt(name)}});
-    }
     if (isUnknown || (!isUTF16(bytes) && saysUTF8(bytes) && firstInvalidUTF8(bytes))) {
         source.decodeLeniently(bytes, findings);
+        if (isUnknown) {
+            source.tellEncoding(findings);
+        }
     } else {
         std::optional<DecodedText> decoded = decodeXMLText(std::move(bytes), error);
         if (!decoded) {
@@ -118,6 +115,14 @@ std::optional<SourceText> SourceText::of(std::string bytes, Findings& findings, 
         source.dropForbidden(findings);
     }
     return source;
+}
+
+void SourceText::tellEncoding(Findings& findings) const {
+    const std::string_view name = declaredEncoding(text_);
+    const auto offset = name.empty() ? 0 : static_cast<std::size_t>(name.data() - text_.data());
+    findings.add("salvage-encoding-unknown"_rule, {offset, name.size()},
+                 {{"encoding", excerpt(name)}});
+    findings.sort();
 }
 
 void SourceText::decodeLeniently(const std::string& bytes, Findings& findings) {

@@ -32,6 +32,7 @@ class SourceText {
 
   private:
     void decodeLeniently(const std::string& bytes, Findings& findings);
+    void tellEncoding(Findings& findings) const;
     void dropForbidden(Findings& findings);
 
     // The file's characters, with those that XML forbids; empty where there are none of these.

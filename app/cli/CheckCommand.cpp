@@ -16,10 +16,10 @@
 #include "app/cli/InterruptedRuns.h"
 #include "app/cli/PathLookup.h"
 #include "app/cli/Program.h"
-#include "app/cli/ProjectFiles.h"
 #include "app/cli/ReportOutput.h"
 #include "app/cli/RuleSelection.h"
 #include "app/cli/StandardStreams.h"
+#include "job/ProjectFiles.h"
 #include "platform/files/FileSystem.h"
 #include "report/RulePage.h"
 

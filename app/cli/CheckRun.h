@@ -8,10 +8,10 @@
 #include <string>
 
 #include "app/cli/CheckSettings.h"
-#include "app/cli/ProjectFiles.h"
 #include "app/cli/ReportOutput.h"
 #include "app/cli/TerminalBar.h"
 #include "job/MediaLook.h"
+#include "job/ProjectFiles.h"
 #include "report/ReportWriter.h"
 
 namespace vornic {

@@ -12,8 +12,8 @@
 #include "app/cli/MediaRun.h"
 #include "app/cli/MediaSettings.h"
 #include "app/cli/Program.h"
-#include "app/cli/ProjectFiles.h"
 #include "app/cli/ReportOutput.h"
+#include "job/ProjectFiles.h"
 #include "platform/files/FileSystem.h"
 
 namespace vornic {

@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "app/cli/MediaSettings.h"
-#include "app/cli/ProjectFiles.h"
 #include "app/cli/ReportOutput.h"
 #include "job/MediaLook.h"
+#include "job/ProjectFiles.h"
 #include "job/ProjectText.h"
 #include "job/Relink.h"
 #include "report/ReportWriter.h"

@@ -9,6 +9,7 @@
 
 #include "app/window/HeaderText.h"
 #include "base/FormatString.h"
+#include "base/HTMLText.h"
 #include "base/TerminalText.h"
 #include "platform/files/Digest.h"
 #include "platform/files/FileSystem.h"
@@ -75,30 +76,6 @@ Facts factsOf(const FindingsTable& table, const FindingsReportHead& head) {
                            counted(findings.count(Severity::warning), "warning", "warnings") +
                            ", " + counted(findings.count(Severity::info), "note", "notes"));
     return facts;
-}
-
-std::string escapedForHTML(std::string_view text) {
-    std::string escaped;
-    for (const char byte : escapedForTerminal(text)) {
-        switch (byte) {
-            case '<':
-                escaped += "&lt;";
-                break;
-            case '>':
-                escaped += "&gt;";
-                break;
-            case '&':
-                escaped += "&amp;";
-                break;
-            case '"':
-                escaped += "&quot;";
-                break;
-            default:
-                escaped += byte;
-                break;
-        }
-    }
-    return escaped;
 }
 
 // Rules of which more was found than is listed.

@@ -28,7 +28,7 @@ const std::map<std::string, int>& floors() {
 
 // Rooms on another floor than their folder.
 const std::map<std::string, int>& rooms() {
-    static const std::map<std::string, int> map = {{"convert/catalogue", 5}};
+    static const std::map<std::string, int> map = {{"convert/catalogue", 5}, {"job/batch", 8}};
     return map;
 }
 

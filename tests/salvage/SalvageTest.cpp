@@ -106,6 +106,21 @@ TEST(Salvage, declaresTheEncodingThatItsCopyHas) {
     EXPECT_EQ(result.copies[0].substr(finding.inCopy->offset, 7), "</name>");
 }
 
+TEST(Salvage, tellsAnUnknownEncodingAtItsNameBehindBytesThatAreNoText) {
+    const std::string text =
+        "<?xml version=\"\x91\x91\x91\x91"
+        "1.0\" encoding=\"U.TF-8\"?>\n<xmeml>\x01";
+    const Salvage result = salvage(text);
+    ASSERT_EQ(result.report.findings.count("salvage-encoding-unknown"_rule), 1U);
+    for (const Finding& finding : result.report.findings.kept()) {
+        EXPECT_LE(finding.where.offset + finding.where.length, text.size());
+        if (finding.rule == "salvage-encoding-unknown"_rule) {
+            EXPECT_EQ(text.substr(finding.where.offset, finding.where.length), "U.TF-8");
+            EXPECT_EQ(finding.where.column, 31U);
+        }
+    }
+}
+
 TEST(Salvage, leavesASoundFileAlone) {
     const Salvage result = salvage(std::string(kSound));
     EXPECT_TRUE(result.isSound);

@@ -1,4 +1,4 @@
-#include "app/cli/ProjectFiles.h"
+#include "job/ProjectFiles.h"
 
 #include <set>
 #include <string_view>
@@ -26,12 +26,12 @@ bool isWorkingCopy(std::string_view name) {
 // Looks through folders without calling itself, so that depth costs no stack.
 class FolderSearch {
   public:
-    explicit FolderSearch(ProjectFiles& files) : files_(files) {}
+    FolderSearch(ProjectFiles& files, const StopToken& stop) : files_(files), stop_(stop) {}
 
     void search(const std::string& folder) {
         // A folder's entries come before those that were met earlier.
         std::vector<std::string> open{folder};
-        while (!open.empty()) {
+        while (!open.empty() && !stop_.stopRequested()) {
             const std::string path = std::move(open.back());
             open.pop_back();
             if (!platform::isDirectory(path)) {
@@ -68,12 +68,14 @@ class FolderSearch {
     }
 
     ProjectFiles& files_;
+    const StopToken& stop_;
     std::set<std::pair<std::uint64_t, std::uint64_t>> entered_;
 };
 
 }  // namespace
 
-ProjectFiles findProjectFiles(const std::vector<std::string>& arguments, bool descends) {
+ProjectFiles findProjectFiles(const std::vector<std::string>& arguments, bool descends,
+                              const StopToken& stop) {
     ProjectFiles files;
     for (const std::string& argument : arguments) {
         if (argument == "-" || !platform::isDirectory(argument)) {
@@ -81,7 +83,7 @@ ProjectFiles findProjectFiles(const std::vector<std::string>& arguments, bool de
         } else if (isBundle(argument)) {
             files.paths.push_back(contentOfBundle(argument));
         } else if (descends) {
-            FolderSearch(files).search(argument);
+            FolderSearch(files, stop).search(argument);
         } else {
             files.refused.push_back({argument, "It is a folder; -r looks into folders."});
         }

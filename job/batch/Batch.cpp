@@ -1,0 +1,329 @@
+#include "job/batch/Batch.h"
+
+#include <algorithm>
+#include <chrono>
+#include <list>
+#include <new>
+#include <system_error>
+#include <utility>
+
+#include "job/NamedSources.h"
+#include "job/batch/BatchSection.h"
+#include "platform/crash/CrashStack.h"
+
+namespace vornic {
+
+namespace {
+
+constexpr std::chrono::milliseconds kBetweenNews{50};
+
+}  // namespace
+
+Batch::Batch(BatchProgram program, BatchObserver& observer, std::size_t workers)
+    : program_(std::move(program)),
+      observer_(observer),
+      workerLimit_(workers != 0 ? workers
+                                : std::max<std::size_t>(1, std::thread::hardware_concurrency())) {}
+
+Batch::~Batch() {
+    cancel();
+    const std::lock_guard lock(threadMutex_);
+    if (thread_.joinable()) {
+        thread_.join();
+    }
+}
+
+std::vector<ProjectFiles::Refusal> Batch::add(const std::vector<std::string>& paths,
+                                              const StopToken& stop) {
+    ProjectFiles found = findProjectFiles(paths, true, stop);
+    const std::lock_guard lock(mutex_);
+    if (isRunning_) {
+        return std::move(found.refused);
+    }
+    for (const std::string& path : found.paths) {
+        list_.add(platform::absolutePath(path).value_or(path));
+    }
+    isChanged_.resize(list_.size());
+    return std::move(found.refused);
+}
+
+void Batch::clear() {
+    const std::lock_guard lock(mutex_);
+    if (!isRunning_) {
+        list_.clear();
+        reports_.clear();
+        isChanged_.clear();
+        changed_.clear();
+    }
+}
+
+std::size_t Batch::size() const {
+    const std::lock_guard lock(mutex_);
+    return list_.size();
+}
+
+BatchRow Batch::row(std::size_t row) const {
+    const std::lock_guard lock(mutex_);
+    return list_[row];
+}
+
+std::vector<std::size_t> Batch::rowsShownBy(const BatchFilter& filter) const {
+    const std::lock_guard lock(mutex_);
+    std::vector<std::size_t> rows;
+    for (std::size_t row = 0; row < list_.size(); ++row) {
+        if (filter.shows(list_[row])) {
+            rows.push_back(row);
+        }
+    }
+    return rows;
+}
+
+bool Batch::isRunning() const {
+    const std::lock_guard lock(mutex_);
+    return isRunning_;
+}
+
+bool Batch::startAll(BatchRequest request) {
+    std::vector<std::size_t> rows(size());
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+        rows[row] = row;
+    }
+    return start(std::move(request), std::move(rows));
+}
+
+bool Batch::start(BatchRequest request, std::vector<std::size_t> rows) {
+    const std::lock_guard threadLock(threadMutex_);
+    {
+        const std::lock_guard lock(mutex_);
+        if (isRunning_ || rows.empty() || rows.back() >= list_.size()) {
+            return false;
+        }
+        isRunning_ = true;
+    }
+    if (thread_.joinable()) {
+        thread_.join();
+    }
+    {
+        const std::lock_guard lock(mutex_);
+        isOver_ = false;
+    }
+    request_ = std::move(request);
+    rows_ = std::move(rows);
+    next_ = 0;
+    isCancelled_ = false;
+    summary_ = {};
+    summary_.action = request_.action;
+    summary_.files = rows_.size();
+    try {
+        thread_ = std::thread([this] { run(); });
+    } catch (const std::system_error&) {
+        const std::lock_guard lock(mutex_);
+        isRunning_ = false;
+        isOver_ = true;
+        return false;
+    }
+    return true;
+}
+
+void Batch::cancel() {
+    isCancelled_ = true;
+}
+
+void Batch::wait() {
+    std::unique_lock lock(mutex_);
+    runEnded_.wait(lock, [this] { return isOver_; });
+}
+
+void Batch::run() {
+    const platform::CrashStack crashStack;
+    // None of the files may be taken for the old working copy of another one.
+    std::list<NamedSource> named;
+    std::vector<std::string> paths;
+    {
+        const std::lock_guard lock(mutex_);
+        for (const std::size_t row : rows_) {
+            paths.push_back(list_[row].path);
+            named.emplace_back(list_[row].path);
+            list_[row].state = BatchState::waiting;
+            markChanged(row);
+        }
+    }
+    tellChanges();
+    BatchJob job(request_, program_, StopToken([this] { return isCancelled_.load(); }));
+    summary_.complaint = job.prepare(paths);
+    runWorkers(job);
+    leaveWaiting();
+    tellChanges();
+    summary_.isCancelled = isCancelled_;
+    {
+        const std::lock_guard lock(mutex_);
+        isRunning_ = false;
+    }
+    observer_.ended(summary_);
+    const std::lock_guard lock(mutex_);
+    isOver_ = true;
+    runEnded_.notify_all();
+}
+
+void Batch::runWorkers(BatchJob& job) {
+    std::vector<std::thread> workers;
+    const std::size_t count = std::min(workerLimit_, rows_.size());
+    workersAtWork_ = count;
+    const auto workAndEnd = [this, &job] {
+        work(job);
+        const std::lock_guard lock(mutex_);
+        --workersAtWork_;
+        workerEnded_.notify_all();
+    };
+    try {
+        while (workers.size() < count) {
+            workers.emplace_back([&] {
+                const platform::CrashStack crashStack;
+                workAndEnd();
+            });
+        }
+    } catch (const std::system_error&) {
+        // The system has no further thread to give; this one works, and tells in between.
+        const std::lock_guard lock(mutex_);
+        workersAtWork_ -= count - workers.size();
+    }
+    if (workers.empty()) {
+        work(job);
+    }
+    for (bool isDone = false; !isDone;) {
+        {
+            std::unique_lock lock(mutex_);
+            isDone =
+                workerEnded_.wait_for(lock, kBetweenNews, [this] { return workersAtWork_ == 0; });
+        }
+        tellChanges();
+    }
+    for (std::thread& worker : workers) {
+        worker.join();
+    }
+}
+
+void Batch::work(BatchJob& job) {
+    for (std::size_t at = next_++; at < rows_.size() && !isCancelled_; at = next_++) {
+        workOn(job, rows_[at]);
+    }
+}
+
+void Batch::workOn(BatchJob& job, std::size_t row) {
+    std::string path;
+    {
+        const std::lock_guard lock(mutex_);
+        list_[row].state = BatchState::working;
+        list_[row].progress = 0;
+        markChanged(row);
+        path = list_[row].path;
+    }
+    BatchOutcome outcome = job.perform(
+        path, [&](double progress) { setProgress(row, progress); }, rows_.size() < workerLimit_);
+    try {
+        ErrorSlot error;
+        if (!reports_.keep(row, sectionAbout(path, outcome), error)) {
+            outcome.reason += (outcome.reason.empty() ? "" : " ") + error->localizedDescription();
+        }
+    } catch (const std::bad_alloc&) {
+        outcome.reason = "There was not enough memory for the report.";
+    }
+    const std::lock_guard lock(mutex_);
+    take(row, outcome);
+}
+
+void Batch::take(std::size_t row, BatchOutcome& outcome) {
+    BatchRow& taken = list_[row];
+    taken.state = BatchState::idle;
+    taken.progress = 1;
+    taken.result = outcome.result;
+    taken.reason = std::move(outcome.reason);
+    const bool isReplaced = !outcome.replaced.empty();
+    taken.replaced = std::move(outcome.replaced);
+    taken.written = std::move(outcome.written);
+    taken.errors = taken.warnings = taken.notes = 0;
+    if (outcome.report) {
+        const Findings& findings = outcome.report->findings;
+        taken.errors = findings.count(Severity::error);
+        taken.warnings = findings.count(Severity::warning);
+        taken.notes = findings.count(Severity::info);
+        taken.kind = outcome.report->kind == nameOf(FileKind::none)
+                         ? FileKind::none
+                         : fileKindOfRoot(outcome.report->kind);
+    }
+    if (isReplaced) {
+        list_.lookAgain(row);
+    }
+    ++summary_.results[static_cast<std::size_t>(outcome.result)];
+    markChanged(row);
+}
+
+void Batch::setProgress(std::size_t row, double progress) {
+    const std::lock_guard lock(mutex_);
+    list_[row].progress = progress;
+    markChanged(row);
+}
+
+// With the mutex held.
+void Batch::markChanged(std::size_t row) {
+    if (!isChanged_[row]) {
+        isChanged_[row] = true;
+        changed_.push_back(row);
+    }
+}
+
+void Batch::tellChanges() {
+    std::vector<std::size_t> rows;
+    {
+        const std::lock_guard lock(mutex_);
+        rows.swap(changed_);
+        for (const std::size_t row : rows) {
+            isChanged_[row] = false;
+        }
+    }
+    if (!rows.empty()) {
+        std::sort(rows.begin(), rows.end());
+        observer_.rowsChanged(rows);
+    }
+}
+
+// Those that a cancelled run has not begun keep the result that they had.
+void Batch::leaveWaiting() {
+    const std::lock_guard lock(mutex_);
+    for (const std::size_t row : rows_) {
+        if (list_[row].state == BatchState::waiting) {
+            list_[row].state = BatchState::idle;
+            markChanged(row);
+        }
+    }
+}
+
+bool Batch::writeHTML(const std::function<bool(std::string_view piece)>& sink) const {
+    std::string sentence;
+    std::size_t count = 0;
+    {
+        const std::lock_guard lock(mutex_);
+        sentence = summary_.files == 0 || isRunning_ ? "" : summary_.sentence();
+        count = list_.size();
+    }
+    if (!sink(htmlHead("Report", sentence))) {
+        return false;
+    }
+    for (std::size_t number = 0; number < count; ++number) {
+        if (!sink(htmlRow(row(number), number, reports_.has(number)))) {
+            return false;
+        }
+    }
+    if (!sink(htmlMiddle())) {
+        return false;
+    }
+    for (std::size_t number = 0; number < count; ++number) {
+        const std::string section = reports_.of(number);
+        if (!section.empty() && !sink(htmlSection(row(number), number, section))) {
+            return false;
+        }
+    }
+    return sink(htmlEnd());
+}
+
+}  // namespace vornic

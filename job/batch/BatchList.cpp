@@ -1,0 +1,102 @@
+#include "job/batch/BatchList.h"
+
+#include <optional>
+
+#include "base/PathText.h"
+#include "base/Text.h"
+
+namespace vornic {
+
+namespace {
+
+// Device and inode of the file that a path leads to; zeroes where there is none.
+std::pair<std::uint64_t, std::uint64_t> identityAt(const std::string& path) {
+    int ignored = 0;
+    const std::optional<std::string> target = platform::resolveFinalLink(path, ignored);
+    const auto identity = target ? platform::fileIdentity(*target) : std::nullopt;
+    return identity ? std::pair(identity->device, identity->inode)
+                    : std::pair<std::uint64_t, std::uint64_t>();
+}
+
+bool isLink(const std::string& path) {
+    int ignored = 0;
+    const std::optional<std::string> target = platform::resolveFinalLink(path, ignored);
+    return target && *target != path;
+}
+
+void setPath(BatchRow& row, const std::string& path) {
+    const std::string parent = platform::parentFolder(path);
+    const bool isInBundle =
+        lowercased(platform::splitExtension(platform::lastComponent(parent)).extension) ==
+        ".fcpxmld";
+    const std::string seen = isInBundle ? parent : path;
+    row.path = path;
+    row.name = platform::lastComponent(seen);
+    row.folder = platform::parentFolder(seen);
+    row.kind = fileKindOfPath(path);
+}
+
+}  // namespace
+
+std::size_t BatchList::add(const std::string& path) {
+    if (const auto known = byPath_.find(path); known != byPath_.end()) {
+        return known->second;
+    }
+    const Identity identity = identityAt(path);
+    const auto same = byIdentity_.find(identity);
+    if (identity != Identity() && same != byIdentity_.end()) {
+        addName(rows_[same->second], path);
+        byPath_.emplace(path, same->second);
+        return same->second;
+    }
+    const std::size_t row = rows_.size();
+    Listed listed{BatchRow{}, identity};
+    setPath(listed.row, path);
+    rows_.push_back(std::move(listed));
+    byPath_.emplace(path, row);
+    if (identity != Identity()) {
+        byIdentity_.emplace(identity, row);
+    }
+    return row;
+}
+
+// An action on a link would replace the link and leave the file as it is.
+void BatchList::addName(Listed& listed, const std::string& path) {
+    if (listed.row.state == BatchState::idle && isLink(listed.row.path) && !isLink(path)) {
+        listed.row.otherPaths.push_back(listed.row.path);
+        setPath(listed.row, path);
+    } else {
+        listed.row.otherPaths.push_back(path);
+    }
+}
+
+void BatchList::lookAgain(std::size_t row) {
+    Listed& listed = rows_[row];
+    const Identity identity = identityAt(listed.row.path);
+    if (identity == listed.identity) {
+        return;
+    }
+    if (const auto old = byIdentity_.find(listed.identity);
+        old != byIdentity_.end() && old->second == row) {
+        byIdentity_.erase(old);
+    }
+    listed.identity = identity;
+    if (identity != Identity()) {
+        byIdentity_.emplace(identity, row);
+    }
+    std::erase_if(listed.row.otherPaths, [&](const std::string& path) {
+        const bool isOther = identityAt(path) != identity;
+        if (isOther) {
+            byPath_.erase(path);
+        }
+        return isOther;
+    });
+}
+
+void BatchList::clear() {
+    rows_.clear();
+    byPath_.clear();
+    byIdentity_.clear();
+}
+
+}  // namespace vornic
