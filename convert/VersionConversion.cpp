@@ -28,6 +28,14 @@ ErrorSlot removeElements(XMLDocument& document, const std::string& name) {
 
 }  // namespace
 
+// The lowest is compared without a sign: a negative target counts as a very high one and loses
+// nothing.
+bool losesInformation(std::int64_t current, std::int64_t target, std::int64_t lowest) {
+    const bool isBelowLowest =
+        static_cast<std::uint64_t>(lowest) > static_cast<std::uint64_t>(target);
+    return target < current && isBelowLowest;
+}
+
 std::variant<ConversionPlan, ConversionRefusal> planConversion(const XMLDocument* document,
                                                                const std::string& version,
                                                                std::int64_t lowestVersion) {
@@ -41,9 +49,7 @@ std::variant<ConversionPlan, ConversionRefusal> planConversion(const XMLDocument
     }
     ConversionPlan plan{
         .current = integerValue(*declared), .target = integerValue(version), .version = version};
-    // Compared without a sign: a negative target counts as a very high one and loses nothing.
-    plan.losesInformation = plan.target<plan.current&& static_cast<std::uint64_t>(
-        lowestVersion)> static_cast<std::uint64_t>(plan.target);
+    plan.losesInformation = losesInformation(plan.current, plan.target, lowestVersion);
     return plan;
 }
 

@@ -32,6 +32,10 @@ enum class ConversionRefusal {
     noVersionAttribute,
 };
 
+/// Whether elements have to go: for a downgrade below the lowest version that holds the document
+/// without loss. @param lowest 0 before an analysis has run
+[[nodiscard]] bool losesInformation(std::int64_t current, std::int64_t target, std::int64_t lowest);
+
 /// Plans a conversion. Any thread.
 /// @param document may be null, which is refused
 /// @param version the target, a decimal string

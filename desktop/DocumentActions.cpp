@@ -23,6 +23,11 @@ void DocumentMainWindow::setActing(bool isActing) {
     media_->setMayChange(!isActing);
 }
 
+void DocumentMainWindow::tellNoThread() {
+    writeHeader();
+    beginAlertSheet("Unable to begin", "The system has no thread to give.");
+}
+
 void DocumentMainWindow::tellFailure(const QString& message, const FileActionResult& result) {
     beginAlertSheet(message.toStdString(), result.failure);
 }
@@ -63,6 +68,7 @@ void DocumentMainWindow::mendSafely() {
 }
 
 void DocumentMainWindow::preview(std::vector<const Finding*> findings) {
+    header_->setBusy(tr("Looking at what the mends would change…"));
     runOnThread<MendPreview>(
         [table = table_, findings = std::move(findings)] {
             return previewMends(table->inspection().file, findings);
@@ -71,6 +77,7 @@ void DocumentMainWindow::preview(std::vector<const Finding*> findings) {
 }
 
 void DocumentMainWindow::askToMend(const MendPreview& preview) {
+    writeHeader();
     if (!preview.refusal.empty() || preview.count == 0) {
         beginAlertSheet("The mends cannot be made", preview.refusal);
         return;

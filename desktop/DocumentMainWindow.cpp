@@ -12,6 +12,7 @@
 #include "desktop/FileIcons.h"
 #include "desktop/OutcomeText.h"
 #include "desktop/QtText.h"
+#include "desktop/Release.h"
 #include "desktop/Sheet.h"
 #include "desktop/WindowSize.h"
 #include "platform/files/AtomicFile.h"
@@ -62,7 +63,7 @@ DocumentMainWindow::DocumentMainWindow(const std::shared_ptr<Document>& document
               }
           })),
       convert_(new ConvertSheet(
-          this,
+          path_, this,
           [this] {
               if (const auto shown = document_.lock()) {
                   shown->convertVersionOnThread();
@@ -114,6 +115,10 @@ DocumentMainWindow::DocumentMainWindow(const std::shared_ptr<Document>& document
          .changed = [this](bool isThere) { takeChange(isThere); }},
         this);
     restoreWindowSize(*this, kDefaultSize);
+}
+
+DocumentMainWindow::~DocumentMainWindow() {
+    releaseOnThread({findings_->model().shared(), source_->source()});
 }
 
 QWidget* DocumentMainWindow::makePages() {
@@ -309,9 +314,19 @@ void DocumentMainWindow::beginAlertSheet(std::string_view message, std::string_v
     }
 }
 
-void DocumentMainWindow::showConverted(std::string_view version) {
-    setOutcome(tr("Converted to version %1.").arg(toQString(version)), true, false);
-    inspect({.action = HeaderFacts::Action::conversion, .version = std::string(version)}, "");
+void DocumentMainWindow::showConverted(const DialogConversion& conversion) {
+    QString outcome = tr("Converted to version %1.").arg(toQString(conversion.version));
+    if (!conversion.original.empty()) {
+        outcome += QStringLiteral(" ") + tr("The original file is in the Trash.");
+    }
+    for (const std::string& note : conversion.notes) {
+        outcome += QStringLiteral(" ") + toQString(note);
+    }
+    setOutcome(outcome, true, !conversion.original.empty());
+    inspect({.action = HeaderFacts::Action::conversion,
+             .version = conversion.version,
+             .isUndoable = conversion.isUndoable},
+            conversion.original);
 }
 
 void DocumentMainWindow::showPage(Page page) {
@@ -357,10 +372,12 @@ void DocumentMainWindow::inspect(HeaderFacts facts, const std::string& original)
 }
 
 void DocumentMainWindow::takeSource(std::shared_ptr<const SourceText> source) {
+    releaseOnThread({source_->source()});
     source_->setSource(std::move(source));
 }
 
 void DocumentMainWindow::takeTable(std::shared_ptr<const FindingsTable> table) {
+    releaseOnThread({findings_->model().shared(), source_->source()});
     table_ = std::move(table);
     const std::shared_ptr<const Inspection> inspection = table_->shared();
     facts_.inspection = inspection;
@@ -386,10 +403,9 @@ void DocumentMainWindow::takeChange(bool isThere) {
     }
     HeaderFacts facts = facts_;
     facts.isThere = isThere;
-    if (convert_->isVisible() && isThere) {
-        facts = {.action = HeaderFacts::Action::conversion};
-    } else {
-        facts.hasChangedSince = true;
+    facts.hasChangedSince = true;
+    if (convert_->isVisible()) {
+        convert_->lookAgain();
     }
     inspect(std::move(facts), "");
 }
@@ -495,6 +511,7 @@ void DocumentMainWindow::closeEvent(QCloseEvent* event) {
     event->ignore();
     if (shown && shown->windowShouldClose()) {
         event->accept();
+        isClosed_ = true;
         saveWindowSize(*this);
         hideSheets(*this);
         actions_.closed(*this);

@@ -47,6 +47,9 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     };
 
     DocumentMainWindow(const std::shared_ptr<Document>& document, Actions actions);
+    ~DocumentMainWindow() override;
+    DocumentMainWindow(const DocumentMainWindow&) = delete;
+    DocumentMainWindow& operator=(const DocumentMainWindow&) = delete;
 
     /// Makes the window an owner of its document, which knows the window as long, or gives that up
     /// (null).
@@ -134,7 +137,7 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     void beginAlertSheet(std::string_view message, std::string_view info) override;
 
     [[nodiscard]] ConversionDialog& conversionDialog() override { return *convert_; }
-    void showConverted(std::string_view version) override;
+    void showConverted(const DialogConversion& conversion) override;
 
   protected:
     void closeEvent(QCloseEvent* event) override;
@@ -178,6 +181,7 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     template <typename Result>
     void runOnThread(std::function<Result()> work, std::function<void(const Result&)> then);
     void setActing(bool isActing);
+    void tellNoThread();
 
     std::weak_ptr<Document> document_;
     std::shared_ptr<Document> kept_;
@@ -198,6 +202,8 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     std::string original_;
     QPointer<VersionSheet> versionSheet_;
     bool isActing_ = false;
+    // What a thread brings to a window that is closed is shown to nobody.
+    bool isClosed_ = false;
     bool showsChangesNext_ = false;
 
     QLabel* outcomeLabel_ = nullptr;

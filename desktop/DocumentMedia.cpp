@@ -68,6 +68,7 @@ void DocumentMainWindow::changeFolder(const std::string& oldFolder, const std::s
     if (isActing_) {
         return;
     }
+    header_->setBusy(tr("Looking for the media in the new folder…"));
     runOnThread<RelinkPreview>(
         [path = path_, oldFolder, newFolder] {
             return previewFolderChange(path, oldFolder, newFolder);

@@ -136,8 +136,10 @@ void DocumentMainWindow::saveFindingsTo(const std::string& path) {
     if (!table_) {
         return;
     }
+    header_->setBusy(tr("Saving the findings…"));
     runOnThread<std::string>([table = table_, path] { return writeFindings(*table, path); },
                              [this](const std::string& failure) {
+                                 writeHeader();
                                  if (!failure.empty()) {
                                      beginAlertSheet("Unable to save the findings", failure);
                                  }
@@ -161,8 +163,10 @@ void DocumentMainWindow::saveMendedCopyTo(const std::string& to) {
     if (isActing_) {
         return;
     }
+    header_->setBusy(tr("Saving the repaired copy…"));
     runOnThread<FileActionResult>([path = path_, to] { return vornic::saveMendedCopy(path, to); },
                                   [this](const FileActionResult& result) {
+                                      writeHeader();
                                       if (!result.isDone) {
                                           tellFailure(tr("Unable to save the copy"), result);
                                           return;

@@ -36,7 +36,7 @@ void DocumentMainWindow::runOnThread(std::function<Result()> work,
                 QMLog::appendLog("%@", "There is not enough memory.");
             }
             platform::MainThread::perform([self, result, then] {
-                if (self) {
+                if (self && !self->isClosed_) {
                     self->setActing(false);
                     then(*result);
                 }
@@ -44,6 +44,7 @@ void DocumentMainWindow::runOnThread(std::function<Result()> work,
         });
     } catch (const platform::Exception&) {
         setActing(false);
+        tellNoThread();
     }
 }
 

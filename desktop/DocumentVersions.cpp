@@ -160,9 +160,11 @@ void DocumentMainWindow::saveSalvagedCopyTo(const std::string& to, const Salvage
     if (isActing_) {
         return;
     }
+    header_->setBusy(tr("Saving the salvaged copy…"));
     runOnThread<FileActionResult>(
         [path = path_, to, preview] { return saveSalvaged(path, preview, to); },
         [this](const FileActionResult& result) {
+            writeHeader();
             if (!result.isDone) {
                 tellFailure(tr("Unable to save the copy"), result);
                 return;

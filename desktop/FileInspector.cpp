@@ -7,6 +7,7 @@
 
 #include "base/Exception.h"
 #include "base/PathText.h"
+#include "desktop/Release.h"
 #include "foundation/log/QMLog.h"
 #include "platform/files/FileDescriptor.h"
 #include "platform/files/FileSystem.h"
@@ -33,6 +34,14 @@ FileInspector::FileInspector(std::string path, Listener listener, QObject* paren
     clock_.setSingleShot(true);
     connect(&clock_, &QTimer::timeout, this, [this] { look(); });
     watch();
+}
+
+// The system takes its time to end a watch.
+FileInspector::~FileInspector() {
+    notifier_.reset();
+    if (watch_) {
+        releaseOnThread({std::make_shared<platform::FolderWatch>(std::move(*watch_))});
+    }
 }
 
 // A volume whose server has gone would hold the window up.

@@ -29,6 +29,9 @@ class FileInspector : public QObject {
 
     /// @param path absolute
     FileInspector(std::string path, Listener listener, QObject* parent);
+    ~FileInspector() override;
+    FileInspector(const FileInspector&) = delete;
+    FileInspector& operator=(const FileInspector&) = delete;
 
     /// Looks at the file anew, and forgets what an earlier call has begun.
     /// @param original what it was before; "" for nothing. It may change its place meanwhile; then

@@ -26,6 +26,7 @@ class FindingsModel : public QAbstractItemModel {
     void choose(const FindingsChoice& choice);
     void setPalette(const QPalette& palette);
     [[nodiscard]] const FindingsTable* table() const { return table_.get(); }
+    [[nodiscard]] const std::shared_ptr<const FindingsTable>& shared() const { return table_; }
     [[nodiscard]] const FindingsChoice& choice() const { return choice_; }
 
     /// The finding of a row; for a group its first one. Null for none.

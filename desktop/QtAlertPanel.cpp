@@ -22,7 +22,8 @@ constexpr std::int64_t kOtherReturn = -1;
 
 class QtAlertPanel : public AlertPanel {
   public:
-    explicit QtAlertPanel(const AlertContents& contents) : box_(new QMessageBox) {
+    explicit QtAlertPanel(const AlertContents& contents)
+        : box_(new QMessageBox), over_(dynamic_cast<QWidget*>(contents.over.get())) {
         prepareAlertBox(*box_, toQString(contents.messageText),
                         toQString(contents.informativeText));
         addButtons(contents);
@@ -52,7 +53,10 @@ class QtAlertPanel : public AlertPanel {
         auto* const window = dynamic_cast<QWidget*>(parentWindow.get());
         QMessageBox& box = *box_;
         if (tellsFailure(box.text())) {
-            const QWidget* const over = window != nullptr ? window : windowInUse();
+            const QWidget* const own = ownWindow();
+            const QWidget* const over = window != nullptr ? window
+                                        : own != nullptr  ? own
+                                                          : windowInUse();
             const QString file = over != nullptr ? over->windowFilePath() : QString();
             markAsFailure(box, file.isEmpty() ? file : fileNameOf(pathFromQString(file)));
         }
@@ -66,7 +70,7 @@ class QtAlertPanel : public AlertPanel {
         if (window != nullptr) {
             beginSheet(box);
         } else {
-            beginAlone(box);
+            beginAlone(box, ownWindow());
         }
     }
 
@@ -98,6 +102,11 @@ class QtAlertPanel : public AlertPanel {
         }
     }
 
+    // The window that a free-standing alert belongs to; null where there is none to be seen.
+    [[nodiscard]] const QWidget* ownWindow() const {
+        return over_ && over_->isVisible() ? over_.data() : nullptr;
+    }
+
     [[nodiscard]] std::int64_t answer() const {
         const QAbstractButton* const clicked = box_->clickedButton();
         if (clicked != nullptr && clicked == other_) {
@@ -111,6 +120,7 @@ class QtAlertPanel : public AlertPanel {
 
     // A window takes the sheets on it along when it is destroyed.
     QPointer<QMessageBox> box_;
+    QPointer<QWidget> over_;
     QPushButton* default_ = nullptr;
     QPushButton* alternate_ = nullptr;
     QPushButton* other_ = nullptr;

@@ -105,8 +105,8 @@ QWidget* windowInUse() {
     return window;
 }
 
-void beginAlone(QDialog& dialog) {
-    const QWidget* const window = windowInUse();
+void beginAlone(QDialog& dialog, const QWidget* over) {
+    const QWidget* const window = over != nullptr ? over : windowInUse();
     dialog.setWindowModality(Qt::NonModal);
     dialog.adjustSize();
     if (window != nullptr) {

@@ -10,8 +10,9 @@ namespace vornic {
 /// middle, where it stays when the window is moved.
 void beginSheet(QDialog& dialog);
 
-/// Shows a dialog as a window of its own, over the middle of the document's window that is in use.
-void beginAlone(QDialog& dialog);
+/// Shows a dialog as a window of its own, over the middle of the window that it belongs to; null
+/// for the document's window that is in use.
+void beginAlone(QDialog& dialog, const QWidget* over = nullptr);
 
 /// The document's window that is in use, or another one of the application's; null for none.
 [[nodiscard]] QWidget* windowInUse();

@@ -2,16 +2,13 @@
 
 #include <QFormLayout>
 #include <QHBoxLayout>
-#include <QPointer>
 #include <QVBoxLayout>
-#include <new>
 #include <utility>
 
 #include "base/Exception.h"
 #include "desktop/QtText.h"
 #include "desktop/Sheet.h"
-#include "platform/threads/MainThread.h"
-#include "platform/threads/Thread.h"
+#include "desktop/SheetThread.h"
 
 namespace vornic {
 
@@ -23,28 +20,6 @@ QLabel* makeLabel(const char* objectName, QWidget* parent) {
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
     return label;
-}
-
-// Runs something on a thread, and the rest on the main one while the sheet is there.
-template <typename Result>
-void runFor(VersionSheet* sheet, std::function<Result()> work,
-            std::function<void(VersionSheet&, Result)> then) {
-    platform::detachNewThread(
-        [self = QPointer<VersionSheet>(sheet), work = std::move(work), then = std::move(then)] {
-            Result result;
-            try {
-                result = work();
-            } catch (const std::bad_alloc&) {
-                result = {};
-                result.refusal = "There is not enough memory to read the file.";
-            }
-            platform::MainThread::perform(
-                [self, then, result = std::make_shared<Result>(std::move(result))] {
-                    if (self) {
-                        then(*self, std::move(*result));
-                    }
-                });
-        });
 }
 
 }  // namespace
@@ -123,7 +98,7 @@ QWidget* VersionSheet::makeWays() {
 void VersionSheet::read() {
     setState(tr("Reading the file…"));
     try {
-        runFor<FCPXMLVersions>(
+        runForSheet<VersionSheet, FCPXMLVersions>(
             this, [path = path_] { return fcpxmlVersionsOf(path); },
             [](VersionSheet& sheet, const FCPXMLVersions& versions) {
                 sheet.takeVersions(versions);
@@ -165,7 +140,7 @@ void VersionSheet::look() {
     setState(tr("Looking for what is left out…"));
     const std::string version = targets_->currentData().toString().toStdString();
     try {
-        runFor<ConversionPreview>(
+        runForSheet<VersionSheet, ConversionPreview>(
             this, [file = file_, version] { return file->previewOf(version); },
             [number = ++number_](VersionSheet& sheet, ConversionPreview preview) {
                 if (number == sheet.number_) {
@@ -193,7 +168,9 @@ void VersionSheet::convert() {
     actions_.convert({.version = preview_->version,
                       .isInPlace = inPlace_->isChecked(),
                       .digest = preview_->digest,
-                      .stop = StopToken([stopped = isStopped_] { return stopped->load(); })});
+                      .stop = StopToken([stopped = isStopped_] {
+                          return stopped->load() || platform::MainThread::isShutDown();
+                      })});
 }
 
 void VersionSheet::finish() {

@@ -2,10 +2,13 @@
 
 #include <cerrno>
 #include <new>
+#include <optional>
 #include <string_view>
+#include <utility>
 
 #include "base/FormatString.h"
 #include "formats/FileCodes.h"
+#include "job/InPlaceChange.h"
 #include "platform/files/AtomicFile.h"
 #include "platform/files/FileReplacement.h"
 
@@ -37,6 +40,35 @@ bool trySaveDocument(const XMLDocument& document, const std::string& path, Error
     }
 }
 
+void setCodes(const std::string& path, ConversionResult& result) {
+    ErrorSlot error;
+    const FileCodes codes = setFinalCutFileCodes(path, error);
+    if (codes == FileCodes::unread) {
+        result.loadCodesError = error;
+    } else if (codes == FileCodes::unwritten) {
+        result.writeCodesError = error;
+    }
+}
+
+// Deliberate: one error slot serves all steps, so that a failed save is told a second time.
+void tellSaveError(ErrorSlot error, ConversionResult& result) {
+    result.saveError = std::move(error).value_or(Error());
+    result.loadCodesError = result.saveError;
+}
+
+InPlaceResult replaceKeepingOriginal(const XMLDocument& document, const std::string& path,
+                                     const Waiting& waiting, SwapObserver& observer) {
+    InPlaceResult result;
+    InPlaceChange change(path, {"convert", "converted"}, waiting, result);
+    const auto snapshot = document.snapshotOfFile(path);
+    if (change.read(snapshot ? std::optional(snapshot->digest) : std::nullopt)) {
+        change.write([&](const WorkingCopy::Sink& sink) { return document.serialize(sink); });
+        change.finish(true, observer);
+    }
+    change.takeNotes();
+    return result;
+}
+
 }  // namespace
 
 ConversionResult commitConversion(XMLDocument* document, const ConversionPlan& plan,
@@ -46,17 +78,36 @@ ConversionResult commitConversion(XMLDocument* document, const ConversionPlan& p
         document->setRootAttribute("version", plan.version);
     }
     if (document != nullptr && !trySaveDocument(*document, path, result.saveError)) {
-        result.saveError = result.saveError.value_or(Error());
-        // Deliberate: one error slot serves all steps, so that this is told a second time.
-        result.loadCodesError = result.saveError;
+        tellSaveError(std::exchange(result.saveError, std::nullopt), result);
         return result;
     }
-    ErrorSlot error;
-    const FileCodes codes = setFinalCutFileCodes(path, error);
-    if (codes == FileCodes::unread) {
-        result.loadCodesError = error;
-    } else if (codes == FileCodes::unwritten) {
-        result.writeCodesError = error;
+    setCodes(path, result);
+    return result;
+}
+
+ConversionResult commitConversionKeepingOriginal(XMLDocument& document, const ConversionPlan& plan,
+                                                 const std::string& path, const Waiting& waiting,
+                                                 SwapObserver& observer) {
+    ConversionResult result;
+    document.setRootAttribute("version", plan.version);
+    InPlaceResult placed;
+    try {
+        placed = replaceKeepingOriginal(document, path, waiting, observer);
+    } catch (const std::bad_alloc&) {
+        placed.error = posixError(formatString("The file %@ cannot be written", path), ENOMEM);
+    }
+    result.notes = std::move(placed.notes);
+    result.isCancelled = placed.isCancelled;
+    if (!placed.lostMetadata.empty()) {
+        result.notes.push_back(
+            formatString("Something of the file %@ was not kept. %@", path, placed.lostMetadata));
+    }
+    const bool isReplaced = placed.swap && placed.swap->end == SwapEnd::done;
+    if (isReplaced) {
+        result.original = placed.swap->original;
+        setCodes(path, result);
+    } else if (!placed.isCancelled) {
+        tellSaveError(std::move(placed.error), result);
     }
     return result;
 }

@@ -2,9 +2,12 @@
 #define VORNIC_JOB_CONVERSION_COMMIT_H
 
 #include <string>
+#include <vector>
 
 #include "base/Error.h"
 #include "convert/VersionConversion.h"
+#include "job/SwapObserver.h"
+#include "job/Waiting.h"
 #include "xml/tree/XMLDocument.h"
 
 namespace vornic {
@@ -17,6 +20,12 @@ struct ConversionResult {
     ErrorSlot loadCodesError;
     /// Why the type and creator codes could not be written.
     ErrorSlot writeCodesError;
+    /// Where the original lies in the Trash; "" where it was not kept.
+    std::string original;
+    /// What else the user should know, a sentence each.
+    std::vector<std::string> notes;
+    /// The wait for another run was ended; nothing was written.
+    bool isCancelled = false;
 };
 
 /// Makes the document one of the plan's version and saves it in place of the file, atomically, with
@@ -27,6 +36,15 @@ struct ConversionResult {
 /// @param document null to write no document and set the codes alone
 [[nodiscard]] ConversionResult commitConversion(XMLDocument* document, const ConversionPlan& plan,
                                                 const std::string& path);
+
+/// The same with the original kept in the Trash. Waits for another run that changes the file, and
+/// leaves a file alone that another program has open to write it.
+/// @param document not null
+[[nodiscard]] ConversionResult commitConversionKeepingOriginal(XMLDocument& document,
+                                                               const ConversionPlan& plan,
+                                                               const std::string& path,
+                                                               const Waiting& waiting,
+                                                               SwapObserver& observer);
 
 }  // namespace vornic
 

@@ -9,7 +9,9 @@
 #include "app/window/HeaderText.h"
 #include "app/window/LoggedWaiting.h"
 #include "base/FormatString.h"
+#include "base/Text.h"
 #include "convert/ProjectConversion.h"
+#include "convert/VersionConversion.h"
 #include "convert/catalogue/VersionCatalogue.h"
 #include "formats/fcpxml/Version.h"
 #include "formats/xmeml/Version.h"
@@ -150,6 +152,18 @@ ConversionPreview ConvertibleBytes::previewOf(const std::string& version) const 
             .forms = formsIn(conversion.report.findings),
             .list = lossesIn(conversion.report.findings),
             .digest = digest_};
+}
+
+ConversionPreview ConvertibleBytes::previewOf(const ConversionOffer& offer,
+                                              const std::string& version) const {
+    if (losesInformation(integerValue(offer.version), integerValue(version),
+                         offer.lowestVersion())) {
+        return previewOf(version);
+    }
+    ConversionPreview preview;
+    preview.version = version;
+    preview.digest = digest_;
+    return preview;
 }
 
 FCPXMLVersions fcpxmlVersionsOf(const std::string& path) {

@@ -11,6 +11,7 @@
 
 #include "app/window/FileActions.h"
 #include "base/StopToken.h"
+#include "convert/ConversionOffer.h"
 #include "formats/FileKind.h"
 #include "platform/files/ContentDigest.h"
 #include "report/Findings.h"
@@ -51,6 +52,10 @@ class ConvertibleBytes {
                                                                       ErrorSlot& error);
     /// Costs what a conversion costs, but for the writing.
     [[nodiscard]] ConversionPreview previewOf(const std::string& version) const;
+    /// The same for a version that the dialog of XMEML offers: there, nothing goes but in a
+    /// downgrade below the lowest version without a loss.
+    [[nodiscard]] ConversionPreview previewOf(const ConversionOffer& offer,
+                                              const std::string& version) const;
     [[nodiscard]] const std::string& bytes() const { return bytes_; }
 
   private:

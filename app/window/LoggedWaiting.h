@@ -6,12 +6,18 @@
 
 #include "foundation/log/QMLog.h"
 #include "job/Waiting.h"
+#include "platform/threads/MainThread.h"
 
 namespace vornic {
 
-/// How an action of a window waits for a program that has the file: as long as that takes, unless
-/// it is stopped. The log tells of it.
-[[nodiscard]] inline Waiting loggedWaiting(StopToken stop = {}) {
+/// Asks an action to end once the program quits.
+[[nodiscard]] inline StopToken untilTheEnd() {
+    return StopToken([] { return platform::MainThread::isShutDown(); });
+}
+
+/// How an action of a window waits for a program that has the file: until it is stopped or the
+/// program quits. The log tells of it.
+[[nodiscard]] inline Waiting loggedWaiting(StopToken stop = untilTheEnd()) {
     return {.tell =
                 [](const std::string& path) {
                     QMLog::appendLog("Another program uses the file %@; waiting.", path);

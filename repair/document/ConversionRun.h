@@ -20,14 +20,19 @@ class ConversionRun {
         : number_(number), path_(std::move(path)) {}
     /// A conversion of a file to a version; both may be missing.
     ConversionRun(std::uint64_t number, std::optional<std::string> path,
-                  std::optional<std::string> version)
-        : number_(number), path_(std::move(path)), version_(std::move(version)) {}
+                  std::optional<std::string> version, bool keepsOriginal = false)
+        : number_(number),
+          path_(std::move(path)),
+          version_(std::move(version)),
+          keepsOriginal_(keepsOriginal) {}
 
     /// Tells the turns of a document apart; later ones have higher numbers.
     [[nodiscard]] std::uint64_t number() const { return number_; }
     [[nodiscard]] const std::optional<std::string>& path() const { return path_; }
     /// The key of the version that was chosen.
     [[nodiscard]] const std::optional<std::string>& version() const { return version_; }
+    /// Whether the file as it was goes to the Trash.
+    [[nodiscard]] bool keepsOriginal() const { return keepsOriginal_; }
 
     /// Asks the run to end at its next check point. What is being written is finished.
     void stop();
@@ -46,6 +51,7 @@ class ConversionRun {
     const std::uint64_t number_;
     const std::optional<std::string> path_;
     const std::optional<std::string> version_;
+    const bool keepsOriginal_ = false;
 
     mutable std::mutex mutex_;
     mutable std::condition_variable written_;

@@ -15,6 +15,7 @@
 #include "convert/ConversionOffer.h"
 #include "convert/VersionConversion.h"
 #include "formats/FileKind.h"
+#include "job/ConversionCommit.h"
 #include "job/NamedSources.h"
 #include "job/SwapObserver.h"
 #include "repair/document/ConversionRun.h"
@@ -207,6 +208,8 @@ class Document : public std::enable_shared_from_this<Document> {
     [[nodiscard]] RepairResult startRepair(const std::string& path, FileKind kind);
     [[nodiscard]] RepairResult runPipeline(const std::string& path, FileKind kind,
                                            SwapObserver& observer);
+    // Over which window the alerts of the thread come that have no parent.
+    [[nodiscard]] std::weak_ptr<AlertWindow> placeOfAlerts() const;
     // Runs something that draws, on the main thread, when there is a window to draw in.
     void inWindow(const std::function<void(DocumentWindow&)>& draw) const;
     void setConvertInterfaceEnabled(bool enabled);
@@ -229,11 +232,15 @@ class Document : public std::enable_shared_from_this<Document> {
     void convert(const Run& run);
     void tellUnexpectedException();
     void convertFile(const Run& run);
-    bool convertDocument(const Run& run, const std::string& version,
-                         std::unique_ptr<XMLDocument> document, const std::string& path);
+    std::optional<DialogConversion> convertDocument(const Run& run, const std::string& version,
+                                                    std::unique_ptr<XMLDocument> document,
+                                                    const std::string& path);
+    ConversionResult commit(const Run& run, XMLDocument* document, const ConversionPlan& plan,
+                            const std::string& path, DialogConversion& made);
+    void tellState(const Run& run, std::string_view text) const;
+    void tellConverted(const Run& run, const DialogConversion& made) const;
     [[nodiscard]] bool agreeToLoss(const Run& run, const ConversionPlan& plan);
     [[nodiscard]] bool userAgreesToLoss(const Run& run);
-    void tellLateConversion(const Run& run) const;
     void analyse(const Run& run);
     void fillDialog(const Run& run, const std::string& path);
     void showCurrentVersion(const Run& run, const ConvertibleFile& file) const;

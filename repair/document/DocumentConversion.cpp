@@ -1,6 +1,7 @@
 // The conversion of a document's file and its dialog. The engines of convert/ tell what they have
 // found and done; what is logged, shown and asked for it, and in which order, is settled here.
 
+#include <cerrno>
 #include <cstddef>
 #include <exception>
 #include <new>
@@ -14,12 +15,17 @@
 #include "foundation/log/QMException.h"
 #include "foundation/log/QMLog.h"
 #include "job/ConversionCommit.h"
+#include "job/JournaledSwap.h"
 #include "job/LeftFiles.h"
 #include "platform/files/FileSystem.h"
 #include "platform/processes/Console.h"
 #include "platform/threads/MainThread.h"
 #include "repair/document/ConversionMessages.h"
 #include "repair/document/Document.h"
+
+#ifndef VORNIC_VERSION
+#error "VORNIC_VERSION is the project's version"
+#endif
 
 namespace vornic {
 
@@ -66,6 +72,18 @@ void clearBeside(const std::string& path) {
     }
 }
 
+// What the dialog says of a conversion.
+std::string resultText(const DialogConversion& made) {
+    std::string text = formatString("Converted to version %@.", made.version);
+    if (!made.original.empty()) {
+        text += " The original is in the Trash.";
+    }
+    for (const std::string& note : made.notes) {
+        text += " " + note;
+    }
+    return text;
+}
+
 }  // namespace
 
 // Runs.
@@ -76,6 +94,14 @@ QMAlert::Window Document::windowMain() const {
         MainThread::performAndWait([&] { window = window_; });
     }
     return window;
+}
+
+std::weak_ptr<AlertWindow> Document::placeOfAlerts() const {
+    std::weak_ptr<AlertWindow> place;
+    if (hasGUI_) {
+        MainThread::performAndWait([&] { place = window_; });
+    }
+    return place;
 }
 
 bool Document::isLatest(const Run& run) const {
@@ -159,6 +185,7 @@ void Document::populateConversionDataForFile(const Text& path) {
 }
 
 void Document::analyse(const Run& run) {
+    const AlertPlace place(placeOfAlerts());
     try {
         if (run->path()) {
             fillDialog(run, *run->path());
@@ -176,6 +203,7 @@ void Document::analyse(const Run& run) {
 void Document::fillDialog(const Run& run, const std::string& path) {
     QMLog::appendLog("Generating conversion data for file %@...", path);
     inDialog(run, [](ConversionDialog& dialog) { dialog.startConvertSpinner(); });
+    tellState(run, "Reading the file…");
     try {
         const auto read = readForConversion(path);
         if (run->isStopped()) {
@@ -251,15 +279,19 @@ Document::Run Document::beginConversion() {
         return nullptr;
     }
     Text version;
+    bool keepsOriginal = false;
     inWindow([&](DocumentWindow& window) {
         version = window.conversionDialog().selectedConvertVersionKey();
+        keepsOriginal = window.conversionDialog().keepsOriginal();
     });
-    conversion_ = std::make_shared<ConversionRun>(++runCount_, filePath_, std::move(version));
+    conversion_ =
+        std::make_shared<ConversionRun>(++runCount_, filePath_, std::move(version), keepsOriginal);
     setLatestRun(conversion_);
     return conversion_;
 }
 
 void Document::convert(const Run& run) {
+    const AlertPlace place(placeOfAlerts());
     try {
         inDialog(run, [](ConversionDialog& dialog) { dialog.startConvertSpinner(); });
         if (run->path() && !run->path()->empty()) {
@@ -293,22 +325,39 @@ void Document::convertFile(const Run& run) {
         tellNoTarget(path);
         return;
     }
+    tellState(run, formatString("Converting to version %@…", *run->version()));
     std::unique_ptr<XMLDocument> document = loadToConvert(path);
     if (!document || run->isStopped()) {
         return;
     }
-    const bool isConverted = convertDocument(run, *run->version(), std::move(document), path);
+    const std::optional<DialogConversion> made =
+        convertDocument(run, *run->version(), std::move(document), path);
+    if (made) {
+        tellConverted(run, *made);
+    }
     if (!run->isStopped()) {
         analyse(run);
     }
-    if (isConverted && run->isStopped()) {
-        tellLateConversion(run);
+    if (made && run->isStopped()) {
+        QMLog::appendLog("The file %@ was converted to version %@.", path, made->version);
     }
+    inDialog(run, [&](ConversionDialog& dialog) {
+        dialog.showConvertResult(made ? resultText(*made) : "The file was not converted.");
+    });
 }
 
-void Document::tellLateConversion(const Run& run) const {
-    QMLog::appendLog("The file %@ was converted to version %@.", *run->path(), *run->version());
-    inWindow([&](DocumentWindow& window) { window.showConverted(*run->version()); });
+void Document::tellState(const Run& run, std::string_view text) const {
+    inDialog(run, [&](ConversionDialog& dialog) { dialog.setConvertState(text); });
+}
+
+void Document::tellConverted(const Run& run, const DialogConversion& made) const {
+    if (!made.original.empty()) {
+        QMLog::appendLog("The original of the file %@ is %@.", *run->path(), made.original);
+    }
+    for (const std::string& note : made.notes) {
+        QMLog::appendLog("%@", note);
+    }
+    inWindow([&](DocumentWindow& window) { window.showConverted(made); });
 }
 
 void Document::convertXMEMLVersion(const std::string& version,
@@ -318,37 +367,63 @@ void Document::convertXMEMLVersion(const std::string& version,
     convertDocument(run, version, std::move(forDocument), filePath);
 }
 
-// @return true when the file is now of that version.
-bool Document::convertDocument(const Run& run, const std::string& version,
-                               std::unique_ptr<XMLDocument> document, const std::string& path) {
+// @return nothing when the file is not of that version now.
+std::optional<DialogConversion> Document::convertDocument(const Run& run,
+                                                          const std::string& version,
+                                                          std::unique_ptr<XMLDocument> document,
+                                                          const std::string& path) {
     if (fileKind() != FileKind::xmeml) {
         platform::consoleLog(
             "Cannot convert XMEML version. File is not a compatible XMEML document.");
-        return false;
+        return std::nullopt;
     }
     const auto planned = planConversion(document.get(), version, minDowngradeVersion());
     if (const auto* const refusal = std::get_if<ConversionRefusal>(&planned)) {
         tellRefusal(*refusal, hasGUI() ? windowMain() : nullptr, hasGUI());
-        return false;
+        return std::nullopt;
     }
     const auto& plan = std::get<ConversionPlan>(planned);
     if (plan.losesInformation) {
         if (!agreeToLoss(run, plan)) {
-            return false;
+            return std::nullopt;
         }
         document = stripTagsFromXMLDoc(std::move(document), version);
     }
     clearBeside(path);
     ConversionResult result;
+    DialogConversion made{.version = version, .original = {}, .isUndoable = false, .notes = {}};
     {
         const Writing writing(*run);
         if (!writing.isAllowed()) {
-            return false;
+            return std::nullopt;
         }
-        result = commitConversion(document.get(), plan, path);
+        tellState(run, "Writing the file…");
+        result = commit(run, document.get(), plan, path, made);
     }
     tellConversionResult(result, path, hasGUI());
-    return document && !result.saveError;
+    const bool isMade = document && !result.saveError && !result.isCancelled;
+    return isMade ? std::optional(made) : std::nullopt;
+}
+
+ConversionResult Document::commit(const Run& run, XMLDocument* document, const ConversionPlan& plan,
+                                  const std::string& path, DialogConversion& made) {
+    if (!run->keepsOriginal() || document == nullptr) {
+        return commitConversion(document, plan, path);
+    }
+    const Waiting waiting{.tell =
+                              [](const std::string& file) {
+                                  QMLog::appendLog("Another program uses the file %@; waiting.",
+                                                   file);
+                              },
+                          .stop = StopToken([run] { return run->isStopped(); })};
+    JournaledSwap journaled(program_invocation_short_name, VORNIC_VERSION,
+                            JournalEntry::Action::convert);
+    ConversionResult result =
+        commitConversionKeepingOriginal(*document, plan, path, waiting, journaled);
+    made.original = result.original;
+    made.isUndoable = journaled.isWrittenDown();
+    made.notes = result.notes;
+    return result;
 }
 
 bool Document::agreeToLoss(const Run& run, const ConversionPlan& plan) {
@@ -372,6 +447,7 @@ bool Document::userAgreesToLoss(const Run& run) {
         if (run->isStopped()) {
             return;
         }
+        const AlertPlace place(window_);
         QMAlert::alertSheetWithMessageText(
             "You cannot downgrade without losing information", "Downgrade", "Cancel", std::nullopt,
             "Unsupported tags will be stripped from the file. This cannot be undone so please "

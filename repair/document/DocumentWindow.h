@@ -1,13 +1,26 @@
 #ifndef VORNIC_REPAIR_DOCUMENT_WINDOW_H
 #define VORNIC_REPAIR_DOCUMENT_WINDOW_H
 
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "repair/document/ConversionDialog.h"
 #include "repair/pipeline/RepairResult.h"
 #include "ui/alerts/QMAlert.h"
 
 namespace vornic {
+
+/// What a conversion of the dialog has made of a document's file.
+struct DialogConversion {
+    std::string version;
+    /// Where the file as it was lies in the Trash; "" where it was not kept.
+    std::string original;
+    /// Whether it can be brought back from there.
+    bool isUndoable = false;
+    /// What else the user should know, a sentence each.
+    std::vector<std::string> notes;
+};
 
 /// The window of a document with its progress sheet and its conversion dialog, as far as the
 /// document drives them. The desktop draws it; a test records what it is told. Main thread only.
@@ -46,8 +59,8 @@ class DocumentWindow : public AlertWindow {
 
     /// The conversion dialog, which lives as long as the window.
     [[nodiscard]] virtual ConversionDialog& conversionDialog() = 0;
-    /// Tells that the file has been converted to a version after the dialog was closed.
-    virtual void showConverted(std::string_view version) = 0;
+    /// Tells that the file has been converted, also after the dialog was closed.
+    virtual void showConverted(const DialogConversion& conversion) = 0;
 };
 
 }  // namespace vornic

@@ -298,7 +298,7 @@ TEST_F(DocumentMainWindowTest, convertsTheFileToTheChosenVersion) {
 TEST_F(DocumentMainWindowTest, tellsOfAConversionThatWasWrittenWhenItsDialogWasClosed) {
     open(sandbox.write("cut.xml", kSound));
     alertAtTheEnd();
-    window->showConverted("4");
+    window->showConverted({.version = "4", .original = {}, .isUndoable = false, .notes = {}});
     EXPECT_EQ(child<QLabel>("outcomeLabel").text(), QStringLiteral("Converted to version 4."));
 }
 

@@ -1,4 +1,5 @@
 #include <QAccessible>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QPushButton>
 #include <QRadioButton>
@@ -192,6 +193,29 @@ TEST_F(DocumentSheetsTest, convertACopyOrTheFileItself) {
         return header(*window) == QStringLiteral("Converted to version 1.11: sound");
     })) << header(*window).toStdString();
     EXPECT_NE(readBytes(path).find("<fcpxml version=\"1.11\">"), std::string::npos);
+}
+
+TEST_F(DocumentSheetsTest, keepTheOriginalOfAConversionWhenAskedTo) {
+    const std::string path = sandbox.write("cut.xml", kSound);
+    DocumentMainWindow* const window = checked(path);
+    window->document()->showConvertDialog();
+    auto* const sheet = waitFor<ConvertSheet>();
+    auto* const menu = child<QComboBox>(*sheet, "convertVersionPopUp");
+    ASSERT_TRUE(waitUntil([&] { return menu->isEnabled(); }));
+    child<QCheckBox>(*sheet, "convertKeepOriginal")->click();
+    menu->setCurrentIndex(menu->findData(QStringLiteral("4")));
+    child<QPushButton>(*sheet, "convertBtn")->click();
+    ASSERT_TRUE(waitUntil([&] {
+        return child<QLabel>(*sheet, "convertState")->text() ==
+               QStringLiteral("Converted to version 4. The original is in the Trash.");
+    }));
+    EXPECT_NE(readBytes(path).find("<xmeml version=\"4\">"), std::string::npos);
+    EXPECT_EQ(readBytes(sandbox.home() + "/.Trash/cut.xml"), kSound);
+    EXPECT_EQ(outcome(*window),
+              QStringLiteral("Converted to version 4. The original file is in the Trash."));
+    child<QPushButton>(*sheet, "convertCloseBtn")->click();
+    window->restoreOriginal();
+    ASSERT_TRUE(waitUntil([&] { return readBytes(path) == kSound; }));
 }
 
 TEST_F(DocumentSheetsTest, sayThatAFileIsNoFCPXML) {

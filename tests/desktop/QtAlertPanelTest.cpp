@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "desktop/DocumentMainWindow.h"
+#include "desktop/Sheet.h"
 #include "platform/settings/UserPreferences.h"
 #include "platform/threads/MainThread.h"
 #include "tests/desktop/DesktopTest.h"
@@ -60,6 +61,45 @@ TEST_F(QtAlertPanelTest, givesEachButtonItsAnswer) {
     EXPECT_EQ(answerWith(QStringLiteral("No")), 0);
     EXPECT_EQ(answerWith(QStringLiteral("Perhaps")), -1);
     EXPECT_EQ(shownBox(), nullptr);
+}
+
+TEST_F(QtAlertPanelTest, comesOverItsOwnWindowWhereItIsFreeStanding) {
+    constexpr int kFrame = 40;
+    const auto makeWindow = [this](const char* name, QPoint place) {
+        const auto document = Document::create();
+        document->setFilePath(sandbox.path(name));
+        auto window = std::make_shared<DocumentMainWindow>(document, DocumentMainWindow::Actions{});
+        window->setGeometry(QRect(place, QSize(500, 350)));
+        window->show();
+        return window;
+    };
+    const auto own = makeWindow("own.xml", QPoint(20, 20));
+    const auto other = makeWindow("other.xml", QPoint(280, 240));
+    other->activateWindow();
+    ASSERT_TRUE(waitUntil([&] { return other->isActiveWindow(); }));
+    const auto expectOverOwn = [&](QMessageBox& box) {
+        EXPECT_EQ(box.windowModality(), Qt::NonModal);
+        EXPECT_NEAR(box.geometry().center().x(), own->geometry().center().x(), kFrame);
+        EXPECT_NEAR(box.geometry().center().y(), own->geometry().center().y(), kFrame);
+        box.close();
+    };
+    {
+        const AlertPlace place(own);
+        askAnd(expectOverOwn);
+    }
+    // A window that has a sheet takes no other one.
+    QDialog sheet(own.get());
+    beginSheet(sheet);
+    askAnd(expectOverOwn, own);
+    sheet.hide();
+    // What has failed names the file of that window.
+    const AlertPlace place(own);
+    platform::MainThread::performAfter(std::chrono::milliseconds(10), [&] {
+        ASSERT_NE(shownBox(), nullptr);
+        EXPECT_EQ(shownBox()->windowTitle(), QStringLiteral("own.xml"));
+        shownBox()->close();
+    });
+    QMAlert::alertSheetWithMessageText("Unable to save file", "why", nullptr);
 }
 
 TEST_F(QtAlertPanelTest, showsTheTextsAsTheyAre) {

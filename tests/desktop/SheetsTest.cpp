@@ -1,9 +1,11 @@
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTest>
+#include <QTreeWidget>
 #include <optional>
 
 #include "desktop/ConvertSheet.h"
@@ -93,7 +95,8 @@ class ConvertSheetTest : public DesktopTest {
     QWidget window;
     int conversions = 0;
     int closings = 0;
-    ConvertSheet sheet{&window, [this] { ++conversions; }, [this] { ++closings; }};
+    ConvertSheet sheet{sandbox.path("none.xml"), &window, [this] { ++conversions; },
+                       [this] { ++closings; }};
     QPushButton& button = child<QPushButton>(sheet, "convertBtn");
     QComboBox& menu = child<QComboBox>(sheet, "convertVersionPopUp");
 };
@@ -204,6 +207,68 @@ TEST_F(ConvertSheetTest, showsThatItIsBusy) {
     EXPECT_FALSE(spinner.isVisible());
     sheet.startConvertSpinner();
     EXPECT_TRUE(spinner.isVisible());
+}
+
+TEST_F(ConvertSheetTest, listsWhatTheChosenVersionLeavesOut) {
+    sandbox.write("none.xml",
+                  "<xmeml version=\"5\"><sequence><name>Cut</name><synctype>1</synctype>"
+                  "</sequence></xmeml>\n");
+    ConversionOffer offer = kOffer;
+    offer.versions.push_back({.key = "1", .title = "1", .test = {}, .menuItems = 2});
+    sheet.showOffer(offer);
+    const auto& losses = child<QTreeWidget>(sheet, "lossList");
+    const auto& loss = child<QLabel>(sheet, "convertLoss");
+    ASSERT_TRUE(waitUntil([this] { return sheet.preview() != nullptr; }));
+    EXPECT_EQ(loss.text(), QStringLiteral("Nothing is lost.")) << "the version that it has";
+    EXPECT_EQ(losses.topLevelItemCount(), 0);
+    menu.setCurrentIndex(menu.findData(QStringLiteral("1")));
+    ASSERT_TRUE(waitUntil([this] { return sheet.preview() != nullptr; }));
+    EXPECT_EQ(loss.text(), QStringLiteral("1 thing goes, which version 1 does not have."));
+    ASSERT_EQ(losses.topLevelItemCount(), 1);
+    EXPECT_TRUE(losses.topLevelItem(0)->text(1).contains(QStringLiteral("synctype")));
+    sandbox.write("none.xml", "<xmeml version=\"5\"><sequence/></xmeml>\n");
+    sheet.lookAgain();
+    ASSERT_TRUE(waitUntil([this] { return sheet.preview() != nullptr; }));
+    EXPECT_EQ(loss.text(), QStringLiteral("Nothing is lost.")) << "after the file has changed";
+}
+
+TEST_F(ConvertSheetTest, saysWhyNothingCanBeListed) {
+    ConversionOffer offer = kOffer;
+    offer.versions[0].key = "1";
+    sheet.showOffer(offer);
+    ASSERT_TRUE(waitUntil([this] { return sheet.preview() != nullptr; }));
+    EXPECT_TRUE(child<QLabel>(sheet, "convertLoss")
+                    .text()
+                    .startsWith(QStringLiteral("What is left out cannot be listed: The file ")));
+    EXPECT_TRUE(button.isEnabled());
+}
+
+TEST_F(ConvertSheetTest, tellsItsStateAndTheResult) {
+    sheet.setConvertInterfaceEnabled(true);
+    beginSheet(sheet);
+    const auto& state = child<QLabel>(sheet, "convertState");
+    sheet.startConvertSpinner();
+    sheet.setConvertState("Converting to version 4…");
+    EXPECT_EQ(state.text(), QStringLiteral("Converting to version 4…"));
+    sheet.showConvertResult("Converted to version 4.");
+    EXPECT_EQ(state.text(), QStringLiteral("Converting to version 4…"));
+    sheet.stopConvertSpinner();
+    EXPECT_EQ(state.text(), QStringLiteral("Converted to version 4."));
+    button.click();
+    EXPECT_EQ(state.text(), QString()) << "that was the one before";
+}
+
+TEST_F(ConvertSheetTest, keepsNoOriginalUnlessItIsAskedTo) {
+    auto& keeps = child<QCheckBox>(sheet, "convertKeepOriginal");
+    EXPECT_EQ(keeps.text().remove(u'&'), QStringLiteral("Keep the original in the Trash"));
+    EXPECT_FALSE(sheet.keepsOriginal());
+    keeps.click();
+    EXPECT_TRUE(sheet.keepsOriginal());
+    sheet.startConvertSpinner();
+    EXPECT_FALSE(keeps.isEnabled());
+    window.show();
+    sheet.beginConvertSheet();
+    EXPECT_FALSE(sheet.keepsOriginal()) << "whenever the dialog is shown";
 }
 
 TEST_F(ConvertSheetTest, isClosedByItsDocument) {

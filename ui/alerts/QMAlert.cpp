@@ -53,7 +53,23 @@ void waitOneRound() {
     }
 }
 
+std::weak_ptr<AlertWindow>& placeOfThisThread() {
+    thread_local std::weak_ptr<AlertWindow> place;
+    return place;
+}
+
 }  // namespace
+
+AlertPlace::AlertPlace(std::weak_ptr<AlertWindow> window)
+    : before_(std::exchange(placeOfThisThread(), std::move(window))) {}
+
+AlertPlace::~AlertPlace() {
+    placeOfThisThread() = std::move(before_);
+}
+
+const std::weak_ptr<AlertWindow>& AlertPlace::current() {
+    return placeOfThisThread();
+}
 
 void QMAlert::setPanelFactory(std::shared_ptr<AlertPanelFactory> factory) {
     panelFactory() = std::move(factory);
@@ -66,6 +82,7 @@ std::int64_t QMAlert::alertSheetWithMessageText(
     const std::shared_ptr<QMAlert>& alertObject, const Text& suppressionBinding) {
     const std::shared_ptr<QMAlert> object = alertObject ? alertObject : std::make_shared<QMAlert>();
     object->setParentWindow(parentWindow);
+    object->place_ = parentWindow ? std::weak_ptr(parentWindow) : AlertPlace::current();
     object->setDelegate(delegate ? delegate : object);
     object->setAlertEnded(false);
     const std::string selector = didEndSelector.value_or(std::string(kDidEndSelector));
@@ -167,6 +184,7 @@ void QMAlert::alertSheetWithDictionary(const Dictionary& dictionary) {
         .alternateButtonTitle = valueOf(dictionary, "alternateButtonTitle"),
         .otherButtonTitle = valueOf(dictionary, "otherButtonTitle"),
         .informativeText = formatString("%@", valueOf(dictionary, "informativeText").value_or("")),
+        .over = place_.lock(),
     };
     const std::string selector =
         valueOf(dictionary, "didEndSelector").value_or(std::string(kDidEndSelector));

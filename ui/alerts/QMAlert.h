@@ -45,6 +45,23 @@ struct AlertContents {
     std::optional<std::string> alternateButtonTitle;
     std::optional<std::string> otherButtonTitle;
     std::string informativeText;
+    /// The window that a free-standing alert belongs over; null for the one that is in use.
+    std::shared_ptr<AlertWindow> over = nullptr;
+};
+
+/// While it lives, what the thread that made it asks for free-standing comes over a window.
+class AlertPlace {
+  public:
+    explicit AlertPlace(std::weak_ptr<AlertWindow> window);
+    ~AlertPlace();
+    AlertPlace(const AlertPlace&) = delete;
+    AlertPlace& operator=(const AlertPlace&) = delete;
+
+    /// The window of the calling thread; null for none, and once it has gone.
+    [[nodiscard]] static const std::weak_ptr<AlertWindow>& current();
+
+  private:
+    std::weak_ptr<AlertWindow> before_;
 };
 
 /// Makes the panels of the toolkit in use. Main thread only.
@@ -163,6 +180,8 @@ class QMAlert : public AlertDelegate, public std::enable_shared_from_this<QMAler
 
   private:
     Window parentWindow_;
+    // Where the alert belongs when it is free-standing.
+    std::weak_ptr<AlertWindow> place_;
     // Null while the alert is its own delegate, so that it does not keep itself alive.
     std::shared_ptr<AlertDelegate> delegate_;
     bool isOwnDelegate_ = false;

@@ -97,6 +97,23 @@ TEST_F(ConversionProgramTest, removesWhatTheVersionDoesNotKnowWhenTheUserAgrees)
     EXPECT_THAT(readBytes(path), HasSubstr("<name>Cut</name>"));
 }
 
+TEST_F(ConversionProgramTest, listsWhatGoesAndKeepsTheOriginalWhenAskedTo) {
+    const std::string path = sandbox.write("cut.xml", kNeedsVersion2);
+    const DrivenProgram program = openToConvert(path);
+    showSheet(program);
+    program.waitForLabel("Nothing is lost.");
+    const AccessibleNode box = program.control("check box", "Keep the original in the Trash");
+    EXPECT_FALSE(box.is(AccessibleNode::State::checked));
+    session->click(box);
+    chooseTheLowest(program);
+    program.waitForLabel("1 thing goes, which version 1 does not have.");
+    program.clickButton("Convert");
+    program.answerAlert(kLossQuestion, "Downgrade");
+    program.waitForLabel("Converted to version 1. The original is in the Trash.");
+    EXPECT_EQ(readBytes(trash() + "/cut.xml"), kNeedsVersion2);
+    EXPECT_THAT(readBytes(path), Not(HasSubstr("synctype")));
+}
+
 TEST_F(ConversionProgramTest, takesItsQuestionBackWhenTheSheetIsClosed) {
     const std::string path = sandbox.write("cut.xml", kNeedsVersion2);
     const FileState before = fileState(path);

@@ -134,7 +134,7 @@ TEST_F(DocumentConversionTest, convertingRewritesTheFileAndFillsTheDialogAgain) 
     document->convertVersion();
     waitForThreads();
     EXPECT_EQ(window->calls,
-              (Strings{"start spinner", "start spinner",
+              (Strings{"start spinner", "converted: 4", "start spinner",
                        "current: Current XML version: 4 (Final Cut Pro 6+)",
                        "offer: Can be downgraded without changes to version: 2 (Final Cut Pro "
                        "5+)",

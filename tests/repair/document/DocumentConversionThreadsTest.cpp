@@ -120,7 +120,7 @@ TEST_F(DocumentConversionThreadsTest, aWindowTellsOfAConversionThatWasWrittenWhe
     waitForThreads();
     EXPECT_TRUE(isConvertedTo("4"));
     EXPECT_EQ(window->calls,
-              (Strings{"start spinner", "start spinner", "end convert", "converted: 4"}));
+              (Strings{"start spinner", "converted: 4", "start spinner", "end convert"}));
     EXPECT_EQ(log.entries().back(), "The file " + path + " was converted to version 4.");
 }
 

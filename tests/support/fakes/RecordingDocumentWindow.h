@@ -23,6 +23,7 @@ class RecordingDocumentWindow : public DocumentWindow, public ConversionDialog {
     bool sheetIsVisible = false;
     bool sheetIsSheet = false;
     std::optional<std::string> selectedKey;
+    bool keepsTheOriginal = false;
 
     /// The text of the report as it stands.
     std::string report;
@@ -34,6 +35,10 @@ class RecordingDocumentWindow : public DocumentWindow, public ConversionDialog {
     std::vector<std::string> calls;
     /// What the conversion dialog was given to show, in order.
     std::vector<ConversionOffer> offers;
+    /// What the conversion dialog was told of its state and of results, in order.
+    std::vector<std::string> states;
+    std::vector<std::string> results;
+    std::vector<DialogConversion> conversions;
     /// How runs have ended, in order.
     std::vector<RepairResult> outcomes;
     /// When set, runs after each call, which it is given; may raise.
@@ -93,12 +98,18 @@ class RecordingDocumentWindow : public DocumentWindow, public ConversionDialog {
     }
 
     [[nodiscard]] ConversionDialog& conversionDialog() override { return *this; }
-    void showConverted(std::string_view version) override { note("converted: ", version); }
+    void showConverted(const DialogConversion& conversion) override {
+        conversions.push_back(conversion);
+        note("converted: ", conversion.version);
+    }
 
     void beginConvertSheet() override { note("begin convert"); }
     void endConvertSheet() override { note("end convert"); }
     void startConvertSpinner() override { note("start spinner"); }
     void stopConvertSpinner() override { note("stop spinner"); }
+    void setConvertState(std::string_view text) override { states.emplace_back(text); }
+    void showConvertResult(std::string_view text) override { results.emplace_back(text); }
+    [[nodiscard]] bool keepsOriginal() const override { return keepsTheOriginal; }
     void setConvertCurVersion(std::string_view text) override { note("current: ", text); }
     void showOffer(const ConversionOffer& offer) override {
         offers.push_back(offer);
