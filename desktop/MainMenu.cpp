@@ -8,6 +8,7 @@
 #include <functional>
 #include <utility>
 
+#include "desktop/AlertBox.h"
 #include "desktop/Application.h"
 #include "desktop/QtText.h"
 #include "desktop/RecentFiles.h"
@@ -19,6 +20,11 @@ namespace {
 
 QString tr(const char* text) {
     return QCoreApplication::translate("MainMenu", text);
+}
+
+// A title without the mark of its letter.
+QString plain(QString title) {
+    return title.remove(u'&');
 }
 
 // Builds the menus of one window.
@@ -57,16 +63,18 @@ class MenuBuilder {
         return *action;
     }
 
-    // A command for the window's own document; disabled where there is none.
+    // A command for the window's own document. Where there is none it says so.
     QAction& addForDocument(QMenu& menu, const char* id, const QString& title,
                             const QKeySequence& keys, DocumentCommand command) {
         auto* const own = dynamic_cast<DocumentMainWindow*>(&window_);
-        QAction& action = add(menu, id, title, keys, [own, command = std::move(command)] {
+        QAction& action = add(menu, id, title, keys, [own, command = std::move(command), title] {
             if (own != nullptr) {
                 command(*own);
+            } else {
+                tell(nullptr, tr("No file is open"),
+                     tr("“%1” works on an open file. Open one first.").arg(plain(title)));
             }
         });
-        action.setEnabled(own != nullptr);
         return action;
     }
 
@@ -196,6 +204,8 @@ class MenuBuilder {
                            });
         QObject::connect(&menu, &QMenu::aboutToShow, &window_,
                          [&convert, isEnabled] { convert.setEnabled(isEnabled()); });
+        const bool hasDocument = dynamic_cast<DocumentMainWindow*>(&window_) != nullptr;
+        convert.setEnabled(hasDocument);
         addForDocument(menu, "toolsConvertFCPXML", tr("Convert &FCPXML Version…"), {},
                        [](DocumentMainWindow& window) { window.convertFCPXMLVersion(); });
         addForDocument(menu, "toolsSetVersion", tr("Set &Version…"), {},
@@ -226,7 +236,7 @@ class MenuBuilder {
             });
         // Its shortcut asks again, whatever was shown last.
         QObject::connect(&menu, &QMenu::aboutToHide, &window_,
-                         [&convert] { convert.setEnabled(true); });
+                         [&convert, hasDocument] { convert.setEnabled(hasDocument); });
     }
 
     void buildTroubleshootingMenu() {

@@ -109,6 +109,12 @@ void ShortcutKeyTable::setEditingEnabled(bool enabled) {
 }
 
 void ShortcutKeyTable::beginCapture() {
+    if (!model_.isEditingEnabled()) {
+        if (refuse_) {
+            refuse_();
+        }
+        return;
+    }
     const std::optional<std::size_t> row = selectedRow();
     const QModelIndex cell =
         row ? model_.index(static_cast<int>(*row), ShortcutKeyModel::keyColumn) : QModelIndex();
@@ -138,7 +144,9 @@ void ShortcutKeyTable::keyPressEvent(QKeyEvent* event) {
             break;
         case Qt::Key_Delete:
         case Qt::Key_Backspace:
-            if (model_.isEditingEnabled()) {
+            if (!model_.isEditingEnabled()) {
+                beginCapture();
+            } else {
                 QMShortcutKeyTableview::keyDown(event->key() == Qt::Key_Delete ? "\x7F" : "\b");
             }
             break;

@@ -2,6 +2,8 @@
 #define VORNIC_DESKTOP_SHORTCUT_KEY_TABLE_H
 
 #include <QTableView>
+#include <functional>
+#include <utility>
 
 #include "desktop/ShortcutKeyCapture.h"
 #include "desktop/ShortcutKeyModel.h"
@@ -21,6 +23,8 @@ class ShortcutKeyTable : public QTableView, public QMShortcutKeyTableview {
     void reloadData() override;
     [[nodiscard]] std::optional<std::size_t> selectedRow() const override;
     void setEditingEnabled(bool enabled);
+    /// Who is told when a shortcut is to be changed and none can be.
+    void setRefusal(std::function<void()> refuse) { refuse_ = std::move(refuse); }
     /// Waits for the keys of the selected row's new shortcut.
     void beginCapture();
     /// Takes the capture out of its cell and hands on what has come of it.
@@ -35,6 +39,7 @@ class ShortcutKeyTable : public QTableView, public QMShortcutKeyTableview {
     [[nodiscard]] int heightOfRows(int rows) const;
 
     ShortcutKeyModel model_;
+    std::function<void()> refuse_;
 };
 
 }  // namespace vornic

@@ -3,6 +3,7 @@
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
+#include "desktop/AlertBox.h"
 #include "desktop/QtText.h"
 #include "ui/shortcuts/QMShortcutKeyTableDelegate.h"
 
@@ -71,8 +72,14 @@ ShortcutKeysPane::ShortcutKeysPane(QWidget* parent)
     setTabOrder(table_, change_);
     setTabOrder(change_, clear_);
     connect(change_, &QPushButton::clicked, this, [this] { table_->beginCapture(); });
-    connect(clear_, &QPushButton::clicked, this,
-            [] { QMShortcutKeyTableDelegate::sharedController().clearShortcutKey(); });
+    connect(clear_, &QPushButton::clicked, this, [this] {
+        if (isEditingEnabled_) {
+            QMShortcutKeyTableDelegate::sharedController().clearShortcutKey();
+        } else {
+            tellMissingManager();
+        }
+    });
+    table_->setRefusal([this] { tellMissingManager(); });
 }
 
 void ShortcutKeysPane::setManagerNoticeHidden(bool hidden) {
@@ -80,9 +87,13 @@ void ShortcutKeysPane::setManagerNoticeHidden(bool hidden) {
 }
 
 void ShortcutKeysPane::setEditingEnabled(bool enabled) {
+    isEditingEnabled_ = enabled;
     table_->setEditingEnabled(enabled);
-    change_->setEnabled(enabled);
-    clear_->setEnabled(enabled);
+}
+
+void ShortcutKeysPane::tellMissingManager() {
+    showAlert(*window(), tr("No shortcut can be changed"),
+              tr("The shortcut key manager is missing. Please reinstall this software."));
 }
 
 void ShortcutKeysPane::showConflicts(std::string_view text) {

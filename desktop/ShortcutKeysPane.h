@@ -22,12 +22,15 @@ class ShortcutKeysPane : public QWidget, public ShortcutKeyPane {
     void showFailure(std::string_view text) override;
 
   private:
+    void tellMissingManager();
+
     ShortcutKeyTable* table_;
     QLabel* notice_;
     QLabel* conflicts_;
     QLabel* failure_;
     QPushButton* change_;
     QPushButton* clear_;
+    bool isEditingEnabled_ = true;
 };
 
 }  // namespace vornic

@@ -63,6 +63,21 @@ class MenuCommandsTest : protected OwnMachineLibrary, public Unprivileged, publi
     const StartWindow* window = nullptr;
 };
 
+TEST_F(MenuCommandsTest, everyCommandButTheGivenOneIsEnabledAndSaysThatNoFileIsOpen) {
+    ASSERT_NE(window, nullptr);
+    EXPECT_FALSE(action(*window, "toolsConvert")->isEnabled());
+    for (const char* const id :
+         {"fileSaveReport", "fileSaveFindings", "fileSaveCopy", "fileSaveSalvaged", "viewMedia",
+          "toolsRepair", "toolsConvertFCPXML", "toolsRestore", "toolsCompare",
+          "toolsOpenInEditor"}) {
+        EXPECT_TRUE(action(*window, id)->isEnabled()) << id;
+        alerts.panels->shown.clear();
+        action(*window, id)->trigger();
+        ASSERT_EQ(alerts.panels->shown.size(), 1U) << id;
+        EXPECT_EQ(alerts.panels->shown.front().contents.messageText, "No file is open") << id;
+    }
+}
+
 TEST_F(MenuCommandsTest, ofHelpOpenThePagesTheyAreNamedAfter) {
     using Lines = std::vector<std::string>;
     EXPECT_EQ(choose("helpSuiteHome"), page("/brindletools"));

@@ -3,6 +3,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QTabBar>
 #include <QTabWidget>
@@ -298,12 +299,22 @@ TEST_F(ShortcutKeysTest, saysThatTheManagerIsMissingAndCannotBeEdited) {
     open();
     EXPECT_TRUE(label("managerNotice").isVisible());
     EXPECT_TRUE(label("managerNotice").text().contains(QStringLiteral("reinstall")));
-    EXPECT_FALSE(button("changeShortcutBtn").isEnabled());
-    EXPECT_FALSE(button("clearShortcutBtn").isEnabled());
+    const auto expectRefusal = [this](const char* way) {
+        const auto* const alert = window->findChild<QMessageBox*>();
+        ASSERT_NE(alert, nullptr) << way;
+        EXPECT_TRUE(alert->informativeText().contains(QStringLiteral("manager is missing"))) << way;
+        EXPECT_EQ(capture(), nullptr) << way;
+        delete alert;
+    };
     table().setFocus();
     QTest::keyClick(&table(), Qt::Key_Return);
-    EXPECT_EQ(capture(), nullptr);
+    expectRefusal("Return");
     QTest::keyClick(&table(), Qt::Key_Delete);
+    expectRefusal("Delete");
+    button("changeShortcutBtn").click();
+    expectRefusal("the button");
+    button("clearShortcutBtn").click();
+    expectRefusal("the other button");
     EXPECT_FALSE(exists(*ShortcutWatchList::path()));
     EXPECT_TRUE(table().isEnabled()) << "it can be read";
 }
