@@ -37,6 +37,7 @@ QTreeView* makeTable(QAbstractItemModel* model, QWidget* parent) {
     table->header()->setSortIndicator(MediaModel::state, Qt::DescendingOrder);
     table->header()->setStretchLastSection(false);
     table->header()->setFocusPolicy(Qt::NoFocus);
+    table->header()->setSectionResizeMode(MediaModel::folder, QHeaderView::Stretch);
     const int unit = table->fontMetrics().averageCharWidth();
     constexpr std::array kCharacters = {22, 36, 60, 10};
     for (int column = 0; column < MediaModel::columnCount_; ++column) {

@@ -1,5 +1,6 @@
 #include "desktop/OwnStyle.h"
 
+#include <QAbstractScrollArea>
 #include <QDialogButtonBox>
 #include <QPainter>
 #include <QStyleOption>
@@ -38,6 +39,15 @@ int OwnStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,
                           const QWidget* widget) const {
     // Else there is no room for the edge.
     return metric == PM_MenuPanelWidth ? 1 : QProxyStyle::pixelMetric(metric, option, widget);
+}
+
+void OwnStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                           const QWidget* widget) const {
+    QProxyStyle::drawControl(element, option, painter, widget);
+    if (element == CE_ShapedFrame && option->state.testFlag(State_HasFocus) &&
+        qobject_cast<const QAbstractScrollArea*>(widget) != nullptr) {
+        drawEdge(*option, QPalette::Highlight, 2, *painter);
+    }
 }
 
 void OwnStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option,

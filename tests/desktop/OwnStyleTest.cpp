@@ -2,6 +2,7 @@
 #include <QImage>
 #include <QMessageBox>
 #include <QPainter>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QStyleOptionButton>
 #include <QTabWidget>
@@ -70,6 +71,25 @@ TEST_F(OwnStyleTest, edgesAnEmptyCheckBoxVisibly) {
         EXPECT_GE(contrast(picture.pixelColor(0, kSide / 2), ground), kVisible);
         EXPECT_GE(contrast(picture.pixelColor(kSide / 2, 0), ground), kVisible);
     }
+}
+
+TEST_F(OwnStyleTest, framesTheListOrTextThatHasTheFocus) {
+    QWidget window;
+    QPlainTextEdit text(&window);
+    QPushButton other(&window);
+    text.setStyle(&style);
+    text.setGeometry(0, 0, 100, 60);
+    other.setGeometry(0, 70, 100, 30);
+    window.resize(100, 100);
+    window.show();
+    const auto edge = [&text] { return text.grab().toImage().pixelColor(0, 30); };
+    other.setFocus();
+    ASSERT_TRUE(waitUntil([&other] { return other.hasFocus(); }));
+    const QColor without = edge();
+    text.setFocus();
+    ASSERT_TRUE(waitUntil([&text] { return text.hasFocus(); }));
+    EXPECT_EQ(edge(), text.palette().color(QPalette::Highlight));
+    EXPECT_GE(contrast(edge(), without), 1.5);
 }
 
 }  // namespace
