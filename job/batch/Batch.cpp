@@ -150,7 +150,11 @@ void Batch::run() {
     }
     tellChanges();
     BatchJob job(request_, program_, StopToken([this] { return isCancelled_.load(); }));
-    summary_.complaint = job.prepare(paths);
+    try {
+        summary_.complaint = job.prepare(paths);
+    } catch (const std::bad_alloc&) {
+        summary_.complaint = "There was not enough memory to look for media.";
+    }
     runWorkers(job);
     leaveWaiting();
     tellChanges();

@@ -1,7 +1,9 @@
 // What a batch does with files: what the command-line programs do with them.
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -103,6 +105,33 @@ TEST_F(BatchAndProgramsTest, findTheSame) {
     run(strict);
     ASSERT_NE(rows().at("Sound.xml").warnings, 0U);
     EXPECT_EQ(rows().at("Sound.xml").result, BatchResult::findings);
+}
+
+// Real files, of which some are the same one by several names.
+TEST_F(BatchTest, findsInRealFilesWhatTheProgramFinds) {
+    const char* const samples = std::getenv("VORNIC_SAMPLES");
+    if (samples == nullptr || !fs::is_directory(samples)) {
+        GTEST_SKIP() << "VORNIC_SAMPLES names no folder";
+    }
+    batch.add({samples});
+    ASSERT_NE(batch.size(), 0U);
+    run(BatchAction::check);
+    ProgramSettings settings = files.repairer({"-r", "--format", "json", "--max", "1", samples});
+    settings.program = VORNIC_CHECK_PROGRAM;
+    const nlohmann::json report = nlohmann::json::parse(runProgram(settings).output);
+    std::map<std::string, nlohmann::json> found;
+    for (const nlohmann::json& file : report["files"]) {
+        found[file["path"]] = file["counts"];
+    }
+    std::size_t names = 0;
+    for (std::size_t row = 0; row < batch.size(); ++row) {
+        const BatchRow checked = batch.row(row);
+        const nlohmann::json counts{
+            {"error", checked.errors}, {"warning", checked.warnings}, {"info", checked.notes}};
+        EXPECT_EQ(counts, found[checked.path]) << checked.path;
+        names += 1 + checked.otherPaths.size();
+    }
+    EXPECT_EQ(names, found.size());
 }
 
 TEST_F(BatchAndProgramsTest, repairTheSame) {
