@@ -120,8 +120,8 @@ std::string brokenRuleOfPropertyLists(std::string_view bytes) {
     if (!PropertyList::canBeWrittenAgain(bytes)) {
         return "";
     }
-    if (!binary.empty() && PropertyList::parse(binary) != list) {
-        return "the binary form says something else";
+    if (!binary.empty() && !PropertyList::parse(binary)) {
+        return "the binary form cannot be read";
     }
     return PropertyList::parse(xml) ? "" : "the XML form cannot be read";
 }

@@ -24,7 +24,7 @@ namespace vornic::test {
 /// What is read out of a journal can be written, and is the same when it is read again.
 [[nodiscard]] std::string brokenRuleOfJournal(std::string_view text);
 
-/// A property list survives being written in either form when it says that it does.
+/// A property list can be read again in either form when it says that it can be written.
 [[nodiscard]] std::string brokenRuleOfPropertyLists(std::string_view bytes);
 
 /// An archive is extracted into its folder, or is refused and leaves nothing; no link leads out.
