@@ -203,10 +203,14 @@ void CheckRun::add(const CheckedFile& file) {
     for (const std::string& line : file.lines) {
         bar_->aside([&] { printErrorLine(line); });
     }
-    if (!file.refusal.empty()) {
-        return refuse(file.path, file.refusal, file.refusal);
+    // A file that was not written has been checked all the same, with each mend that was not made.
+    const bool isChecked = file.refusal.empty() || !file.report.groups.empty();
+    if (isChecked) {
+        report(file);
     }
-    report(file);
+    if (!file.refusal.empty()) {
+        refuse(file.path, file.refusal, file.refusal);
+    }
 }
 
 void CheckRun::report(const CheckedFile& file) {

@@ -155,6 +155,24 @@ TEST_F(FixCommandLineTest, tellsWhichMendsWereMadeAndWhyOthersWereNot) {
     EXPECT_EQ(report["files"][0]["rules"].count("xml-stray-ampersand"), 0U);
 }
 
+TEST_F(FixCommandLineTest, tellsWhatWasNotMendedInAFileThatWasNotWritten) {
+    const std::string project = "<xmeml version=\"5\"><bin><name>a & b</name></bin></xmeml>";
+    write("Cut.xml", project);
+    std::filesystem::permissions(files.folder(), std::filesystem::perms(0555));
+    const ProgramResult result = check({"--fix", "--format", "json", "Cut.xml"});
+    std::filesystem::permissions(files.folder(), std::filesystem::perms(0755));
+    EXPECT_EQ(result.status, 3);
+    const auto report = nlohmann::json::parse(result.output);
+    ASSERT_EQ(report["files"].size(), 1U);
+    const auto& mends = report["files"][0]["mends"];
+    ASSERT_EQ(mends.size(), 1U);
+    EXPECT_EQ(mends[0]["rule"], "xml-stray-ampersand");
+    EXPECT_EQ(mends[0]["made"], false);
+    EXPECT_EQ(mends[0]["why"], "the file was not written");
+    EXPECT_EQ(report["files"][0]["counts"]["error"], 1);
+    EXPECT_EQ(readBytes(path), project);
+}
+
 TEST_F(FixCommandLineTest, writesACopyWithTheRightEnding) {
     const std::string project = "<fcpxml version=\"1.10\"><resources/></fcpxml>";
     write("Cut.xml", project);
