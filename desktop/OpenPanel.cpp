@@ -11,6 +11,7 @@
 #include "desktop/FileIcons.h"
 #include "desktop/QtText.h"
 #include "desktop/Sheet.h"
+#include "desktop/WindowSize.h"
 
 namespace vornic {
 
@@ -50,7 +51,7 @@ OpenPanel::OpenPanel(const OpenPanelSettings& settings)
     setProxyModel(new AllowedFiles(settings));  // which the panel owns
     setNameFilter(tr("Final Cut Pro XML files (*)"));
     setOption(QFileDialog::HideNameFilterDetails);
-    resize(kSize);
+    fitOnScreen(*this, kSize);
     if (const auto* const list = findChild<QTreeView*>()) {
         list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
         list->header()->setSectionResizeMode(0, QHeaderView::Stretch);

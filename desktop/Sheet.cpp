@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QEvent>
+#include <QScreen>
 #include <algorithm>
 
 namespace vornic {
@@ -11,6 +12,8 @@ namespace {
 // What stays in sight of the window above a sheet: its menus and its head.
 constexpr int kShareAbove = 5;
 constexpr int kMostAbove = 96;
+// What a window manager puts around a window, at most.
+constexpr int kFrame = 32;
 
 void bringUp(QDialog& dialog) {
     dialog.show();
@@ -20,8 +23,12 @@ void bringUp(QDialog& dialog) {
 
 void placeOn(const QWidget& window, QDialog& sheet) {
     const QRect area = window.geometry();
+    const QRect screen = window.screen()->availableGeometry();
+    const int wanted = area.top() + std::min(area.height() / kShareAbove, kMostAbove);
+    // Its buttons are at its end.
+    const int lowest = screen.top() + screen.height() - sheet.height() - kFrame;
     sheet.move(area.left() + (area.width() - sheet.width()) / 2,
-               area.top() + std::min(area.height() / kShareAbove, kMostAbove));
+               std::max(std::min(wanted, lowest), std::min(wanted, screen.top())));
 }
 
 QList<QDialog*> dialogsOf(const QWidget& window) {

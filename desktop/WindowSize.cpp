@@ -24,11 +24,17 @@ int storedLength(const std::string& key, int otherwise) {
 
 }  // namespace
 
+void fitOnScreen(QWidget& window, QSize size) {
+    // What a window manager puts around a window, at most.
+    constexpr QSize kFrame(8, 32);
+    window.resize(size.boundedTo(window.screen()->availableSize() - kFrame));
+}
+
 void restoreWindowSize(QWidget& window, QSize otherwise) {
     const QSize size(storedLength(keyOf(window, "width"), otherwise.width()),
                      storedLength(keyOf(window, "height"), otherwise.height()));
     // It may have been kept on a larger screen than this one.
-    window.resize(size.boundedTo(window.screen()->availableSize()));
+    fitOnScreen(window, size);
 }
 
 void saveWindowSize(const QWidget& window) {

@@ -6,6 +6,9 @@
 
 namespace vornic {
 
+/// Gives a window a size, or what the screen has room for with a frame around.
+void fitOnScreen(QWidget& window, QSize size);
+
 /// Gives a window the size that the last one with its object name had, or the given one, as far as
 /// the screen has room.
 void restoreWindowSize(QWidget& window, QSize otherwise);

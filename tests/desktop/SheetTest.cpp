@@ -1,4 +1,5 @@
 #include <QDialog>
+#include <QScreen>
 #include <QVBoxLayout>
 
 #include "desktop/Sheet.h"
@@ -54,6 +55,16 @@ TEST_F(SheetTest, takesTheKeyboardThatItsWindowIsGiven) {
     later.hide();
     QApplication::setActiveWindow(&window);
     EXPECT_TRUE(waitUntil([this] { return sheet.isActiveWindow(); }));
+}
+
+TEST_F(SheetTest, staysOnTheScreenWithItsButtons) {
+    const QRect screen = window.screen()->availableGeometry();
+    window.setGeometry(screen.left(), screen.bottom() - 200, 300, 180);
+    window.show();
+    sheet.setMinimumSize(280, 300);
+    beginSheet(sheet);
+    EXPECT_LE(sheet.geometry().bottom(), screen.bottom());
+    EXPECT_GE(sheet.geometry().top(), screen.top());
 }
 
 TEST_F(SheetTest, aloneIsShownOverTheWindowInUse) {
