@@ -96,7 +96,6 @@ void AboutWindow::insertCredits(std::string_view rtf) {
     for (const StyledRun& run : readRichText(rtf).value_or(std::vector<StyledRun>())) {
         QTextCharFormat format;
         format.setFontWeight(run.isBold ? QFont::Bold : QFont::Normal);
-        format.setFontItalic(run.isItalic);
         format.setFontPointSize(run.pointSize);
         credits_->textCursor().insertText(toQString(run.text), format);
     }

@@ -2,6 +2,7 @@
 
 #include <QPointer>
 #include <set>
+#include <tuple>
 #include <utility>
 
 #include "base/Exception.h"
@@ -38,7 +39,8 @@ void store(const std::vector<std::string>& paths) {
         entries.emplace_back(path);
     }
     ErrorSlot ignored;  // a list that cannot be stored is one that is not there next time
-    platform::UserPreferences().setValue(kKey, platform::PropertyList(std::move(entries)), ignored);
+    std::ignore = platform::UserPreferences().setValue(
+        kKey, platform::PropertyList(std::move(entries)), ignored);
 }
 
 // What is known of the files, and which of them are being looked at.

@@ -3,6 +3,7 @@
 #include <QScreen>
 #include <algorithm>
 #include <string>
+#include <tuple>
 
 #include "platform/settings/UserPreferences.h"
 
@@ -43,8 +44,8 @@ void saveWindowSize(const QWidget& window) {
     }
     const platform::UserPreferences preferences;
     ErrorSlot ignored;  // the next window has the default size, then
-    preferences.setValue(keyOf(window, "width"), window.width(), ignored);
-    preferences.setValue(keyOf(window, "height"), window.height(), ignored);
+    std::ignore = preferences.setValue(keyOf(window, "width"), window.width(), ignored);
+    std::ignore = preferences.setValue(keyOf(window, "height"), window.height(), ignored);
 }
 
 }  // namespace vornic

@@ -26,8 +26,8 @@ FileCodes setFinalCutFileCodes(const std::string& path, ErrorSlot& error) {
     }
     attributes.hfsTypeCode = numberOf(kFinalCutTypeCode);
     attributes.hfsCreatorCode = numberOf(kFinalCutCreatorCode);
-    platform::writeFileAttributes(path, attributes, error);
-    return error ? FileCodes::unwritten : FileCodes::set;
+    return platform::writeFileAttributes(path, attributes, error) ? FileCodes::set
+                                                                  : FileCodes::unwritten;
 }
 
 }  // namespace vornic

@@ -7,6 +7,7 @@
 #include <ctime>
 #include <set>
 #include <sstream>
+#include <tuple>
 #include <utility>
 
 #include <fcntl.h>
@@ -364,7 +365,7 @@ void Journal::trim() const {
             text += beginLine(entry) + (isOpen ? "" : endLine(entry));
         }
     }
-    platform::writeFileAtomically(path_, text, platform::Durability::synced, error);
+    std::ignore = platform::writeFileAtomically(path_, text, platform::Durability::synced, error);
 }
 
 }  // namespace vornic

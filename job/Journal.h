@@ -74,9 +74,9 @@ class Journal {
     [[nodiscard]] std::optional<Run> begin(JournalEntry entry, ErrorSlot& error) const;
     /// The change was made; that is on the disk when this returns.
     /// @param original where the old file lies in the Trash
-    bool finish(Run run, const std::string& original, ErrorSlot& error) const;
+    [[nodiscard]] bool finish(Run run, const std::string& original, ErrorSlot& error) const;
     /// The change was not made, or has been taken back.
-    bool takeBack(Run run, ErrorSlot& error) const;
+    [[nodiscard]] bool takeBack(Run run, ErrorSlot& error) const;
 
     /// All entries within the limits, oldest first.
     /// @return nothing, with the slot filled, when the file is there and cannot be read, or is not
@@ -102,8 +102,8 @@ class Journal {
   private:
     [[nodiscard]] std::string lockPath() const;
     [[nodiscard]] std::string settledPath() const;
-    bool append(std::string_view line, ErrorSlot& error) const;
-    bool end(Run run, ErrorSlot& error) const;
+    [[nodiscard]] bool append(std::string_view line, ErrorSlot& error) const;
+    [[nodiscard]] bool end(Run run, ErrorSlot& error) const;
     [[nodiscard]] platform::FileDescriptor open(int flags, ErrorSlot& error) const;
     [[nodiscard]] std::optional<JournalContents> read(std::size_t offset, ErrorSlot& error) const;
     [[nodiscard]] std::vector<Run> takeOver(const JournalContents& contents) const;

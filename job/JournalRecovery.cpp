@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <optional>
+#include <tuple>
 #include <utility>
 
 #include "base/PathText.h"
@@ -135,9 +136,9 @@ std::vector<RecoveredRun> recoverInterrupted(const Journal& journal, const std::
         }
         recovered.push_back(Recovery(run.entry(), trash).run());
         if (recovered.back().end == RecoveredRun::End::takenBack) {
-            journal.takeBack(std::move(run), ignored);
+            std::ignore = journal.takeBack(std::move(run), ignored);
         } else {
-            journal.finish(std::move(run), recovered.back().original, ignored);
+            std::ignore = journal.finish(std::move(run), recovered.back().original, ignored);
         }
     }
     return recovered;

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <filesystem>
 #include <system_error>
+#include <tuple>
 #include <utility>
 
 #include <sys/stat.h>
@@ -77,7 +78,7 @@ void JournaledSwap::didSwap(const SwapIntent& /*intent*/, const std::string& ori
 void JournaledSwap::didNotSwap(const SwapIntent& /*intent*/) {
     ErrorSlot reason;
     if (run_) {
-        journal_->takeBack(std::move(*run_), reason);
+        std::ignore = journal_->takeBack(std::move(*run_), reason);
         run_.reset();
     }
     claim_.reset();

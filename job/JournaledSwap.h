@@ -20,7 +20,7 @@ class JournaledSwap : public SwapObserver {
     JournaledSwap(std::string program, std::string version,
                   JournalEntry::Action action = JournalEntry::Action::repair);
 
-    bool willSwap(const SwapIntent& intent, ErrorSlot& error) override;
+    [[nodiscard]] bool willSwap(const SwapIntent& intent, ErrorSlot& error) override;
     void didSwap(const SwapIntent& intent, const std::string& original) override;
     void didNotSwap(const SwapIntent& intent) override;
 

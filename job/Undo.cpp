@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <tuple>
 #include <utility>
 
 #include "base/PathText.h"
@@ -199,14 +200,14 @@ UndoResult Undo::bringBack(const JournalEntry& entry, const UndoPlaces& places) 
     result.error = std::move(swap.error);
     if (!swap.isDone) {
         ErrorSlot ignored;
-        journal_.takeBack(std::move(*run), ignored);
+        std::ignore = journal_.takeBack(std::move(*run), ignored);
         return result;
     }
     static_cast<void>(
         platform::synchronizeFolder(platform::descriptorPath(places.target.folder.get())));
     result.losses = std::move(swap.losses);
     result.end = UndoResult::End::undone;
-    journal_.finish(std::move(*run), result.result, result.error);
+    std::ignore = journal_.finish(std::move(*run), result.result, result.error);
     return result;
 }
 

@@ -86,8 +86,8 @@ class Undo {
     [[nodiscard]] UndoResult undoClaimed(const JournalEntry& entry, const Question& goOn);
     [[nodiscard]] UndoResult bringBack(const JournalEntry& entry, const UndoPlaces& places);
     void tell(UndoStep step) const;
-    bool openTrash(ErrorSlot& error);
-    bool readJournal(ErrorSlot& error);
+    [[nodiscard]] bool openTrash(ErrorSlot& error);
+    [[nodiscard]] bool readJournal(ErrorSlot& error);
 
     const Journal& journal_;
     std::string trashPath_;

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string_view>
 #include <system_error>
+#include <tuple>
 #include <vector>
 
 #include <fcntl.h>
@@ -67,7 +68,7 @@ void dropHiddenOriginal(const platform::Trash& trash, const std::string& name,
     for (const std::string& other : names) {
         if (platform::isTemporaryName(other) && other.starts_with("." + name + ".") &&
             hasContentsOf(original, pathInto(trash.descriptor(), other))) {
-            static_cast<void>(unlinkat(trash.descriptor(), other.c_str(), 0) == 0);
+            std::ignore = unlinkat(trash.descriptor(), other.c_str(), 0);
         }
     }
 }

@@ -1,6 +1,7 @@
 #include "job/UndoSwap.h"
 
 #include <cerrno>
+#include <tuple>
 #include <utility>
 
 #include <unistd.h>
@@ -205,7 +206,7 @@ bool UndoSwap::placeBeside() {
 // path since.
 void UndoSwap::dropWaiting() {
     if (platform::fileIdentity(waiting_) == own_ && hasContentsOf(places_.original, waiting_)) {
-        static_cast<void>(unlink(waiting_.c_str()) == 0);
+        std::ignore = unlink(waiting_.c_str());
     } else if (!clearWaiting(trash_, places_.name, places_.target)) {
         result_.result = userPath(waiting_);
         result_.isBeside = true;

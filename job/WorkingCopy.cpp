@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <tuple>
 #include <utility>
 
 #include <fcntl.h>
@@ -43,7 +44,7 @@ class Discarded {
     ~Discarded() {
         // Under its name another program's file may stand, which was moved there.
         if (!copy_.path.empty() && copy_.file && copy_.isAt(copy_.path)) {
-            static_cast<void>(unlink(copy_.path.c_str()) == 0);
+            std::ignore = unlink(copy_.path.c_str());
         }
     }
     Discarded(const Discarded&) = delete;
@@ -187,7 +188,7 @@ bool WorkingCopy::makeTemporary(SavedCopy& copy, ErrorSlot& error) const {
     if (claim == platform::Claim::held || claim == platform::Claim::unavailable) {
         return true;
     }
-    static_cast<void>(unlink(copy.path.c_str()) == 0);
+    std::ignore = unlink(copy.path.c_str());
     return failFile(error, path_, "claimed",
                     claim == platform::Claim::busy ? EWOULDBLOCK : errorNumber);
 }

@@ -102,7 +102,8 @@ class WorkingCopy {
     enum class Contents { ofSource, none };
 
     [[nodiscard]] Clearing create(Contents contents, ErrorSlot& error);
-    bool recycleLeft(const std::string& at, const std::string& name, ErrorSlot& error);
+    [[nodiscard]] bool recycleLeft(const std::string& at, const std::string& name,
+                                   ErrorSlot& error);
     [[nodiscard]] bool isTooLarge(ErrorSlot& error) const;
     // Makes a claimed file under a name that no other program knows.
     [[nodiscard]] bool makeTemporary(SavedCopy& copy, ErrorSlot& error) const;

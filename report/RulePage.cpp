@@ -216,8 +216,8 @@ std::string rulesInMarkdown() {
 std::string reportLinesInMarkdown() {
     std::string page =
         "# Every line of a report\n\n"
-        "Names in braces stand for what is in the file. What `vornic-check` finds is in the next "
-        "chapter, and in\n`vornic-check --explain`.\n\n";
+        "Names in braces stand for what is in the file. What `vornic-check` finds is in the "
+        "chapter\n\"Rules\", and in `vornic-check --explain`.\n\n";
     for (const auto& [group, about] : kReports) {
         page += formatString("## The %@\n\n%@\n\n", nameOf(group), about);
         for (const Rule& rule : kRuleTable) {

@@ -52,6 +52,8 @@ needs=(
     'qt6-base-dev|Qt 6.4 or newer (Widgets, Network, DBus)|hasLibrary Qt6Widgets'
     'libgtest-dev|GoogleTest|hasLibrary gtest'
     'libgmock-dev|GoogleMock|hasLibrary gmock'
+    'libseccomp-dev|libseccomp, with headers|hasLibrary libseccomp'
+    'libfuse3-dev|libfuse 3, with headers|hasLibrary fuse3'
     'libbenchmark-dev|Google Benchmark|hasLibrary benchmark'
 )
 # What only saves time, and is done without where it cannot be had.

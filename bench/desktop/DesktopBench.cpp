@@ -18,6 +18,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include <spawn.h>
@@ -243,7 +244,8 @@ double timeToWindow(const char* kind) {
 bool measureFirstWindow() {
     constexpr int kRuns = 15;
     ErrorSlot ignored;
-    platform::UserPreferences().setValue(AppController::kShowOpenDialogPreference, 0, ignored);
+    std::ignore =
+        platform::UserPreferences().setValue(AppController::kShowOpenDialogPreference, 0, ignored);
     std::vector<double> own;
     std::vector<double> empty;
     for (int run = 0; run < kRuns; ++run) {

@@ -1,6 +1,7 @@
 #include "foundation/copies/FileCopyDestination.h"
 
 #include <cerrno>
+#include <tuple>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -59,7 +60,7 @@ bool FileCopyDestination::truncate() {
 
 void FileCopyDestination::abandon() {
     if (isNew_) {
-        static_cast<void>(unlink(path_.c_str()) == 0);
+        std::ignore = unlink(path_.c_str());
     }
     static_cast<void>(file_.close());
 }

@@ -42,7 +42,7 @@ class FileCopyDestination {
     /// @return false when the system could not keep it, which is told like a fault of writing.
     [[nodiscard]] bool synchronizeAndClose();
     /// Gives the closed file the owner, extended attributes, mode and times of the source.
-    bool copyMetadata(int source, const struct stat& status, ErrorSlot& error) const;
+    [[nodiscard]] bool copyMetadata(int source, const struct stat& status, ErrorSlot& error) const;
 
   private:
     void noteWriteError();

@@ -1,3 +1,5 @@
+#include <tuple>
+
 #include "base/PathText.h"
 #include "foundation/files/QMFileManager.h"
 #include "foundation/places/QMLocalPaths.h"
@@ -25,9 +27,9 @@ bool QMFileManager::decompressFile(const std::string& source,
                                    const std::string& toDestinationFolder) {
     ErrorSlot error;
     if (fileExistsAtPath(toDestinationFolder) && !isGuardedSystemPath(toDestinationFolder)) {
-        platform::recycle(platform::parentFolder(toDestinationFolder),
-                          QMLocalPaths::trashDirectory().value_or(""),
-                          {platform::lastComponent(toDestinationFolder)}, error);
+        std::ignore = platform::recycle(platform::parentFolder(toDestinationFolder),
+                                        QMLocalPaths::trashDirectory().value_or(""),
+                                        {platform::lastComponent(toDestinationFolder)}, error);
     }
     return platform::extractArchive(source, toDestinationFolder, error) &&
            fileExistsAtPath(toDestinationFolder);

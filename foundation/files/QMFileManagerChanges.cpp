@@ -1,6 +1,7 @@
 #include <cerrno>
 #include <chrono>
 #include <thread>
+#include <tuple>
 
 #include "base/PathText.h"
 #include "base/Text.h"
@@ -95,7 +96,7 @@ bool moveThroughFreeName(const std::string& source, const std::string& destinati
         return true;
     }
     // Another file has that name.
-    platform::moveFile(between, source, error);
+    std::ignore = platform::moveFile(between, source, error);
     return false;
 }
 
@@ -189,7 +190,7 @@ bool QMFileManager::createEmptyFile(const std::string& path) {
     if (moveFile(temporary, path)) {
         return true;
     }
-    platform::removeFile(temporary, error);
+    std::ignore = platform::removeFile(temporary, error);
     return false;
 }
 

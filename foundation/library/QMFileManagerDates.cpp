@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <system_error>
 #include <thread>
+#include <tuple>
 
 #include <unistd.h>
 
@@ -63,11 +64,11 @@ bool QMFileManager::touchFile(const Path& path, bool setCreationDate) {
     ErrorSlot ignored;
     const bool withRights = !isWritable(*path);
     if (setCreationDate && withRights) {
-        platform::setCreationDate(*path, system_clock::now(), ignored);
+        std::ignore = platform::setCreationDate(*path, system_clock::now(), ignored);
     }
     const bool touched = runTouch(*path, withRights);
     if (setCreationDate && !withRights) {
-        platform::setCreationDate(*path, system_clock::now(), ignored);
+        std::ignore = platform::setCreationDate(*path, system_clock::now(), ignored);
     }
     platform::noteFileSystemChanged(path);
     return touched;

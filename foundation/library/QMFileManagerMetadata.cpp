@@ -1,6 +1,7 @@
 #include <array>
 #include <cerrno>
 #include <cstddef>
+#include <tuple>
 
 #include "base/FormatString.h"
 #include "base/Utf8.h"
@@ -123,7 +124,7 @@ void QMFileManager::setFinderProgress(float fraction, const std::string& forFile
     }
     ErrorSlot ignored;
     if (created) {
-        platform::setCreationDate(forFile, *created, ignored);
+        std::ignore = platform::setCreationDate(forFile, *created, ignored);
     }
 }
 
@@ -139,7 +140,7 @@ int QMFileManager::finderColorIndexForPath(const std::string& path) {
 void QMFileManager::setFinderColorIndex(int index, const Path& forPath) {
     ErrorSlot ignored;
     if (forPath) {
-        platform::writeColorLabel(*forPath, index, ignored);
+        std::ignore = platform::writeColorLabel(*forPath, index, ignored);
     }
 }
 

@@ -17,8 +17,8 @@ namespace vornic::platform {
 /// @param destination the archive; nothing may exist there, and nothing is there after a failure
 /// @param includeParent whether the folder itself is the archive's top entry; without, the archive
 ///     holds its contents alone. A file stands at the top in both cases.
-bool compressItem(const std::string& source, const std::string& destination, bool includeParent,
-                  ErrorSlot& error);
+[[nodiscard]] bool compressItem(const std::string& source, const std::string& destination,
+                                bool includeParent, ErrorSlot& error);
 
 /// How much an archive may make of itself.
 struct ArchiveLimits {
@@ -41,8 +41,8 @@ struct ArchiveLimits {
 /// one that goes beyond the limits (code EFBIG where they are of number or size). No link is
 /// followed on the way to an entry. Set-user-id and set-group-id bits are left out.
 /// @param destination nothing may exist there, and nothing is there after a failure
-bool extractArchive(const std::string& archive, const std::string& destination, ErrorSlot& error,
-                    const ArchiveLimits& limits = {});
+[[nodiscard]] bool extractArchive(const std::string& archive, const std::string& destination,
+                                  ErrorSlot& error, const ArchiveLimits& limits = {});
 
 }  // namespace vornic::platform
 

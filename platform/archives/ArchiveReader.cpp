@@ -7,6 +7,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <tuple>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -70,8 +71,10 @@ class Extraction {
             const EntryMetadata& metadata = entry.second;
             const FileDescriptor folder = openBeneath(folder_, entry.first, O_RDONLY | O_DIRECTORY);
             if (folder) {
-                static_cast<void>(futimens(folder.get(), metadata.times.data()) == 0);
-                static_cast<void>(metadata.mode == 0 || fchmod(folder.get(), metadata.mode) == 0);
+                std::ignore = futimens(folder.get(), metadata.times.data());
+                if (metadata.mode != 0) {
+                    std::ignore = fchmod(folder.get(), metadata.mode);
+                }
             }
         });
     }
@@ -215,7 +218,7 @@ class Extraction {
             return failEntry(name, errno);
         }
         const std::string last = lastComponent(name);
-        static_cast<void>(unlinkat(place.get(), last.c_str(), 0) == 0);
+        std::ignore = unlinkat(place.get(), last.c_str(), 0);
         FileDescriptor file(openat(place.get(), last.c_str(),
                                    O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
         if (!file) {
@@ -224,8 +227,10 @@ class Extraction {
         if (!extractData(name, file.get())) {
             return false;
         }
-        static_cast<void>(metadata.mode == 0 || fchmod(file.get(), metadata.mode) == 0);
-        static_cast<void>(futimens(file.get(), metadata.times.data()) == 0);
+        if (metadata.mode != 0) {
+            std::ignore = fchmod(file.get(), metadata.mode);
+        }
+        std::ignore = futimens(file.get(), metadata.times.data());
         const int errorNumber = file.close();
         return errorNumber == 0 || failEntry(name, errorNumber);
     }
@@ -275,8 +280,8 @@ class Extraction {
         if (!place || symlinkat(target.c_str(), place.get(), last.c_str()) != 0) {
             return failEntry(name, errno);
         }
-        static_cast<void>(
-            utimensat(place.get(), last.c_str(), metadata.times.data(), AT_SYMLINK_NOFOLLOW) == 0);
+        std::ignore =
+            utimensat(place.get(), last.c_str(), metadata.times.data(), AT_SYMLINK_NOFOLLOW);
         return true;
     }
 
@@ -307,7 +312,7 @@ class PrivateFolder {
     ~PrivateFolder() {
         ErrorSlot ignored;
         if (made_) {
-            removeItem(path_, ignored);
+            std::ignore = removeItem(path_, ignored);
         }
     }
     PrivateFolder(const PrivateFolder&) = delete;

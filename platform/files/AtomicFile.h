@@ -61,8 +61,8 @@ class AtomicFile {
 };
 
 /// `AtomicFile` for bytes that are all there.
-bool writeFileAtomically(const std::string& path, std::string_view bytes, Durability durability,
-                         ErrorSlot& error);
+[[nodiscard]] bool writeFileAtomically(const std::string& path, std::string_view bytes,
+                                       Durability durability, ErrorSlot& error);
 
 }  // namespace vornic::platform
 

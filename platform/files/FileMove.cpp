@@ -1,4 +1,5 @@
 #include <cerrno>
+#include <tuple>
 
 #include "base/PathText.h"
 #include "platform/files/Failure.h"
@@ -63,13 +64,13 @@ bool removeOriginal(const std::string& source, const std::string& copy,
         if (nodeExists(aside)) {
             putBack(aside, source);
         }
-        removeItem(copy, ignored);
+        std::ignore = removeItem(copy, ignored);
         return failFile(error, source, verb, errorNumber);
     }
     tellStep(MoveStep::setAside);
     if (!original.matches(aside)) {
         putBack(aside, source);
-        removeItem(copy, ignored);
+        std::ignore = removeItem(copy, ignored);
         return failChanged(error, source, verb);
     }
     tellStep(MoveStep::verified);
@@ -78,7 +79,7 @@ bool removeOriginal(const std::string& source, const std::string& copy,
         return true;
     }
     if (original.matches(aside)) {
-        removeItem(copy, ignored);
+        std::ignore = removeItem(copy, ignored);
     }
     putBack(aside, source);
     return errorNumber == EBUSY ? failChanged(error, source, verb)
@@ -109,7 +110,7 @@ bool moveAcrossVolumes(const std::string& source, const std::string& folder,
         return removeOriginal(source, copy, *original, error);
     }
     ErrorSlot ignored;
-    removeItem(copy, ignored);
+    std::ignore = removeItem(copy, ignored);
     return failFile(error, source, "moved to " + placed, errorNumber);
 }
 

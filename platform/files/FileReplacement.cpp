@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <new>
 #include <optional>
+#include <tuple>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -225,7 +226,7 @@ FileReplacement::State::Outcome FileReplacement::State::takeNameInSteps(
         return Outcome::failed;
     }
     if (errorNumber == EEXIST || isExpected) {
-        static_cast<void>(unlink(aside.c_str()) == 0);
+        std::ignore = unlink(aside.c_str());
     }
     if (errorNumber != 0 || !isExpected) {
         return Outcome::changed;

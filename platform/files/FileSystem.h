@@ -64,38 +64,42 @@ struct FileIdentity {
 /// permitted, the owner are carried over; an owner or attribute that cannot be kept is no failure.
 /// The data are copied inside the kernel where it can. A copy that fails leaves nothing at the
 /// destination.
-bool copyFile(const std::string& source, const std::string& destination, ErrorSlot& error);
+[[nodiscard]] bool copyFile(const std::string& source, const std::string& destination,
+                            ErrorSlot& error);
 
 /// Renames within a volume; across volumes a verified copy (data read back and compared, metadata
 /// as `copyFile`, a link as a link, a folder with everything in it) followed by removal of the
 /// source. Fails when anything exists at the destination, which is never replaced and never seen in
 /// part. After a failure a file is still in its place and only there; of a folder whose removal
 /// failed half-way after its copy, the complete copy stays too.
-bool moveFile(const std::string& source, const std::string& destination, ErrorSlot& error);
+[[nodiscard]] bool moveFile(const std::string& source, const std::string& destination,
+                            ErrorSlot& error);
 
 /// Removes a file or link (not a folder).
-bool removeFile(const std::string& path, ErrorSlot& error);
+[[nodiscard]] bool removeFile(const std::string& path, ErrorSlot& error);
 
 /// Copies a file, a link (as a link), a named pipe, or a folder with everything in it, to a path at
 /// which nothing may exist. Metadata as `copyFile`. A folder into which another volume is mounted,
 /// and a folder that would go into itself, are refused. A copy that fails leaves nothing at the
 /// destination.
-bool copyItem(const std::string& source, const std::string& destination, ErrorSlot& error);
+[[nodiscard]] bool copyItem(const std::string& source, const std::string& destination,
+                            ErrorSlot& error);
 
 /// Removes a file, a link, or a folder with everything in it. No link is followed and nothing on
 /// another volume that is mounted in the folder is touched. A failure in a folder leaves what was
 /// not yet removed.
-bool removeItem(const std::string& path, ErrorSlot& error);
+[[nodiscard]] bool removeItem(const std::string& path, ErrorSlot& error);
 
 /// Makes a folder with all folders above it, with the process's usual mode. An existing folder is
 /// success.
-bool createDirectory(const std::string& path, ErrorSlot& error);
+[[nodiscard]] bool createDirectory(const std::string& path, ErrorSlot& error);
 
 /// Sets the permission bits of a file or folder (links followed); other bits are ignored.
-bool setPermissions(const std::string& path, unsigned long permissions, ErrorSlot& error);
+[[nodiscard]] bool setPermissions(const std::string& path, unsigned long permissions,
+                                  ErrorSlot& error);
 
 /// Writes what a file and the entry of its folder hold through to the disk (fsync of both).
-bool synchronizeFile(const std::string& path, ErrorSlot& error);
+[[nodiscard]] bool synchronizeFile(const std::string& path, ErrorSlot& error);
 
 }  // namespace vornic::platform
 

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <tuple>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -32,7 +33,7 @@ int renameInTwoSteps(const char* source, const char* destination) {
             return 0;
         }
         const int errorNumber = errno;
-        static_cast<void>(unlink(destination) == 0);
+        std::ignore = unlink(destination);
         return errorNumber;
     }
     if (!S_ISDIR(status.st_mode) && errno != EPERM && errno != EOPNOTSUPP && errno != ENOSYS &&

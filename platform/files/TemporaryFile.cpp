@@ -7,6 +7,7 @@
 #include <ctime>
 #include <mutex>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -98,7 +99,7 @@ void removeIfDead(const FileDescriptor& folder, const std::string& name, std::ch
     if (file && isDead(file.get(), age) &&
         fstatat(folder.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
         identityOf(file.get()) == FileIdentity{status.st_dev, status.st_ino}) {
-        static_cast<void>(unlinkat(folder.get(), name.c_str(), 0) == 0);
+        std::ignore = unlinkat(folder.get(), name.c_str(), 0);
     }
 }
 
@@ -134,7 +135,7 @@ int TemporaryFile::becomeExchangeable() {
 
 void TemporaryFile::discard() {
     if (!temporary.empty()) {
-        static_cast<void>(unlink(temporary.c_str()) == 0);
+        std::ignore = unlink(temporary.c_str());
         temporary.clear();
     }
 }
@@ -180,7 +181,7 @@ int TemporaryFile::makeTemporary() {
             ::open(candidate.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode));
         if (file) {
             // Where files cannot be locked, the age alone tells the living from the dead.
-            static_cast<void>(flock(file.get(), LOCK_EX | LOCK_NB) == 0);
+            std::ignore = flock(file.get(), LOCK_EX | LOCK_NB);
             temporary = std::move(candidate);
             return 0;
         }

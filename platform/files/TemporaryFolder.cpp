@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <string_view>
 #include <system_error>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -75,7 +76,9 @@ bool TemporaryFolder::make(const std::string& path, ErrorSlot& error) {
         if (mkdir(candidate.c_str(), kPrivate) == 0) {
             folder_ = openFolder(AT_FDCWD, candidate);
             // Where folders cannot be locked, the age alone tells the living from the dead.
-            static_cast<void>(folder_ && flock(folder_.get(), LOCK_EX | LOCK_NB) == 0);
+            if (folder_) {
+                std::ignore = flock(folder_.get(), LOCK_EX | LOCK_NB);
+            }
             path_ = std::move(candidate);
             return true;
         }

@@ -31,15 +31,15 @@ inline constexpr const char* kFinderInfoAttribute = "user.com.apple.FinderInfo";
 /// Stores the codes; every other byte of the structure is kept. On a volume without extended
 /// attributes the codes are left out and that is success. A file whose mode forbids it is made
 /// writable for the moment and its mode put back.
-bool writeFileAttributes(const std::string& path, const FileAttributes& attributes,
-                         ErrorSlot& error);
+[[nodiscard]] bool writeFileAttributes(const std::string& path, const FileAttributes& attributes,
+                                       ErrorSlot& error);
 
 /// Reads the number of the file's colour label, 0 (none) to 7, as `readFileAttributes` reads codes.
 [[nodiscard]] std::optional<int> readColorLabel(const std::string& path, ErrorSlot& error);
 
 /// Stores the number of the file's colour label, as `writeFileAttributes` stores codes.
 /// @param label 0 to 7; any other is refused
-bool writeColorLabel(const std::string& path, int label, ErrorSlot& error);
+[[nodiscard]] bool writeColorLabel(const std::string& path, int label, ErrorSlot& error);
 
 }  // namespace vornic::platform
 

@@ -25,7 +25,7 @@ inline constexpr const char* kCreationDateAttribute = "user.com.quillmark.creati
 /// Chooses the creation date of a file (links followed). A file whose mode forbids it is made
 /// writable for the moment. @return false, with the slot filled, on failure, as on a volume without
 /// extended attributes.
-bool setCreationDate(const std::string& path, FileDate date, ErrorSlot& error);
+[[nodiscard]] bool setCreationDate(const std::string& path, FileDate date, ErrorSlot& error);
 
 /// The date of the last change of a file's contents (a link is asked for its own).
 /// @return nothing when there is no such file.
@@ -33,7 +33,7 @@ bool setCreationDate(const std::string& path, FileDate date, ErrorSlot& error);
 
 /// Sets the date of the last change of a file's contents (links followed); the date of the last
 /// reading stays. @return false, with the slot filled, on failure.
-bool setModificationDate(const std::string& path, FileDate date, ErrorSlot& error);
+[[nodiscard]] bool setModificationDate(const std::string& path, FileDate date, ErrorSlot& error);
 
 }  // namespace vornic::platform
 

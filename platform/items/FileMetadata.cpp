@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <fcntl.h>
@@ -34,7 +35,7 @@ int copyOwner(const struct stat& status, int to, bool& kept) {
     }
     const int errorNumber = errno;
     // Only the super-user gives files away, but anyone may choose among the groups they are in.
-    static_cast<void>(fchown(to, static_cast<uid_t>(-1), status.st_gid) == 0);
+    std::ignore = fchown(to, static_cast<uid_t>(-1), status.st_gid);
     const bool isExpected = errorNumber == EPERM || errorNumber == EINVAL ||
                             errorNumber == EOPNOTSUPP || errorNumber == ENOSYS;
     return isExpected ? 0 : errorNumber;
@@ -47,7 +48,7 @@ void dropInheritedAccessList(int from, int to) {
     int ignored = 0;
     const auto names = extendedAttributeNames(from, ignored);
     if (names && std::find(names->begin(), names->end(), name) == names->end()) {
-        static_cast<void>(fremovexattr(to, name.c_str()) == 0);
+        std::ignore = fremovexattr(to, name.c_str());
     }
 }
 

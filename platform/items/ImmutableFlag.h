@@ -16,7 +16,7 @@ namespace vornic::platform {
 
 /// Sets or clears the attribute. An item that is already as asked is success whatever the
 /// process's rights.
-bool setImmutable(const std::string& path, bool immutable, ErrorSlot& error);
+[[nodiscard]] bool setImmutable(const std::string& path, bool immutable, ErrorSlot& error);
 
 }  // namespace vornic::platform
 

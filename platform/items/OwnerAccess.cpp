@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <string>
+#include <tuple>
 
 #include <sys/stat.h>
 
@@ -22,7 +23,7 @@ class ModeOpener {
     }
     ~ModeOpener() {
         if (opened_) {
-            static_cast<void>(chmod(path_.c_str(), mode_) == 0);
+            std::ignore = chmod(path_.c_str(), mode_);
         }
     }
     ModeOpener(const ModeOpener&) = delete;

@@ -5,6 +5,7 @@
 #include <climits>
 #include <cstdio>
 #include <memory>
+#include <tuple>
 #include <utility>
 
 #include <fcntl.h>
@@ -96,7 +97,7 @@ bool copyLink(const PinnedItem& link, int folder, const char* name) {
     const std::array<struct timespec, 2> times{status.st_atim, status.st_mtim};
     static_cast<void>(fchownat(folder, name, status.st_uid, status.st_gid, AT_SYMLINK_NOFOLLOW) ==
                       0);
-    static_cast<void>(utimensat(folder, name, times.data(), AT_SYMLINK_NOFOLLOW) == 0);
+    std::ignore = utimensat(folder, name, times.data(), AT_SYMLINK_NOFOLLOW);
     return true;
 }
 
@@ -122,9 +123,7 @@ class PinnedAction::HiddenFolder {
             folder_.close();
         }
     }
-    ~HiddenFolder() {
-        static_cast<void>(unlinkat(around_.get(), name_.c_str(), AT_REMOVEDIR) == 0);
-    }
+    ~HiddenFolder() { std::ignore = unlinkat(around_.get(), name_.c_str(), AT_REMOVEDIR); }
     HiddenFolder(const HiddenFolder&) = delete;
     HiddenFolder& operator=(const HiddenFolder&) = delete;
 
@@ -178,7 +177,7 @@ AuthorizationStatus PinnedAction::begin() {
 void PinnedAction::finish() {
     if (copies_ && copyToDestination() && removesAfterwards_) {
         // The copy is to be on the disk before the original goes.
-        static_cast<void>(syncfs(run_.destination.place.folder.get()) == 0);
+        std::ignore = syncfs(run_.destination.place.folder.get());
         run_.tool = "/bin/rm";
         run_.options = {"-Rdf"};
         static_cast<void>(takeAside());

@@ -10,13 +10,14 @@ namespace vornic::platform {
 /// started by their executables.
 class LinuxWorkspaceOpener : public WorkspaceOpener {
   public:
-    bool openURL(const std::string& url, ErrorSlot& error) override;
-    bool openFile(const std::string& path, ErrorSlot& error) override;
-    bool openFiles(const std::vector<std::string>& paths, const std::string& withApplication,
-                   ErrorSlot& error) override;
-    bool openFilesWithIdentifier(const std::vector<std::string>& paths,
-                                 const std::string& bundleIdentifier, ErrorSlot& error) override;
-    bool openApplication(const std::string& bundlePath, ErrorSlot& error) override;
+    [[nodiscard]] bool openURL(const std::string& url, ErrorSlot& error) override;
+    [[nodiscard]] bool openFile(const std::string& path, ErrorSlot& error) override;
+    [[nodiscard]] bool openFiles(const std::vector<std::string>& paths,
+                                 const std::string& withApplication, ErrorSlot& error) override;
+    [[nodiscard]] bool openFilesWithIdentifier(const std::vector<std::string>& paths,
+                                               const std::string& bundleIdentifier,
+                                               ErrorSlot& error) override;
+    [[nodiscard]] bool openApplication(const std::string& bundlePath, ErrorSlot& error) override;
 };
 
 }  // namespace vornic::platform

@@ -12,8 +12,8 @@ namespace vornic::platform {
 /// `destination`, as `Trash` finds or makes it and takes items. A symbolic link is moved as a link.
 /// @return true when every file was moved. On failure the file concerned is still in its place,
 /// what had been moved before stays moved, and the slot tells why.
-bool recycle(const std::string& sourceFolder, const std::string& destination,
-             const std::vector<std::string>& files, ErrorSlot& error);
+[[nodiscard]] bool recycle(const std::string& sourceFolder, const std::string& destination,
+                           const std::vector<std::string>& files, ErrorSlot& error);
 
 /// Whether a folder (links followed) is shown to users as one file: its name has one of the
 /// extensions of bundles and libraries ("app", "fcpbundle" and others, in any case), or its Finder

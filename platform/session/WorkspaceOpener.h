@@ -21,19 +21,20 @@ class WorkspaceOpener {
     WorkspaceOpener& operator=(const WorkspaceOpener&) = delete;
 
     /// Opens an address ("https://…") in the user's program for its scheme.
-    virtual bool openURL(const std::string& url, ErrorSlot& error) = 0;
+    [[nodiscard]] virtual bool openURL(const std::string& url, ErrorSlot& error) = 0;
     /// Opens a file, or shows a folder, in the user's program for its type.
-    virtual bool openFile(const std::string& path, ErrorSlot& error) = 0;
+    [[nodiscard]] virtual bool openFile(const std::string& path, ErrorSlot& error) = 0;
     /// Opens files in the application whose bundle lies at a path: its executable is started with
     /// the files' paths as arguments.
-    virtual bool openFiles(const std::vector<std::string>& paths,
-                           const std::string& withApplication, ErrorSlot& error) = 0;
+    [[nodiscard]] virtual bool openFiles(const std::vector<std::string>& paths,
+                                         const std::string& withApplication, ErrorSlot& error) = 0;
     /// Opens files in the installed application that has the bundle identifier
     /// ("com.example.Viewer").
-    virtual bool openFilesWithIdentifier(const std::vector<std::string>& paths,
-                                         const std::string& bundleIdentifier, ErrorSlot& error) = 0;
+    [[nodiscard]] virtual bool openFilesWithIdentifier(const std::vector<std::string>& paths,
+                                                       const std::string& bundleIdentifier,
+                                                       ErrorSlot& error) = 0;
     /// Starts the application whose bundle lies at a path.
-    virtual bool openApplication(const std::string& bundlePath, ErrorSlot& error) = 0;
+    [[nodiscard]] virtual bool openApplication(const std::string& bundlePath, ErrorSlot& error) = 0;
 
     /// The opener of this program: the system's own unless another was put in place.
     [[nodiscard]] static std::shared_ptr<WorkspaceOpener> shared();

@@ -19,7 +19,7 @@ namespace vornic::platform {
 
 /// Makes a folder for this user alone, with mode 0700, and all folders above it. It must be new:
 /// whatever stands at the path, a dangling link too, is a failure and is left alone.
-bool createPrivateFolder(const std::string& path, ErrorSlot& error);
+[[nodiscard]] bool createPrivateFolder(const std::string& path, ErrorSlot& error);
 
 }  // namespace vornic::platform
 

@@ -77,7 +77,7 @@ class PropertyList {
     [[nodiscard]] std::string toBinary() const;
     /// Writes the list atomically, not synced; folders above it are made. The form is XML, or the
     /// binary one where a date has a part of a second and nothing is lost by it.
-    bool writeFile(const std::string& path, ErrorSlot& error) const;
+    [[nodiscard]] bool writeFile(const std::string& path, ErrorSlot& error) const;
 
   private:
     Value value_;

@@ -27,13 +27,14 @@ class UserPreferences {
     /// Writers of one domain exclude each other through a lock file, so that no write loses
     /// another's key.
     /// @return false when they could not be written, with the slot filled.
-    bool setValue(const std::string& key, const PropertyList& value, ErrorSlot& error) const;
+    [[nodiscard]] bool setValue(const std::string& key, const PropertyList& value,
+                                ErrorSlot& error) const;
     /// Stores a value for any user of this machine, where the machine's Preferences folder can be
     /// written, and takes the user's own value away, which would hide it. Elsewhere it is stored as
     /// the user's own.
     /// @return false when neither could be written, with the slot filled.
-    bool setValueForAnyUser(const std::string& key, const PropertyList& value,
-                            ErrorSlot& error) const;
+    [[nodiscard]] bool setValueForAnyUser(const std::string& key, const PropertyList& value,
+                                          ErrorSlot& error) const;
     /// Says what the domain's keys stand for while nothing is stored, until the process ends. Keys
     /// that were registered before and are not among these keep their defaults.
     void registerDefaults(const PropertyList::Dictionary& defaults) const;

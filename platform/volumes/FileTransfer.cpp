@@ -7,6 +7,7 @@
 #include <cstring>
 #include <memory>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 #include <fcntl.h>
@@ -130,13 +131,13 @@ bool copyRegularFile(const std::string& source, const std::string& destination, 
     }
     if (verification == Verification::readBack) {
         // Whoever looks for what killed processes have left finds that this one lives.
-        static_cast<void>(flock(copy.get(), LOCK_EX | LOCK_NB) == 0);
+        std::ignore = flock(copy.get(), LOCK_EX | LOCK_NB);
     }
     errorNumber = fillCopy(from.get(), copy, verification, losses);
     if (errorNumber == 0) {
         return true;
     }
-    static_cast<void>(unlink(destination.c_str()) == 0);
+    std::ignore = unlink(destination.c_str());
     return failFile(error, source, "copied to " + destination, errorNumber);
 }
 
@@ -148,7 +149,7 @@ bool copyLink(const std::string& source, const std::string& destination, const s
         symlink(target.data(), destination.c_str()) != 0) {
         return failFile(error, source, "copied to " + destination, errno);
     }
-    static_cast<void>(lchown(destination.c_str(), status.st_uid, status.st_gid) == 0);
+    std::ignore = lchown(destination.c_str(), status.st_uid, status.st_gid);
     const std::array<struct timespec, 2> times{status.st_atim, status.st_mtim};
     static_cast<void>(utimensat(AT_FDCWD, destination.c_str(), times.data(), AT_SYMLINK_NOFOLLOW) ==
                       0);
@@ -160,8 +161,8 @@ bool copyPipe(const std::string& source, const std::string& destination, const s
     if (mkfifo(destination.c_str(), 0600) != 0) {
         return failFile(error, source, "copied to " + destination, errno);
     }
-    static_cast<void>(lchown(destination.c_str(), status.st_uid, status.st_gid) == 0);
-    static_cast<void>(chmod(destination.c_str(), status.st_mode & 0777) == 0);
+    std::ignore = lchown(destination.c_str(), status.st_uid, status.st_gid);
+    std::ignore = chmod(destination.c_str(), status.st_mode & 0777);
     return true;
 }
 
@@ -211,7 +212,7 @@ bool copyFolder(const std::string& source, const std::string& destination,
         return true;
     }
     ErrorSlot ignored;
-    removeItem(destination, ignored);
+    std::ignore = removeItem(destination, ignored);
     return false;
 }
 

@@ -6,6 +6,7 @@
 #include <mutex>
 #include <optional>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 #include <fcntl.h>
@@ -49,7 +50,7 @@ int writeNewFile(int folder, const std::string& name, const std::string& text) {
     const int closeError = file.close();
     errorNumber = errorNumber != 0 ? errorNumber : closeError;
     if (errorNumber != 0) {
-        static_cast<void>(unlinkat(folder, name.c_str(), 0) == 0);
+        std::ignore = unlinkat(folder, name.c_str(), 0);
     }
     return errorNumber;
 }
@@ -174,7 +175,7 @@ int Trash::addInfo(const std::string& name, const std::string& originalPath) con
 
 void Trash::removeInfo(const std::string& name) const {
     if (info_) {
-        static_cast<void>(unlinkat(info_.get(), infoName(name).c_str(), 0) == 0);
+        std::ignore = unlinkat(info_.get(), infoName(name).c_str(), 0);
     }
 }
 
@@ -191,7 +192,7 @@ int Trash::replaceInfo(const std::string& name, const std::string& originalPath)
         return 0;
     }
     const int renameError = errno;
-    static_cast<void>(unlinkat(info_.get(), temporary.c_str(), 0) == 0);
+    std::ignore = unlinkat(info_.get(), temporary.c_str(), 0);
     return renameError;
 }
 

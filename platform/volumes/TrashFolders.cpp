@@ -8,6 +8,7 @@
 #include <optional>
 #include <string_view>
 #include <system_error>
+#include <tuple>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -65,7 +66,7 @@ void makePrivateFolders(const std::string& path) {
     std::size_t end = 0;
     while (end != std::string::npos) {
         end = path.find('/', end + 1);
-        static_cast<void>(mkdir(path.substr(0, end).c_str(), 0700) == 0);
+        std::ignore = mkdir(path.substr(0, end).c_str(), 0700);
     }
 }
 
@@ -78,7 +79,7 @@ FileDescriptor openInfoFolder(const TrashFolders& folders, const std::string& pa
     if (!again || identityOf(again.get()) != identityOf(folders.items.get())) {
         return {};
     }
-    static_cast<void>(mkdirat(above.get(), "info", 0700) == 0);
+    std::ignore = mkdirat(above.get(), "info", 0700);
     FileDescriptor info(openat(above.get(), "info", kFolderFlags | O_NOFOLLOW));
     return info && isOwn(info) ? std::move(info) : FileDescriptor();
 }

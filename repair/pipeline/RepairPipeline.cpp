@@ -2,6 +2,7 @@
 
 #include <new>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 #include "base/FormatString.h"
@@ -130,7 +131,7 @@ Stage<Done> RepairPipeline::begin() {
         return stoppedWith(closingMessage("repair-not-located"_rule, {{"path", path_}}));
     }
     ErrorSlot ignored;  // a preference that can't be stored is no reason not to repair
-    platform::UserPreferences().setValue("filepath", asPreference(path_), ignored);
+    std::ignore = platform::UserPreferences().setValue("filepath", asPreference(path_), ignored);
     report_.say("repair-start"_rule, {{"path", path_}});
     report_.label("repair-start"_rule, {{"path", path_}});
     report_.label("repair-making-copy"_rule);

@@ -15,6 +15,7 @@
 
 #include "tests/app/ProgramTest.h"
 #include "tests/support/machine/FileState.h"
+#include "tests/support/machine/Waiting.h"
 #include "tests/support/texts/LogText.h"
 
 namespace vornic::test {
@@ -379,9 +380,7 @@ TEST_F(CheckCommandLineTest, leavesTheOlderReportWhenASignalEndsIt) {
                                         material.program("vornic-check")});
     settings.program = "/bin/sh";
     RunningProgram program(settings);
-    while (namesIn(files.folder()) == before) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
+    EXPECT_TRUE(becomesTrue([&] { return namesIn(files.folder()) != before; }));
     program.sendSignal(SIGTERM);
     EXPECT_EQ(program.finish().status, 128 + SIGTERM);
     EXPECT_EQ(namesIn(files.folder()), before);

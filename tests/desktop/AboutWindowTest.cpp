@@ -51,7 +51,7 @@ TEST_F(AboutWindowTest, showsNameAndVersions) {
 TEST_F(AboutWindowTest, showsTheCreditsFromTheirBeginning) {
     std::string rtf = R"({\rtf1 \b Thanks\b0  to all)";
     for (int line = 0; line < 200; ++line) {
-        rtf += "\\par line";
+        rtf += "\\\nline";
     }
     write("Resources/Credits.rtf", rtf + "}");
     AboutWindow window;

@@ -358,14 +358,15 @@ TEST_F(DocumentMainWindowTest, showsNoDialogForAFileThatHasGone) {
     EXPECT_FALSE(child<QDialog>("windowConvert").isVisible());
 }
 
-TEST_F(DocumentMainWindowTest, isNeverLargerThanTheScreen) {
+TEST_F(DocumentMainWindowTest, leavesRoomForItsFrameOnTheScreen) {
+    constexpr QSize kFrame(8, 32);
     const platform::UserPreferences preferences;
     ErrorSlot error;
     for (const std::int64_t length : {std::int64_t{16000}, std::int64_t{1} << 40U}) {
         ASSERT_TRUE(preferences.setValue("window.windowMain.width", length, error));
         ASSERT_TRUE(preferences.setValue("window.windowMain.height", length, error));
         const DocumentMainWindow shown(Document::create(), {});
-        EXPECT_EQ(shown.size(), shown.screen()->availableSize()) << length;
+        EXPECT_EQ(shown.size(), shown.screen()->availableSize() - kFrame) << length;
     }
 }
 

@@ -155,7 +155,7 @@ std::string brokenRuleOfRichText(std::string_view bytes) {
             return "a run is no UTF-8";
         }
         if (previous != nullptr && previous->isBold == run.isBold &&
-            previous->isItalic == run.isItalic && previous->pointSize == run.pointSize) {
+            previous->pointSize == run.pointSize) {
             return "two neighbours have one style";
         }
         previous = &run;

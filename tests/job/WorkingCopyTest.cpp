@@ -14,7 +14,6 @@
 #include "job/WorkingCopy.h"
 #include "tests/job/JobTest.h"
 #include "tests/support/fakes/FailingSystemCall.h"
-#include "tests/support/fakes/InterceptedCall.h"
 #include "tests/support/machine/RightsOfRoot.h"
 #include "tests/support/programs/ChildProcess.h"
 

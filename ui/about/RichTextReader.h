@@ -9,11 +9,11 @@
 
 namespace vornic {
 
-/// Reads the part of rich text (RTF) that a credits file uses: text in a code page of Windows, in
-/// Mac Roman or in Unicode escapes, paragraphs, lines and tabs, bold, italic and font sizes.
-/// Everything else is passed over: font, colour and style tables, pictures, headers, what is marked
-/// as ignorable or hidden. Damaged text yields what can be read of it; bytes that decode to nothing
-/// become U+FFFD. Takes linear time, without recursion. Any thread.
+/// Reads the rich text (RTF) that the application's credits are written in: ASCII with Unicode
+/// escapes (`\u8211-`, one character standing for it), escaped braces and backslashes, line ends
+/// as a backslash before the end of a line, `\b`, `\b0` and `\fs`. Passes over the font table, what
+/// `\*` marks, and every other word; bytes outside ASCII become U+FFFD. Damaged text yields what
+/// can be read of it. Linear time, without recursion. Any thread.
 /// @return runs of which no two neighbours have the same style; nothing when the bytes do not begin
 /// as rich text does.
 [[nodiscard]] std::optional<std::vector<StyledRun>> readRichText(std::string_view rtf);

@@ -5,12 +5,11 @@
 
 namespace vornic {
 
-/// A piece of text in one style. Paragraphs and lines end with a line feed, columns with a tab.
+/// A piece of text in one style. Lines end with a line feed.
 struct StyledRun {
     /// UTF-8, never empty in what a reader yields.
     std::string text;
     bool isBold = false;
-    bool isItalic = false;
     /// In points; 12 unless the text says otherwise.
     double pointSize = 12;
     friend bool operator==(const StyledRun&, const StyledRun&) = default;

@@ -38,9 +38,10 @@ class ShortcutWatchList {
     /// one is begun.
     /// @return false, with the slot filled, when the list could not be written; it is then as it
     ///     was.
-    static bool assign(const Command& command, const ShortcutKey& key, ErrorSlot& error);
+    [[nodiscard]] static bool assign(const Command& command, const ShortcutKey& key,
+                                     ErrorSlot& error);
     /// Takes the entries of the command away, likewise.
-    static bool remove(const Command& command, ErrorSlot& error);
+    [[nodiscard]] static bool remove(const Command& command, ErrorSlot& error);
 };
 
 }  // namespace vornic

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -76,7 +77,7 @@ void recordStamp(const char* key, const QMBugReporter::Text& plistPath) {
     const PropertyList now(PropertyList::Date{secondsSince1970(std::chrono::system_clock::now())});
     ErrorSlot ignored;
     if (!plistPath) {
-        platform::UserPreferences().setValue(key, now, ignored);
+        std::ignore = platform::UserPreferences().setValue(key, now, ignored);
         return;
     }
     // A damaged file is kept aside; without a copy of it nothing is written in its place.
@@ -85,7 +86,7 @@ void recordStamp(const char* key, const QMBugReporter::Text& plistPath) {
     }
     PropertyList::Dictionary entries = entriesOf(*plistPath);
     entries.insert_or_assign(key, now);
-    PropertyList(std::move(entries)).writeFile(*plistPath, ignored);
+    std::ignore = PropertyList(std::move(entries)).writeFile(*plistPath, ignored);
     QMBugReporter::chownPlist(*plistPath);
 }
 
@@ -149,9 +150,9 @@ void openReport(const std::string& report) {
     const auto opener = platform::WorkspaceOpener::shared();
     ErrorSlot ignored;
     if (reporter != candidates.end()) {
-        opener->openFiles({report}, *reporter, ignored);
+        std::ignore = opener->openFiles({report}, *reporter, ignored);
     } else {
-        opener->openFilesWithIdentifier({report}, kReporterIdentifier, ignored);
+        std::ignore = opener->openFilesWithIdentifier({report}, kReporterIdentifier, ignored);
     }
 }
 

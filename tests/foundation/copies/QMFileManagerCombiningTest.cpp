@@ -6,7 +6,6 @@
 
 #include "tests/foundation/copies/CopyTest.h"
 #include "tests/support/fakes/FailingSystemCall.h"
-#include "tests/support/fakes/InterceptedCall.h"
 #include "tests/support/machine/FileState.h"
 #include "tests/support/machine/PrivateMounts.h"
 #include "tests/support/programs/ChildProcess.h"

@@ -3,6 +3,7 @@
 #include <condition_variable>
 #include <csignal>
 #include <functional>
+#include <future>
 #include <mutex>
 #include <set>
 #include <span>
@@ -13,6 +14,8 @@
 #include <gmock/gmock.h>
 
 #include "foundation/log/LogQueue.h"
+#include "tests/support/machine/Waiting.h"
+
 namespace vornic {
 namespace {
 
@@ -136,11 +139,13 @@ TEST_F(LogQueueTest, waitsForTheThreadThatWritesAlready) {
     queue.add("a", 1, true);
     waitUntilBegun(1);
     std::atomic<bool> isFinished = false;
+    std::promise<pid_t> waiting;
     std::thread waiter([&] {
+        waiting.set_value(gettid());
         queue.finish();
         isFinished = true;
     });
-    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    EXPECT_TRUE(test::fallsAsleep(waiting.get_future().get()));
     EXPECT_FALSE(isFinished);
     release();
     waiter.join();

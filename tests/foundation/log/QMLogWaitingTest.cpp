@@ -1,7 +1,9 @@
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <string>
@@ -12,10 +14,12 @@
 #include <gmock/gmock.h>
 #include <poll.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include "foundation/log/QMLog.h"
 #include "tests/foundation/log/LogTest.h"
+#include "tests/support/machine/Waiting.h"
 
 namespace vornic {
 namespace {
@@ -52,8 +56,18 @@ class QMLogWaitingTest : public test::LogTest {
 
     /// Waits until a thread of this process is held up opening the pipe.
     static void waitUntilHeld() {
-        // The worker takes the first text within its rest.
-        std::this_thread::sleep_for(50ms);
+        EXPECT_TRUE(test::becomesTrue([] {
+            const std::filesystem::directory_iterator threads("/proc/self/task");
+            return std::any_of(begin(threads), end(threads), isHeldOpening);
+        }));
+    }
+
+  private:
+    [[nodiscard]] static bool isHeldOpening(const std::filesystem::directory_entry& thread) {
+        std::ifstream file(thread.path() / "syscall");
+        long call = -1;
+        return file >> call && call == SYS_openat &&
+               test::threadState(std::stoi(thread.path().filename())) == 'S';
     }
 };
 
@@ -70,11 +84,7 @@ class Caller {
     Caller& operator=(const Caller&) = delete;
 
     [[nodiscard]] bool goesOnWithin(std::chrono::milliseconds limit) const {
-        const auto end = std::chrono::steady_clock::now() + limit;
-        while (!wentOn_ && std::chrono::steady_clock::now() < end) {
-            std::this_thread::sleep_for(1ms);
-        }
-        return wentOn_;
+        return test::becomesTrue([this] { return wentOn_.load(); }, limit);
     }
 
   private:

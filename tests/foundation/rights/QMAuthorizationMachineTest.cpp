@@ -18,6 +18,7 @@
 #include "platform/rights/LinuxAuthorizationServices.h"
 #include "tests/support/machine/AuthorizationMachine.h"
 #include "tests/support/machine/Sandbox.h"
+#include "tests/support/machine/Waiting.h"
 #include "tests/support/programs/CapturedChild.h"
 #include "tests/support/programs/HelperCopy.h"
 #include "tests/support/texts/LogCapture.h"

@@ -19,6 +19,7 @@ namespace vornic {
 namespace {
 
 using namespace std::chrono_literals;
+using test::becomesTrue;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

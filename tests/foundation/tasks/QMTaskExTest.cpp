@@ -14,6 +14,7 @@ namespace vornic {
 namespace {
 
 using namespace std::chrono_literals;
+using test::becomesTrue;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Optional;

@@ -6,7 +6,6 @@
 #include <future>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <utility>
 
 #include "foundation/tasks/QMTaskEx.h"
@@ -14,6 +13,7 @@
 #include "platform/threads/Thread.h"
 #include "tests/support/machine/Sandbox.h"
 #include "tests/support/machine/Unprivileged.h"
+#include "tests/support/machine/Waiting.h"
 #include "tests/support/texts/LogCapture.h"
 
 namespace vornic::test {
@@ -37,17 +37,6 @@ class TaskTest : public ::testing::Test {
             platform::MainThread::dispatchOne(std::chrono::milliseconds(5));
         }
         return result.get();
-    }
-
-    /// Waits, without dispatching events, until the condition holds.
-    template <typename Condition>
-    [[nodiscard]] static bool becomesTrue(
-        const Condition& condition, std::chrono::milliseconds limit = std::chrono::seconds(20)) {
-        const auto deadline = std::chrono::steady_clock::now() + limit;
-        while (!condition() && std::chrono::steady_clock::now() < deadline) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        }
-        return condition();
     }
 
     [[nodiscard]] static std::size_t entriesOf(const std::string& folder) {

@@ -4,9 +4,11 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "platform/crash/SignalSafeWriter.h"
 #include "platform/files/FileDescriptor.h"
+#include "platform/processes/Pipe.h"
 #include "tests/support/machine/Sandbox.h"
 
 namespace vornic::platform {
@@ -66,9 +68,19 @@ TEST_F(SignalSafeWriterTest, keepsTextUntilItIsFlushed) {
     EXPECT_EQ(test::readBytes(path), "a");
 }
 
-TEST_F(SignalSafeWriterTest, losesWhatCannotBeWritten) {
-    SignalSafeWriter writer(-1);
-    writer.text(std::string(5000, 'x')).flush();
+TEST_F(SignalSafeWriterTest, goesOnAfterWhatCannotBeWritten) {
+    Pipe pipe = makePipe();
+    ASSERT_EQ(fcntl(pipe.writingEnd.get(), F_SETFL, O_NONBLOCK), 0);
+    const auto size = static_cast<std::size_t>(fcntl(pipe.writingEnd.get(), F_GETPIPE_SZ));
+    std::string bytes(size, 'x');
+    ASSERT_EQ(writeAll(pipe.writingEnd.get(), bytes.data(), bytes.size()), 0);
+    SignalSafeWriter writer(pipe.writingEnd.get());
+    writer.text(std::string(5000, 'y')).flush();
+    ASSERT_EQ(read(pipe.readingEnd.get(), bytes.data(), size), static_cast<ssize_t>(size));
+    EXPECT_EQ(bytes, std::string(size, 'x'));
+    writer.text("z").flush();
+    ASSERT_EQ(read(pipe.readingEnd.get(), bytes.data(), size), 1);
+    EXPECT_EQ(bytes.front(), 'z');
 }
 
 }  // namespace

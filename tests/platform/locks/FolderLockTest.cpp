@@ -9,6 +9,7 @@
 
 #include "platform/locks/FolderLock.h"
 #include "tests/support/machine/Sandbox.h"
+#include "tests/support/machine/Waiting.h"
 
 namespace vornic::platform {
 namespace {
@@ -45,7 +46,7 @@ TEST_F(FolderLockTest, isHeldAgainstOtherProcesses) {
         const FolderLock own(sandbox.folder());
         _exit(own.isHeld() ? 0 : 1);
     }
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_TRUE(test::fallsAsleep(child));
     int status = 0;
     EXPECT_EQ(waitpid(child, &status, WNOHANG), 0) << "the other process did not wait";
     lock.reset();

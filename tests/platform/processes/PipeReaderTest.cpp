@@ -1,4 +1,4 @@
-#include <chrono>
+#include <future>
 #include <string>
 #include <thread>
 #include <utility>
@@ -9,11 +9,10 @@
 
 #include "platform/processes/Pipe.h"
 #include "platform/processes/PipeReader.h"
+#include "tests/support/machine/Waiting.h"
 
 namespace vornic::platform {
 namespace {
-
-using namespace std::chrono_literals;
 
 TEST(PipeReaderTest, readsWhatIsThere) {
     Pipe pipe = makePipe();
@@ -27,8 +26,8 @@ TEST(PipeReaderTest, readsWhatIsThere) {
 TEST(PipeReaderTest, waitsForBytes) {
     Pipe pipe = makePipe();
     PipeReader reader(std::move(pipe.readingEnd));
-    std::thread writer([&] {
-        std::this_thread::sleep_for(30ms);
+    std::thread writer([&, reading = gettid()] {
+        EXPECT_TRUE(test::fallsAsleep(reading));
         EXPECT_EQ(writeAll(pipe.writingEnd.get(), "late", 4), 0);
     });
     EXPECT_EQ(reader.readAvailable(), "late");
@@ -59,8 +58,12 @@ TEST(PipeReaderTest, wakesItsReaderWhenItIsClosed) {
     Pipe pipe = makePipe();
     PipeReader reader(std::move(pipe.readingEnd));
     std::string seen = "not read";
-    std::thread thread([&] { seen = reader.readAvailable(); });
-    std::this_thread::sleep_for(30ms);
+    std::promise<pid_t> reading;
+    std::thread thread([&] {
+        reading.set_value(gettid());
+        seen = reader.readAvailable();
+    });
+    EXPECT_TRUE(test::fallsAsleep(reading.get_future().get()));
     reader.close();
     thread.join();
     EXPECT_EQ(seen, "");
@@ -81,8 +84,12 @@ TEST(PipeReaderTest, closesTheDescriptorWhenItsReaderHasWoken) {
     Pipe pipe = makePipe();
     const int number = pipe.readingEnd.get();
     PipeReader reader(std::move(pipe.readingEnd));
-    std::thread thread([&] { static_cast<void>(reader.readAvailable()); });
-    std::this_thread::sleep_for(30ms);
+    std::promise<pid_t> reading;
+    std::thread thread([&] {
+        reading.set_value(gettid());
+        static_cast<void>(reader.readAvailable());
+    });
+    EXPECT_TRUE(test::fallsAsleep(reading.get_future().get()));
     reader.close();
     thread.join();
     EXPECT_EQ(fcntl(number, F_GETFD), -1);

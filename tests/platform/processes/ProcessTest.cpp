@@ -21,6 +21,7 @@
 #include "platform/threads/Thread.h"
 #include "tests/support/fakes/FailingSystemCall.h"
 #include "tests/support/machine/Sandbox.h"
+#include "tests/support/machine/Waiting.h"
 #include "tests/support/programs/ChildProcess.h"
 
 namespace vornic::platform {
@@ -79,21 +80,8 @@ int statusOf(const std::string& script) {
     return process.terminationStatus();
 }
 
-/// 'R' running, 'S' sleeping, 'Z' zombie; '-' when there is no such process.
-char stateOf(int process) {
-    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
-    std::string text;
-    std::getline(file, text);
-    const std::size_t end = text.rfind(')');
-    return end != std::string::npos && end + 2 < text.size() ? text[end + 2] : '-';
-}
-
 bool goesWithin(int process, std::chrono::milliseconds limit) {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    while (stateOf(process) != '-' && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::sleep_for(2ms);
-    }
-    return stateOf(process) == '-';
+    return test::becomesTrue([&] { return test::threadState(process) == '-'; }, limit);
 }
 
 std::string reasonOfFailedLaunch(Process& process) {
@@ -416,7 +404,7 @@ TEST(ProcessTest, leavesNoZombieWhenTheObjectGoesFirst) {
         launchShell(process, "sleep 0.1");
         identifier = process.processIdentifier();
     }
-    EXPECT_NE(stateOf(identifier), '-');
+    EXPECT_NE(test::threadState(identifier), '-');
     EXPECT_TRUE(goesWithin(identifier, 10s));
     EXPECT_TRUE(joinDetachedThreads(10s));
 }

@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "platform/processes/Termination.h"
+#include "tests/support/machine/Waiting.h"
 #include "tests/support/programs/ChildProcess.h"
 
 namespace vornic::platform {
@@ -113,19 +114,6 @@ TEST(TerminationTest, endsAtOnceOnTheSecondSignal) {
     }
 }
 
-/// Waits until a process of one thread waits in a system call.
-void waitUntilAsleep(pid_t process) {
-    int asleep = 0;
-    while (asleep < 3) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        std::ifstream file("/proc/" + std::to_string(process) + "/stat");
-        std::string text;
-        std::getline(file, text);
-        // The state follows the name, which stands in parentheses.
-        asleep = text.find(") S ") != std::string::npos ? asleep + 1 : 0;
-    }
-}
-
 TEST(TerminationTest, letsSystemCallsReturnEarly) {
     EXPECT_TRUE(test::passesInChild([] {
         ASSERT_NE(std::signal(SIGTERM, SIG_DFL), SIG_ERR);
@@ -134,7 +122,7 @@ TEST(TerminationTest, letsSystemCallsReturnEarly) {
         ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
         const pid_t reader = getpid();
         test::ChildProcess sender([reader] {
-            waitUntilAsleep(reader);
+            EXPECT_TRUE(test::fallsAsleep(reader));
             kill(reader, SIGTERM);
         });
         char byte = 0;

@@ -19,6 +19,7 @@
 #include "platform/threads/Thread.h"
 #include "tests/support/machine/FileState.h"
 #include "tests/support/machine/Sandbox.h"
+#include "tests/support/machine/Waiting.h"
 
 namespace vornic::platform {
 namespace {
@@ -163,11 +164,7 @@ TEST_F(AuthorizationHelperTest, doesNotWaitForAToolWhoseOutputNobodyWants) {
     EXPECT_EQ(request("/bin/mkdir", {"-p", folder}, false), kAuthorizationSuccess);
     // The next answer comes without output in between.
     EXPECT_EQ(request("/bin/mkdir", {"-p", folder}, false), kAuthorizationSuccess);
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (!fs::exists(folder) && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    EXPECT_TRUE(fs::exists(folder));
+    EXPECT_TRUE(test::becomesTrue([&] { return fs::exists(folder); }));
 }
 
 TEST_F(AuthorizationHelperTest, succeedsInStartingAToolThatFails) {

@@ -18,6 +18,7 @@
 #include "platform/threads/Thread.h"
 #include "tests/support/machine/Sandbox.h"
 #include "tests/support/machine/Unprivileged.h"
+#include "tests/support/machine/Waiting.h"
 #include "tests/support/programs/ChildProcess.h"
 #include "tests/support/programs/HelperCopy.h"
 

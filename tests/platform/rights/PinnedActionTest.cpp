@@ -13,7 +13,7 @@
 
 #include "platform/rights/PinnedAction.h"
 #include "tests/platform/volumes/SecondVolume.h"
-#include "tests/support/fakes/InterceptedCall.h"
+#include "tests/support/fakes/FailingSystemCall.h"
 #include "tests/support/machine/FileState.h"
 #include "tests/support/machine/Sandbox.h"
 #include "tests/support/programs/ChildProcess.h"

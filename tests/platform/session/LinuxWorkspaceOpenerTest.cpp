@@ -9,6 +9,7 @@
 
 #include "platform/session/LinuxWorkspaceOpener.h"
 #include "tests/support/machine/Sandbox.h"
+#include "tests/support/machine/Waiting.h"
 #include "tests/support/programs/StandInProgram.h"
 
 namespace vornic::platform {
@@ -177,9 +178,7 @@ TEST_F(LinuxWorkspaceOpenerTest, startsProgramsOnASessionOfTheirOwnWithoutItsStr
     fs::permissions(sandbox.path("bin/xdg-open"), fs::perms::owner_all);
     ASSERT_TRUE(opener.openURL("https://a.example", error));
     const std::string told = std::string(std::getenv("TMPDIR")) + "/told";
-    for (int i = 0; i < 2000 && !test::exists(told); ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
+    ASSERT_TRUE(test::becomesTrue([&] { return test::exists(told); }));
     const std::vector<std::string> lines = test::linesOf(test::readBytes(told));
     ASSERT_EQ(lines.size(), 4U);
     EXPECT_NE(std::stoi(lines[0]), getsid(0));

@@ -9,6 +9,7 @@
 
 #include "base/Exception.h"
 #include "platform/threads/MainThread.h"
+#include "tests/support/machine/Waiting.h"
 
 namespace vornic::platform {
 namespace {
@@ -189,11 +190,12 @@ TEST_F(MainThreadTest, waitsForAFunctionThatRunsWhenTheShutdownComes) {
     std::atomic<bool> returned{false};
     bool finished = false;
     std::thread worker([&] {
+        const pid_t waiting = gettid();
         // What the function refers to lives in this call.
         int local = 1;
         MainThread::performAndWait([&] {
             MainThread::shutdown();
-            std::this_thread::sleep_for(milliseconds(50));
+            EXPECT_TRUE(test::fallsAsleep(waiting));
             EXPECT_FALSE(returned);
             finished = local == 1;
         });

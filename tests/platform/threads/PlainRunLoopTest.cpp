@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/threads/MainThread.h"
+#include "tests/support/machine/Waiting.h"
 
 namespace vornic::platform {
 namespace {
@@ -38,8 +39,8 @@ TEST(PlainRunLoopTest, waitsNoLongerThanItsLimit) {
 TEST(PlainRunLoopTest, wakesForAnEventFromAnotherThread) {
     PlainRunLoop loop;
     bool ran = false;
-    std::thread poster([&] {
-        std::this_thread::sleep_for(milliseconds(20));
+    std::thread poster([&, waiting = gettid()] {
+        EXPECT_TRUE(test::fallsAsleep(waiting));
         loop.post([&ran] { ran = true; });
     });
     EXPECT_TRUE(loop.dispatchOne(milliseconds::max()));
@@ -113,8 +114,8 @@ TEST(PlainRunLoopTest, runsADueFunctionThoughOthersKeepPosting) {
 TEST(PlainRunLoopTest, wakesForADelayFromAnotherThread) {
     PlainRunLoop loop;
     bool ran = false;
-    std::thread poster([&] {
-        std::this_thread::sleep_for(milliseconds(20));
+    std::thread poster([&, waiting = gettid()] {
+        EXPECT_TRUE(test::fallsAsleep(waiting));
         loop.postAfter(milliseconds(10), [&ran] { ran = true; });
     });
     EXPECT_TRUE(loop.dispatchOne(milliseconds::max()));

@@ -13,6 +13,7 @@
 #include "platform/threads/MainThread.h"
 #include "platform/threads/Thread.h"
 #include "tests/support/fakes/FailingSystemCall.h"
+#include "tests/support/machine/Waiting.h"
 #include "tests/support/programs/ChildProcess.h"
 
 namespace vornic::platform {
@@ -31,8 +32,10 @@ class ThreadTest : public ::testing::Test {
 TEST_F(ThreadTest, waitsForEveryThread) {
     std::atomic<int> ended{0};
     for (int number = 0; number < 5; ++number) {
-        detachNewThread([&ended, number] {
-            std::this_thread::sleep_for(milliseconds(10 * number));
+        // One ends after the other, the last one while this thread waits for it.
+        detachNewThread([&ended, number, waiting = gettid()] {
+            EXPECT_TRUE(test::becomesTrue([&] { return ended == number; }));
+            EXPECT_TRUE(number < 4 || test::fallsAsleep(waiting));
             ++ended;
         });
     }
@@ -46,15 +49,12 @@ TEST_F(ThreadTest, hasNothingToWaitForAtFirst) {
 
 TEST_F(ThreadTest, tellsThatAThreadOutlivedTheLimit) {
     std::atomic<bool> stop{false};
-    detachNewThread([&stop] {
-        while (!stop) {
-            std::this_thread::sleep_for(milliseconds(1));
-        }
-    });
+    detachNewThread([&stop] { stop.wait(false); });
     const auto begin = steady_clock::now();
     EXPECT_FALSE(joinDetachedThreads(milliseconds(60)));
     EXPECT_GE(steady_clock::now() - begin, milliseconds(60));
     stop = true;
+    stop.notify_all();
     EXPECT_TRUE(joinDetachedThreads(milliseconds::max()));
 }
 
@@ -72,7 +72,7 @@ TEST_F(ThreadTest, dispatchesEventsOfTheMainThreadWhileItWaits) {
 }
 
 TEST_F(ThreadTest, wakesTheMainThreadWhenTheLastOneEnds) {
-    detachNewThread([] { std::this_thread::sleep_for(milliseconds(20)); });
+    detachNewThread([waiting = gettid()] { EXPECT_TRUE(test::fallsAsleep(waiting)); });
     const auto begin = steady_clock::now();
     EXPECT_TRUE(joinDetachedThreads(seconds(10)));
     EXPECT_LT(steady_clock::now() - begin, seconds(5));
@@ -88,9 +88,9 @@ TEST_F(ThreadTest, releasesWhatTheFunctionHeldBeforeItCountsAsEnded) {
 
 TEST_F(ThreadTest, waitsForThreadsThatThreadsStarted) {
     std::atomic<int> ended{0};
-    detachNewThread([&ended] {
-        detachNewThread([&ended] {
-            std::this_thread::sleep_for(milliseconds(30));
+    detachNewThread([&ended, waiting = gettid()] {
+        detachNewThread([&ended, waiting] {
+            EXPECT_TRUE(test::fallsAsleep(waiting));
             ++ended;
         });
         ++ended;
@@ -101,11 +101,13 @@ TEST_F(ThreadTest, waitsForThreadsThatThreadsStarted) {
 
 TEST_F(ThreadTest, canBeWaitedForOnAnotherThread) {
     std::atomic<int> ended{0};
-    detachNewThread([&ended] {
-        std::this_thread::sleep_for(milliseconds(30));
+    std::promise<pid_t> waiting;
+    detachNewThread([&ended, &waiting] {
+        EXPECT_TRUE(test::fallsAsleep(waiting.get_future().get()));
         ++ended;
     });
-    std::thread([&ended] {
+    std::thread([&ended, &waiting] {
+        waiting.set_value(gettid());
         EXPECT_TRUE(joinDetachedThreads(seconds(10)));
         EXPECT_EQ(ended, 1);
     }).join();

@@ -27,21 +27,6 @@ TEST_F(DocumentTest, beginsWithAWindowAndNothingElse) {
     EXPECT_EQ(window->calls, Strings{});
 }
 
-TEST_F(DocumentTest, hasPlainAccessors) {
-    document->setHasGUI(false);
-    EXPECT_FALSE(document->hasGUI());
-    document->setXmlType(1);
-    EXPECT_EQ(document->xmlType(), 1);
-    document->setFileHasErrs(true);
-    EXPECT_TRUE(document->fileHasErrs());
-    document->setFileWasRepaired(true);
-    EXPECT_TRUE(document->fileWasRepaired());
-    document->setMinDowngradeVersion(-3);
-    EXPECT_EQ(document->minDowngradeVersion(), -3);
-    document->setFilePath("/a.xml");
-    EXPECT_EQ(document->filePath(), "/a.xml");
-}
-
 TEST_F(DocumentTest, isMadeFromTheInterfaceDocument) {
     EXPECT_EQ(Document::windowNibName(), "Document");
 }

@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -51,7 +52,7 @@ class DocumentVersionsTest : public test::DocumentTest {
     [[nodiscard]] bool volumeKeepsCodes() const {
         const std::string probe = sandbox.write("probe", "");
         ErrorSlot error;
-        platform::writeFileAttributes(probe, {1, 1}, error);
+        std::ignore = platform::writeFileAttributes(probe, {1, 1}, error);
         return platform::readFileAttributes(probe, error) == platform::FileAttributes{1, 1};
     }
     void expectConvertedCodes() const {

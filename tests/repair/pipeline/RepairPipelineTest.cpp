@@ -17,7 +17,6 @@
 #include "repair/pipeline/RepairPipeline.h"
 #include "tests/repair/pipeline/PipelineTest.h"
 #include "tests/support/fakes/FailingSystemCall.h"
-#include "tests/support/fakes/InterceptedCall.h"
 #include "tests/support/programs/ChildProcess.h"
 
 namespace vornic {

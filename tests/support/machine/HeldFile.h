@@ -7,7 +7,7 @@
 #include <string>
 #include <thread>
 
-struct fuse_in_header;
+struct fuse_session;
 
 namespace vornic::test {
 
@@ -29,16 +29,14 @@ class HeldFile {
     /// False where the system has no such volumes.
     [[nodiscard]] bool isAvailable() const { return mounted_; }
     [[nodiscard]] std::string path() const { return folder_ + "/file"; }
+    [[nodiscard]] std::uint64_t size() const { return size_; }
+    [[nodiscard]] const Read& read() const { return read_; }
 
   private:
-    void serve();
-    void answer(const fuse_in_header& request, const char* body);
-    void reply(std::uint64_t request, int errorNumber, const void* body, std::size_t size) const;
-
     std::string folder_;
     std::uint64_t size_;
     Read read_;
-    int device_ = -1;
+    fuse_session* session_ = nullptr;
     bool mounted_ = false;
     std::thread server_;
 };

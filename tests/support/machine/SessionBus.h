@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "tests/support/machine/Sandbox.h"
+#include "tests/support/machine/Waiting.h"
 #include "tests/support/programs/ProgramRunner.h"
 
 namespace vornic::test {
@@ -25,11 +26,7 @@ class SessionBus {
             .program = kDaemon,
             .arguments = {"--session", "--nofork", "--nopidfile", "--address=unix:path=" + socket},
             .environment = {"PATH=/usr/bin:/bin"}});
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-        while (!exists(socket) && std::chrono::steady_clock::now() < deadline) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        }
-        if (exists(socket)) {
+        if (becomesTrue([&] { return exists(socket); })) {
             address_ = "unix:path=" + socket;
         }
     }

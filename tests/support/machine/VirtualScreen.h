@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "tests/support/machine/Sandbox.h"
+#include "tests/support/machine/Waiting.h"
 #include "tests/support/programs/ProgramRunner.h"
 
 namespace vornic::test {
@@ -45,13 +46,13 @@ class VirtualScreen {
 
   private:
     void waitFor(const std::string& number) {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-        while (!display_ && std::chrono::steady_clock::now() < deadline) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-            const std::string text = exists(number) ? readBytes(number) : "";
-            if (text.ends_with('\n')) {
-                display_ = ":" + text.substr(0, text.size() - 1);
-            }
+        std::string text;
+        const bool isUp = becomesTrue([&] {
+            text = exists(number) ? readBytes(number) : "";
+            return text.ends_with('\n');
+        });
+        if (isUp) {
+            display_ = ":" + text.substr(0, text.size() - 1);
         }
     }
 

@@ -1,11 +1,9 @@
 #ifndef VORNIC_TESTS_SUPPORT_PROGRAMS_HELPER_COPY_H
 #define VORNIC_TESTS_SUPPORT_PROGRAMS_HELPER_COPY_H
 
-#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -55,17 +53,6 @@ class HelperCopy {
 
 [[nodiscard]] inline bool someProcessHasArgument(const std::string& text) {
     return someProcessHas("cmdline", text);
-}
-
-/// Waits until the condition holds.
-template <typename Condition>
-[[nodiscard]] bool becomesTrue(const Condition& condition,
-                               std::chrono::milliseconds limit = std::chrono::seconds(20)) {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    while (!condition() && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    return condition();
 }
 
 }  // namespace vornic::test

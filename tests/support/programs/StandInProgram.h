@@ -12,6 +12,7 @@
 
 #include "tests/support/machine/FileState.h"
 #include "tests/support/machine/Sandbox.h"
+#include "tests/support/machine/Waiting.h"
 #include "tests/support/texts/LogText.h"
 
 namespace vornic::test {
@@ -31,17 +32,11 @@ class StandInProgram {
                                                std::filesystem::perms::others_exec);
     }
 
-    /// Waits until the program has been run and takes its arguments. A failure when it is not run
-    /// within ten seconds.
+    /// Waits until the program has been run and takes its arguments. A failure when it is not run.
     [[nodiscard]] std::vector<std::string> takeArguments() const {
-        using namespace std::chrono_literals;
-        const auto deadline = std::chrono::steady_clock::now() + 10s;
-        while (!wasRun()) {
-            if (std::chrono::steady_clock::now() > deadline) {
-                ADD_FAILURE() << "the program was not run";
-                return {};
-            }
-            std::this_thread::sleep_for(5ms);
+        if (!becomesTrue([this] { return wasRun(); })) {
+            ADD_FAILURE() << "the program was not run";
+            return {};
         }
         const std::vector<std::string> arguments = linesOf(readBytes(record_));
         std::filesystem::remove(record_);

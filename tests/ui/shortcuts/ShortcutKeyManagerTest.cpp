@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 
+#include "tests/support/machine/Waiting.h"
 #include "tests/ui/shortcuts/ShortcutKeyFixture.h"
 #include "ui/shortcuts/ShortcutKeyManager.h"
 
@@ -32,11 +33,7 @@ class ShortcutKeyManagerTest : public test::ShortcutKeyFixture {
     }
     [[nodiscard]] bool hasStarted() const { return test::exists(idFile); }
     void waitForStart() const {
-        const auto deadline = Clock::now() + 20s;
-        while (!hasStarted() && Clock::now() < deadline) {
-            std::this_thread::sleep_for(5ms);
-        }
-        ASSERT_TRUE(hasStarted());
+        ASSERT_TRUE(test::becomesTrue([this] { return hasStarted(); }));
     }
     [[nodiscard]] bool isRunning() const {
         return kill(std::stoi(test::readBytes(idFile)), 0) == 0;
@@ -94,10 +91,7 @@ TEST_F(ShortcutKeyManagerTest, isGivenUpWhenItIsTooSlow) {
     ShortcutKeyManager::setup(100ms);
     waitForStart();
     const std::string message = "The shortcut key manager is still busy: " + manager;
-    const auto deadline = Clock::now() + 20s;
-    while (!log.contains(message) && Clock::now() < deadline) {
-        std::this_thread::sleep_for(10ms);
-    }
+    EXPECT_TRUE(test::becomesTrue([&] { return log.contains(message); }));
     EXPECT_THAT(log.entries(), Contains(message));
     EXPECT_TRUE(isRunning()) << "nothing ends it";
 }

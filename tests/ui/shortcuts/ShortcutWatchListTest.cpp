@@ -4,6 +4,7 @@
 #include <limits>
 #include <string>
 #include <thread>
+#include <tuple>
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -324,8 +325,8 @@ TEST_F(ShortcutWatchListTest, isWholeWheneverAWriterIsKilled) {
         test::ChildProcess writer([] {
             for (int command = 0;; ++command) {
                 ErrorSlot slot;
-                ShortcutWatchList::assign(own(command % 2 == 0 ? "open" : "close"), kControlF5,
-                                          slot);
+                std::ignore = ShortcutWatchList::assign(own(command % 2 == 0 ? "open" : "close"),
+                                                        kControlF5, slot);
             }
         });
         std::this_thread::sleep_for(std::chrono::milliseconds(3 + attempt % 7));
