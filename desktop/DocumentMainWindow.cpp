@@ -34,6 +34,9 @@ QPushButton* makeButton(const char* objectName, const QString& text, const QStri
 
 // Why a repair could not take a file: the first thing that it could not mend.
 std::string reasonOf(const RepairResult& result) {
+    if (!result.obstacle.empty()) {
+        return result.obstacle;
+    }
     for (const Finding& finding : result.findings.kept()) {
         if (finding.severity == Severity::error) {
             return finding.message();

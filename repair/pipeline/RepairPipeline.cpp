@@ -96,6 +96,7 @@ void RepairPipeline::complete(RepairResult& result) {
     result.kind = kind_;
     result.verdict = report_.verdict();
     result.findings = std::move(report_.findings());
+    result.obstacle = report_.obstacle();
     result.original = isRepaired ? result.swap.original : path_;
     if (result.outcome == RepairOutcome::repairedNotSwapped) {
         result.workingCopy = result.swap.repaired;

@@ -92,8 +92,11 @@ void RepairReport::add(const RepairFinding& finding) {
 }
 
 void RepairReport::say(const RepairFinding& finding) {
-    takeEffect(finding.effect);
     const std::string text = formatMessage(ruleOf(finding.rule).message, finding.arguments);
+    takeEffect(finding.effect);
+    if (isFirstObstacle(finding.effect)) {
+        obstacle_ = text;
+    }
     const Place& where = finding.where;
     line(finding.rule, where.line == 0 ? text : sentenceWithPlace(where.line, where.column, text),
          isError(finding.rule));
@@ -105,6 +108,9 @@ void RepairReport::add(RuleId rule, FindingEffect effect, TextSpan where, Source
         kept->where = places.of(where);
     }
     takeEffect(effect);
+    if (isFirstObstacle(effect)) {
+        obstacle_ = messageOf(rule, arguments);
+    }
     say(rule, arguments);
 }
 
@@ -138,6 +144,10 @@ bool RepairReport::knows(const Finding& finding) const {
 void RepairReport::setVerdict(const Verdict& verdict) {
     verdict_ = verdict;
     events_.verdict(verdict_);
+}
+
+bool RepairReport::isFirstObstacle(FindingEffect effect) const {
+    return effect == FindingEffect::unmended && obstacle_.empty();
 }
 
 void RepairReport::takeEffect(FindingEffect effect) {

@@ -68,17 +68,21 @@ class RepairReport {
     void giveUp() { setVerdict({true, false}); }
 
     [[nodiscard]] Findings& findings() { return findings_; }
+    /// The message of the first finding that can't be mended; empty while there is none.
+    [[nodiscard]] const std::string& obstacle() const { return obstacle_; }
 
     [[nodiscard]] Events& events() { return events_; }
 
   private:
     void line(RuleId rule, std::string_view text, bool isError);
     void takeEffect(FindingEffect effect);
+    [[nodiscard]] bool isFirstObstacle(FindingEffect effect) const;
     [[nodiscard]] bool knows(const Finding& finding) const;
 
     Events& events_;
     Verdict verdict_;
     Findings findings_{kKeptFindings};
+    std::string obstacle_;
 };
 
 }  // namespace vornic

@@ -40,6 +40,8 @@ struct RepairResult {
     /// Exact counts by rule and severity, and the first findings of each rule with their places in
     /// the user's file.
     Findings findings = Findings();
+    /// The message of the first finding that could not be mended; empty when there was none.
+    std::string obstacle{};
     /// Nothing after a cancellation and after an exception.
     std::optional<ClosingMessage> closing{};
     /// Where the file that was to be repaired is now: at its own path, unless a repaired one took

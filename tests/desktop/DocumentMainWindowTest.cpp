@@ -412,6 +412,16 @@ TEST_F(DocumentMainWindowTest, saysInItsHeaderWhatWasRepaired) {
     ASSERT_TRUE(waitUntil([this] { return window->changes().changeCount() == 1; }));
 }
 
+TEST_F(DocumentMainWindowTest, saysInItsHeaderWhatTheRepairCannotTake) {
+    open(sandbox.write("cut.xml",
+                       "<xmeml version=\"1.0\"><sequence><name>Cut</name></sequence></xmeml>"));
+    alertAtTheEnd();
+    EXPECT_EQ(sign(), OutcomeBadge::Kind::warning);
+    EXPECT_TRUE(header().contains(QStringLiteral(
+        "only the repair cannot take it: Unrecognized XML Interchange version 1.0.")))
+        << header().toStdString();
+}
+
 TEST_F(DocumentMainWindowTest, restoresTheOriginal) {
     const std::string path = sandbox.write("cut.xml", damaged(kSound));
     open(path);

@@ -311,6 +311,15 @@ TEST_F(RepairPipelineTest, runsTheFCPXMLStepsWithoutADocumentToo) {
     EXPECT_EQ(names(), Strings{"Cut.fcpxml"});
 }
 
+TEST_F(RepairPipelineTest, namesWhatCouldNotBeMended) {
+    EXPECT_EQ(runOn("Cut.xml", "<xmeml version=\"1.0\"><sequence/></xmeml>"),
+              RepairOutcome::unable);
+    EXPECT_EQ(result.obstacle, "Unrecognized XML Interchange version 1.0.");
+    EXPECT_EQ(runOn("Old.xml", "<xmeml version=\"5\"><sequence/></xmeml>"),
+              RepairOutcome::repairedAndSwapped);
+    EXPECT_EQ(result.obstacle, "") << "a document type was written";
+}
+
 TEST_F(RepairPipelineTest, givesUpAFileThatNeitherParses) {
     const std::string text = kXMEMLHead + "<sequence></xmeml>";
     const std::string fault = faultOf(text, XMLMode::tolerant);
