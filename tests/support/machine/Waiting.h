@@ -23,7 +23,7 @@ template <typename Condition>
         if (std::chrono::steady_clock::now() >= deadline) {
             return false;
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        std::this_thread::sleep_for(std::chrono::milliseconds(15));
     }
     return true;
 }
