@@ -71,14 +71,20 @@ void DrivenProgram::waitUntilGone(const std::string& title) const {
 }
 
 void DrivenProgram::waitUntilActive(const std::string& title) const {
-    waitFor("the keyboard for the window " + title, [&] {
+    const auto isActive = [&] {
         for (const AccessibleNode& window : windows()) {
             if (window.name().starts_with(title) && window.is(State::active)) {
                 return true;
             }
         }
         return false;
-    });
+    };
+    // On a busy machine the window manager may leave the keyboard with nobody when a window goes
+    // at the moment that it comes. A user would go on by a click.
+    if (!becomesTrue(isActive, std::chrono::seconds(10))) {
+        session_.act({"search", "--onlyvisible", "--name", "^" + title, "windowactivate"});
+    }
+    waitFor("the keyboard for the window " + title, isActive);
 }
 
 std::optional<AccessibleNode> DrivenProgram::find(const std::string& role,
