@@ -1,6 +1,7 @@
 #include "job/Relink.h"
 
 #include <algorithm>
+#include <chrono>
 #include <map>
 #include <utility>
 
@@ -103,14 +104,17 @@ void Relinker::prepare(const ProjectText& project, const std::string& path) {
     }
 }
 
-std::vector<std::string> Relinker::search() {
+std::vector<std::string> Relinker::search(const StopToken& stop) {
     std::vector<std::string> unread;
     if (wanted_.empty()) {
         return unread;
     }
     std::unordered_set<std::string> seen;
     for (const std::string& folder : request_.folders) {
-        NameSearchResult result = findNames(folder, wanted_);
+        if (stop.stopRequested()) {
+            break;
+        }
+        NameSearchResult result = findNames(folder, wanted_, std::chrono::seconds(2), stop);
         unread.insert(unread.end(), result.unread.begin(), result.unread.end());
         const std::size_t depth = localPath(folder).components.size();
         for (NamedFile& file : result.files) {

@@ -7,6 +7,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "base/StopToken.h"
 #include "job/MediaLook.h"
 #include "job/ProjectText.h"
 #include "media/MediaEdits.h"
@@ -49,8 +50,9 @@ class Relinker {
     /// Notes what of a project's media has to be searched for.
     void prepare(const ProjectText& project, const std::string& path);
     /// Searches the folders.
+    /// @param stop ends the search; what was found so far is used
     /// @return those that could not be looked through.
-    [[nodiscard]] std::vector<std::string> search();
+    [[nodiscard]] std::vector<std::string> search(const StopToken& stop = {});
     /// Relinks a project; writes nothing. What comes of it is read again, and is refused unless its
     /// media lead where they should.
     /// @param bytes that the project was read from

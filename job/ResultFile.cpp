@@ -46,9 +46,10 @@ std::optional<ResultFile> writeResultFile(const std::string& path, std::string_v
 
 std::optional<ResultFile> writeResultFile(const std::string& path, const WorkingCopy::Writer& write,
                                           const std::string& from, ErrorSlot& error) {
-    const platform::FileDescriptor source(::open(from.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    const platform::FileDescriptor source(
+        from.empty() ? -1 : ::open(from.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat status {};
-    if (!source || fstat(source.get(), &status) != 0) {
+    if (!from.empty() && (!source || fstat(source.get(), &status) != 0)) {
         platform::failFile(error, from, "read", errno);
         return std::nullopt;
     }
@@ -72,7 +73,9 @@ std::optional<ResultFile> writeResultFile(const std::string& path, const Working
         errorNumber = EILSEQ;
     }
     if (errorNumber == 0) {
-        result.lostMetadata = platform::copyMetadata(source.get(), status, file.file.get());
+        if (source) {
+            result.lostMetadata = platform::copyMetadata(source.get(), status, file.file.get());
+        }
         errorNumber = fsync(file.file.get()) == 0 ? 0 : errno;
     }
     if (errorNumber == 0) {

@@ -21,7 +21,7 @@ struct ResultFile {
 /// Writes a new file; what stands at the path stays. It appears whole, synced and with mode, owner
 /// and attributes of the file that it was made from, or not at all. Links at the path are not
 /// followed. What a killed run has left half written in the folder goes first. Any thread.
-/// @param from the user's file, links followed
+/// @param from the user's file, links followed; "" when that has gone, for those of a new file
 /// @return nothing, with the slot filled
 [[nodiscard]] std::optional<ResultFile> writeResultFile(const std::string& path,
                                                         std::string_view bytes,

@@ -164,7 +164,7 @@ bool isHiddenBelow(std::string_view path, std::string_view folder) {
 }  // namespace
 
 NameSearchResult findNames(const std::string& folder, const std::unordered_set<std::string>& names,
-                           std::chrono::milliseconds limit) {
+                           std::chrono::milliseconds limit, const StopToken& stop) {
     // A table that children must find complete.
     static_cast<void>(foldedName("\u00C9"));
     const std::vector<platform::MountedVolume> volumes = platform::mountedVolumes();
@@ -180,8 +180,12 @@ NameSearchResult findNames(const std::string& folder, const std::unordered_set<s
     for (const std::string& root : roots) {
         const auto search = std::make_shared<VolumeSearch>(root, names, volumes);
         platform::ChildAnswers answers([search](std::size_t) { return search->next(); });
-        while (const std::optional<std::string> answer = answers.next(limit)) {
+        for (auto answer = answers.next(limit); answer && !stop.stopRequested();
+             answer = answers.next(limit)) {
             takeAnswer(*answer, result);
+        }
+        if (stop.stopRequested()) {
+            break;
         }
         if (answers.isSilent()) {
             result.unread.push_back(root);

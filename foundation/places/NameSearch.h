@@ -7,6 +7,8 @@
 #include <unordered_set>
 #include <vector>
 
+#include "base/StopToken.h"
+
 namespace vornic {
 
 /// A file whose name was looked for.
@@ -31,9 +33,11 @@ struct NameSearchResult {
 /// @param folder absolute
 /// @param names as `foldedName` makes them
 /// @param limit how long a volume may be silent
+/// @param stop ends the search; what was found so far is returned
 [[nodiscard]] NameSearchResult findNames(const std::string& folder,
                                          const std::unordered_set<std::string>& names,
-                                         std::chrono::milliseconds limit = std::chrono::seconds(2));
+                                         std::chrono::milliseconds limit = std::chrono::seconds(2),
+                                         const StopToken& stop = {});
 
 }  // namespace vornic
 

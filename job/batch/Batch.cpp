@@ -4,7 +4,7 @@
 #include <chrono>
 #include <list>
 #include <new>
-#include <system_error>
+#include <optional>
 #include <utility>
 
 #include "job/NamedSources.h"
@@ -40,10 +40,10 @@ std::vector<ProjectFiles::Refusal> Batch::add(const std::vector<std::string>& pa
     if (isRunning_) {
         return std::move(found.refused);
     }
+    isChanged_.resize(list_.size() + found.paths.size());
     for (const std::string& path : found.paths) {
         list_.add(platform::absolutePath(path).value_or(path));
     }
-    isChanged_.resize(list_.size());
     return std::move(found.refused);
 }
 
@@ -53,7 +53,8 @@ void Batch::clear() {
         list_.clear();
         reports_.clear();
         isChanged_.clear();
-        changed_.clear();
+        hasChanges_ = false;
+        ++clearings_;
     }
 }
 
@@ -64,7 +65,7 @@ std::size_t Batch::size() const {
 
 BatchRow Batch::row(std::size_t row) const {
     const std::lock_guard lock(mutex_);
-    return list_[row];
+    return row < list_.size() ? list_[row] : BatchRow{};
 }
 
 std::vector<std::size_t> Batch::rowsShownBy(const BatchFilter& filter) const {
@@ -116,7 +117,7 @@ bool Batch::start(BatchRequest request, std::vector<std::size_t> rows) {
     summary_.files = rows_.size();
     try {
         thread_ = std::thread([this] { run(); });
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {
         const std::lock_guard lock(mutex_);
         isRunning_ = false;
         isOver_ = true;
@@ -136,6 +137,34 @@ void Batch::wait() {
 
 void Batch::run() {
     const platform::CrashStack crashStack;
+    try {
+        perform();
+    } catch (const std::bad_alloc&) {
+        complain("There was not enough memory.");
+    }
+    leaveWaiting();
+    tellChanges();
+    summary_.isCancelled = isCancelled_;
+    {
+        const std::lock_guard lock(mutex_);
+        isRunning_ = false;
+    }
+    observer_.ended(summary_);
+    const std::lock_guard lock(mutex_);
+    isOver_ = true;
+    runEnded_.notify_all();
+}
+
+// Without memory for the words there are none.
+void Batch::complain(std::string_view sentence) {
+    try {
+        summary_.complaint = sentence;
+    } catch (const std::bad_alloc&) {
+        summary_.complaint.clear();
+    }
+}
+
+void Batch::perform() {
     // None of the files may be taken for the old working copy of another one.
     std::list<NamedSource> named;
     std::vector<std::string> paths;
@@ -153,25 +182,16 @@ void Batch::run() {
     try {
         summary_.complaint = job.prepare(paths);
     } catch (const std::bad_alloc&) {
-        summary_.complaint = "There was not enough memory to look for media.";
+        complain("There was not enough memory to look for media.");
     }
     runWorkers(job);
-    leaveWaiting();
-    tellChanges();
-    summary_.isCancelled = isCancelled_;
-    {
-        const std::lock_guard lock(mutex_);
-        isRunning_ = false;
-    }
-    observer_.ended(summary_);
-    const std::lock_guard lock(mutex_);
-    isOver_ = true;
-    runEnded_.notify_all();
 }
 
 void Batch::runWorkers(BatchJob& job) {
     std::vector<std::thread> workers;
     const std::size_t count = std::min(workerLimit_, rows_.size());
+    // A thread that has no place would end the program.
+    workers.reserve(count);
     workersAtWork_ = count;
     const auto workAndEnd = [this, &job] {
         work(job);
@@ -186,8 +206,9 @@ void Batch::runWorkers(BatchJob& job) {
                 workAndEnd();
             });
         }
-    } catch (const std::system_error&) {
-        // The system has no further thread to give; this one works, and tells in between.
+    } catch (const std::exception&) {
+        // The system has no further thread to give, or no memory for one; those that are there
+        // work, or this one.
         const std::lock_guard lock(mutex_);
         workersAtWork_ -= count - workers.size();
     }
@@ -209,7 +230,25 @@ void Batch::runWorkers(BatchJob& job) {
 
 void Batch::work(BatchJob& job) {
     for (std::size_t at = next_++; at < rows_.size() && !isCancelled_; at = next_++) {
-        workOn(job, rows_[at]);
+        try {
+            workOn(job, rows_[at]);
+        } catch (const std::bad_alloc&) {
+            giveUp(rows_[at]);
+        }
+    }
+}
+
+// Nothing has been done with the file.
+void Batch::giveUp(std::size_t row) {
+    const std::lock_guard lock(mutex_);
+    list_[row].state = BatchState::idle;
+    list_[row].result = BatchResult::failed;
+    ++summary_.results[static_cast<std::size_t>(BatchResult::failed)];
+    markChanged(row);
+    try {
+        list_[row].reason = "There was not enough memory.";
+    } catch (const std::bad_alloc&) {
+        list_[row].reason.clear();
     }
 }
 
@@ -230,7 +269,8 @@ void Batch::workOn(BatchJob& job, std::size_t row) {
             outcome.reason += (outcome.reason.empty() ? "" : " ") + error->localizedDescription();
         }
     } catch (const std::bad_alloc&) {
-        outcome.reason = "There was not enough memory for the report.";
+        // What was done is told without it.
+        outcome.reason.clear();
     }
     const std::lock_guard lock(mutex_);
     take(row, outcome);
@@ -255,8 +295,12 @@ void Batch::take(std::size_t row, BatchOutcome& outcome) {
                          ? FileKind::none
                          : fileKindOfRoot(outcome.report->kind);
     }
-    if (isReplaced) {
-        list_.lookAgain(row);
+    try {
+        if (isReplaced) {
+            list_.lookAgain(row);
+        }
+    } catch (const std::bad_alloc&) {
+        // A link that is added later has a row of its own, then.
     }
     ++summary_.results[static_cast<std::size_t>(outcome.result)];
     markChanged(row);
@@ -270,24 +314,33 @@ void Batch::setProgress(std::size_t row, double progress) {
 
 // With the mutex held.
 void Batch::markChanged(std::size_t row) {
-    if (!isChanged_[row]) {
-        isChanged_[row] = true;
-        changed_.push_back(row);
-    }
+    isChanged_[row] = true;
+    hasChanges_ = true;
 }
 
 void Batch::tellChanges() {
     std::vector<std::size_t> rows;
-    {
-        const std::lock_guard lock(mutex_);
-        rows.swap(changed_);
-        for (const std::size_t row : rows) {
-            isChanged_[row] = false;
+    try {
+        {
+            const std::lock_guard lock(mutex_);
+            if (!hasChanges_) {
+                return;
+            }
+            for (std::size_t row = 0; row < isChanged_.size(); ++row) {
+                if (isChanged_[row]) {
+                    rows.push_back(row);
+                }
+            }
+            isChanged_.assign(isChanged_.size(), false);
+            hasChanges_ = false;
         }
-    }
-    if (!rows.empty()) {
-        std::sort(rows.begin(), rows.end());
         observer_.rowsChanged(rows);
+    } catch (const std::bad_alloc&) {
+        // They are told with the next ones.
+        const std::lock_guard lock(mutex_);
+        for (const std::size_t row : rows) {
+            markChanged(row);
+        }
     }
 }
 
@@ -305,16 +358,23 @@ void Batch::leaveWaiting() {
 bool Batch::writeHTML(const std::function<bool(std::string_view piece)>& sink) const {
     std::string sentence;
     std::size_t count = 0;
+    std::size_t clearings = 0;
     {
         const std::lock_guard lock(mutex_);
         sentence = summary_.files == 0 || isRunning_ ? "" : summary_.sentence();
         count = list_.size();
+        clearings = clearings_;
     }
+    const auto rowNumber = [&](std::size_t number) {
+        const std::lock_guard lock(mutex_);
+        return clearings == clearings_ ? std::optional(list_[number]) : std::nullopt;
+    };
     if (!sink(htmlHead("Report", sentence))) {
         return false;
     }
     for (std::size_t number = 0; number < count; ++number) {
-        if (!sink(htmlRow(row(number), number, reports_.has(number)))) {
+        const std::optional<BatchRow> row = rowNumber(number);
+        if (!row || !sink(htmlRow(*row, number, reports_.has(number)))) {
             return false;
         }
     }
@@ -323,7 +383,8 @@ bool Batch::writeHTML(const std::function<bool(std::string_view piece)>& sink) c
     }
     for (std::size_t number = 0; number < count; ++number) {
         const std::string section = reports_.of(number);
-        if (!section.empty() && !sink(htmlSection(row(number), number, section))) {
+        const std::optional<BatchRow> row = rowNumber(number);
+        if (!row || (!section.empty() && !sink(htmlSection(*row, number, section)))) {
             return false;
         }
     }

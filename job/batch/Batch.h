@@ -57,6 +57,7 @@ class Batch {
     void clear();
 
     [[nodiscard]] std::size_t size() const;
+    /// A row; one without a path when there is none of that number any more.
     [[nodiscard]] BatchRow row(std::size_t row) const;
     /// The rows that a filter shows, in ascending order.
     [[nodiscard]] std::vector<std::size_t> rowsShownBy(const BatchFilter& filter) const;
@@ -77,14 +78,17 @@ class Batch {
     void wait();
 
     /// All reports as one HTML document, piece by piece; may be called during a run.
-    /// @return false when the sink returned false.
+    /// @return false when the sink returned false, and when the rows were forgotten meanwhile.
     bool writeHTML(const std::function<bool(std::string_view piece)>& sink) const;
 
   private:
     void run();
+    void perform();
+    void complain(std::string_view sentence);
     void runWorkers(BatchJob& job);
     void work(BatchJob& job);
     void workOn(BatchJob& job, std::size_t row);
+    void giveUp(std::size_t row);
     void take(std::size_t row, BatchOutcome& outcome);
     void setProgress(std::size_t row, double progress);
     void markChanged(std::size_t row);
@@ -98,9 +102,12 @@ class Batch {
 
     mutable std::mutex mutex_;
     BatchList list_;
-    // What has changed since the observer was told, each row once.
-    std::vector<std::size_t> changed_;
+    // What has changed since the observer was told; no shorter than the list, so that a change
+    // needs no memory.
     std::vector<bool> isChanged_;
+    bool hasChanges_ = false;
+    // How often all rows have been forgotten.
+    std::size_t clearings_ = 0;
     BatchSummary summary_;
     bool isRunning_ = false;
     bool isOver_ = true;

@@ -165,7 +165,7 @@ std::string BatchJob::prepare(const std::vector<std::string>& paths) {
         }
     }
     std::string unread;
-    for (const std::string& folder : relinker_.search()) {
+    for (const std::string& folder : relinker_.search(stop_)) {
         unread +=
             (unread.empty() ? "" : " ") + formatString("%@ could not be looked through.", folder);
     }

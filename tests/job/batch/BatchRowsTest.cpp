@@ -88,6 +88,22 @@ TEST_F(BatchTest, writesAllReportsAsOneEscapedDocument) {
     }
 }
 
+TEST_F(BatchTest, endsTheReportsWhenTheRowsAreForgottenMeanwhile) {
+    for (int i = 0; i < 3; ++i) {
+        batch.add({files.write(std::to_string(i) + ".xml", soundXMEML())});
+    }
+    run(BatchAction::check);
+    std::size_t pieces = 0;
+    EXPECT_FALSE(batch.writeHTML([&](std::string_view) {
+        if (++pieces == 2) {
+            batch.clear();
+        }
+        return true;
+    }));
+    EXPECT_EQ(pieces, 2U);
+    EXPECT_EQ(batch.row(7).path, "");
+}
+
 TEST(BatchSummary, isOneSentence) {
     BatchSummary summary;
     summary.files = 10;

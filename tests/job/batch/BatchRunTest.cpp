@@ -202,6 +202,26 @@ TEST_F(BatchTest, relinksByASearchThatWalksOnce) {
     EXPECT_EQ(readBytes(rows().at("One.xml").replaced), text);
 }
 
+TEST_F(BatchTest, endsASearchForMediaThatIsCancelled) {
+    std::string text = soundXMEML();
+    text.insert(text.find("    </sequence>"),
+                "<file id=\"f\"><name>a.mov</name><pathurl>file://localhost/gone/a.mov</pathurl>"
+                "</file>");
+    RelinkRequest request;
+    request.folders = {files.folder()};
+    Relinker relinker(request);
+    ErrorSlot error;
+    const auto project = ProjectText::read(text, error);
+    ASSERT_TRUE(project);
+    relinker.prepare(*project, files.path("One.xml"));
+    fs::create_directory(files.path("media"));
+    static_cast<void>(files.write("media/a.mov", "film"));
+    EXPECT_TRUE(relinker.search(StopToken([] { return true; })).empty());
+    EXPECT_EQ(relinker.relink(*project, text, files.path("One.xml")).relinked, 0U);
+    EXPECT_TRUE(relinker.search().empty());
+    EXPECT_EQ(relinker.relink(*project, text, files.path("One.xml")).relinked, 1U);
+}
+
 TEST_F(BatchTest, repairsTheFileAndNotTheLinkThatItWasFoundBy) {
     fs::create_directory(files.path("cuts"));
     const std::string path = files.write("cuts/Z.xml", damagedXMEML());
