@@ -40,7 +40,9 @@ bool tellsFailure(const QString& message) {
     return message.startsWith(QLatin1String("Unable")) ||
            message.startsWith(QLatin1String("Error")) ||
            message == QLatin1String("Version not set") ||
-           message.contains(QLatin1String(" could not be "));
+           message.startsWith(QLatin1String("No editor")) ||
+           message.contains(QLatin1String(" could not be ")) ||
+           message.contains(QLatin1String(" cannot be "));
 }
 
 void markAsFailure(QMessageBox& box, const QString& fileName) {

@@ -28,6 +28,13 @@ void DocumentMainWindow::tellNoThread() {
     beginAlertSheet("Unable to begin", "The system has no thread to give.");
 }
 
+bool DocumentMainWindow::isStillLookedAt() {
+    if (!table_) {
+        beginAlertSheet("There are no findings yet", "The file is still looked at.");
+    }
+    return !table_;
+}
+
 void DocumentMainWindow::tellFailure(const QString& message, const FileActionResult& result) {
     beginAlertSheet(message.toStdString(), result.failure);
 }
@@ -41,7 +48,7 @@ void DocumentMainWindow::tellDone(const QString& outcome, const FileActionResult
 }
 
 void DocumentMainWindow::mendTicked() {
-    if (isActing_) {
+    if (isActing_ || isStillLookedAt()) {
         return;
     }
     const auto ticked = findings_->model().tickedFindings();
@@ -55,7 +62,7 @@ void DocumentMainWindow::mendTicked() {
 }
 
 void DocumentMainWindow::mendSafely() {
-    if (isActing_ || !table_) {
+    if (isActing_ || isStillLookedAt()) {
         return;
     }
     auto safe = safelyMendable(table_->inspection().file.report.findings);
@@ -100,7 +107,7 @@ void DocumentMainWindow::mend(const MendRequest& request) {
 void DocumentMainWindow::takeMended(const FileActionResult& result) {
     if (!result.isDone) {
         tellFailure(tr("Unable to mend the file"), result);
-        inspect(facts_, original_);
+        inspectAfterFailure();
         return;
     }
     tellDone(tr("Mended. The original file is in the Trash."), result);

@@ -4,7 +4,9 @@
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QSplitter>
+#include <QTimer>
 #include <QVBoxLayout>
+#include <chrono>
 #include <utility>
 
 #include "base/Text.h"
@@ -368,10 +370,21 @@ void DocumentMainWindow::inspect(HeaderFacts facts, const std::string& original)
     facts_ = std::move(facts);
     facts_.inspection = nullptr;
     original_ = original;
+    untoldChange_.reset();
     table_ = nullptr;
     findings_->setMayMend(false);
     writeHeader();
     inspector_->inspect(original);
+}
+
+// Often it is another program's change that the action has stopped at.
+void DocumentMainWindow::inspectAfterFailure() {
+    HeaderFacts facts = facts_;
+    if (untoldChange_) {
+        facts.isThere = *untoldChange_;
+        facts.hasChangedSince = true;
+    }
+    inspect(std::move(facts), original_);
 }
 
 void DocumentMainWindow::takeSource(std::shared_ptr<const SourceText> source) {
@@ -398,10 +411,21 @@ void DocumentMainWindow::takeTable(std::shared_ptr<const FindingsTable> table) {
     }
 }
 
-// A run and its conversion tell by themselves what they have done.
+// What the window does with the file by itself tells what it has done; a change that is left untold
+// by then was another program's.
 void DocumentMainWindow::takeChange(bool isThere) {
     const std::shared_ptr<Document> shown = document_.lock();
-    if (isActing_ || !shown || shown->isRunning()) {
+    if (!shown || isClosed_) {
+        return;
+    }
+    if (isActing_ || shown->isRunning() || shown->isConverting()) {
+        untoldChange_ = isThere;
+        constexpr std::chrono::milliseconds kUntilItsEnd{200};
+        QTimer::singleShot(kUntilItsEnd, this, [this] {
+            if (const auto untold = std::exchange(untoldChange_, std::nullopt)) {
+                takeChange(*untold);
+            }
+        });
         return;
     }
     HeaderFacts facts = facts_;

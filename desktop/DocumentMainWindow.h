@@ -151,6 +151,8 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     void writeReport(const std::string& path);
 
     void inspect(HeaderFacts facts, const std::string& original);
+    // After an action that has changed nothing.
+    void inspectAfterFailure();
     void takeSource(std::shared_ptr<const SourceText> source);
     void takeTable(std::shared_ptr<const FindingsTable> table);
     void takeChange(bool isThere);
@@ -181,6 +183,8 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     template <typename Result>
     void runOnThread(std::function<Result()> work, std::function<void(const Result&)> then);
     void setActing(bool isActing);
+    // Says so while nothing is known of the file yet.
+    [[nodiscard]] bool isStillLookedAt();
     void tellNoThread();
 
     std::weak_ptr<Document> document_;
@@ -205,6 +209,8 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     // What a thread brings to a window that is closed is shown to nobody.
     bool isClosed_ = false;
     bool showsChangesNext_ = false;
+    // A change that came while the window was changing the file itself, and whether it is there.
+    std::optional<bool> untoldChange_;
 
     QLabel* outcomeLabel_ = nullptr;
     QPushButton* showFileButton_ = nullptr;

@@ -117,7 +117,7 @@ void DocumentMainWindow::relink(const RelinkPreview& preview) {
 void DocumentMainWindow::takeRelinked(const FileActionResult& result, std::size_t count) {
     if (!result.isDone) {
         tellFailure(tr("Unable to relink the media"), result);
-        inspect(facts_, original_);
+        inspectAfterFailure();
         return;
     }
     tellDone(tr("Relinked. The original file is in the Trash."), result);

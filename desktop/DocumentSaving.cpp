@@ -111,8 +111,7 @@ QStringList argumentsFor(const Editor& editor, const QString& path, std::size_t 
 }  // namespace
 
 void DocumentMainWindow::saveFindings() {
-    if (!table_) {
-        beginAlertSheet("There are no findings yet", "The file is still looked at.");
+    if (isStillLookedAt()) {
         return;
     }
     QFileDialog* const panel = makePanel(

@@ -89,7 +89,7 @@ void DocumentMainWindow::treatAsContents() {
 }
 
 void DocumentMainWindow::setVersion() {
-    if (isActing_ || !table_) {
+    if (isActing_ || isStillLookedAt()) {
         return;
     }
     const FileKind kind = fileKindOfRoot(table_->inspection().file.report.kind);
@@ -113,7 +113,7 @@ void DocumentMainWindow::setVersionTo(const std::string& version) {
         [this](const FileActionResult& result) {
             if (!result.isDone) {
                 tellFailure(tr("Unable to set the version"), result);
-                inspect(facts_, original_);
+                inspectAfterFailure();
                 return;
             }
             tellDone(tr("The version was set. The original file is in the Trash."), result);
@@ -169,7 +169,7 @@ void DocumentMainWindow::saveSalvagedCopyTo(const std::string& to, const Salvage
                 tellFailure(tr("Unable to save the copy"), result);
                 return;
             }
-            tellDone(tr("The salvaged copy is called %1. The file is as it was.")
+            tellDone(tr("The salvaged copy is called %1. The file itself was not written.")
                          .arg(fileNameOf(result.replaced)),
                      result);
         });

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "app/window/HeaderText.h"
+#include "desktop/FlowLayout.h"
 #include "desktop/QtText.h"
 #include "desktop/SeverityIcon.h"
 #include "report/RuleTable.h"
@@ -124,22 +125,26 @@ QWidget* FindingsView::makeBar() {
     filter_->setAccessibleName(tr("Filter findings"));
     filter_->setPlaceholderText(tr("Filter findings"));
     filter_->setClearButtonEnabled(true);
-    row->addWidget(filter_, 1);
+    row->addWidget(filter_, 1, Qt::AlignTop);
+    // They take a second row where the window is narrow.
+    auto* const switches = new QWidget(bar);
+    auto* const flow = new FlowLayout(switches);
+    row->addWidget(switches);
     for (std::size_t index = kSeverityCount; index-- > 0;) {
-        auto* const button = new QToolButton(bar);
+        auto* const button = new QToolButton(switches);
         button->setObjectName(QString::fromLatin1(kSwitchNames.at(index)));
         button->setCheckable(true);
         button->setChecked(true);
         button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
         button->setFocusPolicy(Qt::TabFocus);
         connect(button, &QToolButton::toggled, this, [this] { narrow(); });
-        row->addWidget(button);
+        flow->addWidget(button);
         switches_.at(index) = button;
     }
-    mendButton_ = new QPushButton(tr("&Mend Selected…"), bar);
+    mendButton_ = new QPushButton(tr("&Mend Selected…"), switches);
     mendButton_->setObjectName(QStringLiteral("mendSelectedBtn"));
     mendButton_->setAutoDefault(false);
-    row->addWidget(mendButton_);
+    flow->addWidget(mendButton_);
     connect(filter_, &QLineEdit::textChanged, this, [this] { narrow(); });
     connect(mendButton_, &QPushButton::clicked, this, [this] { actions_.mend(); });
     return bar;

@@ -62,22 +62,33 @@ int FlowLayout::arrange(const QRect& area, bool isMoved) const {
     int left = area.left();
     int top = area.top();
     int height = 0;
+    std::vector<QLayoutItem*> row;
+    const auto endRow = [&] {
+        for (QLayoutItem* const item : row) {
+            const QRect place = item->geometry();
+            item->setGeometry(place.translated(0, (height - place.height()) / 2));
+        }
+        row.clear();
+    };
     for (const auto& item : items_) {
         if (item->isEmpty()) {
             continue;
         }
         const QSize hint = item->sizeHint();
         if (left > area.left() && left + hint.width() > area.right() + 1) {
+            endRow();
             left = area.left();
             top += height + spacing();
             height = 0;
         }
         if (isMoved) {
             item->setGeometry(QRect(QPoint(left, top), hint));
+            row.push_back(item.get());
         }
         left += hint.width() + spacing();
         height = std::max(height, hint.height());
     }
+    endRow();
     return top + height - area.top();
 }
 

@@ -5,6 +5,8 @@
 #include <QScreen>
 #include <algorithm>
 
+#include "desktop/WindowSize.h"
+
 namespace vornic {
 
 namespace {
@@ -12,8 +14,6 @@ namespace {
 // What stays in sight of the window above a sheet: its menus and its head.
 constexpr int kShareAbove = 5;
 constexpr int kMostAbove = 96;
-// What a window manager puts around a window, at most.
-constexpr int kFrame = 32;
 
 void bringUp(QDialog& dialog) {
     dialog.show();
@@ -26,7 +26,7 @@ void placeOn(const QWidget& window, QDialog& sheet) {
     const QRect screen = window.screen()->availableGeometry();
     const int wanted = area.top() + std::min(area.height() / kShareAbove, kMostAbove);
     // Its buttons are at its end.
-    const int lowest = screen.top() + screen.height() - sheet.height() - kFrame;
+    const int lowest = screen.top() + screen.height() - sheet.height() - kWindowFrame.height();
     sheet.move(area.left() + (area.width() - sheet.width()) / 2,
                std::max(std::min(wanted, lowest), std::min(wanted, screen.top())));
 }

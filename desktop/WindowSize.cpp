@@ -26,9 +26,7 @@ int storedLength(const std::string& key, int otherwise) {
 }  // namespace
 
 void fitOnScreen(QWidget& window, QSize size) {
-    // What a window manager puts around a window, at most.
-    constexpr QSize kFrame(8, 32);
-    window.resize(size.boundedTo(window.screen()->availableSize() - kFrame));
+    window.resize(size.boundedTo(window.screen()->availableSize() - kWindowFrame));
 }
 
 void restoreWindowSize(QWidget& window, QSize otherwise) {

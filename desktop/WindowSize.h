@@ -6,6 +6,9 @@
 
 namespace vornic {
 
+/// What a window manager puts around a window, at most.
+inline constexpr QSize kWindowFrame(8, 32);
+
 /// Gives a window a size, or what the screen has room for with a frame around.
 void fitOnScreen(QWidget& window, QSize size);
 

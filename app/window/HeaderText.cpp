@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 
 #include "base/FormatString.h"
 #include "report/RuleTable.h"
@@ -222,6 +223,10 @@ HeaderText headerText(const HeaderFacts& facts) {
         return {HeaderSign::neutral, "Looking at the file…", {}};
     }
     const InspectedFile& file = facts.inspection->file;
+    if (!file.isRead() && file.error && file.error->domain == kPosixErrorDomain &&
+        file.error->code == ENOENT) {
+        return {HeaderSign::bad, "The file is not where it was", {}};
+    }
     if (!file.isRead()) {
         return {HeaderSign::bad,
                 "The file cannot be read: " +

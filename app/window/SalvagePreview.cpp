@@ -59,9 +59,11 @@ SalvagePreview previewSalvage(const std::string& path) {
 FileActionResult saveSalvaged(const std::string& path, const SalvagePreview& preview,
                               const std::string& to) {
     FileActionResult action;
+    // The copies may be all that is left of a file that has gone since.
+    const std::string from = platform::fileExists(path) ? path : "";
     for (const std::string& copy : preview.copies) {
         ErrorSlot error;
-        const std::optional<ResultFile> written = writeResultFile(to, copy, path, error);
+        const std::optional<ResultFile> written = writeResultFile(to, copy, from, error);
         if (!written) {
             action.failure = error->localizedDescription();
             QMLog::appendLog("%@", action.failure);

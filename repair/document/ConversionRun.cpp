@@ -34,6 +34,11 @@ void ConversionRun::end() {
     hasEnded_ = true;
 }
 
+bool ConversionRun::hasEnded() const {
+    const std::lock_guard lock(mutex_);
+    return hasEnded_;
+}
+
 bool ConversionRun::mayWrite() const {
     const std::lock_guard lock(mutex_);
     return isWriting_ || (!isStopped_ && !hasEnded_);

@@ -44,6 +44,7 @@ class ConversionRun {
     void waitUntilWritten() const;
     /// Marks the run as over.
     void end();
+    [[nodiscard]] bool hasEnded() const;
     /// True while the run may still write.
     [[nodiscard]] bool mayWrite() const;
 

@@ -141,6 +141,8 @@ class Document : public std::enable_shared_from_this<Document> {
     void setFileWasRepaired(bool wasRepaired);
     /// True from `startProgress` to `endProgress`.
     [[nodiscard]] bool isRunning() const;
+    /// True until the window has been told what came of a conversion. Main thread.
+    [[nodiscard]] bool isConverting() const;
     /// True once the user has cancelled, the document was closed, or the interruption flag is set.
     [[nodiscard]] bool progressCancelled() const;
     void setProgressCancelled(bool cancelled);

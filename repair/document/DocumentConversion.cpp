@@ -274,6 +274,10 @@ void Document::convertVersionOnThread() {
     }
 }
 
+bool Document::isConverting() const {
+    return conversion_ && !conversion_->hasEnded();
+}
+
 Document::Run Document::beginConversion() {
     if (isRunning() || (conversion_ && conversion_->mayWrite())) {
         return nullptr;

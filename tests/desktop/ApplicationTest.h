@@ -13,13 +13,9 @@
 #include "desktop/Application.h"
 #include "platform/settings/UserPreferences.h"
 #include "tests/desktop/DesktopTest.h"
+#include "tests/desktop/ProjectTexts.h"
 
 namespace vornic::test {
-
-/// A file that needs no repair.
-inline constexpr const char* kSound =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n<xmeml version=\"5\">\n"
-    "    <sequence>\n        <name>Cut</name>\n    </sequence>\n</xmeml>\n";
 
 /// A widget of a kind that is on the screen, or null.
 template <typename Widget>

@@ -13,19 +13,17 @@
 
 #include "desktop/DocumentMainWindow.h"
 #include "desktop/FileIcons.h"
+#include "desktop/WindowSize.h"
 #include "platform/settings/UserPreferences.h"
 #include "platform/threads/MainThread.h"
 #include "platform/threads/Thread.h"
 #include "tests/desktop/DesktopTest.h"
+#include "tests/desktop/ProjectTexts.h"
 
 // Real documents in their windows.
 
 namespace vornic::test {
 namespace {
-
-constexpr const char* kSound =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n<xmeml version=\"5\">\n"
-    "    <sequence>\n        <name>Cut</name>\n    </sequence>\n</xmeml>\n";
 
 std::string damaged(std::string text) {
     return text.replace(text.find("Cut"), 3, "C\x0But");
@@ -359,14 +357,13 @@ TEST_F(DocumentMainWindowTest, showsNoDialogForAFileThatHasGone) {
 }
 
 TEST_F(DocumentMainWindowTest, leavesRoomForItsFrameOnTheScreen) {
-    constexpr QSize kFrame(8, 32);
     const platform::UserPreferences preferences;
     ErrorSlot error;
     for (const std::int64_t length : {std::int64_t{16000}, std::int64_t{1} << 40U}) {
         ASSERT_TRUE(preferences.setValue("window.windowMain.width", length, error));
         ASSERT_TRUE(preferences.setValue("window.windowMain.height", length, error));
         const DocumentMainWindow shown(Document::create(), {});
-        EXPECT_EQ(shown.size(), shown.screen()->availableSize() - kFrame) << length;
+        EXPECT_EQ(shown.size(), shown.screen()->availableSize() - kWindowFrame) << length;
     }
 }
 

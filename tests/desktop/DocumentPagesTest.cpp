@@ -1,7 +1,9 @@
+#include <QAbstractButton>
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
 #include <QPushButton>
+#include <QTabBar>
 #include <QToolButton>
 #include <string>
 
@@ -186,6 +188,29 @@ TEST_F(DocumentPagesTest, fitASmallScreen) {
         EXPECT_LE(window->minimumSizeHint().width(), 640);
         EXPECT_LE(window->minimumSizeHint().height(), 400);
     }
+}
+
+TEST_F(DocumentPagesTest, cutNoButtonOffInTheNarrowestWindow) {
+    DocumentMainWindow* const window = checked();
+    window->resize(window->minimumSize());
+    ASSERT_TRUE(waitUntil([&] { return window->width() == window->minimumWidth(); }));
+    int count = 0;
+    for (const auto page : {DocumentMainWindow::Page::findings, DocumentMainWindow::Page::changes,
+                            DocumentMainWindow::Page::media}) {
+        window->showPage(page);
+        QApplication::processEvents();
+        for (const QAbstractButton* const button : window->findChildren<QAbstractButton*>()) {
+            const bool isText = !button->text().isEmpty() && button->isVisible();
+            const QRect place(button->mapTo(window, QPoint()), button->size());
+            if (isText && qobject_cast<const QTabBar*>(button->parent()) == nullptr) {
+                ++count;
+                EXPECT_GE(button->width(), button->sizeHint().width())
+                    << button->objectName().toStdString();
+                EXPECT_TRUE(window->rect().contains(place)) << button->objectName().toStdString();
+            }
+        }
+    }
+    EXPECT_GT(count, 10);
 }
 
 }  // namespace

@@ -103,6 +103,27 @@ TEST_F(HeaderTextTest, hasNoTickWhenNothingWasSaved) {
     EXPECT_EQ(header().sign, HeaderSign::bad);
 }
 
+TEST_F(HeaderTextTest, hasATickBesideNothingThatFailed) {
+    using Outcome = RepairOutcome;
+    for (const Outcome outcome :
+         {Outcome::repairedNotSwapped, Outcome::unable, Outcome::cancelled, Outcome::stopped}) {
+        facts.action = Action::repair;
+        facts.outcome = outcome;
+        EXPECT_NE(header().sign, HeaderSign::good) << static_cast<int>(outcome);
+    }
+    facts.outcome = Outcome::sound;
+    EXPECT_EQ(header().sign, HeaderSign::good);
+    facts.hasChangedSince = true;
+    EXPECT_NE(header().sign, HeaderSign::good);
+    facts.hasChangedSince = false;
+    add(inspection->file.report, 1, 0);
+    for (const Action action : {Action::none, Action::check, Action::repair, Action::mend,
+                                Action::restore, Action::conversion, Action::relink}) {
+        facts.action = action;
+        EXPECT_NE(header().sign, HeaderSign::good) << static_cast<int>(action);
+    }
+}
+
 TEST_F(HeaderTextTest, saysThatAFileIsGone) {
     facts.isThere = false;
     EXPECT_EQ(header().sentence, "The file is not where it was");

@@ -1,9 +1,11 @@
+#include <filesystem>
 #include <fstream>
 #include <string>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/desktop/ProjectTexts.h"
 #include "tests/desktop/program/ProgramTest.h"
 #include "tests/support/machine/FileState.h"
 
@@ -23,20 +25,6 @@ constexpr const char* kWithMedia =
     "            <clipitem><name>Harbour</name><file id=\"f\"><name>Harbour.mov</name>\n"
     "                <pathurl>file://localhost/Volumes/Gone/Harbour.mov</pathurl>\n"
     "            </file></clipitem>\n        </track></video></media>\n    </sequence>\n</xmeml>\n";
-
-// Something in it came with version 1.11.
-constexpr const char* kFCPXML =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE fcpxml>\n<fcpxml version=\"1.13\">\n"
-    "    <resources>\n        <format id=\"r1\" frameDuration=\"1/25s\"/>\n"
-    "        <asset id=\"r2\" start=\"0s\" duration=\"10s\" hasVideo=\"1\" format=\"r1\">\n"
-    "            <media-rep kind=\"original-media\" src=\"file:///a.mov\"/>\n        </asset>\n"
-    "    </resources>\n    <project name=\"P\">\n"
-    "        <sequence format=\"r1\" duration=\"1s\">\n            <spine>\n"
-    "                <asset-clip ref=\"r2\" name=\"One\" offset=\"0s\" duration=\"1s\">\n"
-    "                    <adjust-colorConform conformType=\"conformNone\" "
-    "peakNitsOfPQSource=\"100\" peakNitsOfSDRToPQSource=\"100\"/>\n"
-    "                </asset-clip>\n"
-    "            </spine>\n        </sequence>\n    </project>\n</fcpxml>\n";
 
 class PagesProgramTest : public ProgramTest {
   protected:
@@ -174,6 +162,32 @@ TEST_F(PagesProgramTest, eachGuessIsShownBeforeASalvagedCopyIsSaved) {
     session->pressKeys({"Return"});
     EXPECT_TRUE(becomesTrue([&] { return exists(sandbox.path("saved.xml")); }));
     EXPECT_EQ(readBytes(path), kBroken);
+}
+
+TEST_F(PagesProgramTest, headFollowsTheFileBesideSheetsThatAreOpen) {
+    const std::string path = sandbox.write("cut.xml", kWithMedia);
+    const DrivenProgram program = start({path});
+    answer(program, "No repair was necessary");
+    const AccessibleNode window = program.window("cut.xml");
+    session->pressKeys({"ctrl+4"});
+    waitForText(program, window, "1 media file, 1 not there");
+    program.clickButton("Change Folder…");
+    program.window("Change Folder");
+    std::filesystem::rename(sandbox.write("other.part", kBroken), path);
+    waitForText(program, window, "1 problem needs you");
+    session->pressKeys({"Escape"});
+    program.waitUntilGone("Change Folder");
+    program.choose(window, "File", "Save a Salvaged Copy…");
+    program.window("Save a Salvaged Copy");
+    std::filesystem::remove(path);
+    waitForText(program, window, "The file is not where it was");
+    program.clickButton("Save…");
+    program.waitFor("the panel", [&] { return !program.find("tree", "Guesses"); });
+    program.waitUntilActive("Save a Salvaged Copy");
+    session->pressKeys({"ctrl+a"});
+    session->type(sandbox.path("saved.xml"));
+    session->pressKeys({"Return"});
+    EXPECT_TRUE(becomesTrue([&] { return exists(sandbox.path("saved.xml")); }));
 }
 
 TEST_F(PagesProgramTest, commandsForAFileSayThatNoneIsOpen) {

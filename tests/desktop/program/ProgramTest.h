@@ -11,6 +11,7 @@
 
 #include "app/AppController.h"
 #include "platform/settings/UserPreferences.h"
+#include "tests/desktop/ProjectTexts.h"
 #include "tests/desktop/program/DesktopSession.h"
 #include "tests/desktop/program/DrivenProgram.h"
 #include "tests/desktop/program/Waiting.h"
@@ -19,13 +20,10 @@
 
 namespace vornic::test {
 
-/// A file with a character that XML forbids, which the repair takes out, and the same without.
+/// A file with a character that XML forbids, which the repair takes out.
 inline constexpr const char* kDamaged =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n<xmeml version=\"5\">\n"
     "    <sequence>\n        <name>C\vut</name>\n    </sequence>\n</xmeml>\n";
-inline constexpr const char* kSound =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n<xmeml version=\"5\">\n"
-    "    <sequence>\n        <name>Cut</name>\n    </sequence>\n</xmeml>\n";
 /// A file that no repair can mend.
 inline constexpr const char* kBroken =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n<xmeml version=\"5\">\n"
