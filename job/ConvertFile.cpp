@@ -9,10 +9,11 @@
 
 #include "base/FormatString.h"
 #include "base/PathText.h"
-#include "base/Text.h"
+#include "formats/fcpxml/Bundle.h"
 #include "formats/fcpxml/Version.h"
 #include "job/InPlaceChange.h"
 #include "job/ResultFile.h"
+#include "platform/files/BorrowedMode.h"
 #include "platform/files/Failure.h"
 #include "platform/files/FileSystem.h"
 #include "platform/files/Rename.h"
@@ -27,20 +28,15 @@ namespace fs = std::filesystem;
 using std::string;
 
 constexpr fcpxml::Version kFirstWithBundles{10};
-constexpr std::string_view kBundleEnding = ".fcpxmld";
-constexpr std::string_view kContent = "Info.fcpxml";
 constexpr long kMostNumbers = 10000;
-
-bool isBundleName(std::string_view name) {
-    return lowercasedLetters(platform::splitExtension(name).extension) == kBundleEnding;
-}
 
 // The bundle whose project a file is, or "".
 string bundleOf(const string& path) {
     const string folder = platform::parentFolder(path);
     std::error_code unknown;
-    const bool isContent = platform::lastComponent(path) == kContent;
-    if (!isContent || !isBundleName(folder == "." ? platform::currentDirectory() : folder)) {
+    const bool isContent = platform::lastComponent(path) == fcpxml::kBundleContent;
+    if (!isContent ||
+        !fcpxml::isBundleName(folder == "." ? platform::currentDirectory() : folder)) {
         return "";
     }
     const auto real = fs::canonical(folder, unknown);
@@ -130,7 +126,7 @@ class Converting {
         const bool isAsked =
             request_.form == BundleForm::bundle ||
             (request_.form == BundleForm::asTheFile &&
-             (!bundle_.empty() || (request_.output && isBundleName(*request_.output))));
+             (!bundle_.empty() || (request_.output && fcpxml::isBundleName(*request_.output))));
         return isAsked && hasBundles();
     }
 
@@ -139,7 +135,7 @@ class Converting {
             !platform::isDirectory(*request_.output) && !becomesBundle()) {
             return formatString("there is no folder %@.", *request_.output);
         }
-        if (request_.output && isBundleName(*request_.output) && !becomesBundle()) {
+        if (request_.output && fcpxml::isBundleName(*request_.output) && !becomesBundle()) {
             return formatString("%@ is the name of a bundle, and the result is a file.",
                                 *request_.output);
         }
@@ -160,7 +156,7 @@ class Converting {
     [[nodiscard]] string wantedPath() const {
         const string source = bundle_.empty() ? path_ : bundle_;
         const platform::SplitName name = platform::splitExtension(platform::lastComponent(source));
-        const string extension = becomesBundle()   ? string(kBundleEnding)
+        const string extension = becomesBundle()   ? string(fcpxml::kBundleExtension)
                                  : bundle_.empty() ? name.extension
                                                    : ".fcpxml";
         // Of a name that is too long the end of its stem goes.
@@ -173,7 +169,7 @@ class Converting {
             return source.substr(0, source.size() - platform::lastComponent(source).size()) +
                    wanted;
         }
-        return platform::isDirectory(*request_.output) && !isBundleName(*request_.output)
+        return platform::isDirectory(*request_.output) && !fcpxml::isBundleName(*request_.output)
                    ? platform::joinPath(*request_.output, wanted)
                    : platform::withoutTrailingSlashes(*request_.output);
     }
@@ -205,12 +201,14 @@ class Converting {
             return refuse(error->localizedDescription());
         }
         const string bundle = platform::joinPath(hidden.path(), platform::lastComponent(wanted));
-        const string content = platform::joinPath(bundle, kContent);
+        const string content = fcpxml::contentOfBundle(bundle);
         // It names what of the bundle it is that cannot be copied.
         if (!bundle_.empty() && !platform::copyItem(bundle_, bundle, error)) {
             return refuse(error->localizedDescription());
         }
-        const fs::perms mode = letChange(bundle);
+        // A bundle that may not be changed can be copied, and its copy is to be the same in the
+        // end.
+        const platform::BorrowedMode mode(bundle);
         const bool isMade = bundle_.empty() ? platform::createDirectory(bundle, error)
                                             : platform::removeFile(content, error);
         const std::optional<ResultFile> written =
@@ -219,25 +217,8 @@ class Converting {
             return refuseFor(wanted, *error);
         }
         if (giveName(bundle, wanted)) {
-            giveMode(mode);
+            mode.giveBack();
             tellLost(written->lostMetadata);
-        }
-    }
-
-    // A bundle that may not be changed can be copied, and its copy is to be the same in the end.
-    [[nodiscard]] fs::perms letChange(const string& copy) const {
-        std::error_code unknown;
-        const fs::perms mode = fs::status(copy, unknown).permissions();
-        if (!bundle_.empty()) {
-            fs::permissions(copy, fs::perms::owner_all, fs::perm_options::add, unknown);
-        }
-        return mode;
-    }
-
-    void giveMode(fs::perms mode) const {
-        std::error_code unchanged;
-        if (!bundle_.empty()) {
-            fs::permissions(conversion_.report.conversion->result, mode, unchanged);
         }
     }
 

@@ -5,19 +5,12 @@
 #include <utility>
 
 #include "base/Text.h"
+#include "formats/fcpxml/Bundle.h"
 #include "platform/files/FileSystem.h"
 
 namespace vornic {
 
 namespace {
-
-bool isBundle(const std::string& path) {
-    return lowercased(pathExtension(path)) == "fcpxmld";
-}
-
-std::string contentOfBundle(const std::string& path) {
-    return appendingPathComponent(path, "Info.fcpxml");
-}
 
 bool isWorkingCopy(std::string_view name) {
     return name.ends_with("-backup.xml") || name.ends_with("-backup.fcpxml");
@@ -36,8 +29,8 @@ class FolderSearch {
             open.pop_back();
             if (!platform::isDirectory(path)) {
                 files_.paths.push_back(path);
-            } else if (isBundle(path)) {
-                files_.paths.push_back(contentOfBundle(path));
+            } else if (fcpxml::isBundleName(path)) {
+                files_.paths.push_back(fcpxml::contentOfBundle(path));
             } else {
                 enter(path, open);
             }
@@ -80,8 +73,8 @@ ProjectFiles findProjectFiles(const std::vector<std::string>& arguments, bool de
     for (const std::string& argument : arguments) {
         if (argument == "-" || !platform::isDirectory(argument)) {
             files.paths.push_back(argument);
-        } else if (isBundle(argument)) {
-            files.paths.push_back(contentOfBundle(argument));
+        } else if (fcpxml::isBundleName(argument)) {
+            files.paths.push_back(fcpxml::contentOfBundle(argument));
         } else if (descends) {
             FolderSearch(files, stop).search(argument);
         } else {

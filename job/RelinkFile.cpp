@@ -1,7 +1,7 @@
 #include "job/RelinkFile.h"
 
 #include "base/PathText.h"
-#include "base/Text.h"
+#include "formats/fcpxml/Bundle.h"
 
 namespace vornic {
 
@@ -22,8 +22,7 @@ std::string relinkedPath(const std::string& path) {
     std::string whole = path;
     std::string extension = platform::splitExtension(platform::lastComponent(path)).extension;
     const std::string folder = platform::parentFolder(path);
-    if (lowercased(platform::splitExtension(platform::lastComponent(folder)).extension) ==
-        ".fcpxmld") {
+    if (fcpxml::isBundleName(folder)) {
         whole = folder;
     }
     const std::string name = platform::lastComponent(whole);

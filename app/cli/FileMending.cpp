@@ -7,6 +7,7 @@
 #include "base/FormatString.h"
 #include "base/PathText.h"
 #include "formats/FileKind.h"
+#include "formats/fcpxml/Bundle.h"
 #include "foundation/log/QMLog.h"
 #include "job/JournaledSwap.h"
 #include "job/MendFile.h"
@@ -151,9 +152,11 @@ class Fixing {
 
     // What a file that lies in a bundle is called outside of it.
     [[nodiscard]] std::optional<std::string> nameOfBundle() const {
-        const auto [stem, extension] =
-            platform::splitExtension(platform::lastComponent(platform::parentFolder(path_)));
-        return extension == ".fcpxmld" ? std::optional(stem + ".fcpxml") : std::nullopt;
+        const std::string folder = platform::parentFolder(path_);
+        if (!fcpxml::isBundleName(folder)) {
+            return std::nullopt;
+        }
+        return platform::splitExtension(platform::lastComponent(folder)).stem + ".fcpxml";
     }
 
     // The file's name with the ending that its contents ask for.

@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "base/PathText.h"
-#include "base/Text.h"
+#include "formats/fcpxml/Bundle.h"
 
 namespace vornic {
 
@@ -26,10 +26,7 @@ bool isLink(const std::string& path) {
 
 void setPath(BatchRow& row, const std::string& path) {
     const std::string parent = platform::parentFolder(path);
-    const bool isInBundle =
-        lowercased(platform::splitExtension(platform::lastComponent(parent)).extension) ==
-        ".fcpxmld";
-    const std::string seen = isInBundle ? parent : path;
+    const std::string seen = fcpxml::isBundleName(parent) ? parent : path;
     row.path = path;
     row.name = platform::lastComponent(seen);
     row.folder = platform::parentFolder(seen);

@@ -114,15 +114,15 @@ TEST_F(FixCommandLineTest, writesCopiesOfSeveralFilesIntoAFolder) {
 TEST_F(FixCommandLineTest, mendsTheFileOfABundleAndNamesItsCopyAfterIt) {
     const std::string project =
         "<fcpxml version=\"1.10\"><resources/><event name=\"a & b\"/></fcpxml>";
-    std::filesystem::create_directory(files.folder() + "/Day 1.fcpxmld");
+    std::filesystem::create_directory(files.folder() + "/Day 1.FCPXMLD");
     std::filesystem::create_directory(files.folder() + "/out");
-    const std::string inside = write("Day 1.fcpxmld/Info.fcpxml", project);
-    EXPECT_EQ(check({"--fix", "-o", "out", "Day 1.fcpxmld"}).status, 0);
+    const std::string inside = write("Day 1.FCPXMLD/Info.fcpxml", project);
+    EXPECT_EQ(check({"--fix", "-o", "out", "Day 1.FCPXMLD"}).status, 0);
     EXPECT_THAT(namesIn(files.folder() + "/out"), ElementsAre("Day 1.fcpxml"));
     EXPECT_EQ(readBytes(inside), project);
-    EXPECT_EQ(check({"--fix", "Day 1.fcpxmld"}).status, 0);
+    EXPECT_EQ(check({"--fix", "Day 1.FCPXMLD"}).status, 0);
     EXPECT_THAT(readBytes(inside), HasSubstr("a &amp; b"));
-    EXPECT_THAT(namesIn(files.folder() + "/Day 1.fcpxmld"), ElementsAre("Info.fcpxml"));
+    EXPECT_THAT(namesIn(files.folder() + "/Day 1.FCPXMLD"), ElementsAre("Info.fcpxml"));
 }
 
 TEST_F(FixCommandLineTest, takesNoUsageThatWouldDoNothing) {

@@ -1,0 +1,25 @@
+#include <gtest/gtest.h>
+
+#include "formats/fcpxml/Bundle.h"
+
+namespace vornic::fcpxml {
+
+TEST(FCPXMLBundle, isKnownByItsExtensionInAnyCase) {
+    for (const char* path : {"Cut.fcpxmld", "/in/Cut.FCPXMLD", "/in/Cut.FcpXmlD/"}) {
+        EXPECT_TRUE(isBundleName(path)) << path;
+    }
+}
+
+TEST(FCPXMLBundle, isNotKnownByAnythingElse) {
+    for (const char* path : {"", "/", "Cut.fcpxml", "Cut.fcpxmld.xml", ".fcpxmld", "fcpxmld",
+                             "/in/Cut.fcpxmld/Info.fcpxml"}) {
+        EXPECT_FALSE(isBundleName(path)) << path;
+    }
+}
+
+TEST(FCPXMLBundle, hasItsProjectInInfo) {
+    EXPECT_EQ(contentOfBundle("/in/Cut.fcpxmld"), "/in/Cut.fcpxmld/Info.fcpxml");
+    EXPECT_EQ(contentOfBundle("Cut.fcpxmld/"), "Cut.fcpxmld/Info.fcpxml");
+}
+
+}  // namespace vornic::fcpxml
