@@ -5,6 +5,7 @@
 #include <numeric>
 #include <utility>
 
+#include "formats/ElementIndexBuilder.h"
 #include "formats/fcpxml/TimelineReader.h"
 #include "formats/xmeml/TimelineReader.h"
 #include "xml/text/AttributeValue.h"
@@ -130,6 +131,10 @@ std::string_view nameOf(TimelineKind kind) {
     return kNames.at(static_cast<std::size_t>(kind));
 }
 
+std::string TimecodeCount::at(Time time) const {
+    return fcpxml::timecodeText(start + time, frame, isDropFrame);
+}
+
 std::string TimelineSequence::timecodeAt(Time position) const {
     return fcpxml::timecodeText(start + position, frame, isDropFrame);
 }
@@ -151,6 +156,19 @@ std::optional<Timeline::Item> Timeline::itemAt(std::size_t offset) const {
         return std::nullopt;
     }
     return Item{sequence, innermostAt(sequences_[sequence].clips, offset)};
+}
+
+Timeline Timeline::ofText(std::string_view text) {
+    // What is mended is told by a check.
+    class UnheardMends final : public XMLMendSink {
+        void mend(const XMLMend& /*mend*/, std::string_view /*name*/) override {}
+        void edit(const XMLEdit& /*edit*/) override {}
+        void dropped(TextSpan /*characters*/) override {}
+    };
+    ElementIndexBuilder builder(text);
+    UnheardMends mends;
+    static_cast<void>(readXML(text, XMLMode::tolerant, &builder, &mends));
+    return Timeline(std::move(builder).finish());
 }
 
 std::string shownName(std::string_view raw) {

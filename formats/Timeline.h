@@ -39,6 +39,18 @@ enum class TimelineKind : std::uint8_t {
 /// "video", "audio", "compound clip"…: what people call it.
 [[nodiscard]] std::string_view nameOf(TimelineKind kind);
 
+/// How a timecode counts.
+struct TimecodeCount {
+    /// The length of a frame; unknown where the file does not say.
+    fcpxml::Time frame;
+    /// The timecode of the time 0.
+    fcpxml::Time start = fcpxml::Time(0);
+    bool isDropFrame = false;
+
+    /// "01:00:04;12"; "" where it is not known.
+    [[nodiscard]] std::string at(fcpxml::Time time) const;
+};
+
 /// Something that takes a while on a timeline. Times that the file leaves open are unknown.
 struct TimelineClip {
     TimelineKind kind = TimelineKind::video;
@@ -64,6 +76,8 @@ struct TimelineClip {
     /// What it shows of its media, in their own time.
     fcpxml::Time in;
     fcpxml::Time out;
+    /// The timecode of its media.
+    TimecodeCount source;
 };
 
 struct TimelineMarker {
@@ -131,6 +145,9 @@ class Timeline {
     /// The innermost clip, or else the sequence, around a place of the text; nothing outside of
     /// all sequences. Costs the depth of the place.
     [[nodiscard]] std::optional<Item> itemAt(std::size_t offset) const;
+
+    /// Of a project file's text, read in tolerant mode up to what cannot be mended. Any thread.
+    [[nodiscard]] static Timeline ofText(std::string_view text);
 
   private:
     std::vector<TimelineSequence> sequences_;

@@ -39,13 +39,14 @@ std::vector<TimelineMark> marksOn(const Timeline& timeline, std::string_view tex
                                   const TextDecoding& decoding, const Findings& findings) {
     std::vector<TimelineMark> marks;
     TextOffsets offsets(text, decoding);
-    for (const Finding& finding : findings.kept()) {
+    for (std::size_t number = 0; number < findings.kept().size(); ++number) {
+        const Finding& finding = findings.kept()[number];
         // What is about the whole file lies nowhere.
         if (finding.where.line == 0) {
             continue;
         }
         if (const auto item = timeline.itemAt(offsets.of(finding.where.offset))) {
-            marks.push_back({*item, finding.severity, finding.message()});
+            marks.push_back({*item, finding.severity, finding.message(), number});
         }
     }
     return marks;

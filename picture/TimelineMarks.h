@@ -15,6 +15,8 @@ struct TimelineMark {
     Timeline::Item item;
     Severity severity = Severity::error;
     std::string message;
+    /// Its number among those that the findings keep.
+    std::size_t finding = 0;
 };
 
 /// The findings that lie in a sequence, in the order of the file. One pass over the text.

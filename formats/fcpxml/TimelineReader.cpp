@@ -101,6 +101,7 @@ class Reader {
     [[nodiscard]] TimelineKind kindOf(const StoryElement& story);
     [[nodiscard]] std::string nameOf(ElementNumber element) const;
     [[nodiscard]] std::string mediaOf(std::string_view reference);
+    [[nodiscard]] TimecodeCount sourceOf(const StoryElement& story);
     [[nodiscard]] int laneOf(const StoryElement& story, const Level& around) const;
 
     const ElementIndex& index_;
@@ -296,6 +297,10 @@ void Reader::openItem(Level& level, StoryElement story, Level* parent) {
     clip.in = level.start;
     clip.out = level.start + duration;
     clip.media = mediaOf(shown.reference);
+    clip.source = sourceOf(shown);
+    if (!clip.source.frame.isKnown()) {
+        clip.source.frame = sequences_[level.sequence].frame;
+    }
     clip.name = nameOf(shown.element);
     addClip(level, std::move(clip));
     if (shown.kind == StoryKind::refClip || shown.kind == StoryKind::mcClip) {
@@ -402,6 +407,18 @@ std::string Reader::nameOf(ElementNumber element) const {
 std::string Reader::mediaOf(std::string_view reference) {
     const Resource* const resource = resources_.find(reference);
     return resource == nullptr ? "" : nameOf(resource->element);
+}
+
+// The times of a clip are those of its media.
+TimecodeCount Reader::sourceOf(const StoryElement& story) {
+    TimecodeCount count;
+    count.frame = resources_.frameDurationOf(story.format);
+    count.isDropFrame = story.tcFormat == "DF";
+    if (const Resource* const media = resources_.find(story.reference);
+        media != nullptr && !count.frame.isKnown()) {
+        count.frame = media->frameDuration;
+    }
+    return count;
 }
 
 // Lanes count from the clip that they are connected to; those in an angle stay in its track.

@@ -69,7 +69,9 @@ class Reader {
     void readMarkers(ElementNumber around, const TrackItem* on, Time clipFrame);
     [[nodiscard]] TimelineKind kindOf(const TrackItem& item, const Parts& parts,
                                       bool isAudio) const;
+    [[nodiscard]] ElementNumber definitionOf(ElementNumber file) const;
     [[nodiscard]] std::string mediaOf(ElementNumber file) const;
+    [[nodiscard]] TimecodeCount sourceOf(ElementNumber file, Time clipFrame) const;
     [[nodiscard]] std::string textOf(ElementNumber element) const;
     [[nodiscard]] uint32_t sequenceOf(ElementNumber element) const;
     [[nodiscard]] TimelineSequence& sequence() { return sequences_.back(); }
@@ -223,7 +225,9 @@ void Reader::readClip(const TrackItem& item, const TrackItem& previous, const Tr
     if (clip.name.empty() && parts.has(Name::effect)) {
         clip.name = textOf(view_.childOf(parts[Name::effect], Name::name));
     }
-    clip.media = mediaOf(item.file);
+    const ElementNumber file = definitionOf(item.file);
+    clip.media = mediaOf(file);
+    clip.source = sourceOf(file, frame);
     if (parts.has(Name::sequence)) {
         const auto number = static_cast<uint32_t>(sequence().clips.size());
         openings_.push_back(
@@ -280,25 +284,45 @@ TimelineKind Reader::kindOf(const TrackItem& item, const Parts& parts, bool isAu
     return isAudio ? TimelineKind::audio : TimelineKind::video;
 }
 
+// The element that a reference means; `kNoElement` where there is none.
+ElementNumber Reader::definitionOf(ElementNumber file) const {
+    if (file == kNoElement || !view_.isReference(file)) {
+        return file;
+    }
+    std::string storage;
+    const auto definition = files_.find(std::string(view_.idOf(file, storage)));
+    return definition == files_.end() ? kNoElement : definition->second;
+}
+
 // The name of the file, else that of its path.
 std::string Reader::mediaOf(ElementNumber file) const {
     if (file == kNoElement) {
         return "";
     }
     std::string storage;
-    if (view_.isReference(file)) {
-        const auto definition = files_.find(std::string(view_.idOf(file, storage)));
-        if (definition == files_.end()) {
-            return "";
-        }
-        file = definition->second;
-    }
     const Parts parts(view_, file);
     if (std::string name = textOf(parts[Name::name]); !name.empty()) {
         return name;
     }
     const std::string_view url = view_.textOf(parts[Name::pathurl], storage);
     return shownName(url.substr(url.rfind('/') + 1));
+}
+
+// Frames of a clip count from the first one of its file.
+TimecodeCount Reader::sourceOf(ElementNumber file, Time clipFrame) const {
+    TimecodeCount count;
+    count.frame = clipFrame;
+    if (file == kNoElement) {
+        return count;
+    }
+    const TimelineHead head = readTimelineHead(view_, file);
+    const Time frame = frameOf(head.rate);
+    if (frame.isKnown()) {
+        count.frame = frame;
+        count.start = timeOf(head.startFrame, frame).valueOr(Time(0));
+        count.isDropFrame = head.isDropFrame;
+    }
+    return count;
 }
 
 uint32_t Reader::sequenceOf(ElementNumber element) const {

@@ -113,6 +113,30 @@ TEST(Timeline, countsDropFrame) {
     EXPECT_EQ(lastOf(xmeml).timecodeAt(Time(2 * 1001, 30000)), "00:01:00;02");
 }
 
+TEST(Timeline, countsInAndOutAsTheMediaDo) {
+    const Timeline xmeml = timelineOf(xmemlOf(
+        "<video><track>" +
+            clipItem("c", times(0, 50, 10, 60),
+                     "<file id=\"f\"><name>a.mov</name><rate><timebase>30</timebase><ntsc>TRUE"
+                     "</ntsc></rate><timecode><string>00:00:59;20</string><frame>1790</frame>"
+                     "<displayformat>DF</displayformat></timecode></file>"
+                     "<rate><timebase>30</timebase><ntsc>TRUE</ntsc></rate>") +
+            clipItem("again", times(50, 60, 0, 10), "<file id=\"f\"/>") + "</track></video>",
+        "25"));
+    const TimelineClip& clip = clipOf(xmeml, "c");
+    EXPECT_EQ(clip.source.at(clip.in), "00:01:00;02");
+    EXPECT_EQ(clip.source.at(clip.out), "00:01:01;22");
+    EXPECT_EQ(clipOf(xmeml, "again").source.at(Time(0)), "00:00:59;20");
+    const Timeline fcpxml =
+        timelineOf(projectOf("<asset-clip name=\"c\" ref=\"r2\" format=\"r3\" tcFormat=\"DF\" "
+                             "offset=\"3600s\" start=\"1801800/30000s\" duration=\"30030/30000s\"/>"
+                             "<gap name=\"g\" start=\"3600s\" duration=\"2s\"/>"));
+    const TimelineClip& dropped = clipOf(fcpxml, "c");
+    EXPECT_EQ(dropped.source.at(dropped.in), "00:01:00;02");
+    EXPECT_EQ(dropped.source.at(dropped.out), "00:01:01;02");
+    EXPECT_EQ(clipOf(fcpxml, "g").source.at(Time(3600)), "01:00:00:00");
+}
+
 TEST(Timeline, knowsWhatCompoundAndMulticamClipsShow) {
     const Timeline timeline = timelineOf(
         projectOf("<ref-clip name=\"compound\" ref=\"r5\" offset=\"3600s\" duration=\"2s\"/>"

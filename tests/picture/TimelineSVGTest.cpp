@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "picture/SVGCanvas.h"
 #include "picture/TimelineSVG.h"
 #include "xml/reader/XMLReader.h"
 
@@ -70,6 +71,51 @@ TEST(TimelineSVG, marksAFindingOnItsClip) {
     const std::size_t title = marked.rfind("<title>", message);
     EXPECT_NE(marked.substr(title, message - title).find("at 00:00:02:00"), std::string::npos);
     EXPECT_NE(marked.find("#c21f1f", message), std::string::npos);
+}
+
+TEST(TimelineSVG, saysASeverityByFormAndWordToo) {
+    const Timeline timeline = timelineWith("clip", 3);
+    const std::string plain = timelineSVG(timeline, {}, "t");
+    EXPECT_EQ(plain.find("warning"), std::string::npos);
+    const std::string marked = timelineSVG(
+        timeline,
+        {{{0, 0}, Severity::warning, "First."}, {{0, kNoTimelineItem}, Severity::info, "All."}},
+        "t");
+    EXPECT_NE(marked.find(">00:00:00:00, clip — warning: First.<"), std::string::npos);
+    EXPECT_NE(marked.find(">note: All.<"), std::string::npos);
+    EXPECT_NE(marked.find(">warning<"), std::string::npos) << "in the legend";
+    EXPECT_NE(marked.find(">!</text>"), std::string::npos) << "in the sign";
+    EXPECT_NE(marked.find(">video<"), std::string::npos) << "the kind in the legend";
+}
+
+TEST(TimelineSVG, writesOutWhatTurnsTheTextAround) {
+    const std::string svg = timelineSVG(timelineWith("a\u202Eb\nc"), {}, "\u202E");
+    EXPECT_EQ(svg.find("\u202E"), std::string::npos);
+    EXPECT_NE(svg.find("a&lt;U+202E&gt;b"), std::string::npos);
+}
+
+TEST(TimelineSVG, isTheSameEachTime) {
+    const Timeline timeline = timelineWith("clip", 500);
+    const std::vector<TimelineMark> marks = {{{0, 7}, Severity::error, "It is wrong."}};
+    EXPECT_EQ(timelineSVG(timeline, marks, "t"), timelineSVG(timeline, marks, "t"));
+}
+
+TEST(TimelineSVG, countsTheClipsThatAreTooShortToBeDrawn) {
+    TimelineSequence sequence;
+    sequence.place = {0, 100000};
+    sequence.tracks = {{"V1", false, 1}};
+    for (int number = 0; number < 1000; ++number) {
+        TimelineClip clip;
+        clip.position = Time(number, 1000000);
+        clip.duration = Time(1, 1000000);
+        sequence.clips.push_back(clip);
+    }
+    TimelineClip last;
+    last.position = Time(100);
+    last.duration = Time(900);
+    sequence.clips.push_back(last);
+    const std::string svg = timelineSVG(Timeline({sequence}), {}, "t");
+    EXPECT_NE(svg.find("999 more clips are too short"), std::string::npos);
 }
 
 TEST(TimelineSVG, drawsTimesThatNoScreenHolds) {
