@@ -11,8 +11,8 @@
 #include <utility>
 #include <vector>
 
-#include "formats/Blocks.h"
 #include "formats/FileKind.h"
+#include "platform/processes/PagedList.h"
 #include "xml/text/TextSpan.h"
 
 namespace vornic {
@@ -177,7 +177,7 @@ class ElementIndex {
     void sortIds();
 
     std::string_view text_;
-    Blocks<Entry> entries_;
+    platform::PagedList<Entry> entries_;
     // Sorted by hash, then by element.
     std::vector<Id> ids_;
     std::vector<Collection> withAttribute_;

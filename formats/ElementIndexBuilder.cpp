@@ -58,11 +58,10 @@ void ElementIndexBuilder::startElement(std::string_view name) {
         listNamesOf(fileKindOfRoot(name));
     }
     const auto element = static_cast<ElementNumber>(index_.entries_.size());
-    Entry entry;
+    Entry& entry = index_.entries_.add();
     entry.offset = static_cast<std::uint32_t>(place().offset);
     entry.parent = open_.empty() ? kNoElement : open_.back();
     entry.name = numberOf(name);
-    index_.entries_.push_back(entry);
     open_.push_back(element);
     const bool isKnown = entry.name != ElementIndex::kOtherName;
     if (const std::uint8_t listed = isKnown ? listing_[entry.name] : kNotListed;

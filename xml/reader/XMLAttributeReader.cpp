@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "xml/text/PlainBytes.h"
 #include "xml/text/TextPlace.h"
 
 namespace vornic {
@@ -10,14 +11,11 @@ namespace {
 
 using xmlchars::is;
 
-// Up to this many names of a tag are simply compared with each other.
-constexpr std::size_t kFewAttributes = 16;
-
 constexpr std::string_view kNoUnquotedValue = "\"'<`";
 
 }  // namespace
 
-void XMLAttributeReader::read(bool spaced) {
+void XMLAttributeReader::read(std::string_view name, bool spaced) {
     const char* const start = in_.at();
     if (!spaced) {
         in_.mendOrFault(XMLErrorCode::missingSpace, start,
@@ -30,7 +28,7 @@ void XMLAttributeReader::read(bool spaced) {
         }
         in_.edit(start, 0, " ");
     }
-    const std::string_view name = in_.readName();
+    in_.moveTo(start + name.size());
     checkRepetition(name);
     const char* const afterName = in_.at();
     in_.skipSpace();
@@ -56,22 +54,35 @@ void XMLAttributeReader::read(bool spaced) {
 
 void XMLAttributeReader::checkRepetition(std::string_view name) {
     bool repeated = false;
-    if (names_.size() < kFewAttributes) {
-        // Names of one tag rarely have the length and the first letter in common.
-        repeated = std::any_of(names_.begin(), names_.end(), [name](std::string_view other) {
-            return other.size() == name.size() && other.front() == name.front() && other == name;
-        });
+    if (nameCount_ < kFewNames) {
+        // Names of one tag rarely have so much in common.
+        const std::uint64_t mark =
+            std::uint64_t{1} << (static_cast<unsigned char>(name.front()) +
+                                 static_cast<unsigned char>(name.back()) * 7U + name.size() * 5U) %
+                                    64U;
+        repeated = (marks_ & mark) != 0 && isAmongFew(name);
+        marks_ |= mark;
+        fewNames_[nameCount_] = name;
     } else {
-        if (names_.size() == kFewAttributes) {
-            sortedNames_ = std::set<std::string_view>(names_.begin(), names_.end());
-        }
-        repeated = !sortedNames_.insert(name).second;
+        repeated = !addToMany(name);
     }
     if (repeated) {
         in_.fault(XMLErrorCode::repeatedAttribute, name.data(),
                   "the attribute " + excerpt(name) + " appears twice in the same tag.", name);
     }
-    names_.push_back(name);
+    ++nameCount_;
+}
+
+bool XMLAttributeReader::isAmongFew(std::string_view name) const {
+    const auto* const end = fewNames_.begin() + nameCount_;
+    return std::find(fewNames_.begin(), end, name) != end;
+}
+
+bool XMLAttributeReader::addToMany(std::string_view name) {
+    if (nameCount_ == kFewNames) {
+        manyNames_ = std::set<std::string_view>(fewNames_.begin(), fewNames_.end());
+    }
+    return manyNames_.insert(name).second;
 }
 
 void XMLAttributeReader::readQuotedValue(std::string_view name, bool spaced) {
@@ -79,9 +90,7 @@ void XMLAttributeReader::readQuotedValue(std::string_view name, bool spaced) {
     const char* place = opening + 1;
     bool hasLessThan = false;
     for (;;) {
-        while (place != in_.end() && is(*place, xmlchars::kPlainValue)) {
-            ++place;
-        }
+        place = xmlchars::afterBytes<xmlchars::kPlainValue>(place, in_.end());
         if (place == in_.end()) {
             in_.fault(XMLErrorCode::unclosedAttributeValue, opening,
                       "the attribute value that begins here is never closed.");

@@ -6,6 +6,7 @@
 
 #include "xml/reader/XMLDeclarationReader.h"
 #include "xml/reader/XMLDoctypeReader.h"
+#include "xml/text/PlainBytes.h"
 #include "xml/text/TextDecoding.h"
 #include "xml/text/TextPlace.h"
 
@@ -214,10 +215,11 @@ void XMLContentReader::readStartTag() {
             finishStartTag(name, true, mendedName);
             return;
         }
-        if (xmlchars::nameLength(in_.at(), in_.end()) == 0) {
+        const std::string_view attribute = in_.nameAt(in_.at());
+        if (attribute.empty()) {
             refuseTagEnd(tag, in_.at());
         }
-        attributes_.read(spaced);
+        attributes_.read(attribute, spaced);
     }
 }
 
@@ -254,7 +256,7 @@ void XMLContentReader::readEndTag() {
     const char* const tag = in_.at();
     const OpenElement& element = open_.back();
     const std::string_view name = nameOf(element);
-    if (!in_.startsWith(tag + 2, name)) {
+    if (!xmlchars::startsWithName(tag + 2, in_.end(), name)) {
         refuseEndTag(tag);
     }
     const char* const close = in_.afterSpace(tag + 2 + name.size());
@@ -310,9 +312,7 @@ void XMLContentReader::readText() {
 
 const char* XMLContentReader::passText(const char* place) {
     for (;;) {
-        while (place != in_.end() && is(*place, xmlchars::kPlainText)) {
-            ++place;
-        }
+        place = xmlchars::afterBytes<xmlchars::kPlainText>(place, in_.end());
         if (place == in_.end() || (*place == '<' && beginsMarkup(place))) {
             return place;
         }

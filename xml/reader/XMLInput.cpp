@@ -54,12 +54,6 @@ std::size_t XMLInput::lineOf(const char* place) const {
     return counter.line();
 }
 
-std::string_view XMLInput::readName() {
-    const std::string_view name(at_, xmlchars::nameLength(at_, end_));
-    at_ += name.size();
-    return name;
-}
-
 void XMLInput::fault(XMLErrorCode code, const char* place, std::string sentence,
                      std::string_view name) const {
     throw XMLReadingFault{{code, offsetOf(place), std::string(name), {}, 0}, std::move(sentence)};

@@ -9,6 +9,7 @@
 #include "xml/reader/ForbiddenCharacters.h"
 #include "xml/reader/XMLReaderEvents.h"
 #include "xml/reader/XMLReading.h"
+#include "xml/text/PlainBytes.h"
 #include "xml/text/XMLCharacters.h"
 #include "xml/text/XMLErrorCode.h"
 
@@ -102,7 +103,21 @@ class XMLInput {
         return xmlchars::afterSpace(place, end_);
     }
     /// Reads a name; "" when none begins at the position.
-    [[nodiscard]] std::string_view readName();
+    [[nodiscard]] std::string_view readName() {
+        const std::string_view name = nameAt(at_);
+        at_ += name.size();
+        return name;
+    }
+    /// The name that begins at a place; "" when there is none.
+    [[nodiscard]] std::string_view nameAt(const char* place) const {
+        if (place == end_ || !xmlchars::is(*place, xmlchars::kNameStart)) {
+            return {place, xmlchars::nameLength(place, end_)};
+        }
+        const char* const after = xmlchars::afterBytes<xmlchars::kName>(place, end_);
+        return after == end_ || xmlchars::isASCII(*after)
+                   ? std::string_view(place, static_cast<std::size_t>(after - place))
+                   : std::string_view(place, xmlchars::nameLength(place, end_));
+    }
 
     [[noreturn]] void fault(XMLErrorCode code, const char* place, std::string sentence,
                             std::string_view name = {}) const;

@@ -8,6 +8,7 @@
 #endif
 
 #include "base/Utf8.h"
+#include "xml/text/PlainBytes.h"
 
 namespace vornic::xmlchars {
 
@@ -88,12 +89,9 @@ std::size_t nameLength(const char* at, const char* end) {
 
 std::size_t nameTokenLength(const char* at, const char* end) {
     const char* const start = at;
-    while (at != end) {
-        if (is(*at, kName)) {
-            ++at;
-            continue;
-        }
-        if (isASCII(*at)) {
+    for (;;) {
+        at = afterBytes<kName>(at, end);
+        if (at == end || isASCII(*at)) {
             break;
         }
         const Decoded next = decode(at, end);
