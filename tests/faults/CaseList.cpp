@@ -35,10 +35,10 @@ std::vector<FaultCase> steps(const SceneKind& kind, const std::string& fault, st
 
 }  // namespace
 
-CaseRunner::Lists CaseRunner::list() {
+CaseRunner::Lists CaseRunner::list(const std::function<bool(const std::string& scene)>& isWanted) {
     Lists lists;
     for (const SceneKind& kind : sceneKinds()) {
-        const Prepared* prepared = prepare(kind.name);
+        const Prepared* prepared = isWanted(kind.name) ? prepare(kind.name) : nullptr;
         if (prepared != nullptr) {
             listCalls(*prepared, lists);
             listPlaces(*prepared, lists);

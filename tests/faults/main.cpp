@@ -27,8 +27,10 @@ constexpr const char* kUsage =
     "       run --case SCENE/FAULT/WHERE\n"
     "       run --trace SCENE | --list\n"
     "\n"
-    "Tries N cases (200), chosen by the seed (1) from each kind in turn, of those whose name has\n"
-    "the text in it, or not. Prints what went wrong, with the case that repeats it, and counts by "
+    "Tries N cases (200), chosen by the seed (1) from each kind in turn, of the scenes whose "
+    "name,\n"
+    "with a slash behind it, has the text in it, or not. Prints what went wrong, with the case "
+    "that repeats it, and counts by "
     "kind.\n"
     "--programs names the folder of another build's programs. A run that takes longer than the\n"
     "patience (30 seconds) hangs.\n"
@@ -103,21 +105,20 @@ Options parse(const std::vector<std::string>& words) {
 
 using Lists = std::map<std::string, std::vector<FaultCase>>;
 
-bool isWanted(const std::string& name, const Options& options) {
-    const auto has = [&name](const std::string& part) {
+bool isWanted(const std::string& scene, const Options& options) {
+    const auto has = [name = scene + "/"](const std::string& part) {
         return name.find(part) != std::string::npos;
     };
     return has(options.only) && std::none_of(options.without.begin(), options.without.end(), has);
 }
 
-void keepWanted(Lists& lists, const Options& options) {
+Lists listWanted(CaseRunner& runner, const Options& options) {
+    Lists lists =
+        runner.list([&options](const std::string& scene) { return isWanted(scene, options); });
     std::erase_if(lists, [&](const auto& list) {
         return !options.kinds.empty() && !options.kinds.contains(list.first);
     });
-    for (auto& [kind, cases] : lists) {
-        std::erase_if(cases,
-                      [&](const FaultCase& tried) { return !isWanted(textOf(tried), options); });
-    }
+    return lists;
 }
 
 // The standard's own shuffle may differ between libraries; this does not.
@@ -167,11 +168,9 @@ void tell(const FaultCase& tried, const CaseOutcome& outcome) {
 }
 
 int tryCases(CaseRunner& runner, const Options& options) {
-    Lists lists = runner.list();
-    keepWanted(lists, options);
     std::map<std::string, Count> counts;
     Count all;
-    for (const Chosen& chosen : choose(std::move(lists), options)) {
+    for (const Chosen& chosen : choose(listWanted(runner, options), options)) {
         const CaseOutcome outcome = runner.run(chosen.tried);
         Count& count = counts[chosen.kind];
         for (Count* one : {&count, &all}) {
@@ -216,9 +215,9 @@ int printTrace(CaseRunner& runner, const std::string& scene) {
     return calls.empty() ? kWrongUsage : EXIT_SUCCESS;
 }
 
-int printList(CaseRunner& runner) {
+int printList(CaseRunner& runner, const Options& options) {
     std::size_t all = 0;
-    for (const auto& [kind, cases] : runner.list()) {
+    for (const auto& [kind, cases] : listWanted(runner, options)) {
         std::printf("%-12s %7zu\n", kind.c_str(), cases.size());
         all += cases.size();
     }
@@ -259,7 +258,7 @@ int run(const Options& options) {
     if (!options.trace.empty()) {
         return printTrace(runner, options.trace);
     }
-    return options.list ? printList(runner) : tryCases(runner, options);
+    return options.list ? printList(runner, options) : tryCases(runner, options);
 }
 
 }  // namespace
