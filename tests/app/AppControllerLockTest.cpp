@@ -48,10 +48,11 @@ class AppControllerLockTest : public test::ControllerTest {
     void answerWhenTheInterfaceIsLive() {
         const auto live = std::make_shared<std::promise<void>>();
         platform::MainThread::performAfter(std::chrono::milliseconds(50), [this, live] {
+            // The answer reaches this thread only when the rest is done.
+            live->set_value();
             if (whileAsked) {
                 whileAsked();
             }
-            live->set_value();
         });
         authorization->whenAsked = [this, live] {
             wasLive =

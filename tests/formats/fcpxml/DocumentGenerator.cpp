@@ -223,14 +223,34 @@ std::string DocumentGenerator::valueOf(const ElementDefinition& element,
     return std::string(value);
 }
 
-bool DocumentGenerator::isCovered(const ElementDefinition& element) const {
-    return occurred_.contains(std::string(element.name)) &&
-           std::all_of(element.attributes.begin(), element.attributes.end(),
-                       [&](const auto& attribute) { return isCovered(element, attribute); });
+bool DocumentGenerator::isCovered(const ElementDefinition& element) {
+    if (covered_.contains(&element)) {
+        return true;
+    }
+    const bool isNowCovered =
+        occurred_.contains(std::string(element.name)) &&
+        std::all_of(element.attributes.begin(), element.attributes.end(),
+                    [&](const auto& attribute) { return isCovered(element, attribute); });
+    if (isNowCovered) {
+        covered_.insert(&element);
+    }
+    return isNowCovered;
 }
 
 bool DocumentGenerator::isCovered(const ElementDefinition& element,
-                                  const AttributeDefinition& attribute) const {
+                                  const AttributeDefinition& attribute) {
+    if (covered_.contains(&attribute)) {
+        return true;
+    }
+    const bool isNowCovered = haveAllOccurred(element, attribute);
+    if (isNowCovered) {
+        covered_.insert(&attribute);
+    }
+    return isNowCovered;
+}
+
+bool DocumentGenerator::haveAllOccurred(const ElementDefinition& element,
+                                        const AttributeDefinition& attribute) const {
     const std::string key = keyOf(element, attribute);
     const bool hasValues = attribute.defaultKind != AttributeDefault::fixed;
     return occurred_.contains(key) &&

@@ -8,6 +8,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -43,9 +44,11 @@ class DocumentGenerator {
                                        fcpxml::ContentModel::State state) const;
     [[nodiscard]] std::size_t restOf(const fcpxml::ElementDefinition& element,
                                      fcpxml::ContentModel::State state);
-    [[nodiscard]] bool isCovered(const fcpxml::ElementDefinition& element) const;
+    [[nodiscard]] bool isCovered(const fcpxml::ElementDefinition& element);
     [[nodiscard]] bool isCovered(const fcpxml::ElementDefinition& element,
-                                 const fcpxml::AttributeDefinition& attribute) const;
+                                 const fcpxml::AttributeDefinition& attribute);
+    [[nodiscard]] bool haveAllOccurred(const fcpxml::ElementDefinition& element,
+                                       const fcpxml::AttributeDefinition& attribute) const;
     [[nodiscard]] bool chance(int percent);
 
     const fcpxml::Definition& definition_;
@@ -56,6 +59,8 @@ class DocumentGenerator {
     std::map<std::pair<fcpxml::ElementId, fcpxml::ContentModel::State>, std::size_t> rests_;
     std::set<fcpxml::ElementId> reachable_;
     std::set<std::string> occurred_;
+    // Of which everything has occurred: never to be asked for again.
+    std::unordered_set<const void*> covered_;
     std::string text_;
     int idCount_ = 0;
     std::size_t elementCount_ = 0;

@@ -18,18 +18,24 @@ bool isOfType(const JSON& value, const std::string& type) {
     if (type == "integer") {
         return value.is_number_integer();
     }
-    const std::map<std::string, JSON::value_t> kinds = {{"object", JSON::value_t::object},
-                                                        {"array", JSON::value_t::array},
-                                                        {"string", JSON::value_t::string},
-                                                        {"boolean", JSON::value_t::boolean},
-                                                        {"null", JSON::value_t::null}};
+    static const std::map<std::string, JSON::value_t> kKinds = {{"object", JSON::value_t::object},
+                                                                {"array", JSON::value_t::array},
+                                                                {"string", JSON::value_t::string},
+                                                                {"boolean", JSON::value_t::boolean},
+                                                                {"null", JSON::value_t::null}};
     if (type == "number") {
         return value.is_number();
     }
-    if (!kinds.contains(type)) {
+    if (!kKinds.contains(type)) {
         throw std::invalid_argument("the schema names no type " + type);
     }
-    return value.type() == kinds.at(type);
+    return value.type() == kKinds.at(type);
+}
+
+// Patterns are few, and each takes longer to be understood than to be used.
+const std::regex& regexOf(const std::string& pattern) {
+    static std::map<std::string, std::regex> known;
+    return known.try_emplace(pattern, pattern).first->second;
 }
 
 // Characters of a text that is known to be UTF-8, as a parsed JSON text is.
@@ -187,7 +193,7 @@ class Validation {
 
     void pattern(const JSON& value, const JSON& schema, const std::string& place) {
         const std::string text = value.is_string() ? value.get<std::string>() : "";
-        if (value.is_string() && !std::regex_search(text, std::regex(schema["pattern"]))) {
+        if (value.is_string() && !std::regex_search(text, regexOf(schema["pattern"]))) {
             fault(place, value.dump() + " is not of the form " + schema["pattern"].dump());
         }
     }
