@@ -12,6 +12,7 @@
 #include <plist/plist.h>
 
 #include "base/PathText.h"
+#include "base/Utf8.h"
 #include "platform/files/Failure.h"
 #include "platform/files/FileSystem.h"
 #include "platform/settings/PropertyListGuard.h"
@@ -253,6 +254,27 @@ std::optional<PropertyList> parseNoting(std::string_view bytes, bool& isWhole) {
     return node ? fromNode(node.get(), isWhole) : std::nullopt;
 }
 
+bool isUtf8(std::string_view text) {
+    std::string valid;
+    appendAsValidUtf8(valid, text);
+    return valid == text;
+}
+
+/// The binary form counts the characters of texts: one that is no UTF-8 cannot be read again there.
+bool hasOnlyUtf8(const PropertyList& list) {
+    if (const std::string* text = list.string()) {
+        return isUtf8(*text);
+    }
+    if (const PropertyList::Array* items = list.array()) {
+        return std::all_of(items->begin(), items->end(), hasOnlyUtf8);
+    }
+    const PropertyList::Dictionary* entries = list.dictionary();
+    return entries == nullptr ||
+           std::all_of(entries->begin(), entries->end(), [](const auto& entry) {
+               return isUtf8(entry.first) && hasOnlyUtf8(entry.second);
+           });
+}
+
 /// The list with every date cut to whole seconds.
 PropertyList withWholeSeconds(PropertyList list) {
     if (auto* date = std::get_if<PropertyList::Date>(&list.value())) {
@@ -319,6 +341,9 @@ std::string PropertyList::toXML() const {
 }
 
 std::string PropertyList::toBinary() const {
+    if (!hasOnlyUtf8(*this)) {
+        return "";
+    }
     const PointLocale locale;
     const Node node = toNode(*this);
     char* bytes = nullptr;

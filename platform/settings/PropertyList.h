@@ -72,8 +72,8 @@ class PropertyList {
                                                               ErrorSlot& error);
     /// The XML form, in which dates have whole seconds.
     [[nodiscard]] std::string toXML() const;
-    /// The binary form, in which dates have microseconds, but which cannot hold a string that is no
-    /// UTF-8. "" when it cannot be made.
+    /// The binary form, in which dates have microseconds.
+    /// @return "" when it cannot be made: of a list with a string or key that is no UTF-8.
     [[nodiscard]] std::string toBinary() const;
     /// Writes the list atomically, not synced; folders above it are made. The form is XML, or the
     /// binary one where a date has a part of a second and nothing is lost by it.

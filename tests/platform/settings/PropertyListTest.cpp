@@ -125,6 +125,16 @@ std::string binaryList() {
     return "bplist00" + objects + offsets + trailer;
 }
 
+TEST_F(PropertyListTest, hasNoBinaryFormWithATextThatIsNoUTF8) {
+    const std::string bad = "Trea\xE6";
+    EXPECT_EQ(PropertyList(PropertyList::Value(bad)).toBinary(), "");
+    EXPECT_EQ(
+        PropertyList(PropertyList::Array{1, PropertyList(PropertyList::Value(bad))}).toBinary(),
+        "");
+    EXPECT_EQ(PropertyList(PropertyList::Dictionary{{bad, 1}}).toBinary(), "");
+    EXPECT_NE(PropertyList(PropertyList::Dictionary{{"\xC3\xA6", 1}}).toBinary(), "");
+}
+
 TEST_F(PropertyListTest, readsTheBinaryForm) {
     const std::optional<PropertyList> list = PropertyList::parse(binaryList());
     ASSERT_TRUE(list);
