@@ -73,11 +73,27 @@ class StructureCheck {
     std::optional<RulesBeside> beside_;
 };
 
+}  // namespace
+
+struct ProjectConversion::Open {
+    // Of the source's text, which is large and stays where it is when the conversion is moved.
+    std::optional<ElementIndex> index;
+    bool isWellFormed = false;
+    // The last one: its thread reads the text.
+    std::optional<StructureCheck> structure;
+};
+
+namespace {
+
 // Converts one text.
 class Converting {
   public:
     Converting(ProjectConversion& result, const ConversionRequest& request)
-        : result_(result), request_(request), text_(result.source.text) {}
+        : result_(result),
+          request_(request),
+          text_(result.source.text),
+          index_(result.open->index),
+          structure_(result.open->structure) {}
 
     void run() {
         read();
@@ -92,9 +108,9 @@ class Converting {
             refuse("It is neither FCPXML nor XMEML.");
         }
         placeRefusal();
-        finishStructure();
-        nameStructureFindings(*index_, result_.report.findings);
-        PlaceFinder(*index_, result_.source.decoding).place(result_.report.findings);
+        if (!structure_ || structure_->events() != nullptr) {
+            result_.finish();
+        }
     }
 
   private:
@@ -117,7 +133,7 @@ class Converting {
         const XMLReading reading = readXML(text_, XMLMode::tolerant, events, &sink);
         sink.addFault(reading);
         isComplete_ = !reading.fault;
-        isWellFormed_ = isComplete_ && !sink.hasMends();
+        result_.open->isWellFormed = isComplete_ && !sink.hasMends();
         faultPlace_ = {reading.faultParts ? reading.faultParts->offset : 0, 0};
         index_.emplace(std::move(builder).finish());
         result_.kind = index_->kind();
@@ -125,13 +141,6 @@ class Converting {
         result_.report.version = index_->version();
         if (structure_ && index_->kind() == FileKind::fcpxml) {
             result_.report.definition = "fcpxml " + version->text();
-        }
-    }
-
-    void finishStructure() {
-        if (!result_.report.definition.empty()) {
-            const bool isValid = structure_->finish(result_.report.findings);
-            result_.report.valid = isValid && isWellFormed_;
         }
     }
 
@@ -242,10 +251,9 @@ class Converting {
     ProjectConversion& result_;
     const ConversionRequest& request_;
     string_view text_;
-    std::optional<ElementIndex> index_;
-    std::optional<StructureCheck> structure_;
+    std::optional<ElementIndex>& index_;
+    std::optional<StructureCheck>& structure_;
     bool isComplete_ = false;
-    bool isWellFormed_ = false;
     TextSpan faultPlace_;
     TextSpan refusedAt_;
 };
@@ -266,6 +274,12 @@ bool isProjectVersion(string_view version) {
 }
 
 ProjectConversion ProjectConversion::of(string bytes, const ConversionRequest& request) {
+    ProjectConversion result = begin(std::move(bytes), request);
+    result.finish();
+    return result;
+}
+
+ProjectConversion ProjectConversion::begin(string bytes, const ConversionRequest& request) {
     ProjectConversion result;
     result.report.findings = Findings(request.mostOfARule);
     result.report.bytes = bytes.size();
@@ -279,8 +293,22 @@ ProjectConversion ProjectConversion::of(string bytes, const ConversionRequest& r
     }
     result.source = std::move(*source);
     result.report.encoding = result.source.decoding.encoding;
+    result.open = std::make_shared<Open>();
     Converting(result, request).run();
     return result;
+}
+
+void ProjectConversion::finish() {
+    if (!open) {
+        return;
+    }
+    if (!report.definition.empty()) {
+        const bool isValid = open->structure->finish(report.findings);
+        report.valid = isValid && open->isWellFormed;
+    }
+    nameStructureFindings(*open->index, report.findings);
+    PlaceFinder(*open->index, source.decoding).place(report.findings);
+    open.reset();
 }
 
 bool ProjectConversion::write(const Sink& sink) const {

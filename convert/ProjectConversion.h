@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -51,6 +52,13 @@ struct ProjectConversion {
     /// any thread.
     /// @param bytes of the whole file
     [[nodiscard]] static ProjectConversion of(std::string bytes, const ConversionRequest& request);
+    /// The same, while a thread may still be looking for what is wrong with a large file: edits,
+    /// losses and refusal are there, the report only after `finish`.
+    [[nodiscard]] static ProjectConversion begin(std::string bytes,
+                                                 const ConversionRequest& request);
+    /// Waits for that thread and completes the report. Nothing but the report changes; once, in the
+    /// state that `begin` left. The conversion may have been moved meanwhile.
+    void finish();
 
     /// Hands the bytes of the result over, in the file's own encoding.
     /// @return false when the sink stopped it, or the encoding lacks a character.
@@ -61,6 +69,10 @@ struct ProjectConversion {
     /// The text and what is changed in it.
     DecodedText source;
     EditList edits;
+
+    /// What `finish` needs; none once it has been called.
+    struct Open;
+    std::shared_ptr<Open> open;
 };
 
 /// True for a version of FCPXML, and of XMEML, that files can be converted to.

@@ -60,8 +60,10 @@ class Converting {
                 "The file %@ was not converted: another program has changed it since it was read.",
                 path_));
         } else if (bytes) {
-            conversion_ = ProjectConversion::of(std::move(*bytes), request_.conversion);
+            // What is wrong with the file is looked for while the result is written.
+            conversion_ = ProjectConversion::begin(std::move(*bytes), request_.conversion);
             convert(observer);
+            conversion_.finish();
         } else if (error) {
             refuse(error->localizedDescription());
         }

@@ -115,7 +115,7 @@ bool InPlaceChange::make() {
 }
 
 bool InPlaceChange::save(const WorkingCopy::Writer& bytes) {
-    copy_.save(bytes, result_.error);
+    copy_.save(bytes, result_.error, WorkingCopy::Sending::atOnce);
     return !result_.error;
 }
 

@@ -66,7 +66,7 @@ std::optional<ResultFile> writeResultFile(const std::string& path, const Working
     ResultFile result{.path = path, .lostMetadata = ""};
     int errorNumber = 0;
     const bool isWhole = write([&](std::string_view piece) {
-        errorNumber = platform::writeAll(file.file.get(), piece.data(), piece.size());
+        errorNumber = platform::writeAllForSync(file.file.get(), piece);
         return errorNumber == 0;
     });
     if (!isWhole && errorNumber == 0) {

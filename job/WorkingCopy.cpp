@@ -1,5 +1,6 @@
 #include "job/WorkingCopy.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <tuple>
@@ -235,12 +236,12 @@ void WorkingCopy::expect(const platform::ContentDigest::Value& digest) {
     }
 }
 
-void WorkingCopy::save(const Writer& writer, ErrorSlot& error) {
+void WorkingCopy::save(const Writer& writer, ErrorSlot& error, Sending sending) {
     // The caller's may still hold an earlier step's error.
     ErrorSlot ownError;
     SavedCopy made;
     const Discarded discarded(made);
-    if (!makeTemporary(made, ownError) || !write(made, writer, ownError) ||
+    if (!makeTemporary(made, ownError) || !write(made, writer, sending, ownError) ||
         !place(made, ownError)) {
         error = std::move(ownError);
         return;
@@ -251,12 +252,23 @@ void WorkingCopy::save(const Writer& writer, ErrorSlot& error) {
     isSaved_ = true;
 }
 
-bool WorkingCopy::write(SavedCopy& copy, const Writer& writer, ErrorSlot& error) {
+bool WorkingCopy::write(SavedCopy& copy, const Writer& writer, Sending sending, ErrorSlot& error) {
     platform::ContentDigest digest;
     int errorNumber = 0;
-    const bool isWhole = writer([&](std::string_view piece) {
-        digest.update(piece);
-        errorNumber = platform::writeAll(copy.file.get(), piece.data(), piece.size());
+    const auto writePiece = [&](std::string_view piece) {
+        return sending == Sending::atOnce
+                   ? platform::writeAllForSync(copy.file.get(), piece)
+                   : platform::writeAll(copy.file.get(), piece.data(), piece.size());
+    };
+    const bool isWhole = writer([&](std::string_view bytes) {
+        // What was digested is still in the processor's cache when it is written.
+        constexpr std::size_t kPiece = std::size_t{1} << 20U;
+        for (; !bytes.empty() && errorNumber == 0;
+             bytes.remove_prefix(std::min(kPiece, bytes.size()))) {
+            const std::string_view piece = bytes.substr(0, kPiece);
+            digest.update(piece);
+            errorNumber = writePiece(piece);
+        }
         return errorNumber == 0;
     });
     struct stat status {};

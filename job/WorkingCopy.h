@@ -35,6 +35,13 @@ class WorkingCopy {
         noTurn,
         failed,
     };
+    /// When what is written goes to the disk.
+    enum class Sending {
+        /// When the system likes: most working copies are deleted again.
+        bySystem,
+        /// While it is written, for a copy that is synced next.
+        atOnce,
+    };
     /// Takes the pieces of a file in their order. @return false when no more must come.
     using Sink = std::function<bool(std::string_view piece)>;
     /// Hands a file over piece by piece. @return false when the sink stopped it.
@@ -71,7 +78,7 @@ class WorkingCopy {
     void expect(const platform::ContentDigest::Value& digest);
     /// Writes the file anew, atomically, with the source's mode, owner and attributes. Fills the
     /// slot on failure, after which the copy is as it was.
-    void save(const Writer& write, ErrorSlot& error);
+    void save(const Writer& write, ErrorSlot& error, Sending sending = Sending::bySystem);
     /// Brings what was saved to the disk, for which `swap` waits otherwise. A failure comes again
     /// in `swap`, which tells it.
     void synchronize() const;
@@ -108,7 +115,8 @@ class WorkingCopy {
     // Makes a claimed file under a name that no other program knows.
     [[nodiscard]] bool makeTemporary(SavedCopy& copy, ErrorSlot& error) const;
     [[nodiscard]] bool fill(SavedCopy& copy, Contents contents, ErrorSlot& error) const;
-    [[nodiscard]] bool write(SavedCopy& copy, const Writer& writer, ErrorSlot& error);
+    [[nodiscard]] bool write(SavedCopy& copy, const Writer& writer, Sending sending,
+                             ErrorSlot& error);
     [[nodiscard]] bool place(SavedCopy& copy, ErrorSlot& error);
     [[nodiscard]] int takeName(const SavedCopy& copy, ErrorSlot& error);
 

@@ -18,21 +18,18 @@ namespace {
 
 constexpr int kReadWithoutWaiting = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
-/// Reads to the end of the file, which may be longer or shorter than it was said to be.
+/// Reads to the end of the file, which may be longer or shorter than it was said to be. Through a
+/// block that stays in the processor's cache: to fill the text with zeros first would touch all of
+/// its memory once more.
 int readToEnd(int descriptor, std::size_t expectedSize, std::string& bytes) {
-    constexpr std::size_t kLargestRead = std::size_t{1} << 30U;
-    constexpr std::size_t kSmallestStep = 4096;
-    std::size_t length = 0;
-    // One byte more than expected, so that the end is met without another allocation.
-    reserveInLargePages(bytes, expectedSize + 1);
-    bytes.resize(expectedSize + 1);
+    constexpr std::size_t kLargestBlock = std::size_t{256} << 10U;
+    const std::size_t blockSize = std::min(expectedSize + 1, kLargestBlock);
+    const auto block = std::make_unique_for_overwrite<char[]>(blockSize);
+    bytes.clear();
+    reserveInLargePages(bytes, expectedSize);
     for (;;) {
-        if (length == bytes.size()) {
-            bytes.resize(length + std::max(length / 2, kSmallestStep));
-        }
         const ssize_t got =
-            pread(descriptor, bytes.data() + length, std::min(bytes.size() - length, kLargestRead),
-                  static_cast<off_t>(length));
+            pread(descriptor, block.get(), blockSize, static_cast<off_t>(bytes.size()));
         if (got < 0 && errno == EINTR) {
             continue;
         }
@@ -42,9 +39,8 @@ int readToEnd(int descriptor, std::size_t expectedSize, std::string& bytes) {
         if (got == 0) {
             break;
         }
-        length += static_cast<std::size_t>(got);
+        bytes.append(block.get(), static_cast<std::size_t>(got));
     }
-    bytes.resize(length);
     return 0;
 }
 
@@ -169,6 +165,27 @@ int writeAll(int descriptor, const char* bytes, std::size_t count) {
         }
         bytes += written;
         count -= static_cast<std::size_t>(written);
+    }
+    return 0;
+}
+
+int writeAllForSync(int descriptor, std::string_view bytes) {
+    // Less is not worth a call.
+    constexpr std::size_t kSmallest = std::size_t{1} << 20U;
+    constexpr std::size_t kStep = std::size_t{4} << 20U;
+    while (!bytes.empty()) {
+        const std::string_view piece = bytes.substr(0, kStep);
+        if (const int errorNumber = writeAll(descriptor, piece.data(), piece.size())) {
+            return errorNumber;
+        }
+        if (piece.size() >= kSmallest) {
+            const off_t end = lseek(descriptor, 0, SEEK_CUR);
+            // Where it cannot be sent ahead, the sync sends it.
+            static_cast<void>(sync_file_range(descriptor, end - static_cast<off_t>(piece.size()),
+                                              static_cast<off_t>(piece.size()),
+                                              SYNC_FILE_RANGE_WRITE));
+        }
+        bytes.remove_prefix(piece.size());
     }
     return 0;
 }

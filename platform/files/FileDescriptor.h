@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -71,6 +72,10 @@ class FileDescriptor {
 
 /// Writes all bytes through interruptions and short writes. @return 0 or the errno value.
 [[nodiscard]] int writeAll(int descriptor, const char* bytes, std::size_t count);
+
+/// The same for a file that is synced once it is whole: what is written is sent to the disk while
+/// more is being written, so that the sync has little to wait for.
+[[nodiscard]] int writeAllForSync(int descriptor, std::string_view bytes);
 
 /// `fsync`; a file system that cannot sync is no failure. @return 0 or the errno value.
 [[nodiscard]] int synchronize(int descriptor);

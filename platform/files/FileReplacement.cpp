@@ -253,7 +253,7 @@ bool FileReplacement::open(const std::string& path, ErrorSlot& error) {
 }
 
 bool FileReplacement::write(std::string_view bytes, ErrorSlot& error) {
-    const int errorNumber = writeAll(state_->file.get(), bytes.data(), bytes.size());
+    const int errorNumber = writeAllForSync(state_->file.get(), bytes);
     return errorNumber == 0 || failFile(error, state_->path, "written", errorNumber);
 }
 

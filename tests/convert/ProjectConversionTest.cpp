@@ -75,6 +75,19 @@ TEST(ProjectConversion, saysTheSameOnTwoThreads) {
     }
 }
 
+TEST(ProjectConversion, canBeMovedAndWrittenBeforeItsReportIsComplete) {
+    const ConversionRequest request{.to = "1.12", .usesThreads = true};
+    const auto whole = ProjectConversion::of(faultyProject(), request);
+    ProjectConversion moved = ProjectConversion::begin(faultyProject(), request);
+    ProjectConversion begun = std::move(moved);
+    EXPECT_EQ(begun.losses, whole.losses);
+    EXPECT_EQ(resultOf(begun), resultOf(whole));
+    EXPECT_LT(begun.report.findings.kept().size(), whole.report.findings.kept().size());
+    begun.finish();
+    EXPECT_EQ(told(begun), told(whole));
+    EXPECT_EQ(begun.report.valid, whole.report.valid);
+}
+
 // What is wrong with the structure is told when nothing can be converted, too.
 TEST(ProjectConversion, saysWhatIsWrongWhereItEndsEarly) {
     const std::string cut = faultyProject().substr(0, 2U << 20U);

@@ -116,6 +116,30 @@ TEST_F(FileDescriptorTest, writesEverythingThroughShortWritesAndSignals) {
     }));
 }
 
+TEST_F(FileDescriptorTest, readsWhatWasWrittenToBeSyncedWhateverItsSize) {
+    constexpr std::size_t kMegabyte = std::size_t{1} << 20U;
+    for (const std::size_t size : {std::size_t{0}, std::size_t{1}, kMegabyte / 4, kMegabyte / 4 + 1,
+                                   kMegabyte, 9 * kMegabyte + 7}) {
+        std::string text(size, '\0');
+        for (std::size_t at = 0; at < size; ++at) {
+            text[at] = static_cast<char>(at % 251);
+        }
+        const std::string path = sandbox.path(std::to_string(size));
+        const FileDescriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+        ASSERT_EQ(writeAllForSync(file.get(), "head"), 0);
+        ASSERT_EQ(writeAllForSync(file.get(), text), 0);
+        ASSERT_EQ(synchronize(file.get()), 0);
+        std::string got = "what was there";
+        ASSERT_EQ(readContents(file.get(), got), 0);
+        EXPECT_TRUE(got == "head" + text) << size;
+    }
+}
+
+TEST_F(FileDescriptorTest, tellsWhyNothingCanBeWrittenToBeSynced) {
+    const FileDescriptor full(::open("/dev/full", O_WRONLY | O_CLOEXEC));
+    EXPECT_EQ(writeAllForSync(full.get(), std::string(std::size_t{5} << 20U, 'x')), ENOSPC);
+}
+
 TEST_F(FileDescriptorTest, listsAFolderWithoutItselfAndItsParent) {
     sandbox.write("b", "");
     sandbox.write(".a", "");
