@@ -38,7 +38,8 @@ Removal removeWhileIs(const std::string& path, const FileIdentity& identity,
         return Removal::another;
     }
     errorNumber = renameWithoutReplacing(path, aside);
-    if (errorNumber != 0) {
+    // A network volume may rename and report an error all the same.
+    if (errorNumber != 0 && fileIdentity(aside) != identity) {
         return Removal::failed;
     }
     const std::optional<FileVersion> taken = versionAt(aside, errorNumber);
