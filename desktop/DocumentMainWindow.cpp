@@ -161,6 +161,8 @@ QWidget* DocumentMainWindow::makePages() {
                            pages_);
     pages_->addTab(changes_, tr("Changes"));
     pages_->addTab(media_, tr("Media"));
+    timeline_ = makeTimeline();
+    pages_->addTab(timeline_, tr("Timeline"));
     return pages_;
 }
 
@@ -349,6 +351,9 @@ void DocumentMainWindow::showPage(Page page) {
         case Page::media:
             media_->table().setFocus(Qt::OtherFocusReason);
             break;
+        case Page::timeline:
+            timeline_->area().setFocus(Qt::OtherFocusReason);
+            break;
     }
 }
 
@@ -405,6 +410,7 @@ void DocumentMainWindow::takeTable(std::shared_ptr<const FindingsTable> table) {
     findings_->setMayMend(!isActing_);
     changes_->setTable(table_);
     media_->expire();
+    timeline_->setInspection(inspection);
     writeHeader();
     if (std::exchange(showsChangesNext_, false)) {
         showPage(Page::changes);

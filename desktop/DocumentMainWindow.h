@@ -29,6 +29,7 @@
 #include "desktop/ReportView.h"
 #include "desktop/SourceView.h"
 #include "desktop/VersionSheet.h"
+#include "desktop/timeline/TimelinePage.h"
 #include "repair/document/Document.h"
 
 namespace vornic {
@@ -63,9 +64,10 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     [[nodiscard]] SourceView& source() { return *source_; }
     [[nodiscard]] ChangesView& changes() { return *changes_; }
     [[nodiscard]] MediaView& media() { return *media_; }
+    [[nodiscard]] TimelinePage& timeline() { return *timeline_; }
 
     /// The pages below the header.
-    enum class Page { findings, source, changes, media };
+    enum class Page { findings, source, changes, media, timeline };
     void showPage(Page page);
     [[nodiscard]] Page page() const;
 
@@ -80,6 +82,9 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     /// Asks where to, and writes what was found there as HTML, PDF, text or JSON, by the ending.
     void saveFindings();
     void saveFindingsTo(const std::string& path);
+    /// Asks where to, and writes a picture of the timeline as SVG, PNG or PDF, by the ending.
+    void savePicture();
+    void savePictureTo(const std::string& path);
     /// Asks where to, and writes what the safe mends make of the file as a new file.
     void saveMendedCopy();
     void saveMendedCopyTo(const std::string& to);
@@ -146,6 +151,7 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
   private:
     QWidget* makePages();
     QWidget* makeFoot();
+    TimelinePage* makeTimeline();
     // Where the files are, below the pages.
     void setOutcome(const QString& text, bool showsFile, bool showsTrash);
     void writeReport(const std::string& path);
@@ -198,6 +204,7 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     SourceView* source_ = nullptr;
     ChangesView* changes_ = nullptr;
     MediaView* media_ = nullptr;
+    TimelinePage* timeline_ = nullptr;
     FileInspector* inspector_ = nullptr;
     // What the header is written from, and what was found last.
     HeaderFacts facts_;

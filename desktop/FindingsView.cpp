@@ -151,6 +151,7 @@ QWidget* FindingsView::makeBar() {
 }
 
 void FindingsView::setTable(std::shared_ptr<const FindingsTable> table) {
+    wanted_ = nullptr;
     model_->setTable(std::move(table));
     countSeverities();
 }
@@ -163,6 +164,32 @@ void FindingsView::begin() {
         tree_->clearSelection();
     }
     showDetails(tree_->currentIndex());
+    if (wanted_ != nullptr && choose(*wanted_)) {
+        wanted_ = nullptr;
+    }
+}
+
+// @return false when no row shows it
+bool FindingsView::choose(const Finding& finding) {
+    const QModelIndex index = model_->indexOf(finding);
+    if (!index.isValid()) {
+        return false;
+    }
+    tree_->setCurrentIndex(index);
+    tree_->scrollTo(index);
+    return true;
+}
+
+// The rows of a large table come later.
+void FindingsView::showFinding(const Finding& finding) {
+    if (choose(finding)) {
+        return;
+    }
+    wanted_ = &finding;
+    for (QToolButton* const button : switches_) {
+        button->setChecked(true);
+    }
+    filter_->clear();
 }
 
 void FindingsView::setMayMend(bool mayMend) {

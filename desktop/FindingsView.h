@@ -33,6 +33,8 @@ class FindingsView : public QWidget {
     void setTable(std::shared_ptr<const FindingsTable> table);
     [[nodiscard]] FindingsModel& model() { return *model_; }
     [[nodiscard]] QTreeView& tree() { return *tree_; }
+    /// Chooses a finding of the table; one that the filter hides is shown first.
+    void showFinding(const Finding& finding);
     /// While the file is being changed, nothing can be mended.
     void setMayMend(bool mayMend);
 
@@ -48,6 +50,7 @@ class FindingsView : public QWidget {
     QWidget* makeBar();
     void begin();
     void narrow();
+    bool choose(const Finding& finding);
     void showDetails(const QModelIndex& index);
     void countTicked();
     void countSeverities();
@@ -61,6 +64,8 @@ class FindingsView : public QWidget {
     std::array<QToolButton*, kSeverityCount> switches_{};
     QPushButton* mendButton_ = nullptr;
     bool mayMend_ = false;
+    // To be chosen once the rows are there that it is in.
+    const Finding* wanted_ = nullptr;
 };
 
 }  // namespace vornic

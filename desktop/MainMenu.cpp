@@ -89,6 +89,8 @@ class MenuBuilder {
                        [](DocumentMainWindow& window) { window.saveReport(); });
         addForDocument(menu, "fileSaveFindings", tr("Save F&indings…"), {},
                        [](DocumentMainWindow& window) { window.saveFindings(); });
+        addForDocument(menu, "fileSavePicture", tr("Save Pict&ure…"), {},
+                       [](DocumentMainWindow& window) { window.savePicture(); });
         addForDocument(menu, "fileSaveCopy", tr("Save Re&paired Copy As…"), {},
                        [](DocumentMainWindow& window) { window.saveMendedCopy(); });
         addForDocument(menu, "fileSaveSalvaged", tr("Save a Sal&vaged Copy…"), {},
@@ -179,6 +181,7 @@ class MenuBuilder {
         addPage("viewSource", tr("&Source"), Qt::Key_2, Page::source);
         addPage("viewChanges", tr("&Changes"), Qt::Key_3, Page::changes);
         addPage("viewMedia", tr("&Media"), Qt::Key_4, Page::media);
+        addPage("viewTimeline", tr("&Timeline"), Qt::Key_5, Page::timeline);
     }
 
     void buildToolsMenu() {

@@ -36,7 +36,7 @@ void SequenceLayout::place() {
     for (const TimelineClip& clip : sequence_->clips) {
         const double begin = clip.position.approximateSeconds();
         const double length = std::max(clip.duration.approximateSeconds(), 0.0);
-        spans_.push_back({begin, begin + length});
+        spans_.push_back({begin, begin + length, begin});
         begin_ = std::min(begin_, begin);
         unplaced_ += clip.position.isKnown() ? 0 : 1;
     }
@@ -54,12 +54,18 @@ void SequenceLayout::makeLanes() {
         return spans_[left].begin < spans_[right].begin;
     });
     tracks_.resize(sequence_->tracks.size());
+    std::vector<double> covered(tracks_.size(), begin_);
     std::map<std::tuple<int, std::uint32_t, std::uint32_t>, Lane> lanes;
     for (const std::uint32_t number : order) {
         const TimelineClip& clip = sequence_->clips[number];
         tracks_[clip.track].push_back(number);
         Lane& lane = lanes[{layerOf(clip.kind), clip.track, clip.row}];
         const double end = spans_[number].end;
+        if (clip.kind == TimelineKind::transition) {
+            covered[clip.track] = end;
+        } else if (clip.row == 0) {
+            spans_[number].clear = std::max(spans_[number].begin, covered[clip.track]);
+        }
         lane.ends.push_back(lane.ends.empty() ? end : std::max(lane.ends.back(), end));
         lane.clips.push_back(number);
     }

@@ -43,6 +43,8 @@ class SequenceLayout {
     [[nodiscard]] double end() const { return end_; }
     [[nodiscard]] double beginOf(std::uint32_t clip) const { return spans_[clip].begin; }
     [[nodiscard]] double endOf(std::uint32_t clip) const { return spans_[clip].end; }
+    /// Where no transition lies over the clip's beginning any more.
+    [[nodiscard]] double clearBeginOf(std::uint32_t clip) const { return spans_[clip].clear; }
     [[nodiscard]] bool isPlaced(std::uint32_t clip) const;
     /// How many clips stand nowhere.
     [[nodiscard]] std::size_t unplaced() const { return unplaced_; }
@@ -75,6 +77,7 @@ class SequenceLayout {
     struct Span {
         double begin = 0;
         double end = 0;
+        double clear = 0;
     };
     // Clips that are drawn at one height, by their beginnings.
     struct Lane {

@@ -76,6 +76,10 @@ void drawSign(Canvas& canvas, Point centre, Severity severity, const TimelineCol
                 {.colour = sign, .size = 10, .isBold = true, .isCentred = true});
 }
 
+std::string_view severityWord(Severity severity) {
+    return severity == Severity::info ? "note" : nameOf(severity);
+}
+
 std::string moreFindings(std::size_t count) {
     return "and " + std::to_string(count) + (count == 1 ? " more finding" : " more findings");
 }
@@ -193,12 +197,7 @@ std::size_t SequencePicture::drawClips(Canvas& canvas, const TimelineView& view,
         }
     }
     drawMarkers(canvas, view, colours);
-    for (const auto& [clip, marks] : marks_) {
-        if (clip != kNoTimelineItem && layout_.isPlaced(clip) && layout_.endOf(clip) >= view.from &&
-            layout_.beginOf(clip) <= view.to()) {
-            drawMarks(canvas, view, colours, clip);
-        }
-    }
+    drawMarks(canvas, view, colours);
     if (cursor != kNoTimelineItem && layout_.isPlaced(cursor)) {
         Box box = layout_.boxOf(cursor, view);
         box = {box.x - 1, box.y + 1, box.width + 2, box.height - 2};
@@ -245,7 +244,8 @@ void SequencePicture::drawName(Canvas& canvas, const TimelineView& view,
                                const Box& box) const {
     constexpr double kLeastRoom = 10;
     const TimelineClip& shown = sequence().clips[clip];
-    const double left = std::max(box.x, view.area.x) + kTextInset;
+    const double clear = std::min(view.xOf(layout_.clearBeginOf(clip)), view.area.right());
+    const double left = std::max({box.x, clear, view.area.x}) + kTextInset;
     const double sign = marksOf(clip).empty() ? 0 : 2 * kSignRadius;
     const double room = std::min(box.right(), view.area.right()) - left - kTextInset - sign;
     if (room < kLeastRoom) {
@@ -258,28 +258,66 @@ void SequencePicture::drawName(Canvas& canvas, const TimelineView& view,
                  .width = room});
 }
 
-// A frame and a sign: neither form nor colour alone has to be seen.
-void SequencePicture::drawMarks(Canvas& canvas, const TimelineView& view,
-                                const TimelineColours& colours, std::uint32_t clip) const {
-    const Marks& marks = marksOf(clip);
-    const TimelineMark* const worst = *std::max_element(
-        marks.begin(), marks.end(), [](const TimelineMark* left, const TimelineMark* right) {
-            return left->severity < right->severity;
-        });
+// At the right end of what is seen of the clip.
+Point SequencePicture::signOf(std::uint32_t clip, const TimelineView& view) const {
     const Box box = layout_.boxOf(clip, view);
-    if (box.y >= view.area.bottom() || box.bottom() <= view.area.y) {
-        return;
+    const double right = std::min(box.right(), view.area.right());
+    return {std::max(right - kSignRadius - 2, (box.x + right) / 2), box.y + kSignRadius + 1};
+}
+
+bool SequencePicture::signContains(std::uint32_t clip, Point point,
+                                   const TimelineView& view) const {
+    const Point sign = signOf(clip, view);
+    return !marksOf(clip).empty() && std::abs(point.x - sign.x) <= kSignRadius &&
+           std::abs(point.y - sign.y) <= kSignRadius;
+}
+
+Severity SequencePicture::worstOf(std::uint32_t clip) const {
+    Severity worst = Severity::info;
+    for (const TimelineMark* const mark : marksOf(clip)) {
+        worst = std::max(worst, mark->severity);
     }
-    const Colour colour = colours.of(worst->severity);
+    return worst;
+}
+
+// Of signs that would cover each other the worst is drawn.
+void SequencePicture::drawMarks(Canvas& canvas, const TimelineView& view,
+                                const TimelineColours& colours) const {
+    std::map<std::pair<double, double>, std::uint32_t> shown;
+    for (const auto& [clip, marks] : marks_) {
+        if (clip == kNoTimelineItem || !layout_.isPlaced(clip) || layout_.endOf(clip) < view.from ||
+            layout_.beginOf(clip) > view.to()) {
+            continue;
+        }
+        const Point sign = signOf(clip, view);
+        if (sign.y >= view.area.bottom() || sign.y + SequenceLayout::kRowHeight < view.area.y) {
+            continue;
+        }
+        const auto [other, isNew] =
+            shown.try_emplace({sign.y, std::floor(sign.x / (2 * kSignRadius))}, clip);
+        if (!isNew && worstOf(clip) > worstOf(other->second)) {
+            other->second = clip;
+        }
+    }
+    for (const auto& [place, clip] : shown) {
+        drawMark(canvas, view, colours, clip);
+    }
+}
+
+// A frame and a sign: neither form nor colour alone has to be seen.
+void SequencePicture::drawMark(Canvas& canvas, const TimelineView& view,
+                               const TimelineColours& colours, std::uint32_t clip) const {
+    const Marks& marks = marksOf(clip);
+    const Severity worst = worstOf(clip);
+    const Box box = layout_.boxOf(clip, view);
+    const Colour colour = colours.of(worst);
     canvas.begin({.title = canvas.showsTitles() ? describe(clip) : ""});
     canvas.rectangle({box.x, box.y + 2, box.width, box.height - 4}, 2,
                      {.stroke = colour, .strokeWidth = 2});
-    const double right = std::min(box.right(), view.area.right());
-    const Point centre{std::max(right - kSignRadius - 2, box.x + box.width / 2 - kSignRadius),
-                       box.y + kSignRadius + 1};
-    drawSign(canvas, centre, worst->severity, colours);
+    const Point centre = signOf(clip, view);
+    drawSign(canvas, centre, worst, colours);
     constexpr double kRoomForCount = 60;
-    if (marks.size() > 1 && right - box.x >= kRoomForCount) {
+    if (marks.size() > 1 && centre.x - box.x >= kRoomForCount) {
         canvas.text({centre.x, box.bottom() - 5}, std::to_string(marks.size()),
                     {.colour = colours.clipText, .size = 9, .isBold = true, .isCentred = true});
     }
@@ -349,7 +387,7 @@ std::string SequencePicture::describe(std::uint32_t clip) const {
     add("media ", shown.media);
     const Marks& marks = marksOf(clip);
     for (std::size_t i = 0; i < std::min(marks.size(), kMostMessages); ++i) {
-        add(std::string(nameOf(marks[i]->severity)) + ": ", marks[i]->message);
+        add(std::string(severityWord(marks[i]->severity)) + ": ", marks[i]->message);
     }
     if (marks.size() > kMostMessages) {
         add("", moreFindings(marks.size() - kMostMessages));

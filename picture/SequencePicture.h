@@ -41,6 +41,10 @@ class SequencePicture {
     std::size_t drawClips(Canvas& canvas, const TimelineView& view, const TimelineColours& colours,
                           std::uint32_t cursor, std::size_t most) const;
 
+    /// Whether the sign of the findings on a clip is at a place.
+    [[nodiscard]] bool signContains(std::uint32_t clip, Point point,
+                                    const TimelineView& view) const;
+
     /// What a clip is called: its name, else its kind.
     [[nodiscard]] std::string titleOf(std::uint32_t clip) const;
     /// Kind, name, in, out, media, timecode and findings of a clip, a line each.
@@ -53,8 +57,11 @@ class SequencePicture {
                   std::uint32_t clip) const;
     void drawName(Canvas& canvas, const TimelineView& view, const TimelineColours& colours,
                   std::uint32_t clip, const Box& box) const;
-    void drawMarks(Canvas& canvas, const TimelineView& view, const TimelineColours& colours,
-                   std::uint32_t clip) const;
+    [[nodiscard]] Severity worstOf(std::uint32_t clip) const;
+    void drawMarks(Canvas& canvas, const TimelineView& view, const TimelineColours& colours) const;
+    void drawMark(Canvas& canvas, const TimelineView& view, const TimelineColours& colours,
+                  std::uint32_t clip) const;
+    [[nodiscard]] Point signOf(std::uint32_t clip, const TimelineView& view) const;
     void drawMarkers(Canvas& canvas, const TimelineView& view,
                      const TimelineColours& colours) const;
 
@@ -69,6 +76,9 @@ class SequencePicture {
 /// with an exclamation mark, a disc with an i.
 void drawSign(Canvas& canvas, Point centre, Severity severity, const TimelineColours& colours);
 inline constexpr double kSignRadius = 7;
+
+/// "note", "warning", "error".
+[[nodiscard]] std::string_view severityWord(Severity severity);
 
 /// "and 3 more findings".
 [[nodiscard]] std::string moreFindings(std::size_t count);

@@ -27,10 +27,6 @@ const TimelineColours& colours() {
     return TimelineColours::light();
 }
 
-std::string_view wordOf(Severity severity) {
-    return severity == Severity::info ? "note" : nameOf(severity);
-}
-
 void drawLine(Canvas& canvas, double x, double y, std::string_view text, bool isStrong = false) {
     constexpr double kRoom = kNarrowest;
     canvas.text({x, y}, text,
@@ -62,7 +58,7 @@ double drawTimelineLegend(Canvas& canvas, const Box& box, const std::vector<Time
     }
     for (const Severity severity : severities) {
         drawSign(canvas, {x + kSignRadius, y + kSignRadius}, severity, shown);
-        canvas.text({x + kSwatch + 5, y + 11}, wordOf(severity), {.colour = shown.text});
+        canvas.text({x + kSwatch + 5, y + 11}, severityWord(severity), {.colour = shown.text});
         next();
     }
     return (x > box.x ? y + kLine : y) - box.y;
@@ -164,7 +160,7 @@ void TimelineSheet::drawFindings(Canvas& canvas, const Part& part, double top) c
     for (std::size_t i = 0; i < listed.size() && i < kMostFindings; ++i, y += kLine) {
         const TimelineMark& mark = *listed[i];
         drawSign(canvas, {kMargin + kSignRadius, y - 4}, mark.severity, colours());
-        std::string line = std::string(wordOf(mark.severity)) + ": " + mark.message;
+        std::string line = std::string(severityWord(mark.severity)) + ": " + mark.message;
         if (mark.item.clip != kNoTimelineItem) {
             const TimelineClip& clip = part.picture.sequence().clips[mark.item.clip];
             const std::string at = part.picture.sequence().timecodeAt(clip.position);

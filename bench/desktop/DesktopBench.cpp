@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -206,6 +207,63 @@ bool measureTurns(const std::string& path, const char* what) {
     return watch.report((std::string(what) + ", shown:").c_str()) && reached;
 }
 
+// Of this thread, in milliseconds: what others do on the machine is not in it.
+double processorTime() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+}
+
+// A sequence of that many clips in four lanes, some of them with findings, zoomed and scrolled.
+bool measureTimeline(const std::string& path, int clips) {
+    {
+        std::ofstream file(path);
+        file << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE fcpxml>\n<fcpxml "
+                "version=\"1.10\"><resources><format id=\"r1\" frameDuration=\"1/25s\"/>\n"
+                "</resources><project name=\"Long\"><sequence format=\"r1\"><spine>\n";
+        for (int clip = 0; clip < clips / 4; ++clip) {
+            // Every hundredth leaves a hole, which is a finding.
+            const int hole = clip / 100;
+            file << "<gap name=\"Interview " << clip << "\" offset=\"" << clip * 3 + hole
+                 << "s\" start=\"0s\" duration=\"3s\">\n";
+            for (const int lane : {1, 2, -1}) {
+                file << "<gap name=\"Lane " << lane << " clip " << clip << "\" lane=\"" << lane
+                     << "\" offset=\"0s\" duration=\"2s\"/>\n";
+            }
+            file << "</gap>\n";
+        }
+        file << "</spine></sequence></project></fcpxml>\n";
+    }
+    const OpenedFile opened(path);
+    opened.window->check();
+    opened.waitForHeader();
+    opened.window->showPage(DocumentMainWindow::Page::timeline);
+    runLoopUntil([&] { return opened.window->timeline().timeline() != nullptr; });
+    TimelineArea& area = opened.window->timeline().area();
+    const PauseWatch watch;
+    double slowest = 0;
+    double work = 0;
+    for (const double zoom : {1.0, 4.0, 4.0, 4.0, 4.0}) {
+        area.zoomBy(zoom);
+        QScrollBar* const bar = area.horizontalScrollBar();
+        constexpr int kPlaces = 100;
+        for (int place = 0; place <= kPlaces; ++place) {
+            const Clock::time_point begin = Clock::now();
+            const double before = processorTime();
+            bar->setValue(static_cast<int>(static_cast<long>(bar->maximum()) * place / kPlaces));
+            area.viewport()->update();
+            QApplication::processEvents();
+            slowest = std::max(slowest, Milliseconds(Clock::now() - begin).count());
+            work = std::max(work, processorTime() - before);
+        }
+    }
+    std::printf(
+        "timeline of %d clips: slowest scrolling %.1f ms (at most 16), of which %.1f ms are "
+        "work\n",
+        clips, slowest, work);
+    return watch.report("the same, scrolled:") && slowest <= 16;
+}
+
 // From the bytes of a file to its source on the screen.
 bool measureSource(const std::string& path) {
     std::vector<double> times;
@@ -374,11 +432,18 @@ int main(int argc, char** argv) {
     }
     setenv("HOME", folder.c_str(), 1);
     QMLog::createNewLog("Vornic", true);
+    if (wanted == "--timeline") {
+        const bool isFast = bench::measureTimeline(folder + "/long.fcpxml", 3000);
+        platform::MainThread::shutdown();
+        platform::joinDetachedThreads(std::chrono::seconds(10));
+        return isFast ? EXIT_SUCCESS : EXIT_FAILURE;
+    }
     const std::string sound = folder + "/50 MB.xml";
     bool reached = bench::saveSampleProject({.bytes = 50'000'000}, sound);
     reached = bench::measureFirstWindow() && reached;
     reached = bench::measureReport(500'000) && reached;
     reached = bench::measureSource(sound) && reached;
+    reached = bench::measureTimeline(folder + "/long.fcpxml", 3000) && reached;
     reached = bench::measureTurns(sound, "50 MB") && reached;
     reached = bench::measureFindings(folder + "/faults.xml", 500'000) && reached;
     reached = bench::compareRepairs(sound, "repair a sound file, 50 MB:") && reached;

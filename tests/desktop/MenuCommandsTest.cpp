@@ -67,9 +67,9 @@ TEST_F(MenuCommandsTest, everyCommandButTheGivenOneIsEnabledAndSaysThatNoFileIsO
     ASSERT_NE(window, nullptr);
     EXPECT_FALSE(action(*window, "toolsConvert")->isEnabled());
     for (const char* const id :
-         {"fileSaveReport", "fileSaveFindings", "fileSaveCopy", "fileSaveSalvaged", "viewMedia",
-          "toolsRepair", "toolsConvertFCPXML", "toolsRestore", "toolsCompare",
-          "toolsOpenInEditor"}) {
+         {"fileSaveReport", "fileSaveFindings", "fileSavePicture", "fileSaveCopy",
+          "fileSaveSalvaged", "viewMedia", "viewTimeline", "toolsRepair", "toolsConvertFCPXML",
+          "toolsRestore", "toolsCompare", "toolsOpenInEditor"}) {
         EXPECT_TRUE(action(*window, id)->isEnabled()) << id;
         alerts.panels->shown.clear();
         action(*window, id)->trigger();

@@ -121,6 +121,21 @@ TEST(SequenceLayout, walksAlongATrackAndToTheClipAtTheSameTimeInTheNext) {
     EXPECT_EQ(layout.inTrackBeside(0, false), 0U);
 }
 
+TEST(SequenceLayout, tellsWhereATransitionLeavesAClipClear) {
+    TimelineSequence sequence = emptySequence(2);
+    add(sequence, 0, Time(0), Time(10));
+    add(sequence, 0, Time(9), Time(3), TimelineKind::transition);
+    add(sequence, 0, Time(10), Time(10));
+    add(sequence, 1, Time(10), Time(10));
+    add(sequence, 0, Time(20), Time(10));
+    const Timeline timeline({sequence});
+    const SequenceLayout layout(timeline.sequences()[0]);
+    EXPECT_EQ(layout.clearBeginOf(0), 0);
+    EXPECT_EQ(layout.clearBeginOf(2), 12);
+    EXPECT_EQ(layout.clearBeginOf(3), 10) << "on another track";
+    EXPECT_EQ(layout.clearBeginOf(4), 20);
+}
+
 TEST(SequenceLayout, placesNothingWhoseTimeIsUnknown) {
     TimelineSequence sequence = emptySequence(1);
     add(sequence, 0, Time(), Time(1));

@@ -1,0 +1,387 @@
+#include "desktop/timeline/TimelinePage.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QPointer>
+#include <QSplitter>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <new>
+#include <set>
+#include <utility>
+
+#include "base/Exception.h"
+#include "desktop/ColorScheme.h"
+#include "desktop/FlowLayout.h"
+#include "desktop/QtText.h"
+#include "desktop/Release.h"
+#include "picture/TimelineSheet.h"
+#include "platform/threads/MainThread.h"
+#include "platform/threads/Thread.h"
+
+namespace vornic {
+
+namespace {
+
+constexpr double kZoomStep = 1.25;
+
+// What the colours and signs of a timeline mean.
+class Legend : public QWidget {
+  public:
+    Legend(const TimelinePage& page, QWidget* parent) : QWidget(parent), page_(page) {
+        setObjectName(QStringLiteral("timelineLegend"));
+        setFixedHeight(kLineHeight);
+    }
+
+    void update() {
+        std::set<TimelineKind> kinds;
+        std::set<Severity> severities;
+        if (const auto& timeline = page_.timeline();
+            timeline && page_.sequence() < timeline->pictures().size()) {
+            for (const TimelineClip& clip :
+                 timeline->pictures()[page_.sequence()].sequence().clips) {
+                kinds.insert(clip.kind);
+            }
+            for (const TimelineMark& mark : timeline->marks()) {
+                if (mark.item.sequence == page_.sequence()) {
+                    severities.insert(mark.severity);
+                }
+            }
+        }
+        kinds_ = {kinds.begin(), kinds.end()};
+        severities_ = {severities.rbegin(), severities.rend()};
+        fit();
+        QWidget::update();
+    }
+
+  protected:
+    void paintEvent(QPaintEvent* /*event*/) override {
+        QPainter painter(this);
+        painter.scale(unit(), unit());
+        PainterCanvas canvas(painter, font(), nullptr);
+        draw(canvas);
+    }
+    void resizeEvent(QResizeEvent* /*event*/) override { fit(); }
+
+  private:
+    static constexpr int kLineHeight = 18;
+
+    // Draws nothing.
+    class Measure : public Canvas {
+      public:
+        void rectangle(const Box& /*box*/, double /*radius*/,
+                       const ShapeStyle& /*style*/) override {}
+        void polygon(const std::vector<Point>& /*corners*/, const ShapeStyle& /*style*/) override {}
+        void line(Point /*from*/, Point /*to*/, Colour /*colour*/, double /*width*/) override {}
+        void text(Point /*at*/, std::string_view /*text*/, const TextStyle& /*style*/) override {}
+        void begin(const ShapeGroup& /*group*/) override {}
+        void end() override {}
+        [[nodiscard]] bool showsTitles() const override { return false; }
+    };
+
+    [[nodiscard]] double unit() const {
+        constexpr double kSmall = 17;
+        return std::max(1.0, fontMetrics().height() / kSmall);
+    }
+    double draw(Canvas& canvas) const {
+        TimelineColours colours = schemeOf(palette()) == ColorScheme::dark
+                                      ? TimelineColours::dark()
+                                      : TimelineColours::light();
+        const QColor text = palette().color(QPalette::WindowText);
+        colours.text = {static_cast<std::uint8_t>(text.red()),
+                        static_cast<std::uint8_t>(text.green()),
+                        static_cast<std::uint8_t>(text.blue())};
+        return drawTimelineLegend(canvas, {2, 2, width() / unit(), height() / unit()}, kinds_,
+                                  severities_, colours);
+    }
+    void fit() {
+        Measure measure;
+        setFixedHeight(std::max(kLineHeight, static_cast<int>((draw(measure) + 2) * unit())));
+    }
+
+    const TimelinePage& page_;
+    std::vector<TimelineKind> kinds_;
+    std::vector<Severity> severities_;
+};
+
+}  // namespace
+
+TimelinePage::TimelinePage(Actions actions, QWidget* parent)
+    : QWidget(parent), actions_(std::move(actions)) {
+    setObjectName(QStringLiteral("timelinePage"));
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(makeBar());
+    auto* const splitter = new QSplitter(Qt::Vertical, this);
+    area_ = new TimelineArea({.moved = [this](std::uint32_t clip) { look(clip); },
+                              .activated = [this](std::uint32_t clip) { activate(clip); },
+                              .signClicked = [this](std::uint32_t /*clip*/) { showFinding(); },
+                              .back = [this] { goBack(); }},
+                             splitter);
+    details_ = new QPlainTextEdit(splitter);
+    details_->setObjectName(QStringLiteral("timelineDetails"));
+    details_->setAccessibleName(tr("About the Clip"));
+    details_->setReadOnly(true);
+    details_->setTabChangesFocus(true);
+    details_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    splitter->addWidget(area_);
+    splitter->addWidget(details_);
+    splitter->setChildrenCollapsible(false);
+    constexpr int kAreaPart = 5;
+    constexpr int kDetailsPart = 2;
+    splitter->setStretchFactor(0, kAreaPart);
+    splitter->setStretchFactor(1, kDetailsPart);
+    column->addWidget(splitter, 1);
+    legend_ = new Legend(*this, this);
+    column->addWidget(legend_);
+    setTabOrder(saveButton_, area_);
+    setTabOrder(area_, details_);
+    updateButtons();
+}
+
+QWidget* TimelinePage::makeBar() {
+    auto* const bar = new QWidget(this);
+    auto* const column = new QVBoxLayout(bar);
+    column->setContentsMargins(0, 0, 0, 0);
+    auto* const top = new QHBoxLayout;
+    sequences_ = new QComboBox(bar);
+    sequences_->setObjectName(QStringLiteral("timelineSequence"));
+    sequences_->setAccessibleName(tr("Sequence"));
+    sequences_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    constexpr int kCharacters = 28;
+    sequences_->setMinimumContentsLength(kCharacters);
+    summary_ = new ElidedLabel(bar);
+    summary_->setObjectName(QStringLiteral("timelineLabel"));
+    top->addWidget(sequences_);
+    top->addWidget(summary_, 1);
+    column->addLayout(top);
+    auto* const buttons = new QWidget(bar);
+    auto* const flow = new FlowLayout(buttons);
+    const auto add = [&](const char* objectName, const QString& text, const QString& description,
+                         std::function<void()> command) {
+        auto* const button = new QPushButton(text, buttons);
+        button->setObjectName(QString::fromLatin1(objectName));
+        button->setAccessibleDescription(description);
+        button->setToolTip(toolTipOf(description));
+        flow->addWidget(button);
+        connect(button, &QPushButton::clicked, this, [command = std::move(command)] { command(); });
+        return button;
+    };
+    backButton_ = add("timelineBackBtn", tr("Back"),
+                      tr("Show the sequence that this one was opened in"), [this] { goBack(); });
+    openButton_ = add("timelineOpenBtn", tr("Open Clip"), tr("Show what the clip shows"),
+                      [this] { activate(area_->cursor()); });
+    findingButton_ = add("timelineFindingBtn", tr("Show Finding"),
+                         tr("Show what was found on the clip"), [this] { showFinding(); });
+    sourceButton_ =
+        add("timelineSourceBtn", tr("Show in Source"),
+            tr("Show the line of the file that the clip begins in"), [this] { showSource(); });
+    add("timelineZoomOutBtn", tr("Zoom Out"), tr("Show more of the sequence (Ctrl+−)"),
+        [this] { area_->zoomBy(1 / kZoomStep); });
+    add("timelineZoomInBtn", tr("Zoom In"), tr("Show less of the sequence, larger (Ctrl++)"),
+        [this] { area_->zoomBy(kZoomStep); });
+    add("timelineFitBtn", tr("Fit"), tr("Show the whole sequence (Ctrl+0)"),
+        [this] { area_->zoomToFit(); });
+    saveButton_ = add("timelineSaveBtn", tr("Save Picture…"),
+                      tr("Save a picture of all sequences as SVG, PNG or PDF"),
+                      [this] { actions_.savePicture(); });
+    column->addWidget(buttons);
+    connect(sequences_, &QComboBox::activated, this, [this](int index) {
+        way_.clear();
+        showSequence(static_cast<std::uint32_t>(index));
+    });
+    return bar;
+}
+
+void TimelinePage::setInspection(std::shared_ptr<const Inspection> inspection) {
+    releaseOnThread({inspection_, timeline_});
+    inspection_ = std::move(inspection);
+    timeline_ = nullptr;
+    area_->setSequence(nullptr, 0);
+    sequences_->clear();
+    updateButtons();
+    ++number_;
+    if (isVisible()) {
+        read();
+    }
+}
+
+void TimelinePage::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    if (!timeline_) {
+        read();
+    }
+}
+
+void TimelinePage::read() {
+    area_->setNote(tr("Reading the timeline…"));
+    if (!inspection_) {
+        return;
+    }
+    ++number_;
+    try {
+        platform::startUnattendedThread(
+            [self = QPointer<TimelinePage>(this), number = number_, inspection = inspection_] {
+                std::shared_ptr<const InspectedTimeline> timeline;
+                try {
+                    timeline = std::make_shared<const InspectedTimeline>(inspection);
+                } catch (const std::bad_alloc&) {
+                    timeline = nullptr;
+                }
+                platform::MainThread::perform([self, number, timeline = std::move(timeline)] {
+                    if (self && number == self->number_) {
+                        self->take(timeline);
+                    }
+                });
+            });
+    } catch (const platform::Exception&) {
+        area_->setNote(tr("The timeline could not be read."));
+    }
+}
+
+void TimelinePage::take(std::shared_ptr<const InspectedTimeline> timeline) {
+    if (!timeline) {
+        area_->setNote(tr("There is not enough memory to read the timeline."));
+        return;
+    }
+    // The same sequence as before, where the file still has it.
+    const std::uint32_t before = way_.empty() ? sequence_ : way_.front().sequence;
+    const bool isFirst = summary_->text().isEmpty();
+    way_.clear();
+    timeline_ = std::move(timeline);
+    fillSequences();
+    const bool isThere = !isFirst && before < timeline_->pictures().size();
+    showSequence(isThere ? before : timeline_->mainSequence());
+}
+
+void TimelinePage::fillSequences() {
+    sequences_->clear();
+    const std::vector<TimelineSequence>& sequences = timeline_->timeline().sequences();
+    QStringList names;
+    for (std::uint32_t number = 0; number < sequences.size(); ++number) {
+        names += oneLine(toQString(shownNameOf(sequences[number], number)));
+    }
+    sequences_->addItems(names);
+}
+
+void TimelinePage::showSequence(std::uint32_t number) {
+    if (!timeline_) {
+        return;
+    }
+    sequence_ = number;
+    area_->setSequence(timeline_, number);
+    const SequencePicture* const picture = area_->picture();
+    sequences_->setCurrentIndex(static_cast<int>(number));
+    if (picture == nullptr) {
+        area_->setNote(timeline_->inspection().file.isRead()
+                           ? tr("There is no sequence in this file.")
+                           : tr("The file could not be read."));
+    }
+    summary_->setWholeText(picture != nullptr ? oneLine(toQString(picture->summary())) : QString());
+    static_cast<Legend*>(legend_)->update();
+    updateButtons();
+}
+
+void TimelinePage::goBack() {
+    if (way_.empty()) {
+        return;
+    }
+    const Step step = way_.back();
+    way_.pop_back();
+    showSequence(step.sequence);
+    area_->setCursorClip(step.clip);
+    area_->setFocus();
+}
+
+// A clip that shows a sequence opens; of another one the source is shown.
+void TimelinePage::activate(std::uint32_t clip) {
+    if (clip == kNoTimelineItem || area_->picture() == nullptr) {
+        return;
+    }
+    const std::uint32_t opens = area_->picture()->sequence().clips[clip].opens;
+    if (opens == kNoTimelineItem) {
+        showSource();
+        return;
+    }
+    // Sequences of hostile files show each other without an end.
+    constexpr std::size_t kLongestWay = 1000;
+    if (way_.size() == kLongestWay) {
+        way_.erase(way_.begin());
+    }
+    way_.push_back({sequence_, clip});
+    showSequence(opens);
+    area_->setFocus();
+}
+
+void TimelinePage::look(std::uint32_t clip) {
+    shownFinding_ = 0;
+    if (!timeline_ || area_->picture() == nullptr) {
+        details_->clear();
+        return;
+    }
+    details_->setPlainText(detailsOf(clip));
+    updateButtons();
+    actions_.looked(timeline_->lineOf({sequence_, clip}));
+}
+
+QString TimelinePage::detailsOf(std::uint32_t clip) const {
+    const SequencePicture& picture = *area_->picture();
+    std::string text;
+    if (clip != kNoTimelineItem) {
+        text = picture.describe(clip);
+    }
+    for (const TimelineMark* const mark : picture.marksOf(kNoTimelineItem)) {
+        text += (text.empty() ? "" : "\n") + std::string("beside the clips, ") +
+                std::string(severityWord(mark->severity)) + ": " + mark->message;
+    }
+    text += "\n\n" + timeline_->linesAround({sequence_, clip});
+    QStringList lines;
+    for (const QString& line : toQString(text).split(u'\n')) {
+        lines += oneLine(line);
+    }
+    return lines.join(u'\n');
+}
+
+void TimelinePage::showFinding() {
+    if (!timeline_ || area_->picture() == nullptr) {
+        return;
+    }
+    const SequencePicture::Marks* marks = &area_->picture()->marksOf(area_->cursor());
+    if (marks->empty()) {
+        marks = &area_->picture()->marksOf(kNoTimelineItem);
+    }
+    if (marks->empty()) {
+        return;
+    }
+    const TimelineMark& mark = *(*marks)[shownFinding_++ % marks->size()];
+    actions_.showFinding(timeline_->findingOf(mark));
+}
+
+void TimelinePage::showSource() {
+    if (timeline_ && area_->picture() != nullptr) {
+        actions_.showLine(timeline_->lineOf({sequence_, area_->cursor()}));
+    }
+}
+
+void TimelinePage::updateButtons() {
+    const SequencePicture* const picture = area_ != nullptr ? area_->picture() : nullptr;
+    const std::uint32_t clip = area_ != nullptr ? area_->cursor() : kNoTimelineItem;
+    const bool hasClip = picture != nullptr && clip != kNoTimelineItem;
+    backButton_->setEnabled(!way_.empty());
+    openButton_->setEnabled(hasClip && picture->sequence().clips[clip].opens != kNoTimelineItem);
+    findingButton_->setEnabled(picture != nullptr && (!picture->marksOf(clip).empty() ||
+                                                      !picture->marksOf(kNoTimelineItem).empty()));
+    sourceButton_->setEnabled(picture != nullptr);
+    saveButton_->setEnabled(picture != nullptr);
+    sequences_->setEnabled(picture != nullptr);
+}
+
+void TimelinePage::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (legend_ != nullptr &&
+        (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange)) {
+        static_cast<Legend*>(legend_)->update();
+    }
+}
+
+}  // namespace vornic
