@@ -1,8 +1,10 @@
 #include "desktop/Application.h"
 
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QDragEnterEvent>
 #include <QDropEvent>
+#include <QKeyEvent>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QUrl>
@@ -13,14 +15,18 @@
 
 #include "base/Text.h"
 #include "desktop/AlertBox.h"
+#include "desktop/DesktopNotification.h"
+#include "desktop/FileIcons.h"
 #include "desktop/FileManager.h"
 #include "desktop/MainMenu.h"
 #include "desktop/QtText.h"
 #include "desktop/ReadableText.h"
 #include "desktop/RecentFiles.h"
+#include "desktop/SettingsPortal.h"
 #include "desktop/Sheet.h"
 #include "foundation/log/QMLog.h"
 #include "foundation/places/QMLocalPaths.h"
+#include "job/ProjectFiles.h"
 #include "platform/files/FileSystem.h"
 #include "platform/items/ItemStatus.h"
 #include "platform/session/WorkspaceOpener.h"
@@ -30,6 +36,8 @@
 namespace vornic {
 
 namespace {
+
+constexpr const char* kActivationToken = "XDG_ACTIVATION_TOKEN";
 
 // Ends the document's life on the screen; a run that is going on ends at its next check point.
 void letGo(DocumentMainWindow& window) {
@@ -75,6 +83,33 @@ QString reasonNotToOpen(const std::string& path) {
     const ErrorSlot unseen = platform::failedLook(path);
     return unseen ? toQString(unseen->localizedDescription())
                   : Application::tr("There is no such file: %1").arg(pathToQString(path));
+}
+
+// A bundle's document is the project in it.
+std::string documentAt(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
+        return path;
+    }
+    const ProjectFiles found = findProjectFiles({path}, false);
+    return found.paths.size() == 1 ? found.paths.front() : path;
+}
+
+// Many files at once, where the user wants them in one window.
+bool goesToBatch(const std::vector<std::string>& paths) {
+    constexpr std::size_t kMostWindows = 3;
+    return paths.size() > kMostWindows && PreferencesWindow::opensManyInBatch();
+}
+
+// Shift+F10 opens the menu of what has the focus, which the toolkit does for the menu key alone.
+bool showsMenuOf(QObject* object, const QKeyEvent& key) {
+    auto* const widget = qobject_cast<QWidget*>(object);
+    if (widget == nullptr || key.key() != Qt::Key_F10 || key.modifiers() != Qt::ShiftModifier) {
+        return false;
+    }
+    const QPoint place = widget->inputMethodQuery(Qt::ImCursorRectangle).toRect().center();
+    QContextMenuEvent menu(QContextMenuEvent::Keyboard, place, widget->mapToGlobal(place));
+    return QApplication::sendEvent(widget, &menu) && menu.isAccepted();
 }
 
 std::vector<std::string> pathsOf(const QMimeData& data) {
@@ -144,15 +179,20 @@ void Application::run() {
     }
 }
 
-bool Application::receive(const std::vector<std::string>& paths) {
+bool Application::receive(const std::vector<std::string>& paths, const std::string& activation) {
     if (isEnding_ || !mayOpen_) {
         return false;
+    }
+    if (!activation.empty()) {
+        // The toolkit takes it with the next window that it activates.
+        qputenv(kActivationToken, QByteArray::fromStdString(activation));
     }
     if (openPanel_ && !paths.empty()) {
         openPanel_->reject();
     }
     openDocuments(paths);
     bringToFront();
+    qunsetenv(kActivationToken);
     return true;
 }
 
@@ -162,6 +202,9 @@ void Application::bringToFront() {
         openPanel_->activateWindow();
     } else if (DocumentMainWindow* const window = currentWindow()) {
         window->makeKeyAndOrderFront();
+    } else if (batch_ && batch_->isVisible()) {
+        batch_->raise();
+        batch_->activateWindow();
     } else if (startWindow_) {
         startWindow_->raise();
         startWindow_->activateWindow();
@@ -179,6 +222,7 @@ void Application::finish() {
     }
     preferences_.reset();
     about_.reset();
+    batch_.reset();
     startWindow_.reset();
 }
 
@@ -198,11 +242,18 @@ std::optional<std::vector<std::string>> Application::runOpenPanel(
     openPanel_ = &panel;
     const bool confirmed = panel.exec() == QDialog::Accepted;
     openPanel_ = nullptr;
-    return confirmed && !isEnding_ ? std::optional(panel.paths()) : std::nullopt;
+    if (!confirmed || isEnding_) {
+        return std::nullopt;
+    }
+    if (goesToBatch(panel.paths())) {
+        showBatch(panel.paths());
+        return std::nullopt;
+    }
+    return panel.paths();
 }
 
 bool Application::openDocument(const std::string& path) {
-    return open(path, !PreferencesWindow::onlyChecksOpenedFiles());
+    return open(documentAt(path), !PreferencesWindow::onlyChecksOpenedFiles());
 }
 
 void Application::restoreOriginalOf(const std::string& path) {
@@ -228,7 +279,8 @@ bool Application::open(const std::string& path, bool isRepaired) {
         new DocumentMainWindow(
             document, {.closed = [this](DocumentMainWindow& closed) { closeDocument(closed); },
                        .showFile = [this](const std::string& file) { showInFileManager(file); },
-                       .showTrash = [this] { showTrash(); }}),
+                       .showTrash = [this] { showTrash(); },
+                       .tellOutcome = &RecentFiles::setOutcome}),
         [](DocumentMainWindow* gone) {
             gone->hide();
             gone->deleteLater();
@@ -239,9 +291,7 @@ bool Application::open(const std::string& path, bool isRepaired) {
     window->keepDocument(document);
     windows_.push_back(window);
     window->show();
-    if (startWindow_) {
-        startWindow_->hide();
-    }
+    leaveStartWindow();
     RecentFiles::add(path);
     if (!isRepaired) {
         window->check();
@@ -286,8 +336,80 @@ void Application::terminate() {
 }
 
 void Application::openDocuments(const std::vector<std::string>& paths) {
+    if (goesToBatch(paths)) {
+        showBatch(paths);
+        return;
+    }
     for (const std::string& path : paths) {
         controller_->applicationOpenFile(path);
+    }
+}
+
+void Application::showBatch(const std::vector<std::string>& paths) {
+    if (isEnding_) {
+        return;
+    }
+    if (!batch_) {
+        batch_ = std::make_unique<BatchWindow>(BatchWindow::Actions{
+            .open = [this](const std::string& path) { controller_->applicationOpenFile(path); },
+            .showFile = [this](const std::string& path) { showInFileManager(path); },
+            .notify =
+                [](const QString& title, const QString& text) {
+                    notifyDesktop(SettingsPortal::sessionBus(), title, text);
+                }});
+        makeMainMenu(*batch_, *this);
+    }
+    batch_->show();
+    leaveStartWindow();
+    batch_->raise();
+    batch_->activateWindow();
+    if (!paths.empty()) {
+        batch_->add(paths);
+    }
+}
+
+void Application::askForBundleOrFolder() {
+    auto* const panel = new QFileDialog(nullptr, tr("Open Bundle or Folder"));
+    panel->setObjectName(QStringLiteral("openFolderPanel"));
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    panel->setFileMode(QFileDialog::Directory);
+    panel->setOption(QFileDialog::ShowDirsOnly);
+    panel->setOption(QFileDialog::DontUseNativeDialog);
+    FileIcons::useIn(*panel);
+    connect(panel, &QFileDialog::fileSelected, this,
+            [this](const QString& chosen) { openBundleOrFolder(pathFromQString(chosen)); });
+    panel->open();
+}
+
+void Application::openBundleOrFolder(const std::string& path) {
+    if (const std::string document = documentAt(path); document != path) {
+        controller_->applicationOpenFile(document);
+    } else {
+        showBatch({path});
+    }
+}
+
+std::vector<QMainWindow*> Application::windows() const {
+    std::vector<QMainWindow*> open;
+    for (auto window = windows_.rbegin(); window != windows_.rend(); ++window) {
+        open.push_back(window->get());
+    }
+    if (batch_ && batch_->isVisible()) {
+        open.push_back(batch_.get());
+    }
+    return open;
+}
+
+void Application::closeAll() {
+    for (QMainWindow* const window : windows()) {
+        window->close();
+    }
+}
+
+void Application::leaveStartWindow() {
+    if (startWindow_ && startWindow_->isVisible()) {
+        returnsToStart_ = true;
+        startWindow_->hide();
     }
 }
 
@@ -320,6 +442,9 @@ void Application::quit() {
             return;
         }
     }
+    if (batch_ && !batch_->close()) {
+        return;
+    }
     terminate();
 }
 
@@ -349,18 +474,35 @@ bool Application::eventFilter(QObject* object, QEvent* event) {
         case QEvent::DragMove: {
             auto* const drag = static_cast<QDragMoveEvent*>(event);
             if (object->isWidgetType() && !pathsOf(*drag->mimeData()).empty()) {
-                takeAsCopy(*drag);
+                const bool isTaken = takeAsCopy(*drag);
+                if (startWindow_) {
+                    startWindow_->setTakesDrop(isTaken);
+                }
                 return true;
             }
             break;
         }
+        case QEvent::DragLeave:
+            if (startWindow_) {
+                startWindow_->setTakesDrop(false);
+            }
+            break;
+        case QEvent::KeyPress:
+            return showsMenuOf(object, *static_cast<QKeyEvent*>(event));
         case QEvent::Drop: {
             auto* const drop = static_cast<QDropEvent*>(event);
             const std::vector<std::string> paths = pathsOf(*drop->mimeData());
+            if (startWindow_) {
+                startWindow_->setTakesDrop(false);
+            }
             if (object->isWidgetType() && !paths.empty()) {
                 if (takeAsCopy(*drop)) {
                     // The program that the files come from waits until the drop is done.
-                    platform::MainThread::perform([this, paths] { openDocuments(paths); });
+                    const auto* const window = static_cast<QWidget*>(object)->window();
+                    const bool isBatch = batch_ && window == batch_.get();
+                    platform::MainThread::perform([this, paths, isBatch] {
+                        isBatch ? showBatch(paths) : openDocuments(paths);
+                    });
                 }
                 return true;
             }
@@ -383,9 +525,10 @@ DocumentMainWindow* Application::windowOf(const std::string& path) const {
 }
 
 void Application::showStartWindow() {
-    if (isEnding_ || !windows_.empty()) {
+    if (isEnding_ || !windows().empty()) {
         return;
     }
+    returnsToStart_ = false;
     if (!startWindow_) {
         startWindow_ = std::make_unique<StartWindow>(
             [this] { controller_->openFile(); },
@@ -415,7 +558,12 @@ void Application::endWhenNothingIsOpen() {
     const bool isOpen = std::any_of(all.begin(), all.end(), [](const QWidget* widget) {
         return widget->isVisible() && widget->isWindow();
     });
-    if (windows_.empty() && !openPanel_ && !isOpen) {
+    if (!windows_.empty() || openPanel_ || isOpen) {
+        return;
+    }
+    if (returnsToStart_) {
+        showStartWindow();
+    } else {
         terminate();
     }
 }

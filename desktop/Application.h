@@ -12,6 +12,7 @@
 #include "app/AppController.h"
 #include "app/ApplicationHost.h"
 #include "desktop/AboutWindow.h"
+#include "desktop/BatchWindow.h"
 #include "desktop/DocumentMainWindow.h"
 #include "desktop/IncomingFiles.h"
 #include "desktop/OpenPanel.h"
@@ -39,7 +40,7 @@ class Application : public QObject, public ApplicationHost, public FileReceiver 
     /// Opens what a later start of the program was given, instead of what an open panel asks for,
     /// and comes to the front. @return false, and nothing happens, before the application may open
     /// anything and once it ends.
-    bool receive(const std::vector<std::string>& paths) override;
+    bool receive(const std::vector<std::string>& paths, const std::string& activation) override;
     /// Closes what is left, after the event loop.
     void finish();
 
@@ -55,7 +56,19 @@ class Application : public QObject, public ApplicationHost, public FileReceiver 
     [[nodiscard]] AppController& controller() { return *controller_; }
     /// The window of the current document, or null.
     [[nodiscard]] DocumentMainWindow* currentWindow() const;
+    /// Opens a window each; more than three go to the batch window where the user prefers that.
     void openDocuments(const std::vector<std::string>& paths);
+    /// Shows the batch window, and adds files, bundles and folders to it.
+    void showBatch(const std::vector<std::string>& paths = {});
+    /// The batch window, or null before it was shown.
+    [[nodiscard]] BatchWindow* batchWindow() const { return batch_.get(); }
+    /// Asks for a bundle, which is opened, or a folder, which goes to the batch window.
+    void askForBundleOrFolder();
+    void openBundleOrFolder(const std::string& path);
+    /// The windows of documents and the batch window, those that were looked at last first.
+    [[nodiscard]] std::vector<QMainWindow*> windows() const;
+    /// Closes them all; what is at work is asked about.
+    void closeAll();
     /// Brings the original of a file back, in a window that does not repair it.
     void restoreOriginalOf(const std::string& path);
     void showPreferences();
@@ -76,6 +89,8 @@ class Application : public QObject, public ApplicationHost, public FileReceiver 
     void decide(bool mayOpen);
     void showStartWindow();
     void closeDocument(DocumentMainWindow& window);
+    // Another window takes the place of the start window until all of them are closed.
+    void leaveStartWindow();
     void bringToFront();
     void endWhenNothingIsOpen();
     void presentError(const QString& message, const QString& info);
@@ -85,6 +100,7 @@ class Application : public QObject, public ApplicationHost, public FileReceiver 
     // Those that the user looked at last come last.
     std::vector<WindowPointer> windows_;
     std::unique_ptr<StartWindow> startWindow_;
+    std::unique_ptr<BatchWindow> batch_;
     std::unique_ptr<PreferencesWindow> preferences_;
     std::unique_ptr<AboutWindow> about_;
     QPointer<OpenPanel> openPanel_;
@@ -93,6 +109,8 @@ class Application : public QObject, public ApplicationHost, public FileReceiver 
     bool isLaunched_ = false;
     bool isRunning_ = false;
     bool isEnding_ = false;
+    // Whether what is open was opened from the start window.
+    bool returnsToStart_ = false;
 };
 
 }  // namespace vornic

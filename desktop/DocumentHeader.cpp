@@ -114,7 +114,7 @@ QWidget* DocumentHeader::makeOffers(QWidget* parent) {
         flow->addWidget(button);
         offers_[offer] = button;
     };
-    add(HeaderOffer::showRemoved, "showRemovedBtn", tr("Sho&w"));
+    add(HeaderOffer::showRemoved, "showRemovedBtn", tr("Show"));
     add(HeaderOffer::bringBackAndMend, "bringBackBtn", tr("Bring Bac&k and Mend Instead"));
     add(HeaderOffer::mend, "mendBtn", tr("Me&nd…"));
     add(HeaderOffer::treatAsContents, "treatAsBtn", QString());

@@ -100,14 +100,14 @@ DocumentMainWindow::DocumentMainWindow(const std::shared_ptr<Document>& document
     setTabOrder(showTrashButton_, repairButton_);
     setTabOrder(repairButton_, mendButton_);
     setTabOrder(mendButton_, saveCopyButton_);
-    findBar_->setFinder([this](const QString& text, bool backwards) {
+    findBar_->setFinder([this](const QString& text, FindStep step) {
         switch (page()) {
             case Page::source:
-                return source_->findText(text, backwards);
+                return source_->findText(text, step);
             case Page::changes:
-                return changes_->file().findText(text, backwards);
+                return changes_->file().findText(text, step);
             default:
-                return report_->findText(text, backwards);
+                return report_->findText(text, step);
         }
     });
     report_->setFocus();
@@ -412,6 +412,9 @@ void DocumentMainWindow::takeTable(std::shared_ptr<const FindingsTable> table) {
     media_->expire();
     timeline_->setInspection(inspection);
     writeHeader();
+    if (actions_.tellOutcome) {
+        actions_.tellOutcome(path_, headerText(facts_).sentence);
+    }
     if (std::exchange(showsChangesNext_, false)) {
         showPage(Page::changes);
     }

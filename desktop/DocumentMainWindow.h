@@ -45,6 +45,8 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
         /// Shows a file in its folder.
         std::function<void(const std::string& path)> showFile;
         std::function<void()> showTrash;
+        /// What the header says of the file has changed.
+        std::function<void(const std::string& path, const std::string& sentence)> tellOutcome = {};
     };
 
     DocumentMainWindow(const std::shared_ptr<Document>& document, Actions actions);

@@ -11,8 +11,15 @@ class DropArea : public QWidget {
   public:
     using QWidget::QWidget;
 
+    /// Shows that what is held over the window would be taken.
+    void setTakesDrop(bool takesDrop);
+    [[nodiscard]] bool takesDrop() const { return takesDrop_; }
+
   protected:
     void paintEvent(QPaintEvent* event) override;
+
+  private:
+    bool takesDrop_ = false;
 };
 
 }  // namespace vornic

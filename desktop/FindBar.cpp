@@ -3,6 +3,7 @@
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QToolButton>
+#include <chrono>
 
 #include "desktop/QtText.h"
 
@@ -43,6 +44,15 @@ FindBar::FindBar(ReportView* report, QWidget* parent)
     row->addWidget(done);
     connect(text_, &QLineEdit::returnPressed, this, [this] { findNext(); });
     connect(text_, &QLineEdit::textChanged, notFound_, &QWidget::hide);
+    constexpr std::chrono::milliseconds kBetweenKeys{150};
+    typing_.setSingleShot(true);
+    typing_.setInterval(kBetweenKeys);
+    connect(text_, &QLineEdit::textEdited, &typing_, qOverload<>(&QTimer::start));
+    connect(&typing_, &QTimer::timeout, this, [this] {
+        if (!text_->text().isEmpty()) {
+            find(FindStep::here);
+        }
+    });
     connect(previous, &QToolButton::clicked, this, [this] { findPrevious(); });
     connect(next, &QToolButton::clicked, this, [this] { findNext(); });
     connect(done, &QToolButton::clicked, this, [this] { end(); });
@@ -63,13 +73,14 @@ void FindBar::keyPressEvent(QKeyEvent* event) {
     }
 }
 
-void FindBar::find(bool backwards) {
+void FindBar::find(FindStep step) {
+    typing_.stop();
     if (text_->text().isEmpty()) {
         begin();
         return;
     }
     const bool isFound =
-        finder_ ? finder_(text_->text(), backwards) : report_->findText(text_->text(), backwards);
+        finder_ ? finder_(text_->text(), step) : report_->findText(text_->text(), step);
     notFound_->setVisible(!isFound);
 }
 

@@ -3,6 +3,7 @@
 
 #include <QLabel>
 #include <QLineEdit>
+#include <QTimer>
 #include <QWidget>
 #include <functional>
 #include <utility>
@@ -17,23 +18,25 @@ class FindBar : public QWidget {
     FindBar(ReportView* report, QWidget* parent);
 
     /// Searches something else while it is in view. @param find returns false when it is nowhere
-    void setFinder(std::function<bool(const QString& text, bool backwards)> find) {
+    void setFinder(std::function<bool(const QString& text, FindStep step)> find) {
         finder_ = std::move(find);
     }
     /// Shows the bar, ready to be typed into.
     void begin();
-    void findNext() { find(false); }
-    void findPrevious() { find(true); }
+    void findNext() { find(FindStep::next); }
+    void findPrevious() { find(FindStep::previous); }
 
   protected:
     void keyPressEvent(QKeyEvent* event) override;
 
   private:
-    void find(bool backwards);
+    void find(FindStep step);
     void end();
 
     ReportView* report_;
-    std::function<bool(const QString&, bool)> finder_;
+    std::function<bool(const QString&, FindStep)> finder_;
+    // Runs while the user types on.
+    QTimer typing_;
     QLineEdit* text_;
     QLabel* notFound_;
 };

@@ -45,7 +45,9 @@ void IncomingFiles::readPaths() {
     }
     connection_.readAll();
     for (const QByteArray& path : message.split(kEndOfPath)) {
-        if (!path.isEmpty()) {
+        if (path.startsWith(hand_over::kActivation)) {
+            activation_ = path.mid(1).toStdString();
+        } else if (!path.isEmpty()) {
             paths_.push_back(path.toStdString());
         }
     }
@@ -71,7 +73,7 @@ void IncomingFiles::answerOffer() {
 
 void IncomingFiles::take() {
     const QPointer<IncomingFiles> self(this);
-    const bool isTaken = !isTakenBack() && receiver_.receive(paths_);
+    const bool isTaken = !isTakenBack() && receiver_.receive(paths_, activation_);
     // Opening files may have let other events come in between.
     if (!self) {
         return;

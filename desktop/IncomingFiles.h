@@ -17,7 +17,8 @@ class FileReceiver {
     /// Tells, at once or as soon as it is known, whether files can be opened here.
     virtual void whenDecided(std::function<void(bool mayOpen)> told) = 0;
     /// Opens the files. @param paths absolute. @return true when they were taken.
-    virtual bool receive(const std::vector<std::string>& paths) = 0;
+    /// @param activation the desktop's token for coming to the front; "" for none
+    virtual bool receive(const std::vector<std::string>& paths, const std::string& activation) = 0;
 };
 
 /// The files that another program offers on a connection (`HandOverProtocol.h`), which it owns.
@@ -38,6 +39,7 @@ class IncomingFiles : public QObject {
     FileReceiver& receiver_;
     QTimer signOfLife_;
     std::vector<std::string> paths_;
+    std::string activation_;
     bool isOffered_ = false;
 };
 

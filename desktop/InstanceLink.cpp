@@ -28,6 +28,12 @@ int millisecondsUntil(Clock::time_point end) {
     return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
 }
 
+// What the desktop gave this start, so that what was started may take the keyboard.
+QByteArray ownActivation() {
+    const QByteArray token = qgetenv("XDG_ACTIVATION_TOKEN");
+    return token.isEmpty() ? qgetenv("DESKTOP_STARTUP_ID") : token;
+}
+
 }  // namespace
 
 InstanceLink::InstanceLink(std::string folder) : InstanceLink(std::move(folder), Patience()) {}
@@ -90,6 +96,11 @@ InstanceLink::Answer InstanceLink::send(const Paths& paths, Clock::time_point en
         return Answer::none;
     }
     QByteArray message;
+    if (const QByteArray activation = ownActivation(); !activation.isEmpty()) {
+        message.append(hand_over::kActivation);
+        message.append(activation);
+        message.append(hand_over::kEndOfPath);
+    }
     for (const std::string& path : paths) {
         message.append(path.c_str(), static_cast<qsizetype>(path.size()));
         message.append(hand_over::kEndOfPath);

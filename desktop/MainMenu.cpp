@@ -5,6 +5,7 @@
 #include <QKeySequence>
 #include <QMenu>
 #include <QMenuBar>
+#include <QShortcut>
 #include <functional>
 #include <utility>
 
@@ -12,6 +13,7 @@
 #include "desktop/Application.h"
 #include "desktop/QtText.h"
 #include "desktop/RecentFiles.h"
+#include "desktop/ShortcutsWindow.h"
 #include "ui/support/QMSoftwareUpdate.h"
 
 namespace vornic {
@@ -39,7 +41,9 @@ class MenuBuilder {
         buildViewMenu();
         buildToolsMenu();
         buildTroubleshootingMenu();
+        buildWindowMenu();
         buildHelpMenu();
+        addMenuKey();
         offerDuringRuns();
     }
 
@@ -78,12 +82,26 @@ class MenuBuilder {
         return action;
     }
 
+    // The same for a command that the batch window has, too.
+    void addForBoth(QMenu& menu, const char* id, const QString& title, const QKeySequence& keys,
+                    DocumentCommand command, const std::function<void(BatchWindow&)>& ofBatch) {
+        if (auto* const batch = dynamic_cast<BatchWindow*>(&window_)) {
+            add(menu, id, title, keys, [batch, ofBatch] { ofBatch(*batch); });
+        } else {
+            addForDocument(menu, id, title, keys, std::move(command));
+        }
+    }
+
     void buildFileMenu() {
         AppController& controller = application_.controller();
         QMenu& menu = begin(tr("&File"), "fileMenu");
         add(menu, "fileOpen", tr("&Open…"), QKeySequence::Open,
             [&controller] { controller.openFile(); });
+        add(menu, "fileOpenFolder", tr("Open &Bundle or Folder…"), {},
+            [application = &application_] { application->askForBundleOrFolder(); });
         buildRecentMenu(menu);
+        add(menu, "fileBatch", tr("Batc&h…"), QKeySequence(Qt::CTRL | Qt::Key_B),
+            [application = &application_] { application->showBatch(); });
         menu.addSeparator();
         addForDocument(menu, "fileSaveReport", tr("&Save Report…"), QKeySequence::Save,
                        [](DocumentMainWindow& window) { window.saveReport(); });
@@ -118,13 +136,12 @@ class MenuBuilder {
             // What has gone since is left out the next time.
             RecentFiles::look(*recent, [] {});
             for (const std::string& path : RecentFiles::paths()) {
-                QAction* const action =
-                    recent->addAction(fileNameOf(path).replace(u'&', QStringLiteral("&&")));
-                action->setToolTip(toolTipOf(path));
-                QObject::connect(action, &QAction::triggered, recent,
+                QAction& action = addRecent(*recent, path, RecentFiles::about(path));
+                QObject::connect(&action, &QAction::triggered, recent,
                                  [application, path] { application->openDocuments({path}); });
             }
             addRestoring(*recent, application);
+            addForgetting(*recent);
             if (recent->isEmpty()) {
                 recent->addAction(tr("No recent files"))->setEnabled(false);
                 return;
@@ -135,6 +152,32 @@ class MenuBuilder {
         });
     }
 
+    // @param about what stands behind the name
+    static QAction& addRecent(QMenu& menu, const std::string& path, const QString& about) {
+        constexpr int kLongest = 60;
+        const QFontMetrics metrics = menu.fontMetrics();
+        const int room = kLongest * metrics.averageCharWidth();
+        QString text = metrics.elidedText(fileNameOf(path), Qt::ElideMiddle, room);
+        if (!about.isEmpty()) {
+            text += QStringLiteral(" — ") + metrics.elidedText(about, Qt::ElideMiddle, room);
+        }
+        QAction* const action = menu.addAction(text.replace(u'&', QStringLiteral("&&")));
+        action->setToolTip(toolTipOf(path));
+        return *action;
+    }
+
+    static void addForgetting(QMenu& recent) {
+        if (recent.isEmpty()) {
+            return;
+        }
+        QMenu* const forgetting = recent.addMenu(tr("&Forget"));
+        forgetting->setObjectName(QStringLiteral("fileForgetRecent"));
+        for (const std::string& path : RecentFiles::paths()) {
+            QObject::connect(&addRecent(*forgetting, path, QString()), &QAction::triggered,
+                             forgetting, [path] { RecentFiles::forget(path); });
+        }
+    }
+
     // A file's original can be brought back without repairing the file first.
     static void addRestoring(QMenu& recent, Application* application) {
         if (recent.isEmpty()) {
@@ -143,23 +186,27 @@ class MenuBuilder {
         QMenu* const restoring = recent.addMenu(tr("Restore &Original Of"));
         restoring->setObjectName(QStringLiteral("fileRestoreRecent"));
         for (const std::string& path : RecentFiles::paths()) {
-            QAction* const action =
-                restoring->addAction(fileNameOf(path).replace(u'&', QStringLiteral("&&")));
-            action->setToolTip(toolTipOf(path));
-            QObject::connect(action, &QAction::triggered, restoring,
+            QObject::connect(&addRecent(*restoring, path, QString()), &QAction::triggered,
+                             restoring,
                              [application, path] { application->restoreOriginalOf(path); });
         }
     }
 
     void buildEditMenu() {
         QMenu& menu = begin(tr("&Edit"), "editMenu");
-        addForDocument(menu, "editCopy", tr("&Copy"), QKeySequence::Copy,
-                       [](DocumentMainWindow& window) { window.copy(); });
-        addForDocument(menu, "editSelectAll", tr("Select &All"), QKeySequence::SelectAll,
-                       [](DocumentMainWindow& window) { window.selectAll(); });
+        addForBoth(
+            menu, "editCopy", tr("&Copy"), QKeySequence::Copy,
+            [](DocumentMainWindow& window) { window.copy(); },
+            [](BatchWindow& batch) { batch.copy(); });
+        addForBoth(
+            menu, "editSelectAll", tr("Select &All"), QKeySequence::SelectAll,
+            [](DocumentMainWindow& window) { window.selectAll(); },
+            [](BatchWindow& batch) { batch.selectAll(); });
         menu.addSeparator();
-        addForDocument(menu, "editFind", tr("&Find…"), QKeySequence::Find,
-                       [](DocumentMainWindow& window) { window.findBar().begin(); });
+        addForBoth(
+            menu, "editFind", tr("&Find…"), QKeySequence::Find,
+            [](DocumentMainWindow& window) { window.findBar().begin(); },
+            [](BatchWindow& batch) { batch.beginFilter(); });
         addForDocument(menu, "editFindNext", tr("Find &Next"), QKeySequence::FindNext,
                        [](DocumentMainWindow& window) { window.findBar().findNext(); });
         addForDocument(menu, "editFindPrevious", tr("Find &Previous"), QKeySequence::FindPrevious,
@@ -253,11 +300,59 @@ class MenuBuilder {
             [&controller] { controller.gatherLogs(); });
     }
 
+    // The windows that are open, that of the menu marked.
+    void buildWindowMenu() {
+        QMenu& menu = begin(tr("&Window"), "windowMenu");
+        Application* const application = &application_;
+        add(menu, "windowCloseAll", tr("Close &All"), {},
+            [application] { application->closeAll(); });
+        QAction* const separator = menu.addSeparator();
+        QObject::connect(&menu, &QMenu::aboutToShow, &window_,
+                         [this_ = &window_, &menu, separator, application] {
+                             const QList<QAction*> actions = menu.actions();
+                             for (qsizetype at = actions.indexOf(separator) + 1;
+                                  at < actions.size(); ++at) {
+                                 delete actions[at];
+                             }
+                             for (QMainWindow* const window : application->windows()) {
+                                 addWindow(menu, *window, window == this_);
+                             }
+                         });
+    }
+
+    static void addWindow(QMenu& menu, QMainWindow& window, bool isOwn) {
+        constexpr int kLongest = 60;
+        const QString title = menu.fontMetrics().elidedText(
+            window.windowTitle().replace(QLatin1String("[*][*]"), QLatin1String("[*]")),
+            Qt::ElideMiddle, kLongest * menu.fontMetrics().averageCharWidth());
+        QAction* const action = menu.addAction(QString(title).replace(u'&', QStringLiteral("&&")));
+        action->setCheckable(true);
+        action->setChecked(isOwn);
+        QObject::connect(action, &QAction::triggered, &window, [&window] {
+            if (window.isMinimized()) {
+                window.showNormal();
+            }
+            window.raise();
+            window.activateWindow();
+        });
+    }
+
+    // F10 goes to the menus, as elsewhere on the desktop.
+    void addMenuKey() {
+        auto* const key = new QShortcut(QKeySequence(Qt::Key_F10), &window_);
+        QObject::connect(key, &QShortcut::activated, &window_, [bar = window_.menuBar()] {
+            bar->setFocus(Qt::MenuBarFocusReason);
+            bar->setActiveAction(bar->actions().constFirst());
+        });
+    }
+
     void buildHelpMenu() {
         AppController& controller = application_.controller();
         QMenu& menu = begin(tr("&Help"), "helpMenu");
         add(menu, "helpUserManual", tr("User &Manual"), QKeySequence::HelpContents,
             [&controller] { controller.helpUserManual(); });
+        add(menu, "helpShortcuts", tr("&Keyboard Shortcuts"), {},
+            [window = &window_] { (new ShortcutsWindow(*window))->show(); });
         add(menu, "helpSuiteHome", tr("&Brindle Tools on the Web"), {},
             [&controller] { controller.helpSuiteHome(); });
         add(menu, "helpSupport", tr("&Support"), {}, [&controller] { controller.helpSupport(); });

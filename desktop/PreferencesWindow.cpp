@@ -38,6 +38,8 @@ bool showsOpenPanel() {
 
 // 1: a file that is opened is checked; anything else: it is repaired.
 constexpr const char* kOnlyCheckKey = "onlyCheckOpenedFiles";
+// 1: more than three files that are opened at once go to the batch window.
+constexpr const char* kBatchKey = "openManyFilesInBatch";
 
 }  // namespace
 
@@ -45,7 +47,8 @@ PreferencesWindow::PreferencesWindow(std::function<void(CheckBoxItem&)> toggleAd
     : panes_(new QTabWidget(this)),
       showOpenPanel_(new QCheckBox(tr("Show the &open panel when the application starts"), this)),
       adminPass_(new QCheckBox(tr("Require an administrator &password at the start"), this)),
-      whenOpened_(new QComboBox(this)) {
+      whenOpened_(new QComboBox(this)),
+      manyInBatch_(new QCheckBox(tr("Open &more than three files in the batch window"), this)) {
     setObjectName(QStringLiteral("preferencesWindow"));
     setWindowTitle(tr("Preferences"));
     showOpenPanel_->setObjectName(QStringLiteral("prefsShowOpenPanel"));
@@ -64,6 +67,7 @@ PreferencesWindow::PreferencesWindow(std::function<void(CheckBoxItem&)> toggleAd
     openingRow->addWidget(whenOpened_);
     openingRow->addStretch();
     boxes->addLayout(openingRow);
+    boxes->addWidget(manyInBatch_);
     boxes->addStretch();
     panes_->setObjectName(QStringLiteral("preferencesPanes"));
     panes_->setAccessibleName(tr("Preferences"));
@@ -74,6 +78,8 @@ PreferencesWindow::PreferencesWindow(std::function<void(CheckBoxItem&)> toggleAd
             [this](bool on) { storeShowsOpenPanel(on); });
     connect(whenOpened_, &QComboBox::activated, this,
             [this](int index) { storeOnlyChecks(index == 1); });
+    manyInBatch_->setObjectName(QStringLiteral("prefsManyInBatch"));
+    connect(manyInBatch_, &QCheckBox::clicked, this, [this](bool on) { storeManyInBatch(on); });
     connect(adminPass_, &QCheckBox::clicked, this,
             [this, toggle = std::move(toggleAdminPass)] { toggle(*prefsAdminPass()); });
 }
@@ -103,6 +109,20 @@ void PreferencesWindow::storeOnlyChecks(bool onlyChecks) {
     }
 }
 
+bool PreferencesWindow::opensManyInBatch() {
+    return isNumberEqualTo(platform::UserPreferences().value(kBatchKey), 1);
+}
+
+void PreferencesWindow::storeManyInBatch(bool inBatch) {
+    ErrorSlot error;
+    if (!platform::UserPreferences().setValue(kBatchKey, inBatch ? 1 : 0, error)) {
+        logUnsavedPreference(kBatchKey, error);
+        manyInBatch_->setChecked(opensManyInBatch());
+        tell(this, tr("The preference could not be saved."),
+             error ? toQString(error->localizedDescription()) : QString());
+    }
+}
+
 std::shared_ptr<CheckBoxItem> PreferencesWindow::prefsAdminPass() const {
     return std::make_shared<BoxItem>(adminPass_);
 }
@@ -127,6 +147,7 @@ void PreferencesWindow::makeKeyAndOrderFront() {
 void PreferencesWindow::readPreferences() {
     showOpenPanel_->setChecked(showsOpenPanel());
     whenOpened_->setCurrentIndex(onlyChecksOpenedFiles() ? 1 : 0);
+    manyInBatch_->setChecked(opensManyInBatch());
     if (shortcutKeys_ != nullptr) {
         QMShortcutKeyTableDelegate::sharedController().populateKeyData();
         return;

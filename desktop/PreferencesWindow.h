@@ -27,6 +27,10 @@ class PreferencesWindow : public QDialog, public AlertWindow {
     /// Whether a file that is opened is checked and not repaired (false unless stored).
     [[nodiscard]] static bool onlyChecksOpenedFiles();
 
+    /// Whether more than three files that are opened at once go to the batch window (false unless
+    /// stored).
+    [[nodiscard]] static bool opensManyInBatch();
+
     void setVisible(bool visible) override;
 
     [[nodiscard]] bool hasAttachedSheet() const override;
@@ -36,12 +40,14 @@ class PreferencesWindow : public QDialog, public AlertWindow {
     void readPreferences();
     void storeShowsOpenPanel(bool shows);
     void storeOnlyChecks(bool onlyChecks);
+    void storeManyInBatch(bool inBatch);
 
     QTabWidget* panes_;
     ShortcutKeysView* shortcutKeys_ = nullptr;
     QCheckBox* showOpenPanel_;
     QCheckBox* adminPass_;
     QComboBox* whenOpened_;
+    QCheckBox* manyInBatch_;
 };
 
 }  // namespace vornic

@@ -1,12 +1,15 @@
 #include "desktop/RecentFiles.h"
 
 #include <QPointer>
+#include <algorithm>
 #include <set>
 #include <tuple>
 #include <utility>
 
 #include "base/Exception.h"
+#include "base/PathText.h"
 #include "base/Utf8.h"
+#include "desktop/QtText.h"
 #include "platform/files/FileSystem.h"
 #include "platform/settings/PropertyList.h"
 #include "platform/settings/UserPreferences.h"
@@ -18,6 +21,16 @@ namespace vornic {
 namespace {
 
 constexpr const char* kKey = "recentFiles";
+// By path.
+constexpr const char* kOutcomesKey = "recentOutcomes";
+
+std::string outcomeOf(const std::string& path) {
+    const std::optional<platform::PropertyList> outcomes =
+        platform::UserPreferences().value(kOutcomesKey);
+    const platform::PropertyList* const outcome = outcomes ? outcomes->find(path) : nullptr;
+    const std::string* const text = outcome != nullptr ? outcome->string() : nullptr;
+    return text != nullptr ? *text : "";
+}
 
 std::vector<std::string> stored() {
     std::vector<std::string> paths;
@@ -105,8 +118,44 @@ void RecentFiles::add(const std::string& path) {
     store(paths);
 }
 
+void RecentFiles::setOutcome(const std::string& path, const std::string& outcome) {
+    const std::vector<std::string> listed = stored();
+    if (std::find(listed.begin(), listed.end(), path) == listed.end() ||
+        outcomeOf(path) == outcome) {
+        return;
+    }
+    platform::PropertyList::Dictionary outcomes;
+    for (const std::string& each : listed) {
+        const std::string text = each == path ? outcome : outcomeOf(each);
+        if (!text.empty()) {
+            outcomes.emplace(each, text);
+        }
+    }
+    ErrorSlot ignored;  // what cannot be stored is not shown next time
+    std::ignore = platform::UserPreferences().setValue(
+        kOutcomesKey, platform::PropertyList(std::move(outcomes)), ignored);
+}
+
+QString RecentFiles::about(const std::string& path) {
+    QString text = oneLine(pathToQString(platform::parentFolder(path)));
+    if (const std::string outcome = outcomeOf(path); !outcome.empty()) {
+        text += QStringLiteral(" · ") + oneLine(toQString(outcome));
+    }
+    return text;
+}
+
+void RecentFiles::forget(const std::string& path) {
+    setOutcome(path, "");
+    std::vector<std::string> paths = stored();
+    std::erase(paths, path);
+    store(paths);
+}
+
 void RecentFiles::clear() {
     store({});
+    ErrorSlot ignored;  // as above
+    std::ignore = platform::UserPreferences().setValue(
+        kOutcomesKey, platform::PropertyList(platform::PropertyList::Dictionary()), ignored);
 }
 
 }  // namespace vornic

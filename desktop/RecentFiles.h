@@ -2,6 +2,7 @@
 #define VORNIC_DESKTOP_RECENT_FILES_H
 
 #include <QObject>
+#include <QString>
 #include <functional>
 #include <string>
 #include <vector>
@@ -23,6 +24,11 @@ class RecentFiles {
     /// @param changed called for each answer that changes what `paths` returns.
     static void look(QObject& owner, const std::function<void()>& changed);
     static void add(const std::string& path);
+    /// Keeps how the last run, or what a window did last, ended with a file on the list.
+    static void setOutcome(const std::string& path, const std::string& outcome);
+    /// The folder of a file and its last outcome, on one line.
+    [[nodiscard]] static QString about(const std::string& path);
+    static void forget(const std::string& path);
     static void clear();
 };
 

@@ -92,14 +92,20 @@ void ReportView::insert(QTextCursor& cursor, const Entry& entry) {
     cursor.insertText(toQString(text).replace(QLatin1Char('\n'), QChar::LineSeparator), format);
 }
 
-bool ReportView::findText(const QString& text, bool backwards) {
+bool ReportView::findText(const QString& text, FindStep step) {
     flush();
+    const bool backwards = step == FindStep::previous;
+    const QTextCursor before = textCursor();
+    if (step == FindStep::here) {
+        QTextCursor here = before;
+        here.setPosition(before.selectionStart());
+        setTextCursor(here);
+    }
     const QTextDocument::FindFlags flags =
         backwards ? QTextDocument::FindBackward : QTextDocument::FindFlags();
     if (text.isEmpty() || find(text, flags)) {
         return true;
     }
-    const QTextCursor before = textCursor();
     QTextCursor start(document());
     start.movePosition(backwards ? QTextCursor::End : QTextCursor::Start);
     setTextCursor(start);

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "desktop/FindStep.h"
 #include "desktop/ReadableText.h"
 
 namespace vornic {
@@ -30,7 +31,7 @@ class ReportView : public QPlainTextEdit, public ReadableText {
 
     /// Selects the next place of a text, upper and lower case alike, from the selection on, and
     /// from the other end when there is none. @return false when it is nowhere.
-    bool findText(const QString& text, bool backwards);
+    bool findText(const QString& text, FindStep step);
 
     [[nodiscard]] int readableLength() const override;
     [[nodiscard]] QString readableText(int start, int end) const override;

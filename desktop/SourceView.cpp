@@ -404,16 +404,16 @@ void SourceView::selectAll() {
     }
 }
 
-bool SourceView::findText(const QString& text, bool backwards) {
+bool SourceView::findText(const QString& text, FindStep step) {
     if (!source_ || text.isEmpty()) {
         return text.isEmpty();
     }
     const std::string wanted = text.toStdString();
     const TextSpan selected = selection();
-    std::size_t found =
-        backwards
-            ? source_->findBefore(wanted, selected.offset)
-            : source_->find(wanted, selected.offset + std::min<std::size_t>(1, selected.length));
+    const bool backwards = step == FindStep::previous;
+    const std::size_t past = step == FindStep::here ? 0 : std::min<std::size_t>(1, selected.length);
+    std::size_t found = backwards ? source_->findBefore(wanted, selected.offset)
+                                  : source_->find(wanted, selected.offset + past);
     if (found == std::string_view::npos) {
         found = backwards ? source_->findBefore(wanted, source_->text().size())
                           : source_->find(wanted, 0);

@@ -12,6 +12,7 @@
 
 #include "app/window/FindingsTable.h"
 #include "app/window/SourceText.h"
+#include "desktop/FindStep.h"
 #include "desktop/ReadableText.h"
 
 namespace vornic {
@@ -42,7 +43,7 @@ class SourceView : public QAbstractScrollArea, public ReadableText {
     void selectAll();
     /// Selects the next place of a text, from the selection on and then from the other end.
     /// @return false when it is nowhere.
-    bool findText(const QString& text, bool backwards);
+    bool findText(const QString& text, FindStep step);
 
     // Screen readers read the rows in view.
     [[nodiscard]] int readableLength() const override;

@@ -2,11 +2,12 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QMenu>
 #include <QPushButton>
+#include <QShortcut>
 #include <QVBoxLayout>
 #include <utility>
 
-#include "desktop/DropArea.h"
 #include "desktop/QtText.h"
 #include "desktop/RecentFiles.h"
 #include "desktop/WindowSize.h"
@@ -27,7 +28,8 @@ StartWindow::StartWindow(std::function<void()> browse, std::function<void(const 
     setWindowTitle(QStringLiteral("Vornic"));
     setAcceptDrops(true);
     auto* const content = new QWidget(this);
-    auto* const area = new DropArea(content);
+    area_ = new DropArea(content);
+    DropArea* const area = area_;
     auto* const icon = new QLabel(area);
     icon->setTextFormat(Qt::PlainText);
     icon->setPixmap(QApplication::windowIcon().pixmap(kIconSize));
@@ -71,6 +73,13 @@ StartWindow::StartWindow(std::function<void()> browse, std::function<void(const 
     connect(button, &QPushButton::clicked, this, std::move(browse));
     connect(recentFiles_, &QListWidget::itemActivated, this,
             [this](const QListWidgetItem* item) { openItem(item); });
+    recentFiles_->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(recentFiles_, &QListWidget::customContextMenuRequested, this,
+            [this](const QPoint& at) { showMenu(at); });
+    auto* const forgetting = new QShortcut(QKeySequence::Delete, recentFiles_);
+    forgetting->setContext(Qt::WidgetShortcut);
+    connect(forgetting, &QShortcut::activated, this,
+            [this] { forget(recentFiles_->currentItem()); });
     showRecentFiles();
     restoreWindowSize(*this, kDefaultSize);
 }
@@ -83,7 +92,8 @@ void StartWindow::showRecentFiles() {
 void StartWindow::listRecentFiles() {
     recentFiles_->clear();
     for (const std::string& path : RecentFiles::paths()) {
-        auto* const item = new QListWidgetItem(fileNameOf(path), recentFiles_);
+        auto* const item =
+            new QListWidgetItem(fileNameOf(path) + u'\n' + RecentFiles::about(path), recentFiles_);
         item->setToolTip(toolTipOf(path));
         item->setData(Qt::UserRole, QByteArray::fromStdString(path));
     }
@@ -94,6 +104,27 @@ void StartWindow::listRecentFiles() {
     }
     recentHeading_->setVisible(hasFiles);
     recentFiles_->setVisible(hasFiles);
+}
+
+void StartWindow::forget(const QListWidgetItem* item) {
+    if (item != nullptr) {
+        RecentFiles::forget(item->data(Qt::UserRole).toByteArray().toStdString());
+        listRecentFiles();
+    }
+}
+
+void StartWindow::showMenu(const QPoint& at) {
+    if (recentFiles_->currentItem() == nullptr) {
+        return;
+    }
+    auto* const menu = new QMenu(this);
+    menu->setObjectName(QStringLiteral("recentFileMenu"));
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    connect(menu->addAction(tr("&Open")), &QAction::triggered, this,
+            [this] { openItem(recentFiles_->currentItem()); });
+    connect(menu->addAction(tr("&Forget")), &QAction::triggered, this,
+            [this] { forget(recentFiles_->currentItem()); });
+    menu->popup(recentFiles_->viewport()->mapToGlobal(at));
 }
 
 void StartWindow::closeEvent(QCloseEvent* event) {

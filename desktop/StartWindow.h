@@ -7,6 +7,8 @@
 #include <functional>
 #include <string>
 
+#include "desktop/DropArea.h"
+
 namespace vornic {
 
 /// What is on the screen while nothing is open: a button that opens files, a place to drop them,
@@ -19,14 +21,20 @@ class StartWindow : public QMainWindow {
     /// gone; there is no list where there are none.
     void showRecentFiles();
 
+    /// Shows whether a drop would be taken.
+    void setTakesDrop(bool takesDrop) { area_->setTakesDrop(takesDrop); }
+
   protected:
     void closeEvent(QCloseEvent* event) override;
 
   private:
     void listRecentFiles();
+    void forget(const QListWidgetItem* item);
+    void showMenu(const QPoint& at);
     void openItem(const QListWidgetItem* item);
 
     std::function<void(const std::string&)> open_;
+    DropArea* area_ = nullptr;
     QLabel* recentHeading_ = nullptr;
     QListWidget* recentFiles_;
 };

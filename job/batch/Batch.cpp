@@ -4,6 +4,7 @@
 #include <chrono>
 #include <list>
 #include <new>
+#include <numeric>
 #include <optional>
 #include <utility>
 
@@ -36,13 +37,16 @@ Batch::~Batch() {
 std::vector<ProjectFiles::Refusal> Batch::add(const std::vector<std::string>& paths,
                                               const StopToken& stop) {
     ProjectFiles found = findProjectFiles(paths, true, stop);
-    const std::lock_guard lock(mutex_);
-    if (isRunning_) {
-        return std::move(found.refused);
-    }
-    isChanged_.resize(list_.size() + found.paths.size());
     for (const std::string& path : found.paths) {
-        list_.add(platform::absolutePath(path).value_or(path));
+        const std::string absolute = platform::absolutePath(path).value_or(path);
+        // Asked without holding anybody up.
+        const BatchList::Identity identity = BatchList::identityAt(absolute);
+        const std::lock_guard lock(mutex_);
+        if (isRunning_) {
+            break;
+        }
+        isChanged_.resize(list_.size() + 1);
+        list_.add(absolute, identity);
     }
     return std::move(found.refused);
 }
@@ -84,6 +88,11 @@ bool Batch::isRunning() const {
     return isRunning_;
 }
 
+std::size_t Batch::endedCount() const {
+    const std::lock_guard lock(mutex_);
+    return std::accumulate(summary_.results.begin(), summary_.results.end(), std::size_t{0});
+}
+
 bool Batch::startAll(BatchRequest request) {
     std::vector<std::size_t> rows(size());
     for (std::size_t row = 0; row < rows.size(); ++row) {
@@ -104,17 +113,17 @@ bool Batch::start(BatchRequest request, std::vector<std::size_t> rows) {
     if (thread_.joinable()) {
         thread_.join();
     }
-    {
-        const std::lock_guard lock(mutex_);
-        isOver_ = false;
-    }
     request_ = std::move(request);
     rows_ = std::move(rows);
     next_ = 0;
     isCancelled_ = false;
-    summary_ = {};
-    summary_.action = request_.action;
-    summary_.files = rows_.size();
+    {
+        const std::lock_guard lock(mutex_);
+        isOver_ = false;
+        summary_ = {};
+        summary_.action = request_.action;
+        summary_.files = rows_.size();
+    }
     try {
         thread_ = std::thread([this] { run(); });
     } catch (const std::exception&) {
@@ -172,12 +181,14 @@ void Batch::perform() {
         const std::lock_guard lock(mutex_);
         for (const std::size_t row : rows_) {
             paths.push_back(list_[row].path);
-            named.emplace_back(list_[row].path);
             list_[row].state = BatchState::waiting;
             markChanged(row);
         }
     }
     tellChanges();
+    for (const std::string& path : paths) {
+        named.emplace_back(path);
+    }
     BatchJob job(request_, program_, StopToken([this] { return isCancelled_.load(); }));
     try {
         summary_.complaint = job.prepare(paths);

@@ -63,6 +63,8 @@ class Batch {
     [[nodiscard]] std::vector<std::size_t> rowsShownBy(const BatchFilter& filter) const;
 
     [[nodiscard]] bool isRunning() const;
+    /// How many files of the run that goes on, or of the last one, have a result.
+    [[nodiscard]] std::size_t endedCount() const;
 
     /// Begins to do something with rows, in their order.
     /// @param rows ascending, each once

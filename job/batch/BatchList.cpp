@@ -9,15 +9,6 @@ namespace vornic {
 
 namespace {
 
-// Device and inode of the file that a path leads to; zeroes where there is none.
-std::pair<std::uint64_t, std::uint64_t> identityAt(const std::string& path) {
-    int ignored = 0;
-    const std::optional<std::string> target = platform::resolveFinalLink(path, ignored);
-    const auto identity = target ? platform::fileIdentity(*target) : std::nullopt;
-    return identity ? std::pair(identity->device, identity->inode)
-                    : std::pair<std::uint64_t, std::uint64_t>();
-}
-
 bool isLink(const std::string& path) {
     int ignored = 0;
     const std::optional<std::string> target = platform::resolveFinalLink(path, ignored);
@@ -35,11 +26,17 @@ void setPath(BatchRow& row, const std::string& path) {
 
 }  // namespace
 
-std::size_t BatchList::add(const std::string& path) {
+BatchList::Identity BatchList::identityAt(const std::string& path) {
+    int ignored = 0;
+    const std::optional<std::string> target = platform::resolveFinalLink(path, ignored);
+    const auto identity = target ? platform::fileIdentity(*target) : std::nullopt;
+    return identity ? Identity(identity->device, identity->inode) : Identity();
+}
+
+std::size_t BatchList::add(const std::string& path, const Identity& identity) {
     if (const auto known = byPath_.find(path); known != byPath_.end()) {
         return known->second;
     }
-    const Identity identity = identityAt(path);
     const auto same = byIdentity_.find(identity);
     if (identity != Identity() && same != byIdentity_.end()) {
         addName(rows_[same->second], path);

@@ -17,10 +17,16 @@ namespace vornic {
 /// few hundred bytes a file. One thread at a time.
 class BatchList {
   public:
+    /// Device and inode of a file; zeroes where there is none.
+    using Identity = std::pair<std::uint64_t, std::uint64_t>;
+    /// That of the file that a path leads to. Asks the file system. Any thread.
+    [[nodiscard]] static Identity identityAt(const std::string& path);
+
     /// Adds a file, which need not be there.
     /// @param path absolute
+    /// @param identity what `identityAt` tells of it
     /// @return its row.
-    std::size_t add(const std::string& path);
+    std::size_t add(const std::string& path, const Identity& identity);
     /// Another file may have come to the row's path; links that lead to the old one are no longer
     /// names of the row.
     void lookAgain(std::size_t row);
@@ -31,7 +37,6 @@ class BatchList {
     [[nodiscard]] BatchRow& operator[](std::size_t row) { return rows_[row].row; }
 
   private:
-    using Identity = std::pair<std::uint64_t, std::uint64_t>;
     struct Listed {
         BatchRow row;
         Identity identity;

@@ -222,7 +222,7 @@ TEST_F(ApplicationTest, opensWhatIsDroppedOnAWindow) {
 TEST_F(ApplicationTest, opensTheFilesOfALaterStart) {
     application.launch({});
     const std::string path = sandbox.write("a.xml", kSound);
-    application.receive({path});
+    application.receive({path}, "");
     ASSERT_NE(application.currentDocument(), nullptr);
     EXPECT_EQ(application.currentDocument()->filePath(), path);
 }
@@ -231,9 +231,9 @@ TEST_F(ApplicationTest, opensTheFilesOfALaterStartInsteadOfWhatThePanelAsksFor) 
     showOpenPanelAtStart(true);
     const std::string path = sandbox.write("a.xml", kSound);
     platform::MainThread::performAfter(std::chrono::milliseconds(100), [this, path] {
-        application.receive({});
+        application.receive({}, "");
         EXPECT_NE(visible<QFileDialog>(), nullptr);
-        application.receive({path});
+        application.receive({path}, "");
     });
     application.launch({});
     EXPECT_EQ(visible<QFileDialog>(), nullptr);
@@ -247,10 +247,10 @@ TEST_F(ApplicationTest, tellsThatItMayOpenFilesOnceItIsLaunched) {
     std::optional<bool> told;
     application.whenDecided([&told](bool mayOpen) { told = mayOpen; });
     EXPECT_EQ(told, std::nullopt);
-    EXPECT_FALSE(application.receive({path}));
+    EXPECT_FALSE(application.receive({path}, ""));
     application.launch({});
     EXPECT_EQ(told, true);
-    EXPECT_TRUE(application.receive({path}));
+    EXPECT_TRUE(application.receive({path}, ""));
     EXPECT_EQ(application.currentDocument()->filePath(), path);
 }
 
@@ -264,7 +264,7 @@ TEST_F(ApplicationTest, takesNoFilesOnceItEnds) {
     application.terminate();
     application.whenDecided([&told](bool mayOpen) { told = mayOpen; });
     EXPECT_EQ(told, false);
-    EXPECT_FALSE(application.receive({sandbox.write("a.xml", kSound)}));
+    EXPECT_FALSE(application.receive({sandbox.write("a.xml", kSound)}, ""));
     EXPECT_EQ(application.currentWindow(), nullptr);
 }
 
@@ -343,8 +343,9 @@ class LastWindowTest : public ApplicationTest {
 };
 
 TEST_F(LastWindowTest, endsWithAPanelThatWasLeftOpen) {
-    application.launch({});
-    DocumentMainWindow* const window = opened(sandbox.write("a.xml", kSound));
+    const std::string path = sandbox.write("a.xml", kSound);
+    application.launch({path});
+    DocumentMainWindow* const window = opened(path);
     application.showPreferences();
     EXPECT_TRUE(window->close());
     EXPECT_FALSE(ends());

@@ -9,6 +9,7 @@
 #include "desktop/InstanceLink.h"
 #include "foundation/places/QMLocalPaths.h"
 #include "tests/desktop/DesktopTest.h"
+#include "tests/support/machine/ScopedEnvironment.h"
 
 namespace vornic::test {
 namespace {
@@ -25,7 +26,8 @@ class RecordingReceiver : public FileReceiver {
             undecided.push_back(std::move(told));
         }
     }
-    bool receive(const Paths& paths) override {
+    bool receive(const Paths& paths, const std::string& activation) override {
+        activations.push_back(activation);
         if (takes) {
             received.push_back(paths);
         }
@@ -37,6 +39,7 @@ class RecordingReceiver : public FileReceiver {
     bool takes = true;
     std::vector<std::function<void(bool mayOpen)>> undecided;
     std::vector<Paths> received;
+    std::vector<std::string> activations;
 };
 
 class InstanceLinkTest : public DesktopTest {
@@ -102,6 +105,17 @@ TEST_F(InstanceLinkTest, handsTheFilesOfLaterStartsOver) {
     EXPECT_TRUE(handOverFromElsewhere(odd));
     EXPECT_TRUE(handOverFromElsewhere({}));
     EXPECT_EQ(receiver.received, (std::vector<Paths>{odd, {}}));
+}
+
+TEST_F(InstanceLinkTest, handsOverWhatTheDesktopGaveToComeToTheFront) {
+    InstanceLink link(folder);
+    ASSERT_FALSE(link.handOver({}));
+    link.listen(receiver);
+    const ScopedEnvironment token("XDG_ACTIVATION_TOKEN", "token-1");
+    EXPECT_TRUE(handOverFromElsewhere({"/a"}));
+    EXPECT_TRUE(handOverFromElsewhere({}));
+    EXPECT_EQ(receiver.received, (std::vector<Paths>{{"/a"}, {}}));
+    EXPECT_EQ(receiver.activations, (std::vector<std::string>{"token-1", "token-1"}));
 }
 
 TEST_F(InstanceLinkTest, takesManyFiles) {

@@ -122,15 +122,15 @@ TEST_F(ReportViewTest, findsForwardsAndBackwardsAndRoundTheEnds) {
     view.append("\n\nbeta", false, false);
     view.append("\n\nALPHA", false, false);
     const QString text = QStringLiteral("alpha");
-    EXPECT_TRUE(view.findText(text, false));
+    EXPECT_TRUE(view.findText(text, FindStep::next));
     EXPECT_EQ(view.textCursor().selectedText(), QStringLiteral("Alpha"));
-    EXPECT_TRUE(view.findText(text, false));
+    EXPECT_TRUE(view.findText(text, FindStep::next));
     EXPECT_EQ(view.textCursor().selectedText(), QStringLiteral("ALPHA"));
-    EXPECT_TRUE(view.findText(text, false));
+    EXPECT_TRUE(view.findText(text, FindStep::next));
     EXPECT_EQ(view.textCursor().selectedText(), QStringLiteral("Alpha"));
-    EXPECT_TRUE(view.findText(text, true));
+    EXPECT_TRUE(view.findText(text, FindStep::previous));
     EXPECT_EQ(view.textCursor().selectedText(), QStringLiteral("ALPHA"));
-    EXPECT_FALSE(view.findText(QStringLiteral("gamma"), false));
+    EXPECT_FALSE(view.findText(QStringLiteral("gamma"), FindStep::next));
     EXPECT_EQ(view.textCursor().selectedText(), QStringLiteral("ALPHA"));
 }
 

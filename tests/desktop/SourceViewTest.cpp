@@ -66,15 +66,15 @@ TEST_F(SourceViewTest, movesByWholeCharacters) {
 
 TEST_F(SourceViewTest, findsTextFromTheSelectionOnAndThenFromTheOtherEnd) {
     show("<clip/>\n<Clip/>\n");
-    EXPECT_TRUE(view.findText(QStringLiteral("clip"), false));
+    EXPECT_TRUE(view.findText(QStringLiteral("clip"), FindStep::next));
     EXPECT_EQ(view.currentLine(), 1U);
-    EXPECT_TRUE(view.findText(QStringLiteral("clip"), false));
+    EXPECT_TRUE(view.findText(QStringLiteral("clip"), FindStep::next));
     EXPECT_EQ(view.currentLine(), 2U);
-    EXPECT_TRUE(view.findText(QStringLiteral("clip"), false));
+    EXPECT_TRUE(view.findText(QStringLiteral("clip"), FindStep::next));
     EXPECT_EQ(view.currentLine(), 1U);
-    EXPECT_TRUE(view.findText(QStringLiteral("clip"), true));
+    EXPECT_TRUE(view.findText(QStringLiteral("clip"), FindStep::previous));
     EXPECT_EQ(view.currentLine(), 2U);
-    EXPECT_FALSE(view.findText(QStringLiteral("nothing"), false));
+    EXPECT_FALSE(view.findText(QStringLiteral("nothing"), FindStep::next));
 }
 
 TEST_F(SourceViewTest, drawsDamagedTextsAndGaps) {

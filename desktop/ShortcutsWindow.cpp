@@ -1,0 +1,80 @@
+#include "desktop/ShortcutsWindow.h"
+
+#include <QAction>
+#include <QDialogButtonBox>
+#include <QHeaderView>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+#include "desktop/WindowSize.h"
+
+namespace vornic {
+
+namespace {
+
+constexpr QSize kSize(460, 520);
+
+QString plain(QString title) {
+    return title.remove(u'&');
+}
+
+void addKeys(QTreeWidgetItem& group, const QString& command, const QString& keys) {
+    new QTreeWidgetItem(&group, {command, keys});  // which the group owns
+}
+
+QTreeWidgetItem& addGroup(QTreeWidget& list, const QString& title) {
+    return *new QTreeWidgetItem(&list, {title, QString()});
+}
+
+void addMenu(QTreeWidget& list, const QAction& title, const QMenu& menu) {
+    QTreeWidgetItem* group = nullptr;
+    for (const QAction* const action : menu.actions()) {
+        const QString keys = action->shortcut().toString(QKeySequence::NativeText);
+        if (!keys.isEmpty()) {
+            group = group != nullptr ? group : &addGroup(list, plain(title.text()));
+            addKeys(*group, plain(action->text()), keys);
+        }
+    }
+}
+
+}  // namespace
+
+ShortcutsWindow::ShortcutsWindow(QMainWindow& window) : QDialog(&window) {
+    setObjectName(QStringLiteral("shortcutsWindow"));
+    setWindowTitle(tr("Keyboard Shortcuts"));
+    setAttribute(Qt::WA_DeleteOnClose);
+    auto* const list = new QTreeWidget(this);
+    list->setObjectName(QStringLiteral("shortcutsList"));
+    list->setAccessibleName(tr("Keyboard shortcuts"));
+    list->setHeaderLabels({tr("Command"), tr("Keys")});
+    list->setTabKeyNavigation(false);
+    list->setAllColumnsShowFocus(true);
+    for (const QAction* const title : window.menuBar()->actions()) {
+        if (title->menu() != nullptr) {
+            addMenu(*list, *title, *title->menu());
+        }
+    }
+    QTreeWidgetItem& everywhere = addGroup(*list, tr("Everywhere"));
+    addKeys(everywhere, tr("Go to the menus"), QStringLiteral("F10"));
+    addKeys(everywhere, tr("Open the menu of what has the focus"), QStringLiteral("Shift+F10"));
+    addKeys(everywhere, tr("Go to the next control"), tr("Tab"));
+    addKeys(everywhere, tr("Choose the marked row, or open it"), tr("Return"));
+    addKeys(everywhere, tr("Close a sheet or the search"), tr("Esc"));
+    addKeys(everywhere, tr("Take a file off the list of recent files"), tr("Del"));
+    list->expandAll();
+    list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    list->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
+    list->header()->setStretchLastSection(false);
+    list->setCurrentItem(list->topLevelItem(0));
+    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto* const column = new QVBoxLayout(this);
+    column->addWidget(list, 1);
+    column->addWidget(buttons);
+    fitOnScreen(*this, kSize);
+    list->setFocus();
+}
+
+}  // namespace vornic
