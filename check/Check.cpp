@@ -1,7 +1,9 @@
 #include "check/Check.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -16,6 +18,7 @@
 #include "check/fcpxml/StructureFindings.h"
 #include "check/xmeml/Check.h"
 #include "formats/ElementIndexBuilder.h"
+#include "formats/IndexUpdate.h"
 #include "formats/PlaceFinder.h"
 #include "formats/fcpxml/Timecodes.h"
 #include "formats/xmeml/Timecodes.h"
@@ -28,6 +31,8 @@
 namespace vornic {
 
 namespace {
+
+using EditList = std::vector<Edit>;
 
 constexpr std::string_view kNeitherKind = "the file is neither XMEML nor FCPXML";
 constexpr std::string_view kNoRoot = "the file could not be read as far as its root element";
@@ -63,6 +68,33 @@ class Check {
         lookForCharacters(head);
         makeValidator(head);
         readMarkup();
+        applyRules();
+    }
+
+    /// The same for a text that the reader would tell nothing of.
+    void find(ElementIndex index) {
+        lookForCharacters(index);
+        index_.emplace(std::move(index));
+        isComplete_ = true;
+        addEncoding();
+        describeMarkup();
+        applyRules();
+    }
+
+    [[nodiscard]] std::optional<ElementIndex> indexAfter(const EditList& edits,
+                                                         std::string_view changed) const {
+        const bool isXMEML = index_->kind() == FileKind::xmeml && !validator_;
+        return isXMEML && isComplete_ && areMended(edits) ? indexAfterEdits(*index_, changed, edits)
+                                                          : std::nullopt;
+    }
+
+    void place() {
+        addTimecodes();
+        PlaceFinder(*index_, decoding_).place(report_.findings);
+    }
+
+  private:
+    void applyRules() {
         if (index_->kind() == FileKind::xmeml) {
             xmeml::check(*index_, isComplete_, options_, report_);
         } else {
@@ -75,12 +107,40 @@ class Check {
         report_.findings.sort();
     }
 
-    void place() {
-        addTimecodes();
-        PlaceFinder(*index_, decoding_).place(report_.findings);
+    // Whether all that was told of the markup is mended by the edits.
+    [[nodiscard]] bool areMended(const EditList& edits) const {
+        if (isMended_ && !options_.ignored.empty()) {
+            return false;
+        }
+        std::array<std::uint64_t, kRuleCount> mended{};
+        for (const Finding& finding : report_.findings.kept()) {
+            if (isOfMarkup(finding.rule) && finding.mend && isAmong(finding.mend->edits, edits)) {
+                ++mended[finding.rule.index];
+            }
+        }
+        for (std::size_t index = 0; index < kRuleCount; ++index) {
+            const RuleId rule{static_cast<std::uint16_t>(index)};
+            if (isOfMarkup(rule) && report_.findings.count(rule) != mended[index]) {
+                return false;
+            }
+        }
+        return true;
     }
 
-  private:
+    [[nodiscard]] static bool isOfMarkup(RuleId rule) {
+        return kRuleTable[rule.index].group == RuleGroup::xml;
+    }
+
+    // @param list in the order of the text
+    [[nodiscard]] static bool isAmong(const EditList& edits, const EditList& list) {
+        return !edits.empty() && std::all_of(edits.begin(), edits.end(), [&list](const Edit& edit) {
+            const auto made = std::lower_bound(
+                list.begin(), list.end(), edit.offset,
+                [](const Edit& it, std::size_t offset) { return it.offset < offset; });
+            return made != list.end() && *made == edit;
+        });
+    }
+
     // Of the markup nothing but the place of the root has to be known.
     void lookForCharacters(const ElementIndex& head) {
         if (head.size() != 0 && options_.runsBeside(text_.size())) {
@@ -150,6 +210,10 @@ class Check {
         isMended_ = sink.hasMends();
         declaresEntities_ =
             reading.faultParts && reading.faultParts->code == XMLErrorCode::entityDeclaration;
+        describeMarkup();
+    }
+
+    void describeMarkup() {
         report_.kind = nameOf(index_->kind());
         report_.version = index_->version();
         report_.groups.push_back({RuleGroup::xml, true, ""});
@@ -317,11 +381,7 @@ void reportUndecodable(const Error& error, const TextDecoding& how, Report& repo
 
 struct FileCheck::State {
     State(std::string_view bytes, const CheckOptions& checkOptions) : options(checkOptions) {
-        report.bytes = bytes.size();
-        report.findings = Findings(options.mostOfARule);
-        for (const RuleId rule : options.ignored) {
-            report.findings.ignore(rule);
-        }
+        begin(bytes);
         ErrorSlot error;
         text = textWithin(bytes, how);
         if (!text) {
@@ -337,6 +397,24 @@ struct FileCheck::State {
         markIgnoredGroups(options.ignored, report);
     }
 
+    State(std::string_view bytes, const CheckOptions& checkOptions, ElementIndex index)
+        : options(checkOptions), text(index.text()) {
+        begin(bytes);
+        how.encoding = "UTF-8";
+        how.markLength = bytes.size() - text->size();
+        report.encoding = how.encoding;
+        check.emplace(bytes, *text, how, options, report).find(std::move(index));
+        markIgnoredGroups(options.ignored, report);
+    }
+
+    void begin(std::string_view bytes) {
+        report.bytes = bytes.size();
+        report.findings = Findings(options.mostOfARule);
+        for (const RuleId rule : options.ignored) {
+            report.findings.ignore(rule);
+        }
+    }
+
     const CheckOptions options;
     Report report;
     TextDecoding how;
@@ -348,6 +426,9 @@ struct FileCheck::State {
 
 FileCheck::FileCheck(std::string_view bytes, const CheckOptions& options)
     : state_(std::make_unique<State>(bytes, options)) {}
+
+FileCheck::FileCheck(std::string_view bytes, const CheckOptions& options, ElementIndex index)
+    : state_(std::make_unique<State>(bytes, options, std::move(index))) {}
 
 FileCheck::~FileCheck() = default;
 FileCheck::FileCheck(FileCheck&& other) noexcept = default;
@@ -371,6 +452,20 @@ std::vector<Edit> FileCheck::toFileOffsets(std::vector<Edit> edits) const {
         }
     }
     return edits;
+}
+
+std::optional<ElementIndex> FileCheck::indexAfter(const std::vector<Edit>& edits,
+                                                  std::string_view changed) const {
+    const TextDecoding& how = state_->how;
+    if (!state_->check || state_->decoded || how.encoding != "UTF-8" ||
+        (!edits.empty() && edits.front().offset < how.markLength)) {
+        return std::nullopt;
+    }
+    std::vector<Edit> ofText = edits;
+    for (Edit& edit : ofText) {
+        edit.offset -= how.markLength;
+    }
+    return state_->check->indexAfter(ofText, changed.substr(how.markLength));
 }
 
 Report FileCheck::report() && {

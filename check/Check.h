@@ -60,6 +60,10 @@ class FileCheck {
     /// Finds.
     /// @param bytes of the whole file; must outlive this.
     FileCheck(std::string_view bytes, const CheckOptions& options);
+    /// Finds in mended bytes, of which the index is known: all rules look at them, and nothing is
+    /// read.
+    /// @param index what `indexAfter` returned for these bytes
+    FileCheck(std::string_view bytes, const CheckOptions& options, ElementIndex index);
     ~FileCheck();
     FileCheck(FileCheck&& other) noexcept;
     FileCheck& operator=(FileCheck&& other) noexcept;
@@ -71,6 +75,13 @@ class FileCheck {
     [[nodiscard]] const std::string& encoding() const;
     /// Edits of the text, in its order, as edits of the file's bytes.
     [[nodiscard]] std::vector<Edit> toFileOffsets(std::vector<Edit> edits) const;
+    /// What reading the bytes would give that edits make of these: XMEML in UTF-8, of which all
+    /// that the reader told is mended by the edits.
+    /// @param edits of the bytes, in their order
+    /// @param changed which must outlive the index
+    /// @return nothing where they have to be read.
+    [[nodiscard]] std::optional<ElementIndex> indexAfter(const std::vector<Edit>& edits,
+                                                         std::string_view changed) const;
     /// Gives all findings their places. @return what `checkFile` returns, its findings in the order
     ///     of `findings`.
     [[nodiscard]] Report report() &&;

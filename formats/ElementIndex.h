@@ -145,6 +145,7 @@ class ElementIndex {
 
   private:
     friend class ElementIndexBuilder;
+    friend class IndexUpdate;
 
     struct Entry {
         std::uint32_t offset = 0;

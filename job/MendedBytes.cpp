@@ -269,7 +269,8 @@ class Mending {
             return false;
         }
         auto changed = std::make_unique<std::string>(applyEdits(bytes(), *edits));
-        FileCheck next = checkWatched(*changed, keep);
+        FileCheck next = checkWatched(*changed, keep,
+                                      check_ ? check_->indexAfter(*edits, *changed) : std::nullopt);
         if (isRound && !isBetter(next.findings())) {
             return false;
         }
@@ -296,13 +297,19 @@ class Mending {
 
     // Checks bytes while whoever watches writes them.
     // @param beside what is done here before, meanwhile
+    // @param index of the bytes, where it is known without reading them
     template <typename Beside>
-    FileCheck checkWatched(const std::string& changed, const Beside& beside) {
+    FileCheck checkWatched(const std::string& changed, const Beside& beside,
+                           std::optional<ElementIndex> index = std::nullopt) {
+        const auto find = [this, &changed, &index] {
+            return index ? FileCheck(changed, options_, std::move(*index))
+                         : FileCheck(changed, options_);
+        };
         if (!watch_.write) {
             beside();
-            return FileCheck(changed, options_);
+            return find();
         }
-        auto check = startBeside([this, &changed] { return FileCheck(changed, options_); });
+        auto check = startBeside(find);
         beside();
         watch_.write(changed, old_);
         return check.get();

@@ -2,6 +2,7 @@
 #define VORNIC_PLATFORM_PROCESSES_PAGED_LIST_H
 
 #include <cstddef>
+#include <cstring>
 #include <new>
 #include <type_traits>
 #include <utility>
@@ -52,6 +53,16 @@ class PagedList {
     PagedList(const PagedList&) = delete;
     PagedList& operator=(const PagedList&) = delete;
     ~PagedList() = default;
+
+    [[nodiscard]] PagedList copy() const {
+        PagedList copy;
+        if (size_ != 0) {
+            copy.pages_.growTo(size_ * sizeof(Entry));
+            std::memcpy(copy.pages_.memory(), pages_.memory(), size_ * sizeof(Entry));
+            copy.size_ = size_;
+        }
+        return copy;
+    }
 
     /// Adds one with the values of `Entry{}`. What it raises passes on.
     /// @return the new one, to be filled in place; entries may have moved.

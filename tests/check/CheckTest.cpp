@@ -11,6 +11,7 @@ namespace vornic {
 
 namespace {
 
+using EditList = std::vector<Edit>;
 using Strings = std::vector<std::string>;
 
 Strings rulesOf(const Report& report) {
@@ -353,6 +354,77 @@ TEST(Check, tellsTheTimecodeOfAnXMEMLClip) {
         [](const Finding& finding) { return finding.rule == "xml-stray-ampersand"_rule; });
     ASSERT_NE(ampersand, findings.end());
     EXPECT_EQ(ampersand->where.timecode, "01:00:01:05");
+}
+
+// A text in which all that the reader tells can be mended where it stands.
+const std::string kFaulty =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n<xmeml version=\"5\">\n"
+    "<clip id=\"a\"><name>Sea & sky</name><file id=\"f\"><name>x</name>"
+    "<timebase>24/1</timebase></file></clip>\n<clip id=\"b\"><name>One & two</name></clip>\n"
+    "</xmeml>\n";
+
+EditList mendsOf(const FileCheck& check) {
+    EditList edits;
+    for (const Finding& finding : check.findings().kept()) {
+        if (finding.mend && finding.mend->confidence == Confidence::safe) {
+            edits.insert(edits.end(), finding.mend->edits.begin(), finding.mend->edits.end());
+        }
+    }
+    return check.toFileOffsets(std::move(edits));
+}
+
+std::string applied(const std::string& bytes, const EditList& edits) {
+    std::string result;
+    std::size_t from = 0;
+    for (const Edit& edit : edits) {
+        result += bytes.substr(from, edit.offset - from) + edit.text;
+        from = edit.offset + edit.length;
+    }
+    return result + bytes.substr(from);
+}
+
+TEST(FileCheck, findsWithAKnownIndexWhatItFindsByReading) {
+    for (const std::string mark : {"", "\xEF\xBB\xBF"}) {
+        const std::string bytes = mark + kFaulty;
+        const FileCheck before(bytes, {});
+        const EditList edits = mendsOf(before);
+        ASSERT_GE(edits.size(), 2U);
+        const std::string mended = applied(bytes, edits);
+        std::optional<ElementIndex> index = before.indexAfter(edits, mended);
+        ASSERT_TRUE(index.has_value());
+        const Report report = FileCheck(mended, {}, std::move(*index)).report();
+        const Report anew = checkFile(mended, {});
+        EXPECT_FALSE(toldBy(anew).empty());
+        EXPECT_EQ(toldBy(report), toldBy(anew));
+        EXPECT_EQ(report.encoding, anew.encoding);
+        EXPECT_EQ(report.version, anew.version);
+        EXPECT_EQ(report.bytes, anew.bytes);
+        for (const RuleGroup group : kCheckedGroups) {
+            EXPECT_EQ(ran(report, group), ran(anew, group));
+        }
+    }
+}
+
+TEST(FileCheck, readsAgainWhereTheReaderMayHaveMoreToTell) {
+    const auto isKnown = [](const std::string& bytes, const CheckOptions& options,
+                            std::size_t mends) {
+        const FileCheck before(bytes, options);
+        EditList edits = mendsOf(FileCheck(bytes, {}));
+        edits.resize(std::min(edits.size(), mends));
+        const std::string mended = applied(bytes, edits);
+        return before.indexAfter(edits, mended).has_value();
+    };
+    EXPECT_TRUE(isKnown(kFaulty, {}, 100));
+    // One ampersand stays, or is not told, or all but one are only counted.
+    EXPECT_FALSE(isKnown(kFaulty, {}, 1));
+    EXPECT_FALSE(isKnown(kFaulty, {.ignored = {"xml-stray-ampersand"_rule}}, 1));
+    EXPECT_FALSE(isKnown(kFaulty, {.mostOfARule = 1}, 100));
+    // The reading ends in a fault; the file is FCPXML; it is in another encoding.
+    EXPECT_FALSE(isKnown(kFaulty.substr(0, kFaulty.size() - 10), {}, 100));
+    EXPECT_FALSE(isKnown(kSound, {}, 100));
+    std::string latin = kFaulty;
+    latin.replace(latin.find("UTF-8"), 5, "ISO-8859-1");
+    EXPECT_FALSE(isKnown(latin, {}, 100));
 }
 
 }  // namespace vornic

@@ -100,6 +100,21 @@ std::vector<std::uint64_t> countsOf(const Report& report) {
     return counts;
 }
 
+// All that a report says of its findings, one to a line.
+std::string told(const Report& report) {
+    std::string lines = report.kind + " " + report.version + " " + report.encoding + "\n";
+    for (const GroupRun& run : report.groups) {
+        lines += std::string(nameOf(run.group)) + (run.ran ? " ran" : " " + run.why) + "\n";
+    }
+    for (const Finding& finding : report.findings.kept()) {
+        const Place& where = finding.where;
+        lines += std::string(ruleOf(finding.rule).id) + " " + std::to_string(where.offset) + "+" +
+                 std::to_string(where.length) + " " + std::to_string(where.line) + "," +
+                 std::to_string(where.column) + " " + where.path + ": " + finding.message() + "\n";
+    }
+    return lines;
+}
+
 class MendedSamplesTest : public ::testing::Test {
   protected:
     static std::vector<std::string> samples() {
@@ -140,6 +155,10 @@ TEST_F(MendedSamplesTest, comeBackFromSeededFaults) {
             EXPECT_EQ(mended.refusal, "") << file << " " << fault.name;
             EXPECT_TRUE(mended.bytes == sound.bytes) << file << " " << fault.name;
             EXPECT_EQ(applyEdits(damaged, mended.edits), mended.bytes) << file << " " << fault.name;
+            // However the mended file was checked: all of it was.
+            const Report anew = checkFile(mended.bytes, {});
+            EXPECT_EQ(told(mended.report), told(anew)) << file << " " << fault.name;
+            EXPECT_EQ(countsOf(mended.report), countsOf(anew)) << file << " " << fault.name;
             ++seeded[fault.name];
         }
     }
