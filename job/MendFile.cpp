@@ -16,11 +16,8 @@ MendedFile mendFile(const std::string& path, const MendRequest& request, const W
     if (bytes) {
         bool isFinished = false;
         const MendedBytes::Watcher watcher{
-            .write =
-                [&place](const std::string& mended, std::string_view old) {
-                    place.expect(old);
-                    place.write(mended);
-                },
+            .look = [&place](std::string_view old) { place.expect(old); },
+            .write = [&place](const std::string& mended) { place.write(mended); },
             .accept =
                 [&place, &observer, &isFinished] {
                     isFinished = true;

@@ -162,7 +162,7 @@ class Mending {
     }
 
     MendedBytes run() {
-        check_.emplace(old_, options_);
+        checkFirst();
         if (request_.toUTF8) {
             changeEncoding();
         }
@@ -295,6 +295,16 @@ class Mending {
         }
     }
 
+    void checkFirst() {
+        if (!watch_.look || !options_.runsBeside(old_.size())) {
+            check_.emplace(old_, options_);
+            return watch_.look ? watch_.look(old_) : void();
+        }
+        auto looking = startBeside([this] { watch_.look(old_); });
+        check_.emplace(old_, options_);
+        looking.get();
+    }
+
     // Checks bytes while whoever watches writes them.
     // @param beside what is done here before, meanwhile
     // @param index of the bytes, where it is known without reading them
@@ -311,7 +321,7 @@ class Mending {
         }
         auto check = startBeside(find);
         beside();
-        watch_.write(changed, old_);
+        watch_.write(changed);
         return check.get();
     }
 

@@ -48,10 +48,12 @@ struct MendedBytes {
 
     /// Takes what comes of a file while other threads are at work on it. All or nothing is set.
     struct Watcher {
+        /// The bytes of the file, while they are checked for the first time; returns before `write`
+        /// is called. Of a large file on a thread of its own.
+        std::function<void(std::string_view old)> look;
         /// Bytes that are to be written, unless the check that goes on meanwhile refuses them. The
         /// last ones that it is given are the result.
-        /// @param old the bytes of the file
-        std::function<void(const std::string& bytes, std::string_view old)> write;
+        std::function<void(const std::string& bytes)> write;
         /// Called once when the bytes that were given last have been checked and are the result,
         /// while the report is put together.
         std::function<void()> accept;

@@ -150,6 +150,7 @@ std::string applyEdits(std::string_view text, const EditList& edits) {
     }
     std::string result;
     platform::reserveInLargePages(result, size);
+    const platform::PagesAhead ahead(result.data(), size);
     std::size_t from = 0;
     for (const Edit& edit : edits) {
         result.append(text, from, edit.offset - from);

@@ -4,7 +4,9 @@
 #include <cerrno>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <string_view>
+#include <utility>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -27,6 +29,8 @@ int readToEnd(int descriptor, std::size_t expectedSize, std::string& bytes) {
     const auto block = std::make_unique_for_overwrite<char[]>(blockSize);
     bytes.clear();
     reserveInLargePages(bytes, expectedSize);
+    // Until the text moves, as it does where the file has grown meanwhile.
+    std::optional<PagesAhead> ahead(std::in_place, bytes.data(), bytes.capacity());
     for (;;) {
         const ssize_t got =
             pread(descriptor, block.get(), blockSize, static_cast<off_t>(bytes.size()));
@@ -38,6 +42,9 @@ int readToEnd(int descriptor, std::size_t expectedSize, std::string& bytes) {
         }
         if (got == 0) {
             break;
+        }
+        if (bytes.size() + static_cast<std::size_t>(got) > bytes.capacity()) {
+            ahead.reset();
         }
         bytes.append(block.get(), static_cast<std::size_t>(got));
     }

@@ -42,6 +42,18 @@ TEST(LargePages, areAskedForWhereTheMemoryHoldsWholeOnes) {
     EXPECT_NE(flagsAt(text.data() + 10 * kLargePage).find(" hg "), std::string::npos);
 }
 
+TEST(LargePages, areMadeReadyAheadWithoutAChangeToWhatIsThere) {
+    std::string text;
+    reserveInLargePages(text, 20 * kLargePage);
+    text.assign(15 * kLargePage, 'k');
+    {
+        const PagesAhead ahead(text.data(), text.capacity());
+        text.append(2 * kLargePage, 'l');
+    }
+    EXPECT_EQ(text, std::string(15 * kLargePage, 'k') + std::string(2 * kLargePage, 'l'));
+    const PagesAhead none(nullptr, 0);
+}
+
 TEST(LargePages, leaveSmallMemoryAlone) {
     std::string text;
     reserveInLargePages(text, 1000);
