@@ -507,6 +507,8 @@ void DocumentMainWindow::copy() {
         findings_->copy();
     } else if (focused == &media_->table()) {
         media_->copy();
+    } else if (focused == &timeline_->area()) {
+        timeline_->copy();
     } else if (auto* const source = dynamic_cast<SourceView*>(focusWidget())) {
         source->copy();
     } else if (auto* const text = qobject_cast<QPlainTextEdit*>(focusWidget())) {

@@ -182,7 +182,9 @@ void DocumentMainWindow::saveMendedCopyTo(const std::string& to) {
 
 std::size_t DocumentMainWindow::currentLine() const {
     if (page() != Page::findings) {
-        return page() == Page::source ? source_->currentLine() : changes_->file().currentLine();
+        // The source goes along with the timeline.
+        const bool isSource = page() == Page::source || page() == Page::timeline;
+        return isSource ? source_->currentLine() : changes_->file().currentLine();
     }
     const ListedFinding* const listed =
         findings_->model().findingAt(findings_->tree().currentIndex());

@@ -104,6 +104,7 @@ SequencePicture::SequencePicture(const Timeline& timeline, std::uint32_t number,
     for (std::uint32_t marker = 0; marker < markers.size(); ++marker) {
         if (markers[marker].position.isKnown()) {
             markers_.push_back(marker);
+            markersOf_[markers[marker].clip].push_back(marker);
         }
     }
     std::stable_sort(markers_.begin(), markers_.end(),
@@ -324,6 +325,39 @@ void SequencePicture::drawMark(Canvas& canvas, const TimelineView& view,
     canvas.end();
 }
 
+// The middle of its upper edge: on its clip, or above all tracks.
+Point SequencePicture::placeOf(const TimelineMarker& marker, const TimelineView& view) const {
+    const bool isOnClip = marker.clip != kNoTimelineItem && layout_.isPlaced(marker.clip);
+    return {view.xOf(marker.position.approximateSeconds()),
+            isOnClip ? layout_.boxOf(marker.clip, view).y + 3 : view.top() - 5};
+}
+
+const TimelineMarker* SequencePicture::markerAt(Point point, const TimelineView& view) const {
+    constexpr double kReach = 5;
+    constexpr double kHeight = 9;
+    const std::vector<TimelineMarker>& markers = sequence().markers;
+    const double from = view.secondsAt(point.x - kReach);
+    auto at = std::lower_bound(markers_.begin(), markers_.end(), from,
+                               [&](std::uint32_t marker, double wanted) {
+                                   return markers[marker].position.approximateSeconds() < wanted;
+                               });
+    for (; at != markers_.end(); ++at) {
+        const Point place = placeOf(markers[*at], view);
+        if (place.x > point.x + kReach) {
+            return nullptr;
+        }
+        if (point.y >= place.y && point.y <= place.y + kHeight) {
+            return &markers[*at];
+        }
+    }
+    return nullptr;
+}
+
+std::string SequencePicture::describe(const TimelineMarker& marker) const {
+    const std::string at = sequence().timecodeAt(marker.position);
+    return "marker\n" + oneLine(marker.name) + (at.empty() ? "" : "\nat " + at);
+}
+
 void SequencePicture::drawMarkers(Canvas& canvas, const TimelineView& view,
                                   const TimelineColours& colours) const {
     constexpr double kHalf = 4;
@@ -338,8 +372,7 @@ void SequencePicture::drawMarkers(Canvas& canvas, const TimelineView& view,
     for (; at != markers_.end() && secondsOf(*at) <= view.to(); ++at) {
         const TimelineMarker& marker = markers[*at];
         const double x = view.xOf(secondsOf(*at));
-        const bool isOnClip = marker.clip != kNoTimelineItem && layout_.isPlaced(marker.clip);
-        const double y = isOnClip ? layout_.boxOf(marker.clip, view).y + 3 : view.top() - 5;
+        const double y = placeOf(marker, view).y;
         const bool isNew = reached.try_emplace(y, x).second;
         // Those that nobody can tell from each other are drawn once.
         if ((!isNew && x - reached[y] < 1) || y >= view.area.bottom() || y < view.area.y - 8) {
@@ -348,8 +381,7 @@ void SequencePicture::drawMarkers(Canvas& canvas, const TimelineView& view,
         reached[y] = x;
         ShapeGroup group;
         if (canvas.showsTitles()) {
-            group.title = "marker\n" + oneLine(marker.name) + "\nat " +
-                          sequence().timecodeAt(marker.position);
+            group.title = describe(marker);
         }
         canvas.begin(group);
         canvas.polygon({{x - kHalf, y}, {x + kHalf, y}, {x, y + 2 * kHalf}},
@@ -385,6 +417,15 @@ std::string SequencePicture::describe(std::uint32_t clip) const {
         add("out ", timeOrSeconds(shown.source, shown.out));
     }
     add("media ", shown.media);
+    if (const auto found = markersOf_.find(clip); found != markersOf_.end()) {
+        const std::size_t count = found->second.size();
+        for (std::size_t i = 0; i < std::min(count, kMostMessages); ++i) {
+            add("", describe(sequence().markers[found->second[i]]));
+        }
+        add("", count > kMostMessages
+                    ? "and " + std::to_string(count - kMostMessages) + " more markers"
+                    : "");
+    }
     const Marks& marks = marksOf(clip);
     for (std::size_t i = 0; i < std::min(marks.size(), kMostMessages); ++i) {
         add(std::string(severityWord(marks[i]->severity)) + ": ", marks[i]->message);

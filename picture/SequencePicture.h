@@ -45,9 +45,14 @@ class SequencePicture {
     [[nodiscard]] bool signContains(std::uint32_t clip, Point point,
                                     const TimelineView& view) const;
 
+    /// A marker at a place, or null.
+    [[nodiscard]] const TimelineMarker* markerAt(Point point, const TimelineView& view) const;
+    /// "marker", its name and its timecode, a line each.
+    [[nodiscard]] std::string describe(const TimelineMarker& marker) const;
+
     /// What a clip is called: its name, else its kind.
     [[nodiscard]] std::string titleOf(std::uint32_t clip) const;
-    /// Kind, name, in, out, media, timecode and findings of a clip, a line each.
+    /// Kind, name, timecode, in, out, media, markers and findings of a clip, a line each.
     [[nodiscard]] std::string describe(std::uint32_t clip) const;
     /// "12 items, 8.5 s, from 01:00:00:00".
     [[nodiscard]] std::string summary() const;
@@ -61,6 +66,7 @@ class SequencePicture {
     void drawMarks(Canvas& canvas, const TimelineView& view, const TimelineColours& colours) const;
     void drawMark(Canvas& canvas, const TimelineView& view, const TimelineColours& colours,
                   std::uint32_t clip) const;
+    [[nodiscard]] Point placeOf(const TimelineMarker& marker, const TimelineView& view) const;
     [[nodiscard]] Point signOf(std::uint32_t clip, const TimelineView& view) const;
     void drawMarkers(Canvas& canvas, const TimelineView& view,
                      const TimelineColours& colours) const;
@@ -70,6 +76,8 @@ class SequencePicture {
     std::map<std::uint32_t, Marks> marks_;
     // By their times.
     std::vector<std::uint32_t> markers_;
+    // Those of each clip, in the order of the file.
+    std::map<std::uint32_t, std::vector<std::uint32_t>> markersOf_;
 };
 
 /// The sign of a severity, as large as a small letter is high: an octagon with a cross, a triangle

@@ -66,7 +66,7 @@ void TimelineArea::setSequence(std::shared_ptr<const InspectedTimeline> timeline
         QAccessibleEvent changed(this, QAccessible::ObjectReorder);
         QAccessible::updateAccessibility(&changed);
     }
-    actions_.moved(cursor_);
+    actions_.shown();
 }
 
 void TimelineArea::setNote(const QString& note) {
@@ -381,7 +381,12 @@ bool TimelineArea::viewportEvent(QEvent* event) {
     }
     const auto* const help = static_cast<QHelpEvent*>(event);
     const std::uint32_t clip = clipAt(help->pos());
-    if (clip == kNoTimelineItem) {
+    const TimelineMarker* const marker =
+        picture() != nullptr ? picture()->markerAt(toUnits(help->pos()), view()) : nullptr;
+    if (marker != nullptr) {
+        QToolTip::showText(help->globalPos(), toolTipOf(toQString(picture()->describe(*marker))),
+                           this, QRect(help->pos(), QSize(1, 1)));
+    } else if (clip == kNoTimelineItem) {
         QToolTip::hideText();
     } else {
         QToolTip::showText(help->globalPos(), toolTipOf(toQString(picture()->describe(clip))), this,

@@ -15,7 +15,9 @@ namespace vornic {
 class TimelineArea : public QAbstractScrollArea {
   public:
     struct Actions {
-        /// The cursor has come to another clip, or to none (`kNoTimelineItem`).
+        /// Another sequence is shown, or none.
+        std::function<void()> shown;
+        /// The user has come to another clip.
         std::function<void(std::uint32_t clip)> moved;
         /// A clip was double-clicked, or Return was pressed on it.
         std::function<void(std::uint32_t clip)> activated;

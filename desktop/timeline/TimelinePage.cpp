@@ -1,5 +1,7 @@
 #include "desktop/timeline/TimelinePage.h"
 
+#include <QApplication>
+#include <QClipboard>
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QPointer>
@@ -113,7 +115,8 @@ TimelinePage::TimelinePage(Actions actions, QWidget* parent)
     column->setContentsMargins(0, 0, 0, 0);
     column->addWidget(makeBar());
     auto* const splitter = new QSplitter(Qt::Vertical, this);
-    area_ = new TimelineArea({.moved = [this](std::uint32_t clip) { look(clip); },
+    area_ = new TimelineArea({.shown = [this] { showDetails(); },
+                              .moved = [this](std::uint32_t clip) { look(clip); },
                               .activated = [this](std::uint32_t clip) { activate(clip); },
                               .signClicked = [this](std::uint32_t /*clip*/) { showFinding(); },
                               .back = [this] { goBack(); }},
@@ -193,7 +196,15 @@ QWidget* TimelinePage::makeBar() {
     return bar;
 }
 
+TimelinePage::~TimelinePage() {
+    releaseOnThread({inspection_, timeline_});
+}
+
 void TimelinePage::setInspection(std::shared_ptr<const Inspection> inspection) {
+    if (area_->picture() != nullptr && area_->cursor() != kNoTimelineItem) {
+        kept_ = {sequence_, area_->cursor()};
+        keptTitle_ = area_->picture()->titleOf(area_->cursor());
+    }
     releaseOnThread({inspection_, timeline_});
     inspection_ = std::move(inspection);
     timeline_ = nullptr;
@@ -220,7 +231,7 @@ void TimelinePage::read() {
     }
     ++number_;
     try {
-        platform::startUnattendedThread(
+        platform::detachNewThread(
             [self = QPointer<TimelinePage>(this), number = number_, inspection = inspection_] {
                 std::shared_ptr<const InspectedTimeline> timeline;
                 try {
@@ -252,6 +263,13 @@ void TimelinePage::take(std::shared_ptr<const InspectedTimeline> timeline) {
     fillSequences();
     const bool isThere = !isFirst && before < timeline_->pictures().size();
     showSequence(isThere ? before : timeline_->mainSequence());
+    // What changes a file leaves most clips where they are.
+    const SequencePicture* const picture = area_->picture();
+    if (picture != nullptr && kept_.sequence == sequence_ &&
+        kept_.clip < picture->sequence().clips.size() &&
+        picture->titleOf(kept_.clip) == keptTitle_) {
+        area_->setCursorClip(kept_.clip);
+    }
 }
 
 void TimelinePage::fillSequences() {
@@ -314,14 +332,18 @@ void TimelinePage::activate(std::uint32_t clip) {
 }
 
 void TimelinePage::look(std::uint32_t clip) {
-    shownFinding_ = 0;
-    if (!timeline_ || area_->picture() == nullptr) {
-        details_->clear();
-        return;
-    }
-    details_->setPlainText(detailsOf(clip));
+    showDetails();
     updateButtons();
     actions_.looked(timeline_->lineOf({sequence_, clip}));
+}
+
+void TimelinePage::showDetails() {
+    shownFinding_ = 0;
+    if (timeline_ && area_->picture() != nullptr) {
+        details_->setPlainText(detailsOf(area_->cursor()));
+    } else {
+        details_->clear();
+    }
 }
 
 QString TimelinePage::detailsOf(std::uint32_t clip) const {
@@ -330,13 +352,22 @@ QString TimelinePage::detailsOf(std::uint32_t clip) const {
     if (clip != kNoTimelineItem) {
         text = picture.describe(clip);
     }
-    for (const TimelineMark* const mark : picture.marksOf(kNoTimelineItem)) {
-        text += (text.empty() ? "" : "\n") + std::string("beside the clips, ") +
-                std::string(severityWord(mark->severity)) + ": " + mark->message;
+    constexpr std::size_t kMost = 20;
+    const SequencePicture::Marks& beside = picture.marksOf(kNoTimelineItem);
+    for (std::size_t i = 0; i < std::min(beside.size(), kMost); ++i) {
+        text += "\nbeside the clips, ";
+        text += severityWord(beside[i]->severity);
+        text += ": ";
+        text += beside[i]->message;
     }
-    text += "\n\n" + timeline_->linesAround({sequence_, clip});
+    if (beside.size() > kMost) {
+        text += "\n";
+        text += moreFindings(beside.size() - kMost);
+    }
+    text += "\n\n";
+    text += timeline_->linesAround({sequence_, clip});
     QStringList lines;
-    for (const QString& line : toQString(text).split(u'\n')) {
+    for (const QString& line : toQString(text).trimmed().split(u'\n')) {
         lines += oneLine(line);
     }
     return lines.join(u'\n');
@@ -361,6 +392,10 @@ void TimelinePage::showSource() {
     if (timeline_ && area_->picture() != nullptr) {
         actions_.showLine(timeline_->lineOf({sequence_, area_->cursor()}));
     }
+}
+
+void TimelinePage::copy() const {
+    QApplication::clipboard()->setText(details());
 }
 
 void TimelinePage::updateButtons() {

@@ -29,6 +29,9 @@ class TimelinePage : public QWidget {
     };
 
     TimelinePage(Actions actions, QWidget* parent);
+    ~TimelinePage() override;
+    TimelinePage(const TimelinePage&) = delete;
+    TimelinePage& operator=(const TimelinePage&) = delete;
 
     /// Shows the timeline of another reading of the file (null: nothing).
     void setInspection(std::shared_ptr<const Inspection> inspection);
@@ -44,6 +47,8 @@ class TimelinePage : public QWidget {
     /// Goes to the finding on the clip, and then to the next one on it.
     void showFinding();
     void showSource();
+    /// Copies the details.
+    void copy() const;
     [[nodiscard]] QString details() const { return details_->toPlainText(); }
 
   protected:
@@ -56,6 +61,7 @@ class TimelinePage : public QWidget {
     void take(std::shared_ptr<const InspectedTimeline> timeline);
     void fillSequences();
     void look(std::uint32_t clip);
+    void showDetails();
     void activate(std::uint32_t clip);
     void updateButtons();
     [[nodiscard]] QString detailsOf(std::uint32_t clip) const;
@@ -71,6 +77,9 @@ class TimelinePage : public QWidget {
     std::shared_ptr<const InspectedTimeline> timeline_;
     std::uint32_t sequence_ = 0;
     std::vector<Step> way_;
+    // Where the user was when the file was read anew.
+    Step kept_;
+    std::string keptTitle_;
     // What an older reading brings is dropped.
     unsigned number_ = 0;
     std::size_t shownFinding_ = 0;

@@ -10,8 +10,8 @@ namespace vornic::xmeml {
 
 /// `<file id="…">` with content defines a file and without refers to it; the others refer by their
 /// content, or hold a timeline.
-inline constexpr std::array<std::string_view, 7> kIndexedElements = {
-    "file", "linkclipref", "masterclipid", "pathurl", "clipitem", "sequence", "track"};
+inline constexpr std::array<std::string_view, 8> kIndexedElements = {
+    "file", "linkclipref", "masterclipid", "pathurl", "clipitem", "sequence", "multiclip", "track"};
 
 inline constexpr IndexedNames kIndexedNames = {{}, kIndexedElements};
 

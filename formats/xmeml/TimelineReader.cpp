@@ -44,8 +44,13 @@ class Reader {
 
     std::vector<TimelineSequence> read() {
         findFiles();
-        for (const ElementNumber element : index_.elementsNamed("sequence")) {
-            if (!view_.isReference(element)) {
+        for (const ElementNumber element : sequencesAndMulticlips()) {
+            if (view_.isReference(element)) {
+                continue;
+            }
+            if (view_.is(element, Name::multiclip)) {
+                readMulticlip(element);
+            } else {
                 readSequence(element);
             }
         }
@@ -58,6 +63,9 @@ class Reader {
 
   private:
     void findFiles();
+    [[nodiscard]] std::vector<ElementNumber> sequencesAndMulticlips() const;
+    void readMulticlip(ElementNumber element);
+    void readAngle(ElementNumber angle);
     void readSequence(ElementNumber element);
     void readTracks(ElementNumber media);
     void readTrack(ElementNumber track, bool isAudio);
@@ -81,6 +89,7 @@ class Reader {
     std::vector<TimelineSequence> sequences_;
     std::unordered_map<ElementNumber, uint32_t> numbers_;
     std::unordered_map<std::string, ElementNumber> sequenceIds_;
+    std::unordered_map<std::string, ElementNumber> multiclipIds_;
     std::unordered_map<std::string, ElementNumber> files_;
     struct Opening {
         Timeline::Item clip;
@@ -93,13 +102,75 @@ class Reader {
 void Reader::findFiles() {
     std::string storage;
     for (const auto& [name, definitions] :
-         {std::pair("file", &files_), std::pair("sequence", &sequenceIds_)}) {
+         {std::pair("file", &files_), std::pair("sequence", &sequenceIds_),
+          std::pair("multiclip", &multiclipIds_)}) {
         for (const ElementNumber element : index_.elementsNamed(name)) {
             const std::string_view id = view_.idOf(element, storage);
             if (!id.empty() && !view_.isReference(element)) {
                 definitions->try_emplace(std::string(id), element);
             }
         }
+    }
+}
+
+// In the order of the file.
+std::vector<ElementNumber> Reader::sequencesAndMulticlips() const {
+    std::vector<ElementNumber> found;
+    for (const std::string_view name : {"sequence", "multiclip"}) {
+        for (const ElementNumber element : index_.elementsNamed(name)) {
+            found.push_back(element);
+        }
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+void Reader::readMulticlip(ElementNumber element) {
+    numbers_.emplace(element, static_cast<uint32_t>(sequences_.size()));
+    TimelineSequence& made = sequences_.emplace_back();
+    made.place = index_.spanOf(element);
+    made.name = textOf(view_.childOf(element, Name::name));
+    for (ElementNumber angle = index_.firstChildOf(element); angle != kNoElement;
+         angle = index_.nextSiblingOf(angle)) {
+        if (view_.is(angle, Name::angle)) {
+            made.tracks.push_back({"Angle " + std::to_string(made.tracks.size() + 1), false, 1});
+            readAngle(angle);
+        }
+    }
+}
+
+// Angles are shown from their beginnings: how far programs move them is not in the file for sure.
+void Reader::readAngle(ElementNumber angle) {
+    std::string storage;
+    Time begin(0);
+    for (ElementNumber child = index_.firstChildOf(angle); child != kNoElement;
+         child = index_.nextSiblingOf(child)) {
+        if (!view_.is(child, Name::clip) && !view_.is(child, Name::clipitem)) {
+            continue;
+        }
+        const Parts parts(view_, child);
+        const Time frame = frameOf(rateOf(view_, parts[Name::rate]));
+        if (!sequence().frame.isKnown()) {
+            sequence().frame = frame;
+        }
+        ElementNumber file = child + 1;
+        while (file < index_.endOf(child) && !view_.is(file, Name::file)) {
+            ++file;
+        }
+        file = file < index_.endOf(child) ? definitionOf(file) : kNoElement;
+        TimelineClip clip;
+        clip.place = index_.spanOf(child);
+        clip.track = static_cast<uint32_t>(sequence().tracks.size()) - 1;
+        clip.name = textOf(parts[Name::name]);
+        clip.media = mediaOf(file);
+        clip.source = sourceOf(file, frame);
+        clip.position = begin;
+        clip.duration =
+            timeOf(readNumber(view_.textOf(parts[Name::duration], storage)).whole(), frame);
+        clip.in = Time(0);
+        clip.out = clip.duration;
+        begin = begin + clip.duration;
+        sequence().clips.push_back(std::move(clip));
     }
 }
 
@@ -228,11 +299,12 @@ void Reader::readClip(const TrackItem& item, const TrackItem& previous, const Tr
     const ElementNumber file = definitionOf(item.file);
     clip.media = mediaOf(file);
     clip.source = sourceOf(file, frame);
-    if (parts.has(Name::sequence)) {
+    const ElementNumber shown =
+        parts.has(Name::multiclip) ? parts[Name::multiclip] : parts[Name::sequence];
+    if (shown != kNoElement) {
         const auto number = static_cast<uint32_t>(sequence().clips.size());
-        openings_.push_back(
-            {{static_cast<uint32_t>(sequences_.size() - 1), number}, parts[Name::sequence]});
-        clip.media = textOf(view_.childOf(parts[Name::sequence], Name::name));
+        openings_.push_back({{static_cast<uint32_t>(sequences_.size() - 1), number}, shown});
+        clip.media = textOf(view_.childOf(shown, Name::name));
     }
     sequence().clips.push_back(std::move(clip));
     readMarkers(item.element, &item, frame);
@@ -328,8 +400,9 @@ TimecodeCount Reader::sourceOf(ElementNumber file, Time clipFrame) const {
 uint32_t Reader::sequenceOf(ElementNumber element) const {
     std::string storage;
     if (view_.isReference(element)) {
-        const auto definition = sequenceIds_.find(std::string(view_.idOf(element, storage)));
-        element = definition == sequenceIds_.end() ? kNoElement : definition->second;
+        const auto& ids = view_.is(element, Name::multiclip) ? multiclipIds_ : sequenceIds_;
+        const auto definition = ids.find(std::string(view_.idOf(element, storage)));
+        element = definition == ids.end() ? kNoElement : definition->second;
     }
     const auto number = numbers_.find(element);
     return number == numbers_.end() ? kNoTimelineItem : number->second;

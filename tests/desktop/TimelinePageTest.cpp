@@ -182,6 +182,42 @@ TEST_F(TimelinePageTest, opensACompoundClipAndLeadsBack) {
     EXPECT_TRUE(lines.empty());
 }
 
+TEST_F(TimelinePageTest, staysAtTheClipWhenTheFileIsReadAnew) {
+    show(kProject);
+    EXPECT_TRUE(looked.empty()) << "nobody has looked at a clip yet";
+    area().setCursorClip(kLate);
+    std::string changed = kProject;
+    changed.replace(changed.find("early"), 5, "later");
+    show(changed);
+    EXPECT_EQ(page.sequence(), 1U);
+    EXPECT_EQ(area().cursor(), kLate);
+    changed.replace(changed.find("\"late\""), 6, "\"new\"");
+    show(changed);
+    EXPECT_EQ(area().cursor(), kWhole) << "another clip has its number";
+}
+
+TEST_F(TimelinePageTest, tellsMarkersOnTheirClipAndUnderThePointer) {
+    std::string marked = kProject;
+    marked.insert(marked.find("<ref-clip"),
+                  "<marker start=\"30030/30000s\" duration=\"1001/30000s\" value=\"Here\"/>");
+    show(marked);
+    area().setCursorClip(kLate);
+    EXPECT_TRUE(page.details().contains(QStringLiteral("\nmarker Here at 00:01:01;02")))
+        << page.details().toStdString();
+    for (int step = 0; step < 12; ++step) {
+        press(Qt::Key_Plus, Qt::ControlModifier);
+    }
+    area().setCursorClip(kLate);
+    const QRect box = area().rectOf(kLate);
+    const QPoint place(box.left() + box.width() / 2, box.top() + 6);
+    QHelpEvent help(QEvent::ToolTip, place, area().viewport()->mapToGlobal(place));
+    QApplication::sendEvent(area().viewport(), &help);
+    EXPECT_TRUE(QToolTip::text().startsWith(QStringLiteral("marker")) ||
+                QToolTip::text().contains(QStringLiteral(">marker")))
+        << QToolTip::text().toStdString();
+    QToolTip::hideText();
+}
+
 TEST_F(TimelinePageTest, zoomsAroundTheCursor) {
     show(kProject);
     area().setCursorClip(kLate);

@@ -268,6 +268,36 @@ TEST(Timeline, opensNestedSequencesByReferenceAndInPlace) {
     EXPECT_EQ(timeline.sequences()[1].outer, 0U);
 }
 
+TEST(Timeline, opensMulticlipsOfXMEMLAsTheirAngles) {
+    const std::string rate = "<rate><timebase>25</timebase></rate>";
+    const std::string angles =
+        "<multiclip id=\"m\"><name>Stage</name><collapsed>FALSE</collapsed>"
+        "<angle><clip id=\"a\"><name>Left</name><duration>250</duration>" +
+        rate +
+        "<media><video><track><clipitem><file id=\"f\"><name>left.mov</name></file></clipitem>"
+        "</track></video></media></clip></angle>"
+        "<angle><clip id=\"b\"><name>Right</name><duration>100</duration>" +
+        rate + "</clip></angle></multiclip>";
+    const Timeline timeline = timelineOf(xmemlOf(
+        "<video><track>" + clipItem("first", times(0, 50, 0, 50), angles) +
+        clipItem("second", times(50, 75, 50, 75), "<multiclip id=\"m\"/>") + "</track></video>"));
+    ASSERT_EQ(timeline.sequences().size(), 2U);
+    const auto& clips = timeline.sequences()[0].clips;
+    ASSERT_EQ(clips.size(), 2U);
+    EXPECT_EQ(clips[0].kind, TimelineKind::multicam);
+    EXPECT_EQ(clips[0].opens, 1U);
+    EXPECT_EQ(clips[1].opens, 1U);
+    const TimelineSequence& stage = timeline.sequences()[1];
+    EXPECT_EQ(stage.name, "Stage");
+    ASSERT_EQ(stage.tracks.size(), 2U);
+    ASSERT_EQ(stage.clips.size(), 2U);
+    EXPECT_EQ(stage.clips[0].media, "left.mov");
+    EXPECT_EQ(stage.clips[0].duration, Time(10));
+    EXPECT_EQ(stage.clips[1].name, "Right");
+    EXPECT_EQ(stage.clips[1].track, 1U);
+    EXPECT_EQ(stage.clips[1].duration, Time(4));
+}
+
 TEST(Timeline, leavesOpenWhatTheFileDoesNotSay) {
     const Timeline xmeml = timelineOf(
         xmemlOf("<video><track>" + clipItem("none", "") +
