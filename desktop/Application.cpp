@@ -434,6 +434,7 @@ void Application::showTrash() {
 }
 
 void Application::quit() {
+    returnsToStart_ = false;
     while (!windows_.empty()) {
         const WindowPointer window = windows_.back();
         window->close();

@@ -28,6 +28,10 @@ QString resultText(const BatchRow& row) {
     if (!text.isEmpty()) {
         text[0] = text[0].toUpper();
     }
+    if (row.result == BatchResult::sound && row.problems() != 0) {
+        text += BatchModel::tr(", with %1")
+                    .arg(toQString(counted(row.problems(), "warning", "warnings")));
+    }
     if (!row.reason.empty()) {
         text +=
             (text.isEmpty() ? QString() : QStringLiteral(": ")) + oneLine(toQString(row.reason));

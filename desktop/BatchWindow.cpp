@@ -122,9 +122,9 @@ void BatchWindow::makeTable() {
     table_->setContextMenuPolicy(Qt::CustomContextMenu);
     table_->header()->setFocusPolicy(Qt::NoFocus);
     table_->header()->setStretchLastSection(false);
-    table_->header()->setSectionResizeMode(BatchModel::result, QHeaderView::Stretch);
+    table_->header()->setSectionResizeMode(BatchModel::name, QHeaderView::Stretch);
     const int unit = table_->fontMetrics().averageCharWidth();
-    constexpr std::array kCharacters = {34, 34, 10, 30, 12, 14};
+    constexpr std::array kCharacters = {34, 34, 10, 36, 12, 14};
     for (int column = 0; column < BatchModel::columnCount_; ++column) {
         table_->setColumnWidth(column, unit * kCharacters.at(static_cast<std::size_t>(column)));
     }
@@ -167,7 +167,6 @@ QWidget* BatchWindow::makeActions() {
     addAction("batchRestoreBtn", tr("Restore &Originals"), [this] { begin(BatchAction::restore); });
     addAction("batchSaveBtn", tr("Save Re&ports…"), [this] { askWhereToSaveReports(); });
     addAction("batchClearBtn", tr("Remove &All"), [this] { clearAll(); });
-    stopButton_ = addButton(bar, "batchStopBtn", tr("&Stop"), [this] { stop(); });
     return bar;
 }
 
@@ -204,13 +203,16 @@ QWidget* BatchWindow::makeFoot() {
     bar_->setTextVisible(false);
     constexpr int kBarWidth = 160;
     bar_->setMaximumWidth(kBarWidth);
-    auto* const row = new QHBoxLayout;
+    auto* const column = new QVBoxLayout(foot);
+    auto* const line = new QWidget(foot);
+    auto* const row = new QHBoxLayout(line);
+    row->setContentsMargins(0, 0, 0, 0);
     row->addWidget(status_, 1);
     row->addWidget(bar_);
-    auto* const column = new QVBoxLayout(foot);
+    stopButton_ = addButton(line, "batchStopBtn", tr("&Stop"), [this] { stop(); });
     column->setContentsMargins(0, 0, 0, 0);
     column->addWidget(details_);
-    column->addLayout(row);
+    column->addWidget(line);
     return foot;
 }
 
@@ -259,6 +261,11 @@ void BatchWindow::search(std::vector<std::string> paths) {
 
 void BatchWindow::takeAdded(const std::vector<ProjectFiles::Refusal>& refused) {
     isAdding_ = false;
+    if (!isVisible()) {
+        // Closed while files were looked for.
+        clearAll();
+        return;
+    }
     sentence_.clear();
     updateControls();
     filter();
@@ -463,7 +470,8 @@ void BatchWindow::writeStatus() {
                         : tr("%1 shown; what you choose is done with all of them.")
                               .arg(toQString(counted(shown, "file", "files")));
         if (!sentence_.isEmpty()) {
-            text = sentence_ + u' ' + text;
+            const QString all = tr("%1 shown.").arg(toQString(counted(shown, "file", "files")));
+            text = sentence_ + u' ' + (isChosen ? text : all);
         }
     }
     status_->setWholeText(oneLine(text));

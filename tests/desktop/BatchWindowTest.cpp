@@ -1,12 +1,12 @@
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
-#include <QElapsedTimer>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
 #include <algorithm>
 #include <cstdio>
+#include <ctime>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -98,7 +98,7 @@ TEST_F(BatchWindowTest, showsAFileAndItsLinksInOneRowAndWhatCameOfThem) {
     const QString sentence = QStringLiteral("2 files checked: 1 sound, 1 with problems.");
     EXPECT_EQ(run(BatchAction::check), sentence);
     EXPECT_EQ(notes, std::vector<QString>{QStringLiteral("The batch has ended|") + sentence});
-    EXPECT_EQ(text(0, BatchModel::result), QStringLiteral("Sound"));
+    EXPECT_EQ(text(0, BatchModel::result), QStringLiteral("Sound, with 1 warning"));
     EXPECT_EQ(text(1, BatchModel::result), QStringLiteral("Problems"));
     EXPECT_EQ(text(1, BatchModel::kind), QStringLiteral("XMEML"));
     EXPECT_EQ(text(1, BatchModel::progress), QStringLiteral("Done"));
@@ -241,6 +241,18 @@ TEST_F(BatchWindowTest, asksBeforeItClosesDuringARunAndStopsIt) {
     }
 }
 
+TEST_F(BatchWindowTest, keepsNothingOfASearchDuringWhichItWasClosed) {
+    window->add({makeFolder()});
+    ASSERT_TRUE(window->isAdding());
+    EXPECT_TRUE(window->close());
+    ASSERT_TRUE(waitUntil([&] { return !window->isAdding(); }));
+    window->show();
+    EXPECT_EQ(window->model().rowCount(), 0);
+    window->begin(BatchAction::check);
+    ASSERT_NE(visible<QMessageBox>(), nullptr);
+    EXPECT_EQ(visible<QMessageBox>()->text(), QStringLiteral("There is no file to work on"));
+}
+
 TEST_F(BatchWindowTest, endsWhatIsAtWorkWhenItGoes) {
     fs::create_directories(sandbox.path("many"));
     for (int file = 0; file < 200; ++file) {
@@ -272,25 +284,28 @@ TEST_F(BatchWindowTest, namesEveryControl) {
     EXPECT_FALSE(window->table().accessibleName().isEmpty());
 }
 
-// Lets the event loop run as `waitUntil` does, and measures how long its user has to wait for it.
+// Lets the event loop run as `waitUntil` does, and measures how long it is at work at a stretch.
 class Turns {
   public:
     bool waitUntil(const std::function<bool()>& holds) {
         return test::waitUntil([&] {
-            QElapsedTimer clock;
-            clock.start();
+            const double before = now();
             QApplication::processEvents(QEventLoop::AllEvents);
-            longest_ = std::max(longest_, clock.nsecsElapsed());
+            longest_ = std::max(longest_, now() - before);
             return holds();
         });
     }
-    [[nodiscard]] double longestMilliseconds() const {
-        constexpr double kNanoseconds = 1e6;
-        return static_cast<double>(longest_) / kNanoseconds;
-    }
+    [[nodiscard]] double longestMilliseconds() const { return longest_; }
 
   private:
-    qint64 longest_ = 0;
+    // What this thread has worked, in milliseconds; other programs have the processors, too.
+    static double now() {
+        timespec time{};
+        EXPECT_EQ(clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time), 0);
+        return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+    }
+
+    double longest_ = 0;
 };
 
 TEST_F(BatchWindowTest, showsTenThousandFilesWithoutHoldingItsUserUp) {
@@ -322,8 +337,8 @@ TEST_F(BatchWindowTest, showsTenThousandFilesWithoutHoldingItsUserUp) {
     ASSERT_TRUE(turns.waitUntil([&] { return model.rowCount() < kFiles / 10; }));
     EXPECT_GT(model.rowCount(), 0);
     std::printf("longest turn: %.1f ms\n", turns.longestMilliseconds());
-    // Other work of the machine takes its time, too.
-    EXPECT_LT(turns.longestMilliseconds(), 200);
+    // Sixteen in a release; sanitizers and coverage take their time.
+    EXPECT_LT(turns.longestMilliseconds(), 100);
 }
 
 }  // namespace
