@@ -52,7 +52,7 @@ class HeaderWriter {
 
     HeaderText write() {
         if (facts_.hasChangedSince) {
-            return soundOrNot("Another program has changed the file: ");
+            return withoutTick(soundOrNot("Another program has changed the file: "));
         }
         switch (facts_.action) {
             case Action::repair:
@@ -91,6 +91,12 @@ class HeaderWriter {
                 break;
         }
         return notCarriedOut("The repair could not be carried out: ");
+    }
+
+    // A file can be sound and yet not what the user asked for.
+    static HeaderText withoutTick(HeaderText header) {
+        header.sign = header.sign == HeaderSign::good ? HeaderSign::neutral : header.sign;
+        return header;
     }
 
     HeaderText notCarriedOut(std::string_view how) {
