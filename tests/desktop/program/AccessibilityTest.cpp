@@ -75,6 +75,30 @@ TEST_F(AccessibilityProgramTest, namesEveryControlOfADocumentAndReachesItByTab) 
     expectAllNamedAndReached(program, "Convert XML");
 }
 
+TEST_F(AccessibilityProgramTest, readsTheTimelineClipByClip) {
+    const DrivenProgram program = start({sandbox.write(
+        "cut.fcpxml",
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE fcpxml>\n"
+        "<fcpxml version=\"1.10\"><resources><format id=\"r1\" frameDuration=\"1/25s\"/>"
+        "</resources><project name=\"Film\"><sequence format=\"r1\"><spine>"
+        "<gap name=\"early\" offset=\"0s\" duration=\"2s\"/>"
+        "<gap name=\"late\" offset=\"2s\" duration=\"2s\"/>"
+        "</spine></sequence></project></fcpxml>\n")});
+    program.answerAlert("No repair was necessary", "OK");
+    program.waitUntilActive("cut.fcpxml");
+    const AccessibleNode window = program.window("cut.fcpxml");
+    session->pressKeys({"ctrl+5"});
+    program.waitFor("the clips", [&] {
+        return window.describe().find("early, Storyline") != std::string::npos;
+    });
+    const AccessibleNode late = program.control("list item", "late, Storyline");
+    EXPECT_EQ(late.description(), "gap, late, at 00:00:02:00, length 00:00:02:00");
+    EXPECT_FALSE(late.is(State::focused));
+    session->pressKeys({"Right"});
+    program.waitFor("the second clip", [&] { return late.is(State::focused); });
+    expectAllNamedAndReached(program, "cut.fcpxml");
+}
+
 TEST_F(AccessibilityProgramTest, namesEveryControlOfARunAndReachesItByTab) {
     const DrivenProgram program = start({sandbox.write("cut.xml", damagedAtLength())});
     program.control("push button", "Cancel");
