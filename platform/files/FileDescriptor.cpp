@@ -177,20 +177,18 @@ int writeAll(int descriptor, const char* bytes, std::size_t count) {
 }
 
 int writeAllForSync(int descriptor, std::string_view bytes) {
-    // Less is not worth a call.
-    constexpr std::size_t kSmallest = std::size_t{1} << 20U;
     constexpr std::size_t kStep = std::size_t{4} << 20U;
+    constexpr auto kFileStep = static_cast<off_t>(kStep);
     while (!bytes.empty()) {
         const std::string_view piece = bytes.substr(0, kStep);
         if (const int errorNumber = writeAll(descriptor, piece.data(), piece.size())) {
             return errorNumber;
         }
-        if (piece.size() >= kSmallest) {
-            const off_t end = lseek(descriptor, 0, SEEK_CUR);
-            // Where it cannot be sent ahead, the sync sends it.
-            static_cast<void>(sync_file_range(descriptor, end - static_cast<off_t>(piece.size()),
-                                              static_cast<off_t>(piece.size()),
-                                              SYNC_FILE_RANGE_WRITE));
+        // A step that has been filled goes ahead; where it cannot, the sync sends it.
+        const off_t end = lseek(descriptor, 0, SEEK_CUR);
+        const off_t step = (end - static_cast<off_t>(piece.size())) / kFileStep * kFileStep;
+        if (end - step >= kFileStep) {
+            static_cast<void>(sync_file_range(descriptor, step, end - step, SYNC_FILE_RANGE_WRITE));
         }
         bytes.remove_prefix(piece.size());
     }
