@@ -1,4 +1,6 @@
 #include <QFileDialog>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "base/Text.h"
@@ -54,6 +56,12 @@ void DocumentMainWindow::savePicture() {
 
 void DocumentMainWindow::savePictureTo(const std::string& path) {
     if (isActing_ || !timeline_->timeline()) {
+        return;
+    }
+    std::error_code ignored;
+    if (std::filesystem::equivalent(path, path_, ignored)) {
+        beginAlertSheet("Unable to save the picture",
+                        "It would take the place of the project file.");
         return;
     }
     header_->setBusy(tr("Saving the picture…"));

@@ -344,6 +344,12 @@ TEST_F(TimelineWindowTest, goesFromTheTimelineToFindingsAndSource) {
     EXPECT_EQ(chosen->finding->where.line, 10U);
     window->timeline().showSource();
     EXPECT_EQ(window->page(), DocumentMainWindow::Page::source);
+    window->savePictureTo(path);
+    auto* const refusal = visible<QMessageBox>();
+    ASSERT_NE(refusal, nullptr) << "the project stays";
+    refusal->close();
+    std::ifstream project(path);
+    EXPECT_EQ(std::string((std::istreambuf_iterator<char>(project)), {}), kProject);
     const std::string picture = sandbox.path("p.svg");
     window->savePictureTo(picture);
     EXPECT_TRUE(waitUntil([&] { return std::ifstream(picture).good(); }));
