@@ -105,7 +105,7 @@ class ShortcutKeysTest : public DesktopTest {
 
 TEST_F(ShortcutKeysTest, listsTheApplicationsCommands) {
     open();
-    EXPECT_EQ(table().model()->rowCount(), 45);
+    EXPECT_EQ(table().model()->rowCount(), 47);
     EXPECT_EQ(cell(0, 0), QStringLiteral("Open a file"));
     EXPECT_EQ(shortcut(0), QString());
     EXPECT_EQ(table().selectedRow(), 0U);
