@@ -81,7 +81,7 @@ TEST_F(AppControllerHelpTest, suggestsAFeatureUnderTheFamilysNameWithoutAShortNa
                 ElementsAre(page("/support/brindletools/featurerequest/?app=brindle_tools")));
 }
 
-TEST_F(AppControllerHelpTest, logsAndTellsOfAPageThatCannotBeOpened) {
+TEST_F(AppControllerHelpTest, logsAndReportsAPageThatCannotBeOpened) {
     opener->answer = false;
     controller->helpQMHome();
     QMLog::finishWriting();
@@ -116,7 +116,7 @@ TEST_F(AppControllerHelpTest, viewsItsOwnLogWhereverAnotherProgramHasMovedIt) {
     EXPECT_THAT(opener->opened, ElementsAre("file " + logs("Vornic.2.log")));
 }
 
-TEST_F(AppControllerHelpTest, tellsThatALogCannotBeOpened) {
+TEST_F(AppControllerHelpTest, reportsThatALogCannotBeOpened) {
     QMLog::finishWriting();
     opener->answer = false;
     controller->viewLog();
@@ -202,7 +202,7 @@ TEST_F(AppControllerManualTest, doesNothingWithoutAManual) {
     EXPECT_THAT(host.calls, IsEmpty());
 }
 
-TEST_F(AppControllerManualTest, logsAndTellsOfAManualThatCannotBeOpened) {
+TEST_F(AppControllerManualTest, logsAndReportsAManualThatCannotBeOpened) {
     std::ofstream(manual) << "%PDF";
     opener->answer = false;
     controller->helpUserManual();

@@ -261,7 +261,7 @@ TEST_F(AppControllerTest, opensWhatWasChosenInThePanelsOrderWhateverFails) {
     EXPECT_THAT(host.calls, ElementsAre("panel", "open /c.xml", "open /a.fcpxml", "open /b.xml"));
 }
 
-TEST_F(AppControllerTest, tellsWhetherAFileOfTheSystemsWasOpened) {
+TEST_F(AppControllerTest, reportsWhetherAFileOfTheSystemsWasOpened) {
     host.damaged = {"/b.xml"};
     const auto controller = made();
     EXPECT_TRUE(controller->applicationOpenFile("/a.xml"));

@@ -85,7 +85,7 @@ TEST_F(CheckCommandLineTest, drawsTheTimelineBesideTheReport) {
     EXPECT_EQ(readBytes(files.path("a.fcpxml")), project);
 }
 
-TEST_F(CheckCommandLineTest, tellsWhatIsWrongAndWhere) {
+TEST_F(CheckCommandLineTest, reportsWhatIsWrongAndWhere) {
     writeWrong("a.fcpxml");
     const ProgramResult result = check({"a.fcpxml"});
     EXPECT_EQ(result.status, 1);
@@ -319,7 +319,7 @@ TEST_F(CheckCommandLineTest, keepsALogOfItsOwn) {
     EXPECT_THAT(own, HasSubstr("missing.xml"));
 }
 
-TEST_F(CheckCommandLineTest, leavesAnUnreadableFileAndTellsWhy) {
+TEST_F(CheckCommandLineTest, leavesAnUnreadableFileAndReportsWhy) {
     const std::string path = writeWrong("a.fcpxml");
     ASSERT_EQ(chmod(path.c_str(), 0), 0);
     const ProgramResult result = check({"a.fcpxml"});

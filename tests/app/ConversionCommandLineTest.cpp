@@ -69,7 +69,7 @@ TEST_F(ConversionCommandLineTest, writesTheResultBesideTheFile) {
               "The converted file is Cut (1.9) 2.fcpxml\n");
 }
 
-TEST_F(ConversionCommandLineTest, tellsLossesByStatusAndReport) {
+TEST_F(ConversionCommandLineTest, reportsLossesByStatusAndReport) {
     rewrite("Cut.fcpxml", kLossy);
     const ProgramResult result = convert({"--to=1.10", "Cut.fcpxml"});
     EXPECT_EQ(result.status, 1);

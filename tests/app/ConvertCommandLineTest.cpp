@@ -123,7 +123,7 @@ TEST_F(ConvertCommandLineTest, aVersionWithoutAFileIsInvalidSyntax) {
     expectRefused({"-convertxmeml", "3"}, kInvalidSyntax);
 }
 
-TEST_F(ConvertCommandLineTest, aMissingFileNameIsToldBeforeAWrongVersion) {
+TEST_F(ConvertCommandLineTest, aMissingFileNameIsReportedBeforeAWrongVersion) {
     expectRefused({"-convertxmeml", "9"}, kInvalidSyntax);
 }
 
@@ -163,12 +163,12 @@ TEST_F(ConvertCommandLineTest, aRelativePathIsFoundInTheWorkingFolder) {
     EXPECT_EQ(readBytes(path), soundXMEML("3"));
 }
 
-TEST_F(ConvertCommandLineTest, aMissingFileIsToldUnderItsPathInTheWorkingFolder) {
+TEST_F(ConvertCommandLineTest, aMissingFileIsReportedUnderItsPathInTheWorkingFolder) {
     expectConverted({"-convertxmeml", "3", "missing.xml"},
                     {"File " + files.path("missing.xml") + " does not exist"});
 }
 
-TEST_F(ConvertCommandLineTest, anAbsoluteMissingPathIsToldBelowTheWorkingFolder) {
+TEST_F(ConvertCommandLineTest, anAbsoluteMissingPathIsReportedBelowTheWorkingFolder) {
     expectConverted({"-convertxmeml", "3", "/nowhere/missing.xml"},
                     {"File " + files.path("nowhere/missing.xml") + " does not exist"});
 }

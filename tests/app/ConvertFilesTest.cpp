@@ -131,7 +131,7 @@ TEST_F(ConvertFilesTest, makesNoBackup) {
     EXPECT_FALSE(exists(files.trash()));
 }
 
-TEST_F(ConvertFilesTest, tellsThatItCannotSaveInAFolderThatItMayNotWrite) {
+TEST_F(ConvertFilesTest, reportsThatItCannotSaveInAFolderThatItMayNotWrite) {
     const std::string path = files.writeSound("cut.xml");
     fs::permissions(files.folder(), fs::perms::owner_read | fs::perms::owner_exec);
     const FileState before = fileState(path);

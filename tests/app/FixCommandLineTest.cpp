@@ -53,7 +53,7 @@ class FixCommandLineTest : public ProgramTest {
     std::string path = write("Cut.xml", kDamaged);
 };
 
-TEST_F(FixCommandLineTest, mendsInPlaceAndTellsWhereTheOriginalIs) {
+TEST_F(FixCommandLineTest, mendsInPlaceAndReportsWhereTheOriginalIs) {
     const ProgramResult result = check({"--fix", "Cut.xml"});
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_THAT(result.output, StartsWith("MENDED(xml-stray-ampersand): Cut.xml(3,17): "));
@@ -137,7 +137,7 @@ TEST_F(FixCommandLineTest, takesNoUsageThatWouldDoNothing) {
     expectUsage({"--fix=no-such-rule", "Cut.xml"}, "there is no rule or group no-such-rule");
 }
 
-TEST_F(FixCommandLineTest, tellsWhichMendsWereMadeAndWhyOthersWereNot) {
+TEST_F(FixCommandLineTest, reportsWhichMendsWereMadeAndWhyOthersWereNot) {
     write("Cut.xml", "<xmeml version=\"5\"><bin><name>a & b</name></bin>");
     const ProgramResult result = check({"--fix", "--format", "json", "Cut.xml"});
     EXPECT_EQ(result.status, 1) << "the root element is still open";
@@ -155,7 +155,7 @@ TEST_F(FixCommandLineTest, tellsWhichMendsWereMadeAndWhyOthersWereNot) {
     EXPECT_EQ(report["files"][0]["rules"].count("xml-stray-ampersand"), 0U);
 }
 
-TEST_F(FixCommandLineTest, tellsWhatWasNotMendedInAFileThatWasNotWritten) {
+TEST_F(FixCommandLineTest, reportsWhatWasNotMendedInAFileThatWasNotWritten) {
     const std::string project = "<xmeml version=\"5\"><bin><name>a & b</name></bin></xmeml>";
     write("Cut.xml", project);
     std::filesystem::permissions(files.folder(), std::filesystem::perms(0555));

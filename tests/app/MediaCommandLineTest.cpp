@@ -87,7 +87,7 @@ TEST_F(MediaCommandLineTest, writesATableWhoseCellsAreNoFormulas) {
                           "One,1,3,0,10,,1,,unknown,,\r\n"));
 }
 
-TEST_F(MediaCommandLineTest, tellsThatADamagedFileWasNotReadToItsEnd) {
+TEST_F(MediaCommandLineTest, reportsThatADamagedFileWasNotReadToItsEnd) {
     write("Cut.fcpxml", kProject.substr(0, kProject.find("<library>")));
     const ProgramResult result = media({"list", "Cut.fcpxml"});
     EXPECT_EQ(result.status, 3);
@@ -104,7 +104,7 @@ TEST_F(MediaCommandLineTest, goesOnBehindAFileThatItCannotRead) {
     EXPECT_THAT(result.errors, HasSubstr("Text.xml: It is neither XMEML nor FCPXML.\n"));
 }
 
-TEST_F(MediaCommandLineTest, tellsWhatIsMissing) {
+TEST_F(MediaCommandLineTest, reportsWhatIsMissing) {
     write("a b.mov", "");
     const std::string other = write("Caf\u00E9.mov", "");
     write("Cut.fcpxml",
@@ -143,7 +143,7 @@ TEST_F(MediaCommandLineTest, hasNothingToSayWhenAllIsThere) {
     EXPECT_EQ(result.output, "Cut.fcpxml: 0 media files\n");
 }
 
-TEST_F(MediaCommandLineTest, aCheckTellsMissingMediaWhenItIsAskedTo) {
+TEST_F(MediaCommandLineTest, aCheckReportsMissingMediaWhenItIsAskedTo) {
     ProgramSettings settings = files.repairer({"--media", "--only", "media", "Cut.fcpxml"});
     settings.program = material.program("vornic-check");
     const ProgramResult result = runProgram(settings);
@@ -165,7 +165,7 @@ TEST_F(MediaCommandLineTest, takesNoUsageThatItDoesNotKnow) {
                 "the report would take the place of a file that is read");
 }
 
-TEST_F(MediaCommandLineTest, aClosedPipeIsToldOfByTheStatusAlone) {
+TEST_F(MediaCommandLineTest, aClosedPipeIsReportedByTheStatusAlone) {
     ProgramSettings settings = files.repairer({"list", "Cut.fcpxml"});
     settings.program = material.program("vornic-media");
     settings.output = ProgramStream::brokenPipe;

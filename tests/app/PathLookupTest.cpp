@@ -61,7 +61,7 @@ TEST(PathLookup, saysWhereAPathEndsAndWhy) {
     EXPECT_THAT(lookUp("/fcpxml", "").text, StartsWith("a.fcpxml: the file has no root element\n"));
 }
 
-TEST(PathLookup, tellsHowFarADamagedFileCanBeRead) {
+TEST(PathLookup, reportsHowFarADamagedFileCanBeRead) {
     EXPECT_TRUE(lookUp("/a/b", "<a>\n<b></a>").isFound);
     EXPECT_THAT(lookUp("/a/c", "<a>\n<b></a>").text,
                 HasSubstr("The file can be read only this far: Line 2, column 4: "));

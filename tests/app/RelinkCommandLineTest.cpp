@@ -78,7 +78,7 @@ TEST_F(RelinkCommandLineTest, changesThePathAndNoOtherByte) {
                 ElementsAre("Cut (relinked) 2.fcpxml", "Cut (relinked).fcpxml", "Cut.fcpxml"));
 }
 
-TEST_F(RelinkCommandLineTest, aDryRunTellsTheSameAndWritesNothing) {
+TEST_F(RelinkCommandLineTest, aDryRunReportsTheSameAndWritesNothing) {
     const ProgramResult result = relink({"--dry-run", "--in-place", "--map=/V=/N", "Cut.fcpxml"});
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.output, HasSubstr("to /N/R1/a b#.mov\n"));

@@ -48,7 +48,7 @@ class RepairCommandLineTest : public ProgramTest {
     }
 };
 
-TEST_F(RepairCommandLineTest, withoutAFileItTellsHowItIsUsed) {
+TEST_F(RepairCommandLineTest, withoutAFileItReportsHowItIsUsed) {
     expectUsage({}, "no file named");
 }
 
@@ -99,14 +99,14 @@ TEST_F(RepairCommandLineTest, quietPrintsNothingAndLogsEverything) {
     EXPECT_EQ(files.log(), repairedLog(path));
 }
 
-TEST_F(RepairCommandLineTest, quietStillTellsWhyAFileWasNotLookedAt) {
+TEST_F(RepairCommandLineTest, quietStillReportsWhyAFileWasNotLookedAt) {
     const ProgramResult result = files.repair({"--quiet", files.path("missing.xml")});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.output, "");
     EXPECT_THAT(result.errors, HasSubstr("Unable to locate file."));
 }
 
-TEST_F(RepairCommandLineTest, aFileThatMayNotBeLookedAtIsToldAsSuch) {
+TEST_F(RepairCommandLineTest, aFileThatMayNotBeLookedAtIsReportedAsSuch) {
     const std::string folder = files.path("closed");
     std::filesystem::create_directory(folder);
     std::filesystem::permissions(folder, std::filesystem::perms::none);

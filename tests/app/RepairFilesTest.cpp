@@ -44,7 +44,7 @@ class RepairFilesTest : public ProgramTest {
     }
 };
 
-TEST_F(RepairFilesTest, tellsOfAMissingFileAndStoresNoPath) {
+TEST_F(RepairFilesTest, reportsAMissingFileAndStoresNoPath) {
     const std::string path = files.path("missing.xml");
     const ProgramResult result = files.repair({path});
     EXPECT_EQ(result.output, "");

@@ -74,7 +74,7 @@ TEST_P(RepairNamesTest, isStoredInThePreferences) {
     EXPECT_EQ(*stored->string(), path);
 }
 
-TEST_P(RepairNamesTest, isToldOnStandardErrorWhenItIsMissing) {
+TEST_P(RepairNamesTest, isReportedOnStandardErrorWhenItIsMissing) {
     const std::string path = files.path(GetParam().name);
     const ProgramResult result = files.repair({"--", GetParam().name});
     EXPECT_EQ(result.errors,

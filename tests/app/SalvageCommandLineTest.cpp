@@ -164,7 +164,7 @@ TEST_F(SalvageCommandLineTest, tellsScriptsOfEveryKindOfFileByTheSchema) {
     EXPECT_EQ(reportOn("Tail.xml")["files"][0]["rules"]["salvage-cut-off"], 1);
 }
 
-TEST_F(SalvageCommandLineTest, tellsWhichOfSeveralCopiesAFindingIsAbout) {
+TEST_F(SalvageCommandLineTest, reportsWhichOfSeveralCopiesAFindingIsAbout) {
     write("Two.xml", std::string(kSound) + std::string(kBroken));
     EXPECT_THAT(salvage({"Two.xml"}).output, HasSubstr("  in Two-salvaged 2.xml: 4,12\n"));
     const nlohmann::json file = reportOn("Two.xml")["files"][0];

@@ -139,7 +139,7 @@ TEST_F(UndoProgramTest, bringsAFileBackThatIsGoneWhenToldTo) {
     EXPECT_EQ(readBytes(path), damagedXMEML());
 }
 
-TEST_F(UndoProgramTest, tellsOfAnEmptiedTrashAndGoesOn) {
+TEST_F(UndoProgramTest, reportsAnEmptiedTrashAndGoesOn) {
     const std::string first = repaired("first.xml");
     const std::string second = repaired("second.xml");
     fs::remove(trashed("first.xml"));
@@ -161,7 +161,7 @@ TEST_F(UndoProgramTest, listAndForceGoWithUndoAlone) {
     }
 }
 
-TEST_F(UndoProgramTest, tellsWhatTheOriginalCouldNotBeGivenAgain) {
+TEST_F(UndoProgramTest, reportsWhatTheOriginalCouldNotBeGivenAgain) {
     const SecondVolume other;
     if (!other.isApartFrom(files.folder())) {
         GTEST_SKIP() << "/dev/shm is no volume of its own";
@@ -267,7 +267,7 @@ TEST_F(UndoProgramTest, goesWithARepairAtTheSameTime) {
     }
 }
 
-TEST(UndoComplaints, tellWhereAFileIsThatCouldNotGoToTheTrash) {
+TEST(UndoComplaints, reportWhereAFileIsThatCouldNotGoToTheTrash) {
     UndoResult result{.end = UndoResult::End::undone, .file = "/a/Cut.xml"};
     EXPECT_THAT(complaintsAbout(result), ::testing::IsEmpty());
     result.result = "/a/.Cut.xml.vornic.undo";

@@ -22,7 +22,7 @@ TEST(ErrorTest, carriesDomainAndNumberAndNoPlace) {
     EXPECT_EQ(error.column, 0U);
 }
 
-TEST(ErrorTest, tellsTheNumberOfAReasonItDoesNotKnow) {
+TEST(ErrorTest, reportsTheNumberOfAReasonItDoesNotKnow) {
     EXPECT_EQ(posixError("It cannot be done", 4711).description,
               "It cannot be done: system error 4711.");
 }

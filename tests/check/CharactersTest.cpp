@@ -112,7 +112,7 @@ TEST(Characters, thatAreOneAndWrittenAsTwoHalvesAreOneFindingWithTheCharacterAsA
     }
 }
 
-TEST(Characters, aMarkAtTheBeginningIsToldOnce) {
+TEST(Characters, aMarkAtTheBeginningIsReportedOnce) {
     const Report report = checkFile(
         "<?xml version=\"1.0\"?>\n\xEF\xBB\xBF<xmeml version=\"5\">"
         "<bin><name>B</name><children/></bin></xmeml>",

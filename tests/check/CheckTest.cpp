@@ -109,7 +109,7 @@ TEST(Check, namesEachGroupOnceInTheirOrder) {
     }
 }
 
-TEST(Check, tellsThePlaceInTheFileAndWhatIsAroundIt) {
+TEST(Check, reportsThePlaceInTheFileAndWhatIsAroundIt) {
     std::string text = kSound;
     text.replace(text.find("format id"), 6, "fromat");
     const Report report = checkFile("\xEF\xBB\xBF" + text, {});
@@ -215,7 +215,7 @@ TEST(Check, readsOtherEncodings) {
     EXPECT_EQ(report.findings.kept()[1].where.offset, head.size() + 40);
 }
 
-TEST(Check, tellsBytesThatAreNoText) {
+TEST(Check, reportsBytesThatAreNoText) {
     const Report report = checkFile("<fcpxml version=\"1.10\">\n\xC3\x28</fcpxml>", {});
     ASSERT_EQ(report.findings.kept().size(), 1U);
     EXPECT_EQ(report.findings.kept()[0].where.line, 2U);
@@ -259,7 +259,7 @@ TEST(Check, saysThatTheRootWasNotReachedWhereReadingStopsBeforeIt) {
               "the file could not be read as far as its root element");
 }
 
-TEST(Check, tellsAnIdThatIsLostOrMalformedOnce) {
+TEST(Check, reportsAnIdThatIsLostOrMalformedOnce) {
     const std::string before = "<fcpxml version=\"1.10\"><resources>";
     const std::string behind =
         "<asset id=\"r2\" name=\"A\" format=\"r1\"><media-rep kind=\"original-media\" "
@@ -271,7 +271,7 @@ TEST(Check, tellsAnIdThatIsLostOrMalformedOnce) {
     EXPECT_EQ(rulesOf(checkFile(before + behind, {})), Strings{"structure-dangling-reference"});
 }
 
-TEST(Check, tellsAPathOfALaterVersionOnce) {
+TEST(Check, reportsAPathOfALaterVersionOnce) {
     const Report report = checkFile(
         "<fcpxml version=\"1.8\"><resources><asset id=\"r1\" name=\"A\"><media-rep "
         "kind=\"original-media\" src=\"file:///A.mov\"/></asset></resources></fcpxml>",
@@ -342,7 +342,7 @@ TEST(Check, namesCharactersThatMayNotStandInAFile) {
                       "not allow; it should go, or stand for another"});
 }
 
-TEST(Check, tellsTheTimecodeOfAnXMEMLClip) {
+TEST(Check, reportsTheTimecodeOfAnXMEMLClip) {
     const Report report = checkFile(
         "<xmeml version=\"5\"><sequence><rate><timebase>25</timebase></rate><timecode>"
         "<frame>90000</frame></timecode><media><video><track><clipitem><start>30</start>"

@@ -116,7 +116,7 @@ TEST(RuleFixtures, areThereForEveryRuleOfACheckOfEitherKind) {
     }
 }
 
-TEST(RuleFixtures, areToldInMessagesThatNameWhatTheySpeakOf) {
+TEST(RuleFixtures, areReportedInMessagesThatNameWhatTheySpeakOf) {
     for (const RuleFixture& fixture : ruleFixtures()) {
         const Report report = checkFile(fixture.bytes, fixture.options);
         for (const Finding& finding : report.findings.kept()) {

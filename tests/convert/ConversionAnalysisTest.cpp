@@ -28,7 +28,7 @@ class ConversionAnalysisTest : public test::EngineTest {
     }
 };
 
-TEST_F(ConversionAnalysisTest, tellsTheVersionOfTheFileAndItsRelease) {
+TEST_F(ConversionAnalysisTest, reportsTheVersionOfTheFileAndItsRelease) {
     const ConvertibleFile file = readFile("3", "");
     EXPECT_EQ(file.version, "3");
     EXPECT_EQ(file.release, "5.1.2");
@@ -36,7 +36,7 @@ TEST_F(ConversionAnalysisTest, tellsTheVersionOfTheFileAndItsRelease) {
     EXPECT_EQ(log.entries(), Strings{}) << "telling is the document's";
 }
 
-TEST_F(ConversionAnalysisTest, tellsWhyAFileCannotBeConverted) {
+TEST_F(ConversionAnalysisTest, reportsWhyAFileCannotBeConverted) {
     using Kind = AnalysisFailure::Kind;
     const AnalysisFailure failure = failureOf(sandbox.path("None.xml"));
     EXPECT_EQ(failure.kind, Kind::notLoaded);
@@ -93,7 +93,7 @@ TEST_F(VersionTestTest, findsAnElementOfTheVersion) {
     EXPECT_EQ(log.entries(), Strings{});
 }
 
-TEST_F(VersionTestTest, saysThatTheCatalogueDoesNotTell) {
+TEST_F(VersionTestTest, saysThatTheCatalogueDoesNotKnow) {
     EXPECT_TRUE(testVersion("<uuid>", "7").lacksCatalogue);
     catalogue.remove();
     EXPECT_TRUE(testVersion("<uuid>", "3").lacksCatalogue);

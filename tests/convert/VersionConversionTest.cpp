@@ -57,7 +57,7 @@ TEST_F(VersionConversionTest, removesWhatHigherVersionsIntroduced) {
     EXPECT_EQ(stripElementsAbove(*document, "2").outcome, StripResult::Outcome::noCatalogue);
 }
 
-TEST_F(VersionConversionTest, tellsWhichNamesAreNoQuery) {
+TEST_F(VersionConversionTest, reportsWhichNamesAreNoQuery) {
     catalogue.write({{"1", {"4", {}}}, {"2", {"5", {{"<", "<uuid"}}}}});
     const auto document = test::parsed(xmeml("2", "<uuid>1</uuid><name>2</name>"));
     EXPECT_EQ(stripElementsAbove(*document, "1").queryErrors.size(), 1U);

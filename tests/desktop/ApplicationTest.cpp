@@ -124,7 +124,7 @@ TEST_F(ApplicationTest, opensAFileOnce) {
     EXPECT_EQ(application.currentWindow(), window);
 }
 
-TEST_F(ApplicationTest, tellsThatAFileCannotBeOpened) {
+TEST_F(ApplicationTest, reportsThatAFileCannotBeOpened) {
     application.launch({});
     EXPECT_FALSE(application.openDocument(sandbox.path("gone.xml")));
     ASSERT_NE(visible<QMessageBox>(), nullptr);
@@ -136,7 +136,7 @@ TEST_F(ApplicationTest, tellsThatAFileCannotBeOpened) {
     EXPECT_EQ(application.currentWindow(), nullptr);
 }
 
-TEST_F(ApplicationTest, tellsWhyItCannotSeeWhetherAFileIsThere) {
+TEST_F(ApplicationTest, reportsWhyItCannotSeeWhetherAFileIsThere) {
     application.launch({});
     std::filesystem::create_symlink("loop.xml", sandbox.path("loop.xml"));
     EXPECT_FALSE(application.openDocument(sandbox.path("loop.xml")));
@@ -242,7 +242,7 @@ TEST_F(ApplicationTest, opensTheFilesOfALaterStartInsteadOfWhatThePanelAsksFor) 
     EXPECT_EQ(application.currentDocument()->filePath(), path);
 }
 
-TEST_F(ApplicationTest, tellsThatItMayOpenFilesOnceItIsLaunched) {
+TEST_F(ApplicationTest, reportsThatItMayOpenFilesOnceItIsLaunched) {
     const std::string path = sandbox.write("a.xml", kSound);
     std::optional<bool> told;
     application.whenDecided([&told](bool mayOpen) { told = mayOpen; });
@@ -434,7 +434,7 @@ TEST_F(ApplicationTest, storesPreferencesAtOnce) {
     EXPECT_EQ(stored, platform::PropertyList(1));
 }
 
-TEST_F(ApplicationTest, tellsThatAPreferenceCannotBeStored) {
+TEST_F(ApplicationTest, reportsThatAPreferenceCannotBeStored) {
     application.launch({});
     application.showPreferences();
     auto* const window = visible<PreferencesWindow>();

@@ -79,7 +79,7 @@ class ChangeMeanwhileTest : public ApplicationTest {
     DocumentMainWindow* window = nullptr;
 };
 
-TEST_F(ChangeMeanwhileTest, isToldWhileMediaAreLookedAtAndNothingIsRelinked) {
+TEST_F(ChangeMeanwhileTest, isReportedWhileMediaAreLookedAtAndNothingIsRelinked) {
     checked(kWithMedia);
     auto* const sheet = relinkSheet();
     ASSERT_NE(sheet, nullptr);
@@ -102,7 +102,7 @@ TEST_F(ChangeMeanwhileTest, leavesAFileThatHasGoneWhileMediaAreLookedAt) {
     EXPECT_TRUE(waitUntil([&] { return header() == "The file is not where it was"; })) << header();
 }
 
-TEST_F(ChangeMeanwhileTest, isToldWhileMendsAreLookedAtAndNothingIsMended) {
+TEST_F(ChangeMeanwhileTest, isReportedWhileMendsAreLookedAtAndNothingIsMended) {
     checked(kWithMedia);
     window->mendSafely();
     auto* const sheet = waitFor<MendSheet>();
@@ -126,7 +126,7 @@ TEST_F(ChangeMeanwhileTest, leavesAFileThatHasGoneWhileMendsAreLookedAt) {
     EXPECT_TRUE(waitUntil([&] { return header() == "The file is not where it was"; })) << header();
 }
 
-TEST_F(ChangeMeanwhileTest, isToldBesideASalvageWhoseCopyCanStillBeSaved) {
+TEST_F(ChangeMeanwhileTest, isReportedBesideASalvageWhoseCopyCanStillBeSaved) {
     checked(
         "<?xml version=\"1.0\"?>\n<!DOCTYPE xmeml>\n<xmeml version=\"5\">\n<sequence>\n"
         "<name>Cut</name>\n</xmeml>\n");
@@ -147,7 +147,7 @@ TEST_F(ChangeMeanwhileTest, isToldBesideASalvageWhoseCopyCanStillBeSaved) {
     EXPECT_EQ(header(), "The file is not where it was");
 }
 
-TEST_F(ChangeMeanwhileTest, isToldOnceAConversionHasEndedThatWasGoingOn) {
+TEST_F(ChangeMeanwhileTest, isReportedOnceAConversionHasEndedThatWasGoingOn) {
     std::string text = kSound;
     text.insert(text.find("    </sequence>"), "<synctype>1</synctype>\n");
     checked(text);
@@ -169,7 +169,7 @@ TEST_F(ChangeMeanwhileTest, isToldOnceAConversionHasEndedThatWasGoingOn) {
     EXPECT_EQ(readBytes(path), kSound);
 }
 
-TEST_F(ChangeMeanwhileTest, isNotToldOfAConversionOfTheWindow) {
+TEST_F(ChangeMeanwhileTest, isNotReportedForAConversionOfTheWindow) {
     checked(kSound);
     const auto document = window->document();
     document->showConvertDialog();

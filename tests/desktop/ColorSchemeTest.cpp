@@ -56,7 +56,7 @@ TEST_P(ColorSchemeTest, hasReadableTextsEnabledAndDisabled) {
     expectReadable(QPalette::ToolTipText, {QPalette::ToolTipBase});
 }
 
-TEST_P(ColorSchemeTest, tellsDisabledTextsApart) {
+TEST_P(ColorSchemeTest, distinguishesDisabledTexts) {
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
         EXPECT_GE(contrast(palette.color(QPalette::Active, role),
                            palette.color(QPalette::Disabled, role)),

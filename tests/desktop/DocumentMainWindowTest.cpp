@@ -165,7 +165,7 @@ TEST_F(DocumentMainWindowTest, savesTheReport) {
     EXPECT_EQ(readBytes(sandbox.path("mine.txt")), report().toStdString() + "\n");
 }
 
-TEST_F(DocumentMainWindowTest, tellsWhyTheReportCannotBeSaved) {
+TEST_F(DocumentMainWindowTest, reportsWhyTheReportCannotBeSaved) {
     open(sandbox.write("cut.xml", kSound));
     alertAtTheEnd();
     window->saveReport();
@@ -185,7 +185,7 @@ TEST_F(DocumentMainWindowTest, showsANameThatLooksLikeMarkupAsItIs) {
         child<QLabel>("fileNameLabel").toolTip().contains(QStringLiteral("&lt;b&gt;[*]\n.xml")));
 }
 
-TEST_F(DocumentMainWindowTest, tellsWhenItCannotRepair) {
+TEST_F(DocumentMainWindowTest, reportsWhenItCannotRepair) {
     const std::string path = sandbox.write("cut.xml", "<xmeml version=\"5\"><sequence>");
     open(path);
     EXPECT_EQ(alertAtTheEnd(), QStringLiteral("Unable to repair file"));
@@ -202,7 +202,7 @@ TEST_F(DocumentMainWindowTest, namesTheFileInTheTitleOfAFailureAlone) {
     EXPECT_EQ(alert()->windowTitle(), QStringLiteral("Vornic"));
 }
 
-TEST_F(DocumentMainWindowTest, tellsTheKindOfAFinalCutProXFile) {
+TEST_F(DocumentMainWindowTest, reportsTheKindOfAFinalCutProXFile) {
     open(sandbox.write("cut.FCPXML", "<fcpxml/>"));
     alertAtTheEnd();
     EXPECT_TRUE(child<QLabel>("fileKindLabel").text().contains(QStringLiteral("FCPXML")));
@@ -219,7 +219,7 @@ TEST_F(DocumentMainWindowTest, repairsAgainByItsButton) {
     EXPECT_EQ(readBytes(path), kSound);
 }
 
-TEST_F(DocumentMainWindowTest, tellsThatTheFileHasGone) {
+TEST_F(DocumentMainWindowTest, reportsThatTheFileHasGone) {
     const std::string path = sandbox.write("cut.xml", kSound);
     open(path);
     alertAtTheEnd();
@@ -293,7 +293,7 @@ TEST_F(DocumentMainWindowTest, convertsTheFileToTheChosenVersion) {
     EXPECT_TRUE(child<QDialog>("windowConvert").isVisible()) << "it closes by its button alone";
 }
 
-TEST_F(DocumentMainWindowTest, tellsOfAConversionThatWasWrittenWhenItsDialogWasClosed) {
+TEST_F(DocumentMainWindowTest, reportsAConversionThatWasWrittenWhenItsDialogWasClosed) {
     open(sandbox.write("cut.xml", kSound));
     alertAtTheEnd();
     window->showConverted({.version = "4", .original = {}, .isUndoable = false, .notes = {}});

@@ -73,13 +73,13 @@ TEST_F(FileManagerTest, asksForTheFileWhateverItsBytes) {
     EXPECT_FALSE(isUnable);
 }
 
-TEST_F(FileManagerTest, tellsThatThereIsNone) {
+TEST_F(FileManagerTest, reportsThatThereIsNone) {
     revealInFileManager(
         "/a.xml", &owner, [this] { isUnable = true; }, *bus);
     EXPECT_TRUE(waitUntil([this] { return isUnable; }));
 }
 
-TEST_F(FileManagerTest, tellsThatThereIsNoBus) {
+TEST_F(FileManagerTest, reportsThatThereIsNoBus) {
     revealInFileManager(
         "/a.xml", &owner, [this] { isUnable = true; }, QDBusConnection(QStringLiteral("none")));
     EXPECT_TRUE(isUnable);

@@ -52,7 +52,7 @@ TEST(OutcomeTextTest, isNoWarningWhenThereIsNoRepairedFile) {
     }
 }
 
-TEST(OutcomeTextTest, tellsOfANewerFile) {
+TEST(OutcomeTextTest, reportsANewerFile) {
     const OutcomeText outcome = outcomeText(notSwapped({.end = SwapEnd::sourceChanged,
                                                         .original = "/a/Cut.xml",
                                                         .repaired = "/a/Cut-backup.xml"}));
@@ -80,7 +80,7 @@ TEST(OutcomeTextTest, namesAnOriginalThatCouldNotBeBroughtBack) {
     EXPECT_FALSE(outcome.showsTrash);
 }
 
-TEST(OutcomeTextTest, tellsWhereAFileIsThatWasInTheWay) {
+TEST(OutcomeTextTest, reportsWhereAFileIsThatWasInTheWay) {
     const OutcomeText outcome = outcomeText(ended(RepairOutcome::sound, {}, "/t/Cut-backup 2.xml"));
     EXPECT_EQ(outcome.kind, Kind::good);
     EXPECT_EQ(outcome.text, QStringLiteral("The file is sound. A file that was in the way is in "

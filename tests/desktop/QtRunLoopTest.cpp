@@ -43,7 +43,7 @@ TEST(QtRunLoop, runsALaterFunctionAfterItsDelay) {
     EXPECT_GE(ran - start, std::chrono::milliseconds(59));
 }
 
-TEST(QtRunLoop, dispatchesWhatIsPendingAndTellsWhenNothingIs) {
+TEST(QtRunLoop, dispatchesWhatIsPendingAndReportsWhenNothingIs) {
     while (MainThread::dispatchOne(std::chrono::milliseconds(0))) {
     }
     bool ran = false;

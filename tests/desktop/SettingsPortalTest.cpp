@@ -19,7 +19,7 @@ class SettingsPortalTest : public PortalTest {
     std::vector<Scheme> told;
 };
 
-TEST_F(SettingsPortalTest, tellsWhatTheUserHasChosen) {
+TEST_F(SettingsPortalTest, reportsWhatTheUserHasChosen) {
     const std::vector<std::pair<uint, Scheme>> choices{
         {1, ColorScheme::dark}, {2, ColorScheme::light}, {0, std::nullopt}, {7, std::nullopt}};
     for (const auto& [value, scheme] : choices) {
@@ -32,7 +32,7 @@ TEST_F(SettingsPortalTest, tellsWhatTheUserHasChosen) {
     }
 }
 
-TEST_F(SettingsPortalTest, tellsWhatTheUserChoosesLater) {
+TEST_F(SettingsPortalTest, reportsWhatTheUserChoosesLater) {
     FakePortal desktop(connection("desktop"), 2);
     const SettingsPortal portal(connection("program"), listener());
     ASSERT_TRUE(waitUntil([this] { return told.size() == 1; }));
@@ -44,12 +44,12 @@ TEST_F(SettingsPortalTest, tellsWhatTheUserChoosesLater) {
     EXPECT_EQ(told, (std::vector<Scheme>{ColorScheme::light, ColorScheme::dark, std::nullopt}));
 }
 
-TEST_F(SettingsPortalTest, tellsNothingWhereThereIsNoSuchService) {
+TEST_F(SettingsPortalTest, reportsNothingWhereThereIsNoSuchService) {
     const SettingsPortal portal(connection("program"), listener());
     EXPECT_FALSE(waitUntil([this] { return !told.empty(); }, std::chrono::milliseconds(500)));
 }
 
-TEST_F(SettingsPortalTest, tellsNothingOnceItHasGone) {
+TEST_F(SettingsPortalTest, reportsNothingOnceItHasGone) {
     const FakePortal desktop(connection("desktop"), 1);
     { const SettingsPortal portal(connection("program"), listener()); }
     EXPECT_FALSE(waitUntil([this] { return !told.empty(); }, std::chrono::milliseconds(500)));

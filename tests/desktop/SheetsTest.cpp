@@ -243,7 +243,7 @@ TEST_F(ConvertSheetTest, saysWhyNothingCanBeListed) {
     EXPECT_TRUE(button.isEnabled());
 }
 
-TEST_F(ConvertSheetTest, tellsItsStateAndTheResult) {
+TEST_F(ConvertSheetTest, reportsItsStateAndTheResult) {
     sheet.setConvertInterfaceEnabled(true);
     beginSheet(sheet);
     const auto& state = child<QLabel>(sheet, "convertState");

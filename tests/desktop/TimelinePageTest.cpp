@@ -120,7 +120,7 @@ TEST_F(TimelinePageTest, isWalkedWithTheKeyboard) {
     EXPECT_EQ(looked.back(), 11U) << "the source goes along";
 }
 
-TEST_F(TimelinePageTest, tellsWhatAClipIs) {
+TEST_F(TimelinePageTest, reportsWhatAClipIs) {
     show(kProject);
     click(kLate);
     EXPECT_EQ(area().cursor(), kLate);
@@ -196,7 +196,7 @@ TEST_F(TimelinePageTest, staysAtTheClipWhenTheFileIsReadAnew) {
     EXPECT_EQ(area().cursor(), kWhole) << "another clip has its number";
 }
 
-TEST_F(TimelinePageTest, tellsMarkersOnTheirClipAndUnderThePointer) {
+TEST_F(TimelinePageTest, reportsMarkersOnTheirClipAndUnderThePointer) {
     std::string marked = kProject;
     marked.insert(marked.find("<ref-clip"),
                   "<marker start=\"30030/30000s\" duration=\"1001/30000s\" value=\"Here\"/>");

@@ -25,7 +25,7 @@ TEST_F(FileCodesTest, setsBothCodesAndKeepsTheContents) {
     EXPECT_EQ(attributes->hfsCreatorCode, 0x4B657947U);
 }
 
-TEST_F(FileCodesTest, tellsThatTheFileIsGone) {
+TEST_F(FileCodesTest, reportsThatTheFileIsGone) {
     EXPECT_EQ(setFinalCutFileCodes(sandbox.path("None.xml"), error), FileCodes::unread);
     EXPECT_TRUE(error.has_value());
 }

@@ -29,7 +29,7 @@ struct Indexed {
     TextDecoding decoding;
 };
 
-TEST(PlaceFinder, tellsLineColumnPathAndName) {
+TEST(PlaceFinder, reportsLineColumnPathAndName) {
     const Indexed file(
         "<fcpxml>\r\n<project name=\"Caf\xC3\xA9 &amp; bar\"><gap/>\n é <gap x='1'/></project>\n"
         "</fcpxml>");
@@ -42,7 +42,7 @@ TEST(PlaceFinder, tellsLineColumnPathAndName) {
     EXPECT_EQ(place.length, 5U);
 }
 
-TEST(PlaceFinder, tellsTheNameThatXMEMLHasAsAnElement) {
+TEST(PlaceFinder, reportsTheNameThatXMEMLHasAsAnElement) {
     const Indexed file(
         "<xmeml><clipitem><name>Quay</name><rate><timebase>30/1</timebase></rate></clipitem>"
         "</xmeml>");
@@ -50,7 +50,7 @@ TEST(PlaceFinder, tellsTheNameThatXMEMLHasAsAnElement) {
     EXPECT_EQ(file.placeOf("30/1").path, "/xmeml[1]/clipitem[1]/rate[1]/timebase[1]");
 }
 
-TEST(PlaceFinder, tellsTheBeginningOfANameThatIsTooLongToRead) {
+TEST(PlaceFinder, reportsTheBeginningOfANameThatIsTooLongToRead) {
     std::string name;
     while (name.size() < 100000) {
         name += "\xC3\xA9";
@@ -60,7 +60,7 @@ TEST(PlaceFinder, tellsTheBeginningOfANameThatIsTooLongToRead) {
     EXPECT_EQ(place.name, "x" + name.substr(0, 998));
 }
 
-TEST(PlaceFinder, tellsNoElementOutsideTheRoot) {
+TEST(PlaceFinder, reportsNoElementOutsideTheRoot) {
     const Indexed file("<a/>\nx");
     const Place place = file.placeOf("x");
     EXPECT_EQ(place.path, "");
@@ -68,7 +68,7 @@ TEST(PlaceFinder, tellsNoElementOutsideTheRoot) {
     EXPECT_EQ(place.line, 2U);
 }
 
-TEST(PlaceFinder, tellsTheBytesOfTheFile) {
+TEST(PlaceFinder, reportsTheBytesOfTheFile) {
     const std::string text = "<a>\xC3\xA9\xF0\x9F\x98\x80<b/></a>";
     EXPECT_EQ(Indexed(text, {"UTF-8", 3}).placeOf("<b/>").offset, 12U);
     const Place wide = Indexed(text, {"UTF-16LE", 2}).placeOf("<b/>");

@@ -180,7 +180,7 @@ TEST(Timeline, drawsConnectedStorylinesAroundTheirClips) {
     EXPECT_EQ(lastOf(timeline).tracks[0].rows, 2U);
 }
 
-TEST(Timeline, tellsSoundFromPictures) {
+TEST(Timeline, distinguishesSoundFromPictures) {
     const Timeline timeline = timelineOf(projectOf(
         "<asset-clip name=\"song\" ref=\"r4\" offset=\"3600s\" duration=\"2s\"/>"
         "<asset-clip name=\"half\" ref=\"r2\" srcEnable=\"audio\" offset=\"3602s\" "

@@ -86,7 +86,7 @@ TEST_F(KeptOriginalTest, leavesAFileThatAnotherProgramHasOpenToWriteIt) {
     EXPECT_EQ(test::readBytes(path), xmeml("5"));
 }
 
-TEST_F(ConversionCommitTest, tellsAFailedSaveAsAFailureToLoadTheCodesToo) {
+TEST_F(ConversionCommitTest, reportsAFailedSaveAsAFailureToLoadTheCodesToo) {
     const std::string path = sandbox.path("none/Cut.xml");
     const ConversionResult result = commit(test::parsed(xmeml("5")).get(), path);
     ASSERT_TRUE(result.saveError && result.loadCodesError);

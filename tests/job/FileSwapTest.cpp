@@ -75,7 +75,7 @@ TEST_P(FileSwapTest, putsTheCopyInPlaceAndTheOriginalInTheTrash) {
     });
 }
 
-TEST_P(FileSwapTest, tellsItsObserverBeforeAndAfter) {
+TEST_P(FileSwapTest, notifiesItsObserverBeforeAndAfter) {
     onVolume([&] {
         EXPECT_EQ(swap().end, SwapEnd::done);
         EXPECT_EQ(observer.told, (Strings{"will", "did " + trash() + "/Cut.xml"}));
@@ -470,7 +470,7 @@ TEST_P(FileSwapTest, isWaitedForByTheNextRunOfTheSource) {
     });
 }
 
-TEST(FileSwapNames, fitAFolderAndTellLongNamesApart) {
+TEST(FileSwapNames, fitAFolderAndDistinguishLongNames) {
     const std::string name(240, 'n');
     EXPECT_EQ(FileSwap::asidePath("/a/Cut.xml"), "/a/.Cut.xml.vornic.swap");
     EXPECT_LT(FileSwap::asidePath("/" + name + "1").size(), 143U);

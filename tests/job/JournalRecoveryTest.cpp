@@ -104,7 +104,7 @@ TEST_F(JournalRecoveryTest, findsTheOriginalInTheTrashUnderAnyName) {
     EXPECT_EQ(run.original, original);
 }
 
-TEST_F(JournalRecoveryTest, tellsThatAnOriginalIsNowhere) {
+TEST_F(JournalRecoveryTest, reportsThatAnOriginalIsNowhere) {
     announce();
     fs::rename(copy(), file());
     const RecoveredRun run = recover();

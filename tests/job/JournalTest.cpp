@@ -50,7 +50,7 @@ TEST_F(JournalTest, liesInTheUsersLibraryForTheUserAlone) {
     EXPECT_EQ(test::fileState(fs::path(journal.path()).parent_path()).mode, S_IFDIR | 0700U);
 }
 
-TEST_F(JournalTest, tellsWhatWasDone) {
+TEST_F(JournalTest, reportsWhatWasDone) {
     write("/a b");
     auto run = journal.begin(entryAbout("/c"), error);
     ASSERT_TRUE(run && journal.takeBack(std::move(*run), error));
@@ -204,7 +204,7 @@ TEST_F(JournalTest, holdsAThousandEntriesOfManyProcesses) {
     EXPECT_EQ(files.size(), std::size_t{kProcesses} * kEntries);
 }
 
-TEST_F(JournalTest, tellsWhatIsNew) {
+TEST_F(JournalTest, reportsWhatIsNew) {
     Journal::Position position;
     EXPECT_THAT(journal.entriesSince(position, error)->entries, IsEmpty());
     write("/a");
@@ -264,7 +264,7 @@ TEST_F(JournalTest, isNotMadeByRootInAnothersHome) {
     EXPECT_THAT(test::namesIn(sandbox.home()), IsEmpty());
 }
 
-TEST_F(JournalTest, tellsThatItCannotBeWritten) {
+TEST_F(JournalTest, reportsThatItCannotBeWritten) {
     write("/a");
     EXPECT_TRUE(test::passesInChild([this] {
         ASSERT_TRUE(test::failSystemCall(SYS_fsync, EIO));

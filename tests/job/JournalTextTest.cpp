@@ -72,7 +72,7 @@ TEST(JournalText, ignoresLinesThatAreNone) {
     EXPECT_EQ(parseJournal(text).entries, std::vector<JournalEntry>{someEntry()});
 }
 
-TEST(JournalText, tellsHowFarAllIsSettled) {
+TEST(JournalText, reportsHowFarAllIsSettled) {
     JournalEntry first = someEntry();
     JournalEntry second = someEntry();
     second.id = 2;

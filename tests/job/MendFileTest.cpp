@@ -140,7 +140,7 @@ TEST_F(MendFileTest, leavesAFileAloneThatAnotherProgramIsWriting) {
     EXPECT_TRUE(mend(path).swap);
 }
 
-TEST_F(MendFileTest, tellsThatAFileCannotBeRead) {
+TEST_F(MendFileTest, reportsThatAFileCannotBeRead) {
     const MendedFile result = mend(sandbox.path("none.xml"));
     ASSERT_TRUE(result.error);
     EXPECT_NE(result.error->localizedDescription().find("none.xml"), std::string::npos);

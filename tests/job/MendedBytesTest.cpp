@@ -156,7 +156,7 @@ TEST(MendedBytes, findsWhatAVersionDoesNotAllowOnceItIsSet) {
     EXPECT_EQ(applyEdits(bytes, mended.edits), mended.bytes);
 }
 
-TEST(MendedBytes, tellsWhatIsNotMended) {
+TEST(MendedBytes, reportsWhatIsNotMended) {
     const MendedBytes mended =
         MendedBytes::of(std::string(kHead) + "<fcpxml version=\"1.10\"><resources></fcpxml>", {});
     EXPECT_TRUE(mended.edits.empty());

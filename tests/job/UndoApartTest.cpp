@@ -121,7 +121,7 @@ TEST_F(UndoApartTest, worksWhereNamesCannotBeExchangedEither) {
     EXPECT_THAT(test::namesIn(sandbox.folder()), ElementsAre("Cut.xml"));
 }
 
-TEST_F(UndoApartTest, tellsWhatTheOriginalHasLost) {
+TEST_F(UndoApartTest, reportsWhatTheOriginalHasLost) {
     // Another owner than a new file would have, where that can be.
     const bool isRoot = chown(realPath("Cut.xml").c_str(), 1, 1) == 0;
     const bool hasAttributes = test::setAttribute(realPath("Cut.xml"), "user.note", "value");
@@ -176,7 +176,7 @@ TEST_F(UndoApartTest, takesAllBackWhenTheResultCannotGoToTheTrash) {
     EXPECT_EQ(undo().end, UndoResult::End::undone);
 }
 
-TEST_F(UndoApartTest, tellsWhereAResultIsThatCouldNeitherGoToTheTrashNorBack) {
+TEST_F(UndoApartTest, reportsWhereAResultIsThatCouldNeitherGoToTheTrashNorBack) {
     repair("Cut.xml", "repaired");
     const std::string beside = realPath(".Cut.xml.vornic.undo");
     EXPECT_TRUE(test::passesInChild([&] {
@@ -217,7 +217,7 @@ TEST_F(UndoApartTest, keepsWhatStandsInThePlaceOfTheCopyAndIsNone) {
 
 class UndoFullTrashTest : public test::OwnMounts, public test::UndoFixture {};
 
-TEST_F(UndoFullTrashTest, takesAllBackAndTells) {
+TEST_F(UndoFullTrashTest, takesAllBackAndReportsEach) {
     const std::string original(40'000, 'o');
     const std::string repaired(40'000, 'r');
     fs::create_directory(trash());

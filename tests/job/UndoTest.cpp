@@ -161,7 +161,7 @@ TEST_F(UndoTest, asksAboutAFileThatIsGone) {
     EXPECT_THAT(notes(), IsEmpty());
 }
 
-TEST_F(UndoTest, tellsOfAnEmptiedTrash) {
+TEST_F(UndoTest, reportsAnEmptiedTrash) {
     sandbox.write("Cut.xml", "original");
     repair("Cut.xml", "repaired");
     fs::remove(trash() + "/Cut.xml");
@@ -216,7 +216,7 @@ TEST_F(UndoTest, staysInTheTrashThatItHasLookedAt) {
     EXPECT_THAT(test::namesIn(sandbox.path("elsewhere")), IsEmpty());
 }
 
-TEST_F(UndoTest, tellsOfAnUndoThatCouldNotBeWrittenDown) {
+TEST_F(UndoTest, reportsAnUndoThatCouldNotBeWrittenDown) {
     sandbox.write("Cut.xml", "original");
     repair("Cut.xml", "repaired");
     EXPECT_TRUE(test::passesInChild([this] {

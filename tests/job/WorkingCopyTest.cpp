@@ -90,7 +90,7 @@ TEST_F(WorkingCopyTest, thatSomebodyLeftGoesToTheTrash) {
     EXPECT_EQ(copy.recycled(), Strings{trash() + "/Cut-backup.xml"});
 }
 
-TEST_F(WorkingCopyTest, thatCannotGoToTheTrashIsToldWithItsReason) {
+TEST_F(WorkingCopyTest, thatCannotGoToTheTrashIsReportedWithItsReason) {
     sandbox.write("Cut-backup.xml", "old");
     blockTrash();
     EXPECT_EQ(copy.clearPath(error), Clearing::failed);
@@ -290,7 +290,7 @@ TEST_F(WorkingCopyTest, isDiscardedWithoutMemory) {
     EXPECT_EQ(copy.discard(), 0);
 }
 
-TEST_F(WorkingCopyTest, thatCannotBeDiscardedIsTold) {
+TEST_F(WorkingCopyTest, thatCannotBeDiscardedIsReported) {
     prepare(copy);
     EXPECT_TRUE(test::passesInChild([&] {
         ASSERT_TRUE(test::failSystemCall(SYS_renameat2, EROFS));
@@ -299,7 +299,7 @@ TEST_F(WorkingCopyTest, thatCannotBeDiscardedIsTold) {
     EXPECT_EQ(test::readBytes(path), "repaired");
 }
 
-TEST_F(WorkingCopyTest, thatCannotBeLookedAtWhileItIsRemovedIsTold) {
+TEST_F(WorkingCopyTest, thatCannotBeLookedAtWhileItIsRemovedIsReported) {
     prepare(copy);
     EXPECT_TRUE(test::passesInChild([&] {
         ASSERT_TRUE(test::interceptSystemCall(SYS_newfstatat,
@@ -416,7 +416,7 @@ TEST_F(WorkingCopyTest, ofASourceThatTheProcessMayNotHoldIsNotMade) {
     }));
 }
 
-TEST_F(WorkingCopyTest, tellsWhatOfTheSourcesMetadataItLost) {
+TEST_F(WorkingCopyTest, reportsWhatOfTheSourcesMetadataItLost) {
     if (!test::setAttribute(source, "user.note", "kept")) {
         GTEST_SKIP() << "this volume has no extended attributes";
     }
@@ -450,7 +450,7 @@ TEST_F(WorkingCopyTest, tellsWhatOfTheSourcesMetadataItLost) {
     }));
 }
 
-TEST_F(WorkingCopyTest, tellsThatTheOwnerWasLost) {
+TEST_F(WorkingCopyTest, reportsThatTheOwnerWasLost) {
     const test::RightsOfRoot rights;
     constexpr uid_t kSomebody = 12345;
     if (!rights.available() || chown(source.c_str(), kSomebody, kSomebody) != 0) {

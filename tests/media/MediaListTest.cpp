@@ -51,7 +51,7 @@ constexpr std::string_view kFile =
     "<duration>250</duration><pathurl>file://localhost/V/a%20b.mov</pathurl><media><video/>"
     "<audio><channelcount>2</channelcount></audio></media></file>";
 
-TEST(XMEMLMedia, tellsWhatTheFileSays) {
+TEST(XMEMLMedia, reportsWhatTheFileSays) {
     const std::vector<Medium> media =
         mediaIn("<xmeml version=\"5\">" +
                 sequence(clipItem("A", "<in>25</in><out>50</out>", std::string(kFile)) +
@@ -119,7 +119,7 @@ std::string fcpxml(const std::string& resources, const std::string& spine) {
            spine + "</spine></sequence></project></event></library></fcpxml>";
 }
 
-TEST(FCPXMLMedia, tellsAssetsAndEachOfTheirRepresentations) {
+TEST(FCPXMLMedia, reportsAssetsAndEachOfTheirRepresentations) {
     const std::vector<Medium> media = mediaIn(fcpxml(
         "<asset id=\"r2\" name=\"Interview\" start=\"3600s\" duration=\"100s\" hasVideo=\"1\""
         " hasAudio=\"1\" audioChannels=\"2\" format=\"r1\">"

@@ -16,7 +16,7 @@ TEST(LineDifference, isNothingForEqualTexts) {
     EXPECT_EQ(lineDifference({}, {}, false), Changes{});
 }
 
-TEST(LineDifference, tellsReplacedAddedAndRemovedLines) {
+TEST(LineDifference, reportsReplacedAddedAndRemovedLines) {
     EXPECT_EQ(lineDifference({"a", "b", "c", "d"}, {"a", "B", "c", "e", "d"}, false),
               (Changes{{1, 1, 1, 1}, {3, 0, 3, 1}}));
     EXPECT_EQ(lineDifference({"a", "b"}, {}, false), (Changes{{0, 2, 0, 0}}));

@@ -26,7 +26,7 @@ TEST(UnifiedDifference, showsAddedAndRemovedLinesAlone) {
     EXPECT_EQ(difference("1\n", {{0, 2, ""}}), "--- a\n+++ b\n@@ -1,1 +0,0 @@\n-1\n");
 }
 
-TEST(UnifiedDifference, tellsThatTheLastLineHasNoEnd) {
+TEST(UnifiedDifference, reportsThatTheLastLineHasNoEnd) {
     EXPECT_EQ(difference("1\n2", {{2, 1, "two"}}),
               "--- a\n+++ b\n@@ -1,2 +1,2 @@\n 1\n-2\n\\ No newline at end of file\n+two\n"
               "\\ No newline at end of file\n");

@@ -121,7 +121,7 @@ TEST(SequenceLayout, walksAlongATrackAndToTheClipAtTheSameTimeInTheNext) {
     EXPECT_EQ(layout.inTrackBeside(0, false), 0U);
 }
 
-TEST(SequenceLayout, tellsWhereATransitionLeavesAClipClear) {
+TEST(SequenceLayout, reportsWhereATransitionLeavesAClipClear) {
     TimelineSequence sequence = emptySequence(2);
     add(sequence, 0, Time(0), Time(10));
     add(sequence, 0, Time(9), Time(3), TimelineKind::transition);

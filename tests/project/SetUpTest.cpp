@@ -284,7 +284,7 @@ TEST_F(SetUpScripts, checksFilesWhenAsked) {
     EXPECT_EQ(result.output, "<" + sandbox.folder() + ">\n<--least>\n<info>\n<a b.xml>\n");
 }
 
-TEST_F(SetUpScripts, tellsOfMediaWhenAsked) {
+TEST_F(SetUpScripts, reportsMediaWhenAsked) {
     fakeBuildTools();
     fakeProgram("vornic-media");
     const ProgramResult result = run(checkout_ + "/run", {"--media", "missing", "a b.xml"});

@@ -34,7 +34,7 @@ TEST(Message, takesABraceThatIsNotClosedAsItStands) {
     EXPECT_EQ(formatMessage("a}", {{"a", "1"}}), "a}");
 }
 
-TEST(Message, tellsTheNames) {
+TEST(Message, reportsTheNames) {
     EXPECT_EQ(argumentNames("{{x} {b}, {a}"), (Names{"b", "a"}));
     EXPECT_EQ(argumentNames("none"), Names{});
 }

@@ -30,7 +30,7 @@ bool isOfACheck(const Rule& rule) {
     return isOfACheck(rule.group);
 }
 
-TEST(RulePage, tellsAllThatTheTableSays) {
+TEST(RulePage, reportsAllThatTheTableSays) {
     const Rule& rule = ruleOf("xml-stray-ampersand"_rule);
     const std::string page = pageOf(rule);
     EXPECT_TRUE(page.starts_with("xml-stray-ampersand (error, group xml)\n\nan ampersand begins"));

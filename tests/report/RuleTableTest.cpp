@@ -32,7 +32,7 @@ TEST(RuleTable, everyIdIsThereOnceAndBeginsWithItsGroup) {
     }
 }
 
-TEST(RuleTable, everyRuleTellsWhatItMeansAndWhatToDo) {
+TEST(RuleTable, everyRuleReportsWhatItMeansAndWhatToDo) {
     for (const Rule& rule : kRuleTable) {
         EXPECT_TRUE(isSentence(rule.message)) << rule.id;
         for (const std::string_view text : {rule.meaning, rule.effect, rule.remedy}) {

@@ -126,7 +126,7 @@ TEST(SARIFReportWriter, offersNoBytesForAFileOfAnotherEncoding) {
     EXPECT_FALSE(written({&report})["results"][0].contains("fixes"));
 }
 
-TEST(SARIFReportWriter, tellsOfFilesWhatWasNotLookedAtAndWhatCouldNotBeRead) {
+TEST(SARIFReportWriter, reportsForFilesWhatWasNotLookedAtAndWhatCouldNotBeRead) {
     const Report report = sampleReport();
     JSON run = written({&report});
     EXPECT_EQ(run["artifacts"], JSON::parse(R"([{"location":{"uri":"Day%201/Cut.fcpxml"},

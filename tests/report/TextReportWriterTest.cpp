@@ -74,7 +74,7 @@ TEST(TextReportWriter, hidesWhatWeighsLessAndCountsIt) {
     EXPECT_EQ(textOf({&report}), "0 errors, 0 warnings, 2 notes in 1 file\n");
 }
 
-TEST(TextReportWriter, tellsMendsAndWhyOthersWereNotMade) {
+TEST(TextReportWriter, reportsMendsAndWhyOthersWereNotMade) {
     Report report = reportOn("a.xml");
     Finding finding = addTo(report, "xml-missing-space"_rule, 4, 7);
     finding.mend = Mend{Confidence::safe, "write a blank", {{3, 0, " "}}};
@@ -102,7 +102,7 @@ TEST(TextReportWriter, saysHowManyMoreThereAreOfARule) {
                                     "6000000 errors, 0 warnings, 0 notes in 1 file\n"));
 }
 
-TEST(TextReportWriter, tellsWhichGroupsDidNotRunAndWhy) {
+TEST(TextReportWriter, reportsWhichGroupsDidNotRunAndWhy) {
     Report report = reportOn("a.xml");
     report.groups = {{RuleGroup::xml, true, ""},
                      {RuleGroup::structure, false, "no definition of this version is known"},

@@ -64,7 +64,7 @@ TEST(XMLFindings, ofAFileThatEndsEarlySayWhatIsOpen) {
               "the file ends before <b> (line 2) is closed; </b> should stand at its end");
 }
 
-TEST(XMLFindings, tellOnceWhatTheReaderBeganToMendAndRefused) {
+TEST(XMLFindings, reportOnceWhatTheReaderBeganToMendAndRefused) {
     for (const std::string text :
          {"<a b=T\"/>", "<a b=\"x\" c=\"=\"d=\"\"/>", "<a><!-- <!-- --></a>"}) {
         const Findings findings = findingsIn(text);

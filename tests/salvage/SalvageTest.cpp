@@ -106,7 +106,7 @@ TEST(Salvage, declaresTheEncodingThatItsCopyHas) {
     EXPECT_EQ(result.copies[0].substr(finding.inCopy->offset, 7), "</name>");
 }
 
-TEST(Salvage, tellsAnUnknownEncodingAtItsNameBehindBytesThatAreNoText) {
+TEST(Salvage, reportsAnUnknownEncodingAtItsNameBehindBytesThatAreNoText) {
     const std::string text =
         "<?xml version=\"\x91\x91\x91\x91"
         "1.0\" encoding=\"U.TF-8\"?>\n<xmeml>\x01";
@@ -145,7 +145,7 @@ TEST(Salvage, putsALostStartTagInFrontOfWhatItHeld) {
     EXPECT_EQ(copyOf(with(kFCPXML, "            <spine>\n", "")), kFCPXML);
 }
 
-TEST(Salvage, tellsWhichAttributesWentWithAStartTag) {
+TEST(Salvage, reportsWhichAttributesWentWithAStartTag) {
     const Salvage result =
         salvage(with(kFCPXML, "<asset-clip ref=\"r2\" offset=\"0s\" duration=\"9s\">\n", "\n"));
     EXPECT_THAT(rulesOf(result), ElementsAre("salvage-start-tag-lost", "salvage-attributes-lost"));
@@ -184,7 +184,7 @@ TEST(Salvage, keepsOneOfTwoEqualAttributes) {
     EXPECT_EQ(copyOf(with(kSound, "id=\"c1\"", "id=\"c1\" id=\"c1\"")), kSound);
 }
 
-TEST(Salvage, keepsTheValueThatFitsItsAttributeAndTellsBoth) {
+TEST(Salvage, keepsTheValueThatFitsItsAttributeAndReportsBoth) {
     const Salvage result = salvage(with(kFCPXML, "start=\"0s\"", "start=\"soon\" start=\"0s\""));
     ASSERT_THAT(result.copies, ElementsAre(std::string(kFCPXML)));
     EXPECT_THAT(rulesOf(result), ElementsAre("salvage-attribute-conflict"));
@@ -285,7 +285,7 @@ TEST(Salvage, derivesTheRateAndTheEndOfAClipItemThatWasCutOff) {
                                             "<ntsc>FALSE</ntsc>\n        </rate><end>"));
 }
 
-TEST(Salvage, tellsReferencesThatLostTheirTargetAndKeepsThem) {
+TEST(Salvage, reportsReferencesThatLostTheirTargetAndKeepsThem) {
     const Salvage result = salvage(with(
         kFCPXML, "<asset id=\"r2\" name=\"Boat\" start=\"0s\" duration=\"9s\" format=\"r1\">", ""));
     ASSERT_THAT(result.copies, SizeIs(1));
@@ -293,7 +293,7 @@ TEST(Salvage, tellsReferencesThatLostTheirTargetAndKeepsThem) {
     EXPECT_EQ(result.report.findings.count("salvage-reference-lost"_rule), 2U);
 }
 
-TEST(Salvage, tellsReferencesToAFileWhoseStartTagIsLost) {
+TEST(Salvage, reportsReferencesToAFileWhoseStartTagIsLost) {
     const std::string text =
         with(with(kSound, "<start>9</start>", "<file id=\"f1\"/>"), "<start>0</start>",
              "<file id=\"f1\"><name>Boat</name>\n<pathurl>file:///Boat</pathurl></file>");
@@ -374,7 +374,7 @@ TEST(Salvage, makesAWellFormedCopyWithoutAnySingleByteOfTheRootsContent) {
     }
 }
 
-TEST(Salvage, tellsPlacesInTheFileAndInTheCopy) {
+TEST(Salvage, reportsPlacesInTheFileAndInTheCopy) {
     const Salvage result = salvage(with(kSound, "        </rate>\n", ""));
     ASSERT_THAT(rulesOf(result), ElementsAre("salvage-end-tag-lost"));
     const Finding& finding = result.report.findings.kept()[0];

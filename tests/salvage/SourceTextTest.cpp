@@ -24,7 +24,7 @@ struct Read {
 
 }  // namespace
 
-TEST(SourceText, dropsBlocksOfZerosAndTellsWhereTheyStood) {
+TEST(SourceText, dropsBlocksOfZerosAndReportsWhereTheyStood) {
     const Read read("ab\ncd" + std::string(600, '\0') + "ef");
     ASSERT_TRUE(read.source);
     EXPECT_EQ(read.source->text(), "ab\ncdef");
@@ -81,7 +81,7 @@ TEST(SourceText, dropsHalvesOfCharactersInUTF16) {
 }
 
 // Found by a fuzzer: runs of bytes that are no text between characters that XML forbids.
-TEST(SourceText, tellsPlacesWhereBytesAndCharactersAreDroppedSideBySide) {
+TEST(SourceText, reportsPlacesWhereBytesAndCharactersAreDroppedSideBySide) {
     const Read read(std::string("\0\xF7\xFF\xFF\xFF\xFF\x08\xFF\xFF\xFF\xFF\xFF\x08", 13));
     ASSERT_TRUE(read.source);
     EXPECT_EQ(read.source->text(), "");

@@ -48,7 +48,7 @@ class ConversionPreviewTest : public SandboxTest {
     std::string path = sandbox.write("cut.fcpxml", kProject);
 };
 
-TEST_F(ConversionPreviewTest, tellsTheVersionsOfAFile) {
+TEST_F(ConversionPreviewTest, reportsTheVersionsOfAFile) {
     const FCPXMLVersions versions = fcpxmlVersionsOf(path);
     EXPECT_EQ(versions.refusal, "");
     EXPECT_EQ(versions.current, "1.13");

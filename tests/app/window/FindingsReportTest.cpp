@@ -18,7 +18,7 @@ class FindingsReportTest : public SandboxTest {
     const FindingsReportHead head = reportHeadFor(table, "1.2.3");
 };
 
-TEST_F(FindingsReportTest, tellsFileOriginalDigestsVersionAndWhatHasBecomeOfFindings) {
+TEST_F(FindingsReportTest, reportsFileOriginalDigestsVersionAndWhatHasBecomeOfFindings) {
     const std::string text = findingsAsText(table, head);
     EXPECT_NE(text.find("File: " + sandbox.path("<cut>.xml") + "\n"), std::string::npos);
     EXPECT_NE(text.find("Original: " + sandbox.path("before.xml") + "\n"), std::string::npos);

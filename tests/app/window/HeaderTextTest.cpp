@@ -170,7 +170,7 @@ TEST_F(HeaderTextTest, saysWhyAFileCannotBeRead) {
     EXPECT_EQ(header().sign, HeaderSign::bad);
 }
 
-TEST(HeaderFactsLine, tellsVersionAndSize) {
+TEST(HeaderFactsLine, reportsVersionAndSize) {
     Report report;
     report.kind = "fcpxml";
     report.version = "1.10";
@@ -216,7 +216,7 @@ TEST_F(HeaderTextTest, offersASalvageWhereTheMarkupIsBroken) {
     EXPECT_THAT(header().offers, Contains(HeaderOffer::saveSalvagedCopy));
 }
 
-TEST_F(HeaderTextTest, tellsHowManyMediaWereRelinked) {
+TEST_F(HeaderTextTest, reportsHowManyMediaWereRelinked) {
     facts.action = Action::relink;
     facts.relinked = 1;
     EXPECT_EQ(header().sentence, "1 media file relinked: sound");

@@ -27,7 +27,7 @@ TEST_F(InspectionTest, readsAndChecksAFile) {
     EXPECT_FALSE(inspection->original);
 }
 
-TEST_F(InspectionTest, tellsWhyAFileCannotBeRead) {
+TEST_F(InspectionTest, reportsWhyAFileCannotBeRead) {
     const auto inspection = inspect(sandbox.path("gone.xml"), "", {});
     EXPECT_FALSE(inspection->file.isRead());
     ASSERT_TRUE(inspection->file.error);

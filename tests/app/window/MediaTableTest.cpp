@@ -46,7 +46,7 @@ class MediaTableTest : public SandboxTest {
     std::string there;
 };
 
-TEST_F(MediaTableTest, tellsWhatIsThereAndWhatIsNot) {
+TEST_F(MediaTableTest, reportsWhatIsThereAndWhatIsNot) {
     const MediaTable table = mediaTableOf(project());
     ASSERT_EQ(table.rows.size(), 2U);
     EXPECT_EQ(table.failure, "");
@@ -108,7 +108,7 @@ TEST_F(MediaTableTest, asksWhichOfTwoFilesOfOneNameIsMeant) {
     EXPECT_EQ(previewSearch(path, sandbox.path("B"), Pick::newest).moves.size(), 1U);
 }
 
-TEST_F(MediaTableTest, changesAFolderAndTellsWhatIsNotInTheNewOne) {
+TEST_F(MediaTableTest, changesAFolderAndReportsWhatIsNotInTheNewOne) {
     const std::string path = project();
     const RelinkPreview preview = previewFolderChange(path, "/Volumes/Gone", sandbox.path("B"));
     ASSERT_EQ(preview.moves.size(), 1U);

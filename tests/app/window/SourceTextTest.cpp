@@ -69,7 +69,7 @@ TEST(SourceText, breaksALineThatIsTooLongWithoutCuttingACharacter) {
     EXPECT_EQ(linesOf(*source), (std::vector<std::string_view>{"<a>", source->line(2), "</a>"}));
 }
 
-TEST(SourceText, tellsThePartsOfALine) {
+TEST(SourceText, reportsThePartsOfALine) {
     const auto source = SourceText::of("<a b=\"1 &amp; 2\" c='3'>x &lt; y</a>");
     EXPECT_EQ(piecesOf(*source, 0),
               "t[<a ]a[b=]v[\"1 ]r[&amp;]v[ 2\"]a[ c=]v['3']t[>]x[x ]r[&lt;]x[ y]t[</a>]");

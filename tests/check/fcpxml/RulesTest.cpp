@@ -73,7 +73,7 @@ TEST(FCPXMLRules, runEveryGroup) {
     EXPECT_TRUE(report.findings.kept().empty());
 }
 
-TEST(FCPXMLTiming, tellsAnItemThatStandsWrongOnce) {
+TEST(FCPXMLTiming, reportsAnItemThatStandsWrongOnce) {
     EXPECT_EQ(rulesOf(withSpine(gap("0s", "5s") + gap("7s", "5s") + gap("10s", "5s"))),
               Strings{"timing-spine-hole"});
     EXPECT_EQ(rulesOf(withSpine(gap("0s", "5s") + gap("3s", "5s") + gap("10s", "5s"))),
@@ -98,7 +98,7 @@ TEST(FCPXMLTiming, letsItemsStandInAnyOrder) {
         Strings{"timing-spine-hole"});
 }
 
-TEST(FCPXMLTiming, tellsALengthThatIsWrongOnce) {
+TEST(FCPXMLTiming, reportsALengthThatIsWrongOnce) {
     EXPECT_EQ(rulesOf(withSpine(gap("0s", "5s") + gap("5s", "50/11s") + gap("10s", "5s"))),
               Strings{"timing-off-frame-grid"});
     EXPECT_EQ(rulesOf(withSpine(gap("0s", "5s") + gap("5s", "0s") + gap("10s", "5s"))),
@@ -289,7 +289,7 @@ TEST(FCPXMLValues, weighLessWhereProgramsMayReadThem) {
     EXPECT_EQ(onlyFinding(dated("+02:00")).severity, Severity::warning);
 }
 
-TEST(FCPXMLValues, tellDatesWithTheNamesOfZones) {
+TEST(FCPXMLValues, reportDatesWithTheNamesOfZones) {
     const auto dated = [](const std::string& date) {
         std::string text = withSpine(gap("0s", "5s"));
         return text.replace(text.find("<project"), 8, "<project" + date);
@@ -332,7 +332,7 @@ TEST(FCPXMLValues, writeTheOffsetThatTheSystemsZonesTell) {
     }
 }
 
-TEST(FCPXMLVersions, tellWhatAReceiverDoesNotRead) {
+TEST(FCPXMLVersions, reportWhatAReceiverDoesNotRead) {
     CheckOptions options;
     options.reads = "1.8";
     Strings rules;

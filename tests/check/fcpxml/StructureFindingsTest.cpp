@@ -74,7 +74,7 @@ TEST(StructureFindings, nameTheVersionsInWhichAnElementHasItsPlace) {
               "here");
 }
 
-TEST(StructureFindings, tellAPathThatStandsWhereOlderVersionsHaveItOnce) {
+TEST(StructureFindings, reportAPathThatStandsWhereOlderVersionsHaveItOnce) {
     EXPECT_TRUE(onlyFinding(withResources("<asset id=\"r1\" src=\"file:///a\"/>"))
                     .starts_with("structure-attribute-of-other-version: "));
 }
@@ -119,7 +119,7 @@ TEST(StructureFindings, nameWhatStandsWrong) {
               "<effect>, <format>");
 }
 
-TEST(StructureFindings, tellOnceThatADocumentIsNotStandalone) {
+TEST(StructureFindings, reportOnceThatADocumentIsNotStandalone) {
     EXPECT_EQ(onlyFinding(withResources("\n<format id=\"r1\"/>\n"), 10, true).substr(0, 18),
               "values-standalone:");
 }

@@ -38,7 +38,7 @@ Strings findingsOf(const std::string& text, RuleGroup group = RuleGroup::timing)
     return found;
 }
 
-TEST(XMEMLTimelines, tellTheTimecodeOfTheirSequence) {
+TEST(XMEMLTimelines, reportTheTimecodeOfTheirSequence) {
     const std::string overlap = item(0, 1800) + item(1799, 1900) + item(1900, 1901);
     EXPECT_EQ(findingsOf(sequence(overlap))[0], "timing-overlap 00:00:59:29");
     EXPECT_EQ(findingsOf(sequence(overlap,

@@ -62,7 +62,7 @@ TEST(XMEMLVersions, theGroupRunsWhateverTheReceiverReads) {
     }
 }
 
-TEST(XMEMLVersions, aMissingVersionIsAWarningOfTheRuleThatTellsItOfFCPXML) {
+TEST(XMEMLVersions, aMissingVersionIsAWarningOfTheRuleThatReportsItOfFCPXML) {
     std::string text = kBin;
     text.erase(text.find(" version"), 12);
     const Report report = reportOf(text, std::nullopt);

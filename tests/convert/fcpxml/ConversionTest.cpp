@@ -67,7 +67,7 @@ TEST(FCPXMLConversion, takesOutAnElementWithItsLine) {
     EXPECT_EQ(result.conversion.losses, 1U);
 }
 
-TEST(FCPXMLConversion, dropsAnAttributeAndTellsItUnlessItSaysNothing) {
+TEST(FCPXMLConversion, dropsAnAttributeAndReportsItUnlessItSaysNothing) {
     const std::string text =
         project(12, "<effect id=\"r2\" uid=\"u\"/>\n",
                 "<clip duration=\"5s\"><filter-video ref=\"r2\" nameOverride=\"Soft\"/>"

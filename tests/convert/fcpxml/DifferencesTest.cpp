@@ -216,7 +216,7 @@ void expectThatAllIsDone(Version from, Version to) {
 
 class VersionDifferencesUp : public ::testing::TestWithParam<int> {};
 
-TEST_P(VersionDifferencesUp, areAllDealtWithAndTold) {
+TEST_P(VersionDifferencesUp, areAllDealtWithAndReported) {
     expectThatAllIsDone(Version(GetParam()), Version(GetParam() + 1));
 }
 
@@ -225,7 +225,7 @@ INSTANTIATE_TEST_SUITE_P(Versions, VersionDifferencesUp,
 
 class VersionDifferencesDown : public ::testing::TestWithParam<int> {};
 
-TEST_P(VersionDifferencesDown, areAllDealtWithAndTold) {
+TEST_P(VersionDifferencesDown, areAllDealtWithAndReported) {
     expectThatAllIsDone(Version(GetParam()), Version(GetParam() - 1));
 }
 

@@ -149,7 +149,7 @@ TEST_P(GeneratedConversion, makesValidDocumentsOfValidOnes) {
 
 using GeneratedRoundTrip = GeneratedConversion;
 
-TEST_P(GeneratedRoundTrip, losesNothingButWhatIsTold) {
+TEST_P(GeneratedRoundTrip, losesNothingButWhatIsReported) {
     forEachDocument(8, [this](const std::string& text) {
         for (int to = fcpxml::kOldestTarget.minor(); to <= Version::kNewestMinor; ++to) {
             const ConvertedText there = convertedText(text, from_, Version(to));

@@ -86,7 +86,7 @@ TEST_F(SampleConversion, makesValidFilesOfValidOnes) {
 }
 
 // What was not told comes back, byte for byte but for the attribute that a path was moved from.
-TEST_F(SampleConversion, losesNoByteThereAndBackWhereNothingIsTold) {
+TEST_F(SampleConversion, losesNoByteThereAndBackWhereNothingIsReported) {
     std::size_t compared = 0;
     for (const Sample& sample : samples()) {
         for (int to = fcpxml::kOldestTarget.minor(); to <= Version::kNewestMinor; ++to) {
@@ -101,7 +101,7 @@ TEST_F(SampleConversion, losesNoByteThereAndBackWhereNothingIsTold) {
     EXPECT_GT(compared, 20U);
 }
 
-TEST_F(SampleConversion, losesNothingThereAndBackButWhatIsTold) {
+TEST_F(SampleConversion, losesNothingThereAndBackButWhatIsReported) {
     std::size_t compared = 0;
     for (const Sample& sample : samples()) {
         for (int to = fcpxml::kOldestTarget.minor();

@@ -189,7 +189,7 @@ TEST_F(ConversionProgramTest, offersEachVersionAsGivenWhenTheSheetIsOpenedAnew) 
                     [&] { return versions.name() == "2 (Final Cut Pro 5+)"; });
 }
 
-TEST_F(ConversionProgramTest, tellsThatTheFileHasGone) {
+TEST_F(ConversionProgramTest, reportsThatTheFileHasGone) {
     const std::string path = sandbox.write("cut.xml", kSound);
     const DrivenProgram program = openToConvert(path);
     program.answerAlert("No repair was necessary", "OK");

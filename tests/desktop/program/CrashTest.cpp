@@ -42,7 +42,7 @@ class CrashProgramTest : public ProgramTest {
                             sandbox.home() + "/.reported"};
 };
 
-TEST_F(CrashProgramTest, isToldByTheNextStartAndHandedToTheBugReporterOnce) {
+TEST_F(CrashProgramTest, isReportedByTheNextStartAndHandedToTheBugReporterOnce) {
     {
         DrivenProgram program = start({sandbox.write("cut.xml", kSound)});
         program.answerAlert("No repair was necessary", "OK");

@@ -77,13 +77,13 @@ class DesktopProgramTest : public SandboxTest {
     }
 };
 
-TEST_F(DesktopProgramTest, tellsThatThereIsNoDisplay) {
+TEST_F(DesktopProgramTest, reportsThatThereIsNoDisplay) {
     const ProgramResult result = RunningProgram(settings("", {})).finish();
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.errors, HasSubstr("There is no display"));
 }
 
-TEST_F(DesktopProgramTest, tellsHelpAndVersionWithoutADisplay) {
+TEST_F(DesktopProgramTest, reportsHelpAndVersionWithoutADisplay) {
     const ProgramResult help = RunningProgram(settings("", {"--help"})).finish();
     EXPECT_EQ(help.status, 0);
     EXPECT_THAT(help.output, HasSubstr("Usage: vornic [FILE...]"));
@@ -93,7 +93,7 @@ TEST_F(DesktopProgramTest, tellsHelpAndVersionWithoutADisplay) {
     EXPECT_EQ(help.errors + version.errors, "");
 }
 
-TEST_F(DesktopProgramTest, tellsThatItsDisplayCannotBeReached) {
+TEST_F(DesktopProgramTest, reportsThatItsDisplayCannotBeReached) {
     const ProgramResult result = RunningProgram(settings(":4711", {})).finish();
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.errors, HasSubstr("vornic: No window can be opened."));

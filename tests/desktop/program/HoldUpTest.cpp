@@ -45,7 +45,7 @@ TEST_F(HoldUpProgramTest, outlivesAFileThatGoesDuringItsRun) {
     program.expectCleanEnd();
 }
 
-TEST_F(HoldUpProgramTest, tellsThatTheFileHasGoneWhenItIsToBeRepairedAgain) {
+TEST_F(HoldUpProgramTest, reportsThatTheFileHasGoneWhenItIsToBeRepairedAgain) {
     const std::string path = sandbox.write("cut.xml", kSound);
     const DrivenProgram program = start({path});
     program.answerAlert("No repair was necessary", "OK");

@@ -49,7 +49,7 @@ class PagesProgramTest : public ProgramTest {
     }
 };
 
-TEST_F(PagesProgramTest, headAndFindingsTellWhatARepairHasDoneAndThatItWasTakenBack) {
+TEST_F(PagesProgramTest, headAndFindingsReportWhatARepairHasDoneAndThatItWasTakenBack) {
     const std::string path = sandbox.write("cut.xml", kDamaged);
     const DrivenProgram program = start({path});
     answer(program, "The file was repaired successfully");

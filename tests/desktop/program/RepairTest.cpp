@@ -43,7 +43,7 @@ TEST_F(RepairProgramTest, leavesASoundFileAsItIs) {
     EXPECT_FALSE(exists(trash()));
 }
 
-TEST_F(RepairProgramTest, tellsThatAFileCannotBeRepairedAndLeavesItAsItIs) {
+TEST_F(RepairProgramTest, reportsThatAFileCannotBeRepairedAndLeavesItAsItIs) {
     const std::string path = sandbox.write("cut.xml", kBroken);
     DrivenProgram program = start({path});
     program.answerAlert("Unable to repair file", "OK");

@@ -84,7 +84,7 @@ TEST_F(StartProgramTest, showsNoOpenPanelWhenItIsStartedWithAFile) {
                              std::chrono::milliseconds(1500)));
 }
 
-TEST_F(StartProgramTest, tellsThatAFileIsNotThere) {
+TEST_F(StartProgramTest, reportsThatAFileIsNotThere) {
     DrivenProgram program = start({sandbox.path("gone.xml")});
     program.waitForLabel("There is no such file: " + sandbox.path("gone.xml"));
     program.answerAlert("The document “gone.xml” could not be opened.", "OK");

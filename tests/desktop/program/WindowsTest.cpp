@@ -112,7 +112,7 @@ TEST_F(WindowsProgramTest, savesTheReportAlsoOverAFile) {
     EXPECT_EQ(readBytes(target).find("Starting repair for file"), 0U);
 }
 
-TEST_F(WindowsProgramTest, tellsThatTheReportCannotBeSavedThere) {
+TEST_F(WindowsProgramTest, reportsThatTheReportCannotBeSavedThere) {
     const DrivenProgram program = start({soundFile()});
     answer(program);
     session->pressKeys({"ctrl+s"});

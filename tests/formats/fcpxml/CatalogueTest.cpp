@@ -25,7 +25,7 @@ TEST(FCPXMLCatalogue, numbersEveryNameAndNoOther) {
     EXPECT_EQ(catalogue.idOf("PCDATA"), kNoElement);
 }
 
-TEST(FCPXMLCatalogue, tellsInWhichVersionsAnElementIs) {
+TEST(FCPXMLCatalogue, reportsInWhichVersionsAnElementIs) {
     const CatalogueElement& mediaRep = elementNamed("media-rep");
     EXPECT_FALSE(mediaRep.isIn(Version(8)));
     EXPECT_TRUE(mediaRep.isIn(Version(9)));
@@ -33,7 +33,7 @@ TEST(FCPXMLCatalogue, tellsInWhichVersionsAnElementIs) {
     EXPECT_EQ(mediaRep.span()->last, Version(14));
 }
 
-TEST(FCPXMLCatalogue, tellsInWhichVersionsAnElementHasAnAttribute) {
+TEST(FCPXMLCatalogue, reportsInWhichVersionsAnElementHasAnAttribute) {
     const auto span = elementNamed("asset").spanOfAttribute("src");
     ASSERT_TRUE(span);
     EXPECT_EQ(span->last, Version(8));

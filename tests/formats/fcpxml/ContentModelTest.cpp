@@ -66,7 +66,7 @@ TEST(FCPXMLContentModel, countsANameThatStandsTwice) {
     EXPECT_FALSE(accepts(model, {"pan-rect", "pan-rect", "pan-rect"}));
 }
 
-TEST(FCPXMLContentModel, tellsWhatMayStandNext) {
+TEST(FCPXMLContentModel, reportsWhatMayStandNext) {
     const Catalogue& catalogue = Catalogue::shared();
     const ContentModel model = modelOf("(note?, marker*, data)");
     const std::vector<ElementId> all{catalogue.idOf("note"), catalogue.idOf("marker"),
@@ -87,7 +87,7 @@ TEST(FCPXMLContentModel, findsTheNextPlaceOfAName) {
     EXPECT_EQ(model.reach(marker, catalogue.idOf("note")), ContentModel::kRefused);
 }
 
-TEST(FCPXMLContentModel, tellsWhatMayStandMoreThanOnce) {
+TEST(FCPXMLContentModel, reportsWhatMayStandMoreThanOnce) {
     const Catalogue& catalogue = Catalogue::shared();
     const ContentModel model = modelOf("(note, (marker | keyword)*, crop-rect, crop-rect)");
     EXPECT_FALSE(model.mayRepeat(catalogue.idOf("note")));

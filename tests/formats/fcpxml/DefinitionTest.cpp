@@ -55,7 +55,7 @@ TEST(FCPXMLDefinition, fixesTheVersion) {
     }
 }
 
-TEST(FCPXMLDefinition, tellsTheKindsOfContent) {
+TEST(FCPXMLDefinition, reportsTheKindsOfContent) {
     const Definition& definition = Definition::of(Version(13));
     EXPECT_EQ(definition.element("adjust-conform")->kind, ContentKind::empty);
     const ElementDefinition* const text = definition.element("text");

@@ -54,7 +54,7 @@ TEST(Timecodes, ofWhatAClipHoldsAreThoseOfTheClip) {
     EXPECT_EQ(timecodeAt(kFile, "\"inside\""), "01:00:10:00");
 }
 
-TEST(Timecodes, areNotToldWhereTheyAreNotKnown) {
+TEST(Timecodes, areNotReportedWhereTheyAreNotKnown) {
     EXPECT_EQ(timecodeAt(kFile, "\"lost\""), "");
     EXPECT_EQ(timecodeAt(kFile, "tcStart"), "");
     EXPECT_EQ(timecodeAt(kFile, "frameDuration"), "");

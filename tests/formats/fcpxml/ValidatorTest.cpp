@@ -64,7 +64,7 @@ TEST(FCPXMLValidator, findsNothingInAValidDocument) {
             .empty());
 }
 
-TEST(FCPXMLValidator, tellsAnUnknownElementAndWhatMayStandThere) {
+TEST(FCPXMLValidator, reportsAnUnknownElementAndWhatMayStandThere) {
     const Found fault = onlyFault(withResources("<fromat id=\"r1\"><colour/></fromat>"));
     EXPECT_EQ(fault.kind, Kind::unknownElement);
     EXPECT_EQ(fault.where, "<fromat");
@@ -73,7 +73,7 @@ TEST(FCPXMLValidator, tellsAnUnknownElementAndWhatMayStandThere) {
               fault.expected.end());
 }
 
-TEST(FCPXMLValidator, tellsAnElementOfAnotherVersionApartFromAnUnknownOne) {
+TEST(FCPXMLValidator, distinguishesAnElementOfAnotherVersionFromAnUnknownOne) {
     const std::string text =
         "<fcpxml version=\"1.8\"><resources><asset id=\"r1\" src=\"file:///a\">"
         "<media-rep src=\"file:///a\"/></asset></resources></fcpxml>";
@@ -83,7 +83,7 @@ TEST(FCPXMLValidator, tellsAnElementOfAnotherVersionApartFromAnUnknownOne) {
     EXPECT_EQ(fault.parent, "asset");
 }
 
-TEST(FCPXMLValidator, tellsAMisplacedElementApartFromOneOutOfOrder) {
+TEST(FCPXMLValidator, distinguishesAMisplacedElementFromOneOutOfOrder) {
     EXPECT_EQ(onlyFault(withResources("<spine/>")).kind, Kind::misplacedElement);
     const Found fault =
         onlyFault("<fcpxml version=\"1.10\"><event name=\"a\"/><resources/></fcpxml>");
@@ -91,7 +91,7 @@ TEST(FCPXMLValidator, tellsAMisplacedElementApartFromOneOutOfOrder) {
     EXPECT_EQ(fault.where, "<resources");
 }
 
-TEST(FCPXMLValidator, tellsWhatStandsOnceTooOften) {
+TEST(FCPXMLValidator, reportsWhatStandsOnceTooOften) {
     const Found fault = onlyFault(
         withResources("<media id=\"r1\"><sequence format=\"r2\"><note>a</note><note>b</note>"
                       "<spine/></sequence></media><format id=\"r2\"/>"));
@@ -100,7 +100,7 @@ TEST(FCPXMLValidator, tellsWhatStandsOnceTooOften) {
     EXPECT_EQ(fault.parent, "sequence");
 }
 
-TEST(FCPXMLValidator, tellsWhatIsMissingBeforeAnElement) {
+TEST(FCPXMLValidator, reportsWhatIsMissingBeforeAnElement) {
     const Found fault = onlyFault(withResources("<asset id=\"r1\"><metadata/></asset>"));
     EXPECT_EQ(fault.kind, Kind::missingElement);
     EXPECT_EQ(fault.element, "asset");
@@ -108,7 +108,7 @@ TEST(FCPXMLValidator, tellsWhatIsMissingBeforeAnElement) {
     EXPECT_EQ(fault.expected, std::vector<std::string>{"media-rep"});
 }
 
-TEST(FCPXMLValidator, tellsWhatAnElementLacks) {
+TEST(FCPXMLValidator, reportsWhatAnElementLacks) {
     const Found fault = onlyFault(withResources("<asset id=\"r1\"/>"));
     EXPECT_EQ(fault.kind, Kind::missingElement);
     EXPECT_EQ(fault.where, "<asset");
@@ -116,13 +116,13 @@ TEST(FCPXMLValidator, tellsWhatAnElementLacks) {
 }
 
 // One fault is told once: the element that is misspelt is the one that is missing.
-TEST(FCPXMLValidator, tellsNoLackBesideAMisspeltElement) {
+TEST(FCPXMLValidator, reportsNoLackBesideAMisspeltElement) {
     EXPECT_EQ(
         onlyFault(withResources("<asset id=\"r1\"><media-rip src=\"file:///a\"/></asset>")).kind,
         Kind::unknownElement);
 }
 
-TEST(FCPXMLValidator, tellsTextWhereElementsStand) {
+TEST(FCPXMLValidator, reportsTextWhereElementsStand) {
     EXPECT_EQ(onlyFault(withResources("stray")).kind, Kind::misplacedText);
     EXPECT_EQ(onlyFault(withResources("<![CDATA[ ]]>")).kind, Kind::misplacedText);
     // White space that is written as a reference is text (XML 1.0, section 3, Element Valid).
@@ -140,7 +140,7 @@ TEST(FCPXMLValidator, wantsAnEmptyElementEmpty) {
     EXPECT_TRUE(faultsOf(withResources("<format id=\"r1\"></format>")).empty());
 }
 
-TEST(FCPXMLValidator, tellsAChildOfAnEmptyElementAndNotTheBlanksAroundIt) {
+TEST(FCPXMLValidator, reportsAChildOfAnEmptyElementAndNotTheBlanksAroundIt) {
     const Found fault = onlyFault(withResources("<format id=\"r1\"> <note/> <!-- --></format>"));
     EXPECT_EQ(fault.kind, Kind::misplacedElement);
     EXPECT_EQ(fault.element, "note");
@@ -148,7 +148,7 @@ TEST(FCPXMLValidator, tellsAChildOfAnEmptyElementAndNotTheBlanksAroundIt) {
     EXPECT_TRUE(fault.expected.empty());
 }
 
-TEST(FCPXMLValidator, tellsAttributes) {
+TEST(FCPXMLValidator, reportsAttributes) {
     Found fault = onlyFault(withResources("<format id=\"r1\" colour=\"red\"/>"));
     EXPECT_EQ(fault.kind, Kind::unknownAttribute);
     EXPECT_EQ(fault.attribute, "colour");
@@ -162,7 +162,7 @@ TEST(FCPXMLValidator, tellsAttributes) {
     EXPECT_EQ(fault.where, "<format");
 }
 
-TEST(FCPXMLValidator, tellsValues) {
+TEST(FCPXMLValidator, reportsValues) {
     const Found listed = onlyFault(withResources(
         "<media id=\"r1\"><sequence format=\"r1\" tcFormat=\"XDF\"><spine/></sequence></media>"));
     EXPECT_EQ(listed.kind, Kind::valueNotListed);
@@ -177,14 +177,14 @@ TEST(FCPXMLValidator, normalisesTokens) {
                     .empty());
 }
 
-TEST(FCPXMLValidator, tellsIdsThatAreDoubleOrNoNames) {
+TEST(FCPXMLValidator, reportsIdsThatAreDoubleOrNoNames) {
     EXPECT_EQ(onlyFault(withResources("<format id=\"r1\"/><format id=\"r1\"/>")).kind,
               Kind::repeatedId);
     EXPECT_EQ(onlyFault(withResources("<format id=\"1\"/>")).kind, Kind::malformedId);
     EXPECT_EQ(onlyFault(withResources("<format id=\"\"/>")).kind, Kind::malformedId);
 }
 
-TEST(FCPXMLValidator, tellsReferencesToNothingInTheOrderOfTheText) {
+TEST(FCPXMLValidator, reportsReferencesToNothingInTheOrderOfTheText) {
     const std::vector<Found> faults = faultsOf(
         withResources("<media id=\"r1\"><sequence format=\"r8\"><spine/></sequence></media>"
                       "<media id=\"r2\"><sequence format=\"r9\"><spine/></sequence></media>"
@@ -201,7 +201,7 @@ TEST(FCPXMLValidator, comparesTheRootWithTheDocumentType) {
     EXPECT_EQ(onlyFault("<!DOCTYPE xmeml><fcpxml version=\"1.10\"/>").kind, Kind::rootElementType);
 }
 
-TEST(FCPXMLValidator, tellsOnceThatADocumentIsNotStandalone) {
+TEST(FCPXMLValidator, reportsOnceThatADocumentIsNotStandalone) {
     const std::string text = withResources("\n<format id=\"r1\"/>\n");
     EXPECT_TRUE(faultsOf(text).empty());
     EXPECT_EQ(onlyFault(text, 10, true).kind, Kind::notStandalone);

@@ -34,7 +34,7 @@ TEST(ElementSearch, findsNoLongerNameAndNoEmptyElementTag) {
     EXPECT_TRUE(occurs("<name></name>", "<name"));
 }
 
-TEST(ElementSearch, tellsCapitalsFromSmallLetters) {
+TEST(ElementSearch, distinguishesCapitalsFromSmallLetters) {
     EXPECT_FALSE(occurs("<uuid>", "<UUID"));
     EXPECT_TRUE(occurs("<UUID>", "<UUID"));
 }

@@ -51,7 +51,7 @@ TEST(XMEMLTimecode, hasFourPartsOfTwoDigits) {
     EXPECT_FALSE(readTimecode("00:00:00:25")->isIn({25, false}, false));
 }
 
-TEST(XMEMLNumber, tellsHowItIsWritten) {
+TEST(XMEMLNumber, reportsHowItIsWritten) {
     EXPECT_EQ(readNumber("-12").whole(), -12);
     EXPECT_EQ(readNumber("+12").whole(), 12);
     EXPECT_EQ(readNumber("12.00").form, NumberForm::wholeWithFraction);

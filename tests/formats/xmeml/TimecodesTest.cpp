@@ -57,7 +57,7 @@ TEST(XMEMLTimecodes, dropFramesWhereTheSequenceDoes) {
     EXPECT_EQ(timecodeAt(sequence(rate(30, true), "0", "NDF"), "\"late\""), "00:10:00:00");
 }
 
-TEST(XMEMLTimecodes, areNotToldWhereTheyAreNotKnown) {
+TEST(XMEMLTimecodes, areNotReportedWhereTheyAreNotKnown) {
     const std::string text = sequence(rate(25, false), "0", "NDF");
     EXPECT_EQ(timecodeAt(text, "\"beside\""), "");
     EXPECT_EQ(timecodeAt(text, "displayformat"), "");

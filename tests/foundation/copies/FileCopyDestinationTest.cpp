@@ -49,7 +49,7 @@ TEST_F(FileCopyDestinationTest, readsBackLessThanWasMeantToBeWritten) {
 }
 
 /// A double for volumes that cannot seek, of which there is no other at hand.
-TEST_F(FileCopyDestinationTest, tellsThatItCannotSeekAndReadsOn) {
+TEST_F(FileCopyDestinationTest, reportsThatItCannotSeekAndReadsOn) {
     const std::string path = sandbox.path("file");
     const test::ChildOutcome outcome = test::runInChild([&] {
         ASSERT_TRUE(test::failSystemCall(SYS_lseek, ESPIPE));

@@ -69,12 +69,12 @@ TEST_F(QMFileManagerCombiningTest, movesASingleFileInPlaceOfAnExistingOne) {
     EXPECT_EQ(readBytes(second), "one ");
 }
 
-TEST_F(QMFileManagerCombiningTest, tellsWhenNoSourceIsGiven) {
+TEST_F(QMFileManagerCombiningTest, reportsWhenNoSourceIsGiven) {
     expectRefusal({}, combined,
                   "Error: No source file URLs specified. Aborting combination process...");
 }
 
-TEST_F(QMFileManagerCombiningTest, tellsWhenNoDestinationIsGiven) {
+TEST_F(QMFileManagerCombiningTest, reportsWhenNoDestinationIsGiven) {
     const std::string line = "Error: No destination specified. Aborting combination process...";
     expectRefusal({first, second}, std::nullopt, line);
     expectRefusal({first, second}, "", line);
@@ -90,7 +90,7 @@ TEST_F(QMFileManagerCombiningTest, looksForAllSourcesBeforeItWrites) {
     EXPECT_TRUE(exists(first));
 }
 
-TEST_F(QMFileManagerCombiningTest, tellsWhenTheDestinationCannotBeOpened) {
+TEST_F(QMFileManagerCombiningTest, reportsWhenTheDestinationCannotBeOpened) {
     expectRefusal({first, second}, sandbox.folder(), unopenable(sandbox.folder()));
     expectRefusal({first, second}, sandbox.path("no/folder"),
                   unopenable(sandbox.path("no/folder")));

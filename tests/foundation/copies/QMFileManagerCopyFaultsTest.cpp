@@ -57,7 +57,7 @@ TEST_F(QMFileManagerCopyFaultsTest, endsAsFailedWhenTheSourceCannotBeRead) {
     EXPECT_EQ(recording.finished, 1);
 }
 
-TEST_F(QMFileManagerCopyFaultsTest, copiesASourceThatHasMoreThanItsSizeAndTells) {
+TEST_F(QMFileManagerCopyFaultsTest, copiesASourceThatHasMoreThanItsSizeAndReportsIt) {
     // Its size is 0 until it is read.
     const std::string source = "/proc/version";
     test::ConsoleCapture console;
@@ -68,7 +68,7 @@ TEST_F(QMFileManagerCopyFaultsTest, copiesASourceThatHasMoreThanItsSizeAndTells)
     EXPECT_EQ(recording.mismatches, Lines{});
 }
 
-TEST_F(QMFileManagerCopyFaultsTest, tellsThatTheSourceShrankMeanwhile) {
+TEST_F(QMFileManagerCopyFaultsTest, reportsThatTheSourceShrankMeanwhile) {
     const std::string source = makeSparse("source", 1024 * kMebibyte);
     recording.delegate->fileCopyShouldContinue = [&](const auto&) {
         EXPECT_EQ(truncate(source.c_str(), 1000), 0);
@@ -146,7 +146,7 @@ class QMFileManagerCopyVolumesTest : public ::testing::Test {
     test::RecordingCopyDelegate recording;
 };
 
-TEST_F(QMFileManagerCopyVolumesTest, tellsThatAVolumeIsFullAndGoesOnWithTheOthers) {
+TEST_F(QMFileManagerCopyVolumesTest, reportsThatAVolumeIsFullAndGoesOnWithTheOthers) {
     const std::string volume = makeFolder("volume");
     ASSERT_TRUE(mounts.mountVolume(volume, "tmpfs", "size=1m,mode=1777"));
     const std::string bytes = test::manyBytes(1'200'000);
@@ -262,7 +262,7 @@ TEST_F(QMFileManagerCopyOwnersTest, carriesTheOwnerOver) {
     EXPECT_EQ(copy.group, 23'456U);
 }
 
-TEST_F(QMFileManagerCopyOwnersTest, tellsWhenTheMetadataOfAForeignFileCannotBeSet) {
+TEST_F(QMFileManagerCopyOwnersTest, reportsWhenTheMetadataOfAForeignFileCannotBeSet) {
     const std::string source = sandbox.write("source", "abc");
     const std::string foreign = sandbox.write("foreign", "");
     ASSERT_EQ(chmod(source.c_str(), 0644), 0);

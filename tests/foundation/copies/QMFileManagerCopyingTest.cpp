@@ -85,7 +85,7 @@ TEST_F(QMFileManagerCopyingTest, handsTheSameSettingsToEveryCall) {
     EXPECT_FALSE(settings->objectForKey("destChecksum").has_value());
 }
 
-TEST_F(QMFileManagerCopyingTest, tellsCopiesApartByTheirSettings) {
+TEST_F(QMFileManagerCopyingTest, distinguishesCopiesByTheirSettings) {
     const std::string source = sandbox.write("source", "abc");
     EXPECT_TRUE(copyRecorded(source, {sandbox.path("a")}, 0, recording));
     ASSERT_NE(recording.settings(), nullptr);

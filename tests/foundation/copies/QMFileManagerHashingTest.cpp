@@ -154,7 +154,7 @@ TEST_F(QMFileManagerHashingTest, takesADelegateThatDoesNotAnswerToTheQuestion) {
               "25e317773f308e446cc84c503a6d1f85");
 }
 
-TEST_F(QMFileManagerHashingTest, tellsOnTheConsoleThatAFileCannotBeOpened) {
+TEST_F(QMFileManagerHashingTest, reportsOnTheConsoleThatAFileCannotBeOpened) {
     const std::string path = sandbox.path("missing 100%@");
     test::ConsoleCapture console;
     EXPECT_EQ(QMFileManager::md5HashForFile(path), std::nullopt);

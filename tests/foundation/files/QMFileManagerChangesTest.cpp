@@ -265,7 +265,7 @@ TEST_F(QMFileManagerChangesTest, copiesFilesFoldersAndLinks) {
     EXPECT_THAT(log.entries(), IsEmpty());
 }
 
-TEST_F(QMFileManagerChangesTest, tellsOfPathsThatAreNothing) {
+TEST_F(QMFileManagerChangesTest, reportsPathsThatAreNothing) {
     testing::internal::CaptureStdout();
     test::LogCapture::start(test::LogCapture::Printing::on);
     EXPECT_FALSE(QMFileManager::copyFile(std::nullopt, sandbox.path("b")));

@@ -68,7 +68,7 @@ TEST_F(QMFileManagerTest, knowsLinks) {
     EXPECT_FALSE(QMFileManager::isSymbolicLinkAtPath(sandbox.path("missing")));
 }
 
-TEST_F(QMFileManagerTest, tellsTheDatesOfTheItemItself) {
+TEST_F(QMFileManagerTest, reportsTheDatesOfTheItemItself) {
     sandbox.write("file", "x");
     link("file", "link");
     const struct timespec times[2] = {{1, 0}, {1000000000, 250000000}};

@@ -124,7 +124,7 @@ class QMFileManagerVolumeInfo : public ::testing::Test {
     test::Sandbox sandbox;
 };
 
-TEST_F(QMFileManagerVolumeInfo, tellsSevenThingsAboutTheRootVolume) {
+TEST_F(QMFileManagerVolumeInfo, reportsSevenThingsAboutTheRootVolume) {
     const auto info = QMFileManager::infoForDiskAtMountpoint("/");
     ASSERT_TRUE(info);
     EXPECT_EQ(info->size(), 7U);
@@ -230,7 +230,7 @@ TEST_F(QMFileManagerVolumeFaults, logsNothingAboutAFolderThatIsNoMountPoint) {
 }
 
 /// In a root folder of the test's own, which has a "/Volumes".
-TEST(QMFileManagerVolumesAsRoot, tellsAMountedVolumeFromOneThatHasGone) {
+TEST(QMFileManagerVolumesAsRoot, distinguishesAMountedVolumeFromOneThatHasGone) {
     const test::Sandbox sandbox;
     const test::PrivateMounts mounts;
     const std::string media = sandbox.path("Volumes/Media");

@@ -117,7 +117,7 @@ TEST_F(QMFileManagerDates, makesNoFileThatIsMissing) {
     EXPECT_FALSE(fs::exists(missing));
 }
 
-TEST_F(QMFileManagerDates, tellsThatRightsWereNotGivenAndTellsTheDesktopAllTheSame) {
+TEST_F(QMFileManagerDates, reportsThatRightsWereNotGivenAndReportsTheDesktopAllTheSame) {
     const std::string path = fileOfAge("file", std::chrono::hours(1));
     fs::permissions(path, fs::perms::owner_read);
     host->rightsStatus = -60005;

@@ -181,7 +181,7 @@ TEST_F(QMFileManagerFoldersTest, makesTheStructureAboveAFileOrAPackage) {
     EXPECT_TRUE(fs::is_directory(sandbox.path("Out/no")));
 }
 
-TEST_F(QMFileManagerFoldersTest, tellsTheStructureThatItCouldNotMake) {
+TEST_F(QMFileManagerFoldersTest, reportsTheStructureThatItCouldNotMake) {
     host->rightsStatus = -1;
     static_cast<void>(writeInClosedFolder("file"));
     EXPECT_EQ(QMFileManager::createDirectoryStructure("a/b", sandbox.path("closed")),

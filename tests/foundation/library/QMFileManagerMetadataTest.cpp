@@ -128,7 +128,7 @@ TEST_F(QMFileManagerAppleMetadata, storesAnAttributeWithoutAZeroAtItsEnd) {
     EXPECT_THAT(log.entries(), IsEmpty());
 }
 
-TEST_F(QMFileManagerAppleMetadata, readsAnAttributeAndTellsItsSizeOnTheConsoleEachTime) {
+TEST_F(QMFileManagerAppleMetadata, readsAnAttributeAndReportsItsSizeOnTheConsoleEachTime) {
     setAttribute(path, "user.com.apple.kind", "\xC3\xA4 clip");
     ConsoleCapture console;
     EXPECT_EQ(QMFileManager::metadataValueForKey("com.apple.kind", path), "\xC3\xA4 clip");
@@ -137,7 +137,7 @@ TEST_F(QMFileManagerAppleMetadata, readsAnAttributeAndTellsItsSizeOnTheConsoleEa
     EXPECT_THAT(log.entries(), IsEmpty());
 }
 
-TEST_F(QMFileManagerAppleMetadata, tellsTheErrorOfAnAttributeThatIsMissing) {
+TEST_F(QMFileManagerAppleMetadata, reportsTheErrorOfAnAttributeThatIsMissing) {
     ConsoleCapture console;
     EXPECT_EQ(QMFileManager::metadataValueForKey("com.apple.kind", path), std::nullopt);
     EXPECT_THAT(console.lines(), ElementsAre("buffer val: -1", "Error retrieving file attribute: " +
@@ -166,7 +166,7 @@ TEST_F(QMFileManagerAppleMetadata, readsWhatIsNoUtf8AsNothing) {
     EXPECT_EQ(QMFileManager::metadataValueForKey("bytes", path), std::nullopt);
 }
 
-TEST_F(QMFileManagerAppleMetadata, tellsThatAnAttributeCannotBeSet) {
+TEST_F(QMFileManagerAppleMetadata, reportsThatAnAttributeCannotBeSet) {
     fs::permissions(path, fs::perms::owner_read);
     ConsoleCapture console;
     EXPECT_FALSE(QMFileManager::setMetadataValue("clip", "com.apple.kind", path));
@@ -280,7 +280,7 @@ TEST_F(QMFileManagerMetadata, findsTheColorOfAFilesLabel) {
     EXPECT_EQ(QMFileManager::finderColorForPath(missing), std::nullopt);
 }
 
-TEST(QMFileManagerMetadataAsRoot, ignoresAVolumeWithoutAttributesWhereItTellsNothing) {
+TEST(QMFileManagerMetadataAsRoot, ignoresAVolumeWithoutAttributesWhereItReportsNothing) {
     const test::Sandbox sandbox;
     const test::PrivateMounts mounts;
     if (!mounts.mountVolume(sandbox.folder(), "ramfs", "")) {

@@ -83,7 +83,7 @@ TEST_F(QMFileManagerWildcardsTest, takesACharacterOfSeveralBytesForOne) {
     EXPECT_THAT(matching("x?y*"), ElementsAre("x\xFFy"));
 }
 
-TEST_F(QMFileManagerWildcardsTest, tellsUpperAndLowerCaseApart) {
+TEST_F(QMFileManagerWildcardsTest, distinguishesUpperAndLowerCase) {
     EXPECT_THAT(matching("media*"), IsEmpty());
     EXPECT_THAT(matching("Media/Logs/*.LOG"), ElementsAre("Media/Logs/B.LOG"));
 }

@@ -47,7 +47,7 @@ class QMOSDetectTest : public test::SandboxTest {
     }
 };
 
-TEST_F(QMOSDetectTest, tellsThePlatformsVersion) {
+TEST_F(QMOSDetectTest, reportsThePlatformsVersion) {
     EXPECT_EQ(QMOSDetect::version(), platform::operatingSystemVersion());
     withVersion("10.15.7", [] {
         EXPECT_EQ(QMOSDetect::version(), (platform::OperatingSystemVersion{10, 15, 7}));

@@ -9,14 +9,14 @@ namespace {
 
 using ::testing::ElementsAre;
 
-TEST(ConsoleFailure, tellsTheErrorsDescription) {
+TEST(ConsoleFailure, reportsTheErrorsDescription) {
     const ErrorSlot error = Error{.domain = "Test", .description = "The disk is 100% full."};
     test::ConsoleCapture console;
     EXPECT_FALSE(failOnConsole("Unable to copy log: %@", error));
     EXPECT_THAT(console.lines(), ElementsAre("Unable to copy log: The disk is 100% full."));
 }
 
-TEST(ConsoleFailure, tellsOfAFailureWithoutAnError) {
+TEST(ConsoleFailure, reportsAFailureWithoutAnError) {
     test::ConsoleCapture console;
     EXPECT_FALSE(failOnConsole("Unable to copy log: %@", std::nullopt));
     EXPECT_THAT(console.lines(), ElementsAre("Unable to copy log: "));

@@ -33,7 +33,7 @@ TEST_F(LocalTimeStampTest, hasFourteenDigits) {
     EXPECT_THAT(localTimeStamp(), MatchesRegex("20[0-9]{12}"));
 }
 
-TEST_F(LocalTimeStampTest, tellsTheLocalTime) {
+TEST_F(LocalTimeStampTest, reportsTheLocalTime) {
     setZone("UTC0");
     const std::string utc = localTimeStamp();
     setZone("Far-13");

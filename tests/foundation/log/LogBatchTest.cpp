@@ -25,7 +25,7 @@ TEST(LogBatch, writesEachEntryWithItsDateOnALineOfItsOwn) {
     EXPECT_EQ(test::logMessages(batch.bytes()), texts);
 }
 
-TEST(LogBatch, tellsWhichEntriesLieWhollyWithinSomeBytes) {
+TEST(LogBatch, reportsWhichEntriesLieWhollyWithinSomeBytes) {
     const std::vector<std::string> texts{"12345", "1234567890"};
     const LogBatch batch(entriesOf(texts), 1000);
     EXPECT_EQ(batch.bytes().size(), 15 + 2 * kFrame);

@@ -52,7 +52,7 @@ TEST_F(LogFileTest, keepsToItsFileWhenThatIsRenamed) {
     EXPECT_FALSE(test::exists(path));
 }
 
-TEST_F(LogFileTest, tellsHowMuchOfTheBytesFoundRoom) {
+TEST_F(LogFileTest, reportsHowMuchOfTheBytesFoundRoom) {
     const std::string path = sandbox.write("a.log", "");
     EXPECT_TRUE(test::passesInChild([&] {
         const auto file = LogFile::open(path);

@@ -61,7 +61,7 @@ TEST_F(LogGenerationsTest, beginsALogWithItsHeader) {
     EXPECT_EQ(static_cast<unsigned char>(contents(1).front()), '2') << "a byte order mark";
 }
 
-TEST_F(LogGenerationsTest, tellsTheMemoryInUnitsOf1024) {
+TEST_F(LogGenerationsTest, reportsTheMemoryInUnitsOf1024) {
     static_cast<void>(startLog());
     const std::string line = test::logMessages(contents(1)).at(3);
     const double shown = std::stod(line.substr(line.find("CPU(s), ") + 8));

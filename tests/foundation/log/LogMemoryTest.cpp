@@ -170,7 +170,7 @@ TEST_F(LogMemoryTest, mayRunOutWhileAGenerationIsStarted) {
     expectToGoOn([] { QMLog::createNewLog("name"); });
 }
 
-TEST_F(LogMemoryTest, tellsThatATextIsLost) {
+TEST_F(LogMemoryTest, reportsThatATextIsLost) {
     const test::ChildOutcome outcome = withGrants(0, [] { QMLog::appendLog("%@", kText); });
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.output, "Exception writing to log: Not enough memory.\n");

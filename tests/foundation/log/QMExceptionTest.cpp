@@ -39,7 +39,7 @@ TEST_F(QMExceptionTest, logsTheReasonAsItIs) {
     EXPECT_EQ(outcome.output, "Exception in m. Name - 100%% of  and %%d.\n");
 }
 
-TEST_F(QMExceptionTest, tellsATimeoutByItsName) {
+TEST_F(QMExceptionTest, reportsATimeoutByItsName) {
     EXPECT_TRUE(QMException::didTimeout(platform::Exception("NSPortTimeoutException", "")));
     EXPECT_FALSE(
         QMException::didTimeout(platform::Exception("NSRangeException", "NSPortTimeoutException")));

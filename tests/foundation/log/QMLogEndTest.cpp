@@ -37,7 +37,7 @@ TEST_F(QMLogEndTest, writesWhatIsQueuedWhenTheApplicationEnds) {
     EXPECT_EQ(outcome.output, "");
 }
 
-TEST_F(QMLogEndTest, isToldOfOneEndOnly) {
+TEST_F(QMLogEndTest, hearsOfOneEndOnly) {
     static_cast<void>(inChild([] {
         QMLog::createNewLog();
         QMLog::willTerminate();

@@ -66,7 +66,7 @@ TEST_F(NameSearchTest, passesFoldersLinksAndHiddenFoldersOver) {
     EXPECT_THAT(found({"link.mov"}), ElementsAre("real/link.mov")) << "a link to a file is one";
 }
 
-TEST_F(NameSearchTest, tellsFoldersThatMayNotBeRead) {
+TEST_F(NameSearchTest, reportsFoldersThatMayNotBeRead) {
     put("closed/a.mov");
     put("open/a.mov");
     ASSERT_EQ(chmod(sandbox.path("closed").c_str(), 0), 0);

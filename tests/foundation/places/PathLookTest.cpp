@@ -33,7 +33,7 @@ class PathLookTest : public SandboxTest {
     }
 };
 
-TEST_F(PathLookTest, tellsFilesFoldersAndNothing) {
+TEST_F(PathLookTest, reportsFilesFoldersAndNothing) {
     sandbox.write("a.mov", "1234");
     const PathSight file = look("a.mov");
     EXPECT_EQ(file.kind, Kind::file);
@@ -95,7 +95,7 @@ TEST_F(PathLookTest, neverOpensAPipe) {
     EXPECT_EQ(look("pipe.mov").kind, Kind::special);
 }
 
-TEST_F(PathLookTest, tellsWhatMayNotBeRead) {
+TEST_F(PathLookTest, reportsWhatMayNotBeRead) {
     sandbox.write("a.mov", "");
     fs::create_directory(sandbox.path("closed"));
     sandbox.write("closed/b.mov", "");

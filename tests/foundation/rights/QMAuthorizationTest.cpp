@@ -130,7 +130,7 @@ TEST_F(AuthorizationStateTest, takesACallersNameAndPassword) {
                                           "password=p\xC3\xA4ss/0"));
 }
 
-TEST_F(AuthorizationStateTest, tellsThatNameOrPasswordAreWrong) {
+TEST_F(AuthorizationStateTest, reportsThatNameOrPasswordAreWrong) {
     host->rightsStatus = platform::kAuthorizationDenied;
     const auto authorization = make();
     EXPECT_FALSE(authorization->authStartWithUser("editor", "wrong"));
@@ -140,7 +140,7 @@ TEST_F(AuthorizationStateTest, tellsThatNameOrPasswordAreWrong) {
     EXPECT_THAT(log.entries(), ElementsAre("Authorization failed. Invalid username or password"));
 }
 
-TEST_F(AuthorizationStateTest, tellsThatThereIsNoHandleForCredentials) {
+TEST_F(AuthorizationStateTest, reportsThatThereIsNoHandleForCredentials) {
     host->createStatus = -60008;
     const auto authorization = make();
     EXPECT_FALSE(authorization->authStartWithUser("editor", "secret"));
@@ -215,7 +215,7 @@ TEST_F(AuthorizationStateTest, isOneForTheProcess) {
 
 class AuthExecTaskTest : public QMAuthorizationTest {};
 
-TEST_F(AuthExecTaskTest, tellsThatTheToolIsMissingBeforeItAsks) {
+TEST_F(AuthExecTaskTest, reportsThatTheToolIsMissingBeforeItAsks) {
     const auto authorization = make();
     EXPECT_EQ(authorization->authExecTask("/no/such/tool", {}), -2);
     EXPECT_EQ(authorization->authExecTask("/no/such/tool", {}, false), -2);
@@ -319,7 +319,7 @@ TEST_F(AuthFileTest, failsWhenTheToolCannotBeStarted) {
     EXPECT_EQ(runs().size(), 5U);
 }
 
-TEST_F(AuthFileTest, tellsWhichPathIsMissing) {
+TEST_F(AuthFileTest, reportsWhichPathIsMissing) {
     const auto authorization = make();
     const std::string file = sandbox.write("file", "x");
     EXPECT_FALSE(authorization->authMoveFile(std::nullopt, std::nullopt));

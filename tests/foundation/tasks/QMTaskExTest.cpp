@@ -116,7 +116,7 @@ TEST_F(QMTaskExTest, checksEveryPathElsewhere) {
                 ElementsAre(notExecutable(""), notExecutable("other"), notExecutable("other")));
 }
 
-TEST_F(QMTaskExTest, tellsOfAToolThatASignalEnded) {
+TEST_F(QMTaskExTest, reportsAToolThatASignalEnded) {
     const std::string message =
         "Exception running task /bin/sh: The tool /bin/sh was ended by signal 9.";
     EXPECT_FALSE(QMTaskEx::runTask(kShell, script("kill -9 $$")));

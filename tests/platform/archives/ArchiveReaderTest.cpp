@@ -381,7 +381,7 @@ TEST_F(ArchiveReaderTest, leavesNothingOfADamagedArchive) {
     }
 }
 
-TEST_F(ArchiveReaderTest, tellsOfAMissingArchiveAndOfWhatIsNone) {
+TEST_F(ArchiveReaderTest, reportsAMissingArchiveAndOfWhatIsNone) {
     EXPECT_FALSE(extract());
     EXPECT_EQ(error->code, ENOENT);
     ASSERT_EQ(mkfifo(archive.c_str(), 0600), 0);

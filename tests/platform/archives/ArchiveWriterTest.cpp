@@ -189,7 +189,7 @@ TEST_F(ArchiveWriterTest, refusesWhatIsNeitherFileNorFolderNorLink) {
     EXPECT_THAT(test::namesIn(sandbox.folder()), ElementsAre("Project"));
 }
 
-TEST_F(ArchiveWriterTest, tellsOfAMissingSourceAndAMissingFolder) {
+TEST_F(ArchiveWriterTest, reportsAMissingSourceAndAMissingFolder) {
     EXPECT_FALSE(compress(sandbox.path("missing"), true));
     EXPECT_EQ(error->code, ENOENT);
     sandbox.write("Cut.xml", "x");

@@ -78,7 +78,7 @@ class MakeFoldersBeneathTest : public test::SandboxTest {
     int made = 0;
 };
 
-TEST_F(MakeFoldersBeneathTest, makesWhatIsMissingAndTellsOfEach) {
+TEST_F(MakeFoldersBeneathTest, makesWhatIsMissingAndReportsEach) {
     EXPECT_TRUE(make("a/b"));
     EXPECT_TRUE(fs::is_directory(sandbox.path("a/b")));
     EXPECT_EQ(made, 2);

@@ -35,7 +35,7 @@ TEST_F(CrashBacktraceTest, leavesOutTheOuterFramesOfAFullStack) {
     EXPECT_TRUE(text.ends_with("  endlessRecursion\nFurther frames are left out.\n"));
 }
 
-TEST_F(CrashBacktraceTest, tellsWhoJumpedToNowhere) {
+TEST_F(CrashBacktraceTest, reportsWhoJumpedToNowhere) {
     EXPECT_EQ(crash(jumpToNowhere), SIGSEGV);
     EXPECT_THAT(report(), ContainsRegex("\nBacktrace:\n0  0x0000000000000008\n"
                                         "1  0x[0-9a-f]{16}  /.*/test-crashes \\+ 0x[0-9a-f]+  "

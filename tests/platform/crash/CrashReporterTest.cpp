@@ -43,7 +43,7 @@ void throwUncaught(const std::runtime_error& exception) noexcept {
 
 // What is reported
 
-TEST_F(CrashReporterTest, tellsProgramPlaceAndCauseOfACrash) {
+TEST_F(CrashReporterTest, reportsProgramPlaceAndCauseOfACrash) {
     EXPECT_EQ(crash(callerOfTheCrashingFunction), SIGSEGV);
     EXPECT_THAT(report(),
                 ContainsRegex("^Program: probe\n"
@@ -133,14 +133,14 @@ TEST_F(CrashReporterTest, reportsNothingOfAPlainEnd) {
 
 // Exceptions
 
-TEST_F(CrashReporterTest, tellsTheReasonOfAnExceptionThatNobodyCaught) {
+TEST_F(CrashReporterTest, reportsTheReasonOfAnExceptionThatNobodyCaught) {
     EXPECT_EQ(crash([] { std::thread([] { throw Exception("Name", "a\nreason, 100%"); }).join(); }),
               SIGABRT);
     EXPECT_THAT(report(),
                 HasSubstr("\nSignal: SIGABRT (6), code -6\nReason: a reason, 100%\nLog: "));
 }
 
-TEST_F(CrashReporterTest, tellsWhatAnExceptionOfTheLanguageSays) {
+TEST_F(CrashReporterTest, reportsWhatAnExceptionOfTheLanguageSays) {
     EXPECT_EQ(crash([] { throwUncaught(std::runtime_error("a runtime error")); }), SIGABRT);
     EXPECT_THAT(report(), HasSubstr("\nReason: a runtime error\n"));
 }

@@ -69,7 +69,7 @@ TEST(LoadedModuleTest, hasNoSymbolsInMemoryWithoutAFile) {
 
 class LoadedFileTest : public test::SandboxTest {};
 
-TEST_F(LoadedFileTest, keepsAPathWithBlanksAndTellsWhenItWasRemoved) {
+TEST_F(LoadedFileTest, keepsAPathWithBlanksAndReportsWhenItWasRemoved) {
     const std::string path = sandbox.write("a  b c", std::string(5000, 'x'));
     int errorNumber = 0;
     const FileDescriptor file = openRegularFile(path, true, errorNumber);

@@ -89,7 +89,7 @@ TEST_F(AtomicFileTest, leavesAReaderOfTheOldFileItsContents) {
     EXPECT_EQ(text, "old");
 }
 
-TEST_F(AtomicFileTest, tellsTheIdentityOfTheNewFile) {
+TEST_F(AtomicFileTest, reportsTheIdentityOfTheNewFile) {
     const std::string path = sandbox.write("file.xml", "old");
     const auto before = fileIdentity(path);
     AtomicFile file;
@@ -427,7 +427,7 @@ TEST_F(AtomicFileTest, failsWhenAFolderTookTheNameMeanwhile) {
     EXPECT_TRUE(isDirectory(path));
 }
 
-TEST_F(AtomicFilePermissionTest, tellsThatTheFolderCannotBeWritten) {
+TEST_F(AtomicFilePermissionTest, reportsThatTheFolderCannotBeWritten) {
     const std::string path = sandbox.write("file", "old");
     ASSERT_EQ(chmod(sandbox.folder().c_str(), 0500), 0);
     AtomicFile file;

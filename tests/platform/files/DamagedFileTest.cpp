@@ -22,7 +22,7 @@ TEST_F(DamagedFileTest, isCopiedBesideItselfUnderAFreeName) {
     EXPECT_EQ(test::readBytes(path), "two");
 }
 
-TEST_F(DamagedFileTest, isToldWhenItCannotBeCopied) {
+TEST_F(DamagedFileTest, isReportedWhenItCannotBeCopied) {
     EXPECT_EQ(keepDamagedList(sandbox.path("gone.plist"), error), std::nullopt);
     EXPECT_TRUE(error);
 }

@@ -33,7 +33,7 @@ TEST(DigestTest, digestsTheBytesOfTheAlgorithmsExample) {
               std::string("\x90\x01\x50\x98\x3c\xd2\x4f\xb0\xd6\x96\x3f\x7d\x28\xe1\x7f\x72", 16));
 }
 
-TEST(DigestTest, tellsItsKind) {
+TEST(DigestTest, reportsItsKind) {
     EXPECT_EQ(started(DigestKind::sha256).kind(), DigestKind::sha256);
 }
 

@@ -46,7 +46,7 @@ TEST_F(FileDescriptorTest, handsOwnershipOver) {
     EXPECT_FALSE(isOpen(replaced));
 }
 
-TEST_F(FileDescriptorTest, tellsOnceThatItClosed) {
+TEST_F(FileDescriptorTest, reportsOnceThatItClosed) {
     FileDescriptor file(::open("/dev/null", O_RDONLY | O_CLOEXEC));
     EXPECT_EQ(file.close(), 0);
     EXPECT_EQ(file.close(), 0);
@@ -135,7 +135,7 @@ TEST_F(FileDescriptorTest, readsWhatWasWrittenToBeSyncedWhateverItsSize) {
     }
 }
 
-TEST_F(FileDescriptorTest, tellsWhyNothingCanBeWrittenToBeSynced) {
+TEST_F(FileDescriptorTest, reportsWhyNothingCanBeWrittenToBeSynced) {
     const FileDescriptor full(::open("/dev/full", O_WRONLY | O_CLOEXEC));
     EXPECT_EQ(writeAllForSync(full.get(), std::string(std::size_t{5} << 20U, 'x')), ENOSPC);
 }
@@ -152,7 +152,7 @@ TEST_F(FileDescriptorTest, listsAFolderWithoutItselfAndItsParent) {
     }
 }
 
-TEST_F(FileDescriptorTest, tellsWhyAFolderCannotBeListed) {
+TEST_F(FileDescriptorTest, reportsWhyAFolderCannotBeListed) {
     const FileDescriptor file(::open("/dev/null", O_RDONLY | O_CLOEXEC));
     std::vector<std::string> names;
     EXPECT_EQ(listFolder(file.get(), names), ENOTDIR);

@@ -97,7 +97,7 @@ TEST_F(FileMoveTest, keepsTwoNamesOfOneFileApart) {
     EXPECT_TRUE(test::exists(source));
 }
 
-TEST_F(FileMoveTest, tellsWhatIsMissing) {
+TEST_F(FileMoveTest, reportsWhatIsMissing) {
     EXPECT_FALSE(moveFile(sandbox.path("missing"), sandbox.path("moved"), error));
     ASSERT_TRUE(error);
     EXPECT_EQ(error->code, ENOENT);

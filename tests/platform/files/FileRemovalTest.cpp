@@ -52,7 +52,7 @@ TEST_F(FileRemovalTest, refusesAFolderWhereAFileIsMeant) {
     EXPECT_TRUE(isDirectory(sandbox.path("folder")));
 }
 
-TEST_F(FileRemovalTest, tellsThatAFileIsMissing) {
+TEST_F(FileRemovalTest, reportsThatAFileIsMissing) {
     EXPECT_FALSE(removeFile(sandbox.path("missing"), error));
     ASSERT_TRUE(error);
     EXPECT_EQ(error->description, "The file " + sandbox.path("missing") +
@@ -112,7 +112,7 @@ TEST_F(FileRemovalTest, leavesAVolumeThatIsMountedInTheFolder) {
     EXPECT_EQ(test::readBytes(volume + "/file"), "kept");
 }
 
-TEST_F(FileRemovalPermissionTest, tellsThatAFolderIsReadOnly) {
+TEST_F(FileRemovalPermissionTest, reportsThatAFolderIsReadOnly) {
     const std::string folder = sandbox.path("closed");
     fs::create_directory(folder);
     const std::string file = sandbox.write("closed/file", "x");

@@ -90,7 +90,7 @@ TEST_F(FileSystemTest, knowsTwoNamesOfOneFile) {
     EXPECT_EQ(fileIdentity(sandbox.path("missing")), std::nullopt);
 }
 
-TEST_F(FileSystemTest, tellsALinkFromItsTarget) {
+TEST_F(FileSystemTest, distinguishesALinkFromItsTarget) {
     const std::string file = sandbox.write("file", "x");
     fs::create_symlink(file, sandbox.path("link"));
     EXPECT_NE(fileIdentity(file), fileIdentity(sandbox.path("link")));
@@ -139,7 +139,7 @@ TEST_F(FileSystemTest, readsAFileThatDoesNotTellItsSize) {
     EXPECT_TRUE(status->starts_with("Name:"));
 }
 
-TEST_F(FileSystemTest, tellsThatAFileIsTooLargeForTheMemory) {
+TEST_F(FileSystemTest, reportsThatAFileIsTooLargeForTheMemory) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "sanitizers end the program at such a request";
 #endif
@@ -240,7 +240,7 @@ TEST_F(FileSystemTest, synchronizesFilesFoldersAndTargetsOfLinks) {
     EXPECT_FALSE(error);
 }
 
-TEST_F(FileSystemTest, tellsThatAMissingFileCannotBeSynchronized) {
+TEST_F(FileSystemTest, reportsThatAMissingFileCannotBeSynchronized) {
     EXPECT_FALSE(synchronizeFile(sandbox.path("missing"), error));
     ASSERT_TRUE(error);
     EXPECT_EQ(error->code, ENOENT);
@@ -273,7 +273,7 @@ TEST_F(FileSystemTest, listsNothingButFolders) {
     EXPECT_EQ(error->code, EINVAL);
 }
 
-TEST_F(FileSystemPermissionTest, tellsOfAFolderThatCannotBeListed) {
+TEST_F(FileSystemPermissionTest, reportsAFolderThatCannotBeListed) {
     fs::create_directory(sandbox.path("shut"));
     fs::permissions(sandbox.path("shut"), fs::perms::none);
     EXPECT_EQ(namesInFolder(sandbox.path("shut"), error), std::nullopt);

@@ -24,7 +24,7 @@ class FolderWatchTest : public test::SandboxTest {
     }
 };
 
-TEST_F(FolderWatchTest, tellsOfFilesThatAreWrittenRenamedAndRemoved) {
+TEST_F(FolderWatchTest, reportsFilesThatAreWrittenRenamedAndRemoved) {
     const std::string path = sandbox.write("cut.xml", "one");
     ErrorSlot error;
     std::optional<FolderWatch> watch = FolderWatch::of(sandbox.folder(), error);

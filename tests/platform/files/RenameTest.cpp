@@ -84,7 +84,7 @@ TEST_F(RenameTest, refusesPathsWithANul) {
     expectUntouched();
 }
 
-TEST_F(RenameTest, tellsAVolumeWithoutExchangeFromAFailure) {
+TEST_F(RenameTest, distinguishesAVolumeWithoutExchangeFromAFailure) {
     for (const int answer : {EINVAL, ENOSYS, EOPNOTSUPP}) {
         EXPECT_TRUE(test::passesInChild([&] {
             ASSERT_TRUE(

@@ -48,7 +48,7 @@ TEST_F(ExtendedAttributesTest, readsWhatWasSet) {
     EXPECT_EQ(extendedAttribute(file.get(), "user.second", errorNumber), value);
 }
 
-TEST_F(ExtendedAttributesTest, tellsThatTheNamesCannotBeListed) {
+TEST_F(ExtendedAttributesTest, reportsThatTheNamesCannotBeListed) {
     const FileDescriptor to(::open(sandbox.write("copy", "x").c_str(), O_RDWR | O_CLOEXEC));
     EXPECT_TRUE(test::passesInChild([&] {
         ASSERT_TRUE(test::failSystemCall(SYS_flistxattr, EIO));
@@ -118,7 +118,7 @@ TEST_F(ExtendedAttributesTest, copiesEveryAttribute) {
     EXPECT_EQ(extendedAttribute(copy.get(), "user.own", errorNumber), "kept");
 }
 
-TEST_F(ExtendedAttributesTest, tellsAVolumeWithoutAttributesApart) {
+TEST_F(ExtendedAttributesTest, distinguishesAVolumeWithoutAttributes) {
     const test::PrivateMounts mounts;
     if (!mounts.isAvailable() || !mounts.mountVolume(sandbox.folder(), "ramfs", "")) {
         GTEST_SKIP() << "needs the right to mount a volume";

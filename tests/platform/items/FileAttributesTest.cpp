@@ -121,7 +121,7 @@ TEST_F(FileAttributesTest, changesNeitherContentsNorModificationTime) {
     EXPECT_EQ(test::readBytes(path), "x");
 }
 
-TEST_F(FileAttributesTest, tellsThatAFileIsMissing) {
+TEST_F(FileAttributesTest, reportsThatAFileIsMissing) {
     EXPECT_EQ(readFileAttributes(sandbox.path("missing"), error), std::nullopt);
     ASSERT_TRUE(error);
     EXPECT_EQ(error->code, ENOENT);
@@ -138,7 +138,7 @@ TEST_F(FileAttributesTest, neverHangsOnAPipe) {
     EXPECT_FALSE(writeFileAttributes(sandbox.path("pipe"), kXMLOfKeyG, error));
 }
 
-TEST_F(FileAttributesTest, tellsThatAnotherUsersFileCannotBeWritten) {
+TEST_F(FileAttributesTest, reportsThatAnotherUsersFileCannotBeWritten) {
     if (access("/etc/hostname", F_OK) != 0 || access("/etc/hostname", W_OK) == 0) {
         GTEST_SKIP() << "needs a file of another user";
     }
@@ -204,7 +204,7 @@ TEST_F(FileAttributesTest, labelsAReadOnlyFileAndLeavesItSo) {
     EXPECT_EQ(modeOf(path), 0400U);
 }
 
-TEST_F(FileAttributesTest, tellsWhyAMissingFileHasNoColorLabel) {
+TEST_F(FileAttributesTest, reportsWhyAMissingFileHasNoColorLabel) {
     EXPECT_EQ(readColorLabel(sandbox.path("missing"), error), std::nullopt);
     ASSERT_TRUE(error);
     EXPECT_EQ(error->code, ENOENT);

@@ -77,7 +77,7 @@ TEST_F(FileDatesTest, chooseTheCreationDateOfAReadOnlyFileAndLeaveItSo) {
     EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_read);
 }
 
-TEST_F(FileDatesTest, tellWhyACreationDateCannotBeChosen) {
+TEST_F(FileDatesTest, reportWhyACreationDateCannotBeChosen) {
     EXPECT_FALSE(setCreationDate(sandbox.path("missing"), kDate, error));
     ASSERT_TRUE(error);
     EXPECT_EQ(error->code, ENOENT);
@@ -103,7 +103,7 @@ TEST_F(FileDatesTest, setTheModificationDateThroughALinkAndReadTheLinksOwn) {
     EXPECT_GT(modificationDate(sandbox.path("link")), kDate);
 }
 
-TEST_F(FileDatesTest, tellWhyTheModificationDateCannotBeSet) {
+TEST_F(FileDatesTest, reportWhyTheModificationDateCannotBeSet) {
     EXPECT_FALSE(setModificationDate(sandbox.path("missing"), kDate, error));
     ASSERT_TRUE(error);
     EXPECT_EQ(error->code, ENOENT);
@@ -114,7 +114,7 @@ TEST_F(FileDatesTest, tellWhyTheModificationDateCannotBeSet) {
     EXPECT_EQ(modificationDate(sandbox.path("missing")), std::nullopt);
 }
 
-TEST(FileDatesAsRoot, tellThatAVolumeKeepsNoCreationDate) {
+TEST(FileDatesAsRoot, reportThatAVolumeKeepsNoCreationDate) {
     const test::Sandbox sandbox;
     const test::PrivateMounts mounts;
     if (!mounts.mountVolume(sandbox.folder(), "ramfs", "")) {

@@ -17,7 +17,7 @@ using std::chrono::system_clock;
 
 class ItemStatusTest : public test::SandboxTest {};
 
-TEST_F(ItemStatusTest, tellsKindAndSize) {
+TEST_F(ItemStatusTest, reportsKindAndSize) {
     sandbox.write("file", "12345");
     fs::create_symlink("file", sandbox.path("link"));
     const auto file = itemStatus(sandbox.path("file"));
@@ -31,7 +31,7 @@ TEST_F(ItemStatusTest, tellsKindAndSize) {
     EXPECT_TRUE(folder->isFolder);
 }
 
-TEST_F(ItemStatusTest, tellsWhyALookAtAPathFailed) {
+TEST_F(ItemStatusTest, reportsWhyALookAtAPathFailed) {
     fs::create_symlink("loop", sandbox.path("loop"));
     const ErrorSlot loop = failedLook(sandbox.path("loop"));
     ASSERT_TRUE(loop);
@@ -43,7 +43,7 @@ TEST_F(ItemStatusTest, tellsWhyALookAtAPathFailed) {
     EXPECT_FALSE(failedLook(sandbox.path("file")));
 }
 
-TEST_F(ItemStatusTest, tellsWhenItWasMadeWhateverItsOtherDates) {
+TEST_F(ItemStatusTest, reportsWhenItWasMadeWhateverItsOtherDates) {
     const system_clock::time_point before = system_clock::now() - std::chrono::seconds(1);
     sandbox.write("file", "");
     const struct timespec times[2] = {{1000000000, 5}, {1000000000, 5}};
@@ -57,7 +57,7 @@ TEST_F(ItemStatusTest, tellsWhenItWasMadeWhateverItsOtherDates) {
     EXPECT_LE(*status->created, system_clock::now());
 }
 
-TEST_F(ItemStatusTest, tellsNothingOfWhatIsMissing) {
+TEST_F(ItemStatusTest, reportsNothingAboutWhatIsMissing) {
     EXPECT_FALSE(itemStatus(sandbox.path("missing")));
     EXPECT_FALSE(itemStatus(""));
     EXPECT_FALSE(itemStatus(sandbox.write("file", "") + std::string("\0x", 2)));

@@ -17,7 +17,7 @@
 namespace vornic::platform {
 namespace {
 
-TEST(ProcessInfoTest, tellsWhatTheSystemsReleaseFileTells) {
+TEST(ProcessInfoTest, reportsWhatTheSystemsReleaseFileReports) {
     ErrorSlot error;
     auto text = readFile("/etc/os-release", error);
     if (!text) {

@@ -198,7 +198,7 @@ TEST(ProcessTest, givesSixteenFurtherDescriptorsWithoutMixingThemUp) {
     EXPECT_EQ(outputOf(process), expected);
 }
 
-TEST(ProcessTest, tellsTheNumberOfAFurtherDescriptorAndClosesItAtTheLaunch) {
+TEST(ProcessTest, reportsTheNumberOfAFurtherDescriptorAndClosesItAtTheLaunch) {
     const FileDescriptor probe(open("/dev/null", O_RDONLY | O_CLOEXEC));
     Process process;
     EXPECT_EQ(process.addDescriptor(FileDescriptor(dup(probe.get()))), 3);
@@ -282,7 +282,7 @@ TEST(ProcessTest, yieldsTheExitStatus) {
     EXPECT_EQ(statusOf("exit 255"), 255);
 }
 
-TEST(ProcessTest, tellsTheSignalThatEndedTheProcess) {
+TEST(ProcessTest, reportsTheSignalThatEndedTheProcess) {
     Process process;
     launchShell(process, "kill -9 $$");
     process.waitUntilExit();
@@ -353,7 +353,7 @@ TEST(ProcessTest, mayBeWaitedForByManyThreads) {
     EXPECT_THAT(seen, testing::Each(4));
 }
 
-TEST(ProcessTest, tellsWhyAMissingProgramCannotBeStarted) {
+TEST(ProcessTest, reportsWhyAMissingProgramCannotBeStarted) {
     Process process;
     process.setLaunchPath("/no/such/tool");
     EXPECT_EQ(reasonOfFailedLaunch(process),
@@ -386,7 +386,7 @@ TEST(ProcessTest, startsOnlyOnce) {
     process.waitUntilExit();
 }
 
-TEST(ProcessTest, tellsWhenNoDescriptorIsLeft) {
+TEST(ProcessTest, reportsWhenNoDescriptorIsLeft) {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "the sanitizer needs a descriptor of its own to look at an exception";
 #endif

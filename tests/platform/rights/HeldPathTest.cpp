@@ -20,7 +20,7 @@ class HeldPathTest : public test::SandboxTest {
     }
 };
 
-TEST_F(HeldPathTest, tellsWhereTheEntryLies) {
+TEST_F(HeldPathTest, reportsWhereTheEntryLies) {
     const auto held = holdPath(sandbox.path("folder//file"));
     ASSERT_TRUE(held);
     EXPECT_EQ(held->folderPath, sandbox.path("folder"));

@@ -280,7 +280,7 @@ TEST_F(LinuxAuthorizationServicesTest, hasAHelperThatDumpsNoCoreAndLetsNobodyEls
     EXPECT_THAT(test::readBytes(folder + "/status"), HasSubstr("Umask:\t0022"));
 }
 
-TEST_F(LinuxAuthorizationServicesTest, tellsWhenTheHelperIsGone) {
+TEST_F(LinuxAuthorizationServicesTest, reportsWhenTheHelperIsGone) {
     ASSERT_EQ(ask(), kAuthorizationSuccess);
     kill(processOf("pkexec"), SIGKILL);
     EXPECT_TRUE(becomesTrue([this] {
@@ -327,7 +327,7 @@ TEST_F(LinuxAuthorizationServicesTest, knowsWhetherAnythingCanAskTheUser) {
     }
 }
 
-TEST_F(LinuxAuthorizationServicesTest, tellsHowAskingFailed) {
+TEST_F(LinuxAuthorizationServicesTest, reportsHowAskingFailed) {
     LinuxAuthorizationServices dismissed = withPkexec("exit 126");
     EXPECT_EQ(ask(dismissed), kAuthorizationCanceled);
     LinuxAuthorizationServices refused = withPkexec("exit 127");

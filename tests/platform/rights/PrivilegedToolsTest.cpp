@@ -35,7 +35,7 @@ TEST(PrivilegedToolsTest, allowsEachToolInItsForm) {
     EXPECT_TRUE(isAllowed("/usr/bin/touch", {"-c", "/a/b"}));
 }
 
-TEST(PrivilegedToolsTest, tellsWhichPathARunTakesAway) {
+TEST(PrivilegedToolsTest, reportsWhichPathARunTakesAway) {
     EXPECT_EQ(takenAway("/bin/rm", {"-Rdf", "/a"}), 1U);
     EXPECT_EQ(takenAway("/bin/rm", {"-R", "-f", "/a"}), 2U);
     EXPECT_EQ(takenAway("/bin/mv", {"-f", "/a", "/b"}), 1U);
@@ -44,7 +44,7 @@ TEST(PrivilegedToolsTest, tellsWhichPathARunTakesAway) {
     EXPECT_EQ(takenAway("/usr/bin/touch", {"-c", "/a"}), std::nullopt);
 }
 
-TEST(PrivilegedToolsTest, tellsWhichPathARunReplaces) {
+TEST(PrivilegedToolsTest, reportsWhichPathARunReplaces) {
     EXPECT_EQ(replaced("/bin/rm", {"-Rdf", "/a"}), std::nullopt);
     EXPECT_EQ(replaced("/bin/rm", {"-R", "-f", "/a"}), std::nullopt);
     EXPECT_EQ(replaced("/bin/mv", {"-f", "/a", "/b"}), 2U);

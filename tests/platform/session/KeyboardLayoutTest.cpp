@@ -63,7 +63,7 @@ TEST_F(KeyboardLayoutTest, hasNamesForKeysWithoutText) {
     EXPECT_EQ(layout->keyName(kGrave, {}), "dead_circumflex");
 }
 
-TEST_F(KeyboardLayoutTest, tellsAKeyThatDoesNothingFromOneThatIsNot) {
+TEST_F(KeyboardLayoutTest, distinguishesAKeyThatDoesNothingFromOneThatIsNot) {
     const auto layout = named("us");
     EXPECT_EQ(textOf(*layout, kNoKey), "");
     EXPECT_EQ(layout->keyName(kNoKey, {}), "");

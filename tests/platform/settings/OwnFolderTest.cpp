@@ -84,7 +84,7 @@ TEST_F(OwnFolderTest, makesNoFolderThroughADanglingLink) {
     EXPECT_FALSE(test::exists(sandbox.path("target")));
 }
 
-TEST_F(OwnFolderTest, tellsWhyAFolderAboveCannotBeMade) {
+TEST_F(OwnFolderTest, reportsWhyAFolderAboveCannotBeMade) {
     const std::string file = sandbox.write("file", "");
     EXPECT_FALSE(createPrivateFolder(file + "/below/folder", error));
     EXPECT_TRUE(error);

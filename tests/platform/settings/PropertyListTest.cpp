@@ -142,7 +142,7 @@ TEST_F(PropertyListTest, readsTheBinaryForm) {
                          {"key", value(PropertyList::Array{"text", 300, value(true)})}}));
 }
 
-TEST_F(PropertyListTest, tellsWhatCannotBeWrittenAgain) {
+TEST_F(PropertyListTest, reportsWhatCannotBeWrittenAgain) {
     const auto can = [](const std::string& bytes) {
         return PropertyList::canBeWrittenAgain(bytes);
     };
@@ -230,7 +230,7 @@ TEST_F(PropertyListTest, writesAFileWithTheFoldersAboveIt) {
     EXPECT_FALSE(error);
 }
 
-TEST_F(PropertyListTest, tellsWhyAFileCannotBeRead) {
+TEST_F(PropertyListTest, reportsWhyAFileCannotBeRead) {
     EXPECT_EQ(PropertyList::readFile(sandbox.path("missing"), error), std::nullopt);
     ASSERT_TRUE(error);
     EXPECT_EQ(error->code, ENOENT);
@@ -239,7 +239,7 @@ TEST_F(PropertyListTest, tellsWhyAFileCannotBeRead) {
     EXPECT_EQ(error->description, "The file " + path + " cannot be read: it is no property list.");
 }
 
-TEST_F(PropertyListTest, tellsWhyAFileCannotBeWritten) {
+TEST_F(PropertyListTest, reportsWhyAFileCannotBeWritten) {
     const std::string file = sandbox.write("file", "x");
     EXPECT_FALSE(manyKinds().writeFile(file + "/list.plist", error));
     EXPECT_TRUE(error);

@@ -47,7 +47,7 @@ TEST_F(ThreadTest, hasNothingToWaitForAtFirst) {
     EXPECT_TRUE(joinDetachedThreads(milliseconds(0)));
 }
 
-TEST_F(ThreadTest, tellsThatAThreadOutlivedTheLimit) {
+TEST_F(ThreadTest, reportsThatAThreadOutlivedTheLimit) {
     std::atomic<bool> stop{false};
     detachNewThread([&stop] { stop.wait(false); });
     const auto begin = steady_clock::now();

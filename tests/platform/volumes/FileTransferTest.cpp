@@ -184,7 +184,7 @@ TEST_F(FileTransferTest, namesTheFolderThatIsMissing) {
                                       " cannot be made: no such file or folder.");
 }
 
-TEST_F(FileTransferPermissionTest, tellsThatTheSourceCannotBeRead) {
+TEST_F(FileTransferPermissionTest, reportsThatTheSourceCannotBeRead) {
     const std::string source = sandbox.write("source", "x");
     ASSERT_EQ(chmod(source.c_str(), 0200), 0);
     EXPECT_FALSE(copyFile(source, sandbox.path("copy"), error));
@@ -280,7 +280,7 @@ TEST_F(FileTransferTest, refusesAFolderWithAnotherVolumeInIt) {
     EXPECT_FALSE(test::exists(sandbox.path("copy")));
 }
 
-TEST_F(FileTransferTest, tellsACopyThatDiffersFromItsSource) {
+TEST_F(FileTransferTest, reportsACopyThatDiffersFromItsSource) {
     const std::string bytes = manyBytes(600'000);
     std::string changed = bytes;
     changed[599'999] = static_cast<char>(changed[599'999] ^ 1);

@@ -30,7 +30,7 @@ TEST_F(VolumeStatisticsTest, agreeWithWhatTheSystemTells) {
     EXPECT_FALSE(error);
 }
 
-TEST_F(VolumeStatisticsTest, tellASizeAWayOfWritingAndWhatIsLeft) {
+TEST_F(VolumeStatisticsTest, reportASizeAWayOfWritingAndWhatIsLeft) {
     const test::PrivateMounts mounts;
     if (!mounts.mountVolume(sandbox.folder(), "tmpfs", "size=1m")) {
         GTEST_SKIP() << "may not mount";

@@ -192,14 +192,14 @@ TEST_F(DocumentAnalysisTest, loadsStrictly) {
                                        "conversion.");
 }
 
-TEST_F(DocumentAnalysisTest, tellsThatAFileCannotBeLoaded) {
+TEST_F(DocumentAnalysisTest, reportsThatAFileCannotBeLoaded) {
     analyseFile(sandbox.path("none.xml"));
     expectNothingShown();
     ASSERT_EQ(alerts->shown.size(), 1U);
     EXPECT_EQ(alerts->shown[0].contents.messageText, "Error loading XML file");
 }
 
-TEST_F(DocumentAnalysisTest, tellsThatTheCatalogueIsMissing) {
+TEST_F(DocumentAnalysisTest, reportsThatTheCatalogueIsMissing) {
     catalogue.remove();
     analyse("5", "");
     expectNothingShown();

@@ -107,7 +107,7 @@ TEST_F(DocumentConversionThreadsTest, aConversionThatWasStoppedAsksNothing) {
     EXPECT_EQ(test::readBytes(path), kVersion5);
 }
 
-TEST_F(DocumentConversionThreadsTest, aWindowTellsOfAConversionThatWasWrittenWhenItsDialogClosed) {
+TEST_F(DocumentConversionThreadsTest, aWindowReportsAConversionThatWasWrittenWhenItsDialogClosed) {
     window->selectedKey = "4";
     // The second start is that of the analysis after the conversion.
     int starts = 0;
@@ -210,7 +210,7 @@ TEST_F(DocumentConversionThreadsTest, theMinimumOfAnAnalysisWhoseDialogWasClosed
     EXPECT_EQ(window->calls.back(), "end convert");
 }
 
-TEST_F(DocumentConversionThreadsTest, aRunWithoutMemoryStopsItsSpinnerAndTellsIt) {
+TEST_F(DocumentConversionThreadsTest, aRunWithoutMemoryStopsItsSpinnerAndReportsIt) {
     window->selectedKey = "1";
     document->setMinDowngradeVersion(2);
     alerts->onShow = [](const AlertContents& /*alert*/) { throw std::bad_alloc(); };
@@ -243,7 +243,7 @@ TEST_F(DocumentConversionThreadsTest, aRunWithoutMemoryEvenForItsMessageStopsIts
     EXPECT_TRUE(isConvertedTo("4"));
 }
 
-TEST_F(DocumentConversionThreadsTest, anAnalysisWithoutMemoryTellsItAndStopsItsSpinner) {
+TEST_F(DocumentConversionThreadsTest, anAnalysisWithoutMemoryReportsItAndStopsItsSpinner) {
     when("offer: ", [] { throw std::bad_alloc(); });
     document->showConvertDialog();
     waitForThreads();

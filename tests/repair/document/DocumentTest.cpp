@@ -272,7 +272,7 @@ TEST_F(DocumentAlert, readsItsInformationAsAFormat) {
     EXPECT_EQ(log.entries(), Strings{"100%% %d. 100%% of %@ and %d"});
 }
 
-TEST_F(DocumentAlert, isToldToWhoeverStandsForTheUserOfAHeadlessDocument) {
+TEST_F(DocumentAlert, isShownToWhoeverStandsForTheUserOfAHeadlessDocument) {
     document->setHasGUI(false);
     document->displayAlert("Nobody", "listens");
     Strings told;
@@ -341,7 +341,7 @@ TEST_F(DocumentTest, theFlagsFollowARepairWhileItRuns) {
                  "errors, not repaired", "errors, not repaired", "errors, not repaired"}));
 }
 
-TEST_F(DocumentTest, tellsTheTruthAboutASwapThatAnAlertRaisedAfter) {
+TEST_F(DocumentTest, reportsTheTruthAboutASwapThatAnAlertRaisedAfter) {
     window->onCall = [](const std::string& call) {
         if (call.starts_with("alert: ")) {
             throw platform::Exception("Test", "raised");

@@ -282,7 +282,7 @@ TEST_F(DocumentThreadsTest, anExceptionOfAnotherKindEndsTheRunAndNotTheProgram) 
     EXPECT_EQ(test::readBytes(sandbox.path("Cut.xml")), kSoundXMEML);
 }
 
-TEST_F(DocumentThreadsTest, aSystemWithoutAThreadToGiveIsLoggedAndTold) {
+TEST_F(DocumentThreadsTest, aSystemWithoutAThreadToGiveIsLoggedAndReported) {
     document->setFilePath(sandbox.write("Cut.xml", kSoundXMEML));
     rlimit before{};
     ASSERT_EQ(getrlimit(RLIMIT_NPROC, &before), 0);

@@ -400,7 +400,7 @@ TEST_F(StripTagsTest, keepsTheTargetsOwnElements) {
     EXPECT_EQ(strip(xmeml("5", "    <uuid>1</uuid>\n"), "3"), xmeml("5", "    <uuid>1</uuid>\n"));
 }
 
-TEST_F(StripTagsTest, tellsCapitalsFromSmallLetters) {
+TEST_F(StripTagsTest, distinguishesCapitalsFromSmallLetters) {
     EXPECT_EQ(strip(xmeml("5", "    <UUID>1</UUID>\n"), "2"), xmeml("5", "    <UUID>1</UUID>\n"));
 }
 

@@ -268,7 +268,7 @@ TEST_F(CharacterFilterTest, setsTheMaximumOfATextOf512001Units) {
     EXPECT_EQ(events.calls, (Strings{"max: 512001", "indeterminate"}));
 }
 
-TEST_F(CharacterFilterTest, tellsIndexesThatAreNoMultiplesOf6144) {
+TEST_F(CharacterFilterTest, reportsIndexesThatAreNoMultiplesOf6144) {
     const std::string text = std::string(20000, 'a') + "\U0001F600<b>\u00E9</b>" +
                              std::string(50000, 'c') + "\x01" + std::string(3000, '"');
     EXPECT_FALSE(filtered(text).empty());
@@ -286,7 +286,7 @@ TEST_F(CharacterFilterTest, tellsIndexesThatAreNoMultiplesOf6144) {
     EXPECT_EQ(events.progressValues, std::vector<std::int64_t>{6143});
 }
 
-TEST_F(CharacterFilterTest, tellsARemovalBeforeItsOwnIndexAndAfterAllEarlierOnes) {
+TEST_F(CharacterFilterTest, reportsARemovalBeforeItsOwnIndexAndAfterAllEarlierOnes) {
     const Filtering filtering = run(quickFilter, "ab\x01\U0001F600z");
     EXPECT_EQ(filtering.calls, (Strings{"finished: 0", "finished: 1", "removed: 2, bytes 2 to 3",
                                         "finished: 2", "removed: 3, bytes 3 to 7", "finished: 3",

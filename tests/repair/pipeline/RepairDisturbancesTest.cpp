@@ -225,7 +225,7 @@ TEST_F(RepairDisturbancesTest, metadataThatWereLostAreReported) {
     }));
 }
 
-TEST_F(RepairDisturbancesTest, tellsWhereAnOldWorkingCopyLies) {
+TEST_F(RepairDisturbancesTest, reportsWhereAnOldWorkingCopyLies) {
     sandbox.write("Cut-backup.xml", "old");
     EXPECT_EQ(runOn("Cut.xml", kSoundXMEML), RepairOutcome::sound);
     EXPECT_EQ(result.oldCopy, trash() + "/Cut-backup.xml");

@@ -137,7 +137,7 @@ TEST_F(RepairPipelineTest, namesTheWorkingCopyAfterTheFileAndItsKind) {
     EXPECT_EQ(RepairPipeline::workingCopyPath("Cut.xml", FileKind::xmeml), "Cut-backup.xml");
 }
 
-TEST_F(RepairPipelineTest, tellsThatThereIsNoFile) {
+TEST_F(RepairPipelineTest, reportsThatThereIsNoFile) {
     const std::string path = sandbox.path("None.xml");
     EXPECT_EQ(run(path), RepairOutcome::stopped);
     const std::string info = "The file " + path + " cannot be found.";
@@ -149,7 +149,7 @@ TEST_F(RepairPipelineTest, tellsThatThereIsNoFile) {
     EXPECT_EQ(names(), Strings{});
 }
 
-TEST_F(RepairPipelineTest, tellsThatThereIsNoFileAtTheEndOfALink) {
+TEST_F(RepairPipelineTest, reportsThatThereIsNoFileAtTheEndOfALink) {
     std::filesystem::create_symlink(sandbox.path("None.xml"), sandbox.path("Link.xml"));
     EXPECT_EQ(run(sandbox.path("Link.xml")), RepairOutcome::stopped);
     EXPECT_EQ(events.report(), Strings{});
@@ -279,7 +279,7 @@ TEST_F(RepairPipelineTest, leavesToTheFilterWhatItRemovesAndReports) {
     EXPECT_EQ(report.at(3), "error: Invalid character at byte 22 removed.");
 }
 
-TEST_F(RepairPipelineTest, tellsAFaultThatTheFilterMakesAndEndsAsUnable) {
+TEST_F(RepairPipelineTest, reportsAFaultThatTheFilterMakesAndEndsAsUnable) {
     // The filter takes the sign inside the value for the end of the tag.
     const std::string text = kXMEMLHead + "<sequence id=\"a>b\"/></xmeml>";
     const std::string fault =

@@ -54,7 +54,7 @@ TEST_F(RepairReportTest, keepsTheVerdictAsTheEffectsOfFindingsChangeIt) {
     EXPECT_EQ(report.findings().count(Severity::error), 4U);
 }
 
-TEST_F(RepairReportTest, tellsTheVerdictBeforeTheLine) {
+TEST_F(RepairReportTest, reportsTheVerdictBeforeTheLine) {
     events.onCall = [this](const std::string&) {
         EXPECT_EQ(events.verdicts, std::vector<Verdict>{(Verdict{true, false})});
     };
@@ -62,7 +62,7 @@ TEST_F(RepairReportTest, tellsTheVerdictBeforeTheLine) {
     EXPECT_EQ(events.calls.size(), 1U);
 }
 
-TEST_F(RepairReportTest, tellsAVerdictThatIsTheSameToo) {
+TEST_F(RepairReportTest, reportsAVerdictThatIsTheSameToo) {
     // Whoever shows it may have had another one before the run.
     report.setVerdict({false, true});
     EXPECT_EQ(events.verdicts, std::vector<Verdict>{(Verdict{false, true})});

@@ -41,7 +41,7 @@ TEST_F(RepairResultTest, ofASoundFileHasNoFindings) {
     EXPECT_EQ(result.workingCopy, "");
 }
 
-TEST_F(RepairResultTest, tellsWhatWasMendedByItsRuleAndWhere) {
+TEST_F(RepairResultTest, reportsWhatWasMendedByItsRuleAndWhere) {
     const std::string text = kHead + "<sequence a=&amp;>\n é & &nbsp; \x01</sequence></xmeml>";
     EXPECT_EQ(runOn("Cut.xml", "\xEF\xBB\xBF" + text), RepairOutcome::repairedAndSwapped);
     const auto offset = [&](std::string_view what) { return std::to_string(3 + text.find(what)); };
@@ -56,14 +56,14 @@ TEST_F(RepairResultTest, tellsWhatWasMendedByItsRuleAndWhere) {
     EXPECT_EQ(result.findings.count(Severity::warning), 0U);
 }
 
-TEST_F(RepairResultTest, tellsTheFaultThatEndedTheReading) {
+TEST_F(RepairResultTest, reportsTheFaultThatEndedTheReading) {
     EXPECT_EQ(runOn("Cut.xml", kHead + "<sequence></xmeml>"), RepairOutcome::unable);
     ASSERT_EQ(result.findings.kept().size(), 1U);
     EXPECT_EQ(findings().front(), "xml-mismatched-end-tag 2,30 @46 xmeml sequence 2");
     EXPECT_NE(result.findings.kept().front().message().find("</sequence>"), std::string::npos);
 }
 
-TEST_F(RepairResultTest, tellsTheFaultThatOnlyTheFilterMakesAndWhereItComesFrom) {
+TEST_F(RepairResultTest, reportsTheFaultThatOnlyTheFilterMakesAndWhereItComesFrom) {
     // The filter takes what follows the first greater-than sign for text, and the mend before it
     // has moved all.
     const std::string text = kHead + "<sequence a=b>é\n<!-- a > b --></sequence></xmeml>";
@@ -77,14 +77,14 @@ TEST_F(RepairResultTest, tellsTheFaultThatOnlyTheFilterMakesAndWhereItComesFrom)
     EXPECT_EQ(result.findings.count(Severity::error), 2U);
 }
 
-TEST_F(RepairResultTest, tellsTheFaultOfACharacterThatTheFilterLeaves) {
+TEST_F(RepairResultTest, reportsTheFaultOfACharacterThatTheFilterLeaves) {
     const std::string text = kHead + "<sequence><![CDATA[\x01]]></sequence></xmeml>";
     EXPECT_EQ(runOn("Cut.xml", text), RepairOutcome::unable);
     EXPECT_EQ(findings(), Strings{"xml-forbidden-character 2,39 @" +
                                   std::to_string(text.find('\x01')) + " U+0001"});
 }
 
-TEST_F(RepairResultTest, tellsTheMendsWithTheirEditsOfTheFile) {
+TEST_F(RepairResultTest, reportsTheMendsWithTheirEditsOfTheFile) {
     const std::string text = "\xEF\xBB\xBF" + kHead + "<sequence a=b>&</sequence></xmeml>";
     EXPECT_EQ(runOn("Cut.xml", text), RepairOutcome::repairedAndSwapped);
     ASSERT_EQ(result.findings.kept().size(), 2U);
@@ -116,7 +116,7 @@ TEST_F(RepairResultTest, ofBytesThatAreNoTextHasNoPlacesAndNoMends) {
     EXPECT_FALSE(result.findings.kept().front().mend.has_value());
 }
 
-TEST_F(RepairResultTest, tellsWhatTheChecksFindAboutTheFileAsAWhole) {
+TEST_F(RepairResultTest, reportsWhatTheChecksFindAboutTheFileAsAWhole) {
     EXPECT_EQ(runOn("Cut.xml", "<xmeml version=\"4\"><a/><color>b</color></xmeml>"),
               RepairOutcome::unable);
     EXPECT_EQ(findings(), (Strings{"repair-document-type 0,0 @0", "repair-no-sequence 0,0 @0",
@@ -126,7 +126,7 @@ TEST_F(RepairResultTest, tellsWhatTheChecksFindAboutTheFileAsAWhole) {
     EXPECT_EQ(result.verdict, (Verdict{true, false}));
 }
 
-TEST_F(RepairResultTest, ofARepairedFileTellsWhereTheOriginalIs) {
+TEST_F(RepairResultTest, ofARepairedFileReportsWhereTheOriginalIs) {
     EXPECT_EQ(runOn("Cut.xml", "<xmeml version=\"5\"><sequence/></xmeml>"),
               RepairOutcome::repairedAndSwapped);
     EXPECT_EQ(result.original, trash() + "/Cut.xml");

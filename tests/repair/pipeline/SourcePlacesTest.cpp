@@ -28,7 +28,7 @@ TEST_F(SourcePlacesTest, areThoseOfTheSourceAndOfItsFile) {
     }
 }
 
-TEST_F(SourcePlacesTest, tellLineAndColumnOfTheSource) {
+TEST_F(SourcePlacesTest, reportLineAndColumnOfTheSource) {
     const Place place = places.of({text.find('\x01'), 1});
     EXPECT_EQ(place.line, 2U);
     EXPECT_EQ(place.column, 8U);

@@ -114,7 +114,7 @@ TEST_F(QMAlertTest, showsOneStandardButtonWithoutTitles) {
     EXPECT_THAT(panels->happenings, ElementsAre("make panel", "begin free-standing"));
 }
 
-TEST_F(QMAlertTest, tellsAnEmptyTitleFromNone) {
+TEST_F(QMAlertTest, distinguishesAnEmptyTitleFromNone) {
     answerSoon(1);
     QMAlert::alertSheetWithMessageText("m", "", std::nullopt, std::nullopt, "i", nullptr, true);
     EXPECT_EQ(panels->panels.at(0)->contents.defaultButtonTitle, "");
@@ -264,7 +264,7 @@ TEST_F(QMAlertTest, isItsOwnDelegateWhenThereIsNone) {
     EXPECT_FALSE(object->respondsToSelector("questionDidEnd:"));
 }
 
-TEST_F(QMAlertTest, tellsItsDelegateByTheUsualOperationWithoutASelector) {
+TEST_F(QMAlertTest, notifiesItsDelegateByTheUsualOperationWithoutASelector) {
     const auto delegate = std::make_shared<TestDelegate>();
     answerSoon(0);
     EXPECT_EQ(ask(delegate, std::nullopt, true, nullptr), 0);

@@ -33,7 +33,7 @@ TEST_F(QMShortcutKeyContainerViewTest, hasItsDataShown) {
     EXPECT_FALSE(pane.dataCell("keyname").isLeaf());
 }
 
-TEST_F(QMShortcutKeyContainerViewTest, tellsThatTheInterfaceCannotBeLoaded) {
+TEST_F(QMShortcutKeyContainerViewTest, reportsThatTheInterfaceCannotBeLoaded) {
     constexpr const char* kMessage = "Error: unable to load keyboard shortcut interface";
     pane.isThere = false;
     test::ConsoleCapture console;

@@ -230,7 +230,7 @@ TEST_F(QMShortcutKeyTableDelegateTest, takesTheSelectedRowsKeyAwayForTheDeleteKe
     EXPECT_THAT(program.takeArguments(), ElementsAre("-setup"));
 }
 
-TEST_F(QMShortcutKeyTableDelegateTest, writesTheListThenTellsOfItThenRunsTheManager) {
+TEST_F(QMShortcutKeyTableDelegateTest, writesTheListThenReportsItThenRunsTheManager) {
     const auto program = installManager();
     bool wasWritten = false;
     bool wasRun = true;

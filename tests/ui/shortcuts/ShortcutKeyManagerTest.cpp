@@ -69,7 +69,7 @@ TEST_F(ShortcutKeyManagerTest, isRunWithASingleArgument) {
     EXPECT_THAT(console.lines(), IsEmpty());
 }
 
-TEST_F(ShortcutKeyManagerTest, isToldMissing) {
+TEST_F(ShortcutKeyManagerTest, isReportedMissing) {
     constexpr const char* kMessage =
         "Unable to setup shortcut keys - shortcut key manager doesn't exist. Please reinstall this "
         "software.";

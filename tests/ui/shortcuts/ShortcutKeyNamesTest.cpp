@@ -131,7 +131,7 @@ TEST_F(ShortcutKeyNamesTest, namesTheKeyItselfWhateverIsHeld) {
     EXPECT_EQ(nameOf(*layout("us"), 23, 512), "Shift+Tab");
 }
 
-TEST_F(ShortcutKeyNamesTest, tellsWhatAKeyProducesWithOthers) {
+TEST_F(ShortcutKeyNamesTest, reportsWhatAKeyProducesWithOthers) {
     const auto us = layout("us");
     EXPECT_EQ(stringForKey(us.get(), 38, 0), "a") << "upper case is for names alone";
     EXPECT_EQ(stringForKey(us.get(), 38, ShortcutKey::kShift), "A");
@@ -153,7 +153,7 @@ TEST_F(ShortcutKeyNamesTest, keepsTheCaseOfALongerText) {
     EXPECT_EQ(nameOf(TwoLetters(), 24), "ab");
 }
 
-TEST_F(ShortcutKeyNamesTest, tellsThatThereIsNoLayout) {
+TEST_F(ShortcutKeyNamesTest, reportsThatThereIsNoLayout) {
     constexpr const char* kMessage =
         "Couldn't find a suitable keyboard layout from which to translate";
     test::ConsoleCapture console;
@@ -163,7 +163,7 @@ TEST_F(ShortcutKeyNamesTest, tellsThatThereIsNoLayout) {
     EXPECT_EQ(nameForKey(nullptr, 24, 4096), std::nullopt);
 }
 
-TEST_F(ShortcutKeyNamesTest, tellsTheErrorOfAKeyThatIsNone) {
+TEST_F(ShortcutKeyNamesTest, reportsTheErrorOfAKeyThatIsNone) {
     test::ConsoleCapture console;
     EXPECT_EQ(stringForKey(layout("us").get(), 3, 0), std::nullopt);
     EXPECT_THAT(console.lines(),
@@ -173,14 +173,14 @@ TEST_F(ShortcutKeyNamesTest, tellsTheErrorOfAKeyThatIsNone) {
     EXPECT_EQ(nameOf(*layout("us"), 3, 4096), "(none)");
 }
 
-TEST_F(ShortcutKeyNamesTest, tellsTheCodeOfAKeyThatDoesNothing) {
+TEST_F(ShortcutKeyNamesTest, reportsTheCodeOfAKeyThatDoesNothing) {
     test::ConsoleCapture console;
     EXPECT_EQ(stringForKey(layout("us").get(), 93, 0), std::nullopt);
     EXPECT_THAT(console.lines(), ElementsAre("Couldn't find a translation for the '93' key code"));
     EXPECT_EQ(nameOf(*layout("us"), 93, 4096), "(none)");
 }
 
-TEST_F(ShortcutKeyNamesTest, tellsNothingOfASoundKey) {
+TEST_F(ShortcutKeyNamesTest, reportsNothingAboutASoundKey) {
     test::ConsoleCapture console;
     EXPECT_EQ(nameOf(*layout("us"), 71, 4096), "Ctrl+F5");
     EXPECT_THAT(console.lines(), IsEmpty());

@@ -21,7 +21,7 @@ TEST(ShortcutKey, isMadeOfItsModifiers) {
     EXPECT_EQ(ShortcutKey::withModifiers(71, 512 + 4096 + 1024 + 1), key) << "other bits";
 }
 
-TEST(ShortcutKey, isToldByUserInformation) {
+TEST(ShortcutKey, isReportedByUserInformation) {
     const ShortcutKey key{.keyCode = 71, .shift = true, .cmd = false, .opt = true, .ctrl = false};
     EXPECT_EQ(
         key.userInfo(),

@@ -147,7 +147,7 @@ TEST_F(ShortcutWatchListTest, replacesEveryEntryOfTheCommand) {
     EXPECT_THAT(storedEntries(), ElementsAre(ownEntry("close", 2, 0), ownEntry("open", 71, 4096)));
 }
 
-TEST_F(ShortcutWatchListTest, tellsCommandsWithoutAnIdByTheirParameters) {
+TEST_F(ShortcutWatchListTest, reportsCommandsWithoutAnIdByTheirParameters) {
     const auto command = [](const char* first) {
         return Command{
             .bundleId = "com.example.Cutter", .id = std::nullopt, .params = Array{first, 2}};
@@ -194,7 +194,7 @@ TEST_F(ShortcutWatchListTest, takesAnEmptyFileForAnEmptyList) {
     EXPECT_THAT(visibleNames(), ElementsAre("com.quillmark.shortcutkeys.plist"));
 }
 
-TEST_F(ShortcutWatchListTest, tellsThatItIsDamagedAndLeavesItAlone) {
+TEST_F(ShortcutWatchListTest, reportsThatItIsDamagedAndLeavesItAlone) {
     for (const std::string bytes :
          {"<plist><dict><key>watchl", "no list", "<plist><array/></plist>",
           "<plist><dict><key>watchlist</key><string>x</string></dict></plist>"}) {

@@ -76,7 +76,7 @@ class CrashReportsTest : public ::testing::Test {
         sandbox.path("reported")};
 };
 
-TEST_F(CrashReportsTest, tellNothingOfRunsThatEndCleanly) {
+TEST_F(CrashReportsTest, reportNothingAboutRunsThatEndCleanly) {
     for (int start = 0; start < 3; ++start) {
         const test::ProgramResult result = run("cleanly");
         EXPECT_EQ(result.status, 0) << result.errors;
@@ -142,7 +142,7 @@ TEST_F(CrashReportsTest, leaveTheReasonOfAnExceptionInTheLogToo) {
     EXPECT_THAT(log(), ElementsAre("nobody catches this"));
 }
 
-TEST_F(CrashReportsTest, tellTheNewestOfManyCrashes) {
+TEST_F(CrashReportsTest, reportTheNewestOfManyCrashes) {
     run("memory");
     EXPECT_EQ(run("abort").output, "crashed: " + report() + "\n");
     EXPECT_THAT(reporter.takeArguments(), ElementsAre(report()));
@@ -151,7 +151,7 @@ TEST_F(CrashReportsTest, tellTheNewestOfManyCrashes) {
     EXPECT_THAT(reporter.takeArguments(), ElementsAre(report(1)));
 }
 
-TEST_F(CrashReportsTest, tellNothingOfARunThatWasKilled) {
+TEST_F(CrashReportsTest, reportNothingAboutARunThatWasKilled) {
     test::RunningProgram running(settings("wait"));
     ASSERT_TRUE(running.readUntil("waiting"));
     running.sendSignal(SIGKILL);
@@ -162,7 +162,7 @@ TEST_F(CrashReportsTest, tellNothingOfARunThatWasKilled) {
     EXPECT_FALSE(reporter.wasRun());
 }
 
-TEST_F(CrashReportsTest, tellAnOldCrashNotAgainWhenALaterRunIsKilled) {
+TEST_F(CrashReportsTest, reportAnOldCrashNotAgainWhenALaterRunIsKilled) {
     run("memory");
     {
         test::RunningProgram running(settings("wait"));
@@ -175,7 +175,7 @@ TEST_F(CrashReportsTest, tellAnOldCrashNotAgainWhenALaterRunIsKilled) {
     EXPECT_FALSE(reporter.wasRun());
 }
 
-TEST_F(CrashReportsTest, tellOfARunThatAnotherProgramEndedByAFatalSignal) {
+TEST_F(CrashReportsTest, reportARunThatAnotherProgramEndedByAFatalSignal) {
     test::RunningProgram running(settings("wait"));
     ASSERT_TRUE(running.readUntil("waiting"));
     running.sendSignal(SIGSEGV);

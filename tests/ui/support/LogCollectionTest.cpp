@@ -241,7 +241,7 @@ TEST_F(LogCollectionTest, copiesLogsThenCrashReportsThenPreferences) {
     EXPECT_EQ(console.lines().size(), 2U);
 }
 
-TEST_F(LogCollectionTest, tellsOfAFolderThatCannotBeMade) {
+TEST_F(LogCollectionTest, reportsAFolderThatCannotBeMade) {
     make(logs(), "Reel.1.log");
     fs::permissions(folder, fs::perms(0500));
     test::ConsoleCapture console;

@@ -353,7 +353,7 @@ TEST_F(QMBugReporterTest, recordsTheExitAtTheEnd) {
     EXPECT_EQ(stamped("launch"), std::nullopt);
 }
 
-TEST_F(QMBugReporterTest, comparesWithTheLaunchOfTheRunBeforeAndTellsACrashOnce) {
+TEST_F(QMBugReporterTest, comparesWithTheLaunchOfTheRunBeforeAndReportsACrashOnce) {
     stamp("launch", kLaunch);
     const std::string report = makeReport("DiagnosticReports", "Vornic_1.crash");
     QMBugReporter::startBugReporter();
@@ -363,7 +363,7 @@ TEST_F(QMBugReporterTest, comparesWithTheLaunchOfTheRunBeforeAndTellsACrashOnce)
     EXPECT_EQ(opener->opened.size(), 1U);
 }
 
-TEST_F(QMBugReporterTest, tellsTheDelegateOnTheMainThreadWithoutWaiting) {
+TEST_F(QMBugReporterTest, notifiesTheDelegateOnTheMainThreadWithoutWaiting) {
     stamp("launch", kLaunch);
     const std::string report = makeReport("DiagnosticReports", "Vornic_1.crash");
     auto delegate = std::make_shared<Delegate>();
@@ -374,7 +374,7 @@ TEST_F(QMBugReporterTest, tellsTheDelegateOnTheMainThreadWithoutWaiting) {
     EXPECT_THAT(delegate->told, ElementsAre(report));
 }
 
-TEST_F(QMBugReporterTest, tellsTheDelegateAfterTheStartOnTheMainThreadToo) {
+TEST_F(QMBugReporterTest, notifiesTheDelegateAfterTheStartOnTheMainThreadToo) {
     stamp("launch", kLaunch);
     const std::string report = makeReport("DiagnosticReports", "Other_1.crash");
     auto delegate = std::make_shared<Delegate>();
@@ -384,7 +384,7 @@ TEST_F(QMBugReporterTest, tellsTheDelegateAfterTheStartOnTheMainThreadToo) {
     EXPECT_THAT(delegate->told, ElementsAre(report));
 }
 
-TEST_F(QMBugReporterTest, tellsTheDelegateThoughTheReporterIsSwitchedOff) {
+TEST_F(QMBugReporterTest, notifiesTheDelegateThoughTheReporterIsSwitchedOff) {
     stamp("launch", kLaunch);
     const std::string report = makeReport("DiagnosticReports", "Vornic_1.crash");
     setGlobal("disable-crash-reporter", "1");
@@ -395,7 +395,7 @@ TEST_F(QMBugReporterTest, tellsTheDelegateThoughTheReporterIsSwitchedOff) {
     EXPECT_THAT(delegate->told, ElementsAre(report));
 }
 
-TEST_F(QMBugReporterTest, tellsNobodyWhenNothingWasFound) {
+TEST_F(QMBugReporterTest, notifiesNobodyWhenNothingWasFound) {
     auto delegate = std::make_shared<Delegate>();
     QMBugReporter::startBugReporterWithDelegate(delegate);
     EXPECT_FALSE(MainThread::dispatchOne(0ms));

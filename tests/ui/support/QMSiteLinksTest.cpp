@@ -73,7 +73,7 @@ TEST_F(QMSiteLinksTest, asksNothingWhenNothingIsGiven) {
               "https://www.quillmark.example/support/brindletools/bugreport/");
 }
 
-TEST_F(QMSiteLinksTest, tellsAnEmptyTextFromNone) {
+TEST_F(QMSiteLinksTest, distinguishesAnEmptyTextFromNone) {
     EXPECT_EQ(QMSiteLinks::bugReportURLWithAppName("a", "", ""),
               "https://www.quillmark.example/support/a/bugreport/?app=&version=");
 }

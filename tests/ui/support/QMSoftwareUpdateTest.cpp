@@ -173,7 +173,7 @@ TEST_F(QMSoftwareUpdateTest, usesTheOlderCopyWhenItCannotBeReplaced) {
     EXPECT_THAT(log.entries(), IsEmpty());
 }
 
-TEST_F(QMSoftwareUpdateTest, tellsThePathOfTheCopyEvenWhenItCannotBeMade) {
+TEST_F(QMSoftwareUpdateTest, reportsThePathOfTheCopyEvenWhenItCannotBeMade) {
     leaveIn(inResources, "new");
     closeTemporaryFolder();
     EXPECT_EQ(QMSoftwareUpdate::updaterPath(), copy());

@@ -175,7 +175,7 @@ TEST_F(QMTroubleshootingUtilsTest, archivesForOtherPeoplesTools) {
 
 // What is told
 
-TEST_F(QMTroubleshootingUtilsTest, tellsOfTheArchiveWithAFreeStandingAlert) {
+TEST_F(QMTroubleshootingUtilsTest, reportsTheArchiveWithAFreeStandingAlert) {
     make(logs(), "Reel.1.log");
     EXPECT_TRUE(Utils::gatherLogsForAppWithName("Reel"));
     EXPECT_THAT(panels->texts(), ElementsAre(kSuccess));
@@ -191,7 +191,7 @@ TEST_F(QMTroubleshootingUtilsTest, showsNothingWhenItIsToBeSilent) {
     EXPECT_THAT(test::namesIn(desktop()), ElementsAre("Reel Logs.zip"));
 }
 
-TEST_F(QMTroubleshootingUtilsTest, tellsWhenThereIsNothingToGather) {
+TEST_F(QMTroubleshootingUtilsTest, reportsWhenThereIsNothingToGather) {
     EXPECT_FALSE(Utils::gatherLogsForAppWithName("Reel"));
     EXPECT_THAT(panels->texts(), ElementsAre(kNothing));
     EXPECT_THAT(test::namesIn(desktop()), IsEmpty());
@@ -203,7 +203,7 @@ TEST_F(QMTroubleshootingUtilsTest, showsNothingWithNothingToGatherWhenItIsToBeSi
     EXPECT_THAT(test::namesIn(desktop()), IsEmpty());
 }
 
-TEST_F(QMTroubleshootingUtilsTest, tellsWhenTheArchiveCannotBeMade) {
+TEST_F(QMTroubleshootingUtilsTest, reportsWhenTheArchiveCannotBeMade) {
     make(logs(), "Reel.1.log");
     fs::permissions(desktop(), fs::perms(0500));
     EXPECT_FALSE(Utils::gatherLogsForAppWithName("Reel"));
@@ -331,7 +331,7 @@ TEST_F(QMTroubleshootingUtilsTest, refusesAFolderOfAnotherUserInTheFoldersPlace)
     EXPECT_THAT(panels->texts(), IsEmpty());
 }
 
-TEST_F(QMTroubleshootingUtilsTest, tellsWhenTheFolderOfAnEarlierRunCannotBeRemoved) {
+TEST_F(QMTroubleshootingUtilsTest, reportsWhenTheFolderOfAnEarlierRunCannotBeRemoved) {
     make(logs(), "Reel.1.log");
     make(staging(), "earlier");
     fs::permissions(temporary(), fs::perms(0500));
@@ -343,7 +343,7 @@ TEST_F(QMTroubleshootingUtilsTest, tellsWhenTheFolderOfAnEarlierRunCannotBeRemov
     EXPECT_THAT(panels->texts(), IsEmpty());
 }
 
-TEST_F(QMTroubleshootingUtilsTest, tellsWhenTheStagingFolderCannotBeMade) {
+TEST_F(QMTroubleshootingUtilsTest, reportsWhenTheStagingFolderCannotBeMade) {
     make(logs(), "Reel.1.log");
     fs::permissions(temporary(), fs::perms(0500));
     test::ConsoleCapture console;
@@ -397,7 +397,7 @@ TEST_F(QMTroubleshootingUtilsTest, opensALogWithAllThatIsStillQueuedForIt) {
     EXPECT_TRUE(test::readBytes(logs() + "/Vornic.1.log").ends_with("line 200 of the log\n"));
 }
 
-TEST_F(QMTroubleshootingUtilsTest, tellsHowToComeByALog) {
+TEST_F(QMTroubleshootingUtilsTest, reportsHowToComeByALog) {
     make(logs(), "Reel.2.log");
     make(logs(), "Reel.1.task.log");
     EXPECT_FALSE(Utils::viewLogForApp("Reel"));
@@ -407,7 +407,7 @@ TEST_F(QMTroubleshootingUtilsTest, tellsHowToComeByALog) {
     EXPECT_THAT(opener->opened, IsEmpty());
 }
 
-TEST_F(QMTroubleshootingUtilsTest, tellsHowToComeByATaskLog) {
+TEST_F(QMTroubleshootingUtilsTest, reportsHowToComeByATaskLog) {
     make(logs(), "Reel.1.log");
     EXPECT_FALSE(Utils::viewTaskLogForApp("Reel"));
     EXPECT_THAT(panels->texts(),

@@ -135,7 +135,7 @@ TEST(XMLDoctypeReader, refusesParameterEntitiesWithTheSameCode) {
     EXPECT_EQ(codeOfSubset("<!NOTATION b %c;>"), kEntity);
 }
 
-TEST(XMLDoctypeReader, tellsThatEntitiesAreNotSupported) {
+TEST(XMLDoctypeReader, reportsThatEntitiesAreNotSupported) {
     const XMLReading reading = readXML("<!DOCTYPE a [\n <!ENTITY b 'c'>]><a/>", XMLMode::tolerant);
     ASSERT_TRUE(reading.fault.has_value());
     EXPECT_EQ(reading.fault->description,

@@ -105,7 +105,7 @@ TEST(XMLPlaces, countTheCharactersThatAreDropped) {
                      "end </a\x07>"}));
 }
 
-TEST(XMLReaderSink, isToldTheSameMendsThatAResultWouldHold) {
+TEST(XMLReaderSink, receivesTheSameMendsThatAResultWouldHold) {
     RecordingSink sink;
     const XMLReading told = readXML(kFaulty, XMLMode::tolerant, nullptr, &sink);
     const XMLReading kept = readXML(kFaulty, XMLMode::tolerant);
@@ -121,7 +121,7 @@ TEST(XMLReaderSink, isToldTheSameMendsThatAResultWouldHold) {
     EXPECT_EQ(mendedBy(kFaulty, sink.edits), applyXMLEdits(kFaulty, kept.edits));
 }
 
-TEST(XMLReaderSink, isToldACodeForEachKindOfMend) {
+TEST(XMLReaderSink, receivesACodeForEachKindOfMend) {
     RecordingSink sink;
     (void)readXML(kFaulty, XMLMode::tolerant, nullptr, &sink);
     std::vector<XMLErrorCode> codes;
@@ -138,7 +138,7 @@ TEST(XMLReaderSink, isToldACodeForEachKindOfMend) {
     EXPECT_EQ(sink.names[8], "nbsp");
 }
 
-TEST(XMLReaderSink, isToldPlacesThatCountTheDroppedCharacters) {
+TEST(XMLReaderSink, receivesPlacesThatCountTheDroppedCharacters) {
     const std::string text =
         "<a\x01>\x02 & \x03\x04<b c=\x05"
         "d/></a>";
@@ -168,7 +168,7 @@ TEST(XMLReaderSink, hasNoLimit) {
     EXPECT_TRUE(readXML(text, XMLMode::tolerant).fault.has_value());
 }
 
-TEST(XMLReaderSink, isToldVeryManyForbiddenCharactersWhereTheyStand) {
+TEST(XMLReaderSink, receivesVeryManyForbiddenCharactersWhereTheyStand) {
     std::string text = "<a b='";
     std::string rest = "'>";
     for (int count = 0; count < 100'000; ++count) {
@@ -183,7 +183,7 @@ TEST(XMLReaderSink, isToldVeryManyForbiddenCharactersWhereTheyStand) {
               "<a b='" + std::string(100'000, 'x') + "'>" + std::string(100'000, 'y') + "</a>");
 }
 
-TEST(XMLReaderSink, isToldNothingInStrictMode) {
+TEST(XMLReaderSink, receivesNothingInStrictMode) {
     RecordingSink sink;
     EXPECT_TRUE(readXML("<a>&</a>", XMLMode::strict, nullptr, &sink).fault.has_value());
     EXPECT_TRUE(sink.mends.empty());

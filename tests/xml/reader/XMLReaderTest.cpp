@@ -84,7 +84,7 @@ TEST(XMLReader, takesADocumentWithEverythingInIt) {
               "");
 }
 
-TEST(XMLReader, tellsEverythingInItsOrder) {
+TEST(XMLReader, reportsEverythingInItsOrder) {
     EXPECT_EQ(eventsOf("<!DOCTYPE a SYSTEM 'b' ><?p  q ?><a b='&lt;' c=\"\">x&amp;<!--y-->"
                        "<![CDATA[z]]>\n<d/><e></e></a>"),
               (Lines{"type a|a SYSTEM 'b' ", "instruction p|q ", "start a", "attribute b=&lt;",
@@ -92,16 +92,16 @@ TEST(XMLReader, tellsEverythingInItsOrder) {
                      "self-closed d", "start e", "end e", "end a"}));
 }
 
-TEST(XMLReader, tellsWhatStandsBeforeAFault) {
+TEST(XMLReader, reportsWhatStandsBeforeAFault) {
     EXPECT_EQ(eventsOf("<a><b>x</c></a>"), (Lines{"start a", "start b", "text x"}));
 }
 
-TEST(XMLReader, tellsTheTextAsItStandsWhenItIsMended) {
+TEST(XMLReader, reportsTheTextAsItStandsWhenItIsMended) {
     EXPECT_EQ(eventsOf("<a b=c>x & y < z</a>", XMLMode::tolerant),
               (Lines{"start a", "attribute b=c", "text x & y < z", "end a"}));
 }
 
-TEST(XMLReader, tellsNothingOfDroppedCharacters) {
+TEST(XMLReader, reportsNothingAboutDroppedCharacters) {
     EXPECT_EQ(eventsOf("<a\x01 b\x02='\x03'>\x04</a>", XMLMode::tolerant),
               (Lines{"start a", "attribute b=", "end a"}));
 }
@@ -429,13 +429,13 @@ TEST(XMLReader, saysWhetherWhiteSpaceHasAMeaning) {
     EXPECT_FALSE(isMixed("<a xml:space='default'> <b/> </a>"));
 }
 
-TEST(XMLReader, tellsWhichElementsAreEmptyPairs) {
+TEST(XMLReader, reportsWhichElementsAreEmptyPairs) {
     const XMLReading reading =
         readXML("<a><b/><c></c><d> </d><e f='g'></e ><b></b></a>", XMLMode::strict);
     EXPECT_EQ(reading.emptyPairs, (std::vector<std::size_t>{8, 23, 37}));
 }
 
-TEST(XMLReader, tellsEmptyPairsByTheirPlaceInTheMendedText) {
+TEST(XMLReader, reportsEmptyPairsByTheirPlaceInTheMendedText) {
     const std::string_view text = "<a>& \x01<b c=d></b>&<e></e></a>";
     const XMLReading reading = readXML(text, XMLMode::tolerant);
     const std::string mended = applyXMLEdits(text, reading.edits);
@@ -444,7 +444,7 @@ TEST(XMLReader, tellsEmptyPairsByTheirPlaceInTheMendedText) {
               (std::vector<std::size_t>{mended.find("b c"), mended.find("e></e>")}));
 }
 
-TEST(XMLReader, tellsWhiteSpaceThatIsWrittenAsReferences) {
+TEST(XMLReader, reportsWhiteSpaceThatIsWrittenAsReferences) {
     const XMLReading reading =
         readXML("<a>&#32;<b/> &#x9;\n<c/>&#10;x<d/>&#160;<e/>&amp;</a>", XMLMode::strict);
     EXPECT_EQ(reading.referencedBlanks, (std::vector<std::size_t>{3, 12}));

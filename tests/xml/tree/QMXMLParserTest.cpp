@@ -208,7 +208,7 @@ TEST_F(StringValues, yieldsTheFirstValue) {
     EXPECT_EQ(QMXMLParser::stringValueForQuery("./a[2]", root), "three");
 }
 
-TEST_F(StringValues, tellsAnEmptyValueFromNone) {
+TEST_F(StringValues, distinguishesAnEmptyValueFromNone) {
     use("<a/>");
     EXPECT_EQ(QMXMLParser::stringValueForQuery("./a", root), "");
     EXPECT_EQ(QMXMLParser::stringValueForQuery("./b", root), std::nullopt);
@@ -264,7 +264,7 @@ TEST_F(SeveralQueries, unitesResultsInFirstSeenOrder) {
     EXPECT_EQ(QMXMLParser::nodeNodesFromQueries(root, {}), Nodes{});
 }
 
-TEST_F(SeveralQueries, tellsAttributesOfOneElementApart) {
+TEST_F(SeveralQueries, distinguishesAttributesOfOneElement) {
     use("<a b='1' c='2'/>");
     EXPECT_EQ(QMXMLParser::nodeNodesFromQueries(root, {"./a/@b", "./a/@*", "./a"}).size(), 3U);
 }

@@ -369,7 +369,7 @@ TEST(XMLDocumentXPath, findsNothingWithoutAContext) {
     EXPECT_FALSE(XMLDocument::hasNodeForXPath("//a", XMLNode()));
 }
 
-TEST(XMLDocumentXPath, tellsWhetherThereIsANode) {
+TEST(XMLDocumentXPath, reportsWhetherThereIsANode) {
     const auto document = parsed("<a><b><c d='e'/></b>x</a>");
     const auto has = [&document](const char* query) {
         return XMLDocument::hasNodeForXPath(query, document->rootElement());

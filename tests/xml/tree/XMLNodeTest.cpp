@@ -41,7 +41,7 @@ TEST_F(XMLNodeTest, yieldsNothingWhenItIsNoNode) {
     EXPECT_FALSE(none.addAttribute("a", "b"));
 }
 
-TEST_F(XMLNodeTest, tellsItsKindAndName) {
+TEST_F(XMLNodeTest, reportsItsKindAndName) {
     parse("<?xml version='1.0'?><!DOCTYPE a><a b='c'>x<![CDATA[y]]><!--z--><?p q?></a>");
     EXPECT_EQ(document_->documentNode().kind(), XMLNode::Kind::document);
     EXPECT_EQ(document_->documentNode().name(), "");
@@ -107,7 +107,7 @@ TEST_F(XMLNodeTest, listsAttributesInTheirOrder) {
     EXPECT_EQ(attributes[2].attribute("z"), std::nullopt);
 }
 
-TEST_F(XMLNodeTest, tellsAMissingAttributeFromAnEmptyOne) {
+TEST_F(XMLNodeTest, distinguishesAMissingAttributeFromAnEmptyOne) {
     parse("<a b=''/>");
     EXPECT_EQ(root_.attribute("b"), "");
     EXPECT_EQ(root_.attribute("c"), std::nullopt);

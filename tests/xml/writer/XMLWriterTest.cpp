@@ -232,7 +232,7 @@ TEST(XMLWriter, stopsWhenTheSinkDoes) {
     EXPECT_EQ(calls, 2);
 }
 
-TEST(XMLWriter, tellsWhenTheSinkStopsAtTheLastPiece) {
+TEST(XMLWriter, reportsWhenTheSinkStopsAtTheLastPiece) {
     EXPECT_FALSE(parsed("<a/>")->serialize([](std::string_view) { return false; }));
 }
 
