@@ -6,6 +6,7 @@
 #include "base/Text.h"
 #include "formats/ElementIndexBuilder.h"
 #include "formats/PlaceFinder.h"
+#include "platform/processes/FreeMemory.h"
 #include "report/XMLFindings.h"
 #include "salvage/Guesses.h"
 #include "salvage/LostReferences.h"
@@ -67,6 +68,8 @@ bool CopyRun::run() {
     if (number_ + 1 == structure_.copies.size()) {
         structure_.changes = {};
     }
+    // The index that comes next has pages of its own.
+    platform::giveFreedMemoryBack();
     if (!mendInsideOfLines(origins)) {
         return false;
     }

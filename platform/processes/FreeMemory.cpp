@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <sys/resource.h>
 
 #include "platform/files/FileDescriptor.h"
@@ -44,6 +45,12 @@ std::optional<std::uint64_t> freeMemory() {
         free = std::min<std::uint64_t>(free.value_or(limit.rlim_cur), limit.rlim_cur);
     }
     return free;
+}
+
+void giveFreedMemoryBack() {
+#ifdef __GLIBC__
+    malloc_trim(0);
+#endif
 }
 
 }  // namespace vornic::platform

@@ -12,6 +12,10 @@ namespace vornic::platform {
 /// Any thread.
 [[nodiscard]] std::optional<std::uint64_t> freeMemory();
 
+/// Gives the system back what this process has freed and its allocator keeps for later: for a step
+/// that needs pages of its own after one that freed much. Takes milliseconds; any thread.
+void giveFreedMemoryBack();
+
 }  // namespace vornic::platform
 
 #endif
