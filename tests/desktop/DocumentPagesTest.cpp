@@ -5,10 +5,13 @@
 #include <QPushButton>
 #include <QTabBar>
 #include <QToolButton>
+#include <cstdlib>
+#include <filesystem>
 #include <string>
 
 #include "tests/desktop/ApplicationTest.h"
 #include "tests/support/machine/FileState.h"
+#include "tests/support/machine/ScopedEnvironment.h"
 
 // The pages of a document's window, opened by the application.
 
@@ -152,6 +155,22 @@ TEST_F(DocumentPagesTest, saveARepairedCopyAndLeaveTheFile) {
     }));
     EXPECT_NE(readBytes(sandbox.path("copy.xml")).find("a &amp; b &amp; c"), std::string::npos);
     EXPECT_EQ(fileState(path), before);
+}
+
+TEST_F(DocumentPagesTest, openTheFileInAnEditorAtTheLineInView) {
+    const std::string told = sandbox.path("told");
+    std::filesystem::create_directory(sandbox.path("programs"));
+    const std::string editor =
+        sandbox.write("programs/kate", "#!/bin/sh\nprintf '%s\\n' \"$@\" >'" + told +
+                                           ".part'\nmv '" + told + ".part' '" + told + "'\n");
+    std::filesystem::permissions(editor, std::filesystem::perms(0755));
+    const ScopedEnvironment programs("PATH", sandbox.path("programs") + ":" + getenv("PATH"));
+    DocumentMainWindow* const window = checked();
+    window->showPage(DocumentMainWindow::Page::source);
+    window->source().showLine(5);
+    action(*window, "toolsOpenInEditor")->trigger();
+    ASSERT_TRUE(waitUntil([&] { return exists(told); }));
+    EXPECT_EQ(readBytes(told), "-l\n5\n" + path + "\n");
 }
 
 TEST_F(DocumentPagesTest, bringBackAnOriginalWithoutARepair) {

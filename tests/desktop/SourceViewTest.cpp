@@ -88,6 +88,26 @@ TEST_F(SourceViewTest, drawsDamagedTextsAndGaps) {
     EXPECT_FALSE(view.grab().isNull());
 }
 
+TEST_F(SourceViewTest, marksFindingsInTheColourOfTheirSeverity) {
+    show("<a>\n<b/>\n</a>");
+    const QColor red = markColor(Severity::error, view.palette());
+    const auto countRed = [&] {
+        const QImage image = view.grab().toImage();
+        int count = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                count += image.pixelColor(x, y) == red ? 1 : 0;
+            }
+        }
+        return count;
+    };
+    const int without = countRed();
+    view.setMarks({{{4, 4}, Severity::error}});
+    EXPECT_GT(countRed(), without + 10);
+    view.setMarks({});
+    EXPECT_EQ(countRed(), without);
+}
+
 TEST_F(SourceViewTest, showsFiftyMegabytesAtOnce) {
     std::string text;
     while (text.size() < 50'000'000) {

@@ -44,6 +44,27 @@ TEST_F(FindingsTableTest, showsWhatAMendWouldMakeOfALine) {
     EXPECT_NE(table.placeOf(*listed).find("ine 4"), std::string::npos);
 }
 
+TEST_F(FindingsTableTest, putsWhatStandsBehindAFaultOfTheMarkupBelowIt) {
+    const FindingsTable table = tableOf(project(
+        "<sequence><name>R\xEF\xBC\x81</name></sequence>\n<sequence><name>a</nam></sequence>\n"
+        "<sequence><name>b\xEF\xBC\x81</name></sequence>"));
+    const auto& listed = table.findings();
+    const ListedFinding* const fault = first(table, "xml-mismatched-end-tag");
+    ASSERT_NE(fault, nullptr);
+    const auto faultIndex = static_cast<std::size_t>(fault - listed.data());
+    std::size_t before = 0;
+    std::size_t behind = 0;
+    for (std::size_t index = 0; index < listed.size(); ++index) {
+        const bool isBehind = listed[index].finding->where.line > fault->finding->where.line;
+        if (index != faultIndex) {
+            EXPECT_EQ(table.causeOf(index), isBehind ? faultIndex : index);
+            (isBehind ? behind : before) += 1;
+        }
+    }
+    EXPECT_GT(before, 0U);
+    EXPECT_GT(behind, 0U);
+}
+
 TEST_F(FindingsTableTest, shortensALongNameInAPlace) {
     const std::string name(1'000'000, '\x01');
     const FindingsTable table = tableOf(
