@@ -36,7 +36,7 @@ class Recorder : public CallObserver {
 
 Scene::Scene(const Stage& stage, const SceneKind& kind, VolumeSizes volumes)
     : stage_(stage), kind_(kind) {
-    std::string pattern = (fs::temp_directory_path() / "vornic-faults-XXXXXX").string();
+    std::string pattern = stage.folder + "/vornic-faults-XXXXXX";
     if (mkdtemp(pattern.data()) == nullptr) {
         std::perror(pattern.c_str());
         std::abort();

@@ -19,6 +19,8 @@ struct Stage {
     const PrivateMounts& mounts;
     /// The library that makes allocations fail and lets time pass.
     std::string allocations;
+    /// The folder that scenes are made in.
+    std::string folder;
     /// How long a run may take.
     std::chrono::seconds longest{30};
 };

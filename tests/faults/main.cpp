@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -9,8 +11,13 @@
 #include <string>
 #include <vector>
 
+#include <malloc.h>
+#include <unistd.h>
+
 #include "tests/app/TestMaterial.h"
 #include "tests/faults/CaseRunner.h"
+#include "tests/faults/CaseWorkers.h"
+#include "tests/faults/SceneFolder.h"
 #include "tests/support/machine/Unprivileged.h"
 
 // Tries what can go wrong in a run: the programs' system calls and allocations fail, limits and
@@ -23,7 +30,7 @@ namespace {
 
 constexpr const char* kUsage =
     "Usage: run [--cases N] [--seed S] [--only TEXT] [--without TEXT,TEXT...] [--kind NAME]...\n"
-    "           [--patience SECONDS] [--programs FOLDER]\n"
+    "           [--jobs N] [--patience SECONDS] [--programs FOLDER] [--folder FOLDER]\n"
     "       run --case SCENE/FAULT/WHERE\n"
     "       run --trace SCENE | --list\n"
     "\n"
@@ -32,8 +39,12 @@ constexpr const char* kUsage =
     "with a slash behind it, has the text in it, or not. Prints what went wrong, with the case "
     "that repeats it, and counts by "
     "kind.\n"
-    "--programs names the folder of another build's programs. A run that takes longer than the\n"
-    "patience (30 seconds) hangs.\n"
+    "--jobs says how many are tried at once (one for each processor). --programs names the folder\n"
+    "of another build's programs, --folder the one that scenes are made in (a volume in memory). "
+    "A\n"
+    "run that takes longer than the patience (30 seconds) hangs. Every minute standard error "
+    "tells\n"
+    "how far it is; SIGINT and SIGTERM end the tests, with the counts up to there.\n"
     "--trace prints the system calls of a scene without faults, --list the kinds with the number\n"
     "of cases that there are. Exit status: 0 when nothing was wrong, 1 when something was, 2 for\n"
     "wrong usage, 77 when nothing could be tried here.\n";
@@ -45,12 +56,14 @@ struct Options {
     std::size_t cases = 200;
     unsigned seed = 1;
     unsigned patience = 30;
+    std::size_t jobs = 0;
     std::string only;
     std::vector<std::string> without;
     std::set<std::string> kinds;
     std::string single;
     std::string trace;
     std::string programs;
+    std::string folder;
     bool list = false;
     bool wrong = false;
 };
@@ -84,6 +97,11 @@ Options parse(const std::vector<std::string>& words) {
             options.seed = static_cast<unsigned>(number);
         } else if (word == "--patience") {
             options.patience = static_cast<unsigned>(number);
+        } else if (word == "--jobs") {
+            options.jobs = number;
+            options.wrong = options.wrong || number == 0;
+        } else if (word == "--folder") {
+            options.folder = value;
         } else if (word == "--only") {
             options.only = value;
         } else if (word == "--without") {
@@ -158,39 +176,104 @@ struct Count {
     std::size_t skipped = 0;
 };
 
-void tell(const FaultCase& tried, const CaseOutcome& outcome) {
+std::string told(const FaultCase& tried, const CaseOutcome& outcome) {
     const std::string first = outcome.story.substr(0, outcome.story.find('\n'));
-    std::printf("WRONG %s  (%s; %s)\n", textOf(tried).c_str(), tried.what.c_str(), first.c_str());
+    std::string text = "WRONG " + textOf(tried) + "  (" + tried.what + "; " + first + ")\n";
     for (const std::string& wrong : outcome.wrongs) {
-        std::printf("    %s\n", wrong.c_str());
+        text += "    " + wrong + "\n";
     }
-    std::fflush(stdout);
+    return text;
+}
+
+volatile std::sig_atomic_t isToEnd = 0;
+
+void endAtSignals() {
+    struct sigaction action {};
+    action.sa_handler = [](int) { isToEnd = 1; };
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+}
+
+/// Counts what came of the cases, and tells it.
+class Tally {
+  public:
+    explicit Tally(const std::vector<Chosen>& chosen) : chosen_(chosen) {}
+
+    void take(std::size_t number, const CaseAnswer& answer) {
+        for (Count* one : {&counts_[chosen_[number].kind], &all_}) {
+            one->tried += answer.tried ? 1U : 0U;
+            one->skipped += answer.tried ? 0U : 1U;
+            one->wrong += answer.isWrong ? 1U : 0U;
+        }
+        std::fputs(answer.told.c_str(), stdout);
+        std::fflush(stdout);
+        if (seconds() >= next_) {
+            next_ += kBetweenWords;
+            std::fprintf(stderr, "%zu of %zu after %.0f s, %zu wrong\n", done(), chosen_.size(),
+                         seconds(), all_.wrong);
+        }
+    }
+    void print() {
+        counts_["all"] = all_;
+        for (const auto& [kind, count] : counts_) {
+            std::printf("%-12s %7zu tried, %5zu wrong, %5zu not to be had here\n", kind.c_str(),
+                        count.tried, count.wrong, count.skipped);
+        }
+        std::printf("%.1f s, %.1f cases a second\n", seconds(),
+                    static_cast<double>(done()) / seconds());
+    }
+    [[nodiscard]] const Count& all() const { return all_; }
+    [[nodiscard]] std::size_t done() const { return all_.tried + all_.skipped; }
+
+  private:
+    static constexpr double kBetweenWords = 60;
+    [[nodiscard]] double seconds() const {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+    }
+
+    const std::vector<Chosen>& chosen_;
+    std::map<std::string, Count> counts_;
+    Count all_;
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+    double next_ = kBetweenWords;
+};
+
+std::size_t jobsOf(const Options& options) {
+    const long processors = sysconf(_SC_NPROCESSORS_ONLN);
+    return options.jobs > 0 ? options.jobs : static_cast<std::size_t>(std::max(processors, 1L));
 }
 
 int tryCases(CaseRunner& runner, const Options& options) {
-    std::map<std::string, Count> counts;
-    Count all;
-    for (const Chosen& chosen : choose(listWanted(runner, options), options)) {
-        const CaseOutcome outcome = runner.run(chosen.tried);
-        Count& count = counts[chosen.kind];
-        for (Count* one : {&count, &all}) {
-            one->tried += outcome.tried ? 1U : 0U;
-            one->skipped += outcome.tried ? 0U : 1U;
-            one->wrong += outcome.wrongs.empty() ? 0U : 1U;
-        }
-        if (!outcome.wrongs.empty()) {
-            tell(chosen.tried, outcome);
-        }
+    const std::vector<Chosen> chosen = choose(listWanted(runner, options), options);
+    // The list of all cases is long, and every start of a program would copy its pages' table.
+    malloc_trim(0);
+    CaseWorkers workers(std::min(jobsOf(options), chosen.size()), [&](std::size_t number) {
+        const CaseOutcome outcome = runner.run(chosen[number].tried);
+        const bool isWrong = !outcome.wrongs.empty();
+        return CaseAnswer{.tried = outcome.tried,
+                          .isWrong = isWrong,
+                          .told = isWrong ? told(chosen[number].tried, outcome) : ""};
+    });
+    endAtSignals();
+    Tally tally(chosen);
+    const std::vector<std::size_t> lost = workers.tryAll(
+        chosen.size(),
+        [&](std::size_t number, const CaseAnswer& answer) { tally.take(number, answer); },
+        [] { return isToEnd == 0; });
+    tally.print();
+    for (const std::size_t number : lost) {
+        std::fprintf(stderr, "faults: the tester itself ended in %s\n",
+                     textOf(chosen[number].tried).c_str());
     }
-    counts["all"] = all;
-    for (const auto& [kind, count] : counts) {
-        std::printf("%-12s %7zu tried, %5zu wrong, %5zu not to be had here\n", kind.c_str(),
-                    count.tried, count.wrong, count.skipped);
-    }
-    if (runner.hasBadBaseline() || all.wrong > 0) {
+    if (tally.done() < chosen.size()) {
+        std::fprintf(stderr, "faults: %zu of %zu cases were not tried\n",
+                     chosen.size() - tally.done(), chosen.size());
         return EXIT_FAILURE;
     }
-    return all.tried == 0 ? kSkipped : EXIT_SUCCESS;
+    if (runner.hasBadBaseline() || tally.all().wrong > 0) {
+        return EXIT_FAILURE;
+    }
+    return tally.all().tried == 0 ? kSkipped : EXIT_SUCCESS;
 }
 
 int trySingle(CaseRunner& runner, const std::string& text) {
@@ -202,7 +285,7 @@ int trySingle(CaseRunner& runner, const std::string& text) {
     }
     std::printf("%s", outcome.story.c_str());
     if (!outcome.wrongs.empty()) {
-        tell(*tried, outcome);
+        std::fputs(told(*tried, outcome).c_str(), stdout);
     }
     return outcome.wrongs.empty() ? EXIT_SUCCESS : EXIT_FAILURE;
 }
@@ -245,11 +328,13 @@ int run(const Options& options) {
     const PrivateMounts mounts;
     const TestMaterial material;
     const std::string allocations = readableLibrary(material);
+    const SceneFolder folder(mounts, options.folder);
     const Unprivileged unprivileged;
     const Stage stage{
         .programs = options.programs.empty() ? programFolder(material) : options.programs,
         .mounts = mounts,
         .allocations = allocations,
+        .folder = folder.path(),
         .longest = std::chrono::seconds(options.patience)};
     CaseRunner runner(stage);
     if (!options.single.empty()) {
