@@ -24,8 +24,11 @@ constexpr int kReadWithoutWaiting = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC
 /// block that stays in the processor's cache: to fill the text with zeros first would touch all of
 /// its memory once more.
 int readToEnd(int descriptor, std::size_t expectedSize, std::string& bytes) {
+    // Some files do not tell their size.
+    constexpr std::size_t kSmallestBlock = std::size_t{16} << 10U;
     constexpr std::size_t kLargestBlock = std::size_t{256} << 10U;
-    const std::size_t blockSize = std::min(expectedSize + 1, kLargestBlock);
+    const std::size_t blockSize =
+        std::min(std::max(expectedSize + 1, kSmallestBlock), kLargestBlock);
     const auto block = std::make_unique_for_overwrite<char[]>(blockSize);
     bytes.clear();
     reserveInLargePages(bytes, expectedSize);
