@@ -298,7 +298,10 @@ class Mending {
     void checkFirst() {
         if (!watch_.look || !options_.runsBeside(old_.size())) {
             check_.emplace(old_, options_);
-            return watch_.look ? watch_.look(old_) : void();
+            if (watch_.look) {
+                watch_.look(old_);
+            }
+            return;
         }
         auto looking = startBeside([this] { watch_.look(old_); });
         check_.emplace(old_, options_);
