@@ -4,6 +4,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPointer>
+#include <new>
 #include <utility>
 
 #include "desktop/AlertBox.h"
@@ -19,6 +20,31 @@
 // What the window of a batch asks its user, and the commands for its rows and reports.
 
 namespace vornic {
+
+namespace {
+
+// @return why they could not be written; "" when they were.
+std::string writeReports(const Batch& batch, const std::string& path) {
+    try {
+        if (batch.holds(path)) {
+            return "They would take the place of a file of the batch.";
+        }
+        ErrorSlot error;
+        platform::AtomicFile file;
+        const bool isWritten =
+            file.open(path, error) &&
+            batch.writeHTML([&](std::string_view piece) { return file.write(piece, error); }) &&
+            file.commit(platform::Durability::synced, error);
+        if (isWritten) {
+            return "";
+        }
+        return error ? error->localizedDescription() : "Nothing was written.";
+    } catch (const std::bad_alloc&) {
+        return "There is not enough memory.";
+    }
+}
+
+}  // namespace
 
 void BatchWindow::askForFiles(bool areFolders) {
     auto* const panel =
@@ -131,16 +157,7 @@ void BatchWindow::saveReportsTo(const std::string& path) {
     }
     isSaving_ = onThread(
         [self = QPointer<BatchWindow>(this), work = work_, path] {
-            ErrorSlot error;
-            platform::AtomicFile file;
-            const bool isWritten = file.open(path, error) &&
-                                   work->batch.writeHTML([&](std::string_view piece) {
-                                       return file.write(piece, error);
-                                   }) &&
-                                   file.commit(platform::Durability::synced, error);
-            const std::string failure = isWritten ? ""
-                                        : error   ? error->localizedDescription()
-                                                  : "Nothing was written.";
+            const std::string failure = writeReports(work->batch, path);
             platform::MainThread::perform([self, path, failure] {
                 if (!self) {
                     return;

@@ -265,12 +265,14 @@ void Batch::giveUp(std::size_t row) {
 
 void Batch::workOn(BatchJob& job, std::size_t row) {
     std::string path;
+    std::vector<std::string> otherPaths;
     {
         const std::lock_guard lock(mutex_);
         list_[row].state = BatchState::working;
         list_[row].progress = 0;
         markChanged(row);
         path = list_[row].path;
+        otherPaths = list_[row].otherPaths;
     }
     BatchOutcome outcome = job.perform(
         path, [&](double progress) { setProgress(row, progress); }, rows_.size() < workerLimit_);
@@ -283,8 +285,22 @@ void Batch::workOn(BatchJob& job, std::size_t row) {
         // What was done is told without it.
         outcome.reason.clear();
     }
+    if (!outcome.replaced.empty()) {
+        lookAgain(row, path, otherPaths);
+    }
     const std::lock_guard lock(mutex_);
     take(row, outcome);
+}
+
+void Batch::lookAgain(std::size_t row, const std::string& path,
+                      const std::vector<std::string>& otherPaths) {
+    try {
+        const BatchList::Look look = BatchList::look(path, otherPaths);
+        const std::lock_guard lock(mutex_);
+        list_.take(row, look);
+    } catch (const std::bad_alloc&) {
+        // A link that is added later has a row of its own, then.
+    }
 }
 
 void Batch::take(std::size_t row, BatchOutcome& outcome) {
@@ -293,7 +309,6 @@ void Batch::take(std::size_t row, BatchOutcome& outcome) {
     taken.progress = 1;
     taken.result = outcome.result;
     taken.reason = std::move(outcome.reason);
-    const bool isReplaced = !outcome.replaced.empty();
     taken.replaced = std::move(outcome.replaced);
     taken.written = std::move(outcome.written);
     taken.errors = taken.warnings = taken.notes = 0;
@@ -305,13 +320,6 @@ void Batch::take(std::size_t row, BatchOutcome& outcome) {
         taken.kind = outcome.report->kind == nameOf(FileKind::none)
                          ? FileKind::none
                          : fileKindOfRoot(outcome.report->kind);
-    }
-    try {
-        if (isReplaced) {
-            list_.lookAgain(row);
-        }
-    } catch (const std::bad_alloc&) {
-        // A link that is added later has a row of its own, then.
     }
     ++summary_.results[static_cast<std::size_t>(outcome.result)];
     markChanged(row);
@@ -364,6 +372,12 @@ void Batch::leaveWaiting() {
             markChanged(row);
         }
     }
+}
+
+bool Batch::holds(const std::string& path) const {
+    const BatchList::Identity identity = BatchList::identityAt(path);
+    const std::lock_guard lock(mutex_);
+    return list_.has(identity);
 }
 
 bool Batch::writeHTML(const std::function<bool(std::string_view piece)>& sink) const {

@@ -79,6 +79,8 @@ class Batch {
     /// Waits until no run goes on and the observer has been told so.
     void wait();
 
+    /// Whether the file that a path leads to is one of the rows. Asks the file system.
+    [[nodiscard]] bool holds(const std::string& path) const;
     /// All reports as one HTML document, piece by piece; may be called during a run.
     /// @return false when the sink returned false, and when the rows were forgotten meanwhile.
     bool writeHTML(const std::function<bool(std::string_view piece)>& sink) const;
@@ -90,6 +92,8 @@ class Batch {
     void runWorkers(BatchJob& job);
     void work(BatchJob& job);
     void workOn(BatchJob& job, std::size_t row);
+    void lookAgain(std::size_t row, const std::string& path,
+                   const std::vector<std::string>& otherPaths);
     void giveUp(std::size_t row);
     void take(std::size_t row, BatchOutcome& outcome);
     void setProgress(std::size_t row, double progress);

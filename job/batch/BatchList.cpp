@@ -1,5 +1,7 @@
 #include "job/batch/BatchList.h"
 
+#include <algorithm>
+#include <iterator>
 #include <optional>
 
 #include "base/PathText.h"
@@ -64,27 +66,31 @@ void BatchList::addName(Listed& listed, const std::string& path) {
     }
 }
 
-void BatchList::lookAgain(std::size_t row) {
+BatchList::Look BatchList::look(const std::string& path,
+                                const std::vector<std::string>& otherPaths) {
+    Look look{identityAt(path), {}};
+    std::copy_if(otherPaths.begin(), otherPaths.end(), std::back_inserter(look.gone),
+                 [&](const std::string& other) { return identityAt(other) != look.identity; });
+    return look;
+}
+
+void BatchList::take(std::size_t row, const Look& look) {
     Listed& listed = rows_[row];
-    const Identity identity = identityAt(listed.row.path);
-    if (identity == listed.identity) {
+    if (look.identity == listed.identity) {
         return;
     }
     if (const auto old = byIdentity_.find(listed.identity);
         old != byIdentity_.end() && old->second == row) {
         byIdentity_.erase(old);
     }
-    listed.identity = identity;
-    if (identity != Identity()) {
-        byIdentity_.emplace(identity, row);
+    listed.identity = look.identity;
+    if (look.identity != Identity()) {
+        byIdentity_.emplace(look.identity, row);
     }
-    std::erase_if(listed.row.otherPaths, [&](const std::string& path) {
-        const bool isOther = identityAt(path) != identity;
-        if (isOther) {
-            byPath_.erase(path);
-        }
-        return isOther;
-    });
+    for (const std::string& path : look.gone) {
+        byPath_.erase(path);
+        std::erase(listed.row.otherPaths, path);
+    }
 }
 
 void BatchList::clear() {

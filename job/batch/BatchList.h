@@ -27,9 +27,22 @@ class BatchList {
     /// @param identity what `identityAt` tells of it
     /// @return its row.
     std::size_t add(const std::string& path, const Identity& identity);
-    /// Another file may have come to the row's path; links that lead to the old one are no longer
-    /// names of the row.
-    void lookAgain(std::size_t row);
+    /// What the file system tells of a row's paths.
+    struct Look {
+        Identity identity;
+        /// Other paths that lead to another file now.
+        std::vector<std::string> gone;
+    };
+    /// Looks whether another file has come to a row's path, and which other paths still lead there.
+    /// Asks the file system. Any thread.
+    [[nodiscard]] static Look look(const std::string& path,
+                                   const std::vector<std::string>& otherPaths);
+    /// Takes what `look` has told: paths that lead elsewhere are no longer names of the row.
+    void take(std::size_t row, const Look& look);
+    /// Whether a row has that file.
+    [[nodiscard]] bool has(const Identity& identity) const {
+        return identity != Identity() && byIdentity_.contains(identity);
+    }
     void clear();
 
     [[nodiscard]] std::size_t size() const { return rows_.size(); }

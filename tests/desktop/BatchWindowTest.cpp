@@ -199,6 +199,22 @@ TEST_F(BatchWindowTest, savesAllReportsAsOneDocument) {
     EXPECT_EQ(visible<QMessageBox>()->text(), QStringLiteral("Unable to save the reports"));
 }
 
+TEST_F(BatchWindowTest, savesNoReportsInThePlaceOfItsFiles) {
+    add({makeFolder()});
+    run(BatchAction::check);
+    for (const char* const name : {"cuts/b.xml", "cuts/c.xml"}) {
+        window->saveReportsTo(sandbox.path(name));
+        ASSERT_TRUE(waitUntil([] { return visible<QMessageBox>() != nullptr; })) << name;
+        EXPECT_EQ(visible<QMessageBox>()->text(), QStringLiteral("Unable to save the reports"));
+        EXPECT_EQ(visible<QMessageBox>()->informativeText(),
+                  QStringLiteral("They would take the place of a file of the batch."));
+        visible<QMessageBox>()->close();
+        ASSERT_TRUE(waitUntil([] { return visible<QMessageBox>() == nullptr; }));
+    }
+    EXPECT_EQ(readBytes(sandbox.path("cuts/b.xml")), kFault);
+    EXPECT_TRUE(fs::is_symlink(sandbox.path("cuts/c.xml")));
+}
+
 class UnprivilegedBatchWindowTest : public Unprivileged, public BatchWindowTest {};
 
 TEST_F(UnprivilegedBatchWindowTest, saysWhatCouldNotBeAddedAndThatThereIsNothingToDo) {
