@@ -7,7 +7,9 @@
 #include <QTextDocument>
 #include <array>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 #include <utility>
 
 #include "app/window/FindingsReport.h"
@@ -131,8 +133,17 @@ void DocumentMainWindow::saveFindings() {
     panel->open();
 }
 
+bool DocumentMainWindow::isOwnFile(const std::string& path, const std::string& headline) {
+    std::error_code ignored;
+    const bool isOwn = std::filesystem::equivalent(path, path_, ignored);
+    if (isOwn) {
+        beginAlertSheet(headline, "It would take the place of the project file.");
+    }
+    return isOwn;
+}
+
 void DocumentMainWindow::saveFindingsTo(const std::string& path) {
-    if (!table_) {
+    if (!table_ || isOwnFile(path, "Unable to save the findings")) {
         return;
     }
     header_->setBusy(tr("Saving the findings…"));

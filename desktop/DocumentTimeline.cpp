@@ -1,6 +1,4 @@
 #include <QFileDialog>
-#include <filesystem>
-#include <system_error>
 #include <utility>
 
 #include "base/Text.h"
@@ -55,13 +53,7 @@ void DocumentMainWindow::savePicture() {
 }
 
 void DocumentMainWindow::savePictureTo(const std::string& path) {
-    if (isActing_ || !timeline_->timeline()) {
-        return;
-    }
-    std::error_code ignored;
-    if (std::filesystem::equivalent(path, path_, ignored)) {
-        beginAlertSheet("Unable to save the picture",
-                        "It would take the place of the project file.");
+    if (isActing_ || !timeline_->timeline() || isOwnFile(path, "Unable to save the picture")) {
         return;
     }
     header_->setBusy(tr("Saving the picture…"));

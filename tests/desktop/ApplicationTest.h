@@ -61,6 +61,20 @@ class ApplicationTest : public DesktopTest {
         return found;
     }
 
+    template <typename Widget>
+    static Widget* child(const QWidget& parent, const char* name) {
+        auto* const found = parent.findChild<Widget*>(QString::fromLatin1(name));
+        EXPECT_NE(found, nullptr) << name;
+        return found;
+    }
+
+    // A window or sheet of a kind, once it is on the screen.
+    template <typename Sheet>
+    static Sheet* waitFor() {
+        EXPECT_TRUE(waitUntil([] { return visible<Sheet>() != nullptr; }));
+        return visible<Sheet>();
+    }
+
     Application application;
 };
 

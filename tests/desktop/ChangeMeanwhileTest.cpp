@@ -46,17 +46,6 @@ class ChangeMeanwhileTest : public ApplicationTest {
         sandbox.write("other.part", text);
         std::filesystem::rename(sandbox.path("other.part"), path);
     }
-    template <typename Widget>
-    static Widget* child(const QWidget& parent, const char* name) {
-        auto* const found = parent.findChild<Widget*>(QString::fromLatin1(name));
-        EXPECT_NE(found, nullptr) << name;
-        return found;
-    }
-    template <typename Sheet>
-    static Sheet* waitFor() {
-        EXPECT_TRUE(waitUntil([] { return visible<Sheet>() != nullptr; }));
-        return visible<Sheet>();
-    }
     static void expectAlert(const char* headline) {
         auto* const alert = waitFor<QMessageBox>();
         ASSERT_NE(alert, nullptr);

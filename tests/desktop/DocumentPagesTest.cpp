@@ -41,12 +41,6 @@ class DocumentPagesTest : public ApplicationTest {
     static QString header(const DocumentMainWindow& window) {
         return window.findChild<QLabel*>(QStringLiteral("headerLabel"))->text();
     }
-    template <typename Widget>
-    static Widget* child(const QWidget& window, const char* name) {
-        auto* const found = window.findChild<Widget*>(QString::fromLatin1(name));
-        EXPECT_NE(found, nullptr) << name;
-        return found;
-    }
 
     const std::string path = sandbox.write("cut.xml", kTwoFaults);
 };
@@ -142,6 +136,21 @@ TEST_F(DocumentPagesTest, saveTheFindingsByTheEndingOfTheName) {
     window->saveFindingsTo(sandbox.path("no folder/f.txt"));
     ASSERT_TRUE(waitUntil([] { return visible<QMessageBox>() != nullptr; }));
     EXPECT_EQ(visible<QMessageBox>()->text(), QStringLiteral("Unable to save the findings"));
+}
+
+TEST_F(DocumentPagesTest, saveNoFindingsInThePlaceOfTheFile) {
+    DocumentMainWindow* const window = checked();
+    std::filesystem::create_symlink("cut.xml", sandbox.path("link.xml"));
+    const FileState before = fileState(path);
+    for (const std::string& place : {path, sandbox.path("link.xml")}) {
+        window->saveFindingsTo(place);
+        QMessageBox* const refusal = waitFor<QMessageBox>();
+        ASSERT_NE(refusal, nullptr) << place;
+        EXPECT_EQ(refusal->text(), QStringLiteral("Unable to save the findings"));
+        refusal->close();
+        ASSERT_TRUE(waitUntil([] { return visible<QMessageBox>() == nullptr; }));
+    }
+    EXPECT_EQ(fileState(path), before);
 }
 
 TEST_F(DocumentPagesTest, saveARepairedCopyAndLeaveTheFile) {

@@ -49,17 +49,6 @@ class DocumentSheetsTest : public ApplicationTest {
     static QString outcome(const DocumentMainWindow& window) {
         return window.findChild<QLabel*>(QStringLiteral("outcomeLabel"))->text();
     }
-    template <typename Widget>
-    static Widget* child(const QWidget& window, const char* name) {
-        auto* const found = window.findChild<Widget*>(QString::fromLatin1(name));
-        EXPECT_NE(found, nullptr) << name;
-        return found;
-    }
-    template <typename Sheet>
-    static Sheet* waitFor() {
-        EXPECT_TRUE(waitUntil([] { return visible<Sheet>() != nullptr; }));
-        return visible<Sheet>();
-    }
     static std::string xmeml(const std::string& mediaPath) {
         return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n<xmeml "
                "version=\"5\">\n<sequence><name>Cut</name><media><video><track>\n<clipitem><file "
