@@ -44,10 +44,12 @@ void IncomingFiles::readPaths() {
         return;
     }
     connection_.readAll();
-    for (const QByteArray& path : message.split(kEndOfPath)) {
-        if (path.startsWith(hand_over::kActivation)) {
-            activation_ = path.mid(1).toStdString();
-        } else if (!path.isEmpty()) {
+    QList<QByteArray> parts = message.split(kEndOfPath);
+    if (parts.constFirst().startsWith(hand_over::kActivation)) {
+        activation_ = parts.takeFirst().mid(1).toStdString();
+    }
+    for (const QByteArray& path : parts) {
+        if (!path.isEmpty()) {
             paths_.push_back(path.toStdString());
         }
     }

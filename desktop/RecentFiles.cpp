@@ -24,10 +24,12 @@ constexpr const char* kKey = "recentFiles";
 // By path.
 constexpr const char* kOutcomesKey = "recentOutcomes";
 
-std::string outcomeOf(const std::string& path) {
-    const std::optional<platform::PropertyList> outcomes =
-        platform::UserPreferences().value(kOutcomesKey);
-    const platform::PropertyList* const outcome = outcomes ? outcomes->find(path) : nullptr;
+platform::PropertyList storedOutcomes() {
+    return platform::UserPreferences().value(kOutcomesKey).value_or(platform::PropertyList());
+}
+
+std::string outcomeIn(const platform::PropertyList& outcomes, const std::string& path) {
+    const platform::PropertyList* const outcome = outcomes.find(path);
     const std::string* const text = outcome != nullptr ? outcome->string() : nullptr;
     return text != nullptr ? *text : "";
 }
@@ -120,13 +122,14 @@ void RecentFiles::add(const std::string& path) {
 
 void RecentFiles::setOutcome(const std::string& path, const std::string& outcome) {
     const std::vector<std::string> listed = stored();
+    const platform::PropertyList before = storedOutcomes();
     if (std::find(listed.begin(), listed.end(), path) == listed.end() ||
-        outcomeOf(path) == outcome) {
+        outcomeIn(before, path) == outcome) {
         return;
     }
     platform::PropertyList::Dictionary outcomes;
     for (const std::string& each : listed) {
-        const std::string text = each == path ? outcome : outcomeOf(each);
+        const std::string text = each == path ? outcome : outcomeIn(before, each);
         if (!text.empty()) {
             outcomes.emplace(each, text);
         }
@@ -138,7 +141,7 @@ void RecentFiles::setOutcome(const std::string& path, const std::string& outcome
 
 QString RecentFiles::about(const std::string& path) {
     QString text = oneLine(pathToQString(platform::parentFolder(path)));
-    if (const std::string outcome = outcomeOf(path); !outcome.empty()) {
+    if (const std::string outcome = outcomeIn(storedOutcomes(), path); !outcome.empty()) {
         text += QStringLiteral(" · ") + oneLine(toQString(outcome));
     }
     return text;
