@@ -2,6 +2,7 @@
 #define VORNIC_PICTURE_CANVAS_H
 
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <optional>
 #include <string>
@@ -73,6 +74,12 @@ class Canvas {
     virtual void line(Point from, Point to, Colour colour, double width) = 0;
     /// @param at on the base line.
     virtual void text(Point at, std::string_view text, const TextStyle& style) = 0;
+    /// Draws a small shape around a point, no further than 12 pixels from it.
+    using Drawing = std::function<void(Canvas& canvas, Point centre)>;
+    /// A shape that is drawn at many places. @param kind one shape looks the same everywhere
+    virtual void stamp(Point centre, std::uint64_t /*kind*/, const Drawing& draw) {
+        draw(*this, centre);
+    }
     virtual void begin(const ShapeGroup& group) = 0;
     virtual void end() = 0;
     /// Whether the titles of groups are of any use.

@@ -14,6 +14,7 @@ constexpr std::size_t kMostMessages = 5;
 constexpr double kTextInset = 4;
 constexpr double kBaseLine = 4;
 constexpr int kTextSize = 11;
+constexpr std::uint8_t kMarkerStamp = 100;
 constexpr double kPi = 3.14159265358979323846;
 
 std::vector<Point> ring(Point centre, double radius, int corners, double turned) {
@@ -51,9 +52,14 @@ Time rulerStep(Time frame, std::int64_t rate, double scale) {
     return Time(1);
 }
 
-}  // namespace
+// Tells the kinds of stamps from each other.
+std::uint64_t kindOfStamp(std::uint8_t shape, Colour colour) {
+    return std::uint64_t{shape} << 24 | std::uint64_t{colour.red} << 16 |
+           std::uint64_t{colour.green} << 8 | colour.blue;
+}
 
-void drawSign(Canvas& canvas, Point centre, Severity severity, const TimelineColours& colours) {
+void drawSignItself(Canvas& canvas, Point centre, Severity severity,
+                    const TimelineColours& colours) {
     const ShapeStyle style{.fill = colours.of(severity)};
     constexpr double kHalf = 0.5;
     constexpr int kOctagon = 8;
@@ -74,6 +80,13 @@ void drawSign(Canvas& canvas, Point centre, Severity severity, const TimelineCol
                    style);
     canvas.text({centre.x, centre.y + 4}, isWarning ? "!" : "i",
                 {.colour = sign, .size = 10, .isBold = true, .isCentred = true});
+}
+
+}  // namespace
+
+void drawSign(Canvas& canvas, Point centre, Severity severity, const TimelineColours& colours) {
+    canvas.stamp(centre, kindOfStamp(static_cast<std::uint8_t>(severity), colours.of(severity)),
+                 [&](Canvas& on, Point middle) { drawSignItself(on, middle, severity, colours); });
 }
 
 std::string_view severityWord(Severity severity) {
@@ -100,6 +113,7 @@ SequencePicture::SequencePicture(const Timeline& timeline, std::uint32_t number,
             marks_[mark.item.clip].push_back(&mark);
         }
     }
+    addMarkedClips();
     const std::vector<TimelineMarker>& markers = sequence().markers;
     for (std::uint32_t marker = 0; marker < markers.size(); ++marker) {
         if (markers[marker].position.isKnown()) {
@@ -112,6 +126,35 @@ SequencePicture::SequencePicture(const Timeline& timeline, std::uint32_t number,
                          return markers[left].position.approximateSeconds() <
                                 markers[right].position.approximateSeconds();
                      });
+}
+
+void SequencePicture::addMarkedClips() {
+    worst_.assign(sequence().clips.size(), kNoSeverity);
+    std::map<std::pair<std::uint32_t, std::uint32_t>, MarkedRow> rows;
+    for (const auto& [clip, marks] : marks_) {
+        if (clip == kNoTimelineItem || !layout_.isPlaced(clip)) {
+            continue;
+        }
+        Severity worst = Severity::info;
+        for (const TimelineMark* const mark : marks) {
+            worst = std::max(worst, mark->severity);
+        }
+        worst_[clip] = static_cast<std::uint8_t>(worst);
+        const TimelineClip& shown = sequence().clips[clip];
+        rows[{shown.track, shown.row}].clips.push_back(clip);
+    }
+    for (auto& [place, row] : rows) {
+        std::stable_sort(row.clips.begin(), row.clips.end(),
+                         [this](std::uint32_t left, std::uint32_t right) {
+                             return layout_.beginOf(left) < layout_.beginOf(right);
+                         });
+        double last = layout_.endOf(row.clips.front());
+        for (const std::uint32_t clip : row.clips) {
+            last = std::max(last, layout_.endOf(clip));
+            row.ends.push_back(last);
+        }
+        markedRows_.push_back(std::move(row));
+    }
 }
 
 const SequencePicture::Marks& SequencePicture::marksOf(std::uint32_t clip) const {
@@ -247,7 +290,7 @@ void SequencePicture::drawName(Canvas& canvas, const TimelineView& view,
     const TimelineClip& shown = sequence().clips[clip];
     const double clear = std::min(view.xOf(layout_.clearBeginOf(clip)), view.area.right());
     const double left = std::max({box.x, clear, view.area.x}) + kTextInset;
-    const double sign = marksOf(clip).empty() ? 0 : 2 * kSignRadius;
+    const double sign = isMarked(clip) ? 2 * kSignRadius : 0;
     const double room = std::min(box.right(), view.area.right()) - left - kTextInset - sign;
     if (room < kLeastRoom) {
         return;
@@ -269,46 +312,52 @@ Point SequencePicture::signOf(std::uint32_t clip, const TimelineView& view) cons
 bool SequencePicture::signContains(std::uint32_t clip, Point point,
                                    const TimelineView& view) const {
     const Point sign = signOf(clip, view);
-    return !marksOf(clip).empty() && std::abs(point.x - sign.x) <= kSignRadius &&
+    return isMarked(clip) && std::abs(point.x - sign.x) <= kSignRadius &&
            std::abs(point.y - sign.y) <= kSignRadius;
-}
-
-Severity SequencePicture::worstOf(std::uint32_t clip) const {
-    Severity worst = Severity::info;
-    for (const TimelineMark* const mark : marksOf(clip)) {
-        worst = std::max(worst, mark->severity);
-    }
-    return worst;
 }
 
 // Of signs that would cover each other the worst is drawn.
 void SequencePicture::drawMarks(Canvas& canvas, const TimelineView& view,
                                 const TimelineColours& colours) const {
-    std::map<std::pair<double, double>, std::uint32_t> shown;
-    for (const auto& [clip, marks] : marks_) {
-        if (clip == kNoTimelineItem || !layout_.isPlaced(clip) || layout_.endOf(clip) < view.from ||
-            layout_.beginOf(clip) > view.to()) {
-            continue;
-        }
-        const Point sign = signOf(clip, view);
-        if (sign.y >= view.area.bottom() || sign.y + SequenceLayout::kRowHeight < view.area.y) {
-            continue;
-        }
-        const auto [other, isNew] =
-            shown.try_emplace({sign.y, std::floor(sign.x / (2 * kSignRadius))}, clip);
-        if (!isNew && worstOf(clip) > worstOf(other->second)) {
-            other->second = clip;
+    std::vector<std::uint32_t> shown;
+    for (const MarkedRow& row : markedRows_) {
+        const Box box = layout_.boxOf(row.clips.front(), view);
+        if (box.y < view.area.bottom() && box.bottom() > view.area.y) {
+            drawMarksOf(row, canvas, view, colours, shown);
         }
     }
-    for (const auto& [place, clip] : shown) {
-        drawMark(canvas, view, colours, clip);
+}
+
+// @param shown is filled anew: for each place that a sign has room in, the clip that has it.
+void SequencePicture::drawMarksOf(const MarkedRow& row, Canvas& canvas, const TimelineView& view,
+                                  const TimelineColours& colours,
+                                  std::vector<std::uint32_t>& shown) const {
+    constexpr double kRoom = 2 * kSignRadius;
+    shown.assign(static_cast<std::size_t>(view.area.width / kRoom) + 2, kNoTimelineItem);
+    const auto first = std::lower_bound(row.ends.begin(), row.ends.end(), view.from);
+    for (auto at = static_cast<std::size_t>(first - row.ends.begin());
+         at < row.clips.size() && layout_.beginOf(row.clips[at]) <= view.to(); ++at) {
+        const std::uint32_t clip = row.clips[at];
+        if (layout_.endOf(clip) < view.from) {
+            continue;
+        }
+        const double x = std::max(signOf(clip, view).x - view.area.x, 0.0);
+        const auto place = std::min(static_cast<std::size_t>(x / kRoom), shown.size() - 1);
+        if (shown[place] == kNoTimelineItem || worstOf(clip) > worstOf(shown[place])) {
+            shown[place] = clip;
+        }
+    }
+    for (const std::uint32_t clip : shown) {
+        if (clip != kNoTimelineItem) {
+            drawMark(canvas, view, colours, clip);
+        }
     }
 }
 
 // A frame and a sign: neither form nor colour alone has to be seen.
 void SequencePicture::drawMark(Canvas& canvas, const TimelineView& view,
                                const TimelineColours& colours, std::uint32_t clip) const {
-    const Marks& marks = marksOf(clip);
+    const std::size_t count = marksOf(clip).size();
     const Severity worst = worstOf(clip);
     const Box box = layout_.boxOf(clip, view);
     const Colour colour = colours.of(worst);
@@ -318,8 +367,8 @@ void SequencePicture::drawMark(Canvas& canvas, const TimelineView& view,
     const Point centre = signOf(clip, view);
     drawSign(canvas, centre, worst, colours);
     constexpr double kRoomForCount = 60;
-    if (marks.size() > 1 && centre.x - box.x >= kRoomForCount) {
-        canvas.text({centre.x, box.bottom() - 5}, std::to_string(marks.size()),
+    if (count > 1 && centre.x - box.x >= kRoomForCount) {
+        canvas.text({centre.x, box.bottom() - 5}, std::to_string(count),
                     {.colour = colours.clipText, .size = 9, .isBold = true, .isCentred = true});
     }
     canvas.end();
@@ -384,8 +433,10 @@ void SequencePicture::drawMarkers(Canvas& canvas, const TimelineView& view,
             group.title = describe(marker);
         }
         canvas.begin(group);
-        canvas.polygon({{x - kHalf, y}, {x + kHalf, y}, {x, y + 2 * kHalf}},
+        canvas.stamp({x, y}, kindOfStamp(kMarkerStamp, colours.marker), [&](Canvas& on, Point top) {
+            on.polygon({{top.x - kHalf, top.y}, {top.x + kHalf, top.y}, {top.x, top.y + 2 * kHalf}},
                        {.fill = colours.marker, .stroke = colours.paper, .strokeWidth = 0.5});
+        });
         canvas.end();
     }
 }

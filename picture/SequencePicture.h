@@ -62,8 +62,21 @@ class SequencePicture {
                   std::uint32_t clip) const;
     void drawName(Canvas& canvas, const TimelineView& view, const TimelineColours& colours,
                   std::uint32_t clip, const Box& box) const;
-    [[nodiscard]] Severity worstOf(std::uint32_t clip) const;
+    // Clips at one height that have findings, by their beginnings.
+    struct MarkedRow {
+        std::vector<std::uint32_t> clips;
+        // The last end of the clips so far.
+        std::vector<double> ends;
+    };
+
+    void addMarkedClips();
+    [[nodiscard]] bool isMarked(std::uint32_t clip) const { return worst_[clip] != kNoSeverity; }
+    [[nodiscard]] Severity worstOf(std::uint32_t clip) const {
+        return static_cast<Severity>(worst_[clip]);
+    }
     void drawMarks(Canvas& canvas, const TimelineView& view, const TimelineColours& colours) const;
+    void drawMarksOf(const MarkedRow& row, Canvas& canvas, const TimelineView& view,
+                     const TimelineColours& colours, std::vector<std::uint32_t>& shown) const;
     void drawMark(Canvas& canvas, const TimelineView& view, const TimelineColours& colours,
                   std::uint32_t clip) const;
     [[nodiscard]] Point placeOf(const TimelineMarker& marker, const TimelineView& view) const;
@@ -74,6 +87,10 @@ class SequencePicture {
     std::uint32_t number_;
     SequenceLayout layout_;
     std::map<std::uint32_t, Marks> marks_;
+    // Of each clip's findings.
+    static constexpr std::uint8_t kNoSeverity = 255;
+    std::vector<std::uint8_t> worst_;
+    std::vector<MarkedRow> markedRows_;
     // By their times.
     std::vector<std::uint32_t> markers_;
     // Those of each clip, in the order of the file.

@@ -120,6 +120,7 @@ double TimelineArea::largestScale() const {
 }
 
 void TimelineArea::updateBars() {
+    followUps_ = 0;
     const SequencePicture* const shown = picture();
     if (shown == nullptr) {
         horizontalScrollBar()->setRange(0, 0);
@@ -254,33 +255,55 @@ void TimelineArea::paintNote(QPainter& painter) {
 
 void TimelineArea::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(viewport());
-    const SequencePicture* const shown = picture();
-    if (shown == nullptr) {
-        return paintNote(painter);
+    if (picture() != nullptr) {
+        paintSequence(painter);
     }
-    const TimelineColours& colours = coloursOf(palette());
-    painter.fillRect(viewport()->rect(), toQColor(colours.paper));
-    painter.scale(unit(), unit());
-    PainterCanvas canvas(painter, font(), &texts_);
-    const TimelineView tracks = view();
-    TimelineView ruler = tracks;
-    ruler.area.y = 0;
-    ruler.area.height = kTop;
-    shown->drawRuler(canvas, ruler, colours);
-    const vornic::Box heads{0, kTop, kHeads, tracks.area.height};
-    painter.setClipRect(QRectF(0, kTop - 6, kHeads, tracks.area.height + 6));
-    shown->drawHeads(canvas, heads, tracks.scrolled, colours);
-    painter.setClipRect(QRectF(kHeads, kTop - 6, tracks.area.width, tracks.area.height + 6));
-    shown->drawTracks(canvas, tracks, colours);
-    shown->drawClips(canvas, tracks, colours, cursor_, std::numeric_limits<std::size_t>::max());
-    painter.setClipping(false);
-    painter.resetTransform();
-    if (hasFocus()) {
+    if (picture() != nullptr && hasFocus()) {
         painter.setBrush(Qt::NoBrush);
         painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
         painter.drawRect(viewport()->rect().adjusted(1, 1, -1, -1));
     }
     paintNote(painter);
+}
+
+void TimelineArea::paintSequence(QPainter& painter) {
+    const SequencePicture& shown = *picture();
+    const TimelineColours& colours = coloursOf(palette());
+    const double ratio = viewport()->devicePixelRatioF();
+    ScreenCanvas canvas((QSizeF(viewport()->size()) * ratio).toSize(), font(), unit() * ratio,
+                        kept_);
+    canvas.fill(colours.paper);
+    const TimelineView tracks = view();
+    TimelineView ruler = tracks;
+    ruler.area.y = 0;
+    ruler.area.height = kTop;
+    shown.drawRuler(canvas, ruler, colours);
+    const vornic::Box heads{0, kTop, kHeads, tracks.area.height};
+    canvas.clipTo({0, kTop - 6, kHeads, tracks.area.height + 6});
+    shown.drawHeads(canvas, heads, tracks.scrolled, colours);
+    canvas.clipTo({kHeads, kTop - 6, tracks.area.width, tracks.area.height + 6});
+    shown.drawTracks(canvas, tracks, colours);
+    shown.drawClips(canvas, tracks, colours, cursor_, std::numeric_limits<std::size_t>::max());
+    painter.drawImage(QRectF(viewport()->rect()), canvas.image());
+    if (kept_.isIncomplete()) {
+        drawMissingTexts();
+    }
+}
+
+// In turns of their own, so that none is long. No screen has place for so many texts that this
+// would go on and on.
+void TimelineArea::drawMissingTexts() {
+    constexpr int kMost = 500;
+    if (followUps_ < kMost) {
+        ++followUps_;
+        QMetaObject::invokeMethod(
+            this, [this] { viewport()->update(); }, Qt::QueuedConnection);
+    }
+}
+
+void TimelineArea::scrollContentsBy(int dx, int dy) {
+    followUps_ = 0;
+    QAbstractScrollArea::scrollContentsBy(dx, dy);
 }
 
 void TimelineArea::resizeEvent(QResizeEvent* event) {
@@ -395,10 +418,14 @@ bool TimelineArea::viewportEvent(QEvent* event) {
     return true;
 }
 
+void TimelineArea::hideEvent(QHideEvent* event) {
+    QAbstractScrollArea::hideEvent(event);
+    kept_.dropImage();
+}
+
 void TimelineArea::changeEvent(QEvent* event) {
     QAbstractScrollArea::changeEvent(event);
     if (event->type() == QEvent::FontChange) {
-        texts_.clear();
         updateBars();
     }
     viewport()->update();

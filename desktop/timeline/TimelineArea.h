@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "app/window/InspectedTimeline.h"
-#include "desktop/timeline/PainterCanvas.h"
+#include "desktop/timeline/ScreenCanvas.h"
 
 namespace vornic {
 
@@ -54,15 +54,19 @@ class TimelineArea : public QAbstractScrollArea {
     /// The clip at a place of the viewport, or `kNoTimelineItem`.
     [[nodiscard]] std::uint32_t clipAt(QPoint point) const;
     [[nodiscard]] bool isOnSign(QPoint point) const;
+    /// What the last drawing left to the next one, which follows by itself.
+    [[nodiscard]] const KeptShapes& kept() const { return kept_; }
 
   protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void scrollContentsBy(int dx, int dy) override;
     void keyPressEvent(QKeyEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     bool viewportEvent(QEvent* event) override;
@@ -79,6 +83,8 @@ class TimelineArea : public QAbstractScrollArea {
     void ensureVisible();
     bool walk(int key);
     void paintNote(QPainter& painter);
+    void paintSequence(QPainter& painter);
+    void drawMissingTexts();
 
     Actions actions_;
     std::shared_ptr<const InspectedTimeline> timeline_;
@@ -87,7 +93,9 @@ class TimelineArea : public QAbstractScrollArea {
     double scale_ = 1;
     bool isFitted_ = true;
     QString note_;
-    LaidOutTexts texts_;
+    KeptShapes kept_;
+    // How often what is in view was drawn for its texts alone.
+    int followUps_ = 0;
 };
 
 /// Lets the clips of a `TimelineArea` be read one by one. Once in a program.

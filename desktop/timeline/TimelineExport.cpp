@@ -30,7 +30,7 @@ QFont fontOfPictures() {
 
 void paint(QPainter& painter, const TimelineSheet& sheet, double scale) {
     painter.scale(scale, scale);
-    PainterCanvas canvas(painter, fontOfPictures(), nullptr);
+    PainterCanvas canvas(painter, fontOfPictures());
     sheet.draw(canvas);
 }
 

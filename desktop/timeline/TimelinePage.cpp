@@ -17,6 +17,7 @@
 #include "desktop/FlowLayout.h"
 #include "desktop/QtText.h"
 #include "desktop/Release.h"
+#include "desktop/timeline/PainterCanvas.h"
 #include "picture/TimelineSheet.h"
 #include "platform/threads/MainThread.h"
 #include "platform/threads/Thread.h"
@@ -26,6 +27,9 @@ namespace vornic {
 namespace {
 
 constexpr double kZoomStep = 1.25;
+// Of the area and of the text about the clip.
+constexpr int kAreaPart = 5;
+constexpr int kDetailsPart = 2;
 
 // What the colours and signs of a timeline mean.
 class Legend : public QWidget {
@@ -60,7 +64,7 @@ class Legend : public QWidget {
     void paintEvent(QPaintEvent* /*event*/) override {
         QPainter painter(this);
         painter.scale(unit(), unit());
-        PainterCanvas canvas(painter, font(), nullptr);
+        PainterCanvas canvas(painter, font());
         draw(canvas);
     }
     void resizeEvent(QResizeEvent* /*event*/) override { fit(); }
@@ -114,27 +118,25 @@ TimelinePage::TimelinePage(Actions actions, QWidget* parent)
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->addWidget(makeBar());
-    auto* const splitter = new QSplitter(Qt::Vertical, this);
+    splitter_ = new QSplitter(Qt::Vertical, this);
     area_ = new TimelineArea({.shown = [this] { showDetails(); },
                               .moved = [this](std::uint32_t clip) { look(clip); },
                               .activated = [this](std::uint32_t clip) { activate(clip); },
                               .signClicked = [this](std::uint32_t /*clip*/) { showFinding(); },
                               .back = [this] { goBack(); }},
-                             splitter);
-    details_ = new QPlainTextEdit(splitter);
+                             splitter_);
+    details_ = new QPlainTextEdit(splitter_);
     details_->setObjectName(QStringLiteral("timelineDetails"));
     details_->setAccessibleName(tr("About the Clip"));
     details_->setReadOnly(true);
     details_->setTabChangesFocus(true);
     details_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    splitter->addWidget(area_);
-    splitter->addWidget(details_);
-    splitter->setChildrenCollapsible(false);
-    constexpr int kAreaPart = 5;
-    constexpr int kDetailsPart = 2;
-    splitter->setStretchFactor(0, kAreaPart);
-    splitter->setStretchFactor(1, kDetailsPart);
-    column->addWidget(splitter, 1);
+    splitter_->addWidget(area_);
+    splitter_->addWidget(details_);
+    splitter_->setChildrenCollapsible(false);
+    splitter_->setStretchFactor(0, kAreaPart);
+    splitter_->setStretchFactor(1, kDetailsPart);
+    column->addWidget(splitter_, 1);
     legend_ = new Legend(*this, this);
     column->addWidget(legend_);
     setTabOrder(saveButton_, area_);
@@ -158,16 +160,13 @@ QWidget* TimelinePage::makeBar() {
     top->addWidget(sequences_);
     top->addWidget(summary_, 1);
     column->addLayout(top);
+    addZoomButtons(*top, bar);
     auto* const buttons = new QWidget(bar);
     auto* const flow = new FlowLayout(buttons);
     const auto add = [&](const char* objectName, const QString& text, const QString& description,
                          std::function<void()> command) {
-        auto* const button = new QPushButton(text, buttons);
-        button->setObjectName(QString::fromLatin1(objectName));
-        button->setAccessibleDescription(description);
-        button->setToolTip(toolTipOf(description));
+        auto* const button = addButton(buttons, objectName, text, description, std::move(command));
         flow->addWidget(button);
-        connect(button, &QPushButton::clicked, this, [command = std::move(command)] { command(); });
         return button;
     };
     backButton_ = add("timelineBackBtn", tr("Back"),
@@ -179,12 +178,6 @@ QWidget* TimelinePage::makeBar() {
     sourceButton_ =
         add("timelineSourceBtn", tr("Show in Source"),
             tr("Show the line of the file that the clip begins in"), [this] { showSource(); });
-    add("timelineZoomOutBtn", tr("Zoom Out"), tr("Show more of the sequence (Ctrl+−)"),
-        [this] { area_->zoomBy(1 / kZoomStep); });
-    add("timelineZoomInBtn", tr("Zoom In"), tr("Show less of the sequence, larger (Ctrl++)"),
-        [this] { area_->zoomBy(kZoomStep); });
-    add("timelineFitBtn", tr("Fit"), tr("Show the whole sequence (Ctrl+0)"),
-        [this] { area_->zoomToFit(); });
     saveButton_ = add("timelineSaveBtn", tr("Save Picture…"),
                       tr("Save a picture of all sequences as SVG, PNG or PDF"),
                       [this] { actions_.savePicture(); });
@@ -194,6 +187,55 @@ QWidget* TimelinePage::makeBar() {
         showSequence(static_cast<std::uint32_t>(index));
     });
     return bar;
+}
+
+QPushButton* TimelinePage::addButton(QWidget* parent, const char* objectName, const QString& text,
+                                     const QString& description, std::function<void()> command) {
+    auto* const button = new QPushButton(text, parent);
+    button->setObjectName(QString::fromLatin1(objectName));
+    button->setAccessibleDescription(description);
+    button->setToolTip(toolTipOf(description));
+    connect(button, &QPushButton::clicked, this, [command = std::move(command)] { command(); });
+    return button;
+}
+
+// Signs in place of words, so that the other buttons keep to one row.
+void TimelinePage::addZoomButtons(QHBoxLayout& row, QWidget* bar) {
+    const auto addSign = [&](const char* objectName, const QString& sign, const QString& name,
+                             const QString& description, double factor) {
+        auto* const button = addButton(bar, objectName, sign, description,
+                                       [this, factor] { area_->zoomBy(factor); });
+        button->setAccessibleName(name);
+        button->setMaximumWidth(button->sizeHint().height() * 3 / 2);
+        row.addWidget(button);
+    };
+    addSign("timelineZoomOutBtn", QStringLiteral("−"), tr("Zoom Out"),
+            tr("Show more of the sequence (Ctrl+−)"), 1 / kZoomStep);
+    addSign("timelineZoomInBtn", QStringLiteral("+"), tr("Zoom In"),
+            tr("Show less of the sequence, larger (Ctrl++)"), kZoomStep);
+    row.addWidget(addButton(bar, "timelineFitBtn", tr("Fit"),
+                            tr("Show the whole sequence (Ctrl+0)"),
+                            [this] { area_->zoomToFit(); }));
+}
+
+// On a low page the tracks get its whole height: the text about the clip stands beside them, and
+// the colours are told by it alone.
+void TimelinePage::arrange() {
+    constexpr int kLinesOfLowPage = 24;
+    const bool isLow = height() < kLinesOfLowPage * fontMetrics().height();
+    legend_->setVisible(!isLow);
+    const Qt::Orientation wanted = isLow ? Qt::Horizontal : Qt::Vertical;
+    if (splitter_->orientation() != wanted) {
+        splitter_->setOrientation(wanted);
+        const int room = isLow ? width() : height();
+        splitter_->setSizes({room * kAreaPart / (kAreaPart + kDetailsPart),
+                             room * kDetailsPart / (kAreaPart + kDetailsPart)});
+    }
+}
+
+void TimelinePage::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    arrange();
 }
 
 TimelinePage::~TimelinePage() {
@@ -416,6 +458,7 @@ void TimelinePage::changeEvent(QEvent* event) {
     if (legend_ != nullptr &&
         (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange)) {
         static_cast<Legend*>(legend_)->update();
+        arrange();
     }
 }
 

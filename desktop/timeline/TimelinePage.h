@@ -2,8 +2,10 @@
 #define VORNIC_DESKTOP_TIMELINE_TIMELINE_PAGE_H
 
 #include <QComboBox>
+#include <QHBoxLayout>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QSplitter>
 #include <QWidget>
 #include <functional>
 #include <memory>
@@ -54,9 +56,14 @@ class TimelinePage : public QWidget {
   protected:
     void showEvent(QShowEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
   private:
     QWidget* makeBar();
+    QPushButton* addButton(QWidget* parent, const char* objectName, const QString& text,
+                           const QString& description, std::function<void()> command);
+    void addZoomButtons(QHBoxLayout& row, QWidget* bar);
+    void arrange();
     void read();
     void take(std::shared_ptr<const InspectedTimeline> timeline);
     void fillSequences();
@@ -91,6 +98,7 @@ class TimelinePage : public QWidget {
     QPushButton* findingButton_ = nullptr;
     QPushButton* sourceButton_ = nullptr;
     QPushButton* saveButton_ = nullptr;
+    QSplitter* splitter_ = nullptr;
     TimelineArea* area_ = nullptr;
     QWidget* legend_ = nullptr;
     QPlainTextEdit* details_ = nullptr;

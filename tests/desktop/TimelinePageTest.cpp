@@ -293,6 +293,71 @@ TEST_F(TimelinePageTest, drawsItsPicturesInEachScheme) {
     EXPECT_GT(qGray(light.pixel(3, light.height() - 3)), 200);
 }
 
+TEST_F(TimelinePageTest, leavesTheTracksMostOfALowPage) {
+    show(kProject);
+    auto* const legend = page.findChild<QWidget*>(QStringLiteral("timelineLegend"));
+    auto* const details = page.findChild<QWidget*>(QStringLiteral("timelineDetails"));
+    EXPECT_TRUE(legend->isVisible());
+    page.resize(614, 220);
+    EXPECT_TRUE(waitUntil([&] { return !legend->isVisible(); }));
+    EXPECT_GE(area().height(), 130) << "three tracks, the times and a scroll bar";
+    EXPECT_GE(area().width(), 360);
+    EXPECT_GE(details->width(), 120) << "beside the tracks";
+    EXPECT_EQ(details->height(), area().height());
+    page.resize(900, 600);
+    EXPECT_TRUE(waitUntil([&] { return legend->isVisible(); }));
+    EXPECT_GT(area().height(), details->height());
+    EXPECT_EQ(details->width(), area().width());
+}
+
+TEST_F(TimelinePageTest, laysOutSomeOfManyTextsInEachTurn) {
+    std::string project =
+        "<fcpxml version=\"1.10\"><resources><format id=\"r1\" frameDuration=\"1/25s\"/>"
+        "</resources><project><sequence format=\"r1\"><spine>";
+    constexpr int kClips = 400;
+    for (int clip = 0; clip < kClips; ++clip) {
+        project += "<gap name=\"W " + std::to_string(clip) + "\" offset=\"" + std::to_string(clip) +
+                   "s\" duration=\"1s\"/>";
+    }
+    show(project + "</spine></sequence></project></fcpxml>");
+    page.resize(3000, 500);
+    area().zoomBy(5);
+    const KeptShapes& kept = area().kept();
+    QScrollBar& bar = *area().horizontalScrollBar();
+    ASSERT_TRUE(waitUntil([&] { return !kept.isIncomplete(); }));
+    bar.setValue(bar.maximum());
+    area().viewport()->repaint();
+    EXPECT_EQ(kept.newTexts(), KeptShapes::kMostNewTexts);
+    EXPECT_TRUE(kept.isIncomplete()) << "the view has more than that";
+    const QImage begun = area().viewport()->grab().toImage();
+    ASSERT_TRUE(waitUntil([&] { return !kept.isIncomplete(); })) << "the others follow";
+    const QImage whole = area().viewport()->grab().toImage();
+    EXPECT_NE(begun, whole);
+    EXPECT_EQ(kept.newTexts(), 0U) << "what is seen again is known";
+    bar.setValue(0);
+    bar.setValue(bar.maximum());
+    EXPECT_EQ(area().viewport()->grab().toImage(), whole);
+}
+
+TEST_F(TimelinePageTest, drawsSharpEdgesAtEveryScaleOfTheDevice) {
+    show(kProject);
+    area().setCursorClip(kLate);
+    const QRect box = area().rectOf(kEarly);
+    QImage drawn(area().viewport()->size() * 2, QImage::Format_RGB32);
+    drawn.setDevicePixelRatio(2);
+    area().viewport()->render(&drawn);
+    ASSERT_TRUE(waitUntil([&] { return !area().kept().isIncomplete(); }));
+    const QRgb track = drawn.pixel(2 * box.right() + 60, 2 * box.center().y());
+    const QRgb clip = drawn.pixel(2 * box.left() + 6, 2 * box.bottom() - 16);
+    EXPECT_NE(track, clip);
+    int others = 0;
+    for (int x = 2 * box.right() - 8; x < 2 * box.right() + 12; ++x) {
+        const QRgb pixel = drawn.pixel(x, 2 * box.bottom() - 16);
+        others += pixel != track && pixel != clip ? 1 : 0;
+    }
+    EXPECT_LE(others, 4) << "the edge alone, with nothing blurred beside it";
+}
+
 TEST_F(TimelinePageTest, savesTheSamePictureAsTheProgram) {
     show(kProject);
     const std::string svg = sandbox.path("a.svg");
