@@ -49,10 +49,14 @@ std::optional<std::string> InPlaceChange::read(
     return bytes;
 }
 
-std::optional<std::string> InPlaceChange::readUndigested() {
+void InPlaceChange::clearLeft() {
     ErrorSlot ignored;
     result_.isCancelled =
         copy_.clearPath(ignored) == WorkingCopy::Clearing::cancelled || !copy_.settleLeft();
+}
+
+std::optional<std::string> InPlaceChange::readUndigested() {
+    clearLeft();
     return result_.isCancelled ? std::nullopt : platform::readFile(path_, result_.error);
 }
 

@@ -62,6 +62,8 @@ class InPlaceChange {
     [[nodiscard]] std::optional<std::string> readUndigested();
     /// Takes the digest of what `readUndigested` gave. Without it no file is swapped.
     void expect(std::string_view bytesRead);
+    /// Waits and clears as `read` does, for a file that turned out to need no change.
+    void clearLeft();
     /// Writes the new bytes and brings them to the disk; the last ones that it is given count.
     void write(const std::string& bytes);
     /// The same with bytes that are handed over piece by piece.

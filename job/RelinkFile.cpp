@@ -5,17 +5,31 @@
 
 namespace vornic {
 
+namespace {
+
+const InPlaceChange::Words kWords{"relink", "relinked"};
+
+}  // namespace
+
 InPlaceResult relinkInPlace(const std::string& path, const std::string& bytesRead,
                             const std::string& newBytes, const Waiting& waiting,
                             SwapObserver& observer) {
     InPlaceResult result;
-    InPlaceChange place(path, {"relink", "relinked"}, waiting, result);
+    InPlaceChange place(path, kWords, waiting, result);
     if (place.read(platform::ContentDigest::of(bytesRead))) {
         place.write(newBytes);
         place.finish(true, observer);
     }
     place.takeNotes();
     return result;
+}
+
+std::vector<std::string> clearLeftByRelinking(const std::string& path, const Waiting& waiting) {
+    InPlaceResult result;
+    InPlaceChange place(path, kWords, waiting, result);
+    place.clearLeft();
+    place.takeNotes();
+    return result.notes;
 }
 
 std::string relinkedPath(const std::string& path) {

@@ -169,7 +169,22 @@ void MediaRun::relink(const std::string& path, const ProjectText& project,
     if (isChanged && !settings_.isDryRun && !write(path, bytes, relinked.bytes)) {
         return;
     }
+    if (!isChanged && !settings_.isDryRun && settings_.isInPlace) {
+        for (const std::string& note : clearLeftByRelinking(path, waiting())) {
+            tell(note);
+        }
+    }
     report(std::move(relinked.report), path);
+}
+
+// The run that has the file may take long; only an interruption ends the waiting.
+Waiting MediaRun::waiting() {
+    return {.tell =
+                [](const std::string& file) {
+                    printErrorLine(
+                        formatString("Waiting for another program that uses the file %@.", file));
+                },
+            .stop = untilInterrupted()};
 }
 
 bool MediaRun::write(const std::string& path, const std::string& oldBytes,
@@ -179,16 +194,9 @@ bool MediaRun::write(const std::string& path, const std::string& oldBytes,
 
 bool MediaRun::writeInPlace(const std::string& path, const std::string& oldBytes,
                             const std::string& newBytes) {
-    // The run that has the file may take long; only an interruption ends the waiting.
-    const Waiting waiting{.tell =
-                              [](const std::string& file) {
-                                  printErrorLine(formatString(
-                                      "Waiting for another program that uses the file %@.", file));
-                              },
-                          .stop = untilInterrupted()};
     JournaledSwap journaled(std::string(kMediaProgram), VORNIC_VERSION,
                             JournalEntry::Action::relink);
-    const InPlaceResult result = relinkInPlace(path, oldBytes, newBytes, waiting, journaled);
+    const InPlaceResult result = relinkInPlace(path, oldBytes, newBytes, waiting(), journaled);
     for (const std::string& note : result.notes) {
         tell(note);
     }

@@ -12,6 +12,7 @@
 #include "job/ProjectFiles.h"
 #include "job/ProjectText.h"
 #include "job/Relink.h"
+#include "job/Waiting.h"
 #include "report/ReportWriter.h"
 
 namespace vornic {
@@ -38,6 +39,7 @@ class MediaRun {
     void prepare(const std::vector<std::string>& paths);
     void relink(const std::string& path, const ProjectText& project, const std::string& bytes);
     bool write(const std::string& path, const std::string& oldBytes, const std::string& newBytes);
+    [[nodiscard]] static Waiting waiting();
     bool writeInPlace(const std::string& path, const std::string& oldBytes,
                       const std::string& newBytes);
     bool writeCopy(const std::string& path, const std::string& newBytes);

@@ -334,6 +334,10 @@ BatchOutcome BatchJob::writeRelinked(const std::string& path, const std::string&
     outcome.report = std::move(relinked.report);
     outcome.report->path = path;
     if (relinked.bytes == oldBytes) {
+        if (request_.isInPlace) {
+            const std::vector<std::string> notes = clearLeftByRelinking(path, waiting());
+            outcome.notes.insert(outcome.notes.end(), notes.begin(), notes.end());
+        }
         outcome.result = relinked.left == 0 ? BatchResult::sound : BatchResult::findings;
     } else if (stop_.stopRequested()) {
         outcome.result = BatchResult::cancelled;

@@ -101,6 +101,16 @@ TEST_F(RelinkCommandLineTest, isTakenBackByAnUndo) {
     EXPECT_EQ(readBytes(path), kProject);
 }
 
+TEST_F(RelinkCommandLineTest, clearsWhatAKilledRunHasLeftThoughNothingIsToBeRelinked) {
+    write(".Cut.fcpxml.vornic-relink", "half");
+    EXPECT_EQ(relink({"--dry-run", "--in-place", "--map", "/X=/N", "Cut.fcpxml"}).status, 0);
+    EXPECT_EQ(relink({"--map", "/X=/N", "Cut.fcpxml"}).status, 0);
+    EXPECT_EQ(read(".Cut.fcpxml.vornic-relink"), "half");
+    EXPECT_EQ(relink({"--in-place", "--map", "/X=/N", "Cut.fcpxml"}).status, 0);
+    EXPECT_EQ(readBytes(path), kProject);
+    EXPECT_FALSE(std::filesystem::exists(files.path(".Cut.fcpxml.vornic-relink")));
+}
+
 TEST_F(RelinkCommandLineTest, keepsTheEncodingOfTheFile) {
     const std::string utf8 =
         "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<xmeml version=\"4\"><clip><name>caf%"

@@ -63,6 +63,13 @@ TEST_F(RelinkFileTest, leavesAFileAloneThatIsNotTheOneThatWasRead) {
     EXPECT_THAT(namesIn(sandbox.folder()), ElementsAre("Cut.xml"));
 }
 
+TEST_F(RelinkFileTest, clearsWhatAKilledOneHasLeftWhenThereIsNothingToRelink) {
+    sandbox.write(".Cut.xml.vornic-relink", "half");
+    EXPECT_THAT(clearLeftByRelinking(path, waiting), ElementsAre());
+    EXPECT_EQ(readBytes(path), "old");
+    EXPECT_THAT(namesIn(sandbox.folder()), ElementsAre("Cut.xml"));
+}
+
 TEST_F(RelinkFileTest, theResultIsNamedAfterTheFileOrItsBundle) {
     EXPECT_EQ(relinkedPath("/a/Cut.fcpxml"), "/a/Cut (relinked).fcpxml");
     EXPECT_EQ(relinkedPath("Cut"), "Cut (relinked)");

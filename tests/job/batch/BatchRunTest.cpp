@@ -200,6 +200,10 @@ TEST_F(BatchTest, relinksByASearchThatWalksOnce) {
     EXPECT_THAT(readBytes(one), HasSubstr(files.path("media/a.mov") + "</pathurl>"));
     EXPECT_EQ(readBytes(two), readBytes(one));
     EXPECT_EQ(readBytes(rows().at("One.xml").replaced), text);
+
+    static_cast<void>(files.write(".One.xml.vornic-relink", "half"));
+    EXPECT_EQ(run(request), "Relinking of 2 files: 2 sound.");
+    EXPECT_FALSE(fs::exists(files.path(".One.xml.vornic-relink")));
 }
 
 TEST_F(BatchTest, endsASearchForMediaThatIsCancelled) {
