@@ -15,8 +15,10 @@ bool isOpenForWriting(int descriptor) {
     if (fcntl(descriptor, F_SETLEASE, F_RDLCK) != 0) {
         return errno == EAGAIN;
     }
+    // Who has begun to open the file since then waits until the lease is given back.
+    const bool isAwaited = fcntl(descriptor, F_GETLEASE) != F_RDLCK;
     static_cast<void>(fcntl(descriptor, F_SETLEASE, F_UNLCK));
-    return false;
+    return isAwaited;
 }
 
 }  // namespace vornic::platform

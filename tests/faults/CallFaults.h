@@ -57,6 +57,19 @@ class CallAction : public CallObserver {
     bool done_ = false;
 };
 
+/// Sees whether a program has come to a call of its own.
+class Beginning : public CallObserver {
+  public:
+    Verdict look(const SystemCall& /*call*/) override {
+        hasBegun_ = true;
+        return {};
+    }
+    [[nodiscard]] bool isDone() const override { return hasBegun_; }
+
+  private:
+    bool hasBegun_ = false;
+};
+
 /// The place that a text such as "0.57" names.
 [[nodiscard]] std::optional<CallPlace> callPlaceOf(const std::string& text);
 

@@ -216,11 +216,12 @@ CaseOutcome CaseRunner::runLimit(const Prepared& prepared, const FaultCase& trie
     ProgramStart start = scene.start();
     const rlim_t value = numberIn(tried.where);
     start.limits = {{resource, resource == RLIMIT_AS ? value * kKilo : value}};
-    CallObserver observer;
-    const ProgramEnd end = scene.run(start, observer);
+    Beginning beginning;
+    const ProgramEnd end = scene.run(start, beginning);
     Demands demands = demandsOf(*prepared.kind, prepared.baseline);
     // A program that its loader cannot start says so in words and with a status of its own.
     demands.sameWork = end.status != 127;
+    demands.hasBegun = resource != RLIMIT_AS || beginning.isDone();
     // The C++ library needs some memory before the program begins.
     demands.mayCrash = resource == RLIMIT_AS && end.output.empty() &&
                        end.errors == "terminate called without an active exception\n";

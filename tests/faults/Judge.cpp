@@ -66,6 +66,9 @@ std::string Judge::nameOfBytes(const std::string& bytes) const {
 }
 
 void Judge::judgeEnd(const ProgramEnd& end) {
+    if (!demands_.hasBegun && end.signal != 0) {
+        return;
+    }
     if (end.hung) {
         add("the program hung");
     } else if (end.signal != 0 && !end.killed && end.signal != SIGXFSZ && !demands_.mayCrash) {
@@ -238,6 +241,7 @@ void Judge::judgeMetadata(const ProgramEnd& end, const World& world) {
 void Judge::judgeNextRun(const ProgramEnd& end, const World& world) {
     const std::size_t before = wrongs_.size();
     demands_.mayCrash = false;
+    demands_.hasBegun = true;
     judgeEnd(end);
     const bool isFixed = !demands_.atPathInTheEnd.empty();
     judgeFiles(world, isFixed ? demands_.atPathInTheEnd : demands_.atPath);

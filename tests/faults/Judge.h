@@ -23,6 +23,8 @@ struct Demands {
     bool canSpeak = true;
     /// True when a library that cannot do without memory may end the program.
     bool mayCrash = false;
+    /// False when the program made no call of its own: the system had no room for it.
+    bool hasBegun = true;
     /// False when a failure may be told although the file is as it should be.
     bool failureMustBeTrue = true;
     /// False when the run may be of another kind than the one without faults.

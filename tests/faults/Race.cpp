@@ -1,5 +1,6 @@
 #include "tests/faults/Race.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <map>
@@ -17,6 +18,7 @@ namespace {
 
 constexpr const char* kVictim = "victim.xml";
 constexpr const char* kKept = "Cut-kept.xml";
+constexpr mode_t kModeOfFiles = 0640;
 
 void writeTo(int file, std::string_view bytes) {
     if (write(file, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) {
@@ -25,8 +27,7 @@ void writeTo(int file, std::string_view bytes) {
 }
 
 void writeFile(const std::string& path, int flags, std::string_view bytes) {
-    constexpr mode_t kMode = 0640;
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | flags, kMode);
+    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | flags, kModeOfFiles);
     writeTo(file, bytes);
     close(file);
 }
@@ -76,7 +77,7 @@ void Race::write(const std::string& name, const std::string& bytes) {
     const std::string aside = scene_.pathOf("../aside");
     switch (way_) {
         case Way::inPlace:
-            writeFile(path, O_TRUNC, bytes);
+            open(path, bytes, "");
             break;
         case Way::renamed:
             writeFile(aside, O_EXCL, bytes);
@@ -87,12 +88,27 @@ void Race::write(const std::string& name, const std::string& bytes) {
             writeFile(path, O_EXCL, bytes);
             break;
         case Way::half:
-            held_ = open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
-            writeTo(held_, std::string_view(bytes).substr(0, bytes.size() / 2));
+            open(path, std::string_view(bytes).substr(0, bytes.size() / 2),
+                 std::string_view(bytes).substr(bytes.size() / 2));
             break;
         case Way::link:
             link(name);
             break;
+    }
+}
+
+// A file that the program has a lease on opens when it gives that back, which it cannot do while it
+// stands still.
+void Race::open(const std::string& path, std::string_view first, std::string_view rest) {
+    constexpr int kFlags = O_WRONLY | O_TRUNC | O_CLOEXEC | O_NONBLOCK;
+    held_ = ::open(path.c_str(), way_ == Way::inPlace ? kFlags | O_CREAT : kFlags, kModeOfFiles);
+    if (held_ < 0 && errno == EWOULDBLOCK) {
+        late_ = std::make_unique<LateWriter>(path, first, rest);
+        return;
+    }
+    writeTo(held_, first);
+    if (rest.empty()) {
+        close(std::exchange(held_, -1));
     }
 }
 
@@ -115,6 +131,9 @@ void Race::finish() {
     if (held_ >= 0) {
         writeTo(held_, std::string_view(bytes_).substr(bytes_.size() / 2));
         close(std::exchange(held_, -1));
+    }
+    if (late_ != nullptr) {
+        late_->finish();
     }
 }
 
@@ -150,6 +169,11 @@ Demands Race::demands() const {
         std::erase(demands.kept, scene_.kind().bytes);
     } else {
         demands.atPath = {std::string("-> ") + kVictim, newer_.result};
+        demands.atPathInTheEnd.clear();
+    }
+    if (late_ != nullptr) {
+        // What opened the file before the swap may write into it when it lies in the Trash.
+        demands.atPath.push_back(baseline_.result);
         demands.atPathInTheEnd.clear();
     }
     if (isKept) {

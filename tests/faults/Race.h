@@ -1,10 +1,13 @@
 #ifndef VORNIC_TESTS_FAULTS_RACE_H
 #define VORNIC_TESTS_FAULTS_RACE_H
 
+#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tests/faults/Judge.h"
+#include "tests/faults/LateWriter.h"
 #include "tests/faults/Scene.h"
 
 namespace vornic::test {
@@ -31,6 +34,7 @@ class Race {
   private:
     enum class Way { inPlace, renamed, savedAs, half, link };
     void write(const std::string& name, const std::string& bytes);
+    void open(const std::string& path, std::string_view first, std::string_view rest);
     void link(const std::string& name) const;
     [[nodiscard]] bool isAboutCopy() const { return name_.starts_with("copy-"); }
 
@@ -41,6 +45,7 @@ class Race {
     std::string bytes_;
     Way way_ = Way::inPlace;
     int held_ = -1;
+    std::unique_ptr<LateWriter> late_;
 };
 
 }  // namespace vornic::test
