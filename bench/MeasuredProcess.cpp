@@ -13,6 +13,7 @@ namespace vornic::bench {
 
 namespace {
 
+constexpr double kMicroseconds = 1e6;
 constexpr double kKilobytesOfAMegabyte = 1024;
 
 bool spawn(const std::vector<std::string>& arguments, const std::string& output, pid_t& process) {
@@ -48,6 +49,10 @@ MeasuredProcess runMeasured(const std::vector<std::string>& arguments, const std
     }
     result.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    for (const struct timeval& time : {usage.ru_utime, usage.ru_stime}) {
+        result.processorSeconds +=
+            static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / kMicroseconds;
+    }
     result.peakMegabytes = static_cast<double>(usage.ru_maxrss) / kKilobytesOfAMegabyte;
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return result;

@@ -10,6 +10,8 @@ namespace vornic::bench {
 struct MeasuredProcess {
     /// From before the start to after the end, in seconds.
     double seconds = 0;
+    /// What the processors worked for it, all threads and the system's part together, in seconds.
+    double processorSeconds = 0;
     /// The most memory that was resident at once, in megabytes (of 1024 * 1024 bytes). Never less
     /// than what the measuring process itself had, so that has to stay small.
     double peakMegabytes = 0;
