@@ -14,8 +14,8 @@
 #include "desktop/FileIcons.h"
 #include "desktop/QtText.h"
 #include "desktop/Sheet.h"
+#include "desktop/SureCall.h"
 #include "platform/files/AtomicFile.h"
-#include "platform/threads/MainThread.h"
 
 // What the window of a batch asks its user, and the commands for its rows and reports.
 
@@ -158,24 +158,27 @@ void BatchWindow::saveReportsTo(const std::string& path) {
     isSaving_ = onThread(
         [self = QPointer<BatchWindow>(this), work = work_, path] {
             const std::string failure = writeReports(work->batch, path);
-            platform::MainThread::perform([self, path, failure] {
-                if (!self) {
-                    return;
-                }
-                self->isSaving_ = false;
-                self->sentence_ = failure.empty()
-                                      ? tr("The reports are in %1.").arg(fileNameOf(path))
-                                      : QString();
-                self->updateControls();
-                self->writeStatus();
-                if (!failure.empty()) {
-                    showFailure(*self, tr("Unable to save the reports"), toQString(failure), {});
-                }
+            performSurely([&] {
+                return [self, path, failure] {
+                    if (self) {
+                        self->takeSaved(path, failure);
+                    }
+                };
             });
         },
         [] {});
     updateControls();
     writeStatus();
+}
+
+void BatchWindow::takeSaved(const std::string& path, const std::string& failure) {
+    isSaving_ = false;
+    sentence_ = failure.empty() ? tr("The reports are in %1.").arg(fileNameOf(path)) : QString();
+    updateControls();
+    writeStatus();
+    if (!failure.empty()) {
+        showFailure(*this, tr("Unable to save the reports"), toQString(failure), {});
+    }
 }
 
 void BatchWindow::clearAll() {

@@ -23,6 +23,7 @@
 #include "desktop/FlowLayout.h"
 #include "desktop/QtText.h"
 #include "desktop/Sheet.h"
+#include "desktop/SureCall.h"
 #include "desktop/WindowSize.h"
 #include "foundation/log/QMLog.h"
 #include "platform/threads/MainThread.h"
@@ -56,6 +57,12 @@ QString verbOf(BatchAction action) {
         default:
             return BatchWindow::tr("Restoring");
     }
+}
+
+// What stood at the path is no original after one has been brought back.
+const char* replacedWords(BatchResult result) {
+    return result == BatchResult::restored ? "What stood there before is %@."
+                                           : "The original is %@.";
 }
 
 bool hasFailures(const BatchSummary& summary) {
@@ -119,6 +126,9 @@ void BatchWindow::makeTable() {
     table_->setSelectionMode(QAbstractItemView::ExtendedSelection);
     table_->setTabKeyNavigation(false);
     table_->setTextElideMode(Qt::ElideMiddle);
+    // Signs make no row higher than its text does.
+    const int sign = table_->fontMetrics().height();
+    table_->setIconSize(QSize(sign, sign));
     table_->setContextMenuPolicy(Qt::CustomContextMenu);
     table_->header()->setFocusPolicy(Qt::NoFocus);
     table_->header()->setStretchLastSection(false);
@@ -242,16 +252,19 @@ void BatchWindow::search(std::vector<std::string> paths) {
     isAdding_ = onThread(
         [self = QPointer<BatchWindow>(this), work = work_, paths = std::move(paths)] {
             std::vector<ProjectFiles::Refusal> refused;
+            bool isShort = false;
             try {
                 refused =
                     work->batch.add(paths, StopToken([work] { return work->isStopped.load(); }));
             } catch (const std::bad_alloc&) {
-                refused.push_back({"", "There is not enough memory for all files."});
+                isShort = true;
             }
-            platform::MainThread::perform([self, refused = std::move(refused)] {
-                if (self) {
-                    self->takeAdded(refused);
-                }
+            performSurely([&] {
+                return [self, refused, isShort] {
+                    if (self) {
+                        self->takeAdded(refused, isShort);
+                    }
+                };
             });
         },
         [work = work_] { work->isStopped = true; });
@@ -259,7 +272,7 @@ void BatchWindow::search(std::vector<std::string> paths) {
     writeStatus();
 }
 
-void BatchWindow::takeAdded(const std::vector<ProjectFiles::Refusal>& refused) {
+void BatchWindow::takeAdded(const std::vector<ProjectFiles::Refusal>& refused, bool isShort) {
     isAdding_ = false;
     if (!isVisible()) {
         // Closed while files were looked for.
@@ -270,11 +283,14 @@ void BatchWindow::takeAdded(const std::vector<ProjectFiles::Refusal>& refused) {
     updateControls();
     filter();
     search(std::exchange(toAdd_, {}));
-    if (refused.empty()) {
+    if (refused.empty() && !isShort) {
         return;
     }
     constexpr std::size_t kMostTold = 5;
     QStringList reasons;
+    if (isShort) {
+        reasons += tr("There is not enough memory for all files.");
+    }
     for (const ProjectFiles::Refusal& each : refused) {
         QMLog::appendLog("%@", each.reason);
         if (reasons.size() < static_cast<qsizetype>(kMostTold)) {
@@ -294,17 +310,16 @@ void BatchWindow::filter() {
                              .onlyFailures = onlyFailures_->isChecked()};
     static_cast<void>(onThread(
         [self = QPointer<BatchWindow>(this), work = work_, wanted, number = number_] {
-            std::vector<std::size_t> rows;
             try {
-                rows = work->batch.rowsShownBy(wanted);
+                std::vector<std::size_t> rows = work->batch.rowsShownBy(wanted);
+                platform::MainThread::perform([self, number, rows = std::move(rows)]() mutable {
+                    if (self && number == self->number_) {
+                        self->takeShown(std::move(rows));
+                    }
+                });
             } catch (const std::bad_alloc&) {
-                rows.clear();
+                QMLog::appendLog("%@", "There was not enough memory to look through the rows.");
             }
-            platform::MainThread::perform([self, number, rows = std::move(rows)]() mutable {
-                if (self && number == self->number_) {
-                    self->takeShown(std::move(rows));
-                }
-            });
         },
         [] {}));
 }
@@ -485,7 +500,7 @@ void BatchWindow::writeDetails() {
         text = oneLine(pathToQString(row.path));
         for (const std::string& sentence :
              {row.reason,
-              row.replaced.empty() ? "" : formatString("The original is %@.", row.replaced),
+              row.replaced.empty() ? "" : formatString(replacedWords(row.result), row.replaced),
               row.written.empty() ? "" : formatString("The new file is %@.", row.written)}) {
             text += sentence.empty() ? QString() : u'\n' + oneLine(toQString(sentence));
         }

@@ -86,11 +86,12 @@ class BatchWindow : public QMainWindow {
     void clearAll();
 
     void search(std::vector<std::string> paths);
-    void takeAdded(const std::vector<ProjectFiles::Refusal>& refused);
+    void takeAdded(const std::vector<ProjectFiles::Refusal>& refused, bool isShort);
     void filter();
     void takeShown(std::vector<std::size_t> rows);
     void takeChanges(const std::vector<std::size_t>& rows);
     void takeEnd(const BatchSummary& summary);
+    void takeSaved(const std::string& path, const std::string& failure);
     void writeStatus();
     void writeDetails();
     void updateControls();

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "desktop/BatchWindow.h"
+#include "desktop/SureCall.h"
 #include "platform/threads/MainThread.h"
 
 namespace vornic {
@@ -23,10 +24,12 @@ class BatchWindow::Feed : public BatchObserver {
         });
     }
     void ended(const BatchSummary& summary) override {
-        platform::MainThread::perform([window = window_, summary] {
-            if (window) {
-                window->takeEnd(summary);
-            }
+        performSurely([&] {
+            return [window = window_, summary] {
+                if (window) {
+                    window->takeEnd(summary);
+                }
+            };
         });
     }
 

@@ -56,6 +56,9 @@ class SourceView : public QAbstractScrollArea, public ReadableText {
     [[nodiscard]] QRect readableArea(int offset) const override;
     [[nodiscard]] int readableOffsetAt(QPoint screen) const override;
 
+    /// How many rows are kept as they were laid out.
+    [[nodiscard]] qsizetype laidOutRows() const { return layouts_.size(); }
+
     /// Called when the cursor has come to another line.
     void setLineChanged(std::function<void()> changed) { lineChanged_ = std::move(changed); }
 

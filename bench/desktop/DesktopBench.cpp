@@ -29,6 +29,7 @@
 #include "bench/SampleProject.h"
 #include "desktop/Appearance.h"
 #include "desktop/Application.h"
+#include "desktop/BatchWindow.h"
 #include "desktop/DocumentMainWindow.h"
 #include "desktop/QtAlertPanel.h"
 #include "desktop/QtRunLoop.h"
@@ -272,6 +273,38 @@ bool measureTimeline(const std::string& path, int clips) {
     return watch.report("the same, scrolled:") && slowest <= 16;
 }
 
+// That many files in the window of a batch: found, checked, filtered.
+bool measureBatch(const std::string& folder, int files) {
+    for (int file = 0; file < files; ++file) {
+        constexpr int kInFolder = 500;
+        const std::string part = folder + "/" + std::to_string(file / kInFolder);
+        if (file % kInFolder == 0) {
+            std::filesystem::create_directories(part);
+        }
+        std::ofstream(part + "/" + std::to_string(file) + ".xml")
+            << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xmeml>\n<xmeml "
+               "version=\"5\"><sequence><name>"
+            << (file % 3 == 0 ? "A & B" : "A") << "</name></sequence></xmeml>\n";
+    }
+    bool hasEnded = false;
+    BatchWindow window({.open = [](const std::string&) {},
+                        .showFile = [](const std::string&) {},
+                        .notify = [&](const QString&, const QString&) { hasEnded = true; }});
+    window.show();
+    QApplication::processEvents();
+    const Clock::time_point start = Clock::now();
+    const PauseWatch watch;
+    window.add({folder});
+    runLoopUntil([&] { return window.model().rowCount() == files; });
+    window.begin(BatchAction::check);
+    runLoopUntil([&] { return hasEnded; });
+    const double checked = Milliseconds(Clock::now() - start).count();
+    window.findChild<QCheckBox*>(QStringLiteral("batchOnlyFailures"))->click();
+    runLoopUntil([&] { return window.model().rowCount() < files; });
+    std::printf("batch of %d files: found and checked in %.1f s\n", files, checked / 1e3);
+    return watch.report("the same, in its window:");
+}
+
 // From the bytes of a file to its source on the screen.
 bool measureSource(const std::string& path) {
     std::vector<double> times;
@@ -440,8 +473,10 @@ int main(int argc, char** argv) {
     }
     setenv("HOME", folder.c_str(), 1);
     QMLog::createNewLog("Vornic", true);
-    if (wanted == "--timeline") {
-        const bool isFast = bench::measureTimeline(folder + "/long.fcpxml", 3000);
+    if (wanted == "--timeline" || wanted == "--batch") {
+        const bool isFast = wanted == "--batch"
+                                ? bench::measureBatch(folder + "/batch", 10'000)
+                                : bench::measureTimeline(folder + "/long.fcpxml", 3000);
         platform::MainThread::shutdown();
         platform::joinDetachedThreads(std::chrono::seconds(10));
         return isFast ? EXIT_SUCCESS : EXIT_FAILURE;
@@ -452,6 +487,7 @@ int main(int argc, char** argv) {
     reached = bench::measureReport(500'000) && reached;
     reached = bench::measureSource(sound) && reached;
     reached = bench::measureTimeline(folder + "/long.fcpxml", 3000) && reached;
+    reached = bench::measureBatch(folder + "/batch", 10'000) && reached;
     reached = bench::measureTurns(sound, "50 MB") && reached;
     reached = bench::measureFindings(folder + "/faults.xml", 500'000) && reached;
     reached = bench::compareRepairs(sound, "repair a sound file, 50 MB:") && reached;

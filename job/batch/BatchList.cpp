@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <new>
 #include <optional>
 
 #include "base/PathText.h"
@@ -40,30 +41,46 @@ std::size_t BatchList::add(const std::string& path, const Identity& identity) {
         return known->second;
     }
     const auto same = byIdentity_.find(identity);
-    if (identity != Identity() && same != byIdentity_.end()) {
-        addName(rows_[same->second], path);
-        byPath_.emplace(path, same->second);
-        return same->second;
-    }
-    const std::size_t row = rows_.size();
-    Listed listed{BatchRow{}, identity};
-    setPath(listed.row, path);
-    rows_.push_back(std::move(listed));
+    const bool isKnown = identity != Identity() && same != byIdentity_.end();
+    const std::size_t row = isKnown ? same->second : rows_.size();
     byPath_.emplace(path, row);
-    if (identity != Identity()) {
-        byIdentity_.emplace(identity, row);
+    try {
+        if (isKnown) {
+            addName(rows_[row], path);
+        } else {
+            addRow(path, identity);
+        }
+    } catch (const std::bad_alloc&) {
+        byPath_.erase(path);
+        throw;
     }
     return row;
 }
 
+void BatchList::addRow(const std::string& path, const Identity& identity) {
+    Listed listed{BatchRow{}, identity};
+    setPath(listed.row, path);
+    rows_.push_back(std::move(listed));
+    try {
+        if (identity != Identity()) {
+            byIdentity_.emplace(identity, rows_.size() - 1);
+        }
+    } catch (const std::bad_alloc&) {
+        rows_.pop_back();
+        throw;
+    }
+}
+
 // An action on a link would replace the link and leave the file as it is.
 void BatchList::addName(Listed& listed, const std::string& path) {
-    if (listed.row.state == BatchState::idle && isLink(listed.row.path) && !isLink(path)) {
-        listed.row.otherPaths.push_back(listed.row.path);
-        setPath(listed.row, path);
+    BatchRow row = listed.row;
+    if (row.state == BatchState::idle && isLink(row.path) && !isLink(path)) {
+        row.otherPaths.push_back(row.path);
+        setPath(row, path);
     } else {
-        listed.row.otherPaths.push_back(path);
+        row.otherPaths.push_back(path);
     }
+    listed.row = std::move(row);
 }
 
 BatchList::Look BatchList::look(const std::string& path,

@@ -22,7 +22,7 @@ class BatchList {
     /// That of the file that a path leads to. Asks the file system. Any thread.
     [[nodiscard]] static Identity identityAt(const std::string& path);
 
-    /// Adds a file, which need not be there.
+    /// Adds a file, which need not be there. Without memory for it the list is as it was.
     /// @param path absolute
     /// @param identity what `identityAt` tells of it
     /// @return its row.
@@ -56,6 +56,7 @@ class BatchList {
     };
 
     void addName(Listed& listed, const std::string& path);
+    void addRow(const std::string& path, const Identity& identity);
 
     std::vector<Listed> rows_;
     std::unordered_map<std::string, std::size_t> byPath_;
