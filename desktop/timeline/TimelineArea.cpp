@@ -30,6 +30,11 @@ const TimelineColours& coloursOf(const QPalette& palette) {
                                                   : TimelineColours::light();
 }
 
+// Each line is one there, too.
+QString linesToolTip(const std::string& lines) {
+    return toolTipOf(toQString(lines)).replace(u'\n', QStringLiteral("<br>"));
+}
+
 }  // namespace
 
 TimelineArea::TimelineArea(Actions actions, QWidget* parent)
@@ -407,12 +412,12 @@ bool TimelineArea::viewportEvent(QEvent* event) {
     const TimelineMarker* const marker =
         picture() != nullptr ? picture()->markerAt(toUnits(help->pos()), view()) : nullptr;
     if (marker != nullptr) {
-        QToolTip::showText(help->globalPos(), toolTipOf(toQString(picture()->describe(*marker))),
-                           this, QRect(help->pos(), QSize(1, 1)));
+        QToolTip::showText(help->globalPos(), linesToolTip(picture()->describe(*marker)), this,
+                           QRect(help->pos(), QSize(1, 1)));
     } else if (clip == kNoTimelineItem) {
         QToolTip::hideText();
     } else {
-        QToolTip::showText(help->globalPos(), toolTipOf(toQString(picture()->describe(clip))), this,
+        QToolTip::showText(help->globalPos(), linesToolTip(picture()->describe(clip)), this,
                            rectOf(clip));
     }
     return true;

@@ -132,7 +132,7 @@ TEST_F(TimelinePageTest, reportsWhatAClipIs) {
     QHelpEvent help(QEvent::ToolTip, area().rectOf(kLate).center(),
                     area().viewport()->mapToGlobal(area().rectOf(kLate).center()));
     QApplication::sendEvent(area().viewport(), &help);
-    EXPECT_TRUE(QToolTip::text().contains(QStringLiteral("at 00:01:00;02")));
+    EXPECT_TRUE(QToolTip::text().contains(QStringLiteral("<br>at 00:01:00;02<br>")));
     QToolTip::hideText();
 }
 
