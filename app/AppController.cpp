@@ -11,7 +11,7 @@
 
 #include "app/cli/InterruptedRuns.h"
 #include "base/FormatString.h"
-#include "base/Text.h"
+#include "base/PathText.h"
 #include "formats/FileCodes.h"
 #include "formats/FileKind.h"
 #include "foundation/log/LogGenerations.h"
@@ -58,8 +58,7 @@ OpenPanelSettings openPanelSettings() {
 /// The file of the application's own preferences, for a program that has no bundle to name it.
 QMLocalPaths::Path preferenceFile() {
     const QMLocalPaths::Path folder = QMLocalPaths::prefsDirectory(true);
-    return folder ? QMLocalPaths::Path(appendingPathComponent(*folder, kPreferenceFileName))
-                  : std::nullopt;
+    return folder ? QMLocalPaths::Path(joinPath(*folder, kPreferenceFileName)) : std::nullopt;
 }
 
 std::string applicationShortName() {
@@ -76,8 +75,7 @@ void tellUnopened(const std::string& what, const ErrorSlot& error) {
 /// Tells that a log is there and nothing shows it; that there is none has been told already.
 void tellUnopenedLog(std::string_view name) {
     const QMLocalPaths::Path folder = logFolder(true);
-    if (folder && platform::fileExists(
-                      appendingPathComponent(*folder, formatString(name, kApplicationName)))) {
+    if (folder && platform::fileExists(joinPath(*folder, formatString(name, kApplicationName)))) {
         QMAlert::alertSheetWithMessageText(
             "The log could not be opened.",
             "The program xdg-open is needed, and one that shows text files.", nullptr);
@@ -266,7 +264,7 @@ void AppController::prefsToggleAdminPass(CheckBoxItem& sender) {
 
 void AppController::helpUserManual() {
     const QMLocalPaths::Path library = QMLocalPaths::libraryDirectory(false);
-    const std::string manual = library ? appendingPathComponent(*library, kUserManual) : "";
+    const std::string manual = library ? joinPath(*library, kUserManual) : "";
     if (platform::fileExists(manual)) {
         openFileWithItsApplication(manual);
     } else if (const auto own = platform::Bundle::mainBundle().pathForResource(kOwnManual, "pdf")) {

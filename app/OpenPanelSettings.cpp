@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "base/PathText.h"
 #include "base/Text.h"
 #include "platform/items/FileAttributes.h"
 

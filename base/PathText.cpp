@@ -1,12 +1,20 @@
 #include "base/PathText.h"
 
-namespace vornic::platform {
+namespace vornic {
 
 std::string withoutTrailingSlashes(std::string_view path) {
     while (path.size() > 1 && path.back() == '/') {
         path.remove_suffix(1);
     }
     return std::string(path);
+}
+
+std::string withTrailingSlash(std::string_view path) {
+    std::string folder = withoutTrailingSlashes(path);
+    if (!folder.empty() && folder.back() != '/') {
+        folder += '/';
+    }
+    return folder;
 }
 
 std::string parentFolder(std::string_view path) {
@@ -28,11 +36,20 @@ std::string lastComponent(std::string_view path) {
 }
 
 std::string joinPath(std::string_view folder, std::string_view name) {
-    std::string joined(folder);
-    if (joined.empty() || joined.back() != '/') {
+    if (folder.empty()) {
+        return withoutTrailingSlashes(name);
+    }
+    std::string joined = withoutTrailingSlashes(folder);
+    const std::size_t first = name.find_first_not_of('/');
+    if (first == std::string_view::npos) {
+        return joined;
+    }
+    if (joined.back() != '/') {
         joined += '/';
     }
-    return joined.append(name);
+    joined.append(name, first);
+    joined.resize(joined.find_last_not_of('/') + 1);
+    return joined;
 }
 
 bool isPlainName(std::string_view name) {
@@ -47,6 +64,17 @@ SplitName splitExtension(std::string_view name) {
         return {.stem = std::string(name), .extension = ""};
     }
     return {.stem = std::string(name.substr(0, dot)), .extension = std::string(name.substr(dot))};
+}
+
+std::string pathExtension(std::string_view path) {
+    const std::string extension = splitExtension(lastComponent(path)).extension;
+    return extension.empty() ? "" : extension.substr(1);
+}
+
+std::string withoutExtension(std::string_view path) {
+    std::string whole = withoutTrailingSlashes(path);
+    whole.resize(whole.size() - splitExtension(lastComponent(whole)).extension.size());
+    return whole;
 }
 
 std::string_view truncateUTF8(std::string_view text, std::size_t length) {
@@ -74,4 +102,4 @@ std::string numberedName(const std::string& name, long attempt, std::size_t long
     return std::string(truncateUTF8(parts.stem, longest - ending.size())) + ending;
 }
 
-}  // namespace vornic::platform
+}  // namespace vornic

@@ -7,7 +7,7 @@
 
 /// Taking paths and file names apart as bytes, without a look at the disk. All operations are pure
 /// and may be called from any thread.
-namespace vornic::platform {
+namespace vornic {
 
 /// The longest name that a folder entry may have, in bytes.
 inline constexpr std::size_t kLongestName = 255;
@@ -15,13 +15,17 @@ inline constexpr std::size_t kLongestName = 255;
 /// The path without trailing slashes; "/" (also for "///") and "" stay.
 [[nodiscard]] std::string withoutTrailingSlashes(std::string_view path);
 
+/// The path with exactly one slash at its end; "" stays. What lies in the folder begins with it.
+[[nodiscard]] std::string withTrailingSlash(std::string_view path);
+
 /// The folder that holds the path's last component: "/a" for "/a/b", "/" for "/b", "." for "b".
 [[nodiscard]] std::string parentFolder(std::string_view path);
 
 /// The last component, trailing slashes ignored; "" for "/" and "".
 [[nodiscard]] std::string lastComponent(std::string_view path);
 
-/// `folder` and `name` with exactly one slash between them.
+/// `folder` and `name` with exactly one slash between them and none at the end. An absolute name is
+/// put below the folder too; without a folder it is the name, without a name the folder.
 [[nodiscard]] std::string joinPath(std::string_view folder, std::string_view name);
 
 /// True for a name that a folder entry may have: not "", "." or "..", without slash and NUL.
@@ -35,6 +39,13 @@ struct SplitName {
 };
 [[nodiscard]] SplitName splitExtension(std::string_view name);
 
+/// The extension of the path's last component without its dot, "" when it has none.
+[[nodiscard]] std::string pathExtension(std::string_view path);
+
+/// The path without the extension of its last component and the dot before it, and without trailing
+/// slashes: "/b/c" for "/b/c.xml".
+[[nodiscard]] std::string withoutExtension(std::string_view path);
+
 /// At most `length` bytes from the front of the text, cut where a UTF-8 character begins.
 [[nodiscard]] std::string_view truncateUTF8(std::string_view text, std::size_t length);
 
@@ -44,6 +55,6 @@ struct SplitName {
 ///     characters of UTF-8
 [[nodiscard]] std::string numberedName(const std::string& name, long attempt, std::size_t longest);
 
-}  // namespace vornic::platform
+}  // namespace vornic
 
 #endif

@@ -45,33 +45,6 @@ std::size_t spaceAtBack(std::string_view text) {
     return isWideSpace(character.code) ? character.length : 0;
 }
 
-/// The path without the slashes at its end; a path of slashes alone is "/".
-std::string_view withoutTrailingSlashes(std::string_view path) {
-    const std::size_t last = path.find_last_not_of('/');
-    if (last == std::string_view::npos) {
-        return path.substr(0, path.empty() ? 0 : 1);
-    }
-    return path.substr(0, last + 1);
-}
-
-/// The last component of a path that has no slash at its end, or "/".
-std::string_view lastComponent(std::string_view path) {
-    const std::size_t slash = path.rfind('/');
-    if (slash == std::string_view::npos || path.size() == 1) {
-        return path;
-    }
-    return path.substr(slash + 1);
-}
-
-/// The length of the extension with its dot, 0 when the component has none.
-std::size_t extensionLength(std::string_view component) {
-    const std::size_t dot = component.rfind('.');
-    if (dot == std::string_view::npos || dot == 0 || dot + 1 == component.size()) {
-        return 0;
-    }
-    return component.size() - dot;
-}
-
 /// The text with each letter of any script as the conversion gives it.
 std::string withLetters(std::string_view text, wint_t (*convert)(wint_t, locale_t)) {
     // Without that locale only ASCII letters change.
@@ -200,47 +173,6 @@ std::string replacingOccurrences(std::string_view text, std::string_view what,
         pending = found + what.size();
     }
     result.append(text, pending);
-    return result;
-}
-
-std::string lastPathComponent(std::string_view path) {
-    return std::string(lastComponent(withoutTrailingSlashes(path)));
-}
-
-std::string deletingLastPathComponent(std::string_view path) {
-    const std::string_view whole = withoutTrailingSlashes(path);
-    const std::size_t slash = whole.rfind('/');
-    if (slash == std::string_view::npos) {
-        return {};
-    }
-    return std::string(withoutTrailingSlashes(whole.substr(0, slash + 1)));
-}
-
-std::string pathExtension(std::string_view path) {
-    const std::string_view component = lastComponent(withoutTrailingSlashes(path));
-    const std::size_t length = extensionLength(component);
-    return length == 0 ? std::string()
-                       : std::string(component.substr(component.size() - length + 1));
-}
-
-std::string deletingPathExtension(std::string_view path) {
-    const std::string_view whole = withoutTrailingSlashes(path);
-    return std::string(whole.substr(0, whole.size() - extensionLength(lastComponent(whole))));
-}
-
-std::string appendingPathComponent(std::string_view path, std::string_view component) {
-    if (path.empty()) {
-        return std::string(withoutTrailingSlashes(component));
-    }
-    const std::size_t first = component.find_first_not_of('/');
-    std::string result(withoutTrailingSlashes(path));
-    if (first == std::string_view::npos) {
-        return result;
-    }
-    if (result.back() != '/') {
-        result += '/';
-    }
-    result += withoutTrailingSlashes(component.substr(first));
     return result;
 }
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-/// Small operations on UTF-8 text and on paths. All are pure and may be called from any thread.
+/// Small operations on UTF-8 text. All are pure and may be called from any thread.
 namespace vornic {
 
 /// Reads a number the way the platform's strings do: leading white space skipped, an optional sign,
@@ -28,7 +28,7 @@ namespace vornic {
 /// UTF-8 as they are.
 [[nodiscard]] std::string lowercasedLetters(std::string_view text);
 
-/// The same in upper case; a letter that only two would stand for, as the sharp s, stays.
+/// The same in upper case. A letter whose upper case is two letters, such as the sharp s, stays.
 [[nodiscard]] std::string uppercasedLetters(std::string_view text);
 
 /// Orders two texts without regard to the case of ASCII letters: below, equal to or above 0.
@@ -37,19 +37,6 @@ namespace vornic {
 /// `text` with every `what` replaced by `with`; an empty `what` replaces nothing.
 [[nodiscard]] std::string replacingOccurrences(std::string_view text, std::string_view what,
                                                std::string_view with);
-
-/// The last component of a path: "c.xml" of "/b/c.xml", "b" of "/b/", "/" of "/".
-[[nodiscard]] std::string lastPathComponent(std::string_view path);
-/// The path without its last component: "/b" of "/b/c.xml", "/" of "/c", "" of "c".
-[[nodiscard]] std::string deletingLastPathComponent(std::string_view path);
-/// The extension of the last component without its dot, "" when there is none. A dot that begins
-/// the component begins no extension, nor does one that ends it.
-[[nodiscard]] std::string pathExtension(std::string_view path);
-/// The path without the extension of its last component and the dot before it.
-[[nodiscard]] std::string deletingPathExtension(std::string_view path);
-/// Two paths joined by exactly one slash, a trailing slash removed; an absolute component is
-/// appended below the path too, an empty path yields the component.
-[[nodiscard]] std::string appendingPathComponent(std::string_view path, std::string_view component);
 
 }  // namespace vornic
 

@@ -274,7 +274,7 @@ class Check {
     void addExtension() {
         const FileKind kind = index_->kind();
         const std::string extension =
-            lowercasedLetters(platform::splitExtension(options_.fileName).extension);
+            lowercasedLetters(splitExtension(options_.fileName).extension);
         const bool saysFCPXML = extension == ".fcpxml";
         if (extension.empty() || (kind != FileKind::fcpxml && kind != FileKind::xmeml) ||
             saysFCPXML == (kind == FileKind::fcpxml)) {

@@ -13,7 +13,7 @@
 
 #include <sys/stat.h>
 
-#include "base/Text.h"
+#include "base/PathText.h"
 #include "desktop/AlertBox.h"
 #include "desktop/DesktopNotification.h"
 #include "desktop/FileIcons.h"
@@ -420,8 +420,7 @@ void Application::showPreferences() {
 }
 
 void Application::showInFileManager(const std::string& path) {
-    revealInFileManager(path, this,
-                        [this, path] { openInFileManager(deletingLastPathComponent(path)); });
+    revealInFileManager(path, this, [this, path] { openInFileManager(parentFolder(path)); });
 }
 
 void Application::showTrash() {

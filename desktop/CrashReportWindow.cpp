@@ -8,7 +8,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "base/Text.h"
+#include "base/PathText.h"
 #include "desktop/FileManager.h"
 #include "desktop/QtText.h"
 #include "platform/session/WorkspaceOpener.h"
@@ -87,8 +87,7 @@ void CrashReportWindow::copyReport() {
 void CrashReportWindow::showInFileManager() {
     revealInFileManager(path_, this, [this] {
         ErrorSlot error;
-        if (!platform::WorkspaceOpener::shared()->openFile(deletingLastPathComponent(path_),
-                                                           error)) {
+        if (!platform::WorkspaceOpener::shared()->openFile(parentFolder(path_), error)) {
             done_->setText(tr("No file manager can be found."));
         }
     });

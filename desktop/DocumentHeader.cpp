@@ -65,7 +65,7 @@ DocumentHeader::DocumentHeader(const std::string& path, std::function<void(Heade
     folder->setObjectName(QStringLiteral("fileFolderLabel"));
     folder->setAccessibleDescription(tr("Folder"));
     folder->setToolTip(toolTipOf(path));
-    folder->setWholeText(oneLine(pathToQString(platform::parentFolder(path))));
+    folder->setWholeText(oneLine(pathToQString(parentFolder(path))));
 
     auto* const about = new QHBoxLayout();
     constexpr int kApart = 12;

@@ -9,7 +9,7 @@
 #include <chrono>
 #include <utility>
 
-#include "base/Text.h"
+#include "base/PathText.h"
 #include "desktop/AlertBox.h"
 #include "desktop/FileIcons.h"
 #include "desktop/OutcomeText.h"
@@ -207,7 +207,7 @@ QWidget* DocumentMainWindow::makeFoot() {
 
 void DocumentMainWindow::saveReport() {
     const QString proposal =
-        pathToQString(deletingPathExtension(path_)) + tr(" report") + QStringLiteral(".txt");
+        pathToQString(withoutExtension(path_)) + tr(" report") + QStringLiteral(".txt");
     auto* const panel = new QFileDialog(this, tr("Save Report"));
     panel->setObjectName(QStringLiteral("saveReportPanel"));
     panel->setAttribute(Qt::WA_DeleteOnClose);

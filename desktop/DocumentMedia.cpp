@@ -2,7 +2,7 @@
 #include <utility>
 
 #include "base/FormatString.h"
-#include "base/Text.h"
+#include "base/PathText.h"
 #include "desktop/DocumentMainWindow.h"
 #include "desktop/DocumentThread.h"
 #include "desktop/FileIcons.h"
@@ -23,8 +23,8 @@ void DocumentMainWindow::findMediaInFolder() {
     if (isActing_) {
         return;
     }
-    auto* const panel = new QFileDialog(this, tr("Find Media in Folder"),
-                                        pathToQString(deletingLastPathComponent(path_)));
+    auto* const panel =
+        new QFileDialog(this, tr("Find Media in Folder"), pathToQString(parentFolder(path_)));
     panel->setObjectName(QStringLiteral("findMediaPanel"));
     panel->setAttribute(Qt::WA_DeleteOnClose);
     panel->setFileMode(QFileDialog::Directory);

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "app/window/FindingsReport.h"
+#include "base/PathText.h"
 #include "base/Text.h"
 #include "desktop/DocumentMainWindow.h"
 #include "desktop/DocumentThread.h"
@@ -118,7 +119,7 @@ void DocumentMainWindow::saveFindings() {
     }
     QFileDialog* const panel = makePanel(
         this, "saveFindingsPanel", tr("Save Findings"),
-        pathToQString(deletingPathExtension(path_)) + tr(" findings") + QStringLiteral(".html"));
+        pathToQString(withoutExtension(path_)) + tr(" findings") + QStringLiteral(".html"));
     panel->setNameFilters({tr("Web page (*.html)"), tr("PDF (*.pdf)"), tr("Text (*.txt)"),
                            tr("JSON (*.json)"), tr("All files (*)")});
     panel->setDefaultSuffix(QStringLiteral("html"));
@@ -160,7 +161,7 @@ void DocumentMainWindow::saveMendedCopy() {
     const std::string extension = pathExtension(path_);
     QFileDialog* const panel =
         makePanel(this, "saveCopyPanel", tr("Save Repaired Copy"),
-                  pathToQString(deletingPathExtension(path_)) + tr(" repaired") +
+                  pathToQString(withoutExtension(path_)) + tr(" repaired") +
                       pathToQString(extension.empty() ? "" : "." + extension));
     // What stands there stays; the copy gets a number.
     panel->setOption(QFileDialog::DontConfirmOverwrite);

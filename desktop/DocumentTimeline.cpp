@@ -1,7 +1,7 @@
 #include <QFileDialog>
 #include <utility>
 
-#include "base/Text.h"
+#include "base/PathText.h"
 #include "desktop/DocumentMainWindow.h"
 #include "desktop/DocumentThread.h"
 #include "desktop/FileIcons.h"
@@ -41,7 +41,7 @@ void DocumentMainWindow::savePicture() {
     FileIcons::useIn(*panel);
     panel->setNameFilters({tr("SVG (*.svg)"), tr("PNG (*.png)"), tr("PDF (*.pdf)")});
     panel->setDefaultSuffix(QStringLiteral("svg"));
-    panel->selectFile(pathToQString(deletingPathExtension(path_)) + tr(" timeline") +
+    panel->selectFile(pathToQString(withoutExtension(path_)) + tr(" timeline") +
                       QStringLiteral(".svg"));
     connect(panel, &QFileDialog::filterSelected, panel, [panel](const QString& filter) {
         const qsizetype dot = filter.indexOf(QStringLiteral("*."));

@@ -1,7 +1,6 @@
 #include <QFileDialog>
 #include <utility>
 
-#include "base/Text.h"
 #include "desktop/AlertBox.h"
 #include "desktop/DocumentMainWindow.h"
 #include "desktop/DocumentThread.h"

@@ -46,8 +46,7 @@ FileInspector::~FileInspector() {
 
 // A volume whose server has gone would hold the window up.
 void FileInspector::watch() {
-    const auto begin = [self = QPointer<FileInspector>(this),
-                        folder = platform::parentFolder(path_)] {
+    const auto begin = [self = QPointer<FileInspector>(this), folder = parentFolder(path_)] {
         ErrorSlot error;
         auto watch = std::make_shared<std::optional<platform::FolderWatch>>(
             platform::FolderWatch::of(folder, error));
@@ -75,7 +74,7 @@ void FileInspector::watch() {
 }
 
 void FileInspector::takeChanges() {
-    const std::string name = platform::lastComponent(path_);
+    const std::string name = lastComponent(path_);
     for (const std::string& changed : watch_->takeChanges()) {
         if (changed.empty() || changed == name) {
             clock_.start(kSettling);

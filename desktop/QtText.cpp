@@ -2,7 +2,7 @@
 
 #include <QChar>
 
-#include "base/Text.h"
+#include "base/PathText.h"
 
 namespace vornic {
 
@@ -32,7 +32,7 @@ bool turnsDirection(QChar character) {
 }
 
 QString fileNameOf(const std::string& path) {
-    QString name = pathToQString(lastPathComponent(path));
+    QString name = pathToQString(path == "/" ? path : lastComponent(path));
     for (QChar& character : name) {
         if (misleads(character)) {
             character = QChar::ReplacementCharacter;

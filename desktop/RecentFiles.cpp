@@ -140,7 +140,7 @@ void RecentFiles::setOutcome(const std::string& path, const std::string& outcome
 }
 
 QString RecentFiles::about(const std::string& path) {
-    QString text = oneLine(pathToQString(platform::parentFolder(path)));
+    QString text = oneLine(pathToQString(parentFolder(path)));
     if (const std::string outcome = outcomeIn(storedOutcomes(), path); !outcome.empty()) {
         text += QStringLiteral(" · ") + oneLine(toQString(outcome));
     }

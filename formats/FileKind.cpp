@@ -1,5 +1,6 @@
 #include "formats/FileKind.h"
 
+#include "base/PathText.h"
 #include "base/Text.h"
 
 namespace vornic {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/ASCII.h"
+#include "base/PathText.h"
 
 namespace vornic {
 
@@ -58,12 +59,6 @@ bool isEncoded(std::string_view path) {
     return true;
 }
 
-bool hasExtension(std::string_view path) {
-    const std::string_view name = path.substr(path.rfind('/') + 1);
-    const std::size_t dot = name.rfind('.');
-    return dot != std::string_view::npos && dot != 0 && dot + 1 < name.size();
-}
-
 bool isWindowsPath(std::string_view url) {
     if (url.find('\\') != std::string_view::npos || hasDrive(url)) {
         return true;
@@ -98,7 +93,7 @@ FileURLFault faultOfFileURL(std::string_view url) {
     if (!parts.host.empty() && parts.host != "localhost") {
         return FileURLFault::otherHost;
     }
-    return hasExtension(parts.path) ? FileURLFault::none : FileURLFault::noExtension;
+    return pathExtension(parts.path).empty() ? FileURLFault::noExtension : FileURLFault::none;
 }
 
 std::string encodedURL(std::string_view url) {

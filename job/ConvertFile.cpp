@@ -32,9 +32,9 @@ constexpr long kMostNumbers = 10000;
 
 // The bundle whose project a file is, or "".
 string bundleOf(const string& path) {
-    const string folder = platform::parentFolder(path);
+    const string folder = parentFolder(path);
     std::error_code unknown;
-    const bool isContent = platform::lastComponent(path) == fcpxml::kBundleContent;
+    const bool isContent = lastComponent(path) == fcpxml::kBundleContent;
     if (!isContent ||
         !fcpxml::isBundleName(folder == "." ? platform::currentDirectory() : folder)) {
         return "";
@@ -157,23 +157,21 @@ class Converting {
 
     [[nodiscard]] string wantedPath() const {
         const string source = bundle_.empty() ? path_ : bundle_;
-        const platform::SplitName name = platform::splitExtension(platform::lastComponent(source));
+        const SplitName name = splitExtension(lastComponent(source));
         const string extension = becomesBundle()   ? string(fcpxml::kBundleExtension)
                                  : bundle_.empty() ? name.extension
                                                    : ".fcpxml";
         // Of a name that is too long the end of its stem goes.
         const string ending = formatString(" (%@)%@", request_.conversion.to, extension);
-        const string wanted = string(platform::truncateUTF8(
-                                  name.stem, platform::kLongestName -
-                                                 std::min(ending.size(), platform::kLongestName))) +
-                              ending;
+        const string wanted =
+            string(truncateUTF8(name.stem, kLongestName - std::min(ending.size(), kLongestName))) +
+            ending;
         if (!request_.output) {
-            return source.substr(0, source.size() - platform::lastComponent(source).size()) +
-                   wanted;
+            return source.substr(0, source.size() - lastComponent(source).size()) + wanted;
         }
         return platform::isDirectory(*request_.output) && !fcpxml::isBundleName(*request_.output)
-                   ? platform::joinPath(*request_.output, wanted)
-                   : platform::withoutTrailingSlashes(*request_.output);
+                   ? joinPath(*request_.output, wanted)
+                   : withoutTrailingSlashes(*request_.output);
     }
 
     [[nodiscard]] WorkingCopy::Writer writer() const {
@@ -202,7 +200,7 @@ class Converting {
         if (!hidden.make(wanted, error)) {
             return refuse(error->localizedDescription());
         }
-        const string bundle = platform::joinPath(hidden.path(), platform::lastComponent(wanted));
+        const string bundle = joinPath(hidden.path(), lastComponent(wanted));
         const string content = fcpxml::contentOfBundle(bundle);
         // It names what of the bundle it is that cannot be copied.
         if (!bundle_.empty() && !platform::copyItem(bundle_, bundle, error)) {
@@ -232,12 +230,12 @@ class Converting {
     }
 
     bool giveName(const string& bundle, const string& wanted) {
-        const string name = platform::lastComponent(wanted);
+        const string name = lastComponent(wanted);
         const string folder = wanted.substr(0, wanted.size() - name.size());
         int errorNumber = EEXIST;
         string path;
         for (long number = 1; errorNumber == EEXIST && number <= kMostNumbers; ++number) {
-            path = folder + platform::numberedName(name, number, platform::kLongestName);
+            path = folder + numberedName(name, number, kLongestName);
             errorNumber = platform::renameWithoutReplacing(bundle, path);
         }
         if (errorNumber != 0) {

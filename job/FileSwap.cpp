@@ -46,12 +46,12 @@ FileSwap::FileSwap(const SourceFile& source, const SavedCopy& copy, SwapObserver
 std::string FileSwap::asidePath(const std::string& source) {
     // Short enough for file systems that take less than 255 bytes.
     constexpr std::size_t kKeptOfName = 100;
-    std::string name = platform::lastComponent(source);
+    std::string name = lastComponent(source);
     if (name.size() > kKeptOfName) {
         const std::uint64_t rest = platform::ContentDigest::of(name)[0];
-        name = std::string(platform::truncateUTF8(name, kKeptOfName)) + "-" + std::to_string(rest);
+        name = std::string(truncateUTF8(name, kKeptOfName)) + "-" + std::to_string(rest);
     }
-    return platform::joinPath(platform::parentFolder(source), "." + name + ".vornic.swap");
+    return joinPath(parentFolder(source), "." + name + ".vornic.swap");
 }
 
 SwapResult FileSwap::run() && {
@@ -212,9 +212,9 @@ SwapResult FileSwap::returnNewest(const SeenFile& placed, SwapResult result) {
 }
 
 SwapResult FileSwap::swapInSteps(const std::string& from) {
-    hidden_ = platform::joinPath(platform::parentFolder(copy_.path),
-                                 platform::temporaryName(platform::lastComponent(copy_.path))) +
-              ".part";
+    hidden_ =
+        joinPath(parentFolder(copy_.path), platform::temporaryName(lastComponent(copy_.path))) +
+        ".part";
     int errorNumber = platform::renameWithoutReplacing(from, hidden_);
     if (errorNumber != 0) {
         ErrorSlot error;
@@ -326,7 +326,7 @@ SwapResult FileSwap::giveWay(SwapResult result) {
 SwapResult FileSwap::finish(const std::string& original) {
     // Both files are where they belong; a folder that cannot be synced can at worst bring the old
     // entries back after a loss of power.
-    static_cast<void>(platform::synchronizeFolder(platform::parentFolder(source_.path)));
+    static_cast<void>(platform::synchronizeFolder(parentFolder(source_.path)));
     return {.end = SwapEnd::done,
             .original = original,
             .repaired = source_.path,
@@ -408,7 +408,7 @@ void FileSwap::restoreNames() {
 }
 
 std::optional<std::string> FileSwap::recycle(const std::string& path, ErrorSlot& error) const {
-    return moveToTrash(path, platform::lastComponent(source_.path), error);
+    return moveToTrash(path, lastComponent(source_.path), error);
 }
 
 ErrorSlot FileSwap::dropCopyName() {

@@ -15,8 +15,7 @@ namespace {
 
 // Out of the way of every name that a user may have given.
 std::string copyPath(const std::string& path, const std::string& verb) {
-    return platform::joinPath(platform::parentFolder(path),
-                              "." + platform::lastComponent(path) + ".vornic-" + verb);
+    return joinPath(parentFolder(path), "." + lastComponent(path) + ".vornic-" + verb);
 }
 
 }  // namespace

@@ -46,8 +46,7 @@ void failBecauseForeign(ErrorSlot& error, const std::string& path) {
 bool isInAnothersHome(std::string folder) {
     struct stat status {};
     bool isForeign = false;
-    for (; geteuid() == 0 && !isForeign && folder.size() > 1;
-         folder = platform::parentFolder(folder)) {
+    for (; geteuid() == 0 && !isForeign && folder.size() > 1; folder = parentFolder(folder)) {
         isForeign = stat(folder.c_str(), &status) == 0 && status.st_uid != 0;
     }
     return isForeign;
@@ -112,14 +111,13 @@ void writeSettled(const std::string& path, const Settled& settled) {
 std::optional<Journal> Journal::ofUser() {
     const std::vector<std::string> library = platform::searchPathForDirectories(
         platform::SearchPathDirectory::library, platform::SearchPathDomain::user);
-    return library.empty() ? std::nullopt
-                           : std::optional<Journal>(
-                                 platform::joinPath(library.front(), "Journal/Vornic.journal"));
+    return library.empty()
+               ? std::nullopt
+               : std::optional<Journal>(joinPath(library.front(), "Journal/Vornic.journal"));
 }
 
 std::string Journal::lockPath() const {
-    return platform::joinPath(platform::parentFolder(path_),
-                              "." + platform::lastComponent(path_) + ".lock");
+    return joinPath(parentFolder(path_), "." + lastComponent(path_) + ".lock");
 }
 
 std::string Journal::settledPath() const {
@@ -136,7 +134,7 @@ std::optional<platform::ByteLock> Journal::claim(const std::string& file,
 }
 
 std::optional<Journal::Run> Journal::begin(JournalEntry entry, ErrorSlot& error) const {
-    const std::string folder = platform::parentFolder(path_);
+    const std::string folder = parentFolder(path_);
     if (isInAnothersHome(folder)) {
         failBecauseForeign(error, path_);
         return std::nullopt;
@@ -194,7 +192,7 @@ bool Journal::append(std::string_view line, ErrorSlot& error) const {
     }
     int errorNumber = platform::synchronize(file.get());
     if (errorNumber == 0 && isNew) {
-        errorNumber = platform::synchronizeFolder(platform::parentFolder(path_));
+        errorNumber = platform::synchronizeFolder(parentFolder(path_));
     }
     return errorNumber == 0 || fail(error, path_, "written", errorNumber);
 }

@@ -19,12 +19,12 @@ namespace {
 std::string sidePath(const std::string& file, std::string_view ending) {
     // Short enough for file systems that take less than 255 bytes.
     constexpr std::size_t kKeptOfName = 100;
-    std::string name = platform::lastComponent(file);
+    std::string name = lastComponent(file);
     if (name.size() > kKeptOfName) {
         const std::uint64_t rest = platform::ContentDigest::of(name)[0];
-        name = std::string(platform::truncateUTF8(name, kKeptOfName)) + "-" + std::to_string(rest);
+        name = std::string(truncateUTF8(name, kKeptOfName)) + "-" + std::to_string(rest);
     }
-    return platform::joinPath(platform::parentFolder(file), "." + name + std::string(ending));
+    return joinPath(parentFolder(file), "." + name + std::string(ending));
 }
 
 std::string linkTextAt(const std::string& path) {
@@ -33,7 +33,7 @@ std::string linkTextAt(const std::string& path) {
 }
 
 /// The number in "Cut 2.xml" for "Cut.xml", 1 for that itself, 0 for any other name.
-unsigned long numberIn(std::string_view candidate, const platform::SplitName& name) {
+unsigned long numberIn(std::string_view candidate, const SplitName& name) {
     constexpr std::size_t kMostDigits = 9;
     if (candidate == name.stem + name.extension) {
         return 1;
@@ -117,12 +117,12 @@ bool isSameFile(const JournalFile& file, const std::string& path) {
 
 std::string findInTrash(const JournalFile& file, const std::string& folder,
                         const std::string& name) {
-    const std::string usual = platform::joinPath(folder, name);
+    const std::string usual = joinPath(folder, name);
     if (hasContentsOf(file, usual)) {
         return usual;
     }
     for (const std::string& other : namesIn(folder)) {
-        const std::string path = platform::joinPath(folder, other);
+        const std::string path = joinPath(folder, other);
         if (isSameFile(file, path)) {
             return path;
         }
@@ -136,13 +136,13 @@ std::string findCopyInTrash(const JournalFile& file, const std::string& folder,
     if (!found.empty()) {
         return found;
     }
-    const platform::SplitName parts = platform::splitExtension(name);
+    const SplitName parts = splitExtension(name);
     unsigned long highest = 0;
     for (const std::string& other : namesIn(folder)) {
         const unsigned long number = numberIn(other, parts);
-        if (number > highest && hasContentsOf(file, platform::joinPath(folder, other))) {
+        if (number > highest && hasContentsOf(file, joinPath(folder, other))) {
             highest = number;
-            found = platform::joinPath(folder, other);
+            found = joinPath(folder, other);
         }
     }
     return found;
@@ -150,7 +150,7 @@ std::string findCopyInTrash(const JournalFile& file, const std::string& folder,
 
 std::string findHidden(const JournalFile& file, const std::string& folder) {
     for (const std::string& name : namesIn(folder)) {
-        const std::string path = platform::joinPath(folder, name);
+        const std::string path = joinPath(folder, name);
         if (platform::isTemporaryName(name) && isSameFile(file, path)) {
             return path;
         }

@@ -16,9 +16,6 @@
 namespace vornic {
 namespace {
 
-using platform::lastComponent;
-using platform::parentFolder;
-
 /// Settles one interrupted change.
 class Recovery {
   public:

@@ -32,7 +32,7 @@ std::vector<Note> clearLeftFiles(const std::string& folder) {
     std::vector<Note> notes;
     for (const platform::LeftFile& left : platform::filesLeftAside(folder)) {
         const std::string name = usersName(left.original);
-        const std::string file = platform::joinPath(folder, name);
+        const std::string file = joinPath(folder, name);
         if (name == left.original && mayComeBack(left) &&
             platform::renameWithoutReplacing(left.path, file) == 0) {
             notes.push_back({"repair-change-brought-back"_rule, {{"path", file}}});

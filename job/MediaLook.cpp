@@ -66,8 +66,8 @@ std::string pathHere(const MediaPath& path, const std::string& project) {
     if (path.style != PathStyle::relative) {
         return "";
     }
-    const std::string folder = project == "-" ? "." : platform::parentFolder(project);
-    return platform::joinPath(platform::absolutePath(folder).value_or("/"), path.text());
+    const std::string folder = project == "-" ? "." : parentFolder(project);
+    return joinPath(platform::absolutePath(folder).value_or("/"), path.text());
 }
 
 std::vector<MediaSight> MediaLook::lookFor(const std::vector<Medium>& media,

@@ -3,7 +3,6 @@
 #include <cerrno>
 
 #include "base/PathText.h"
-#include "base/Text.h"
 #include "platform/files/Failure.h"
 #include "platform/rights/HeldPath.h"
 #include "platform/settings/Directories.h"
@@ -24,7 +23,7 @@ std::optional<std::string> moveToTrash(const std::string& path, const std::strin
         return std::nullopt;
     }
     const auto taken = trash->take(*item, originalName, error);
-    return taken ? std::optional(platform::joinPath(place, taken->name)) : std::nullopt;
+    return taken ? std::optional(joinPath(place, taken->name)) : std::nullopt;
 }
 
 }  // namespace vornic

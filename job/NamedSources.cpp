@@ -34,10 +34,9 @@ bool areOneEntry(const std::string& one, const std::string& another) {
         return false;
     }
     // A file with one link has one entry, which a volume may know under capitals and others.
-    return first.st_nlink == 1 ||
-           (platform::lastComponent(one) == platform::lastComponent(another) &&
-            platform::fileIdentity(platform::parentFolder(one)) ==
-                platform::fileIdentity(platform::parentFolder(another)));
+    return first.st_nlink == 1 || (lastComponent(one) == lastComponent(another) &&
+                                   platform::fileIdentity(parentFolder(one)) ==
+                                       platform::fileIdentity(parentFolder(another)));
 }
 
 bool leadsTo(const std::string& source, const std::string& path) {

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/PathText.h"
 #include "base/Text.h"
 #include "formats/fcpxml/Bundle.h"
 #include "platform/files/FileSystem.h"
@@ -40,7 +41,7 @@ class FolderSearch {
   private:
     void enter(const std::string& folder, std::vector<std::string>& open) {
         ErrorSlot error;
-        const auto identity = platform::fileIdentity(appendingPathComponent(folder, "."));
+        const auto identity = platform::fileIdentity(joinPath(folder, "."));
         if (identity && !entered_.emplace(identity->device, identity->inode).second) {
             return;
         }
@@ -50,7 +51,7 @@ class FolderSearch {
             return;
         }
         for (auto name = names->rbegin(); name != names->rend(); ++name) {
-            const std::string path = appendingPathComponent(folder, *name);
+            const std::string path = joinPath(folder, *name);
             const std::string extension = lowercased(pathExtension(*name));
             const bool isProject = (extension == "xml" || extension == "fcpxml") &&
                                    !isWorkingCopy(*name) && !platform::isDirectory(path);

@@ -34,14 +34,14 @@ std::vector<std::string> clearLeftByRelinking(const std::string& path, const Wai
 
 std::string relinkedPath(const std::string& path) {
     std::string whole = path;
-    std::string extension = platform::splitExtension(platform::lastComponent(path)).extension;
-    const std::string folder = platform::parentFolder(path);
+    std::string extension = splitExtension(lastComponent(path)).extension;
+    const std::string folder = parentFolder(path);
     if (fcpxml::isBundleName(folder)) {
         whole = folder;
     }
-    const std::string name = platform::lastComponent(whole);
-    return whole.substr(0, whole.size() - name.size()) + platform::splitExtension(name).stem +
-           " (relinked)" + extension;
+    const std::string name = lastComponent(whole);
+    return whole.substr(0, whole.size() - name.size()) + splitExtension(name).stem + " (relinked)" +
+           extension;
 }
 
 }  // namespace vornic

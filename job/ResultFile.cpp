@@ -23,11 +23,11 @@ constexpr long kMostNumbers = 10000;
 
 // Gives the file the first name that is free. @return 0 or the errno value.
 int place(platform::TemporaryFile& file, ResultFile& result) {
-    const std::string name = platform::lastComponent(result.path);
+    const std::string name = lastComponent(result.path);
     const std::string folder = result.path.substr(0, result.path.size() - name.size());
     int errorNumber = EEXIST;
     for (long number = 1; errorNumber == EEXIST && number <= kMostNumbers; ++number) {
-        result.path = folder + platform::numberedName(name, number, platform::kLongestName);
+        result.path = folder + numberedName(name, number, kLongestName);
         errorNumber = platform::renameWithoutReplacing(file.temporary, result.path);
     }
     if (errorNumber == 0) {
@@ -54,11 +54,11 @@ std::optional<ResultFile> writeResultFile(const std::string& path, const Working
         return std::nullopt;
     }
     // What killed runs have left there.
-    platform::removeDeadTemporaries(platform::parentFolder(path));
+    platform::removeDeadTemporaries(parentFolder(path));
     platform::TemporaryFile file;
     // A name of its own: what stands at the path is nobody's business until the end.
-    const std::string own = platform::joinPath(
-        platform::parentFolder(path), platform::temporaryName(platform::lastComponent(path)));
+    const std::string own =
+        joinPath(parentFolder(path), platform::temporaryName(lastComponent(path)));
     if (ErrorSlot reason; !file.open(own, reason)) {
         platform::failFile(error, path, "written", static_cast<int>(reason->code));
         return std::nullopt;

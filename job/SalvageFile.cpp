@@ -15,16 +15,15 @@ std::string outputPath(const std::string& path, const std::optional<std::string>
     if (!output) {
         return salvagedPath(path);
     }
-    return platform::isDirectory(*output)
-               ? platform::joinPath(*output, platform::lastComponent(salvagedPath(path)))
-               : *output;
+    return platform::isDirectory(*output) ? joinPath(*output, lastComponent(salvagedPath(path)))
+                                          : *output;
 }
 
 }  // namespace
 
 std::string salvagedPath(const std::string& path) {
-    const std::string name = platform::lastComponent(path);
-    const auto parts = platform::splitExtension(name);
+    const std::string name = lastComponent(path);
+    const auto parts = splitExtension(name);
     return path.substr(0, path.size() - name.size()) + std::string(parts.stem) + "-salvaged" +
            std::string(parts.extension);
 }

@@ -14,9 +14,6 @@
 
 namespace vornic {
 
-using platform::joinPath;
-using platform::lastComponent;
-
 namespace {
 
 constexpr std::chrono::milliseconds kNoWaiting{0};

@@ -22,8 +22,6 @@
 namespace vornic {
 
 using platform::FileDescriptor;
-using platform::joinPath;
-using platform::lastComponent;
 
 namespace {
 

@@ -18,7 +18,6 @@ namespace vornic {
 
 using platform::Exchange;
 using platform::FileIdentity;
-using platform::lastComponent;
 using platform::renameWithoutReplacing;
 
 UndoSwap::UndoSwap(const platform::Trash& trash, const UndoPlaces& places, const Observer& observer)
@@ -53,7 +52,7 @@ UndoSwapResult UndoSwap::swapAtOnce() {
     // A note that cannot be renewed is still right about the place.
     static_cast<void>(trash_.replaceInfo(places_.name, places_.target.path()));
     result_.isDone = true;
-    result_.result = platform::joinPath(trash_.folder(), places_.name);
+    result_.result = joinPath(trash_.folder(), places_.name);
     return std::move(result_);
 }
 
@@ -234,7 +233,7 @@ UndoSwapResult UndoSwap::leaveBeside(const std::string& path) {
 }
 
 std::string UndoSwap::userPath(const std::string& path) const {
-    return platform::joinPath(places_.target.folderPath, lastComponent(path));
+    return joinPath(places_.target.folderPath, lastComponent(path));
 }
 
 Error UndoSwap::cannotPutBack(int errorNumber) const {

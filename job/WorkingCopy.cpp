@@ -67,7 +67,7 @@ bool WorkingCopy::sourceExists() const {
 }
 
 bool WorkingCopy::settleLeft() {
-    for (Note& note : clearLeftFiles(platform::parentFolder(source_))) {
+    for (Note& note : clearLeftFiles(parentFolder(source_))) {
         notes_.push_back(std::move(note));
     }
     const std::string aside = FileSwap::asidePath(source_);
@@ -82,8 +82,7 @@ bool WorkingCopy::settleLeft() {
         return true;
     }
     const std::optional<std::string> placed =
-        errorNumber == EEXIST ? moveToTrash(aside, platform::lastComponent(source_), error)
-                              : std::nullopt;
+        errorNumber == EEXIST ? moveToTrash(aside, lastComponent(source_), error) : std::nullopt;
     notes_.push_back(placed
                          ? Note{"repair-left-in-trash"_rule, {{"path", source_}, {"left", *placed}}}
                          : Note{"repair-left-aside"_rule, {{"path", source_}, {"left", aside}}});
@@ -107,8 +106,7 @@ WorkingCopy::Clearing WorkingCopy::clearPath(ErrorSlot& error) {
                                   "it is open itself, or named as a file to be repaired");
         return Clearing::refused;
     }
-    return recycleLeft(path_, platform::lastComponent(path_), error) ? Clearing::done
-                                                                     : Clearing::failed;
+    return recycleLeft(path_, lastComponent(path_), error) ? Clearing::done : Clearing::failed;
 }
 
 bool WorkingCopy::recycleLeft(const std::string& at, const std::string& name, ErrorSlot& error) {
@@ -124,8 +122,7 @@ bool WorkingCopy::recycleLeft(const std::string& at, const std::string& name, Er
 }
 
 WorkingCopy::Clearing WorkingCopy::create(Contents contents, ErrorSlot& error) {
-    discardPath_ = platform::joinPath(platform::parentFolder(path_),
-                                      platform::temporaryName(platform::lastComponent(path_)));
+    discardPath_ = joinPath(parentFolder(path_), platform::temporaryName(lastComponent(path_)));
     isWhole_ = false;
     for (int attempt = 0; attempt < kMostTries; ++attempt) {
         opened_ = SourceFile::open(source_, error);
@@ -172,11 +169,11 @@ bool WorkingCopy::isTooLarge(ErrorSlot& error) const {
 }
 
 bool WorkingCopy::makeTemporary(SavedCopy& copy, ErrorSlot& error) const {
-    const std::string folder = platform::parentFolder(path_);
-    const std::string name = platform::lastComponent(path_);
+    const std::string folder = parentFolder(path_);
+    const std::string name = lastComponent(path_);
     int errorNumber = EEXIST;
     for (int attempt = 0; attempt < kMostTries && errorNumber == EEXIST; ++attempt) {
-        copy.path = platform::joinPath(folder, platform::temporaryName(name)) + kPart;
+        copy.path = joinPath(folder, platform::temporaryName(name)) + kPart;
         copy.file = FileDescriptor(
             ::open(copy.path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
         errorNumber = copy.file ? 0 : errno;
@@ -322,7 +319,7 @@ int WorkingCopy::takeName(const SavedCopy& copy, ErrorSlot& error) {
                 return errorNumber;
             }
             if (removal == platform::Removal::another &&
-                !recycleLeft(path_, platform::lastComponent(path_), error)) {
+                !recycleLeft(path_, lastComponent(path_), error)) {
                 return EBUSY;
             }
             return platform::renameWithoutReplacing(copy.path, path_);
@@ -337,7 +334,7 @@ int WorkingCopy::takeName(const SavedCopy& copy, ErrorSlot& error) {
         static_cast<void>(platform::exchangeNames(copy.path, path_, errorNumber));
         return unlinkError;
     }
-    if (recycleLeft(copy.path, platform::lastComponent(path_), error)) {
+    if (recycleLeft(copy.path, lastComponent(path_), error)) {
         return 0;
     }
     static_cast<void>(platform::exchangeNames(copy.path, path_, errorNumber));

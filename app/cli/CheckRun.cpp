@@ -116,14 +116,14 @@ CheckRun::CheckedFile CheckRun::check(const std::string& path) const {
             return file;
         }
         CheckOptions options = optionsOfRun();
-        options.fileName = path == "-" ? "" : platform::lastComponent(path);
+        options.fileName = path == "-" ? "" : lastComponent(path);
         if (settings_.looksForMedia) {
             options.media = media_.checkOf(path);
         }
         file.report = checkFile(*bytes, options);
         file.report.path = path;
         if (settings_.timelinePath) {
-            file.picture = drawTimeline(*bytes, file.report, platform::lastComponent(path));
+            file.picture = drawTimeline(*bytes, file.report, lastComponent(path));
         }
     } catch (const std::bad_alloc&) {
         // In the middle of a mend, or after one.

@@ -67,7 +67,7 @@ void convertFile(const std::string& path, std::int64_t version) {
 // A conversion that was killed may have left the file aside.
 bool existsOrComesBack(const std::string& path) {
     if (!platform::fileExists(path)) {
-        for (const Note& note : clearLeftFiles(platform::parentFolder(path))) {
+        for (const Note& note : clearLeftFiles(parentFolder(path))) {
             say(note.text());
         }
     }
@@ -77,7 +77,7 @@ bool existsOrComesBack(const std::string& path) {
 void convertArgument(const std::string& argument, std::int64_t version) {
     std::string path = argument;
     if (!existsOrComesBack(path)) {
-        path = appendingPathComponent(platform::currentDirectory(), argument);
+        path = joinPath(platform::currentDirectory(), argument);
         if (!platform::fileExists(path)) {
             say(formatString("File %@ does not exist", path));
             if (const ErrorSlot reason = platform::failedLook(argument)) {

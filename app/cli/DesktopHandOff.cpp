@@ -8,7 +8,7 @@
 #include <unistd.h>
 
 #include "base/Error.h"
-#include "base/Text.h"
+#include "base/PathText.h"
 #include "platform/files/FileSystem.h"
 #include "platform/settings/Bundle.h"
 #include "platform/settings/InstallFolders.h"
@@ -16,7 +16,7 @@
 namespace vornic {
 
 int runDesktopProgram(char* const* arguments) {
-    std::vector<std::string> folders{deletingLastPathComponent(platform::executablePath())};
+    std::vector<std::string> folders{parentFolder(platform::executablePath())};
     const auto helpers = platform::installFolders(platform::InstallFolder::helpers);
     folders.insert(folders.end(), helpers.begin(), helpers.end());
     for (const std::string& folder : folders) {

@@ -43,7 +43,7 @@ class Fixing {
         request_.asked = settings.asked;
         request_.toUTF8 = settings.toUTF8;
         request_.check = options;
-        request_.check.fileName = platform::lastComponent(path);
+        request_.check.fileName = lastComponent(path);
     }
 
     FixedFile run() && {
@@ -132,8 +132,8 @@ class Fixing {
     void tellName(const std::string& path) {
         for (MendRecord& record : *fixed_.report.mends) {
             if (record.finding.rule == "values-extension"_rule) {
-                record.finding.mend = Mend{
-                    Confidence::ask, "write a copy named " + platform::lastComponent(path), {}};
+                record.finding.mend =
+                    Mend{Confidence::ask, "write a copy named " + lastComponent(path), {}};
                 record.isMade = true;
                 record.why.clear();
             }
@@ -141,29 +141,28 @@ class Fixing {
     }
 
     [[nodiscard]] std::string wantedPath() const {
-        const std::string name = hasWrongName_ ? rightName() : platform::lastComponent(path_);
+        const std::string name = hasWrongName_ ? rightName() : lastComponent(path_);
         if (!settings_.output) {
-            return path_.substr(0, path_.size() - platform::lastComponent(path_).size()) + name;
+            return path_.substr(0, path_.size() - lastComponent(path_).size()) + name;
         }
         return platform::isDirectory(*settings_.output)
-                   ? platform::joinPath(*settings_.output, nameOfBundle().value_or(name))
+                   ? joinPath(*settings_.output, nameOfBundle().value_or(name))
                    : *settings_.output;
     }
 
     // What a file that lies in a bundle is called outside of it.
     [[nodiscard]] std::optional<std::string> nameOfBundle() const {
-        const std::string folder = platform::parentFolder(path_);
+        const std::string folder = parentFolder(path_);
         if (!fcpxml::isBundleName(folder)) {
             return std::nullopt;
         }
-        return platform::splitExtension(platform::lastComponent(folder)).stem + ".fcpxml";
+        return splitExtension(lastComponent(folder)).stem + ".fcpxml";
     }
 
     // The file's name with the ending that its contents ask for.
     [[nodiscard]] std::string rightName() const {
         const bool isFCPXML = fixed_.report.kind == nameOf(FileKind::fcpxml);
-        return platform::splitExtension(platform::lastComponent(path_)).stem +
-               (isFCPXML ? ".fcpxml" : ".xml");
+        return splitExtension(lastComponent(path_)).stem + (isFCPXML ? ".fcpxml" : ".xml");
     }
 
     void take(MendedBytes mended) {

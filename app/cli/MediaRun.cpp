@@ -215,7 +215,7 @@ bool MediaRun::writeCopy(const std::string& path, const std::string& newBytes) {
     std::string wanted = relinkedPath(path);
     if (settings_.output) {
         wanted = platform::isDirectory(*settings_.output)
-                     ? platform::joinPath(*settings_.output, platform::lastComponent(wanted))
+                     ? joinPath(*settings_.output, lastComponent(wanted))
                      : *settings_.output;
     }
     ErrorSlot error;

@@ -18,8 +18,8 @@
 #include "app/cli/TerminalProgress.h"
 #include "app/cli/UndoCommand.h"
 #include "base/FormatString.h"
+#include "base/PathText.h"
 #include "base/TerminalText.h"
-#include "base/Text.h"
 #include "foundation/log/QMLog.h"
 #include "foundation/log/TaskLog.h"
 #include "job/NamedSources.h"
@@ -144,7 +144,7 @@ std::string absolutePath(const std::string& path) {
     if (path.empty() || path[0] == '/') {
         return path;
     }
-    return appendingPathComponent(platform::currentDirectory(), path);
+    return joinPath(platform::currentDirectory(), path);
 }
 
 // Why a repaired file has not taken the place of the damaged one, for somebody who may have asked

@@ -43,7 +43,7 @@ std::string whyNoVersion(FileKind kind, const std::string& version) {
 CheckOptions optionsFor(const std::string& path) {
     CheckOptions options;
     options.mostOfARule = kMostListedOfARule;
-    options.fileName = platform::lastComponent(path);
+    options.fileName = lastComponent(path);
     return options;
 }
 
@@ -219,7 +219,7 @@ MendPreview previewMends(const InspectedFile& file, const std::vector<const Find
     preview.count = static_cast<std::size_t>(
         std::count_if(mended.records.begin(), mended.records.end(),
                       [](const MendRecord& record) { return record.isMade; }));
-    const std::string name = platform::lastComponent(file.path);
+    const std::string name = lastComponent(file.path);
     preview.difference = mended.difference(name, name);
     return preview;
 }

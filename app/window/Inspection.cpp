@@ -33,7 +33,7 @@ InspectedFile inspectFile(const std::string& path,
     }
     CheckOptions options;
     options.mostOfARule = kMostListedOfARule;
-    options.fileName = platform::lastComponent(path);
+    options.fileName = lastComponent(path);
     file.report = checkFile(*bytes, options);
     file.report.path = path;
     return file;

@@ -74,7 +74,7 @@ FileActionResult saveSalvaged(const std::string& path, const SalvagePreview& pre
             action.replaced = written->path;
         } else {
             action.notes.push_back(
-                formatString("Another one is called %@.", platform::lastComponent(written->path)));
+                formatString("Another one is called %@.", lastComponent(written->path)));
         }
         if (!written->lostMetadata.empty()) {
             action.notes.push_back(written->lostMetadata);

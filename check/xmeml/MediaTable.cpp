@@ -4,6 +4,7 @@
 #include <array>
 #include <string>
 
+#include "base/PathText.h"
 #include "base/Text.h"
 #include "formats/xmeml/Number.h"
 
@@ -15,11 +16,7 @@ bool isPicture(std::string_view path) {
     constexpr std::array<std::string_view, 20> kExtensions = {
         "png", "jpg", "jpeg", "tif", "tiff", "tga", "bmp", "gif",  "psd",  "exr",
         "dpx", "cin", "pict", "pct", "ai",   "eps", "svg", "webp", "heic", "pdf"};
-    const std::size_t dot = path.rfind('.');
-    if (dot == std::string_view::npos || path.size() - dot > 5) {
-        return false;
-    }
-    const std::string extension = lowercased(path.substr(dot + 1));
+    const std::string extension = lowercased(pathExtension(path));
     return std::find(kExtensions.begin(), kExtensions.end(), extension) != kExtensions.end();
 }
 

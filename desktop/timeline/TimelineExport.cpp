@@ -88,7 +88,7 @@ std::string asPDF(const TimelineSheet& sheet, const std::string& title) {
 }  // namespace
 
 std::string writeTimelinePicture(const InspectedTimeline& timeline, const std::string& path) {
-    const std::string title = platform::lastComponent(timeline.inspection().file.path);
+    const std::string title = lastComponent(timeline.inspection().file.path);
     const std::string extension = lowercased(pathExtension(path));
     const TimelineSheet sheet(timeline.timeline(), timeline.marks());
     const std::string bytes = extension == "png" ? asPNG(sheet)

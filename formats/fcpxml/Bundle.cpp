@@ -6,12 +6,12 @@
 namespace vornic::fcpxml {
 
 bool isBundleName(std::string_view path) {
-    const std::string name = platform::lastComponent(path);
-    return lowercased(platform::splitExtension(name).extension) == kBundleExtension;
+    const std::string name = lastComponent(path);
+    return lowercased(splitExtension(name).extension) == kBundleExtension;
 }
 
 std::string contentOfBundle(std::string_view bundle) {
-    return platform::joinPath(bundle, kBundleContent);
+    return joinPath(bundle, kBundleContent);
 }
 
 }  // namespace vornic::fcpxml

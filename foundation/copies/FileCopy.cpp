@@ -96,7 +96,7 @@ bool FileCopy::begin() {
 bool FileCopy::makeFolders() const {
     constexpr std::chrono::seconds kTimeout{10};
     for (const Copy& copy : copies_) {
-        const std::string folder = platform::parentFolder(copy.destination.path());
+        const std::string folder = parentFolder(copy.destination.path());
         if (platform::fileExists(folder) || QMFileManager::createDirectory(folder, kTimeout)) {
             continue;
         }

@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "base/FormatString.h"
+#include "base/PathText.h"
 #include "base/Text.h"
 #include "foundation/files/FolderEntries.h"
 #include "foundation/log/QMLog.h"
@@ -26,7 +27,7 @@ bool setLocked(const std::string& path, bool locked) {
 
 void setContentsLocked(const std::string& folder, bool locked) {
     for (const std::string& name : folderEntries(folder)) {
-        const std::string path = appendingPathComponent(folder, name);
+        const std::string path = joinPath(folder, name);
         const auto status = platform::itemStatus(path);
         if (status && status->isFolder) {
             setContentsLocked(path, locked);
@@ -109,7 +110,7 @@ std::uint64_t QMFileManager::fileSize(const std::string& path) {
     }
     std::uint64_t size = 0;
     for (const std::string& name : folderEntries(path)) {
-        size += fileSize(appendingPathComponent(path, name));
+        size += fileSize(joinPath(path, name));
     }
     return size;
 }
@@ -149,7 +150,7 @@ std::string QMFileManager::uniqueFilename(const std::string& path) {
     const std::string extension = pathExtension(path);
     std::string candidate = path;
     for (std::int64_t number = 2; fileExistsAtPath(candidate); ++number) {
-        candidate = deletingPathExtension(path) + formatString(" %li", number) +
+        candidate = withoutExtension(path) + formatString(" %li", number) +
                     (extension.empty() ? "" : "." + extension);
     }
     return candidate;

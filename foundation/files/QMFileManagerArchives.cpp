@@ -27,9 +27,9 @@ bool QMFileManager::decompressFile(const std::string& source,
                                    const std::string& toDestinationFolder) {
     ErrorSlot error;
     if (fileExistsAtPath(toDestinationFolder) && !isGuardedSystemPath(toDestinationFolder)) {
-        std::ignore = platform::recycle(platform::parentFolder(toDestinationFolder),
+        std::ignore = platform::recycle(parentFolder(toDestinationFolder),
                                         QMLocalPaths::trashDirectory().value_or(""),
-                                        {platform::lastComponent(toDestinationFolder)}, error);
+                                        {lastComponent(toDestinationFolder)}, error);
     }
     return platform::extractArchive(source, toDestinationFolder, error) &&
            fileExistsAtPath(toDestinationFolder);

@@ -20,8 +20,6 @@
 namespace vornic {
 namespace {
 
-using platform::withoutTrailingSlashes;
-
 QMAuthorization& authorization() {
     return QMAuthorization::sharedController();
 }
@@ -104,7 +102,7 @@ void unlockDestination(const std::string& source, const std::string& destination
     if (QMFileManager::fileExistsAtPath(destination) && !isGuardedSystemPath(destination)) {
         QMFileManager::unlockFile(destination);
     }
-    const std::string below = appendingPathComponent(destination, lastPathComponent(source));
+    const std::string below = joinPath(destination, lastComponent(source));
     if (!isGuardedSystemPath(below)) {
         QMFileManager::unlockFolder(below);
     }
@@ -126,8 +124,8 @@ bool QMFileManager::trashFile(const std::string& path, bool shouldAuth) {
     }
     ErrorSlot error;
     if (!guarded &&
-        platform::recycle(platform::parentFolder(path), QMLocalPaths::trashDirectory().value_or(""),
-                          {platform::lastComponent(path)}, error)) {
+        platform::recycle(parentFolder(path), QMLocalPaths::trashDirectory().value_or(""),
+                          {lastComponent(path)}, error)) {
         return true;
     }
     return shouldAuth && authorization().authTrashFile(path);
@@ -207,7 +205,7 @@ bool QMFileManager::copyFile(const Path& source, const Path& toPath, bool should
         QMLog::appendLogAndPrint("Error copying file %@: destination path is nil", *source);
         return false;
     }
-    unlockFile(platform::parentFolder(*toPath));
+    unlockFile(parentFolder(*toPath));
     ErrorSlot error;
     if (platform::copyItem(*source, *toPath, error)) {
         return true;

@@ -81,8 +81,7 @@ QMFileManager::Path QMFileManager::volumeMountPointForPath(const std::string& pa
 
 std::optional<QMFileManager::Dictionary> QMFileManager::infoForDiskAtMountpoint(
     const std::string& mountPoint) {
-    const std::optional<MountedVolume> volume =
-        volumeAt(platform::withoutTrailingSlashes(mountPoint));
+    const std::optional<MountedVolume> volume = volumeAt(withoutTrailingSlashes(mountPoint));
     if (!volume) {
         return std::nullopt;
     }
@@ -97,7 +96,9 @@ std::optional<QMFileManager::Dictionary> QMFileManager::infoForDiskAtMountpoint(
     }
     using Value = platform::PropertyList::Value;
     const std::string& label = statistics->label;
-    const std::string name = label.empty() ? lastPathComponent(volume->mountPoint) : label;
+    const std::string name = !label.empty()              ? label
+                             : volume->mountPoint == "/" ? "/"
+                                                         : lastComponent(volume->mountPoint);
     return Dictionary{{"VolumeName", Value(name)},
                       {"MountPoint", Value(volume->mountPoint)},
                       {"FilesystemType", Value(volume->filesystemType)},

@@ -1,4 +1,4 @@
-#include "base/Text.h"
+#include "base/PathText.h"
 #include "foundation/files/QMFileManager.h"
 #include "platform/files/FileChangeNotice.h"
 #include "platform/files/FileSystem.h"

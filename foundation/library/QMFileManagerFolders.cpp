@@ -2,6 +2,7 @@
 #include <functional>
 
 #include "base/FormatString.h"
+#include "base/PathText.h"
 #include "base/Text.h"
 #include "foundation/files/FolderEntries.h"
 #include "foundation/files/QMFileManager.h"
@@ -25,7 +26,7 @@ bool isFolderItself(const std::string& path) {
 void trashFiles(const std::string& folder, const std::function<bool(const std::string&)>& isMeant,
                 Paths& trashed) {
     for (const std::string& name : folderEntries(folder)) {
-        const std::string path = appendingPathComponent(folder, name);
+        const std::string path = joinPath(folder, name);
         if (isFolderItself(path)) {
             trashFiles(path, isMeant, trashed);
         } else if (isMeant(name) && !QMFileManager::isDirectoryAtPath(path)) {
@@ -53,7 +54,7 @@ bool QMFileManager::trashDirectoryContents(const std::string& path, bool shouldA
     }
     bool succeeded = true;
     for (const std::string& name : folderEntries(path)) {
-        succeeded = trashFile(appendingPathComponent(path, name), shouldAuth) && succeeded;
+        succeeded = trashFile(joinPath(path, name), shouldAuth) && succeeded;
     }
     return succeeded;
 }
@@ -83,7 +84,7 @@ bool QMFileManager::isFolderEmpty(const std::string& path) {
     }
     const Paths names = folderEntries(path);
     return std::all_of(names.begin(), names.end(), [&path](const std::string& name) {
-        const std::string entry = appendingPathComponent(path, name);
+        const std::string entry = joinPath(path, name);
         return isFinderFile(name) || (isFolderItself(entry) && isFolderEmpty(entry));
     });
 }
@@ -94,9 +95,11 @@ bool QMFileManager::removeFolderIfEmpty(const std::string& path) {
 
 std::string QMFileManager::createDirectoryStructure(const std::string& path,
                                                     const std::string& destination) {
-    const bool isPlainFolder = isDirectoryAtPath(path) && !isPackageAtPath(path);
-    std::string target =
-        appendingPathComponent(destination, isPlainFolder ? path : deletingLastPathComponent(path));
+    std::string below = withoutTrailingSlashes(path);
+    if (!isDirectoryAtPath(path) || isPackageAtPath(path)) {
+        below.resize(below.size() - lastComponent(below).size());
+    }
+    std::string target = joinPath(destination, below);
     if (!fileExistsAtPath(target)) {
         createDirectory(target);
     }
@@ -109,8 +112,7 @@ bool QMFileManager::copyContentsOfDirectory(const std::string& source, const std
     const auto names = platform::namesInFolder(source, unreadable);
     return names && std::all_of(names->begin(), names->end(), [&](const std::string& name) {
                QMLog::fastAppendLog("File: %@", name);
-               return copyFile(appendingPathComponent(source, name),
-                               appendingPathComponent(toPath, name), timeout);
+               return copyFile(joinPath(source, name), joinPath(toPath, name), timeout);
            });
 }
 

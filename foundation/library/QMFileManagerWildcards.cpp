@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "base/Text.h"
+#include "base/PathText.h"
 #include "base/Utf8.h"
 #include "foundation/files/FolderEntries.h"
 #include "foundation/files/QMFileManager.h"
@@ -63,12 +63,12 @@ Paths oneStep(const Paths& candidates, const std::string& component) {
     Paths found;
     for (const std::string& candidate : candidates) {
         if (!hasWildcard(component)) {
-            addIfThere(found, appendingPathComponent(candidate, component));
+            addIfThere(found, joinPath(candidate, component));
             continue;
         }
         for (const std::string& name : folderEntries(candidate)) {
             if (matches(name, component)) {
-                addIfThere(found, appendingPathComponent(candidate, name));
+                addIfThere(found, joinPath(candidate, name));
             }
         }
     }
@@ -76,7 +76,7 @@ Paths oneStep(const Paths& candidates, const std::string& component) {
 }
 
 std::string fullPath(const std::string& pattern, const Path& base) {
-    return base ? appendingPathComponent(*base, pattern) : pattern;
+    return base ? joinPath(*base, pattern) : pattern;
 }
 
 }  // namespace

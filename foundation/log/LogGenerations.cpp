@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "base/FormatString.h"
-#include "base/Text.h"
+#include "base/PathText.h"
 #include "foundation/places/QMLocalPaths.h"
 #include "platform/files/AtomicFile.h"
 #include "platform/files/FileSystem.h"
@@ -76,7 +76,7 @@ StartedGeneration startGeneration(std::string_view name) {
     }
     if (platform::realUserId() == 0) {
         ErrorSlot ignored;
-        static_cast<void>(platform::createDirectory(deletingLastPathComponent(*path), ignored));
+        static_cast<void>(platform::createDirectory(parentFolder(*path), ignored));
     }
     // Programs that start their logs at the same moment would move each other's generations.
     const platform::FolderLock turn(*folder);

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "base/Error.h"
-#include "base/Text.h"
+#include "base/PathText.h"
 #include "foundation/places/PreferenceValues.h"
 #include "foundation/places/QMLocalPaths.h"
 
@@ -15,8 +15,8 @@ std::optional<platform::PropertyList> globalPreference(std::string_view key) {
         return std::nullopt;
     }
     ErrorSlot ignored;
-    const std::optional<platform::PropertyList> preferences = platform::PropertyList::readFile(
-        appendingPathComponent(*folder, "com.quillmark.global.plist"), ignored);
+    const std::optional<platform::PropertyList> preferences =
+        platform::PropertyList::readFile(joinPath(*folder, "com.quillmark.global.plist"), ignored);
     const platform::PropertyList* value = preferences ? preferences->find(key) : nullptr;
     return value != nullptr ? std::optional(*value) : std::nullopt;
 }

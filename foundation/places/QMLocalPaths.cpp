@@ -6,6 +6,7 @@
 #include <ctime>
 #include <vector>
 
+#include "base/PathText.h"
 #include "base/Text.h"
 #include "base/Utf8.h"
 #include "platform/processes/ProcessInfo.h"
@@ -24,7 +25,7 @@ Path userOrLocal(Directory directory, bool userDomain) {
 }
 
 Path below(const Path& folder, std::string_view component) {
-    return folder ? Path(appendingPathComponent(*folder, component)) : Path();
+    return folder ? Path(joinPath(*folder, component)) : Path();
 }
 
 /// Moves a folder of the super-user from either spelling of root's home to the home folder in use.
@@ -177,7 +178,7 @@ Path QMLocalPaths::darwinCacheDirectory() {
 
 std::string QMLocalPaths::tempFile() {
     constexpr std::size_t kRandomCharacters = 8;
-    return appendingPathComponent(tempDirectory(), uuid() + randomString(kRandomCharacters));
+    return joinPath(tempDirectory(), uuid() + randomString(kRandomCharacters));
 }
 
 std::string QMLocalPaths::uuid() {

@@ -8,7 +8,6 @@
 
 #include "base/FormatString.h"
 #include "base/PathText.h"
-#include "base/Text.h"
 #include "foundation/files/FolderEntries.h"
 #include "foundation/log/LocalTimeStamp.h"
 #include "foundation/log/QMLog.h"
@@ -220,8 +219,8 @@ bool QMAuthorization::authTrashFile(const std::string& path, bool deleteOnRootAc
 }
 
 bool QMAuthorization::moveToTrash(const std::string& path, const std::string& destination) {
-    const std::string place = platform::parentFolder(destination);
-    const std::string name = lastPathComponent(destination);
+    const std::string place = parentFolder(destination);
+    const std::string name = lastComponent(destination);
     const std::optional<platform::HeldPath> item = platform::holdPath(path);
     std::optional<platform::Trash> trash;
     // A Trash in another user's home is not made by the super-user.
@@ -245,17 +244,17 @@ bool QMAuthorization::moveToTrash(const std::string& path, const std::string& de
 }
 
 Path QMAuthorization::trashDestination(const std::string& path) const {
-    const std::string name = lastPathComponent(path);
+    const std::string name = lastComponent(path);
     Path destination;
     if (host_->isSuperUser() && !userDirectory_.empty()) {
         destination = userDirectory_ + formatString("/.Trash/%@", name);
     } else if (const Path trash = QMLocalPaths::trashDirectory()) {
-        destination = appendingPathComponent(*trash, name);
+        destination = joinPath(*trash, name);
     }
     if (!destination || !platform::fileExists(*destination)) {
         return destination;
     }
-    const std::string stem = deletingPathExtension(*destination);
+    const std::string stem = withoutExtension(*destination);
     const std::string extension = pathExtension(path);
     return freeStampedPath(
         [&] { return stem + formatString("_%@.%@", localTimeStamp(), extension); });
@@ -276,7 +275,7 @@ bool QMAuthorization::authTrashFolderContents(const std::string& folder, bool de
     }
     bool succeeded = true;
     for (const std::string& name : folderEntries(folder)) {
-        const std::string path = appendingPathComponent(folder, name);
+        const std::string path = joinPath(folder, name);
         if (!deletesInstead(deleteOnRootAccount)) {
             succeeded = authTrashFile(path) && succeeded;
             continue;
@@ -298,9 +297,7 @@ bool QMAuthorization::authMoveFolderContents(const std::string& source, const st
     }
     bool succeeded = true;
     for (const std::string& name : folderEntries(source)) {
-        succeeded = authMoveFile(appendingPathComponent(source, name),
-                                 appendingPathComponent(toPath, name)) &&
-                    succeeded;
+        succeeded = authMoveFile(joinPath(source, name), joinPath(toPath, name)) && succeeded;
     }
     return succeeded;
 }

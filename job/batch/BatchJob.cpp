@@ -207,7 +207,7 @@ BatchOutcome BatchJob::act(const std::string& path, const Progress& progress, bo
 
 CheckOptions BatchJob::checkOptions(const std::string& path, bool usesThreads) const {
     CheckOptions options = request_.check;
-    options.fileName = platform::lastComponent(path);
+    options.fileName = lastComponent(path);
     options.usesThreads = usesThreads;
     return options;
 }
@@ -349,7 +349,7 @@ BatchOutcome BatchJob::writeRelinked(const std::string& path, const std::string&
     } else {
         std::string wanted = relinkedPath(path);
         if (request_.folder) {
-            wanted = platform::joinPath(*request_.folder, platform::lastComponent(wanted));
+            wanted = joinPath(*request_.folder, lastComponent(wanted));
         }
         ErrorSlot error;
         const auto written = writeResultFile(wanted, relinked.bytes, path, error);

@@ -19,11 +19,11 @@ bool isLink(const std::string& path) {
 }
 
 void setPath(BatchRow& row, const std::string& path) {
-    const std::string parent = platform::parentFolder(path);
+    const std::string parent = parentFolder(path);
     const std::string seen = fcpxml::isBundleName(parent) ? parent : path;
     row.path = path;
-    row.name = platform::lastComponent(seen);
-    row.folder = platform::parentFolder(seen);
+    row.name = lastComponent(seen);
+    row.folder = parentFolder(seen);
     row.kind = fileKindOfPath(path);
 }
 

@@ -16,7 +16,7 @@ int BatchReports::open() {
     if (file_) {
         return 0;
     }
-    std::string path = platform::joinPath(platform::temporaryDirectory(), "vornic-batch-XXXXXX");
+    std::string path = joinPath(platform::temporaryDirectory(), "vornic-batch-XXXXXX");
     file_ = platform::FileDescriptor(mkostemp(path.data(), O_CLOEXEC));
     if (!file_) {
         return errno;

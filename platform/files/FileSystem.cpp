@@ -95,7 +95,7 @@ std::optional<std::string> absolutePath(const std::string& path) {
         return path.empty() ? std::nullopt : std::optional(path);
     }
     const std::string folder = currentDirectory();
-    return folder.empty() ? std::nullopt : std::optional(joinPath(folder, path));
+    return folder.empty() ? std::nullopt : std::optional(withTrailingSlash(folder) + path);
 }
 
 std::optional<std::string> readFile(const std::string& path, ErrorSlot& error) {
@@ -178,7 +178,7 @@ std::optional<std::string> resolveFinalLink(std::string path, int& errorNumber) 
             return std::nullopt;
         }
         const std::string_view target(buffer.data(), static_cast<std::size_t>(length));
-        path = target.starts_with('/') ? std::string(target) : joinPath(parentFolder(path), target);
+        path = (target.starts_with('/') ? "" : withTrailingSlash(parentFolder(path))).append(target);
     }
     errorNumber = ELOOP;
     return std::nullopt;

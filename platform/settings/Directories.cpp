@@ -12,7 +12,6 @@
 #include <unistd.h>
 
 #include "base/PathText.h"
-#include "base/Text.h"
 #include "platform/files/FileSystem.h"
 #include "platform/processes/ShellAssignments.h"
 #include "platform/settings/OwnFolder.h"
@@ -244,7 +243,7 @@ std::string expandingTildeInPath(std::string_view path) {
         return std::string(path);
     }
     const std::string home = homeDirectory();
-    return home.empty() ? std::string(path) : appendingPathComponent(home, path.substr(1));
+    return home.empty() ? std::string(path) : joinPath(home, path.substr(1));
 }
 
 }  // namespace vornic::platform

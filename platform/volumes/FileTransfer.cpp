@@ -286,8 +286,8 @@ bool liesWithin(const std::string& inner, const std::string& outer) {
     if (!folder || !parent || !isDirectory(outer)) {
         return false;
     }
-    return joinPath(*parent, lastComponent(inner)).starts_with(joinPath(*folder, "")) ||
-           joinPath(*parent, "").starts_with(joinPath(*folder, ""));
+    return joinPath(*parent, lastComponent(inner)).starts_with(withTrailingSlash(*folder)) ||
+           withTrailingSlash(*parent).starts_with(withTrailingSlash(*folder));
 }
 
 bool transferItem(const std::string& source, const std::string& destination,

@@ -163,8 +163,8 @@ std::optional<TrashedItem> Trash::take(const HeldPath& item, const std::string& 
         failFile(error, originalPath, "moved to the Trash", infoError);
         return std::nullopt;
     }
-    replaceAll(moveError->description, joinPath(from, ""), joinPath(item.folderPath, ""));
-    replaceAll(moveError->description, joinPath(into, ""), joinPath(folder_, ""));
+    replaceAll(moveError->description, withTrailingSlash(from), withTrailingSlash(item.folderPath));
+    replaceAll(moveError->description, withTrailingSlash(into), withTrailingSlash(folder_));
     error = std::move(moveError);
     return std::nullopt;
 }

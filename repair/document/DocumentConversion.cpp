@@ -67,7 +67,7 @@ std::unique_ptr<XMLDocument> loadToConvert(const std::string& path) {
 void clearBeside(const std::string& path) {
     int ignored = 0;
     const std::string target = platform::resolveFinalLink(path, ignored).value_or(path);
-    for (const Note& note : clearLeftFiles(platform::parentFolder(target))) {
+    for (const Note& note : clearLeftFiles(parentFolder(target))) {
         QMLog::appendLogAndPrint("%@", note.text());
     }
 }

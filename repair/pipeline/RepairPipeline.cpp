@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "base/FormatString.h"
-#include "base/Text.h"
+#include "base/PathText.h"
 #include "base/Utf8.h"
 #include "formats/FileCodes.h"
 #include "foundation/log/QMException.h"
@@ -44,7 +44,7 @@ std::size_t markLength(std::string_view bytes) {
 }  // namespace
 
 std::string RepairPipeline::workingCopyPath(const std::string& path, FileKind kind) {
-    return deletingPathExtension(path) +
+    return withoutExtension(path) +
            formatString("-backup.%@", kind == FileKind::fcpxml ? "fcpxml" : "xml");
 }
 

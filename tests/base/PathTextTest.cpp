@@ -2,7 +2,7 @@
 
 #include "base/PathText.h"
 
-namespace vornic::platform {
+namespace vornic {
 namespace {
 
 TEST(PathText, takesPathsApart) {
@@ -10,7 +10,10 @@ TEST(PathText, takesPathsApart) {
     EXPECT_EQ(parentFolder("/a//b/"), "/a");
     EXPECT_EQ(parentFolder("/b"), "/");
     EXPECT_EQ(parentFolder("/"), "/");
+    EXPECT_EQ(parentFolder("/a/b/"), "/a");
+    EXPECT_EQ(parentFolder("//b"), "/");
     EXPECT_EQ(parentFolder("b"), ".");
+    EXPECT_EQ(parentFolder(""), ".");
     EXPECT_EQ(lastComponent("/a/b"), "b");
     EXPECT_EQ(lastComponent("/a/b//"), "b");
     EXPECT_EQ(lastComponent("b"), "b");
@@ -29,6 +32,20 @@ TEST(PathText, joinsWithOneSlash) {
     EXPECT_EQ(joinPath("/a", "b"), "/a/b");
     EXPECT_EQ(joinPath("/a/", "b"), "/a/b");
     EXPECT_EQ(joinPath("/", "b"), "/b");
+    EXPECT_EQ(joinPath("/a//", "//b/"), "/a/b");
+    EXPECT_EQ(joinPath("/a", "/b/c"), "/a/b/c");
+    EXPECT_EQ(joinPath("", "b/"), "b");
+    EXPECT_EQ(joinPath("", "/b"), "/b");
+    EXPECT_EQ(joinPath("/a", ""), "/a");
+    EXPECT_EQ(joinPath("/a/", "/"), "/a");
+    EXPECT_EQ(joinPath("", ""), "");
+}
+
+TEST(PathText, endsAFolderWithOneSlash) {
+    EXPECT_EQ(withTrailingSlash("/a"), "/a/");
+    EXPECT_EQ(withTrailingSlash("/a//"), "/a/");
+    EXPECT_EQ(withTrailingSlash("/"), "/");
+    EXPECT_EQ(withTrailingSlash(""), "");
 }
 
 TEST(PathText, findsTheExtensionOfAName) {
@@ -40,6 +57,27 @@ TEST(PathText, findsTheExtensionOfAName) {
     EXPECT_EQ(splitExtension("name.").extension, "");
     EXPECT_EQ(splitExtension("name").extension, "");
     EXPECT_EQ(splitExtension("Mr. Smith").extension, "");
+    EXPECT_EQ(splitExtension("..").extension, "");
+}
+
+TEST(PathText, findsTheExtensionOfAPath) {
+    EXPECT_EQ(pathExtension("/b/c.xml"), "xml");
+    EXPECT_EQ(pathExtension("/b/c.tar.gz/"), "gz");
+    EXPECT_EQ(pathExtension("/b.d/c"), "");
+    EXPECT_EQ(pathExtension(".hidden.xml"), "xml");
+    EXPECT_EQ(pathExtension("/b/Mr. Smith"), "");
+    EXPECT_EQ(pathExtension("/"), "");
+}
+
+TEST(PathText, takesTheExtensionOffAPath) {
+    EXPECT_EQ(withoutExtension("/b/c.xml"), "/b/c");
+    EXPECT_EQ(withoutExtension("/b/c.tar.gz/"), "/b/c.tar");
+    EXPECT_EQ(withoutExtension("/b.d/c"), "/b.d/c");
+    EXPECT_EQ(withoutExtension(".hidden"), ".hidden");
+    EXPECT_EQ(withoutExtension("/b/Mr. Smith"), "/b/Mr. Smith");
+    EXPECT_EQ(withoutExtension("c."), "c.");
+    EXPECT_EQ(withoutExtension("/"), "/");
+    EXPECT_EQ(withoutExtension(""), "");
 }
 
 TEST(PathText, cutsTextBeforeACharacterThatDoesNotFit) {
@@ -62,4 +100,4 @@ TEST(PathText, knowsWhatNameAFolderEntryMayHave) {
 }
 
 }  // namespace
-}  // namespace vornic::platform
+}  // namespace vornic

@@ -2,6 +2,7 @@
 #include <limits>
 #include <string>
 
+#include "base/PathText.h"
 #include "base/Text.h"
 
 namespace vornic {
@@ -104,60 +105,6 @@ TEST(Text, replacesEveryOccurrence) {
     EXPECT_EQ(replacingOccurrences("aaa", "aa", "b"), "ba");
     EXPECT_EQ(replacingOccurrences("abc", "", "x"), "abc");
     EXPECT_EQ(replacingOccurrences("", "a", "x"), "");
-}
-
-TEST(Text, findsTheLastPathComponent) {
-    EXPECT_EQ(lastPathComponent("/b/c.xml"), "c.xml");
-    EXPECT_EQ(lastPathComponent("/b/"), "b");
-    EXPECT_EQ(lastPathComponent("b//"), "b");
-    EXPECT_EQ(lastPathComponent("/"), "/");
-    EXPECT_EQ(lastPathComponent("//"), "/");
-    EXPECT_EQ(lastPathComponent("c"), "c");
-    EXPECT_EQ(lastPathComponent(""), "");
-}
-
-TEST(Text, deletesTheLastPathComponent) {
-    EXPECT_EQ(deletingLastPathComponent("/b/c.xml"), "/b");
-    EXPECT_EQ(deletingLastPathComponent("/b/c/"), "/b");
-    EXPECT_EQ(deletingLastPathComponent("/b//c"), "/b");
-    EXPECT_EQ(deletingLastPathComponent("/c"), "/");
-    EXPECT_EQ(deletingLastPathComponent("//c"), "/");
-    EXPECT_EQ(deletingLastPathComponent("/"), "/");
-    EXPECT_EQ(deletingLastPathComponent("c"), "");
-    EXPECT_EQ(deletingLastPathComponent(""), "");
-}
-
-TEST(Text, findsTheExtension) {
-    EXPECT_EQ(pathExtension("/b/c.xml"), "xml");
-    EXPECT_EQ(pathExtension("/b/c.tar.gz/"), "gz");
-    EXPECT_EQ(pathExtension("/b.d/c"), "");
-    EXPECT_EQ(pathExtension(".hidden"), "");
-    EXPECT_EQ(pathExtension(".hidden.xml"), "xml");
-    EXPECT_EQ(pathExtension("c."), "");
-    EXPECT_EQ(pathExtension(".."), "");
-    EXPECT_EQ(pathExtension("/"), "");
-}
-
-TEST(Text, deletesTheExtension) {
-    EXPECT_EQ(deletingPathExtension("/b/c.xml"), "/b/c");
-    EXPECT_EQ(deletingPathExtension("/b/c.tar.gz/"), "/b/c.tar");
-    EXPECT_EQ(deletingPathExtension("/b.d/c"), "/b.d/c");
-    EXPECT_EQ(deletingPathExtension(".hidden"), ".hidden");
-    EXPECT_EQ(deletingPathExtension("c."), "c.");
-    EXPECT_EQ(deletingPathExtension("/"), "/");
-    EXPECT_EQ(deletingPathExtension(""), "");
-}
-
-TEST(Text, joinsPathsWithExactlyOneSlash) {
-    EXPECT_EQ(appendingPathComponent("/a", "b"), "/a/b");
-    EXPECT_EQ(appendingPathComponent("/a//", "//b/"), "/a/b");
-    EXPECT_EQ(appendingPathComponent("/", "b"), "/b");
-    EXPECT_EQ(appendingPathComponent("/a", "/b/c"), "/a/b/c");
-    EXPECT_EQ(appendingPathComponent("", "b/"), "b");
-    EXPECT_EQ(appendingPathComponent("", "/b"), "/b");
-    EXPECT_EQ(appendingPathComponent("/a", ""), "/a");
-    EXPECT_EQ(appendingPathComponent("/a/", "/"), "/a");
-    EXPECT_EQ(appendingPathComponent("", ""), "");
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "base/FormatString.h"
-#include "base/Text.h"
+#include "base/PathText.h"
 #include "platform/files/FileSystem.h"
 #include "platform/settings/Bundle.h"
 #include "platform/settings/PropertyList.h"
@@ -21,7 +21,7 @@ constexpr std::string_view kFamilyName = "Brindle Tools";
 constexpr double kHeightWithoutCredits = 250.0;
 
 std::string executableName(const Bundle& bundle) {
-    return deletingPathExtension(
+    return withoutExtension(
         bundle.infoString("CFBundleExecutable").value_or(platform::applicationName()));
 }
 

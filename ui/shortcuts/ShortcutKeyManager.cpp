@@ -7,7 +7,7 @@
 #include <system_error>
 #include <thread>
 
-#include "base/Text.h"
+#include "base/PathText.h"
 #include "foundation/log/QMException.h"
 #include "foundation/places/QMLocalPaths.h"
 #include "foundation/tasks/QMTaskEx.h"
@@ -78,9 +78,9 @@ void runManager(const std::string& path, const std::shared_ptr<ManagerRun>& run,
 
 std::optional<std::string> ShortcutKeyManager::path() {
     const std::optional<std::string> folder = QMLocalPaths::appSupportDirectory(true);
-    return folder ? std::optional(appendingPathComponent(
-                        *folder, "Quillmark/Shared Resources/QMShortcutKeyManager"))
-                  : std::nullopt;
+    return folder
+               ? std::optional(joinPath(*folder, "Quillmark/Shared Resources/QMShortcutKeyManager"))
+               : std::nullopt;
 }
 
 bool ShortcutKeyManager::exists() {

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "base/FormatString.h"
-#include "base/Text.h"
+#include "base/PathText.h"
 #include "foundation/places/QMLocalPaths.h"
 #include "platform/files/DamagedFile.h"
 #include "platform/files/Failure.h"
@@ -115,7 +115,7 @@ bool change(const ShortcutWatchList::Command& command, const std::optional<Prope
             posixError("The shortcut cannot be kept: the application has no identifier", EINVAL);
         return false;
     }
-    if (!platform::createDirectory(deletingLastPathComponent(*path), error)) {
+    if (!platform::createDirectory(parentFolder(*path), error)) {
         return false;
     }
     const auto lock = platform::FileLock::acquire(*path, kLongestWaitForLock, error);
@@ -143,9 +143,8 @@ bool change(const ShortcutWatchList::Command& command, const std::optional<Prope
 
 std::optional<std::string> ShortcutWatchList::path() {
     const std::optional<std::string> folder = QMLocalPaths::prefsDirectory(true);
-    return folder
-               ? std::optional(appendingPathComponent(*folder, "com.quillmark.shortcutkeys.plist"))
-               : std::nullopt;
+    return folder ? std::optional(joinPath(*folder, "com.quillmark.shortcutkeys.plist"))
+                  : std::nullopt;
 }
 
 std::optional<ShortcutWatchList::Array> ShortcutWatchList::entries(ErrorSlot& error) {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "base/Text.h"
+#include "base/PathText.h"
 #include "foundation/log/LogGenerations.h"
 #include "foundation/places/QMLocalPaths.h"
 #include "platform/crash/CrashReporter.h"
@@ -23,11 +23,10 @@ void startCrashReports(std::string_view program, std::string_view logName) {
     if (!logs) {
         return;
     }
-    platform::installCrashReporter(
-        {.program = std::string(program),
-         .version = VORNIC_VERSION,
-         .folder = appendingPathComponent(*logs, kDiagnosticReportsFolder),
-         .log = currentLogPath(std::string(logName)).value_or("")});
+    platform::installCrashReporter({.program = std::string(program),
+                                    .version = VORNIC_VERSION,
+                                    .folder = joinPath(*logs, kDiagnosticReportsFolder),
+                                    .log = currentLogPath(std::string(logName)).value_or("")});
 }
 
 }  // namespace vornic

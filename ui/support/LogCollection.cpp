@@ -32,8 +32,7 @@ bool isCrashReportOf(const std::string& entry, const std::string& appName) {
 std::optional<std::string> preferenceFileOf(const std::string& folder, const std::string& appName) {
     const std::string name = replacingOccurrences(appName, " ", "");
     for (const std::string& spelling : {name, lowercasedLetters(name)}) {
-        std::string path =
-            appendingPathComponent(folder, formatString("com.quillmark.%@.plist", spelling));
+        std::string path = joinPath(folder, formatString("com.quillmark.%@.plist", spelling));
         if (platform::fileExists(path)) {
             return path;
         }
@@ -67,8 +66,8 @@ bool LogCollection::addLogsOfDomain(bool userDomain) {
         return true;
     }
     return addMatches(*family, &isLogOf) &&
-           addMatches(appendingPathComponent(*logs, kCrashReporterFolder), &isCrashReportOf) &&
-           addMatches(appendingPathComponent(*logs, kDiagnosticReportsFolder), &isCrashReportOf) &&
+           addMatches(joinPath(*logs, kCrashReporterFolder), &isCrashReportOf) &&
+           addMatches(joinPath(*logs, kDiagnosticReportsFolder), &isCrashReportOf) &&
            addPreferences(*preferences);
 }
 
@@ -80,7 +79,7 @@ bool LogCollection::addMatches(const std::string& folder,
         const bool isTaken =
             std::any_of(appNames_.begin(), appNames_.end(),
                         [&](const std::string& appName) { return matches(entry, appName); });
-        return !isTaken || addLog(appendingPathComponent(folder, entry));
+        return !isTaken || addLog(joinPath(folder, entry));
     });
 }
 
@@ -97,7 +96,7 @@ bool LogCollection::addLog(const std::string& path) {
         return true;
     }
     ErrorSlot error;
-    if (!platform::createDirectory(platform::parentFolder(copy), error) ||
+    if (!platform::createDirectory(parentFolder(copy), error) ||
         !platform::copyItem(resolved(path), copy, error)) {
         return failOnConsole("Unable to copy log: %@", error);
     }
@@ -112,7 +111,7 @@ bool LogCollection::addFiles(const Paths& paths) {
 
 bool LogCollection::addFile(const std::string& path) {
     const std::string copy = placeOf(path);
-    const std::string folder = platform::parentFolder(copy);
+    const std::string folder = parentFolder(copy);
     if (!platform::fileExists(folder)) {
         QMFileManager::createDirectory(folder);
     }
@@ -128,7 +127,7 @@ bool LogCollection::addFile(const std::string& path) {
 std::string LogCollection::placeOf(const std::string& path) const {
     const std::string absolute = platform::absolutePath(path).value_or(path);
     const std::filesystem::path plain("/" + absolute);
-    return appendingPathComponent(folder_, plain.lexically_normal().string());
+    return joinPath(folder_, plain.lexically_normal().string());
 }
 
 }  // namespace vornic

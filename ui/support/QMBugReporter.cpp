@@ -8,6 +8,7 @@
 #include <variant>
 #include <vector>
 
+#include "base/PathText.h"
 #include "base/Text.h"
 #include "foundation/log/QMLog.h"
 #include "foundation/places/GlobalPreferences.h"
@@ -96,8 +97,8 @@ std::vector<std::string> reportFolders() {
     std::vector<std::string> folders;
     for (const bool userDomain : {true, false}) {
         if (const QMLocalPaths::Path logs = QMLocalPaths::logDirectory(userDomain)) {
-            folders.push_back(appendingPathComponent(*logs, kCrashReporterFolder));
-            folders.push_back(appendingPathComponent(*logs, kDiagnosticReportsFolder));
+            folders.push_back(joinPath(*logs, kCrashReporterFolder));
+            folders.push_back(joinPath(*logs, kDiagnosticReportsFolder));
         }
     }
     return folders;
@@ -111,8 +112,7 @@ std::optional<std::string> lastReport(const std::string& folder, const std::stri
     const auto last = std::find_if(names.rbegin(), names.rend(), [&](const std::string& name) {
         return lowercasedLetters(name).starts_with(beginning);
     });
-    return last != names.rend() ? std::optional(appendingPathComponent(folder, *last))
-                                : std::nullopt;
+    return last != names.rend() ? std::optional(joinPath(folder, *last)) : std::nullopt;
 }
 
 std::optional<std::string> findReport(const std::string& applicationName, double launch) {
@@ -137,10 +137,9 @@ std::vector<std::string> reporterCandidates(const Bundle& bundle) {
         candidates.push_back(*resource);
     }
     if (const auto executable = bundle.executablePath()) {
-        candidates.push_back(appendingPathComponent(*executable, kReporterApplication));
+        candidates.push_back(joinPath(*executable, kReporterApplication));
     }
-    candidates.push_back(appendingPathComponent(
-        appendingPathComponent(bundle.path(), "Contents/MacOS"), kReporterApplication));
+    candidates.push_back(joinPath(joinPath(bundle.path(), "Contents/MacOS"), kReporterApplication));
     return candidates;
 }
 

@@ -1,7 +1,6 @@
 #include "ui/support/QMSoftwareUpdate.h"
 
 #include "base/PathText.h"
-#include "base/Text.h"
 #include "foundation/log/QMException.h"
 #include "foundation/log/QMLog.h"
 #include "foundation/places/GlobalPreferences.h"
@@ -28,7 +27,7 @@ std::optional<std::string> installedUpdater() {
     if (!folder) {
         return std::nullopt;
     }
-    std::string path = appendingPathComponent(*folder, "Quillmark/" + std::string(kUpdaterName));
+    std::string path = joinPath(*folder, "Quillmark/" + std::string(kUpdaterName));
     return platform::fileExists(path) ? std::optional(std::move(path)) : std::nullopt;
 }
 
@@ -36,8 +35,7 @@ std::optional<std::string> installedUpdater() {
 std::optional<std::string> ownUpdater() {
     const std::string bundle = platform::Bundle::mainBundle().path();
     for (const char* folder : {"Contents/Resources", "Contents/MacOS"}) {
-        std::string path =
-            appendingPathComponent(appendingPathComponent(bundle, folder), kUpdaterName);
+        std::string path = joinPath(joinPath(bundle, folder), kUpdaterName);
         if (platform::fileExists(path)) {
             return path;
         }
@@ -49,7 +47,7 @@ std::optional<std::string> ownUpdater() {
 /// has put something there, which is not to be run.
 std::optional<std::string> copyToTemporaryFolder(const std::string& updater) {
     const std::string folder = QMLocalPaths::tempDirectory();
-    std::string copy = appendingPathComponent(folder, kUpdaterName);
+    std::string copy = joinPath(folder, kUpdaterName);
     // Programs of the family that start at the same moment would remove each other's copies.
     const platform::FolderLock turn(folder);
     ErrorSlot ignored;

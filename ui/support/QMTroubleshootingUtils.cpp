@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "base/FormatString.h"
-#include "base/Text.h"
+#include "base/PathText.h"
 #include "foundation/files/QMFileManager.h"
 #include "foundation/log/ConsoleFailure.h"
 #include "foundation/log/LocalTimeStamp.h"
@@ -58,7 +58,7 @@ std::optional<std::string> archivePath(const std::string& appName) {
     }
     std::string path = *desktop + formatString("/%@ Logs.zip", appName);
     if (platform::nodeExists(path)) {
-        return freeStampedPath([stem = deletingPathExtension(path)] {
+        return freeStampedPath([stem = withoutExtension(path)] {
             return stem + formatString("_%@.zip", localTimeStamp());
         });
     }
@@ -79,7 +79,7 @@ bool archive(const std::string& folder, const std::string& appName) {
 Gathering gather(const QMTroubleshootingUtils::Names& appNames,
                  const QMTroubleshootingUtils::Paths& additionalFiles) {
     const std::string temporaryFolder = QMLocalPaths::tempDirectory();
-    const std::string folder = appendingPathComponent(temporaryFolder, "QM_App_Logs");
+    const std::string folder = joinPath(temporaryFolder, "QM_App_Logs");
     const platform::FolderLock turn(temporaryFolder);
     if (!prepareStagingFolder(folder)) {
         return Gathering::failed;
