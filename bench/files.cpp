@@ -24,13 +24,12 @@ constexpr int kWrongUsage = 2;
 
 /// There is no form for files of this kind.
 QMFileManager::Checksum sha256HashForFile(const std::string& path) {
-    int errorNumber = 0;
-    const platform::FileDescriptor file = platform::openRegularFile(path, true, errorNumber);
+    const ErrnoOr<platform::FileDescriptor> file = platform::openRegularFile(path, true);
     std::optional<platform::Digest> digest = platform::Digest::create(platform::DigestKind::sha256);
     const FileBlock block = makeFileBlock();
     while (file && digest && block) {
         const std::size_t count =
-            platform::readBlock(file.get(), block.get(), kFileBlockSize, errorNumber);
+            platform::readBlock(file->get(), block.get(), kFileBlockSize).length;
         if (count == 0) {
             return QMFileManager::sha256HashWithContext(*digest);
         }

@@ -22,9 +22,8 @@ namespace {
 constexpr std::chrono::milliseconds kSettling{250};
 
 std::optional<platform::FileVersion> versionBehind(const std::string& path) {
-    int errorNumber = 0;
-    const platform::FileDescriptor file = platform::openForMetadata(path, true, errorNumber);
-    return file ? platform::versionOf(file.get(), errorNumber) : std::nullopt;
+    const ErrnoOr<platform::FileDescriptor> file = platform::openForMetadata(path, true);
+    return file ? platform::versionOf(file->get()).value() : std::nullopt;
 }
 
 }  // namespace
@@ -157,10 +156,8 @@ FileInspector::Look FileInspector::lookAt(const std::string& path, const Seen& s
         return look;
     }
     // Renamed there and back, say, or given an attribute.
-    int errorNumber = 0;
-    const platform::FileDescriptor file = platform::openRegularFile(path, true, errorNumber);
-    const auto digest =
-        file ? platform::ContentDigest::ofFile(file.get(), errorNumber) : std::nullopt;
+    const ErrnoOr<platform::FileDescriptor> file = platform::openRegularFile(path, true);
+    const auto digest = file ? platform::ContentDigest::ofFile(file->get()).value() : std::nullopt;
     look.isSame = digest && *digest == seen.digest;
     look.seen.digest = seen.digest;
     return look;

@@ -23,7 +23,7 @@ namespace {
 
 using State = FoundCopy::State;
 
-enum class Look { absent, left, busy, changed, unknown };
+enum class Look { absent, left, busy, changed };
 
 // Folders, pipes and the like are nobody's working copy, and so is a link that leads nowhere.
 bool canBeClaimed(const std::string& path, bool followLinks, struct stat& status) {
@@ -31,7 +31,20 @@ bool canBeClaimed(const std::string& path, bool followLinks, struct stat& status
            S_ISREG(status.st_mode);
 }
 
-Look lookAt(const std::string& path, bool followLinks, FileDescriptor& file, int& errorNumber) {
+ErrnoOr<Look> lookAtUnreadable(int errorNumber, const struct stat& status) {
+    if (errorNumber == ENOENT || errorNumber == ELOOP || errorNumber == EINVAL ||
+        errorNumber == EISDIR) {
+        return Look::changed;
+    }
+    // A job can read its own file, so that one of this user's that cannot be read is not a job's.
+    if (errorNumber == EACCES && status.st_uid == geteuid()) {
+        return Look::left;
+    }
+    return Errno{errorNumber};
+}
+
+// @return the errno value when it cannot be told whether a running job has claimed it.
+ErrnoOr<Look> lookAt(const std::string& path, bool followLinks, FileDescriptor& file) {
     struct stat status {};
     if (!platform::nodeExists(path)) {
         return Look::absent;
@@ -39,19 +52,17 @@ Look lookAt(const std::string& path, bool followLinks, FileDescriptor& file, int
     if (!canBeClaimed(path, followLinks, status)) {
         return Look::left;
     }
-    file = platform::openRegularFile(path, followLinks, errorNumber);
-    if (!file) {
-        if (errorNumber == ENOENT || errorNumber == ELOOP || errorNumber == EINVAL ||
-            errorNumber == EISDIR) {
-            return Look::changed;
-        }
-        // A job can read its own file, so that one of this user's that cannot be read is none.
-        const bool isOwn = errorNumber == EACCES && status.st_uid == geteuid();
-        return isOwn ? Look::left : Look::unknown;
+    ErrnoOr<FileDescriptor> opened = platform::openRegularFile(path, followLinks);
+    if (!opened) {
+        return lookAtUnreadable(opened.errorNumber(), status);
     }
-    const Claim claim = platform::claimFile(file.get(), errorNumber);
-    if (claim == Claim::busy || claim == Claim::failed) {
-        return claim == Claim::busy ? Look::busy : Look::unknown;
+    file = *std::move(opened);
+    const ErrnoOr<Claim> claim = platform::claimFile(file.get());
+    if (!claim) {
+        return Errno{claim.errorNumber()};
+    }
+    if (*claim == Claim::busy) {
+        return Look::busy;
     }
     // The job that has given it back may have moved it meanwhile.
     const bool isSame = canBeClaimed(path, followLinks, status) &&
@@ -99,15 +110,16 @@ FoundCopy awaitTurn(const std::string& path, bool followLinks, const Waiting& wa
     Patience patience(path, waiting);
     for (;;) {
         FileDescriptor file;
-        int errorNumber = 0;
-        switch (lookAt(path, followLinks, file, errorNumber)) {
+        const ErrnoOr<Look> look = lookAt(path, followLinks, file);
+        if (!look) {
+            platform::failFile(error, path, "claimed", look.errorNumber());
+            return {.state = State::unknown, .file = {}};
+        }
+        switch (*look) {
             case Look::absent:
                 return {.state = State::absent, .file = {}};
             case Look::left:
                 return {.state = State::left, .file = std::move(file)};
-            case Look::unknown:
-                platform::failFile(error, path, "claimed", errorNumber);
-                return {.state = State::unknown, .file = {}};
             case Look::busy:
             case Look::changed:
                 break;

@@ -27,14 +27,13 @@ struct SeenFile {
     friend bool operator==(const SeenFile&, const SeenFile&) = default;
 
     static SeenFile at(const std::string& path) {
-        int ignored = 0;
-        SeenFile seen{.version = platform::versionAt(path, ignored), .digest = {}};
+        SeenFile seen{.version = platform::versionAt(path).value(), .digest = {}};
         if (seen.version) {
             // Renaming changes it.
             seen.version->changed = {};
         }
-        if (const auto file = platform::openRegularFile(path, false, ignored)) {
-            seen.digest = platform::ContentDigest::ofFile(file.get(), ignored);
+        if (const ErrnoOr<platform::FileDescriptor> file = platform::openRegularFile(path, false)) {
+            seen.digest = platform::ContentDigest::ofFile(file->get()).value();
         }
         return seen;
     }
@@ -61,10 +60,9 @@ SwapResult FileSwap::run() && {
         platform::failFile(error, copy_.path, "synchronized", syncError);
         return untouched(SwapEnd::failed, std::move(error));
     }
-    int errorNumber = 0;
-    const Standing copy = copy_.glanceAt(copy_.path, errorNumber);
-    if (copy != Standing::asExpected) {
-        return copyDiffers(copy, errorNumber);
+    const ErrnoOr<Standing> copy = copy_.glanceAt(copy_.path);
+    if (copy.value() != Standing::asExpected) {
+        return copyDiffers(copy);
     }
     observer_.reached(SwapPoint::verified);
     const SwapIntent about = intent();
@@ -73,8 +71,7 @@ SwapResult FileSwap::run() && {
     }
     // The original will lie beside its path for a moment, where another run would take it for a
     // thing left by a dead one. A claim of somebody else keeps that run away just as well.
-    int ignored = 0;
-    static_cast<void>(platform::claimFile(source_.file.get(), ignored));
+    static_cast<void>(platform::claimFile(source_.file.get()));
     SwapResult result;
     try {
         result = swap();
@@ -115,18 +112,16 @@ SwapResult FileSwap::swap() {
 SwapResult FileSwap::swapByExchange() {
     // From now on nobody gets at the new file but by the source's path, once it has that.
     remark_ = dropCopyName();
-    int errorNumber = 0;
-    const Standing copy = copy_.standingAt(aside_, errorNumber);
-    if (copy != Standing::asExpected) {
-        return settleCopy(copyDiffers(copy, errorNumber));
+    const ErrnoOr<Standing> copy = copy_.standingAt(aside_);
+    if (copy.value() != Standing::asExpected) {
+        return settleCopy(copyDiffers(copy));
     }
-    switch (platform::exchangeNames(aside_, source_.path, errorNumber)) {
-        case Exchange::done:
-            break;
-        case Exchange::unavailable:
-            return swapInSteps(aside_);
-        case Exchange::failed:
-            return settleCopy(notRenamed(errorNumber));
+    const ErrnoOr<Exchange> exchange = platform::exchangeNames(aside_, source_.path);
+    if (!exchange) {
+        return settleCopy(notRenamed(exchange.errorNumber()));
+    }
+    if (*exchange == Exchange::unavailable) {
+        return swapInSteps(aside_);
     }
     observer_.reached(SwapPoint::exchanged);
     return judgeExchange();
@@ -134,18 +129,17 @@ SwapResult FileSwap::swapByExchange() {
 
 SwapResult FileSwap::judgeExchange() {
     ErrorSlot error;
-    int errorNumber = 0;
-    const Standing out = source_.standingAt(aside_, errorNumber);
-    if (out == Standing::unknown) {
-        platform::failFile(error, source_.path, "read", errorNumber);
+    const ErrnoOr<Standing> out = source_.standingAt(aside_);
+    if (!out) {
+        platform::failFile(error, source_.path, "read", out.errorNumber());
     }
-    const bool isExpected = out == Standing::asExpected;
+    const bool isExpected = out.value() == Standing::asExpected;
     observer_.reached(isExpected ? SwapPoint::compared : SwapPoint::differed);
-    const Standing in = copy_.standingAt(source_.path, errorNumber);
-    if (in == Standing::unknown) {
-        platform::failFile(error, source_.path, "read", errorNumber);
+    const ErrnoOr<Standing> in = copy_.standingAt(source_.path);
+    if (!in) {
+        platform::failFile(error, source_.path, "read", in.errorNumber());
     }
-    if (in != Standing::asExpected && in != Standing::unknown) {
+    if (in && *in != Standing::asExpected) {
         return giveWay(untouched(SwapEnd::sourceChanged, {}));
     }
     if (error) {
@@ -169,13 +163,14 @@ SwapResult FileSwap::recycleOriginal(SwapResult (FileSwap::*undo)(SwapEnd, Error
 SwapResult FileSwap::takeBack(SwapEnd end, ErrorSlot error) {
     const SeenFile placed = SeenFile::at(aside_);
     SwapResult result = untouched(end, std::move(error));
-    int errorNumber = 0;
-    if (platform::exchangeNames(aside_, source_.path, errorNumber) != Exchange::done) {
-        if (errorNumber == ENOENT && placed.version) {
+    const ErrnoOr<Exchange> exchange = platform::exchangeNames(aside_, source_.path);
+    if (exchange.value() != Exchange::done) {
+        if (exchange.errorNumber() == ENOENT && placed.version) {
             // Another program has taken away what stood at the path.
             return giveWay(std::move(result));
         }
-        platform::failFile(result.error, aside_, "moved to " + source_.path, errorNumber);
+        platform::failFile(result.error, aside_, "moved to " + source_.path,
+                           exchange ? EOPNOTSUPP : exchange.errorNumber());
         result.end = SwapEnd::failed;
         result.original = aside_;
         result.repaired = source_.path;
@@ -183,8 +178,8 @@ SwapResult FileSwap::takeBack(SwapEnd end, ErrorSlot error) {
         return result;
     }
     observer_.reached(SwapPoint::takenBack);
-    const Standing came = copy_.standingAt(aside_, errorNumber);
-    if (came == Standing::asExpected || (came == Standing::unknown && copy_.isAt(aside_))) {
+    const ErrnoOr<Standing> came = copy_.standingAt(aside_);
+    if (came ? *came == Standing::asExpected : copy_.isAt(aside_)) {
         return settleCopy(std::move(result));
     }
     return returnNewest(placed, std::move(result));
@@ -198,8 +193,7 @@ SwapResult FileSwap::returnNewest(const SeenFile& placed, SwapResult result) {
     SeenFile older = placed;
     for (int turn = 0; turn < kMostTurns; ++turn) {
         SeenFile newest = SeenFile::at(aside_);
-        int errorNumber = 0;
-        if (platform::exchangeNames(aside_, source_.path, errorNumber) != Exchange::done) {
+        if (platform::exchangeNames(aside_, source_.path).value() != Exchange::done) {
             break;
         }
         observer_.reached(SwapPoint::takenBack);
@@ -221,23 +215,23 @@ SwapResult FileSwap::swapInSteps(const std::string& from) {
         platform::failFile(error, copy_.path, "moved to " + source_.path, errorNumber);
         return settleCopy(untouched(SwapEnd::failed, std::move(error)));
     }
-    const Standing copy = copy_.standingAt(hidden_, errorNumber);
-    if (copy != Standing::asExpected) {
+    const ErrnoOr<Standing> copy = copy_.standingAt(hidden_);
+    if (copy.value() != Standing::asExpected) {
         static_cast<void>(platform::renameWithoutReplacing(hidden_, copy_.path));
-        return copyDiffers(copy, errorNumber);
+        return copyDiffers(copy);
     }
     errorNumber = platform::renameWithoutReplacing(source_.path, aside_);
     if (errorNumber != 0) {
         return settleCopy(notRenamed(errorNumber));
     }
     observer_.reached(SwapPoint::exchanged);
-    const Standing out = source_.standingAt(aside_, errorNumber);
-    if (out == Standing::unknown) {
+    const ErrnoOr<Standing> out = source_.standingAt(aside_);
+    if (!out) {
         ErrorSlot error;
-        platform::failFile(error, source_.path, "read", errorNumber);
+        platform::failFile(error, source_.path, "read", out.errorNumber());
         return bringBack(SwapEnd::failed, std::move(error));
     }
-    if (out != Standing::asExpected) {
+    if (*out != Standing::asExpected) {
         observer_.reached(SwapPoint::differed);
         return bringBack(SwapEnd::sourceChanged, {});
     }
@@ -248,7 +242,7 @@ SwapResult FileSwap::swapInSteps(const std::string& from) {
 // The source is aside and the copy hidden.
 SwapResult FileSwap::moveIn() {
     ErrorSlot error;
-    int errorNumber = platform::renameWithoutReplacing(hidden_, source_.path);
+    const int errorNumber = platform::renameWithoutReplacing(hidden_, source_.path);
     if (errorNumber == EEXIST) {
         return giveWay(untouched(SwapEnd::sourceChanged, {}));
     }
@@ -257,12 +251,12 @@ SwapResult FileSwap::moveIn() {
         return bringBack(SwapEnd::failed, std::move(error));
     }
     observer_.reached(SwapPoint::movedIn);
-    const Standing in = copy_.standingAt(source_.path, errorNumber);
-    if (in == Standing::unknown) {
-        platform::failFile(error, source_.path, "read", errorNumber);
+    const ErrnoOr<Standing> in = copy_.standingAt(source_.path);
+    if (!in) {
+        platform::failFile(error, source_.path, "read", in.errorNumber());
         return withdraw(SwapEnd::failed, std::move(error));
     }
-    if (in != Standing::asExpected) {
+    if (*in != Standing::asExpected) {
         return giveWay(untouched(SwapEnd::sourceChanged, {}));
     }
     return recycleOriginal(&FileSwap::withdraw);
@@ -271,7 +265,7 @@ SwapResult FileSwap::moveIn() {
 // Takes what was moved to the source's path away again.
 SwapResult FileSwap::withdraw(SwapEnd end, ErrorSlot error) {
     SwapResult result = untouched(end, std::move(error));
-    int errorNumber = platform::renameWithoutReplacing(source_.path, hidden_);
+    const int errorNumber = platform::renameWithoutReplacing(source_.path, hidden_);
     if (errorNumber == ENOENT) {
         return giveWay(std::move(result));
     }
@@ -283,8 +277,8 @@ SwapResult FileSwap::withdraw(SwapEnd end, ErrorSlot error) {
         result.isAside = true;
         return result;
     }
-    const Standing came = copy_.standingAt(hidden_, errorNumber);
-    if (came == Standing::asExpected || (came == Standing::unknown && copy_.isAt(hidden_))) {
+    const ErrnoOr<Standing> came = copy_.standingAt(hidden_);
+    if (came ? *came == Standing::asExpected : copy_.isAt(hidden_)) {
         return bringBack(end, std::move(result.error));
     }
     // The newest; unless there is a newer one again.
@@ -352,12 +346,12 @@ SwapResult FileSwap::notRenamed(int errorNumber) const {
     return untouched(SwapEnd::failed, std::move(error));
 }
 
-SwapResult FileSwap::copyDiffers(Standing standing, int errorNumber) const {
-    if (standing != Standing::unknown) {
+SwapResult FileSwap::copyDiffers(const ErrnoOr<Standing>& standing) const {
+    if (standing) {
         return untouched(SwapEnd::copyChanged, {});
     }
     ErrorSlot error;
-    platform::failFile(error, copy_.path, "read", errorNumber);
+    platform::failFile(error, copy_.path, "read", standing.errorNumber());
     return untouched(SwapEnd::failed, std::move(error));
 }
 
@@ -369,10 +363,9 @@ SwapResult FileSwap::settleCopy(SwapResult result) const {
             place = name;
         }
     }
-    int ignored = 0;
     if (copy_.isAt(copy_.path)) {
         if (!place.empty()) {
-            static_cast<void>(platform::removeWhileIs(place, copy_.version.identity, ignored));
+            static_cast<void>(platform::removeWhileIs(place, copy_.version.identity));
         }
         place = copy_.path;
     } else if (!place.empty() && platform::renameWithoutReplacing(place, copy_.path) == 0) {
@@ -384,15 +377,14 @@ SwapResult FileSwap::settleCopy(SwapResult result) const {
 
 // Without a need for memory: only names that are known are changed.
 void FileSwap::restoreNames() {
-    int errorNumber = 0;
     const bool isIn = copy_.isAt(source_.path);
     const bool isOriginalAside = platform::nodeExists(aside_) && !copy_.isAt(aside_);
-    const bool isWritten = copy_.glanceAt(source_.path, errorNumber) == Standing::written;
+    const bool isWritten = copy_.glanceAt(source_.path).value() == Standing::written;
     if (isIn && (!isOriginalAside || isWritten)) {
         // The swap is all but done, or the file is another program's now, and the newest.
         return;
     }
-    if (isIn && platform::exchangeNames(aside_, source_.path, errorNumber) != Exchange::done) {
+    if (isIn && platform::exchangeNames(aside_, source_.path).value() != Exchange::done) {
         static_cast<void>(platform::renameWithoutReplacing(source_.path, copy_.path));
     }
     if (isOriginalAside && !copy_.isAt(aside_)) {
@@ -413,11 +405,10 @@ std::optional<std::string> FileSwap::recycle(const std::string& path, ErrorSlot&
 
 ErrorSlot FileSwap::dropCopyName() {
     ErrorSlot error;
-    int errorNumber = 0;
-    if (platform::removeWhileIs(copy_.path, copy_.version.identity, errorNumber) ==
-            platform::Removal::failed &&
-        errorNumber != ENOENT) {
-        platform::failFile(error, copy_.path, "removed", errorNumber);
+    const ErrnoOr<platform::Removal> removal =
+        platform::removeWhileIs(copy_.path, copy_.version.identity);
+    if (!removal && removal.errorNumber() != ENOENT) {
+        platform::failFile(error, copy_.path, "removed", removal.errorNumber());
     }
     return error;
 }

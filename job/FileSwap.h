@@ -61,7 +61,7 @@ class FileSwap {
     SwapResult finish(const std::string& original);
     [[nodiscard]] SwapResult untouched(SwapEnd end, ErrorSlot error) const;
     [[nodiscard]] SwapResult notRenamed(int errorNumber) const;
-    [[nodiscard]] SwapResult copyDiffers(Standing standing, int errorNumber) const;
+    [[nodiscard]] SwapResult copyDiffers(const ErrnoOr<Standing>& standing) const;
     [[nodiscard]] std::optional<std::string> recycle(const std::string& path,
                                                      ErrorSlot& error) const;
     SwapResult settleCopy(SwapResult result) const;

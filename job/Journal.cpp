@@ -300,7 +300,10 @@ std::optional<JournalContents> Journal::read(std::size_t offset, ErrorSlot& erro
     for (std::size_t got = kBlock; errorNumber == 0 && got == kBlock;) {
         const std::size_t length = text.size();
         text.resize(length + kBlock);
-        got = platform::readBlock(file.get(), text.data() + length, kBlock, errorNumber);
+        const platform::BlockRead block =
+            platform::readBlock(file.get(), text.data() + length, kBlock);
+        got = block.length;
+        errorNumber = block.errorNumber;
         text.resize(length + got);
     }
     if (errorNumber != 0) {

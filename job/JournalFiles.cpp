@@ -55,6 +55,22 @@ std::vector<std::string> namesIn(const std::string& folder) {
     return platform::namesInFolder(folder, ignored).value_or(std::vector<std::string>());
 }
 
+// Takes down size and digest of an open file. @return 0 or the errno value.
+int takeContents(JournalFile& file, int descriptor) {
+    const ErrnoOr<platform::FileVersion> version = platform::versionOf(descriptor);
+    if (!version) {
+        return version.errorNumber();
+    }
+    const ErrnoOr<platform::ContentDigest::Value> digest =
+        platform::ContentDigest::ofFile(descriptor);
+    if (!digest) {
+        return digest.errorNumber();
+    }
+    file.size = version->size;
+    file.digest = *digest;
+    return 0;
+}
+
 }  // namespace
 
 std::string undoWaitingPath(const std::string& file) {
@@ -75,21 +91,16 @@ std::optional<JournalFile> journalFileAt(const std::string& path, ErrorSlot& err
     file.identity = {.device = status.st_dev, .inode = status.st_ino};
     file.isLink = S_ISLNK(status.st_mode);
     file.linkText = file.isLink ? linkTextAt(path) : "";
-    int errorNumber = 0;
-    const platform::FileDescriptor contents =
-        platform::openRegularFile(path, file.isLink, errorNumber);
+    const ErrnoOr<platform::FileDescriptor> contents = platform::openRegularFile(path, file.isLink);
     if (!contents && file.isLink) {
         return file;
     }
-    const auto version = contents ? platform::versionOf(contents.get(), errorNumber) : std::nullopt;
-    const auto digest =
-        version ? platform::ContentDigest::ofFile(contents.get(), errorNumber) : std::nullopt;
-    if (!digest) {
+    if (const int errorNumber =
+            contents ? takeContents(file, contents->get()) : contents.errorNumber();
+        errorNumber != 0) {
         error = posixError("The file " + path + " cannot be read", errorNumber);
         return std::nullopt;
     }
-    file.size = version->size;
-    file.digest = *digest;
     return file;
 }
 

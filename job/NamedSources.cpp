@@ -43,8 +43,7 @@ bool leadsTo(const std::string& source, const std::string& path) {
     if (areOneEntry(source, path)) {
         return true;
     }
-    int errorNumber = 0;
-    const std::optional<std::string> target = platform::resolveFinalLink(source, errorNumber);
+    const ErrnoOr<std::string> target = platform::resolveFinalLink(source);
     return target && *target != source && areOneEntry(*target, path);
 }
 

@@ -4,12 +4,10 @@
 
 namespace vornic {
 
-using platform::ContentDigest;
-
-Standing SavedCopy::glanceAt(const std::string& place, int& errorNumber) const {
-    const auto there = platform::versionAt(place, errorNumber);
+ErrnoOr<Standing> SavedCopy::glanceAt(const std::string& place) const {
+    const ErrnoOr<platform::FileVersion> there = platform::versionAt(place);
     if (!there) {
-        return errorNumber == ENOENT ? Standing::nothing : Standing::unknown;
+        return standingUnseen(there.errorNumber());
     }
     if (there->identity != version.identity) {
         return Standing::another;
@@ -18,19 +16,12 @@ Standing SavedCopy::glanceAt(const std::string& place, int& errorNumber) const {
                                                                               : Standing::written;
 }
 
-Standing SavedCopy::standingAt(const std::string& place, int& errorNumber) const {
-    const Standing glance = glanceAt(place, errorNumber);
-    if (glance != Standing::asExpected && glance != Standing::written) {
+ErrnoOr<Standing> SavedCopy::standingAt(const std::string& place) const {
+    const ErrnoOr<Standing> glance = glanceAt(place);
+    if (!glance || (*glance != Standing::asExpected && *glance != Standing::written)) {
         return glance;
     }
-    auto now = ContentDigest::ofFile(file.get(), errorNumber);
-    if (!now) {
-        now = ContentDigest::ofFile(file.get(), errorNumber);
-    }
-    if (!now) {
-        return Standing::unknown;
-    }
-    return *now == digest ? Standing::asExpected : Standing::written;
+    return standingOfContents(file.get(), digest);
 }
 
 }  // namespace vornic

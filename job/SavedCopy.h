@@ -24,10 +24,10 @@ struct SavedCopy {
     }
     /// What stands at `place`, judged by size and time: two writings of as many bytes within a tick
     /// of the volume's clock look like one. Needs no memory.
-    /// @param errorNumber set to the errno value when the answer is `unknown`
-    [[nodiscard]] Standing glanceAt(const std::string& place, int& errorNumber) const;
+    /// @return the errno value when it cannot be told.
+    [[nodiscard]] ErrnoOr<Standing> glanceAt(const std::string& place) const;
     /// The same, judged by all bytes.
-    [[nodiscard]] Standing standingAt(const std::string& place, int& errorNumber) const;
+    [[nodiscard]] ErrnoOr<Standing> standingAt(const std::string& place) const;
 };
 
 }  // namespace vornic

@@ -11,16 +11,8 @@ namespace vornic {
 std::optional<SourceFile> SourceFile::open(const std::string& path, ErrorSlot& error) {
     SourceFile source;
     source.path = path;
-    int errorNumber = 0;
-    const auto entry = platform::versionAt(path, errorNumber);
-    if (entry) {
-        source.entry = entry->identity;
-        source.file = platform::openRegularFile(path, true, errorNumber);
-    }
-    const auto version =
-        source.file ? platform::versionOf(source.file.get(), errorNumber) : std::nullopt;
-    if (version) {
-        source.version = *version;
+    const int errorNumber = source.openFile();
+    if (errorNumber == 0) {
         return source;
     }
     if (errorNumber == EINVAL) {
@@ -31,30 +23,41 @@ std::optional<SourceFile> SourceFile::open(const std::string& path, ErrorSlot& e
     return std::nullopt;
 }
 
-Standing SourceFile::standingAt(const std::string& place, int& errorNumber) const {
-    const auto there = platform::versionAt(place, errorNumber);
+int SourceFile::openFile() {
+    const ErrnoOr<platform::FileVersion> there = platform::versionAt(path);
     if (!there) {
-        return errorNumber == ENOENT ? Standing::nothing : Standing::unknown;
+        return there.errorNumber();
+    }
+    entry = there->identity;
+    ErrnoOr<platform::FileDescriptor> opened = platform::openRegularFile(path, true);
+    if (!opened) {
+        return opened.errorNumber();
+    }
+    file = *std::move(opened);
+    const ErrnoOr<platform::FileVersion> own = platform::versionOf(file.get());
+    version = own.value().value_or(platform::FileVersion());
+    return own.errorNumber();
+}
+
+ErrnoOr<Standing> SourceFile::standingAt(const std::string& place) const {
+    const ErrnoOr<platform::FileVersion> there = platform::versionAt(place);
+    if (!there) {
+        return standingUnseen(there.errorNumber());
     }
     if (there->identity != entry) {
         return Standing::another;
     }
-    const platform::FileDescriptor opened = platform::openRegularFile(place, true, errorNumber);
-    if (!opened) {
-        return errorNumber == ENOENT || errorNumber == EINVAL ? Standing::written
-                                                              : Standing::unknown;
-    }
-    if (platform::identityOf(opened.get()) != version.identity) {
+    const ErrnoOr<platform::FileDescriptor> opened = platform::openRegularFile(place, true);
+    if (opened.errorNumber() == ENOENT || opened.errorNumber() == EINVAL) {
         return Standing::written;
     }
-    auto now = platform::ContentDigest::ofFile(opened.get(), errorNumber);
-    if (!now) {
-        now = platform::ContentDigest::ofFile(opened.get(), errorNumber);
+    if (!opened) {
+        return Errno{opened.errorNumber()};
     }
-    if (!now) {
-        return Standing::unknown;
+    if (platform::identityOf(opened->get()) != version.identity) {
+        return Standing::written;
     }
-    return now == digest ? Standing::asExpected : Standing::written;
+    return standingOfContents(opened->get(), digest);
 }
 
 }  // namespace vornic

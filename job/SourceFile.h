@@ -36,8 +36,12 @@ struct SourceFile {
     /// What stands at `place` of the same folder. `asExpected` is the same entry, which leads to
     /// the same file with the very bytes that were read; a link that leads to another file counts
     /// as written.
-    /// @param errorNumber set to the errno value when the answer is `unknown`
-    [[nodiscard]] Standing standingAt(const std::string& place, int& errorNumber) const;
+    /// @return the errno value when it cannot be told.
+    [[nodiscard]] ErrnoOr<Standing> standingAt(const std::string& place) const;
+
+  private:
+    /// Opens what stands at `path`. @return 0 or the errno value.
+    [[nodiscard]] int openFile();
 };
 
 }  // namespace vornic

@@ -1,6 +1,11 @@
 #ifndef VORNIC_JOB_STANDING_H
 #define VORNIC_JOB_STANDING_H
 
+#include <optional>
+
+#include "base/ErrnoOr.h"
+#include "platform/files/ContentDigest.h"
+
 namespace vornic {
 
 /// What stands at a path where a job expects a certain file.
@@ -12,9 +17,16 @@ enum class Standing {
     /// Another file, which another program has put there.
     another,
     nothing,
-    /// It cannot be read.
-    unknown,
 };
+
+/// Whether an open file has the bytes that the job knows. Reads all of it, a second time where the
+/// first reading fails.
+/// @return the errno value when it cannot be read.
+[[nodiscard]] ErrnoOr<Standing> standingOfContents(
+    int descriptor, const std::optional<platform::ContentDigest::Value>& expected);
+
+/// The answer where a path cannot be looked at: `nothing` for ENOENT, else the errno value.
+[[nodiscard]] ErrnoOr<Standing> standingUnseen(int errorNumber);
 
 }  // namespace vornic
 

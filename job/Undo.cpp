@@ -27,8 +27,7 @@ Error cannotPutBack(const std::string& file, int errorNumber, const std::string&
 /// Quick, for a list of many: the bytes are looked at only where the Trash has them from another
 /// volume, say.
 bool isStillThere(const JournalFile& file, const std::string& path) {
-    int ignored = 0;
-    const auto version = platform::versionAt(path, ignored);
+    const ErrnoOr<platform::FileVersion> version = platform::versionAt(path);
     return version && ((version->identity.inode == file.identity.inode &&
                         (file.isLink || version->size == file.size)) ||
                        hasContentsOf(file, path));

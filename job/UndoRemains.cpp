@@ -28,20 +28,20 @@ namespace {
 /// Whether all bytes of one file are those with which another one begins.
 bool isBeginningOf(const std::string& path, const std::string& whole) {
     constexpr std::size_t kBlock = std::size_t{64} * 1024;
-    int errorNumber = 0;
-    const FileDescriptor part = platform::openRegularFile(path, false, errorNumber);
-    const FileDescriptor all =
-        part ? platform::openRegularFile(whole, false, errorNumber) : FileDescriptor();
-    if (!all) {
+    const ErrnoOr<FileDescriptor> part = platform::openRegularFile(path, false);
+    const ErrnoOr<FileDescriptor> all = platform::openRegularFile(whole, false);
+    if (!part || !all) {
         return false;
     }
     const auto first = std::make_unique<std::array<char, kBlock>>();
     const auto second = std::make_unique<std::array<char, kBlock>>();
     std::size_t size = kBlock;
     while (size == kBlock) {
-        size = platform::readBlock(part.get(), first->data(), kBlock, errorNumber);
-        const std::size_t other = platform::readBlock(all.get(), second->data(), size, errorNumber);
-        if (errorNumber != 0 || other != size ||
+        const platform::BlockRead one = platform::readBlock(part->get(), first->data(), kBlock);
+        const platform::BlockRead other =
+            platform::readBlock(all->get(), second->data(), one.length);
+        size = one.length;
+        if (one.errorNumber != 0 || other.errorNumber != 0 || other.length != size ||
             !std::equal(first->begin(), first->begin() + static_cast<std::ptrdiff_t>(size),
                         second->begin())) {
             return false;
@@ -119,9 +119,8 @@ void dropOriginal(const platform::Trash& trash, const std::string& name,
     }
     const std::string trashed = pathInto(trash.descriptor(), name);
     const auto identity = platform::fileIdentity(trashed);
-    int ignored = 0;
     if (identity && hasContentsOf(original, trashed) &&
-        platform::removeWhileIs(trashed, *identity, ignored) == platform::Removal::removed) {
+        platform::removeWhileIs(trashed, *identity).value() == platform::Removal::removed) {
         trash.removeInfo(name);
     }
     dropHiddenOriginal(trash, name, original);

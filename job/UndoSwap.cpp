@@ -35,13 +35,12 @@ UndoSwapResult UndoSwap::run() && {
 
 UndoSwapResult UndoSwap::swapAtOnce() {
     const std::optional<FileIdentity> original = platform::fileIdentity(trashed_);
-    int errorNumber = 0;
-    const Exchange end = platform::exchangeNames(target_, trashed_, errorNumber);
-    if (end == Exchange::unavailable || (end == Exchange::failed && errorNumber == EXDEV)) {
+    const ErrnoOr<Exchange> exchange = platform::exchangeNames(target_, trashed_);
+    if (exchange.value() == Exchange::unavailable || exchange.errorNumber() == EXDEV) {
         return swapBeside();
     }
-    if (end == Exchange::failed) {
-        return failed(errorNumber);
+    if (!exchange) {
+        return failed(exchange.errorNumber());
     }
     tell(UndoStep::exchanged);
     if (!isSameFile(*places_.present, trashed_)) {
@@ -63,8 +62,7 @@ void UndoSwap::giveBack(const std::string& other, std::optional<FileIdentity> ow
     constexpr int kMostTurns = 100;
     for (int turn = 0; turn < kMostTurns; ++turn) {
         const std::optional<FileIdentity> returned = platform::fileIdentity(other);
-        int errorNumber = 0;
-        if (platform::exchangeNames(target_, other, errorNumber) != Exchange::done) {
+        if (platform::exchangeNames(target_, other).value() != Exchange::done) {
             // Nothing stands at the path any more, say.
             static_cast<void>(renameWithoutReplacing(other, target_));
             return;
@@ -81,15 +79,13 @@ UndoSwapResult UndoSwap::swapBeside() {
         return failed(EIO);
     }
     tell(UndoStep::waiting);
-    int errorNumber = 0;
-    switch (platform::exchangeNames(waiting_, target_, errorNumber)) {
-        case Exchange::done:
-            break;
-        case Exchange::unavailable:
-            return swapInSteps();
-        case Exchange::failed:
-            dropWaiting();
-            return failed(errorNumber);
+    const ErrnoOr<Exchange> exchange = platform::exchangeNames(waiting_, target_);
+    if (!exchange) {
+        dropWaiting();
+        return failed(exchange.errorNumber());
+    }
+    if (*exchange == Exchange::unavailable) {
+        return swapInSteps();
     }
     tell(UndoStep::exchanged);
     if (!isSameFile(*places_.present, waiting_)) {
@@ -114,13 +110,12 @@ UndoSwapResult UndoSwap::swapBeside() {
 // Where names cannot be exchanged. Nothing stands at the path for a moment, and what comes there
 // meanwhile is newer and stays.
 UndoSwapResult UndoSwap::swapInSteps() {
-    int errorNumber = 0;
     // A repair of the same file must not take what is aside for something that was left.
-    const platform::FileDescriptor present = platform::openRegularFile(target_, false, errorNumber);
+    const ErrnoOr<platform::FileDescriptor> present = platform::openRegularFile(target_, false);
     if (present) {
-        static_cast<void>(platform::claimFile(present.get(), errorNumber));
+        static_cast<void>(platform::claimFile(present->get()));
     }
-    errorNumber = renameWithoutReplacing(target_, aside_);
+    int errorNumber = renameWithoutReplacing(target_, aside_);
     if (errorNumber != 0) {
         dropWaiting();
         return failed(errorNumber);
@@ -184,10 +179,8 @@ UndoSwapResult UndoSwap::restore() {
 // A second name for the original beside the file; on another volume a copy of it.
 bool UndoSwap::placeBeside() {
     clearWaiting(trash_, places_.name, places_.target);
-    int errorNumber = 0;
-    const platform::FileDescriptor original =
-        platform::openRegularFile(trashed_, false, errorNumber);
-    const bool hasSecondName = original && platform::linkOpenFile(original.get(), waiting_) == 0;
+    const ErrnoOr<platform::FileDescriptor> original = platform::openRegularFile(trashed_, false);
+    const bool hasSecondName = original && platform::linkOpenFile(original->get(), waiting_) == 0;
     ErrorSlot error;
     if (!hasSecondName && !platform::copyTellingLosses(trashed_, waiting_, result_.losses, error)) {
         result_.error = cannotPutBack(error->code);

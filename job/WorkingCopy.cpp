@@ -15,7 +15,6 @@
 #include "job/LeftFiles.h"
 #include "job/MoveToTrash.h"
 #include "job/NamedSources.h"
-#include "platform/files/CarefulRemoval.h"
 #include "platform/files/Failure.h"
 #include "platform/files/FileSystem.h"
 #include "platform/files/Rename.h"
@@ -182,13 +181,12 @@ bool WorkingCopy::makeTemporary(SavedCopy& copy, ErrorSlot& error) const {
         return failFile(error, path_, "made", errorNumber);
     }
     copy.version.identity = platform::identityOf(copy.file.get());
-    const platform::Claim claim = platform::claimFile(copy.file.get(), errorNumber);
-    if (claim == platform::Claim::held || claim == platform::Claim::unavailable) {
+    const ErrnoOr<platform::Claim> claim = platform::claimFile(copy.file.get());
+    if (claim && *claim != platform::Claim::busy) {
         return true;
     }
     std::ignore = unlink(copy.path.c_str());
-    return failFile(error, path_, "claimed",
-                    claim == platform::Claim::busy ? EWOULDBLOCK : errorNumber);
+    return failFile(error, path_, "claimed", claim ? EWOULDBLOCK : claim.errorNumber());
 }
 
 bool WorkingCopy::fill(SavedCopy& copy, Contents contents, ErrorSlot& error) const {
@@ -204,11 +202,12 @@ bool WorkingCopy::fill(SavedCopy& copy, Contents contents, ErrorSlot& error) con
     // What is missing here is looked for again when the copy is saved.
     static_cast<void>(platform::copyMetadata(from, status, copy.file.get()));
     static_cast<void>(platform::copyTimes(status, copy.file.get()));
-    if (const auto version = platform::versionOf(copy.file.get(), errorNumber)) {
-        copy.version = *version;
-        return true;
+    const ErrnoOr<platform::FileVersion> version = platform::versionOf(copy.file.get());
+    if (!version) {
+        return failFile(error, source_, "copied to " + path_, version.errorNumber());
     }
-    return failFile(error, source_, "copied to " + path_, errorNumber);
+    copy.version = *version;
+    return true;
 }
 
 std::optional<std::string> WorkingCopy::read(ErrorSlot& error) {
@@ -277,11 +276,12 @@ bool WorkingCopy::write(SavedCopy& copy, const Writer& writer, Sending sending, 
     }
     lostMetadata_ = platform::copyMetadata(opened_->file.get(), status, copy.file.get());
     copy.digest = digest.value();
-    if (const auto version = platform::versionOf(copy.file.get(), errorNumber)) {
-        copy.version = *version;
-        return true;
+    const ErrnoOr<platform::FileVersion> version = platform::versionOf(copy.file.get());
+    if (!version) {
+        return failFile(error, path_, "written", version.errorNumber());
     }
-    return failFile(error, path_, "written", errorNumber);
+    copy.version = *version;
+    return true;
 }
 
 bool WorkingCopy::place(SavedCopy& copy, ErrorSlot& error) {
@@ -305,77 +305,83 @@ bool WorkingCopy::place(SavedCopy& copy, ErrorSlot& error) {
 // Gives a new file the name of the copy. @return 0, or the errno value; EEXIST when it is to be
 // tried again. The slot is filled when what another program has put there cannot be moved away.
 int WorkingCopy::takeName(const SavedCopy& copy, ErrorSlot& error) {
-    int errorNumber = 0;
-    switch (platform::exchangeNames(copy.path, path_, errorNumber)) {
-        case platform::Exchange::done:
-            break;
-        case platform::Exchange::failed:
-            return errorNumber == ENOENT ? platform::renameWithoutReplacing(copy.path, path_)
-                                         : errorNumber;
-        case platform::Exchange::unavailable: {
-            const platform::Removal removal =
-                platform::removeWhileIs(path_, own_.version.identity, errorNumber);
-            if (removal == platform::Removal::failed && errorNumber != ENOENT) {
-                return errorNumber;
-            }
-            if (removal == platform::Removal::another &&
-                !recycleLeft(path_, lastComponent(path_), error)) {
-                return EBUSY;
-            }
-            return platform::renameWithoutReplacing(copy.path, path_);
-        }
+    const ErrnoOr<platform::Exchange> exchange = platform::exchangeNames(copy.path, path_);
+    if (!exchange) {
+        return exchange.errorNumber() == ENOENT ? platform::renameWithoutReplacing(copy.path, path_)
+                                                : exchange.errorNumber();
+    }
+    if (*exchange == platform::Exchange::unavailable) {
+        return takeNameInSteps(copy, error);
     }
     // With other bytes in it, it is another program's.
-    if (own_.glanceAt(copy.path, errorNumber) == Standing::asExpected) {
+    if (own_.glanceAt(copy.path).value() == Standing::asExpected) {
         if (unlink(copy.path.c_str()) == 0) {
             return 0;
         }
         const int unlinkError = errno;
-        static_cast<void>(platform::exchangeNames(copy.path, path_, errorNumber));
+        static_cast<void>(platform::exchangeNames(copy.path, path_));
         return unlinkError;
     }
     if (recycleLeft(copy.path, lastComponent(path_), error)) {
         return 0;
     }
-    static_cast<void>(platform::exchangeNames(copy.path, path_, errorNumber));
+    static_cast<void>(platform::exchangeNames(copy.path, path_));
     return EBUSY;
 }
 
-void WorkingCopy::remove(ErrorSlot& error) {
-    int errorNumber = ENOENT;
-    platform::Removal removal = platform::Removal::failed;
-    switch (own_.glanceAt(path_, errorNumber)) {
-        case Standing::asExpected:
-            removal = platform::removeWhileIs(path_, own_.version.identity, errorNumber);
-            break;
-        case Standing::written:
-        case Standing::another:
-            removal = platform::Removal::another;
-            break;
-        case Standing::nothing:
-        case Standing::unknown:
-            break;
+// The same where names cannot be exchanged.
+int WorkingCopy::takeNameInSteps(const SavedCopy& copy, ErrorSlot& error) {
+    const ErrnoOr<platform::Removal> removal =
+        platform::removeWhileIs(path_, own_.version.identity);
+    if (!removal && removal.errorNumber() != ENOENT) {
+        return removal.errorNumber();
     }
-    if (removal == platform::Removal::failed) {
-        failFile(error, path_, "removed", errorNumber);
-    } else if (removal == platform::Removal::another) {
+    if (removal.value() == platform::Removal::another &&
+        !recycleLeft(path_, lastComponent(path_), error)) {
+        return EBUSY;
+    }
+    return platform::renameWithoutReplacing(copy.path, path_);
+}
+
+void WorkingCopy::remove(ErrorSlot& error) {
+    const ErrnoOr<platform::Removal> removal = removeOwn();
+    if (!removal) {
+        failFile(error, path_, "removed", removal.errorNumber());
+    } else if (*removal == platform::Removal::another) {
         notes_.push_back(
             {.rule = "repair-copy-left"_rule, .arguments = {{"copy", path_}}, .isForLog = true});
     }
 }
 
-int WorkingCopy::discard() noexcept {
-    int errorNumber = 0;
-    const Standing found = own_.file ? own_.glanceAt(path_, errorNumber) : Standing::nothing;
-    if (found == Standing::unknown) {
-        return errorNumber;
+ErrnoOr<platform::Removal> WorkingCopy::removeOwn() const {
+    const ErrnoOr<Standing> found = own_.glanceAt(path_);
+    if (!found) {
+        return Errno{found.errorNumber()};
     }
-    if (found != Standing::asExpected && (isWhole_ || found != Standing::written)) {
+    switch (*found) {
+        case Standing::asExpected:
+            return platform::removeWhileIs(path_, own_.version.identity);
+        case Standing::written:
+        case Standing::another:
+            return platform::Removal::another;
+        case Standing::nothing:
+            break;
+    }
+    return Errno{ENOENT};
+}
+
+int WorkingCopy::discard() noexcept {
+    const ErrnoOr<Standing> found =
+        own_.file ? own_.glanceAt(path_) : ErrnoOr<Standing>(Standing::nothing);
+    if (!found) {
+        return found.errorNumber();
+    }
+    if (*found != Standing::asExpected && (isWhole_ || *found != Standing::written)) {
         return 0;
     }
-    const platform::Removal removal =
-        platform::removeWhileIs(path_, own_.version.identity, discardPath_, errorNumber);
-    return removal == platform::Removal::failed && errorNumber != ENOENT ? errorNumber : 0;
+    const int errorNumber =
+        platform::removeWhileIs(path_, own_.version.identity, discardPath_).errorNumber();
+    return errorNumber == ENOENT ? 0 : errorNumber;
 }
 
 bool WorkingCopy::isSourceBeingWritten() const {

@@ -14,6 +14,7 @@
 #include "job/SwapObserver.h"
 #include "job/SwapResult.h"
 #include "job/Waiting.h"
+#include "platform/files/CarefulRemoval.h"
 #include "platform/files/FileDescriptor.h"
 
 namespace vornic {
@@ -119,6 +120,8 @@ class WorkingCopy {
                              ErrorSlot& error);
     [[nodiscard]] bool place(SavedCopy& copy, ErrorSlot& error);
     [[nodiscard]] int takeName(const SavedCopy& copy, ErrorSlot& error);
+    [[nodiscard]] int takeNameInSteps(const SavedCopy& copy, ErrorSlot& error);
+    [[nodiscard]] ErrnoOr<platform::Removal> removeOwn() const;
 
     std::string source_;
     std::string path_;

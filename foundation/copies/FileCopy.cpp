@@ -110,9 +110,9 @@ bool FileCopy::makeFolders() const {
 }
 
 bool FileCopy::openSource() {
-    int errorNumber = 0;
-    source_ = platform::openRegularFile(sourcePath_, true, errorNumber);
-    if (source_ && fstat(source_.get(), &sourceStatus_) == 0) {
+    ErrnoOr<platform::FileDescriptor> source = platform::openRegularFile(sourcePath_, true);
+    if (source && fstat(source->get(), &sourceStatus_) == 0) {
+        source_ = *std::move(source);
         return true;
     }
     consoleLog(formatString("Error: Unable to read source file %@. Aborting copy process...",
@@ -170,9 +170,8 @@ bool FileCopy::prepareBlocks() {
 bool FileCopy::copyBlocks(FileCopyProgress& progress) {
     while (!progress.isCancelled()) {
         FileBlock block = blocks_.take();
-        int errorNumber = 0;
-        const std::size_t count =
-            platform::readBlock(source_.get(), block.get(), kFileBlockSize, errorNumber);
+        const auto [count, errorNumber] =
+            platform::readBlock(source_.get(), block.get(), kFileBlockSize);
         if (count == 0 && errorNumber != 0) {
             consoleLog(formatString("Error reading file %@ - aborting...", sourcePath_));
             return false;

@@ -89,12 +89,11 @@ std::size_t FileCopyDestination::readBack(char* block, std::size_t count) {
         consoleLog(formatString("errno: %i", seekError));
         consoleLog(formatString("err: %i", errorIndicator_));
     }
-    int errorNumber = 0;
-    const std::size_t length = platform::readBlock(file_.get(), block, count, errorNumber);
-    if (errorNumber != 0) {
+    const platform::BlockRead read = platform::readBlock(file_.get(), block, count);
+    if (read.errorNumber != 0) {
         errorIndicator_ = 1;
     }
-    return length;
+    return read.length;
 }
 
 void FileCopyDestination::close() {
@@ -114,15 +113,15 @@ bool FileCopyDestination::synchronizeAndClose() {
 
 bool FileCopyDestination::copyMetadata(int source, const struct stat& status,
                                        ErrorSlot& error) const {
-    int errorNumber = 0;
-    const platform::FileDescriptor file = platform::openForMetadata(path_, true, errorNumber);
-    if (file && platform::identityOf(file.get()) != identity_) {
+    const ErrnoOr<platform::FileDescriptor> file = platform::openForMetadata(path_, true);
+    if (file && platform::identityOf(file->get()) != identity_) {
         error = posixError("Another file stands at " + path_, ESTALE);
         return false;
     }
+    int errorNumber = file.errorNumber();
     if (file) {
-        errorNumber = platform::copyOwnerAttributesAndMode(source, status, file.get());
-        const int timesError = platform::copyTimes(status, file.get());
+        errorNumber = platform::copyOwnerAttributesAndMode(source, status, file->get());
+        const int timesError = platform::copyTimes(status, file->get());
         errorNumber = errorNumber != 0 ? errorNumber : timesError;
     }
     if (errorNumber == 0) {

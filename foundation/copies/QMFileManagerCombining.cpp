@@ -46,9 +46,8 @@ bool refuseDestination(const std::string& destination) {
 /// True when one of the files, links followed, is the one behind the descriptor's identity.
 bool isAmong(const std::vector<std::string>& files, const platform::FileIdentity& identity) {
     return std::any_of(files.begin(), files.end(), [&](const std::string& path) {
-        int ignored = 0;
-        const platform::FileDescriptor file = platform::openForMetadata(path, true, ignored);
-        return file && platform::identityOf(file.get()) == identity;
+        const ErrnoOr<platform::FileDescriptor> file = platform::openForMetadata(path, true);
+        return file && platform::identityOf(file->get()) == identity;
     });
 }
 
@@ -101,10 +100,9 @@ bool isUnchanged(const AppendedFile& file) {
 /// @param isWhole set to whether all of the source could be written
 /// @return false when the source could not be read.
 bool append(AppendedFile& source, FileCopyDestination& destination, bool& isWhole) {
-    int errorNumber = 0;
-    const platform::FileDescriptor file = platform::openRegularFile(source.path, true, errorNumber);
+    const ErrnoOr<platform::FileDescriptor> file = platform::openRegularFile(source.path, true);
     struct stat status {};
-    if (!file || fstat(file.get(), &status) != 0) {
+    if (!file || fstat(file->get(), &status) != 0) {
         consoleLog(formatString(
             "Error: Unable to open source file %@. Aborting combination process...", source.path));
         return false;
@@ -117,9 +115,8 @@ bool append(AppendedFile& source, FileCopyDestination& destination, bool& isWhol
     }
     isWhole = true;
     for (;;) {
-        errorNumber = 0;
-        const std::size_t count =
-            platform::readBlock(file.get(), block.get(), kFileBlockSize, errorNumber);
+        const auto [count, errorNumber] =
+            platform::readBlock(file->get(), block.get(), kFileBlockSize);
         if (count == 0 && errorNumber != 0) {
             consoleLog(formatString("Error reading file %@ - aborting...", source.path));
             return false;

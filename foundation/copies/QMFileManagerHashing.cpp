@@ -67,8 +67,7 @@ class Continuation {
 
 QMFileManager::Checksum hashForFile(const std::string& path, DigestKind kind,
                                     const std::shared_ptr<ChecksumDelegate>& delegate) {
-    int errorNumber = 0;
-    const platform::FileDescriptor file = platform::openRegularFile(path, true, errorNumber);
+    const ErrnoOr<platform::FileDescriptor> file = platform::openRegularFile(path, true);
     if (!file) {
         platform::consoleLog(formatString(
             "Error: Unable to open destination file %@. Aborting hash verification...", path));
@@ -83,9 +82,8 @@ QMFileManager::Checksum hashForFile(const std::string& path, DigestKind kind,
     const Continuation continuation(path, delegate);
     std::uint64_t total = 0;
     while (!continuation.isCancelled()) {
-        errorNumber = 0;
-        const std::size_t count =
-            platform::readBlock(file.get(), buffer.get(), kFileBlockSize, errorNumber);
+        const auto [count, errorNumber] =
+            platform::readBlock(file->get(), buffer.get(), kFileBlockSize);
         if (count == 0 && errorNumber == 0) {
             return checksumOf(*digest, kind);
         }

@@ -37,26 +37,25 @@ bool isUtf8(std::string_view text) {
     return true;
 }
 
-std::optional<std::string> attributeOf(const std::string& file, const std::string& key,
-                                       int& errorNumber) {
-    const FileDescriptor opened = platform::openForMetadata(file, true, errorNumber);
-    return opened ? platform::extendedAttribute(opened.get(), attributeName(key), errorNumber)
-                  : std::nullopt;
+ErrnoOr<std::string> readAttribute(const std::string& file, const std::string& key) {
+    const ErrnoOr<FileDescriptor> opened = platform::openForMetadata(file, true);
+    if (!opened) {
+        return Errno{opened.errorNumber()};
+    }
+    return platform::extendedAttribute(opened->get(), attributeName(key));
 }
 
 /// @return 0, or the errno value.
 int setAttribute(const std::string& file, const std::string& key, std::string_view value) {
-    int errorNumber = 0;
-    const FileDescriptor opened = platform::openForMetadata(file, true, errorNumber);
-    return opened ? platform::setExtendedAttribute(opened.get(), attributeName(key), value)
-                  : errorNumber;
+    const ErrnoOr<FileDescriptor> opened = platform::openForMetadata(file, true);
+    return opened ? platform::setExtendedAttribute(opened->get(), attributeName(key), value)
+                  : opened.errorNumber();
 }
 
 void removeAttribute(const std::string& file, const std::string& key) {
-    int errorNumber = 0;
-    const FileDescriptor opened = platform::openForMetadata(file, true, errorNumber);
+    const ErrnoOr<FileDescriptor> opened = platform::openForMetadata(file, true);
     if (opened) {
-        static_cast<void>(platform::removeExtendedAttribute(opened.get(), attributeName(key)));
+        static_cast<void>(platform::removeExtendedAttribute(opened->get(), attributeName(key)));
     }
 }
 
@@ -72,18 +71,18 @@ std::optional<std::string> QMFileManager::metadataValueForKey(const std::string&
         QMLog::appendLog("Unable to get Finder metadata - this is not an Apple-formatted drive.");
         return std::nullopt;
     }
-    int errorNumber = 0;
-    std::optional<std::string> value = attributeOf(file, key, errorNumber);
+    const ErrnoOr<std::string> value = readAttribute(file, key);
     platform::consoleLog(
         formatString("buffer val: %li", value ? static_cast<std::int64_t>(value->size()) : -1));
     if (!value) {
-        platform::consoleLog(formatString("Error retrieving file attribute: %i", errorNumber));
+        platform::consoleLog(
+            formatString("Error retrieving file attribute: %i", value.errorNumber()));
         return std::nullopt;
     }
     if (value->empty() || value->size() > kLongestValue || !isUtf8(*value)) {
         return std::nullopt;
     }
-    return value;
+    return value.value();
 }
 
 bool QMFileManager::setMetadataValue(std::string_view value, const std::string& forKey,

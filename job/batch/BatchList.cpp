@@ -13,8 +13,7 @@ namespace vornic {
 namespace {
 
 bool isLink(const std::string& path) {
-    int ignored = 0;
-    const std::optional<std::string> target = platform::resolveFinalLink(path, ignored);
+    const ErrnoOr<std::string> target = platform::resolveFinalLink(path);
     return target && *target != path;
 }
 
@@ -30,8 +29,7 @@ void setPath(BatchRow& row, const std::string& path) {
 }  // namespace
 
 BatchList::Identity BatchList::identityAt(const std::string& path) {
-    int ignored = 0;
-    const std::optional<std::string> target = platform::resolveFinalLink(path, ignored);
+    const ErrnoOr<std::string> target = platform::resolveFinalLink(path);
     const auto identity = target ? platform::fileIdentity(*target) : std::nullopt;
     return identity ? Identity(identity->device, identity->inode) : Identity();
 }

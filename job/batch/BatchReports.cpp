@@ -57,9 +57,8 @@ std::string BatchReports::of(std::size_t row) const {
     }
     const auto [offset, length] = found->second;
     std::string report(length, '\0');
-    int errorNumber = 0;
     if (lseek(file_.get(), static_cast<off_t>(offset), SEEK_SET) < 0 ||
-        platform::readBlock(file_.get(), report.data(), length, errorNumber) != length) {
+        platform::readBlock(file_.get(), report.data(), length).length != length) {
         return "";
     }
     return report;

@@ -106,12 +106,12 @@ class Extraction {
     }
 
     bool open() {
-        int errorNumber = 0;
-        file_ = openRegularFile(path_, true, errorNumber);
+        ErrnoOr<FileDescriptor> file = openRegularFile(path_, true);
         struct stat status {};
-        if (!file_ || fstat(file_.get(), &status) != 0) {
-            return failFile(error_, path_, "opened", errorNumber);
+        if (!file || fstat(file->get(), &status) != 0) {
+            return failFile(error_, path_, "opened", file ? errno : file.errorNumber());
         }
+        file_ = *std::move(file);
         bytesLeft_ = std::max(limits_.bytes,
                               static_cast<std::uint64_t>(status.st_size) * limits_.timesItsSize);
         constexpr std::size_t kBlockSize = std::size_t{256} * 1024;

@@ -172,14 +172,14 @@ class ArchiveWriter {
     }
 
     bool writeFile(const Item& item) {
-        int errorNumber = 0;
-        const FileDescriptor file = openRegularFile(item.path, false, errorNumber);
+        const ErrnoOr<FileDescriptor> file = openRegularFile(item.path, false);
         struct stat status {};
-        if (!file || fstat(file.get(), &status) != 0) {
-            return failFile(output_.error, item.path, "archived", file ? errno : errorNumber);
+        if (!file || fstat(file->get(), &status) != 0) {
+            return failFile(output_.error, item.path, "archived",
+                            file ? errno : file.errorNumber());
         }
         return writeHeader(item, status, nullptr) &&
-               writeData(item.path, file.get(), static_cast<std::size_t>(status.st_size));
+               writeData(item.path, file->get(), static_cast<std::size_t>(status.st_size));
     }
 
     bool writeData(const std::string& path, int file, std::size_t left) {

@@ -38,8 +38,7 @@ class LineReader {
   private:
     bool nextCharacter(char& character) {
         if (position_ == filled_) {
-            int errorNumber = 0;
-            filled_ = readBlock(descriptor_, chunk_.data(), chunk_.size(), errorNumber);
+            filled_ = readBlock(descriptor_, chunk_.data(), chunk_.size()).length;
             position_ = 0;
         }
         if (position_ == filled_) {

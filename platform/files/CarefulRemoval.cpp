@@ -25,24 +25,24 @@ void giveNameBack(const std::string& aside, const std::string& path) {
 
 }  // namespace
 
-Removal removeWhileIs(const std::string& path, const FileIdentity& identity, int& errorNumber) {
+ErrnoOr<Removal> removeWhileIs(const std::string& path, const FileIdentity& identity) {
     return removeWhileIs(path, identity,
-                         joinPath(parentFolder(path), temporaryName(lastComponent(path))),
-                         errorNumber);
+                         joinPath(parentFolder(path), temporaryName(lastComponent(path))));
 }
 
-Removal removeWhileIs(const std::string& path, const FileIdentity& identity,
-                      const std::string& aside, int& errorNumber) {
+ErrnoOr<Removal> removeWhileIs(const std::string& path, const FileIdentity& identity,
+                               const std::string& aside) {
     const std::optional<FileIdentity> found = fileIdentity(path);
     if (found && *found != identity) {
         return Removal::another;
     }
-    errorNumber = renameWithoutReplacing(path, aside);
+    const int renameError = renameWithoutReplacing(path, aside);
     // A network volume may rename and report an error all the same.
-    if (errorNumber != 0 && fileIdentity(aside) != identity) {
-        return Removal::failed;
+    if (renameError != 0 && fileIdentity(aside) != identity) {
+        return Errno{renameError};
     }
-    const std::optional<FileVersion> taken = versionAt(aside, errorNumber);
+    const ErrnoOr<FileVersion> taken = versionAt(aside);
+    int errorNumber = taken.errorNumber();
     if (taken && taken->identity == identity) {
         if (unlink(aside.c_str()) == 0) {
             return Removal::removed;
@@ -50,7 +50,10 @@ Removal removeWhileIs(const std::string& path, const FileIdentity& identity,
         errorNumber = errno;
     }
     giveNameBack(aside, path);
-    return taken && taken->identity != identity ? Removal::another : Removal::failed;
+    if (taken && taken->identity != identity) {
+        return Removal::another;
+    }
+    return Errno{errorNumber};
 }
 
 }  // namespace vornic::platform

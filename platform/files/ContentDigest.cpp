@@ -92,7 +92,7 @@ ContentDigest::Value ContentDigest::of(std::string_view bytes) {
     return digest.value();
 }
 
-std::optional<ContentDigest::Value> ContentDigest::ofFile(int descriptor, int& errorNumber) {
+ErrnoOr<ContentDigest::Value> ContentDigest::ofFile(int descriptor) {
     constexpr std::size_t kBufferSize = std::size_t{256} * 1024;
     const auto buffer = std::make_unique_for_overwrite<char[]>(kBufferSize);
     ContentDigest digest;
@@ -105,8 +105,7 @@ std::optional<ContentDigest::Value> ContentDigest::ofFile(int descriptor, int& e
             digest.update({buffer.get(), static_cast<std::size_t>(got)});
             offset += got;
         } else if (errno != EINTR) {
-            errorNumber = errno;
-            return std::nullopt;
+            return Errno{errno};
         }
     }
 }

@@ -4,8 +4,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string_view>
+
+#include "base/ErrnoOr.h"
 
 namespace vornic::platform {
 
@@ -29,8 +30,8 @@ class ContentDigest {
     [[nodiscard]] static Value of(std::string_view bytes);
     /// The digest of an open file from its first byte to its end as it is now. The descriptor must
     /// be open for reading; its position stays where it is.
-    /// @return nothing, with `errorNumber` set, when the file cannot be read.
-    [[nodiscard]] static std::optional<Value> ofFile(int descriptor, int& errorNumber);
+    /// @return the errno value when the file cannot be read.
+    [[nodiscard]] static ErrnoOr<Value> ofFile(int descriptor);
 
   private:
     static constexpr std::size_t kBlock = 32;

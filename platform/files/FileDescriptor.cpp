@@ -66,57 +66,53 @@ int FileDescriptor::close() {
     return result == 0 || errno == EINTR ? 0 : errno;
 }
 
-FileDescriptor openRegularFile(const std::string& path, bool followLinks, int& errorNumber) {
+ErrnoOr<FileDescriptor> openRegularFile(const std::string& path, bool followLinks) {
     if (path.find('\0') != std::string::npos) {
-        errorNumber = EINVAL;
-        return {};
+        return Errno{EINVAL};
     }
     struct stat status {};
     if (fstatat(AT_FDCWD, path.c_str(), &status, followLinks ? 0 : AT_SYMLINK_NOFOLLOW) != 0) {
-        errorNumber = errno;
-        return {};
+        return Errno{errno};
     }
     if (!S_ISREG(status.st_mode)) {
-        errorNumber = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
-        return {};
+        return Errno{S_ISDIR(status.st_mode) ? EISDIR : EINVAL};
     }
     FileDescriptor file(::open(path.c_str(), kReadWithoutWaiting | (followLinks ? 0 : O_NOFOLLOW)));
     if (!file) {
-        errorNumber = errno;
-        return {};
+        return Errno{errno};
     }
     // Something else may have taken the name meanwhile.
     if (fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
-        errorNumber = EINVAL;
-        return {};
+        return Errno{EINVAL};
     }
     return file;
 }
 
-FileDescriptor openForMetadata(const std::string& path, bool followLinks, int& errorNumber) {
+ErrnoOr<FileDescriptor> openForMetadata(const std::string& path, bool followLinks) {
     if (path.find('\0') != std::string::npos) {
-        errorNumber = EINVAL;
-        return {};
+        return Errno{EINVAL};
     }
     const int linkFlag = followLinks ? 0 : O_NOFOLLOW;
     struct stat status {};
     if (fstatat(AT_FDCWD, path.c_str(), &status, followLinks ? 0 : AT_SYMLINK_NOFOLLOW) != 0) {
-        errorNumber = errno;
-        return {};
+        return Errno{errno};
     }
     if (S_ISLNK(status.st_mode)) {
-        errorNumber = ELOOP;
-        return {};
+        return Errno{ELOOP};
     }
     if (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode)) {
         FileDescriptor file(::open(path.c_str(), kReadWithoutWaiting | linkFlag));
-        if (file || (errno != EACCES && errno != EPERM)) {
-            errorNumber = file ? 0 : errno;
+        if (file) {
             return file;
+        }
+        if (errno != EACCES && errno != EPERM) {
+            return Errno{errno};
         }
     }
     FileDescriptor file(::open(path.c_str(), O_PATH | O_CLOEXEC | linkFlag));
-    errorNumber = file ? 0 : errno;
+    if (!file) {
+        return Errno{errno};
+    }
     return file;
 }
 
@@ -132,22 +128,22 @@ FileIdentity identityOf(int descriptor) {
     return {.device = status.st_dev, .inode = status.st_ino};
 }
 
-std::size_t readBlock(int descriptor, char* buffer, std::size_t size, int& errorNumber) {
-    std::size_t length = 0;
-    while (length < size) {
-        const ssize_t got = ::read(descriptor, buffer + length, size - length);
+BlockRead readBlock(int descriptor, char* buffer, std::size_t size) {
+    BlockRead block;
+    while (block.length < size) {
+        const ssize_t got = ::read(descriptor, buffer + block.length, size - block.length);
         if (got < 0 && errno == EINTR) {
             continue;
         }
         if (got < 0) {
-            errorNumber = errno;
+            block.errorNumber = errno;
         }
         if (got <= 0) {
             break;
         }
-        length += static_cast<std::size_t>(got);
+        block.length += static_cast<std::size_t>(got);
     }
-    return length;
+    return block;
 }
 
 int readContents(int descriptor, std::string& bytes) {

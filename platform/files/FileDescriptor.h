@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/ErrnoOr.h"
 #include "platform/files/FileSystem.h"
 
 namespace vornic::platform {
@@ -39,17 +40,15 @@ class FileDescriptor {
 
 /// Opens for reading, never waiting for a writer or a device: a pipe or device is refused.
 /// @param followLinks whether a link at the path leads to its target; without, a link is an error
-/// @return an empty object with `errorNumber` set (EISDIR for a folder, EINVAL for what is neither
-/// file nor folder) when it cannot be opened.
-[[nodiscard]] FileDescriptor openRegularFile(const std::string& path, bool followLinks,
-                                             int& errorNumber);
+/// @return the errno value when it cannot be opened: EISDIR for a folder, EINVAL for what is
+/// neither
+///     file nor folder.
+[[nodiscard]] ErrnoOr<FileDescriptor> openRegularFile(const std::string& path, bool followLinks);
 
 /// Opens whatever stands at the path so that its metadata can be read and changed through the
 /// descriptor; the contents may be out of reach. Nothing is waited for and no device is touched.
 /// @param followLinks whether a link at the path leads to its target; without, a link is an error
-/// @return an empty object with `errorNumber` set on failure.
-[[nodiscard]] FileDescriptor openForMetadata(const std::string& path, bool followLinks,
-                                             int& errorNumber);
+[[nodiscard]] ErrnoOr<FileDescriptor> openForMetadata(const std::string& path, bool followLinks);
 
 /// The path that leads to the file behind an open descriptor, for calls without a descriptor form.
 [[nodiscard]] std::string descriptorPath(int descriptor);
@@ -57,12 +56,17 @@ class FileDescriptor {
 /// The identity of an open file.
 [[nodiscard]] FileIdentity identityOf(int descriptor);
 
+/// What was read before the file ended or an error came.
+struct BlockRead {
+    /// Bytes.
+    std::size_t length = 0;
+    /// 0, or the errno value of the error that ended the reading.
+    int errorNumber = 0;
+};
+
 /// Reads on from the file's position until `size` bytes are there, the file ends or an error comes,
 /// through interruptions and short reads.
-/// @param errorNumber set to the errno value of the error that ended the reading, else left alone
-/// @return the number of bytes read.
-[[nodiscard]] std::size_t readBlock(int descriptor, char* buffer, std::size_t size,
-                                    int& errorNumber);
+[[nodiscard]] BlockRead readBlock(int descriptor, char* buffer, std::size_t size);
 
 /// The whole contents of a regular file, from its first byte on, however long it was said to be.
 /// The descriptor must be open for reading; its position stays where it is.

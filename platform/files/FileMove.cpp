@@ -88,10 +88,9 @@ bool removeOriginal(const std::string& source, const std::string& copy,
 
 bool moveAcrossVolumes(const std::string& source, const std::string& folder,
                        const NameForAttempt& names, ErrorSlot& error) {
-    int errorNumber = 0;
-    const std::optional<ItemInventory> original = ItemInventory::of(source, errorNumber);
+    const ErrnoOr<ItemInventory> original = ItemInventory::of(source);
     if (!original) {
-        return failFile(error, source, "moved to " + folder, errorNumber);
+        return failFile(error, source, "moved to " + folder, original.errorNumber());
     }
     // A copy that a kill leaves here is known by the ending, and removed one day.
     const std::string temporary =
@@ -101,7 +100,7 @@ bool moveAcrossVolumes(const std::string& source, const std::string& folder,
     }
     tellStep(MoveStep::copied);
     std::string placed;
-    errorNumber = renameToFreeName(temporary, folder, names, placed);
+    int errorNumber = renameToFreeName(temporary, folder, names, placed);
     const std::string& copy = errorNumber == 0 ? placed : temporary;
     if (errorNumber == 0) {
         errorNumber = synchronizeFolder(folder);

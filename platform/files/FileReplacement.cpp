@@ -34,16 +34,14 @@ void reach(FileReplacement::Moment moment) {
 }
 
 bool hasContents(const std::string& path, const ContentDigest::Value& digest) {
-    int ignored = 0;
-    const FileDescriptor file = openRegularFile(path, false, ignored);
-    return file && ContentDigest::ofFile(file.get(), ignored) == digest;
+    const ErrnoOr<FileDescriptor> file = openRegularFile(path, false);
+    return file && ContentDigest::ofFile(file->get()).value() == digest;
 }
 
 /// True when what stands at the path is what was read.
 /// @param isRenamed true when this process has renamed it, which is a change of its own
 bool isStill(const FileSnapshot& expected, const std::string& path, bool isRenamed) {
-    int ignored = 0;
-    std::optional<FileVersion> now = versionAt(path, ignored);
+    std::optional<FileVersion> now = versionAt(path).value();
     if (now && isRenamed) {
         now->changed = expected.version.changed;
     }
@@ -71,13 +69,11 @@ bool isBeyondReach(int errorNumber) {
 
 /// @return 0, or the errno value for which `to` does not have this attribute of `from`.
 int keepAttribute(int from, int to, const std::string& name) {
-    int errorNumber = 0;
-    int ignored = 0;
-    const std::optional<std::string> value = extendedAttribute(from, name, errorNumber);
-    if (!value || extendedAttribute(to, name, ignored) == value) {
-        return value ? 0 : errorNumber;
+    const ErrnoOr<std::string> value = extendedAttribute(from, name);
+    if (!value || extendedAttribute(to, name).value() == value.value()) {
+        return value.errorNumber();
     }
-    errorNumber = setExtendedAttribute(to, name, *value);
+    const int errorNumber = setExtendedAttribute(to, name, *value);
     // An access control list, say, of users that this volume does not know.
     return errorNumber == EINVAL ? 0 : errorNumber;
 }
@@ -97,10 +93,9 @@ int keepMetadata(int from, int to) {
     if (const int errorNumber = copyOwnerAttributesAndMode(from, status, to); errorNumber != 0) {
         return errorNumber;
     }
-    int listError = 0;
-    const auto names = extendedAttributeNames(from, listError);
+    const auto names = extendedAttributeNames(from);
     if (!names) {
-        return listError;
+        return names.errorNumber();
     }
     for (const std::string& name : *names) {
         const int errorNumber = keepAttribute(from, to, name);
@@ -114,19 +109,19 @@ int keepMetadata(int from, int to) {
 }  // namespace
 
 struct FileReplacement::State : TemporaryFile {
-    enum class Outcome { done, changed, failed };
+    enum class Outcome { done, changed };
 
     /// What was written, as it was when it was finished.
     std::optional<FileVersion> own;
 
     /// Writes the rest of what belongs to the file, and closes it. @return 0 or the errno value.
     [[nodiscard]] int finish();
-    [[nodiscard]] Outcome takeName(const FileSnapshot& expected, int& errorNumber);
+    [[nodiscard]] ErrnoOr<Outcome> takeName(const FileSnapshot& expected);
     /// After the exchange, with what came out under the temporary name.
     [[nodiscard]] Outcome judge(const FileSnapshot& expected);
     void giveBack();
     [[nodiscard]] bool isOwn(const std::string& where) const;
-    [[nodiscard]] Outcome takeNameInSteps(const FileSnapshot& expected, int& errorNumber);
+    [[nodiscard]] ErrnoOr<Outcome> takeNameInSteps(const FileSnapshot& expected);
 };
 
 int FileReplacement::State::finish() {
@@ -137,31 +132,31 @@ int FileReplacement::State::finish() {
     }
     int errorNumber = synchronize(file.get());
     if (errorNumber == 0) {
-        own = versionOf(file.get(), errorNumber);
+        const ErrnoOr<FileVersion> version = versionOf(file.get());
+        own = version.value();
+        errorNumber = version.errorNumber();
     }
     const int closeError = file.close();
     return errorNumber != 0 ? errorNumber : closeError;
 }
 
-FileReplacement::State::Outcome FileReplacement::State::takeName(const FileSnapshot& expected,
-                                                                 int& errorNumber) {
+ErrnoOr<FileReplacement::State::Outcome> FileReplacement::State::takeName(
+    const FileSnapshot& expected) {
     if (!isStill(expected, target, false)) {
         return Outcome::changed;
     }
     reach(Moment::beforeExchange);
-    errorNumber = becomeExchangeable();
-    if (errorNumber != 0) {
-        return Outcome::failed;
+    if (const int errorNumber = becomeExchangeable(); errorNumber != 0) {
+        return Errno{errorNumber};
     }
-    switch (exchangeNames(temporary, target, errorNumber)) {
-        case Exchange::done:
-            return judge(expected);
-        case Exchange::unavailable:
-            return takeNameInSteps(expected, errorNumber);
-        case Exchange::failed:
-            break;
+    const ErrnoOr<Exchange> exchange = exchangeNames(temporary, target);
+    if (!exchange) {
+        return Errno{exchange.errorNumber()};
     }
-    return Outcome::failed;
+    if (*exchange == Exchange::unavailable) {
+        return takeNameInSteps(expected);
+    }
+    return judge(expected);
 }
 
 FileReplacement::State::Outcome FileReplacement::State::judge(const FileSnapshot& expected) {
@@ -184,8 +179,7 @@ void FileReplacement::State::giveBack() {
         reach(Moment::beforeReturn);
         const std::optional<FileIdentity> returned = fileIdentity(temporary);
         const std::optional<FileSnapshot> returnedContents = snapshotAt(temporary);
-        int errorNumber = 0;
-        if (exchangeNames(temporary, target, errorNumber) != Exchange::done) {
+        if (exchangeNames(temporary, target).value() != Exchange::done) {
             // Nothing stands at the target any more, say.
             static_cast<void>(renameWithoutReplacing(temporary, target));
             break;
@@ -203,27 +197,26 @@ void FileReplacement::State::giveBack() {
 
 // False for what was written here once another program has written into it.
 bool FileReplacement::State::isOwn(const std::string& where) const {
-    int ignored = 0;
-    const std::optional<FileVersion> now = versionAt(where, ignored);
+    const ErrnoOr<FileVersion> now = versionAt(where);
     return now && own && now->identity == own->identity && now->size == own->size &&
            now->modified == own->modified;
 }
 
 // Where names cannot be exchanged. Nothing stands at the target for a moment, and whatever comes
 // there meanwhile is newer and stays.
-FileReplacement::State::Outcome FileReplacement::State::takeNameInSteps(
-    const FileSnapshot& expected, int& errorNumber) {
+ErrnoOr<FileReplacement::State::Outcome> FileReplacement::State::takeNameInSteps(
+    const FileSnapshot& expected) {
     const std::string aside = joinPath(parentFolder(target), temporaryName(lastComponent(target)));
-    errorNumber = renameWithoutReplacing(target, aside);
+    int errorNumber = renameWithoutReplacing(target, aside);
     if (errorNumber != 0) {
-        return Outcome::failed;
+        return Errno{errorNumber};
     }
     reach(Moment::afterExchange);
     const bool isExpected = isStillAside(expected, aside);
     errorNumber = renameWithoutReplacing(isExpected ? temporary : aside, target);
     if (errorNumber != 0 && errorNumber != EEXIST) {
         static_cast<void>(renameWithoutReplacing(aside, target));
-        return Outcome::failed;
+        return Errno{errorNumber};
     }
     if (errorNumber == EEXIST || isExpected) {
         std::ignore = unlink(aside.c_str());
@@ -262,16 +255,16 @@ bool FileReplacement::commit(const FileSnapshot& expected, ErrorSlot& error) {
     // of memory.
     const std::string path = state_->path;
     const std::string folder = parentFolder(state_->target);
-    int errorNumber = state_->finish();
-    const State::Outcome outcome =
-        errorNumber == 0 ? state_->takeName(expected, errorNumber) : State::Outcome::failed;
+    const int finishError = state_->finish();
+    const ErrnoOr<State::Outcome> outcome =
+        finishError == 0 ? state_->takeName(expected) : Errno{finishError};
     state_.reset();
-    if (outcome == State::Outcome::changed) {
+    if (outcome && *outcome == State::Outcome::changed) {
         return failFileBecause(error, path, "written", EBUSY,
                                "another program has changed it since it was read");
     }
-    if (outcome == State::Outcome::failed) {
-        return failFile(error, path, "written", errorNumber);
+    if (!outcome) {
+        return failFile(error, path, "written", outcome.errorNumber());
     }
     // As for `AtomicFile`: a folder that cannot be synced is no failure.
     static_cast<void>(synchronizeFolder(folder));

@@ -99,19 +99,17 @@ std::optional<std::string> absolutePath(const std::string& path) {
 }
 
 std::optional<std::string> readFile(const std::string& path, ErrorSlot& error) {
-    int errorNumber = 0;
-    const FileDescriptor file = openRegularFile(path, true, errorNumber);
-    if (!file && errorNumber == EINVAL) {
+    const ErrnoOr<FileDescriptor> file = openRegularFile(path, true);
+    if (file.errorNumber() == EINVAL) {
         failFileBecause(error, path, "opened", EINVAL, "it is no ordinary file");
         return std::nullopt;
     }
     if (!file) {
-        failFile(error, path, "opened", errorNumber);
+        failFile(error, path, "opened", file.errorNumber());
         return std::nullopt;
     }
     std::string bytes;
-    errorNumber = readContents(file.get(), bytes);
-    if (errorNumber != 0) {
+    if (const int errorNumber = readContents(file->get(), bytes); errorNumber != 0) {
         failFile(error, path, "read", errorNumber);
         return std::nullopt;
     }
@@ -151,21 +149,20 @@ bool synchronizeFile(const std::string& path, ErrorSlot& error) {
     if (path.find('\0') != std::string::npos) {
         return failFile(error, path, "synchronized", EINVAL);
     }
-    int errorNumber = 0;
-    const std::optional<std::string> target = resolveFinalLink(path, errorNumber);
+    const ErrnoOr<std::string> target = resolveFinalLink(path);
     if (!target) {
-        return failFile(error, path, "synchronized", errorNumber);
+        return failFile(error, path, "synchronized", target.errorNumber());
     }
     const FileDescriptor file(
         ::open(target->c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    errorNumber = file ? synchronize(file.get()) : errno;
+    int errorNumber = file ? synchronize(file.get()) : errno;
     if (errorNumber == 0) {
         errorNumber = synchronizeFolder(parentFolder(*target));
     }
     return errorNumber == 0 || failFile(error, path, "synchronized", errorNumber);
 }
 
-std::optional<std::string> resolveFinalLink(std::string path, int& errorNumber) {
+ErrnoOr<std::string> resolveFinalLink(std::string path) {
     constexpr int kMostLinks = 40;
     for (int followed = 0; followed <= kMostLinks; ++followed) {
         std::array<char, PATH_MAX + 1> buffer{};
@@ -174,14 +171,13 @@ std::optional<std::string> resolveFinalLink(std::string path, int& errorNumber) 
             if (errno == EINVAL || errno == ENOENT) {
                 return path;
             }
-            errorNumber = errno;
-            return std::nullopt;
+            return Errno{errno};
         }
         const std::string_view target(buffer.data(), static_cast<std::size_t>(length));
-        path = (target.starts_with('/') ? "" : withTrailingSlash(parentFolder(path))).append(target);
+        path =
+            (target.starts_with('/') ? "" : withTrailingSlash(parentFolder(path))).append(target);
     }
-    errorNumber = ELOOP;
-    return std::nullopt;
+    return Errno{ELOOP};
 }
 
 }  // namespace vornic::platform

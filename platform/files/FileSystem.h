@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "base/ErrnoOr.h"
 #include "base/Error.h"
 
 /// Plain operations on files. Paths are byte strings as the system gives them (no encoding is
@@ -35,8 +36,8 @@ struct FileIdentity {
 [[nodiscard]] bool isExecutableFile(const std::string& path);
 
 /// Follows the links at the end of a path, a dangling one included, to the path of what is no link.
-/// @return nothing, with `errorNumber` set, when the links lead in a circle or cannot be read.
-[[nodiscard]] std::optional<std::string> resolveFinalLink(std::string path, int& errorNumber);
+/// @return the errno value when the links lead in a circle or cannot be read.
+[[nodiscard]] ErrnoOr<std::string> resolveFinalLink(std::string path);
 
 /// The identity of what stands at the path itself (a link is not followed), or nothing.
 [[nodiscard]] std::optional<FileIdentity> fileIdentity(const std::string& path);

@@ -27,24 +27,21 @@ VersionMatch compareVersions(const FileVersion& one, const FileVersion& another)
     return one == another ? VersionMatch::same : VersionMatch::timesDiffer;
 }
 
-std::optional<FileVersion> versionOf(int descriptor, int& errorNumber) {
+ErrnoOr<FileVersion> versionOf(int descriptor) {
     struct stat status {};
     if (fstat(descriptor, &status) != 0) {
-        errorNumber = errno;
-        return std::nullopt;
+        return Errno{errno};
     }
     return versionFrom(status);
 }
 
-std::optional<FileVersion> versionAt(const std::string& path, int& errorNumber) {
+ErrnoOr<FileVersion> versionAt(const std::string& path) {
     struct stat status {};
     if (path.find('\0') != std::string::npos) {
-        errorNumber = EINVAL;
-        return std::nullopt;
+        return Errno{EINVAL};
     }
     if (lstat(path.c_str(), &status) != 0) {
-        errorNumber = errno;
-        return std::nullopt;
+        return Errno{errno};
     }
     return versionFrom(status);
 }

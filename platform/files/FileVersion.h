@@ -2,9 +2,9 @@
 #define VORNIC_PLATFORM_FILES_FILE_VERSION_H
 
 #include <cstdint>
-#include <optional>
 #include <string>
 
+#include "base/ErrnoOr.h"
 #include "platform/files/FileSystem.h"
 
 namespace vornic::platform {
@@ -45,12 +45,12 @@ enum class VersionMatch {
 [[nodiscard]] VersionMatch compareVersions(const FileVersion& one, const FileVersion& another);
 
 /// The version of an open file as it is now.
-/// @return nothing, with `errorNumber` set, when the system does not tell.
-[[nodiscard]] std::optional<FileVersion> versionOf(int descriptor, int& errorNumber);
+/// @return the errno value when the system does not tell.
+[[nodiscard]] ErrnoOr<FileVersion> versionOf(int descriptor);
 
 /// The version of what stands at a path itself; a link is not followed.
-/// @return nothing, with `errorNumber` set (ENOENT: nothing stands there).
-[[nodiscard]] std::optional<FileVersion> versionAt(const std::string& path, int& errorNumber);
+/// @return the errno value when there is none (ENOENT: nothing stands there).
+[[nodiscard]] ErrnoOr<FileVersion> versionAt(const std::string& path);
 
 }  // namespace vornic::platform
 

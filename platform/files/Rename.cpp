@@ -49,16 +49,17 @@ int renameInTwoSteps(const char* source, const char* destination) {
 
 }  // namespace
 
-Exchange exchangeNames(const std::string& first, const std::string& second, int& errorNumber) {
+ErrnoOr<Exchange> exchangeNames(const std::string& first, const std::string& second) {
     if (hasNul(first) || hasNul(second)) {
-        errorNumber = EINVAL;
-        return Exchange::failed;
+        return Errno{EINVAL};
     }
     if (renameat2(AT_FDCWD, first.c_str(), AT_FDCWD, second.c_str(), RENAME_EXCHANGE) == 0) {
         return Exchange::done;
     }
-    errorNumber = errno;
-    return isUnknownFlag(errorNumber) ? Exchange::unavailable : Exchange::failed;
+    if (isUnknownFlag(errno)) {
+        return Exchange::unavailable;
+    }
+    return Errno{errno};
 }
 
 int renameWithoutReplacing(const std::string& source, const std::string& destination) {

@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "base/ErrnoOr.h"
+
 /// Changes of names within a volume that take no file away. Paths are byte strings; links at their
 /// ends are not followed, they are what is renamed. Any thread.
 namespace vornic::platform {
@@ -13,15 +15,13 @@ enum class Exchange {
     done,
     /// The kernel or the volume knows no exchange; nothing was changed.
     unavailable,
-    /// It failed for another reason, a name that leads to nothing say; nothing was changed.
-    failed,
 };
 
 /// Exchanges what stands at two paths in one step: at no moment does either name lead to nothing,
 /// and nothing is replaced (renameat2, RENAME_EXCHANGE).
-/// @param errorNumber set to the errno value unless the exchange was done
-[[nodiscard]] Exchange exchangeNames(const std::string& first, const std::string& second,
-                                     int& errorNumber);
+/// @return the errno value when it failed for another reason, a name that leads to nothing say;
+///     nothing was changed then.
+[[nodiscard]] ErrnoOr<Exchange> exchangeNames(const std::string& first, const std::string& second);
 
 /// Renames, never replacing what stands at the destination: in one step where the kernel and the
 /// volume can (renameat2, RENAME_NOREPLACE), else by a second link, of which the first name is then

@@ -153,20 +153,20 @@ int TemporaryFile::findTarget() {
     if (exists && !S_ISREG(status.st_mode)) {
         return S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
     }
-    int errorNumber = 0;
-    std::optional<std::string> resolved = resolveFinalLink(path, errorNumber);
+    ErrnoOr<std::string> resolved = resolveFinalLink(path);
     if (!resolved) {
-        return errorNumber;
+        return resolved.errorNumber();
     }
-    target = std::move(*resolved);
+    target = *std::move(resolved);
     if (!exists) {
         return target.empty() || target.back() == '/' ? ENOENT : 0;
     }
-    old = openForMetadata(target, false, errorNumber);
-    if (old && identityOf(old.get()) != FileIdentity{status.st_dev, status.st_ino}) {
-        return EBUSY;
+    ErrnoOr<FileDescriptor> opened = openForMetadata(target, false);
+    if (!opened) {
+        return opened.errorNumber();
     }
-    return old ? 0 : errorNumber;
+    old = *std::move(opened);
+    return identityOf(old.get()) == FileIdentity{status.st_dev, status.st_ino} ? 0 : EBUSY;
 }
 
 int TemporaryFile::makeTemporary() {

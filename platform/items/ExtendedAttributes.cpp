@@ -31,12 +31,11 @@ ssize_t getAttribute(int descriptor, const char* name, char* buffer, std::size_t
 /// Asks for the size, then for the bytes, again when they grew in between. `read` is called with
 /// buffer and size as the system calls take them.
 template <typename Read>
-std::optional<std::string> readGrowing(const Read& read, int& errorNumber) {
+ErrnoOr<std::string> readGrowing(const Read& read) {
     for (;;) {
         const ssize_t size = read(nullptr, 0);
         if (size < 0) {
-            errorNumber = errno;
-            return std::nullopt;
+            return Errno{errno};
         }
         std::string bytes(static_cast<std::size_t>(size), '\0');
         if (size == 0) {
@@ -48,8 +47,7 @@ std::optional<std::string> readGrowing(const Read& read, int& errorNumber) {
             return bytes;
         }
         if (errno != ERANGE) {
-            errorNumber = errno;
-            return std::nullopt;
+            return Errno{errno};
         }
     }
 }
@@ -68,16 +66,13 @@ bool losesAttribute(const std::string& name, int errorNumber) {
     return errorNumber != 0 && !isAbsent && (!isForbidden || name.starts_with("user."));
 }
 
-std::optional<std::vector<std::string>> extendedAttributeNames(int fileDescriptor,
-                                                               int& errorNumber) {
-    const std::optional<std::string> list = readGrowing(
-        [fileDescriptor](char* buffer, std::size_t size) {
-            return listAttributes(fileDescriptor, buffer, size);
-        },
-        errorNumber);
+ErrnoOr<std::vector<std::string>> extendedAttributeNames(int fileDescriptor) {
+    const ErrnoOr<std::string> list = readGrowing([fileDescriptor](char* buffer, std::size_t size) {
+        return listAttributes(fileDescriptor, buffer, size);
+    });
     std::vector<std::string> names;
-    if (!list && errorNumber != ENOTSUP && errorNumber != ENOSYS) {
-        return std::nullopt;
+    if (!list && list.errorNumber() != ENOTSUP && list.errorNumber() != ENOSYS) {
+        return Errno{list.errorNumber()};
     }
     for (std::size_t start = 0; list && start < list->size();) {
         const std::size_t end = std::min(list->find('\0', start), list->size());
@@ -87,13 +82,10 @@ std::optional<std::vector<std::string>> extendedAttributeNames(int fileDescripto
     return names;
 }
 
-std::optional<std::string> extendedAttribute(int fileDescriptor, const std::string& name,
-                                             int& errorNumber) {
-    return readGrowing(
-        [&](char* buffer, std::size_t size) {
-            return getAttribute(fileDescriptor, name.c_str(), buffer, size);
-        },
-        errorNumber);
+ErrnoOr<std::string> extendedAttribute(int fileDescriptor, const std::string& name) {
+    return readGrowing([&](char* buffer, std::size_t size) {
+        return getAttribute(fileDescriptor, name.c_str(), buffer, size);
+    });
 }
 
 int setExtendedAttribute(int fileDescriptor, const std::string& name, std::string_view value) {
@@ -114,21 +106,18 @@ int removeExtendedAttribute(int fileDescriptor, const std::string& name) {
 }
 
 int copyExtendedAttributes(int from, int to) {
-    int firstError = 0;
-    const auto names = extendedAttributeNames(from, firstError);
+    const auto names = extendedAttributeNames(from);
     if (!names) {
-        return firstError;
+        return names.errorNumber();
     }
-    firstError = 0;
+    int firstError = 0;
     for (const std::string& name : *names) {
         if (isComputed(name)) {
             continue;
         }
-        int errorNumber = 0;
-        const std::optional<std::string> value = extendedAttribute(from, name, errorNumber);
-        if (value) {
-            errorNumber = setExtendedAttribute(to, name, *value);
-        }
+        const ErrnoOr<std::string> value = extendedAttribute(from, name);
+        const int errorNumber =
+            value ? setExtendedAttribute(to, name, *value) : value.errorNumber();
         if (firstError == 0 && losesAttribute(name, errorNumber)) {
             firstError = errorNumber;
         }

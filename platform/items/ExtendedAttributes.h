@@ -1,10 +1,11 @@
 #ifndef VORNIC_PLATFORM_ITEMS_EXTENDED_ATTRIBUTES_H
 #define VORNIC_PLATFORM_ITEMS_EXTENDED_ATTRIBUTES_H
 
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "base/ErrnoOr.h"
 
 /// Extended attributes of open files (xattr(7)), by their full Linux names. Each operation tells
 /// its failure by an errno value, so that callers can tell a volume without attributes (ENOTSUP)
@@ -12,15 +13,12 @@
 namespace vornic::platform {
 
 /// The names of all attributes of an open file; empty on a volume without them.
-/// @return nothing, with `errorNumber` set, when the system does not tell.
-[[nodiscard]] std::optional<std::vector<std::string>> extendedAttributeNames(int fileDescriptor,
-                                                                             int& errorNumber);
+/// @return the errno value when the system does not tell.
+[[nodiscard]] ErrnoOr<std::vector<std::string>> extendedAttributeNames(int fileDescriptor);
 
 /// The value of one attribute.
-/// @param errorNumber set to the errno value when nothing is returned (ENODATA: no such attribute).
-[[nodiscard]] std::optional<std::string> extendedAttribute(int fileDescriptor,
-                                                           const std::string& name,
-                                                           int& errorNumber);
+/// @return the errno value when there is none (ENODATA: no such attribute).
+[[nodiscard]] ErrnoOr<std::string> extendedAttribute(int fileDescriptor, const std::string& name);
 
 /// Sets one attribute, replacing an older value. @return 0, or the errno value.
 [[nodiscard]] int setExtendedAttribute(int fileDescriptor, const std::string& name,

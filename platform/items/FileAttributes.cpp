@@ -45,13 +45,11 @@ using Change = std::function<void(std::string& info)>;
 
 /// @return 0, also where there is nothing to write or no place to write it, or the errno value.
 int changeFinderInfo(int descriptor, const Change& change) {
-    int errorNumber = 0;
-    const std::optional<std::string> info =
-        extendedAttribute(descriptor, kFinderInfoAttribute, errorNumber);
-    if (!info && errorNumber != ENODATA) {
-        return isAbsent(errorNumber) ? 0 : errorNumber;
+    const ErrnoOr<std::string> info = extendedAttribute(descriptor, kFinderInfoAttribute);
+    if (!info && info.errorNumber() != ENODATA) {
+        return isAbsent(info.errorNumber()) ? 0 : info.errorNumber();
     }
-    std::string bytes = info.value_or("");
+    std::string bytes = info.value().value_or("");
     if (bytes.size() < kFinderInfoSize) {
         bytes.resize(kFinderInfoSize, '\0');
     }
@@ -59,37 +57,35 @@ int changeFinderInfo(int descriptor, const Change& change) {
     if (!info && bytes == std::string(kFinderInfoSize, '\0')) {
         return 0;
     }
-    errorNumber = setExtendedAttribute(descriptor, kFinderInfoAttribute, bytes);
+    const int errorNumber = setExtendedAttribute(descriptor, kFinderInfoAttribute, bytes);
     return isAbsent(errorNumber) ? 0 : errorNumber;
 }
 
 bool storeFinderInfo(const std::string& path, std::string_view verb, const Change& change,
                      ErrorSlot& error) {
-    int errorNumber = 0;
-    const FileDescriptor file = openForMetadata(path, true, errorNumber);
+    const ErrnoOr<FileDescriptor> file = openForMetadata(path, true);
     if (!file) {
-        return failFile(error, path, "opened", errorNumber);
+        return failFile(error, path, "opened", file.errorNumber());
     }
-    errorNumber = withOwnerAccess(file.get(), [&] { return changeFinderInfo(file.get(), change); });
+    const int errorNumber =
+        withOwnerAccess(file->get(), [&] { return changeFinderInfo(file->get(), change); });
     return errorNumber == 0 || failFile(error, path, verb, errorNumber);
 }
 
 /// @return the structure, "" where there is none; nothing with the slot filled on failure.
 std::optional<std::string> finderInfo(const std::string& path, std::string_view verb,
                                       ErrorSlot& error) {
-    int errorNumber = 0;
-    const FileDescriptor file = openForMetadata(path, true, errorNumber);
+    const ErrnoOr<FileDescriptor> file = openForMetadata(path, true);
     if (!file) {
-        failFile(error, path, "opened", errorNumber);
+        failFile(error, path, "opened", file.errorNumber());
         return std::nullopt;
     }
-    std::optional<std::string> info =
-        extendedAttribute(file.get(), kFinderInfoAttribute, errorNumber);
-    if (!info && !isAbsent(errorNumber)) {
-        failFile(error, path, verb, errorNumber);
+    ErrnoOr<std::string> info = extendedAttribute(file->get(), kFinderInfoAttribute);
+    if (!info && !isAbsent(info.errorNumber())) {
+        failFile(error, path, verb, info.errorNumber());
         return std::nullopt;
     }
-    return info ? info : "";
+    return info ? *std::move(info) : "";
 }
 
 }  // namespace

@@ -62,24 +62,21 @@ std::optional<FileDate> dateIn(std::string_view text) {
 }  // namespace
 
 std::optional<FileDate> chosenCreationDate(const std::string& path) {
-    int errorNumber = 0;
-    const FileDescriptor file = openForMetadata(path, true, errorNumber);
+    const ErrnoOr<FileDescriptor> file = openForMetadata(path, true);
     if (!file) {
         return std::nullopt;
     }
-    const std::optional<std::string> text =
-        extendedAttribute(file.get(), kCreationDateAttribute, errorNumber);
+    const ErrnoOr<std::string> text = extendedAttribute(file->get(), kCreationDateAttribute);
     return text ? dateIn(*text) : std::nullopt;
 }
 
 bool setCreationDate(const std::string& path, FileDate date, ErrorSlot& error) {
-    int errorNumber = 0;
-    const FileDescriptor file = openForMetadata(path, true, errorNumber);
+    const ErrnoOr<FileDescriptor> file = openForMetadata(path, true);
     if (!file) {
-        return failFile(error, path, "opened", errorNumber);
+        return failFile(error, path, "opened", file.errorNumber());
     }
-    errorNumber = withOwnerAccess(file.get(), [&] {
-        return setExtendedAttribute(file.get(), kCreationDateAttribute, textOf(date));
+    const int errorNumber = withOwnerAccess(file->get(), [&] {
+        return setExtendedAttribute(file->get(), kCreationDateAttribute, textOf(date));
     });
     return errorNumber == 0 || failFile(error, path, "given its creation date", errorNumber);
 }

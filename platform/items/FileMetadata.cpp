@@ -45,8 +45,7 @@ int copyOwner(const struct stat& status, int to, bool& kept) {
 /// alone must count.
 void dropInheritedAccessList(int from, int to) {
     const std::string name = "system.posix_acl_access";
-    int ignored = 0;
-    const auto names = extendedAttributeNames(from, ignored);
+    const auto names = extendedAttributeNames(from);
     if (names && std::find(names->begin(), names->end(), name) == names->end()) {
         std::ignore = fremovexattr(to, name.c_str());
     }
@@ -78,9 +77,8 @@ int copyOwnerAttributesAndMode(int from, const struct stat& status, int to) {
 }
 
 int moveOwnerAttributesAndMode(int from, const struct stat& status, int to) {
-    int listError = 0;
-    if (!extendedAttributeNames(from, listError)) {
-        return listError;
+    if (const auto names = extendedAttributeNames(from); !names) {
+        return names.errorNumber();
     }
     const Losses losses = copyAll(from, status, to);
     for (const int errorNumber : {losses.owner, losses.attributes, losses.mode}) {

@@ -25,18 +25,16 @@ int readFlags(int descriptor, int& flags) {
 
 /// @return 0 or the errno value.
 int changeFlag(const std::string& path, bool immutable) {
-    int errorNumber = 0;
-    const FileDescriptor item = openForMetadata(path, false, errorNumber);
+    const ErrnoOr<FileDescriptor> item = openForMetadata(path, false);
     if (!item) {
-        return errorNumber == ELOOP ? EOPNOTSUPP : errorNumber;
+        return item.errorNumber() == ELOOP ? EOPNOTSUPP : item.errorNumber();
     }
     int flags = 0;
-    errorNumber = readFlags(item.get(), flags);
-    if (errorNumber != 0) {
+    if (const int errorNumber = readFlags(item->get(), flags); errorNumber != 0) {
         return errorNumber;
     }
     flags = immutable ? flags | FS_IMMUTABLE_FL : flags & ~FS_IMMUTABLE_FL;
-    return ioctl(item.get(), FS_IOC_SETFLAGS, &flags) == 0 ? 0 : errno;
+    return ioctl(item->get(), FS_IOC_SETFLAGS, &flags) == 0 ? 0 : errno;
 }
 
 }  // namespace
@@ -50,10 +48,9 @@ bool isImmutable(const std::string& path) {
     if ((status.stx_attributes_mask & STATX_ATTR_IMMUTABLE) != 0) {
         return (status.stx_attributes & STATX_ATTR_IMMUTABLE) != 0;
     }
-    int errorNumber = 0;
     int flags = 0;
-    const FileDescriptor item = openForMetadata(path, false, errorNumber);
-    return item && readFlags(item.get(), flags) == 0 && (flags & FS_IMMUTABLE_FL) != 0;
+    const ErrnoOr<FileDescriptor> item = openForMetadata(path, false);
+    return item && readFlags(item->get(), flags) == 0 && (flags & FS_IMMUTABLE_FL) != 0;
 }
 
 bool setImmutable(const std::string& path, bool immutable, ErrorSlot& error) {

@@ -27,10 +27,10 @@ int openEntry(int folder, const char* name, Entry& entry) {
     if (!entry.item || fstat(entry.item.get(), &status) != 0) {
         return errno;
     }
-    int errorNumber = 0;
-    entry.version = versionOf(entry.item.get(), errorNumber).value_or(FileVersion());
+    const ErrnoOr<FileVersion> version = versionOf(entry.item.get());
+    entry.version = version.value().value_or(FileVersion());
     entry.isFolder = S_ISDIR(status.st_mode);
-    return errorNumber;
+    return version.errorNumber();
 }
 
 /// The names in a folder, which is open for reading afterwards and no longer held as an entry.
@@ -52,10 +52,12 @@ bool isSameContents(const FileVersion& one, const FileVersion& another) {
 
 }  // namespace
 
-std::optional<ItemInventory> ItemInventory::of(const std::string& path, int& errorNumber) {
+ErrnoOr<ItemInventory> ItemInventory::of(const std::string& path) {
     ItemInventory inventory;
-    errorNumber = inventory.add(AT_FDCWD, path.c_str());
-    return errorNumber == 0 ? std::optional(std::move(inventory)) : std::nullopt;
+    if (const int errorNumber = inventory.add(AT_FDCWD, path.c_str()); errorNumber != 0) {
+        return Errno{errorNumber};
+    }
+    return inventory;
 }
 
 bool ItemInventory::matches(const std::string& path) const {

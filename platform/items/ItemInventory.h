@@ -3,10 +3,10 @@
 
 #include <cstddef>
 #include <map>
-#include <optional>
 #include <string>
 #include <utility>
 
+#include "base/ErrnoOr.h"
 #include "platform/files/FileVersion.h"
 
 namespace vornic::platform {
@@ -16,8 +16,8 @@ namespace vornic::platform {
 class ItemInventory {
   public:
     /// Takes down what stands at the path. No link is followed.
-    /// @return nothing, with `errorNumber` set, when a part cannot be looked at.
-    [[nodiscard]] static std::optional<ItemInventory> of(const std::string& path, int& errorNumber);
+    /// @return the errno value when a part cannot be looked at.
+    [[nodiscard]] static ErrnoOr<ItemInventory> of(const std::string& path);
 
     /// Whether all of it stands at the path, unchanged, and nothing else. The item itself may have
     /// been renamed since; an item inside may not.

@@ -17,7 +17,7 @@ int lockNow(int descriptor, int kind) {
 
 }  // namespace
 
-Claim claimFile(int descriptor, int& errorNumber) {
+ErrnoOr<Claim> claimFile(int descriptor) {
     int result = lockNow(descriptor, LOCK_EX);
     if (result == EBADF) {
         // Network volumes make an exclusive lock of one for writing.
@@ -29,8 +29,10 @@ Claim claimFile(int descriptor, int& errorNumber) {
     if (result == EWOULDBLOCK) {
         return Claim::busy;
     }
-    errorNumber = result;
-    return result == ENOSYS || result == EOPNOTSUPP ? Claim::unavailable : Claim::failed;
+    if (result == ENOSYS || result == EOPNOTSUPP) {
+        return Claim::unavailable;
+    }
+    return Errno{result};
 }
 
 }  // namespace vornic::platform

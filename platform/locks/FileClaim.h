@@ -1,6 +1,8 @@
 #ifndef VORNIC_PLATFORM_LOCKS_FILE_CLAIM_H
 #define VORNIC_PLATFORM_LOCKS_FILE_CLAIM_H
 
+#include "base/ErrnoOr.h"
+
 namespace vornic::platform {
 
 /// What came of the attempt to claim a file.
@@ -11,15 +13,14 @@ enum class Claim {
     busy,
     /// The volume knows no locks: nobody can claim a file there.
     unavailable,
-    failed,
 };
 
 /// Claims an open file, whatever name it has or gets later, without waiting (flock(2)). The claim
 /// ends when the descriptor is closed, with the process at the latest. It binds only those who ask.
 /// A descriptor that the volume cannot claim with because it is open for reading alone gets a claim
 /// that others who read may share. Any thread.
-/// @param errorNumber set to the errno value when it failed
-[[nodiscard]] Claim claimFile(int descriptor, int& errorNumber);
+/// @return the errno value when it failed.
+[[nodiscard]] ErrnoOr<Claim> claimFile(int descriptor);
 
 }  // namespace vornic::platform
 

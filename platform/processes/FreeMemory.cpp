@@ -34,8 +34,7 @@ std::optional<std::uint64_t> freeMemory() {
     constexpr std::size_t kMost = 16384;
     const FileDescriptor file(::open("/proc/meminfo", O_RDONLY | O_CLOEXEC));
     std::string table(kMost, '\0');
-    int errorNumber = 0;
-    table.resize(file ? readBlock(file.get(), table.data(), table.size(), errorNumber) : 0);
+    table.resize(file ? readBlock(file.get(), table.data(), table.size()).length : 0);
     std::optional<std::uint64_t> free = valueOf(table, "MemAvailable:");
     if (free) {
         *free += valueOf(table, "SwapFree:").value_or(0);

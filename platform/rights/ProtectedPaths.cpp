@@ -183,8 +183,7 @@ bool isProtectedItem(const std::string& path) {
 }
 
 bool leadsToProtectedPath(const std::string& path) {
-    int errorNumber = 0;
-    const std::optional<std::string> target = resolveFinalLink(path, errorNumber);
+    const std::optional<std::string> target = resolveFinalLink(path).value();
     return isProtectedItem(path) || (target && target != path && isProtectedItem(*target));
 }
 

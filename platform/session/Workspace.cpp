@@ -53,13 +53,12 @@ bool hasPackageExtension(const std::string& path) {
 bool hasBundleFlag(const std::string& path) {
     constexpr std::size_t kFlagsOffset = 8;
     constexpr unsigned kHasBundle = 0x20;
-    int errorNumber = 0;
-    const FileDescriptor folder = openForMetadata(path, true, errorNumber);
+    const ErrnoOr<FileDescriptor> folder = openForMetadata(path, true);
     if (!folder) {
         return false;
     }
     const std::string info =
-        extendedAttribute(folder.get(), kFinderInfoAttribute, errorNumber).value_or("");
+        extendedAttribute(folder->get(), kFinderInfoAttribute).value().value_or("");
     return info.size() > kFlagsOffset &&
            (static_cast<unsigned char>(info[kFlagsOffset]) & kHasBundle) != 0;
 }

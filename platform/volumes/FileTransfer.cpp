@@ -114,12 +114,11 @@ int fillCopy(int source, FileDescriptor& copy, Verification verification, std::s
 
 bool copyRegularFile(const std::string& source, const std::string& destination, bool followLinks,
                      Verification verification, ErrorSlot& error, std::string* losses = nullptr) {
-    int errorNumber = 0;
-    const FileDescriptor from = openRegularFile(source, followLinks, errorNumber);
+    const ErrnoOr<FileDescriptor> from = openRegularFile(source, followLinks);
     if (!from) {
-        return errorNumber == EINVAL
+        return from.errorNumber() == EINVAL
                    ? failFileBecause(error, source, "copied", EINVAL, "it is no ordinary file")
-                   : failFile(error, source, "copied", errorNumber);
+                   : failFile(error, source, "copied", from.errorNumber());
     }
     if (destination.find('\0') != std::string::npos) {
         return failFile(error, destination, "made", EINVAL);
@@ -133,7 +132,7 @@ bool copyRegularFile(const std::string& source, const std::string& destination, 
         // Whoever looks for what killed processes have left finds that this one lives.
         std::ignore = flock(copy.get(), LOCK_EX | LOCK_NB);
     }
-    errorNumber = fillCopy(from.get(), copy, verification, losses);
+    const int errorNumber = fillCopy(from->get(), copy, verification, losses);
     if (errorNumber == 0) {
         return true;
     }

@@ -65,8 +65,7 @@ std::unique_ptr<XMLDocument> loadToConvert(const std::string& path) {
 
 // Clears what killed runs have left beside the file that a path leads to, and says so.
 void clearBeside(const std::string& path) {
-    int ignored = 0;
-    const std::string target = platform::resolveFinalLink(path, ignored).value_or(path);
+    const std::string target = platform::resolveFinalLink(path).value().value_or(path);
     for (const Note& note : clearLeftFiles(parentFolder(target))) {
         QMLog::appendLogAndPrint("%@", note.text());
     }

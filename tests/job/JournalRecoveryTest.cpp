@@ -51,8 +51,7 @@ TEST_F(JournalRecoveryTest, takesBackWhatHadNotBegun) {
 
 TEST_F(JournalRecoveryTest, finishesWhatHadExchangedTheNames) {
     announce();
-    int ignored = 0;
-    ASSERT_EQ(platform::exchangeNames(file(), copy(), ignored), platform::Exchange::done);
+    ASSERT_EQ(platform::exchangeNames(file(), copy()).value(), platform::Exchange::done);
     const RecoveredRun run = recover();
     EXPECT_EQ(run.end, RecoveredRun::End::finished);
     EXPECT_EQ(test::readBytes(file()), "repaired");
@@ -83,8 +82,7 @@ TEST_F(JournalRecoveryTest, bringsTheOriginalBackToAnEmptyPlace) {
 
 TEST_F(JournalRecoveryTest, keepsANewerFileAndTheOriginalToo) {
     announce();
-    int ignored = 0;
-    ASSERT_EQ(platform::exchangeNames(file(), copy(), ignored), platform::Exchange::done);
+    ASSERT_EQ(platform::exchangeNames(file(), copy()).value(), platform::Exchange::done);
     test::writeBytes(file(), "newer");
     const RecoveredRun run = recover();
     EXPECT_EQ(run.end, RecoveredRun::End::finished);

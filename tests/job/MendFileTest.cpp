@@ -109,8 +109,7 @@ TEST_F(MendFileTest, leavesANewerFileAlone) {
 TEST_F(MendFileTest, waitsForAnotherRunAndMendsWhatThatLeaves) {
     const std::string copy = sandbox.write(".Cut.xml.vornic-mend", "of another run");
     platform::FileDescriptor other(open(copy.c_str(), O_RDWR | O_CLOEXEC));
-    int errorNumber = 0;
-    ASSERT_EQ(platform::claimFile(other.get(), errorNumber), platform::Claim::held);
+    ASSERT_EQ(platform::claimFile(other.get()).value(), platform::Claim::held);
     waiting.onPoll = [&] {
         sandbox.write("Cut.xml", std::string(kDamaged) + "<!-- newer -->");
         other = platform::FileDescriptor();

@@ -42,8 +42,7 @@ std::optional<std::string> preferenceFileOf(const std::string& folder, const std
 
 /// What a link leads to in the end; a dangling link and what is no link as they are.
 std::string resolved(const std::string& path) {
-    int errorNumber = 0;
-    return platform::fileExists(path) ? platform::resolveFinalLink(path, errorNumber).value_or(path)
+    return platform::fileExists(path) ? platform::resolveFinalLink(path).value().value_or(path)
                                       : path;
 }
 

@@ -51,10 +51,9 @@ std::optional<std::string> copyToTemporaryFolder(const std::string& updater) {
     // Programs of the family that start at the same moment would remove each other's copies.
     const platform::FolderLock turn(folder);
     ErrorSlot ignored;
-    int errorNumber = 0;
     static_cast<void>(platform::removeItem(copy, ignored));
     static_cast<void>(platform::copyItem(
-        platform::resolveFinalLink(updater, errorNumber).value_or(updater), copy, ignored));
+        platform::resolveFinalLink(updater).value().value_or(updater), copy, ignored));
     const bool isForeign = platform::nodeExists(copy) && !platform::isOwnItem(copy);
     return isForeign ? std::nullopt : std::optional(std::move(copy));
 }

@@ -71,9 +71,9 @@ class LoadedFileTest : public test::SandboxTest {};
 
 TEST_F(LoadedFileTest, keepsAPathWithBlanksAndReportsWhenItWasRemoved) {
     const std::string path = sandbox.write("a  b c", std::string(5000, 'x'));
-    int errorNumber = 0;
-    const FileDescriptor file = openRegularFile(path, true, errorNumber);
-    void* const memory = mmap(nullptr, 5000, PROT_READ, MAP_PRIVATE, file.get(), 0);
+    const ErrnoOr<FileDescriptor> file = openRegularFile(path, true);
+    ASSERT_TRUE(file);
+    void* const memory = mmap(nullptr, 5000, PROT_READ, MAP_PRIVATE, file->get(), 0);
     ASSERT_NE(memory, MAP_FAILED);
     const auto address = reinterpret_cast<std::uintptr_t>(memory) + 10;
     LoadedModule module;

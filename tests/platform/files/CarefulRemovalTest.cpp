@@ -43,36 +43,33 @@ class CarefulRemovalTest : public test::SandboxTest {
         return *fileIdentity(sandbox.write(name, "x"));
     }
 
-    Removal remove(const FileIdentity& identity) {
-        return removeWhileIs(sandbox.path("Cut.xml"), identity, errorNumber);
+    ErrnoOr<Removal> remove(const FileIdentity& identity) {
+        return removeWhileIs(sandbox.path("Cut.xml"), identity);
     }
-
-    int errorNumber = 0;
 };
 
 TEST_F(CarefulRemovalTest, removesTheFile) {
     const FileIdentity identity = written("Cut.xml");
-    EXPECT_EQ(remove(identity), Removal::removed);
+    EXPECT_EQ(remove(identity).value(), Removal::removed);
     EXPECT_THAT(test::namesIn(sandbox.folder()), IsEmpty());
 }
 
 TEST_F(CarefulRemovalTest, leavesAnotherFile) {
     const FileIdentity identity = written("Other.xml");
     const FileIdentity there = written("Cut.xml");
-    EXPECT_EQ(remove(identity), Removal::another);
+    EXPECT_EQ(remove(identity).value(), Removal::another);
     EXPECT_EQ(fileIdentity(sandbox.path("Cut.xml")), there);
 }
 
 TEST_F(CarefulRemovalTest, failsWhereNothingStands) {
     const FileIdentity identity = written("Other.xml");
-    EXPECT_EQ(remove(identity), Removal::failed);
-    EXPECT_EQ(errorNumber, ENOENT);
+    EXPECT_EQ(remove(identity).errorNumber(), ENOENT);
 }
 
 TEST_F(CarefulRemovalTest, removesAFileWhoseRenamingIsReportedAsFailedAlthoughItIsDone) {
     const FileIdentity identity = written("Cut.xml");
     reportedOfADoneRename = EIO;
-    EXPECT_EQ(remove(identity), Removal::removed);
+    EXPECT_EQ(remove(identity).value(), Removal::removed);
     EXPECT_THAT(test::namesIn(sandbox.folder()), IsEmpty());
 }
 

@@ -54,37 +54,29 @@ TEST_F(FileDescriptorTest, reportsOnceThatItClosed) {
 }
 
 TEST_F(FileDescriptorTest, opensNothingButRegularFilesForReading) {
-    int errorNumber = 0;
-    EXPECT_TRUE(openRegularFile(sandbox.write("file", "x"), true, errorNumber));
-    EXPECT_FALSE(openRegularFile(sandbox.folder(), true, errorNumber));
-    EXPECT_EQ(errorNumber, EISDIR);
+    EXPECT_TRUE(openRegularFile(sandbox.write("file", "x"), true));
+    EXPECT_EQ(openRegularFile(sandbox.folder(), true).errorNumber(), EISDIR);
     const std::string pipe = sandbox.path("pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    EXPECT_FALSE(openRegularFile(pipe, true, errorNumber));
-    EXPECT_EQ(errorNumber, EINVAL);
-    EXPECT_FALSE(openRegularFile("/dev/null", true, errorNumber));
-    EXPECT_EQ(errorNumber, EINVAL);
-    EXPECT_FALSE(openRegularFile(sandbox.path("missing"), true, errorNumber));
-    EXPECT_EQ(errorNumber, ENOENT);
+    EXPECT_EQ(openRegularFile(pipe, true).errorNumber(), EINVAL);
+    EXPECT_EQ(openRegularFile("/dev/null", true).errorNumber(), EINVAL);
+    EXPECT_EQ(openRegularFile(sandbox.path("missing"), true).errorNumber(), ENOENT);
 }
 
 TEST_F(FileDescriptorTest, followsLinksOnlyWhenAsked) {
     const std::string file = sandbox.write("file", "x");
     const std::string link = sandbox.path("link");
     ASSERT_EQ(symlink(file.c_str(), link.c_str()), 0);
-    int errorNumber = 0;
-    EXPECT_TRUE(openRegularFile(link, true, errorNumber));
-    EXPECT_FALSE(openRegularFile(link, false, errorNumber));
-    EXPECT_TRUE(openForMetadata(link, true, errorNumber));
-    EXPECT_FALSE(openForMetadata(link, false, errorNumber));
-    EXPECT_EQ(errorNumber, ELOOP);
+    EXPECT_TRUE(openRegularFile(link, true));
+    EXPECT_FALSE(openRegularFile(link, false));
+    EXPECT_TRUE(openForMetadata(link, true));
+    EXPECT_EQ(openForMetadata(link, false).errorNumber(), ELOOP);
 }
 
 TEST_F(FileDescriptorTest, closesWhatItOpensWhenAProgramIsStarted) {
-    int errorNumber = 0;
-    const FileDescriptor file = openRegularFile(sandbox.write("file", "x"), true, errorNumber);
+    const ErrnoOr<FileDescriptor> file = openRegularFile(sandbox.write("file", "x"), true);
     ASSERT_TRUE(file);
-    EXPECT_NE(fcntl(file.get(), F_GETFD) & FD_CLOEXEC, 0);
+    EXPECT_NE(fcntl(file->get(), F_GETFD) & FD_CLOEXEC, 0);
 }
 
 extern "C" void doNothing(int) {}

@@ -16,9 +16,9 @@ namespace {
 class FileVersionTest : public test::SandboxTest {
   protected:
     FileVersion version(const std::string& at) {
-        const std::optional<FileVersion> found = versionAt(at, errorNumber);
+        const ErrnoOr<FileVersion> found = versionAt(at);
         EXPECT_TRUE(found);
-        return found.value_or(FileVersion{});
+        return found.value().value_or(FileVersion{});
     }
     /// Gives the file times of long ago, so that the next change shows whatever the clock does.
     void makeOld() const {
@@ -27,7 +27,6 @@ class FileVersionTest : public test::SandboxTest {
     }
 
     std::string path = sandbox.write("Cut.xml", "contents");
-    int errorNumber = 0;
 };
 
 TEST_F(FileVersionTest, ofAnUntouchedFileStaysTheSame) {
@@ -38,7 +37,7 @@ TEST_F(FileVersionTest, ofAnUntouchedFileStaysTheSame) {
 
 TEST_F(FileVersionTest, isTheSameByPathAndByDescriptor) {
     const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    EXPECT_EQ(versionOf(file.get(), errorNumber), versionAt(path, errorNumber));
+    EXPECT_EQ(versionOf(file.get()).value(), versionAt(path).value());
 }
 
 TEST_F(FileVersionTest, differsInItsTimesAloneWhenAsManyBytesWereWritten) {
@@ -70,12 +69,9 @@ TEST_F(FileVersionTest, ofALinkIsItsOwn) {
 }
 
 TEST_F(FileVersionTest, ofNothingIsNone) {
-    EXPECT_EQ(versionAt(sandbox.path("none"), errorNumber), std::nullopt);
-    EXPECT_EQ(errorNumber, ENOENT);
-    EXPECT_EQ(versionOf(-1, errorNumber), std::nullopt);
-    EXPECT_EQ(errorNumber, EBADF);
-    EXPECT_EQ(versionAt(std::string("a\0b", 3), errorNumber), std::nullopt);
-    EXPECT_EQ(errorNumber, EINVAL);
+    EXPECT_EQ(versionAt(sandbox.path("none")).errorNumber(), ENOENT);
+    EXPECT_EQ(versionOf(-1).errorNumber(), EBADF);
+    EXPECT_EQ(versionAt(std::string("a\0b", 3)).errorNumber(), EINVAL);
 }
 
 }  // namespace

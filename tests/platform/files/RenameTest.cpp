@@ -33,14 +33,12 @@ class RenameTest : public test::SandboxTest {
     std::string one = sandbox.path("one");
     std::string two = sandbox.path("two");
     std::string none = sandbox.path("none");
-    int errorNumber = 0;
 };
 
 TEST_F(RenameTest, exchangesTwoFiles) {
     const auto first = fileIdentity(one);
     const auto second = fileIdentity(two);
-    EXPECT_EQ(exchangeNames(one, two, errorNumber), Exchange::done);
-    EXPECT_EQ(errorNumber, 0);
+    EXPECT_EQ(exchangeNames(one, two).value(), Exchange::done);
     EXPECT_EQ(fileIdentity(one), second);
     EXPECT_EQ(fileIdentity(two), first);
 }
@@ -48,16 +46,15 @@ TEST_F(RenameTest, exchangesTwoFiles) {
 TEST_F(RenameTest, exchangesALinkItselfWithAFile) {
     const std::string link = sandbox.path("link");
     fs::create_symlink("two", link);
-    EXPECT_EQ(exchangeNames(one, link, errorNumber), Exchange::done);
+    EXPECT_EQ(exchangeNames(one, link).value(), Exchange::done);
     EXPECT_EQ(fs::read_symlink(one), "two");
     EXPECT_EQ(test::readBytes(link), "1");
     EXPECT_EQ(test::readBytes(two), "2");
 }
 
 TEST_F(RenameTest, exchangesNothingWithANameThatLeadsNowhere) {
-    EXPECT_EQ(exchangeNames(one, none, errorNumber), Exchange::failed);
-    EXPECT_EQ(errorNumber, ENOENT);
-    EXPECT_EQ(exchangeNames(none, one, errorNumber), Exchange::failed);
+    EXPECT_EQ(exchangeNames(one, none).errorNumber(), ENOENT);
+    EXPECT_FALSE(exchangeNames(none, one));
     EXPECT_FALSE(test::exists(none));
     expectUntouched();
 }
@@ -69,16 +66,14 @@ TEST_F(RenameTest, exchangesNothingAcrossVolumes) {
     }
     const std::string other = volume.path("other");
     fs::copy_file(two, other);
-    EXPECT_EQ(exchangeNames(one, other, errorNumber), Exchange::failed);
-    EXPECT_EQ(errorNumber, EXDEV);
+    EXPECT_EQ(exchangeNames(one, other).errorNumber(), EXDEV);
     expectUntouched();
 }
 
 TEST_F(RenameTest, refusesPathsWithANul) {
     const std::string broken("a\0b", 3);
-    EXPECT_EQ(exchangeNames(one, broken, errorNumber), Exchange::failed);
-    EXPECT_EQ(errorNumber, EINVAL);
-    EXPECT_EQ(exchangeNames(broken, one, errorNumber), Exchange::failed);
+    EXPECT_EQ(exchangeNames(one, broken).errorNumber(), EINVAL);
+    EXPECT_FALSE(exchangeNames(broken, one));
     EXPECT_EQ(renameWithoutReplacing(one, broken), EINVAL);
     EXPECT_EQ(renameWithoutReplacing(broken, none), EINVAL);
     expectUntouched();
@@ -89,16 +84,14 @@ TEST_F(RenameTest, distinguishesAVolumeWithoutExchangeFromAFailure) {
         EXPECT_TRUE(test::passesInChild([&] {
             ASSERT_TRUE(
                 test::failSystemCall(SYS_renameat2, answer, RENAME_EXCHANGE, kFlagsOfRename));
-            EXPECT_EQ(exchangeNames(one, two, errorNumber), Exchange::unavailable);
-            EXPECT_NE(errorNumber, 0);
+            EXPECT_EQ(exchangeNames(one, two).value(), Exchange::unavailable);
         }));
     }
     for (const int answer : {EIO, EACCES, ENOSPC}) {
         EXPECT_TRUE(test::passesInChild([&] {
             ASSERT_TRUE(
                 test::failSystemCall(SYS_renameat2, answer, RENAME_EXCHANGE, kFlagsOfRename));
-            EXPECT_EQ(exchangeNames(one, two, errorNumber), Exchange::failed);
-            EXPECT_EQ(errorNumber, answer);
+            EXPECT_EQ(exchangeNames(one, two).errorNumber(), answer);
         }));
     }
     expectUntouched();

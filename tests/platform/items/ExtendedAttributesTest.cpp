@@ -29,12 +29,10 @@ class ExtendedAttributesTest : public test::SandboxTest {
 
     std::string path;
     FileDescriptor file;
-    int errorNumber = 0;
 };
 
 std::vector<std::string> namesOf(int fileDescriptor) {
-    int ignored = 0;
-    return extendedAttributeNames(fileDescriptor, ignored).value_or(std::vector<std::string>());
+    return extendedAttributeNames(fileDescriptor).value().value_or(std::vector<std::string>());
 }
 
 bool contains(const std::vector<std::string>& names, const std::string& name) {
@@ -42,18 +40,17 @@ bool contains(const std::vector<std::string>& names, const std::string& name) {
 }
 
 TEST_F(ExtendedAttributesTest, readsWhatWasSet) {
-    EXPECT_EQ(extendedAttribute(file.get(), "user.first", errorNumber), "one");
+    EXPECT_EQ(extendedAttribute(file.get(), "user.first").value(), "one");
     const std::string value("\0\xFF\n", 3);
     EXPECT_EQ(setExtendedAttribute(file.get(), "user.second", value), 0);
-    EXPECT_EQ(extendedAttribute(file.get(), "user.second", errorNumber), value);
+    EXPECT_EQ(extendedAttribute(file.get(), "user.second").value(), value);
 }
 
 TEST_F(ExtendedAttributesTest, reportsThatTheNamesCannotBeListed) {
     const FileDescriptor to(::open(sandbox.write("copy", "x").c_str(), O_RDWR | O_CLOEXEC));
     EXPECT_TRUE(test::passesInChild([&] {
         ASSERT_TRUE(test::failSystemCall(SYS_flistxattr, EIO));
-        EXPECT_EQ(extendedAttributeNames(file.get(), errorNumber), std::nullopt);
-        EXPECT_EQ(errorNumber, EIO);
+        EXPECT_EQ(extendedAttributeNames(file.get()).errorNumber(), EIO);
         EXPECT_EQ(copyExtendedAttributes(file.get(), to.get()), EIO);
     }));
 }
@@ -61,14 +58,14 @@ TEST_F(ExtendedAttributesTest, reportsThatTheNamesCannotBeListed) {
 TEST_F(ExtendedAttributesTest, countAsNoneOnAVolumeWithoutThem) {
     EXPECT_TRUE(test::passesInChild([&] {
         ASSERT_TRUE(test::failSystemCall(SYS_flistxattr, ENOTSUP));
-        EXPECT_EQ(extendedAttributeNames(file.get(), errorNumber), std::vector<std::string>());
+        EXPECT_EQ(extendedAttributeNames(file.get()).value(), std::vector<std::string>());
         EXPECT_EQ(copyExtendedAttributes(file.get(), file.get()), 0);
     }));
 }
 
 TEST_F(ExtendedAttributesTest, replacesAnOlderValue) {
     EXPECT_EQ(setExtendedAttribute(file.get(), "user.first", "a longer value"), 0);
-    EXPECT_EQ(extendedAttribute(file.get(), "user.first", errorNumber), "a longer value");
+    EXPECT_EQ(extendedAttribute(file.get(), "user.first").value(), "a longer value");
 }
 
 TEST_F(ExtendedAttributesTest, removesOneAttribute) {
@@ -87,9 +84,8 @@ TEST_F(ExtendedAttributesTest, removesThroughADescriptorForThePathAlone) {
 
 TEST_F(ExtendedAttributesTest, keepsAnEmptyValueApartFromNone) {
     EXPECT_EQ(setExtendedAttribute(file.get(), "user.empty", ""), 0);
-    EXPECT_EQ(extendedAttribute(file.get(), "user.empty", errorNumber), "");
-    EXPECT_EQ(extendedAttribute(file.get(), "user.none", errorNumber), std::nullopt);
-    EXPECT_EQ(errorNumber, ENODATA);
+    EXPECT_EQ(extendedAttribute(file.get(), "user.empty").value(), "");
+    EXPECT_EQ(extendedAttribute(file.get(), "user.none").errorNumber(), ENODATA);
 }
 
 TEST_F(ExtendedAttributesTest, listsEveryName) {
@@ -103,9 +99,9 @@ TEST_F(ExtendedAttributesTest, worksThroughADescriptorOfThePathAlone) {
     const FileDescriptor byPath(::open(path.c_str(), O_PATH | O_CLOEXEC));
     ASSERT_TRUE(byPath);
     EXPECT_TRUE(contains(namesOf(byPath.get()), "user.first"));
-    EXPECT_EQ(extendedAttribute(byPath.get(), "user.first", errorNumber), "one");
+    EXPECT_EQ(extendedAttribute(byPath.get(), "user.first").value(), "one");
     EXPECT_EQ(setExtendedAttribute(byPath.get(), "user.first", "new"), 0);
-    EXPECT_EQ(extendedAttribute(file.get(), "user.first", errorNumber), "new");
+    EXPECT_EQ(extendedAttribute(file.get(), "user.first").value(), "new");
 }
 
 TEST_F(ExtendedAttributesTest, copiesEveryAttribute) {
@@ -113,9 +109,9 @@ TEST_F(ExtendedAttributesTest, copiesEveryAttribute) {
     const FileDescriptor copy(::open(sandbox.write("copy", "x").c_str(), O_RDONLY | O_CLOEXEC));
     EXPECT_EQ(setExtendedAttribute(copy.get(), "user.own", "kept"), 0);
     copyExtendedAttributes(file.get(), copy.get());
-    EXPECT_EQ(extendedAttribute(copy.get(), "user.first", errorNumber), "one");
-    EXPECT_EQ(extendedAttribute(copy.get(), "user.second", errorNumber), "two");
-    EXPECT_EQ(extendedAttribute(copy.get(), "user.own", errorNumber), "kept");
+    EXPECT_EQ(extendedAttribute(copy.get(), "user.first").value(), "one");
+    EXPECT_EQ(extendedAttribute(copy.get(), "user.second").value(), "two");
+    EXPECT_EQ(extendedAttribute(copy.get(), "user.own").value(), "kept");
 }
 
 TEST_F(ExtendedAttributesTest, distinguishesAVolumeWithoutAttributes) {
@@ -125,8 +121,7 @@ TEST_F(ExtendedAttributesTest, distinguishesAVolumeWithoutAttributes) {
     }
     const FileDescriptor plain(::open(sandbox.write("plain", "x").c_str(), O_RDONLY | O_CLOEXEC));
     EXPECT_EQ(setExtendedAttribute(plain.get(), "user.first", "x"), ENOTSUP);
-    EXPECT_EQ(extendedAttribute(plain.get(), "user.first", errorNumber), std::nullopt);
-    EXPECT_EQ(errorNumber, ENOTSUP);
+    EXPECT_EQ(extendedAttribute(plain.get(), "user.first").errorNumber(), ENOTSUP);
     EXPECT_FALSE(contains(namesOf(plain.get()), "user.first"));
     copyExtendedAttributes(file.get(), plain.get());
     EXPECT_EQ(test::readBytes(sandbox.path("plain")), "x");

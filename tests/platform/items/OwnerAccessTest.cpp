@@ -19,8 +19,7 @@ class OwnerAccessTest : public test::SandboxTest {
     [[nodiscard]] fs::perms mode() const { return fs::status(path).permissions(); }
 
     std::string path = sandbox.write("file", "x");
-    int errorNumber = 0;
-    FileDescriptor file = openForMetadata(path, true, errorNumber);
+    FileDescriptor file = *openForMetadata(path, true);
     int runs = 0;
 };
 
