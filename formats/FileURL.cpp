@@ -93,7 +93,8 @@ FileURLFault faultOfFileURL(std::string_view url) {
     if (!parts.host.empty() && parts.host != "localhost") {
         return FileURLFault::otherHost;
     }
-    return pathExtension(parts.path).empty() ? FileURLFault::noExtension : FileURLFault::none;
+    const bool isNamed = !parts.path.ends_with('/') && !pathExtension(parts.path).empty();
+    return isNamed ? FileURLFault::none : FileURLFault::noExtension;
 }
 
 std::string encodedURL(std::string_view url) {

@@ -34,8 +34,8 @@ std::vector<std::string> prefixesFor(const std::string& programFolder) {
             if (programFolder == layout) {
                 return {VORNIC_PREFIX};
             }
-        } else if (const std::string ending = "/" + layout; programFolder.ends_with(ending)) {
-            return {programFolder.substr(0, programFolder.size() - ending.size())};
+        } else if (programFolder.ends_with("/" + layout)) {
+            return {programFolder.substr(0, programFolder.size() - layout.size())};
         }
     }
     const std::string parent = parentFolder(programFolder);
