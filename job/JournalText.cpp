@@ -219,15 +219,16 @@ class Parser {
         std::size_t begin = 0;
     };
 
+    // A line that tells neither end is a damaged one: what it was to tell, the files themselves do.
     void takeEnd(std::uint64_t id, const Fields& fields) {
         const auto found = open_.find(id);
-        if (found == open_.end()) {
+        const bool isDone = fields.contains("done");
+        if (found == open_.end() || isDone == fields.contains("back")) {
             return;
         }
         JournalEntry& entry = entries_[found->second.index];
-        entry.state =
-            fields.contains("done") ? JournalEntry::State::done : JournalEntry::State::takenBack;
-        entry.original = valueOf(fields, "original");
+        entry.state = isDone ? JournalEntry::State::done : JournalEntry::State::takenBack;
+        entry.original = isDone ? valueOf(fields, "original") : "";
         open_.erase(found);
     }
 

@@ -72,6 +72,20 @@ TEST(JournalText, ignoresLinesThatAreNone) {
     EXPECT_EQ(parseJournal(text).entries, std::vector<JournalEntry>{someEntry()});
 }
 
+TEST(JournalText, takesNoEndThatSaysNeitherOrBoth) {
+    JournalEntry entry = someEntry();
+    entry.state = JournalEntry::State::done;
+    const std::string begin = beginLine(entry);
+    const std::string end = endLine(entry);
+    for (const char* words : {" do2e original=/x", " original=/x", " done back"}) {
+        const std::string damaged = end.substr(0, end.find(" done")) + words + "\n";
+        const JournalContents contents = parseJournal(begin + damaged);
+        ASSERT_EQ(contents.entries.size(), 1U) << words;
+        EXPECT_EQ(contents.entries[0].state, JournalEntry::State::begun) << words;
+        EXPECT_EQ(contents.settled, 0U) << words;
+    }
+}
+
 TEST(JournalText, reportsHowFarAllIsSettled) {
     JournalEntry first = someEntry();
     JournalEntry second = someEntry();
