@@ -54,7 +54,7 @@ class AppController : public std::enable_shared_from_this<AppController> {
     /// Calls `performStartupAction` one second later, by the loop of the main thread, if the
     /// application has no key window by then and this controller still exists. Before that it sets
     /// out, on a thread that `joinDetachedThreads` waits for, to settle what a program that was
-    /// killed has left of its changes (`settleInterruptedRuns`); the log tells what was done.
+    /// killed has left of its changes (`settleInterruptedRuns`); the log says what was done.
     void applicationDidFinishLaunching();
     /// With a user interface, and when the preference says so, calls `openFile`.
     void performStartupAction();

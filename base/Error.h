@@ -10,7 +10,7 @@ namespace vornic {
 
 /// What went wrong in an operation, in words that a video editor understands.
 struct Error {
-    /// Which part of the system tells it: `kPosixErrorDomain`, `kXMLErrorDomain` and others.
+    /// Which part of the system reports it: `kPosixErrorDomain`, `kXMLErrorDomain` and others.
     std::string domain;
     /// The number within the domain (an errno value in the POSIX domain).
     int code = 0;

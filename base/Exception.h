@@ -8,7 +8,7 @@
 namespace vornic::platform {
 
 /// The exception that code of this system raises and catches at the border of an operation. It
-/// carries a name, which tells the kind, and a reason in words. Other exceptions (`std::bad_alloc`,
+/// carries a name, which says the kind, and a reason in words. Other exceptions (`std::bad_alloc`,
 /// say) are not caught there and pass on.
 class Exception : public std::exception {
   public:

@@ -10,7 +10,7 @@ namespace vornic {
 /// The characters of a project file, of either format, that are legal and yet do not survive
 /// everywhere: what a repair's character filter takes out or writes otherwise (in the same places
 /// as it: sections of CDATA are spared, comments are not), and control characters. Counts each
-/// character. One quick pass over a text that has none, two over others.
+/// character. One quick pass over a text without any, two over others.
 /// @param text that was read, well-formed UTF-8. @param root the offset of its root element.
 void checkCharacters(std::string_view text, std::size_t root, Findings& findings);
 

@@ -28,7 +28,8 @@ struct CheckOptions {
     /// The last component of the file's path, whose ending is compared with the contents; "" where
     /// the file has no name.
     std::string fileName = {};
-    /// Whether references are told to lead nowhere whose target has lost its id, which is told.
+    /// Whether a reference is reported to lead nowhere when the loss of its target's id is
+    /// reported.
     bool tellsConsequences = false;
     /// Whether the rules of a large file may run on threads of their own: where a processor would
     /// else be idle. What is found is the same.

@@ -11,7 +11,7 @@ namespace vornic {
 
 /// Writes a version into a root element that declares none.
 /// @param version nothing when the user has named none.
-/// @return nothing then, and when the version is none of the file's format.
+/// @return nothing then, and when the format has no such version.
 [[nodiscard]] std::optional<Mend> versionMend(const ElementIndex& index,
                                               const std::optional<std::string>& version);
 

@@ -16,7 +16,7 @@ namespace vornic {
 class Appearance {
   public:
     /// The environment variable that chooses the scheme, "light" or "dark", whatever the desktop
-    /// says; another value is none.
+    /// says; another value sets nothing.
     static constexpr const char* kSchemeVariable = "VORNIC_COLOR_SCHEME";
 
     /// To be made after the toolkit's application and before the first window.

@@ -11,7 +11,7 @@
 
 namespace vornic {
 
-// Brings what a batch tells to the main thread.
+// Brings what a batch reports to the main thread.
 class BatchWindow::Feed : public BatchObserver {
   public:
     explicit Feed(BatchWindow* window) : window_(window) {}

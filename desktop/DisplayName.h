@@ -5,7 +5,7 @@
 
 namespace vornic {
 
-/// What tells the display that windows are opened on from any other of this user's: the toolkit's
+/// What identifies the display that windows are opened on among this user's: the toolkit's
 /// way to reach it and its name there, without the number of a screen, which belongs to the same
 /// display.
 /// @param platform such as "xcb" or "wayland"

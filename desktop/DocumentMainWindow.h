@@ -54,8 +54,8 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     DocumentMainWindow(const DocumentMainWindow&) = delete;
     DocumentMainWindow& operator=(const DocumentMainWindow&) = delete;
 
-    /// Makes the window an owner of its document, which knows the window as long, or gives that up
-    /// (null).
+    /// Keeps the document alive, as a window owns its document. Null ends that: the document goes
+    /// then unless somebody else keeps it.
     void keepDocument(std::shared_ptr<Document> document) { kept_ = std::move(document); }
     /// The document; null once it has gone.
     [[nodiscard]] std::shared_ptr<Document> document() const { return document_.lock(); }

@@ -37,7 +37,7 @@ class FileInspector : public QObject {
     /// @param original what it was before; "" for nothing. It may change its place meanwhile; then
     ///     the file is shown without it.
     void inspect(const std::string& original);
-    /// Asks whether the file is still what was inspected; tells when it is not.
+    /// Asks whether the file is still what was inspected; reports when it is not.
     void look();
     /// Whether an answer is still to come.
     [[nodiscard]] bool isBusy() const { return isBusy_; }
@@ -66,7 +66,7 @@ class FileInspector : public QObject {
     Listener listener_;
     std::string original_;
     Seen seen_;
-    // Each inspection has a number; what an older one tells is dropped.
+    // Each inspection has a number; the result of an older one is dropped.
     unsigned number_ = 0;
     bool isBusy_ = false;
     bool isToBeginAgain_ = false;

@@ -7,7 +7,7 @@
 
 namespace vornic {
 
-/// What a view of text tells screen readers. Offsets count UTF-16 units of `readableText`.
+/// What a view of text reports to screen readers. Offsets count UTF-16 units of `readableText`.
 /// Main thread.
 class ReadableText {
   public:

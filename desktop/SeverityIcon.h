@@ -9,7 +9,7 @@
 
 namespace vornic {
 
-/// A sign whose shape tells the severity as well as its colour does.
+/// A sign whose shape shows the severity as well as its colour does.
 [[nodiscard]] QIcon severityIcon(Severity severity, const QPalette& palette);
 
 /// "Error", "Warning", "Note".

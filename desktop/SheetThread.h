@@ -13,7 +13,7 @@
 namespace vornic {
 
 /// Runs something for a sheet on a thread, and the rest on the main one while the sheet is there.
-/// @param work makes what has a `refusal`, a sentence that tells what went wrong
+/// @param work makes what has a `refusal`, a sentence that says what went wrong
 /// @throws platform::Exception when the system has no thread to give
 template <typename Sheet, typename Result>
 void runForSheet(Sheet* sheet, std::function<Result()> work,

@@ -18,7 +18,7 @@ class StartWindow : public QMainWindow {
     StartWindow(std::function<void()> browse, std::function<void(const std::string&)> open);
 
     /// Lists the files that were opened last, and takes those off the list that turn out to have
-    /// gone; there is no list where there are none.
+    /// gone; without any there is no list.
     void showRecentFiles();
 
     /// Shows whether a drop would be taken.

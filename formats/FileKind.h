@@ -28,7 +28,7 @@ enum class FileKind {
 /// element and of the document type.
 [[nodiscard]] std::string_view nameOf(FileKind kind);
 
-/// The number that `Document` tells: 1 for FCPXML, 0 for all others.
+/// The number that `Document` has for it: 1 for FCPXML, 0 for all others.
 [[nodiscard]] constexpr int xmlTypeOf(FileKind kind) {
     return kind == FileKind::fcpxml ? 1 : 0;
 }

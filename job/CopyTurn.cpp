@@ -43,7 +43,7 @@ ErrnoOr<Look> lookAtUnreadable(int errorNumber, const struct stat& status) {
     return Errno{errorNumber};
 }
 
-// @return the errno value when it cannot be told whether a running job has claimed it.
+// @return the errno value when it cannot be determined whether a running job has claimed it.
 ErrnoOr<Look> lookAt(const std::string& path, bool followLinks, FileDescriptor& file) {
     struct stat status {};
     if (!platform::nodeExists(path)) {

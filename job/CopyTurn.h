@@ -19,7 +19,7 @@ struct FoundCopy {
         left,
         /// The waiting was cancelled.
         cancelled,
-        /// It cannot be told whether a running job has claimed it; the slot says why.
+        /// It cannot be determined whether a running job has claimed it; the slot says why.
         unknown,
     };
     State state = State::absent;

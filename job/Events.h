@@ -29,8 +29,8 @@ struct Verdict {
 };
 
 /// Receives what has to be seen while a job runs, in order, on the job's thread. The job goes on
-/// when a call returns, so that what it tells has been shown by then. Nothing in here is an answer:
-/// a job is ended by its `StopToken`, and what came of it is its result.
+/// when a call returns, so that what it reports has been shown by then. Nothing in here is an
+/// answer: a job is ended by its `StopToken`, and what came of it is its result.
 class Events {
   public:
     virtual ~Events() = default;
@@ -43,7 +43,7 @@ class Events {
 
     /// The job can be measured from now on, and is at 0 of so many units of its own.
     virtual void progressMaximum(std::int64_t maximum) = 0;
-    /// How many of them are done. Not every value is told.
+    /// How many of them are done. Not every value is reported.
     virtual void progressValue(std::int64_t value) = 0;
     /// The job can't be measured any more.
     virtual void progressIsBusy() = 0;

@@ -21,7 +21,7 @@ namespace vornic {
 /// What was changed in its place, and where the old files are: a text file of the user's alone that
 /// only grows, but for entries older than 90 days and all but the newest 100,000, which are taken
 /// out now and then. Several programs write it at once. A journal that belongs to somebody else is
-/// neither believed nor written: what it tells would be done with the caller's rights. Any thread;
+/// neither believed nor written: what it says would be done with the caller's rights. Any thread;
 /// an object may be used by several.
 class Journal {
   public:
@@ -85,7 +85,7 @@ class Journal {
     /// The entries behind a position, which moves on. Fails like `entries`.
     [[nodiscard]] std::optional<News> entriesSince(Position& position, ErrorSlot& error) const;
 
-    /// Claims a user's file for a run that changes names by what the journal tells, as long as the
+    /// Claims a user's file for a run that changes names by what the journal says, as long as the
     /// object lives. It binds those alone who ask for it.
     /// @param file as the journal names it
     /// @param limit how long another run is waited for

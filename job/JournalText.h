@@ -26,7 +26,7 @@ struct JournalContents {
     std::size_t settled = 0;
 };
 
-/// Reads a journal. A last line without its end and lines that are none are ignored.
+/// Reads a journal. A last line without its end and malformed lines are ignored.
 [[nodiscard]] JournalContents parseJournal(std::string_view text);
 
 }  // namespace vornic

@@ -10,8 +10,8 @@
 
 namespace vornic {
 
-/// What reports tell of media, but for where they are looked for and relinked to.
-/// @param hasPlaces whether each tells where it is named first, which costs a pass over the text
+/// What reports say about media, except where they are looked for and relinked to.
+/// @param hasPlaces whether each says where it is named first, which costs a pass over the text
 [[nodiscard]] std::vector<MediaRecord> recordsOf(const std::vector<Medium>& media,
                                                  const ProjectText& project, bool hasPlaces);
 

@@ -13,7 +13,7 @@ struct Note {
     RuleId rule;
     /// Those that the rule's message names.
     Arguments arguments{};
-    /// True for what no report tells, only the log.
+    /// True for what only the log says, and no report.
     bool isForLog = false;
 
     [[nodiscard]] std::string text() const {

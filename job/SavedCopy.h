@@ -24,7 +24,7 @@ struct SavedCopy {
     }
     /// What stands at `place`, judged by size and time: two writings of as many bytes within a tick
     /// of the volume's clock look like one. Needs no memory.
-    /// @return the errno value when it cannot be told.
+    /// @return the errno value when it cannot be determined.
     [[nodiscard]] ErrnoOr<Standing> glanceAt(const std::string& place) const;
     /// The same, judged by all bytes.
     [[nodiscard]] ErrnoOr<Standing> standingAt(const std::string& place) const;

@@ -36,7 +36,7 @@ struct SourceFile {
     /// What stands at `place` of the same folder. `asExpected` is the same entry, which leads to
     /// the same file with the very bytes that were read; a link that leads to another file counts
     /// as written.
-    /// @return the errno value when it cannot be told.
+    /// @return the errno value when it cannot be determined.
     [[nodiscard]] ErrnoOr<Standing> standingAt(const std::string& place) const;
 
   private:

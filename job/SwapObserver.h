@@ -61,7 +61,7 @@ class SwapObserver {
         static_cast<void>(original);
     }
     /// After `willSwap`: the swap has ended in another way, and both files are where they were, or
-    /// where the job tells the user that they are.
+    /// where the job says that they are.
     virtual void didNotSwap(const SwapIntent& intent) { static_cast<void>(intent); }
     /// Called at each point that is passed.
     virtual void reached(SwapPoint point) { static_cast<void>(point); }

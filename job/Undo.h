@@ -27,7 +27,7 @@ struct UndoResult {
         /// The file is not what the change had left, and nobody has agreed to taking that back.
         /// Nothing was touched.
         changed,
-        /// Something failed, which the slot tells. Each file is where it was.
+        /// Something failed; the slot says what. Each file is where it was.
         failed,
     };
     End end = End::failed;
@@ -53,7 +53,7 @@ struct UndoableChange {
     std::string original;
 };
 
-/// Takes back what the journal tells of: the original comes out of the Trash and what stands in its
+/// Takes back what the journal lists: the original comes out of the Trash and what stands in its
 /// place goes there (`UndoSwap`). Several changes of one file go back one by one, newest first;
 /// when all have gone back, the last undo is taken back itself. Of several runs that take one file
 /// back at once, one does and the others are told. One thread.

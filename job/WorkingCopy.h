@@ -32,7 +32,7 @@ class WorkingCopy {
         cancelled,
         /// What stands at the path is a file that the user has named.
         refused,
-        /// It cannot be told whether another run uses the path.
+        /// It cannot be determined whether another run uses the path.
         noTurn,
         failed,
     };
@@ -81,7 +81,7 @@ class WorkingCopy {
     /// slot on failure, after which the copy is as it was.
     void save(const Writer& write, ErrorSlot& error, Sending sending = Sending::bySystem);
     /// Brings what was saved to the disk, for which `swap` waits otherwise. A failure comes again
-    /// in `swap`, which tells it.
+    /// in `swap`, which reports it.
     void synchronize() const;
     /// Removes the copy. Fills the slot on failure; another program's file is left there, which is
     /// no failure but a note for the log.

@@ -73,7 +73,7 @@ struct WrittenPath {
 /// Takes apart what a project names a media file by: a URL (RFC 8089, its Windows forms of appendix
 /// E, and what exporters make of them), or a path. Doubled slashes and "." count for nothing. In a
 /// URL, "#" and "?" belong to the name: exporters that forget to encode are many, and queries and
-/// fragments of files are none.
+/// fragments of files do not count.
 /// @param url as a program sees it, references replaced.
 [[nodiscard]] WrittenPath readMediaPath(std::string_view url);
 

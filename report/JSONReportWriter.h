@@ -9,7 +9,7 @@
 namespace vornic {
 
 /// For scripts: one object, `{"report":1,"tool":{…},"files":[…]}`, as the schema
-/// `share/vornic/schema/report-1.json` describes it. UTF-8; bytes of paths that are none become
+/// `share/vornic/schema/report-1.json` describes it. UTF-8; invalid bytes of paths become
 /// U+FFFD. Text is not escaped beyond what JSON asks for: readers of JSON have no terminal.
 class JSONReportWriter : public ReportWriter {
   public:

@@ -21,7 +21,7 @@ class JSONText {
     /// The name of the member whose value comes next; fixed text that needs no escape.
     JSONText& key(std::string_view name);
 
-    /// UTF-8; bytes that are none become U+FFFD. Escapes what JSON asks for and nothing else.
+    /// UTF-8; invalid bytes become U+FFFD. Escapes what JSON asks for and nothing else.
     JSONText& value(std::string_view text);
     JSONText& value(const char* text) { return value(std::string_view(text)); }
     JSONText& value(bool truth) { return bare(truth ? "true" : "false"); }

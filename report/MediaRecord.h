@@ -41,7 +41,7 @@ enum class MediaState {
     return kNames[static_cast<std::size_t>(state)];
 }
 
-/// A media file that a project names, as reports tell it.
+/// A media file that a project names, as reports describe it.
 struct MediaRecord {
     /// A time: exact, as FCPXML writes it ("1001/24000s"), and in seconds ("0.042"); both "" where
     /// it is not known.

@@ -45,7 +45,7 @@ inline constexpr std::array<RuleGroup, 8> kCheckedGroups = {
     return kNames[static_cast<std::size_t>(group)];
 }
 
-/// Whether a check can find what the group's rules tell.
+/// Whether a check can find what the group's rules are about.
 [[nodiscard]] constexpr bool isOfACheck(RuleGroup group) {
     return group != RuleGroup::repair && group != RuleGroup::salvage &&
            group != RuleGroup::conversion;

@@ -7,7 +7,7 @@
 namespace vornic {
 
 /// The conversion of project files between versions: `vornic-convert --to VERSION [options] [--]
-/// FILE...`. Unlike `vornic -convertxmeml` it converts FCPXML, too, tells what is lost, and leaves
+/// FILE...`. Unlike `vornic -convertxmeml` it also converts FCPXML, lists what is lost, and leaves
 /// the file as it is unless it is asked to replace it.
 class ConversionCommand {
   public:

@@ -7,7 +7,7 @@ namespace vornic {
 
 /// How a command-line program ends. Of several files the highest one counts.
 inline constexpr int kNothingToSay = 0;
-/// Something was found or told, or the report got lost on its way.
+/// Something was found or reported, or the report could not be written.
 inline constexpr int kSomethingToSay = 1;
 inline constexpr int kWrongUsage = 2;
 /// Something could not be read, or was not written.

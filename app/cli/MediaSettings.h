@@ -21,7 +21,7 @@ struct MediaSettings {
     MediaFormat format = MediaFormat::text;
     /// Nothing, and "-", for standard output.
     std::optional<std::string> reportPath;
-    /// Whether media alone are told that no sequence uses.
+    /// Whether only media that no sequence uses are listed.
     bool onlyUnused = false;
     /// What relinking is asked for.
     RelinkRequest relink;

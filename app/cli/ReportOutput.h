@@ -31,7 +31,7 @@ class ReportOutput {
     [[nodiscard]] bool isStandardOutput() const { return stream_ == nullptr && file_ == nullptr; }
     [[nodiscard]] bool isTerminal() const;
 
-    /// After a failure nothing more is written, and `finish` tells why.
+    /// After a failure nothing more is written, and `finish` says why.
     void write(std::string_view text);
     /// Hands over what is written so far, where somebody may read along.
     void flush();

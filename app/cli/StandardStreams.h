@@ -14,7 +14,7 @@ namespace vornic {
 void secureStandardStreams();
 
 /// Writes to standard output through the C library's buffer. What cannot be written is lost, and
-/// `standardOutputError` tells of it. One thread at a time.
+/// `standardOutputError` reports it. One thread at a time.
 /// @param flushes true to hand over at once what the buffer holds
 void writeToStandardOutput(std::string_view text, bool flushes);
 

@@ -35,7 +35,7 @@ struct RemovedCharacters {
     std::uint64_t count = 0;
     /// In how many different lines they stood.
     std::size_t lines = 0;
-    /// Whether each of these lines tells a name.
+    /// Whether each of these lines is a name.
     bool areNames = false;
     /// The first of these lines in the original, from 1; 0 for none.
     std::size_t firstLine = 0;

@@ -16,7 +16,7 @@ namespace vornic {
 }
 
 /// How an action of a window waits for a program that has the file: until it is stopped or the
-/// program quits. The log tells of it.
+/// program quits. The log says so.
 [[nodiscard]] inline Waiting loggedWaiting(StopToken stop = untilTheEnd()) {
     return {.tell =
                 [](const std::string& path) {

@@ -43,7 +43,7 @@ class SourceText {
     static constexpr std::size_t kLongestRow = 2000;
 
     /// Decodes the bytes of a file and finds its rows. Bytes that are no text in the encoding that
-    /// the file declares are shown as UTF-8, where those that are none show as U+FFFD. Linear: some
+    /// the file declares are shown as UTF-8, and invalid bytes show as U+FFFD. Linear: some
     /// tenths of a second for 50 MB.
     [[nodiscard]] static std::shared_ptr<const SourceText> of(std::string bytes);
 

@@ -30,7 +30,7 @@ class ClipRules {
                      fcpxml::Time duration);
     /// Of a connected clip.
     void judgeDuration(const StoryElement& clip);
-    /// Whether a clip lies in its asset's range. @param frame differences below it are none.
+    /// Whether a clip lies in its asset's range. @param frame smaller differences do not count.
     void judgeRange(const StoryElement& clip, fcpxml::Time duration, fcpxml::Time frame);
     /// @param first,end where what is in the sync-clip and not connected to it begins and ends.
     void judgeSyncStart(const StoryElement& clip, fcpxml::Time start, fcpxml::Time first,

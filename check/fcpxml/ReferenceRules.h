@@ -7,8 +7,8 @@
 namespace vornic {
 
 /// What the ids, angle ids and uids of an FCPXML file lead to.
-/// @param tellsDangling whether references to nothing are told: where the definition of the file's
-/// version told them already, they are passed.
+/// @param tellsDangling whether references to nothing are reported: where the definition of the
+/// file's version has reported them already, they are passed over.
 void checkFCPXMLReferences(const ElementIndex& index, bool tellsDangling, Findings& findings);
 
 }  // namespace vornic

@@ -15,10 +15,10 @@ namespace vornic {
 /// "1 frame", "33 frames", or seconds where the length of a frame is not known.
 [[nodiscard]] std::string lengthText(fcpxml::Time length, fcpxml::Time frame);
 
-/// Goes through the items of one spine in their order and tells holes, overlaps and what is not on
-/// the grid of frames. One fault is told once: behind it the storyline goes on from where its next
-/// item stands. Items may stand in any order, as some exports have it: what comes later may fill a
-/// hole.
+/// Goes through the items of one spine in order and reports holes, overlaps and what is not on
+/// the grid of frames. One fault is reported once: behind it the storyline goes on from where its
+/// next item stands. Items may stand in any order, as some exports have it: what comes later may
+/// fill a hole.
 class SpineCheck {
   public:
     /// @param begin where the first item has to stand; unknown for any place.
@@ -36,7 +36,7 @@ class SpineCheck {
 
     /// Where the next item has to stand; unknown when that cannot be said.
     [[nodiscard]] fcpxml::Time due() const { return due_; }
-    /// False once something was told, or a time was not known.
+    /// False once something was reported, or a time was not known.
     [[nodiscard]] bool isSound() const { return isSound_; }
     [[nodiscard]] fcpxml::Time frame() const { return frame_; }
 
@@ -58,7 +58,7 @@ class SpineCheck {
     void judgeFirst(const StoryElement& item, fcpxml::Time offset);
     void goOnBehind(fcpxml::Time offset, fcpxml::Time duration, bool isOnGrid);
     void judgeLength(ElementNumber neighbour, fcpxml::Time duration);
-    // Differences below half a frame are none.
+    // Differences below half a frame do not count.
     [[nodiscard]] fcpxml::Time tolerance() const;
     // The nearest place on the grid, as an attribute says it.
     [[nodiscard]] std::string onGrid(fcpxml::Time time) const;

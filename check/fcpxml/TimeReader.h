@@ -14,7 +14,7 @@ using fcpxml::StoryElement;
 using fcpxml::StoryKind;
 using fcpxml::TimeAttribute;
 
-/// Reads the times of elements and tells those that are malformed. One thread.
+/// Reads the times of elements and reports those that are malformed. One thread.
 class TimeReader final : public fcpxml::StoryReader {
   public:
     TimeReader(const ElementIndex& index, Findings& findings)

@@ -17,7 +17,7 @@ struct AttributeChange {
     const AttributeDefinition* to = nullptr;
 
     [[nodiscard]] bool isDropped() const { return to == nullptr; }
-    /// Some values of the old version are none of the new one.
+    /// The new version does not have all values of the old one.
     bool losesValues = false;
     /// Left out, it meant a value that the new version no longer gives it.
     bool losesDefault = false;

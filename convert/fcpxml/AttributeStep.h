@@ -24,7 +24,7 @@ class AttributeStep {
     [[nodiscard]] std::optional<Change> convert(ElementNumber element,
                                                 const ElementDefinition& from,
                                                 const ElementDefinition& to);
-    /// Drops one that is there, and tells of it.
+    /// Drops one that is there, and reports it.
     void drop(ElementNumber element, std::string_view name);
 
   private:

@@ -19,7 +19,7 @@ inline constexpr Version kOldestTarget{6};
 struct Conversion {
     /// Of the text that was converted; empty where it cannot be.
     EditList edits;
-    /// How much is lost. Of what only takes another form it is none.
+    /// How much is lost: nothing where something only takes another form.
     std::uint64_t losses = 0;
     /// Why the text cannot be converted without inventing something, in words that follow the
     /// place; "" when it can.
@@ -28,13 +28,13 @@ struct Conversion {
     TextSpan refusedAt;
 };
 
-/// Converts a text to another version and tells what it drops or gives another form. A result of a
+/// Converts a text to another version and reports what it drops or rewrites. A result of a
 /// valid text is valid by the definition of its version; faults of the text stay as they are. From
 /// 1.6 on nothing is refused. Linear; any thread.
 /// @param index of the whole text, whose root is `fcpxml`
 /// @param from the version that the text is in, whatever it declares
 /// @param to `kOldestTarget` or newer
-/// @param findings takes what is told, with the offsets of the text
+/// @param findings takes what is reported, with offsets in the text
 [[nodiscard]] Conversion convert(const ElementIndex& index, Version from, Version to,
                                  Findings& findings);
 

@@ -44,7 +44,7 @@ struct Conversion {
 /// Takes out the elements, with all that is in them, that came with versions above the target, and
 /// writes the target's number. All other bytes stay. Linear; any thread.
 /// @param index of the whole text, whose root is `xmeml`
-/// @param findings takes what is told, with the offsets of the text
+/// @param findings takes what is reported, with offsets in the text
 [[nodiscard]] Conversion convert(const ElementIndex& index, const std::string& to,
                                  const VersionElements& elements, Findings& findings);
 

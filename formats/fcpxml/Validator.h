@@ -93,10 +93,10 @@ struct ValidityFault {
 };
 
 /// Judges what `readXML` reads by the definition of one version: one pass, memory for the open
-/// elements and the ids alone. A fault is told once; what an unknown element holds is not judged,
-/// and an element that holds something wrong is not told to lack something. References to what has
-/// an id that was not judged, or one that is no name, or to what seems to have lost its id, are not
-/// told. One thread.
+/// elements and the ids alone. A fault is reported once; what an unknown element holds is not
+/// judged, and an element that holds something wrong is not said to lack something. References to
+/// what has an id that was not judged, or one that is no name, or to what seems to have lost its
+/// id, are not told. One thread.
 class Validator final : public XMLReaderEvents {
   public:
     using FaultSink = std::function<void(const ValidityFault& fault)>;

@@ -10,7 +10,7 @@ namespace vornic {
 
 class FileCopySettings;
 
-/// What is told and asked while a file is copied. An operation that is left empty is never called.
+/// Reports and questions while a file is copied. An operation that is left empty is never called.
 /// Set them before the copy is begun; they may be called from any thread, at the same time as each
 /// other, and must not throw. The settings are the same object in each call of one copy.
 struct FileCopyDelegate {

@@ -14,7 +14,7 @@
 namespace vornic {
 
 /// One of the files that a copy is written to. Faults of writing and seeking go to the console and
-/// do not stop the copy: what was read back tells what became of it.
+/// do not stop the copy: what is read back shows what became of it.
 ///
 /// Order of calls: `open`, `truncate`, `write` and `readBack` in turn, `close`, `copyMetadata`.
 class FileCopyDestination {
@@ -39,7 +39,7 @@ class FileCopyDestination {
     [[nodiscard]] std::size_t readBack(char* block, std::size_t count);
     void close();
     /// Closes when all that was written has come through to the disk.
-    /// @return false when the system could not keep it, which is told like a fault of writing.
+    /// @return false when the system could not keep it, which is reported like a fault of writing.
     [[nodiscard]] bool synchronizeAndClose();
     /// Gives the closed file the owner, extended attributes, mode and times of the source.
     [[nodiscard]] bool copyMetadata(int source, const struct stat& status, ErrorSlot& error) const;

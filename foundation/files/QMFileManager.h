@@ -217,8 +217,8 @@ class QMFileManager {
     [[nodiscard]] static Checksum sha512HashWithContext(const platform::Digest& context);
 
     /// The checksum of a file's contents, links followed, read in blocks of 64 KiB on the calling
-    /// thread. Anything but a regular file cannot be opened; that is told on the console, a fault
-    /// while reading in the log and on standard output.
+    /// thread. Anything but a regular file cannot be opened; that is reported on the console, a
+    /// fault while reading in the log and on standard output.
     /// @param delegate is asked after each 50 MiB whether to go on; null: nobody is
     /// @return nothing on failure or when the delegate cancelled.
     [[nodiscard]] static Checksum md5HashForFile(const std::string& path);
@@ -238,7 +238,7 @@ class QMFileManager {
     /// (where permitted), extended attributes, mode and times. A destination that is the source
     /// itself, or a link to it, is refused before anything is changed; only regular files are
     /// copied and written. Runs on the calling thread, which should not be the main thread. Faults
-    /// are told on the console.
+    /// are reported on the console.
     /// @param verificationType `kVerifyMD5` and the like: each block is read back from each
     ///     destination after it was written, and the checksums are compared at the end. Any other
     ///     number: the copies are not verified
@@ -268,7 +268,7 @@ class QMFileManager {
     /// Writes the contents of the files one after the other into one file, which is replaced. A
     /// single file is moved there, whatever `deleteSourceFiles` says. Links are followed. A
     /// destination that is one of the sources is refused before anything is changed. Faults are
-    /// told on the console.
+    /// reported on the console.
     /// @param deleteSourceFiles removes each source once it was written whole
     /// @return false when a file is missing or could not be opened, read or moved.
     static bool combineFiles(const std::vector<std::string>& sources, const Path& destination,
@@ -315,7 +315,7 @@ class QMFileManager {
 
     /// Shows a progress bar on a file's icon: the fraction in an attribute, and 1984-01-24 08:00
     /// UTC for its creation date. A negative fraction takes the bar away and makes the date of the
-    /// last change the creation date. Without the file nothing happens; a failure is not told.
+    /// last change the creation date. Without the file nothing happens; a failure is not reported.
     static void setFinderProgress(float fraction, const std::string& forFile);
     static void removeFinderProgressForFile(const std::string& path);
 

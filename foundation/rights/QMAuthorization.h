@@ -22,7 +22,7 @@ namespace vornic {
 /// for what would replace what this platform protects. With rights, nothing is done to anything but
 /// what stood at a path before the guards and the user were asked. Refusals and faults go
 /// to the console and yield false or a status; nothing raises. Tools are started and not waited for
-/// unless it is said, hence true tells no more than that the tool was started. A relative path is
+/// unless it is said, hence true means only that the tool was started. A relative path is
 /// taken from the working folder; an empty one is refused. Any thread; while one asks for rights or
 /// runs a tool, others that want to wait for it.
 class QMAuthorization {

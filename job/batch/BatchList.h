@@ -24,10 +24,10 @@ class BatchList {
 
     /// Adds a file, which need not be there. Without memory for it the list is as it was.
     /// @param path absolute
-    /// @param identity what `identityAt` tells of it
+    /// @param identity what `identityAt` returned for it
     /// @return its row.
     std::size_t add(const std::string& path, const Identity& identity);
-    /// What the file system tells of a row's paths.
+    /// What the file system says about a row's paths.
     struct Look {
         Identity identity;
         /// Other paths that lead to another file now.

@@ -170,7 +170,8 @@ void writeSignal(SignalSafeWriter& writer, int number, const siginfo_t& info) {
     }
 }
 
-/// Where the open log is, which other programs may have moved on; false when that cannot be told.
+/// Where the open log is, which other programs may have moved on; false when that cannot be
+/// determined.
 bool findOpenLog(int descriptor, PathBuffer& path) {
     constexpr std::size_t kDigits = 10;
     FixedText<64> link;

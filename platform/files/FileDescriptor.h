@@ -71,7 +71,7 @@ struct BlockRead {
 /// The whole contents of a regular file, from its first byte on, however long it was said to be.
 /// The descriptor must be open for reading; its position stays where it is.
 /// @return 0 or the errno value; ENOMEM for contents that memory cannot hold, be they what a broken
-///     volume tells.
+///     volume claims.
 [[nodiscard]] int readContents(int descriptor, std::string& bytes);
 
 /// Writes all bytes through interruptions and short writes. @return 0 or the errno value.

@@ -21,8 +21,8 @@ struct FileSnapshot {
 /// @return nothing when that is no file that can be read, or there is too little memory to read it.
 [[nodiscard]] std::optional<FileSnapshot> snapshotAt(const std::string& path);
 
-/// `readFile` that also tells what was read. A file that another program changes or replaces
-/// meanwhile gives a snapshot that matches it no more. Any thread.
+/// `readFile` that also returns which version was read. A file that another program changes or
+/// replaces meanwhile gives a snapshot that matches it no more. Any thread.
 /// @param snapshot filled unless the reading fails
 [[nodiscard]] std::optional<std::string> readFileForChange(const std::string& path,
                                                            FileSnapshot& snapshot,

@@ -32,7 +32,7 @@ struct FileIdentity {
 [[nodiscard]] bool isDirectory(const std::string& path);
 
 /// True when the path, links followed, is an executable file that this process may run. A folder is
-/// none, whatever its mode, and so is a bundle.
+/// not one, whatever its mode, nor is a bundle.
 [[nodiscard]] bool isExecutableFile(const std::string& path);
 
 /// Follows the links at the end of a path, a dangling one included, to the path of what is no link.

@@ -30,7 +30,7 @@ struct FileVersion {
 };
 
 enum class VersionMatch {
-    /// Nothing tells the two apart. A volume's clock ticks in milliseconds: contents that were
+    /// The two cannot be told apart. A volume's clock ticks in milliseconds: contents that were
     /// written twice within one tick, the same number of bytes, are told apart by their digest
     /// alone.
     same,
@@ -45,7 +45,7 @@ enum class VersionMatch {
 [[nodiscard]] VersionMatch compareVersions(const FileVersion& one, const FileVersion& another);
 
 /// The version of an open file as it is now.
-/// @return the errno value when the system does not tell.
+/// @return the errno value when the system does not say.
 [[nodiscard]] ErrnoOr<FileVersion> versionOf(int descriptor);
 
 /// The version of what stands at a path itself; a link is not followed.

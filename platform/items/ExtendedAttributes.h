@@ -7,13 +7,13 @@
 
 #include "base/ErrnoOr.h"
 
-/// Extended attributes of open files (xattr(7)), by their full Linux names. Each operation tells
+/// Extended attributes of open files (xattr(7)), by their full Linux names. Each operation says
 /// its failure by an errno value, so that callers can tell a volume without attributes (ENOTSUP)
 /// apart.
 namespace vornic::platform {
 
 /// The names of all attributes of an open file; empty on a volume without them.
-/// @return the errno value when the system does not tell.
+/// @return the errno value when the system does not say.
 [[nodiscard]] ErrnoOr<std::vector<std::string>> extendedAttributeNames(int fileDescriptor);
 
 /// The value of one attribute.

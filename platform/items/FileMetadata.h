@@ -20,7 +20,7 @@ int copyOwnerAttributesAndMode(int from, const struct stat& status, int to);
 /// cannot keep is none. @return 0 or the errno value.
 [[nodiscard]] int moveOwnerAttributesAndMode(int from, const struct stat& status, int to);
 
-/// The same, and tells everything that was lost and could have been kept.
+/// The same, and reports everything that was lost and could have been kept.
 /// @return empty, or a sentence for each loss: "The mode cannot be kept: input/output error.". An
 ///     owner that this user cannot give away and a volume without attributes are no loss.
 [[nodiscard]] std::string copyMetadata(int from, const struct stat& status, int to);

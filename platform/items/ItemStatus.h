@@ -10,7 +10,7 @@
 
 namespace vornic::platform {
 
-/// What the system tells of an item. A link is told of by itself, not by its target.
+/// What the system says about an item. A link is described itself, not its target.
 struct ItemStatus {
     bool isFolder = false;
     bool isLink = false;
@@ -23,7 +23,7 @@ struct ItemStatus {
 /// The status of what stands at the path, or nothing. Any thread.
 [[nodiscard]] std::optional<ItemStatus> itemStatus(const std::string& path);
 
-/// Why a look at the path, links followed, tells nothing about it: a folder that this user may not
+/// Why a look at the path, links followed, says nothing about it: a folder that this user may not
 /// look into, a dead server, links that lead to each other. Nothing when something is there, and
 /// when the answer is that nothing is. Any thread.
 [[nodiscard]] ErrorSlot failedLook(const std::string& path);

@@ -26,7 +26,8 @@ class ByteLock {
                                                          std::chrono::milliseconds limit,
                                                          ErrorSlot& error);
 
-    /// Whether somebody holds the lock, this process included. True also where that cannot be told.
+    /// Whether somebody holds the lock, this process included. True also where that cannot be
+    /// determined.
     [[nodiscard]] static bool isHeld(const std::string& path, std::uint64_t byte);
 
   private:

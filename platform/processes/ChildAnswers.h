@@ -36,7 +36,7 @@ class ChildAnswers {
     /// The next answer.
     /// @param limit how long there may be none, counted from the last one, or from the start.
     /// @return nothing at the end of the answers, and when the limit has passed; then there are no
-    ///     more, and `isSilent` tells.
+    ///     more, and `isSilent` says so.
     [[nodiscard]] std::optional<std::string> next(std::chrono::milliseconds limit);
     /// Whether the answers ended before their end: the limit passed, the process was asked to end,
     /// or the child died.

@@ -8,7 +8,7 @@ namespace vornic::platform {
 
 /// How many bytes the machine can give to programs now without taking them from others: memory that
 /// is free or could be freed at once, and swap space (`/proc/meminfo`), or what the limit of this
-/// process's address space allows when that is less. @return nothing when the system does not tell.
+/// process's address space allows when that is less. @return nothing when the system does not say.
 /// Any thread.
 [[nodiscard]] std::optional<std::uint64_t> freeMemory();
 

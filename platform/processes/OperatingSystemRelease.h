@@ -8,7 +8,7 @@
 
 namespace vornic::platform {
 
-/// What an os-release(5) file tells.
+/// What an os-release(5) file says.
 struct OperatingSystemRelease {
     OperatingSystemVersion version;
     std::string prettyName;

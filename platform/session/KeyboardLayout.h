@@ -12,7 +12,7 @@
 namespace vornic::platform {
 
 /// What the keys of a keyboard stand for. A key is named by its hardware key code, the one that a
-/// display server reports (8 more than the kernel's): it tells the place of the key, whatever the
+/// display server reports (8 more than the kernel's): it names the place of the key, whatever the
 /// layout makes of it. One thread at a time.
 class KeyboardLayout {
   public:

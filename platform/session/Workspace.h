@@ -11,7 +11,7 @@ namespace vornic::platform {
 /// Moves the named files (last path components) out of `sourceFolder` into the Trash at
 /// `destination`, as `Trash` finds or makes it and takes items. A symbolic link is moved as a link.
 /// @return true when every file was moved. On failure the file concerned is still in its place,
-/// what had been moved before stays moved, and the slot tells why.
+/// what had been moved before stays moved, and the slot says why.
 [[nodiscard]] bool recycle(const std::string& sourceFolder, const std::string& destination,
                            const std::vector<std::string>& files, ErrorSlot& error);
 

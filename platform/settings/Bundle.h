@@ -47,7 +47,7 @@ class Bundle {
 /// The application's name, "Vornic" for each of its programs, whatever the file on disk is called.
 /// It is also what stands for the file name of the main executable.
 [[nodiscard]] std::string applicationName();
-/// The path of the running executable, links resolved; "" when the system does not tell.
+/// The path of the running executable, links resolved; "" when the system does not say.
 [[nodiscard]] std::string executablePath();
 
 }  // namespace vornic::platform

@@ -23,7 +23,7 @@ struct MountedVolume {
 /// first one whose mount point begins a path is the one that the path lies on; of several at one
 /// mount point the one on top is listed. Reading the table asks no volume anything, hence one that
 /// does not answer is no hindrance. Any thread.
-/// @return no volumes when the system does not tell.
+/// @return no volumes when the system does not say.
 [[nodiscard]] std::vector<MountedVolume> mountedVolumes();
 
 /// The volumes in a text of the form of /proc/self/mountinfo (proc_pid_mountinfo(5)), ordered as

@@ -84,7 +84,7 @@ FileDescriptor openInfoFolder(const TrashFolders& folders, const std::string& pa
     return info && isOwn(info) ? std::move(info) : FileDescriptor();
 }
 
-/// @param fallback the path where the system does not tell it
+/// @param fallback the path where the system does not say it
 std::string pathOfFolder(const FileDescriptor& folder, const std::string& fallback) {
     std::error_code error;
     const std::string path =

@@ -10,7 +10,7 @@
 
 namespace vornic::platform {
 
-/// What a volume tells about itself.
+/// What a volume reports about itself.
 struct VolumeStatistics {
     /// The label that the volume was given; "" when it has none or does not tell.
     std::string label;

@@ -87,7 +87,7 @@ class Document : public std::enable_shared_from_this<Document> {
     /// begun to write ends without writing. Main thread.
     void showConvertDialog();
     /// Closes the conversion dialog. A conversion ends without writing; one that is writing already
-    /// is finished, and the window then tells it. Main thread.
+    /// is finished, and the window then says so. Main thread.
     void closeConvertDialog();
     /// Converts the document's file to the version chosen in the menu, then analyses it again, all
     /// on the calling thread. Does nothing without a file, and nothing while another conversion or

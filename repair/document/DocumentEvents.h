@@ -7,7 +7,7 @@ namespace vornic {
 
 class Document;
 
-/// Turns what a run tells into the operations of its document, one by one. A report begins anew
+/// Turns what a run reports into the operations of its document, one by one. A report begins anew
 /// with the line that a repair starts with.
 class DocumentEvents : public Events {
   public:

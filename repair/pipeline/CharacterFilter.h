@@ -14,7 +14,7 @@
 
 namespace vornic {
 
-/// Is told how `filterInvalidCharacters` goes on. Indexes count UTF-16 code units from 0.
+/// Follows the progress of `filterInvalidCharacters`. Indexes count UTF-16 code units from 0.
 class CharacterFilterObserver {
   public:
     virtual ~CharacterFilterObserver() = default;
@@ -24,8 +24,8 @@ class CharacterFilterObserver {
     /// told twice, for each of its two units.
     /// @param character the bytes of the text that it is
     virtual void removedUnit(std::int64_t index, TextSpan character) = 0;
-    /// The units from `first` to `last` are done. Every unit is told once, in order; a removed one
-    /// by itself, after its removal.
+    /// The units from `first` to `last` are done. Every unit is reported once, in order; a removed
+    /// one by itself, after its removal.
     /// @return false to end the filtering.
     [[nodiscard]] virtual bool finishedUnits(std::int64_t first, std::int64_t last) = 0;
 };
@@ -70,7 +70,7 @@ struct FilteredText {
 /// @throws platform::RangeException as `filterInvalidCharacters` does.
 [[nodiscard]] std::size_t originOfFilteredOffset(std::string_view text, std::size_t filteredOffset);
 
-/// `filterInvalidCharacters` for a run: logs what it does, tells its progress (with a maximum for
+/// `filterInvalidCharacters` for a run: logs what it does, reports its progress (with a maximum for
 /// texts of 512001 units and more) and reports each removal.
 /// @param places the text, and where in the user's file it is
 /// @return the filtered text, or nothing when the run was stopped.

@@ -21,7 +21,7 @@ namespace vornic {
 /// The text of a file, or what is left of it.
 struct SourceText {
     std::string text;
-    /// The offset in the file of the first byte; nothing when that can't be told.
+    /// The offset in the file of the first byte; nothing when that can't be determined.
     std::optional<std::size_t> start;
     /// For a text with mends in it: the text as it was, and the mends.
     std::string source{};

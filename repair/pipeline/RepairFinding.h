@@ -32,7 +32,7 @@ struct RepairFinding {
     Place where{};
 };
 
-/// Is told findings in their order, as they are made.
+/// Receives findings in order, as they are made.
 using FoundInRepair = std::function<void(const RepairFinding&)>;
 
 }  // namespace vornic

@@ -27,7 +27,7 @@ namespace vornic {
 class RepairPipeline {
   public:
     /// @param path the user's file, best absolute: it is stored in the preferences as it stands
-    /// @param events told what is to be seen meanwhile; must outlive the run
+    /// @param events receives what is to be shown meanwhile; must outlive the run
     /// @param observer told when the repaired file takes the file's place; must outlive the run
     RepairPipeline(const std::string& path, Events& events, StopToken stop, SwapObserver& observer);
     /// The same for a file that is to be taken for another kind than its name says.

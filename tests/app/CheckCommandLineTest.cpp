@@ -119,7 +119,7 @@ TEST_F(CheckCommandLineTest, writesLinesThatEditorsRead) {
         "[structure-unknown-element]\n");
 }
 
-TEST_F(CheckCommandLineTest, tellsEditorsWhatIsNotShownAndWhatWasNotLookedAt) {
+TEST_F(CheckCommandLineTest, reportsToEditorsWhatIsNotShownAndWhatWasNotChecked) {
     static_cast<void>(files.write(
         "a.fcpxml", "<fcpxml version=\"1.10\"><resources><a/><b/><c/></resources></fcpxml>"));
     EXPECT_EQ(check({"--format=gnu", "--max=1", "a.fcpxml"}).output,

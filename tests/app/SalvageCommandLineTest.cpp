@@ -143,7 +143,7 @@ TEST_F(SalvageCommandLineTest, writesSeveralCopiesIntoAFolder) {
                 ElementsAre("Cut-salvaged.xml", "Two-salvaged 2.xml", "Two-salvaged.xml"));
 }
 
-TEST_F(SalvageCommandLineTest, tellsScriptsThePlacesInBothFiles) {
+TEST_F(SalvageCommandLineTest, givesScriptsThePlacesInBothFiles) {
     const nlohmann::json file = reportOn("Cut.xml")["files"][0];
     EXPECT_EQ(file["copies"], nlohmann::json({"Cut-salvaged.xml"}));
     EXPECT_EQ(file["rules"], nlohmann::json({{"salvage-end-tag-lost", 1}}));
@@ -153,7 +153,7 @@ TEST_F(SalvageCommandLineTest, tellsScriptsThePlacesInBothFiles) {
                   {{"index", 0}, {"line", 3}, {"column", 12}, {"offset", kSound.find("</name>")}}));
 }
 
-TEST_F(SalvageCommandLineTest, tellsScriptsOfEveryKindOfFileByTheSchema) {
+TEST_F(SalvageCommandLineTest, reportsEveryKindOfFileByTheSchema) {
     write("Sound.xml", kSound);
     write("Letter.xml", "Dear Anna");
     write("Odd\xFF.xml", std::string(kBroken) + "</x>\xFF" + std::string(30, '\0') + "&<a b='");

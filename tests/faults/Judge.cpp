@@ -174,7 +174,7 @@ void Judge::judgeInPlace(const ProgramEnd& end, const World& world) {
     if (isDone && end.status != 0 && demands_.canSpeak && end.errors.empty()) {
         add("changed, with status " + std::to_string(end.status) + " and no word why");
     }
-    // Without memory it cannot be told what had been done by then.
+    // Without memory it cannot be determined what had been done by then.
     if (isDone && end.status == 3 && demands_.failureMustBeTrue &&
         !says(end.errors, "not enough memory")) {
         add("changed, and told as a failure");

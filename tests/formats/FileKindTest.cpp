@@ -29,7 +29,7 @@ TEST(FileKind, hasTheNameOfItsRootElement) {
     EXPECT_EQ(nameOf(FileKind::none), "none");
 }
 
-TEST(FileKind, isTheNumberThatADocumentTells) {
+TEST(FileKind, isTheNumberThatADocumentHas) {
     EXPECT_EQ(xmlTypeOf(FileKind::xmeml), 0);
     EXPECT_EQ(xmlTypeOf(FileKind::fcpxml), 1);
     EXPECT_EQ(fileKindOfType(0), FileKind::xmeml);

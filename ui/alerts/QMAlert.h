@@ -114,7 +114,7 @@ class QMAlert : public AlertDelegate, public std::enable_shared_from_this<QMAler
     /// @param suppressionBinding the preference of a check box; absent for none
     /// @return the answer (1 default, 0 alternate, -1 other) when `block` is true, else -1; -1 also
     /// when the program quits before the answer, and when nothing is shown because the delegate
-    /// does not respond to the selector, which the console is told, or there is no factory.
+    /// does not respond to the selector, which the console reports, or there is no factory.
     static std::int64_t alertSheetWithMessageText(
         const Text& messageText, const Text& defaultButton, const Text& alternateButton,
         const Text& otherButton, const Text& informativeText, const Window& parentWindow,

@@ -20,8 +20,8 @@ namespace vornic {
 
 /// Owns the data of the table of shortcuts: the commands of "QMKeys.plist" and the keys that the
 /// watch list has for them. What the user changes is written to the watch list at once, and the
-/// shortcut key manager is told. Nothing raises to the caller; failures are told on the console and
-/// in the log, and in the pane. Main thread only.
+/// shortcut key manager is told. Nothing raises to the caller; failures are reported on the console
+/// and in the log, and in the pane. Main thread only.
 class QMShortcutKeyTableDelegate {
   public:
     using Text = std::optional<std::string>;

@@ -20,9 +20,9 @@ class ShortcutKeyManager {
     /// True when it is there and can be run.
     [[nodiscard]] static bool exists();
     /// Has it load the watch list: runs it with "-setup" on threads of their own and returns at
-    /// once. A run that takes longer than the limit is told in the log and left to itself, since
-    /// nothing ends it. The end of this program waits a moment for a run that has just begun. A
-    /// manager that is missing is told on the console.
+    /// once. A run that takes longer than the limit is reported in the log and left to itself,
+    /// since nothing ends it. The end of this program waits a moment for a run that has just begun.
+    /// A manager that is missing is reported on the console.
     static void setup();
     static void setup(std::chrono::milliseconds limit);
 };

@@ -9,7 +9,7 @@
 #include "platform/session/KeyboardLayout.h"
 #include "ui/shortcuts/ShortcutKey.h"
 
-/// What keys are called. Failures are told on the console and in the log.
+/// What keys are called. Failures are reported on the console and in the log.
 namespace vornic {
 
 /// The name of a key that is known by the first character of what it produces, such as "Space"; ""
@@ -19,7 +19,7 @@ namespace vornic {
 /// What a key produces with the modifiers of these bits held, or the name of its glyph. A key
 /// without text goes by the glyph of its function, else by the layout's own name for it ("F5").
 /// @param layout null when there is none
-/// @return nothing when it cannot be told.
+/// @return nothing when it cannot be determined.
 [[nodiscard]] std::optional<std::string> stringForKey(const platform::KeyboardLayout* layout,
                                                       std::uint32_t keyCode,
                                                       std::uint16_t modifierFlags);

@@ -34,8 +34,8 @@ class ShortcutWatchList {
 
     /// Puts an entry for the command at the end of the list, in the place of all that it had. An
     /// entry is the command's when the ids are equal or, for a command without an id, the
-    /// parameters. A damaged list is kept under a name of its own, told in the log, before a new
-    /// one is begun.
+    /// parameters. A damaged list is kept under a name of its own, reported in the log, before a
+    /// new one is begun.
     /// @return false, with the slot filled, when the list could not be written; it is then as it
     ///     was.
     [[nodiscard]] static bool assign(const Command& command, const ShortcutKey& key,

@@ -21,10 +21,10 @@ class LogCollection {
     /// Adds the logs, crash reports and preference files of the applications, the user's and then
     /// the machine's. A link is replaced by what it leads to, unless it dangles. A folder that
     /// cannot be read counts as empty.
-    /// @return false, told on the console, at the first file that cannot be copied.
+    /// @return false, reported on the console, at the first file that cannot be copied.
     [[nodiscard]] bool addLogs();
     /// Adds files or folders, each as it is, a link as a link. What has been copied already is a
-    /// failure. @return false, told on the console, at the first one that cannot be copied.
+    /// failure. @return false, reported on the console, at the first one that cannot be copied.
     [[nodiscard]] bool addFiles(const Paths& paths);
 
     /// How many files and folders have been added.

@@ -25,7 +25,7 @@ class QMTroubleshootingUtils {
     /// The files pass through a folder of that name in the temporary folder. One that is left from
     /// before is removed; a link in its place, or another user's folder, ends the operation.
     /// Several runs at once wait for each other; the main thread dispatches its events meanwhile. A
-    /// failure up to here is told on the console alone, and the folder is left as it is.
+    /// failure up to here is reported on the console alone, and the folder is left as it is.
     /// @param appNames without one there is nothing to gather
     /// @param silent show no alert: neither that the archive is there or could not be made, nor
     ///     that there was nothing to gather

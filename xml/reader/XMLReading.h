@@ -66,7 +66,7 @@ class XMLMendSink {
     virtual void dropped(TextSpan characters) = 0;
 };
 
-/// For a reading whose mends tell nothing new.
+/// For a reading whose mends are known already.
 class UnheardXMLMends final : public XMLMendSink {
   public:
     void mend(const XMLMend& /*mend*/, std::string_view /*name*/) override {}

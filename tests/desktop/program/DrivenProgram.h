@@ -58,7 +58,7 @@ class DrivenProgram {
     /// Waits until the report in a window holds a text.
     void waitForReport(const AccessibleNode& window, const std::string& text) const;
 
-    /// Ends the test when something does not come to hold. @param what it is, for the failure's
+    /// Ends the test when something does not become true. @param what it is, for the failure's
     /// text
     void waitFor(const std::string& what, const std::function<bool()>& holds) const;
     /// All that is on the screen, to be read by people.

@@ -9,7 +9,7 @@
 
 namespace vornic::test {
 
-/// Ends the test when something does not come to hold. @param what it is, for the failure's text
+/// Ends the test when something does not become true. @param what it is, for the failure's text
 inline void waitUntil(const std::string& what, const std::function<bool()>& holds) {
     if (!becomesTrue(holds)) {
         throw std::runtime_error("waited in vain: " + what);

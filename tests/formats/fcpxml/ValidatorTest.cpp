@@ -115,7 +115,7 @@ TEST(FCPXMLValidator, reportsWhatAnElementLacks) {
     EXPECT_EQ(fault.expected, std::vector<std::string>{"media-rep"});
 }
 
-// One fault is told once: the element that is misspelt is the one that is missing.
+// One fault is reported once: the element that is misspelt is the one that is missing.
 TEST(FCPXMLValidator, reportsNoLackBesideAMisspeltElement) {
     EXPECT_EQ(
         onlyFault(withResources("<asset id=\"r1\"><media-rip src=\"file:///a\"/></asset>")).kind,

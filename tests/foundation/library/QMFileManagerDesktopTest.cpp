@@ -60,7 +60,7 @@ TEST(QMFileManagerTypes, comeFromTheMachinesDatabase) {
     EXPECT_EQ(QMFileManager::mimeTypeForFileExtension("nosuchextension"), kUnknown);
 }
 
-TEST_F(QMFileManagerDesktop, tellsTheDesktopWhatHasChanged) {
+TEST_F(QMFileManagerDesktop, notifiesTheDesktopOfChanges) {
     std::vector<std::optional<std::string>> notices;
     platform::setFileChangeObserver(
         [&](const std::optional<std::string>& path) { notices.push_back(path); });

@@ -20,7 +20,7 @@ class VolumeStatisticsTest : public test::SandboxTest {
     ErrorSlot error;
 };
 
-TEST_F(VolumeStatisticsTest, agreeWithWhatTheSystemTells) {
+TEST_F(VolumeStatisticsTest, agreeWithTheSystem) {
     const auto statistics = volumeStatistics(sandbox.folder(), seconds(30), error);
     ASSERT_TRUE(statistics);
     const std::filesystem::space_info space = std::filesystem::space(sandbox.folder());

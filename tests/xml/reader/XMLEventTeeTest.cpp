@@ -40,7 +40,7 @@ class Recorder : public XMLReaderEvents {
 
 }  // namespace
 
-TEST(XMLEventTee, tellsEachReceiverWhatAReadingTells) {
+TEST(XMLEventTee, passesEveryEventToAllReceivers) {
     const std::string text = "<!DOCTYPE a><a b='c'>d<![CDATA[e]]><!--f--><?g h?><i/></a>";
     Recorder alone;
     (void)readXML(text, XMLMode::strict, &alone);
