@@ -79,7 +79,7 @@ bool runContest(const Contest& contest, const std::string& outputPath) {
         megabytes, median(rival.megabytes), memory, median(ours.processorSeconds) * kMilliseconds,
         median(rival.processorSeconds) * kMilliseconds,
         contest.memoryTarget || contest.mostMegabytes ? verdict(smallEnough) : "");
-    std::fflush(stdout);
+    static_cast<void>(std::fflush(stdout));
     return fastEnough && smallEnough;
 }
 
