@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "app/window/HeaderText.h"
+#include "desktop/ContextMenu.h"
 #include "desktop/FlowLayout.h"
 #include "desktop/QtText.h"
 #include "desktop/SeverityIcon.h"
@@ -107,13 +108,22 @@ FindingsView::FindingsView(Actions actions, QWidget* parent)
     connect(tree_->selectionModel(), &QItemSelectionModel::currentChanged, this,
             [this](const QModelIndex& current) { showDetails(current); });
     connect(model_, &QAbstractItemModel::modelReset, this, [this] { begin(); });
-    connect(tree_, &QTreeView::activated, this, [this](const QModelIndex& index) {
-        if (const ListedFinding* const listed = model_->findingAt(index)) {
-            actions_.showPlace(*listed);
-        }
-    });
+    connect(tree_, &QTreeView::activated, this,
+            [this](const QModelIndex& index) { showPlaceAt(index); });
+    addContextMenu(*tree_, "findingMenu",
+                   {{tr("&Show Place"), [this] { showPlaceAt(tree_->currentIndex()); },
+                     [this] { return model_->findingAt(tree_->currentIndex()) != nullptr; }},
+                    {tr("&Mend Selected…"), [this] { mendButton_->click(); },
+                     [this] { return mendButton_->isEnabled(); }},
+                    {tr("&Copy"), [this] { copy(); }}});
     countTicked();
     countSeverities();
+}
+
+void FindingsView::showPlaceAt(const QModelIndex& index) {
+    if (const ListedFinding* const listed = model_->findingAt(index)) {
+        actions_.showPlace(*listed);
+    }
 }
 
 QWidget* FindingsView::makeBar() {

@@ -52,6 +52,7 @@ class FindingsView : public QWidget {
     void narrow();
     bool choose(const Finding& finding);
     void showDetails(const QModelIndex& index);
+    void showPlaceAt(const QModelIndex& index);
     void countTicked();
     void countSeverities();
     void expandSmallGroups();

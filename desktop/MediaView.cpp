@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "base/Exception.h"
+#include "desktop/ContextMenu.h"
 #include "desktop/FlowLayout.h"
 #include "desktop/QtText.h"
 #include "platform/threads/MainThread.h"
@@ -67,6 +68,17 @@ MediaView::MediaView(std::string path, Actions actions, QWidget* parent)
             actions_.showLine(medium->line);
         }
     });
+    addContextMenu(*table_, "mediumMenu",
+                   {{tr("&Show in Source"),
+                     [this] {
+                         if (const MediaTableRow* const medium = currentMedium()) {
+                             actions_.showLine(medium->line);
+                         }
+                     },
+                     [this] { return currentMedium() != nullptr; }},
+                    {tr("Show in Fi&le Manager"), [this] { showButton_->click(); },
+                     [this] { return showButton_->isEnabled(); }},
+                    {tr("&Copy"), [this] { copy(); }}});
     updateButtons();
 }
 

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "app/window/AlignedRows.h"
+#include "desktop/ContextMenu.h"
 #include "desktop/QtText.h"
 #include "desktop/SourceColors.h"
 
@@ -57,6 +58,10 @@ SourceView::SourceView(const QString& accessibleName, QWidget* parent)
     viewport()->setCursor(Qt::IBeamCursor);
     viewport()->setBackgroundRole(QPalette::Base);
     setAttribute(Qt::WA_InputMethodEnabled, false);
+    addContextMenu(
+        *this, "sourceMenu",
+        {{tr("&Copy"), [this] { copy(); }, [this] { return caret_.anchor != caret_.position; }},
+         {tr("Select &All"), [this] { selectAll(); }}});
 }
 
 void SourceView::setSource(std::shared_ptr<const SourceText> source) {

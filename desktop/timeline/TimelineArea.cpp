@@ -388,11 +388,13 @@ void TimelineArea::wheelEvent(QWheelEvent* event) {
 
 void TimelineArea::mousePressEvent(QMouseEvent* event) {
     const std::uint32_t clip = clipAt(event->pos());
-    if (event->button() != Qt::LeftButton || clip == kNoTimelineItem) {
+    // The menu that the right button opens is about the clip below it.
+    const bool isForMenu = event->button() == Qt::RightButton;
+    if ((event->button() != Qt::LeftButton && !isForMenu) || clip == kNoTimelineItem) {
         return;
     }
     setCursorClip(clip);
-    if (isOnSign(event->pos())) {
+    if (!isForMenu && isOnSign(event->pos())) {
         actions_.signClicked(clip);
     }
 }

@@ -14,6 +14,7 @@
 
 #include "base/Exception.h"
 #include "desktop/ColorScheme.h"
+#include "desktop/ContextMenu.h"
 #include "desktop/FlowLayout.h"
 #include "desktop/QtText.h"
 #include "desktop/Release.h"
@@ -141,6 +142,15 @@ TimelinePage::TimelinePage(Actions actions, QWidget* parent)
     column->addWidget(legend_);
     setTabOrder(saveButton_, area_);
     setTabOrder(area_, details_);
+    const auto clicks = [](QPushButton* button) {
+        return ContextCommand{button->text(), [button] { button->click(); },
+                              [button] { return button->isEnabled(); }};
+    };
+    addContextMenu(
+        *area_, "clipMenu",
+        {clicks(openButton_), clicks(findingButton_), clicks(sourceButton_), {tr("Copy"), [this] {
+                                                                                  copy();
+                                                                              }}});
     updateButtons();
 }
 

@@ -193,6 +193,42 @@ TEST_F(ApplicationMannersTest, showsMenusOfRowsByShiftAndF10) {
     menu->close();
 }
 
+TEST_F(ApplicationMannersTest, showsMenusOnEveryPageOfADocument) {
+    std::string faulty = kSound;
+    faulty.insert(faulty.find("<sequence>"), "&");
+    DocumentMainWindow* const window = opened(sandbox.write("a.xml", faulty));
+    ASSERT_TRUE(waitUntil([&] { return window->findings().model().rowCount() > 0; }));
+    using Page = DocumentMainWindow::Page;
+    const auto commandsOf = [&](Page page, QWidget& widget, const char* name) {
+        window->showPage(page);
+        widget.setFocus();
+        QTest::keyClick(&widget, Qt::Key_F10, Qt::ShiftModifier);
+        auto* const menu = widget.findChild<QMenu*>(QString::fromLatin1(name));
+        QStringList commands;
+        for (const QAction* const action : menu != nullptr ? menu->actions() : QList<QAction*>()) {
+            commands += action->text().remove(u'&');
+        }
+        delete menu;
+        return commands.join(u'|').toStdString();
+    };
+    EXPECT_EQ(commandsOf(Page::findings, window->findings().tree(), "findingMenu"),
+              "Show Place|Mend Selected…|Copy");
+    EXPECT_EQ(commandsOf(Page::source, window->source(), "sourceMenu"), "Copy|Select All");
+    EXPECT_EQ(commandsOf(Page::timeline, window->timeline().area(), "clipMenu"),
+              "Open Clip|Show Finding|Show in Source|Copy");
+    auto* const media = window->findChild<QTreeView*>(QStringLiteral("mediaTable"));
+    ASSERT_NE(media, nullptr);
+    EXPECT_EQ(commandsOf(Page::media, *media, "mediumMenu"),
+              "Show in Source|Show in File Manager|Copy");
+    window->findings().tree().setCurrentIndex(window->findings().model().index(0, 0));
+    window->showPage(Page::findings);
+    QTest::keyClick(&window->findings().tree(), Qt::Key_F10, Qt::ShiftModifier);
+    auto* const menu = window->findChild<QMenu*>(QStringLiteral("findingMenu"));
+    ASSERT_NE(menu, nullptr);
+    menu->actions().front()->trigger();
+    EXPECT_EQ(window->page(), Page::changes) << "the repair has mended it";
+}
+
 TEST_F(ApplicationMannersTest, showsThatADropWouldBeTaken) {
     auto* const window = visible<StartWindow>();
     const auto* const area = dynamic_cast<DropArea*>(
