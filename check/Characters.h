@@ -12,7 +12,12 @@ namespace vornic {
 /// as it: sections of CDATA are spared, comments are not), and control characters. Counts each
 /// character. One quick pass over a text without any, two over others.
 /// @param text that was read, well-formed UTF-8. @param root the offset of its root element.
-void checkCharacters(std::string_view text, std::size_t root, Findings& findings);
+/// @return `hasOddCharacters` of the text.
+bool checkCharacters(std::string_view text, std::size_t root, Findings& findings);
+
+/// Whether a text holds anything that could be such a character: bytes that begin one, or the two
+/// that begin a reference to one. Where it has none, nothing is found. Quick.
+[[nodiscard]] bool hasOddCharacters(std::string_view text);
 
 }  // namespace vornic
 

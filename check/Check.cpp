@@ -17,6 +17,7 @@
 #include "check/fcpxml/Rules.h"
 #include "check/fcpxml/StructureFindings.h"
 #include "check/xmeml/Check.h"
+#include "check/xmeml/FindingsAfterEdits.h"
 #include "formats/ElementIndexBuilder.h"
 #include "formats/IndexUpdate.h"
 #include "formats/PlaceFinder.h"
@@ -72,20 +73,18 @@ class Check {
     }
 
     /// The same for a text that the reader would tell nothing of.
-    void find(ElementIndex index) {
-        lookForCharacters(index);
-        index_.emplace(std::move(index));
+    void find(FileCheck::Mended mended) {
         isComplete_ = true;
+        if (mended.report) {
+            hasOddCharacters_ = mended.hasOddCharacters;
+            index_.emplace(std::move(mended.index));
+            return takeKnown(std::move(*mended.report));
+        }
+        lookForCharacters(mended.index);
+        index_.emplace(std::move(mended.index));
         addEncoding();
         describeMarkup();
         applyRules();
-    }
-
-    [[nodiscard]] std::optional<ElementIndex> indexAfter(const EditList& edits,
-                                                         std::string_view changed) const {
-        const bool isXMEML = index_->kind() == FileKind::xmeml && !validator_;
-        return isXMEML && isComplete_ && areMended(edits) ? indexAfterEdits(*index_, changed, edits)
-                                                          : std::nullopt;
     }
 
     void place() {
@@ -93,7 +92,61 @@ class Check {
         PlaceFinder(*index_, decoding_).place(report_.findings);
     }
 
+    /// The same, and looks at what the edits will change.
+    void place(const EditList& edits) {
+        const bool isXMEML = index_->kind() == FileKind::xmeml && !validator_;
+        if (isXMEML && isComplete_ && areMended(edits)) {
+            after_.emplace(report_.findings, *index_, edits);
+        }
+        place();
+    }
+
+    /// After that, what is known of the text that they make of this one.
+    [[nodiscard]] std::optional<FileCheck::Mended> mendedBy(const EditList& edits,
+                                                            std::string_view changed) {
+        std::optional<ElementIndex> index =
+            after_ ? indexAfterEdits(std::move(*index_), changed, edits) : std::nullopt;
+        if (!index) {
+            return std::nullopt;
+        }
+        FileCheck::Mended mended{std::move(*index), std::nullopt};
+        if (std::optional<Findings> findings = std::move(*after_).in(mended.index)) {
+            mended.report.emplace();
+            mended.report->kind = report_.kind;
+            mended.report->version = report_.version;
+            mended.report->groups = report_.groups;
+            mended.report->findings = std::move(*findings);
+            mended.hasOddCharacters = hasOddCharacters_ || areOddAround(edits, changed);
+        }
+        return mended;
+    }
+
   private:
+    // What the rules of XMEML found, and what the others find now.
+    void takeKnown(Report known) {
+        report_.kind = std::move(known.kind);
+        report_.version = std::move(known.version);
+        report_.findings = std::move(known.findings);
+        if (hasOddCharacters_) {
+            judgeCharacters();
+        }
+        judgeMedia();
+        report_.groups = std::move(known.groups);
+        report_.findings.sort();
+    }
+
+    // Whether edits may have put an odd character into a text that had none: together with what
+    // stands beside them.
+    [[nodiscard]] static bool areOddAround(const EditList& edits, std::string_view changed) {
+        std::size_t growth = 0;  // wraps around where the text got shorter
+        return std::any_of(edits.begin(), edits.end(), [&](const Edit& edit) {
+            const std::size_t start = edit.offset + growth;
+            growth += edit.text.size() - edit.length;
+            const std::size_t before = start == 0 ? 0 : start - 1;
+            return hasOddCharacters(changed.substr(before, start - before + edit.text.size() + 1));
+        });
+    }
+
     void applyRules() {
         if (index_->kind() == FileKind::xmeml) {
             xmeml::check(*index_, isComplete_, options_, report_);
@@ -114,21 +167,18 @@ class Check {
         }
         std::array<std::uint64_t, kRuleCount> mended{};
         for (const Finding& finding : report_.findings.kept()) {
-            if (isOfMarkup(finding.rule) && finding.mend && isAmong(finding.mend->edits, edits)) {
+            if (XMLFindings::tells(finding.rule) && finding.mend &&
+                isAmong(finding.mend->edits, edits)) {
                 ++mended[finding.rule.index];
             }
         }
         for (std::size_t index = 0; index < kRuleCount; ++index) {
             const RuleId rule{static_cast<std::uint16_t>(index)};
-            if (isOfMarkup(rule) && report_.findings.count(rule) != mended[index]) {
+            if (XMLFindings::tells(rule) && report_.findings.count(rule) != mended[index]) {
                 return false;
             }
         }
         return true;
-    }
-
-    [[nodiscard]] static bool isOfMarkup(RuleId rule) {
-        return kRuleTable[rule.index].group == RuleGroup::xml;
     }
 
     // @param list in the order of the text
@@ -145,10 +195,9 @@ class Check {
     void lookForCharacters(const ElementIndex& head) {
         if (head.size() != 0 && options_.runsBeside(text_.size())) {
             root_ = head.spanOf(0).offset;
-            characters_.emplace(true, report_.findings,
-                                [text = text_, root = root_](Findings& found) {
-                                    checkCharacters(text, root, found);
-                                });
+            characters_.emplace(true, report_.findings, [this](Findings& found) {
+                isOddBeside_ = checkCharacters(text_, root_, found);
+            });
         }
     }
 
@@ -199,7 +248,8 @@ class Check {
         XMLReaderEvents* const events =
             validator_ ? static_cast<XMLReaderEvents*>(&both) : &builder;
         const std::string_view whole = textBeforeTornTag(text_);
-        const XMLReading reading = readXML(whole, XMLMode::tolerant, events, &sink);
+        const XMLReading reading = readXML(whole, XMLMode::tolerant, events, &sink,
+                                           XMLKeeping::nothing, decoding_.forbidden);
         Finding* const fault = sink.addFault(reading);
         addEncoding();
         index_.emplace(std::move(builder).finish());
@@ -226,8 +276,9 @@ class Check {
         const std::size_t root = index_->spanOf(0).offset;
         if (characters_ && root == root_) {
             characters_->addTo(report_.findings);
+            hasOddCharacters_ = isOddBeside_;
         } else {
-            checkCharacters(text_, root, report_.findings);
+            hasOddCharacters_ = checkCharacters(text_, root, report_.findings);
         }
         report_.groups.push_back({RuleGroup::characters, true, ""});
     }
@@ -329,6 +380,10 @@ class Check {
     // Beside the reading of the markup, for a root element at this place.
     std::optional<RulesBeside> characters_;
     std::size_t root_ = 0;
+    // What it finds out besides.
+    bool isOddBeside_ = true;
+    bool hasOddCharacters_ = true;
+    std::optional<xmeml::FindingsAfterEdits> after_;
     fcpxml::Version version_;
     bool isComplete_ = false;
     bool isMended_ = false;
@@ -397,13 +452,13 @@ struct FileCheck::State {
         markIgnoredGroups(options.ignored, report);
     }
 
-    State(std::string_view bytes, const CheckOptions& checkOptions, ElementIndex index)
-        : options(checkOptions), text(index.text()) {
+    State(std::string_view bytes, const CheckOptions& checkOptions, Mended mended)
+        : options(checkOptions), text(mended.index.text()) {
         begin(bytes);
         how.encoding = "UTF-8";
         how.markLength = bytes.size() - text->size();
         report.encoding = how.encoding;
-        check.emplace(bytes, *text, how, options, report).find(std::move(index));
+        check.emplace(bytes, *text, how, options, report).find(std::move(mended));
         markIgnoredGroups(options.ignored, report);
     }
 
@@ -415,7 +470,24 @@ struct FileCheck::State {
         }
     }
 
+    void place(const EditList& ofBytes) {
+        if (!check) {
+            return;
+        }
+        if (decoded || how.encoding != "UTF-8" ||
+            (!ofBytes.empty() && ofBytes.front().offset < how.markLength)) {
+            return check->place();
+        }
+        edits = ofBytes;
+        for (Edit& edit : *edits) {
+            edit.offset -= how.markLength;
+        }
+        check->place(*edits);
+    }
+
     const CheckOptions options;
+    // Of the text.
+    std::optional<EditList> edits;
     Report report;
     TextDecoding how;
     // What is no UTF-8 is made a text of its own.
@@ -427,8 +499,8 @@ struct FileCheck::State {
 FileCheck::FileCheck(std::string_view bytes, const CheckOptions& options)
     : state_(std::make_unique<State>(bytes, options)) {}
 
-FileCheck::FileCheck(std::string_view bytes, const CheckOptions& options, ElementIndex index)
-    : state_(std::make_unique<State>(bytes, options, std::move(index))) {}
+FileCheck::FileCheck(std::string_view bytes, const CheckOptions& options, Mended mended)
+    : state_(std::make_unique<State>(bytes, options, std::move(mended))) {}
 
 FileCheck::~FileCheck() = default;
 FileCheck::FileCheck(FileCheck&& other) noexcept = default;
@@ -454,23 +526,21 @@ std::vector<Edit> FileCheck::toFileOffsets(std::vector<Edit> edits) const {
     return edits;
 }
 
-std::optional<ElementIndex> FileCheck::indexAfter(const std::vector<Edit>& edits,
-                                                  std::string_view changed) const {
-    const TextDecoding& how = state_->how;
-    if (!state_->check || state_->decoded || how.encoding != "UTF-8" ||
-        (!edits.empty() && edits.front().offset < how.markLength)) {
-        return std::nullopt;
-    }
-    std::vector<Edit> ofText = edits;
-    for (Edit& edit : ofText) {
-        edit.offset -= how.markLength;
-    }
-    return state_->check->indexAfter(ofText, changed.substr(how.markLength));
-}
-
 Report FileCheck::report() && {
     if (state_->check) {
         state_->check->place();
+    }
+    return std::move(state_->report);
+}
+
+void FileCheck::place(const std::vector<Edit>& edits) {
+    state_->place(edits);
+}
+
+Report FileCheck::report(std::string_view changed, std::optional<Mended>& mended) && {
+    mended.reset();
+    if (state_->edits) {
+        mended = state_->check->mendedBy(*state_->edits, changed.substr(state_->how.markLength));
     }
     return std::move(state_->report);
 }

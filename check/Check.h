@@ -61,10 +61,17 @@ class FileCheck {
     /// Finds.
     /// @param bytes of the whole file; must outlive this.
     FileCheck(std::string_view bytes, const CheckOptions& options);
-    /// Finds in mended bytes, of which the index is known: all rules look at them, and nothing is
-    /// read.
-    /// @param index what `indexAfter` returned for these bytes
-    FileCheck(std::string_view bytes, const CheckOptions& options, ElementIndex index);
+    /// What mends make of a file that was checked, as far as that is known without reading it.
+    struct Mended {
+        ElementIndex index;
+        /// What the file's rules find; nothing where they have to look for themselves.
+        std::optional<Report> report;
+        /// Whether it may hold characters that the rules about those look for.
+        bool hasOddCharacters = true;
+    };
+    /// Finds in mended bytes, without reading them.
+    /// @param mended what `report` made known of these bytes
+    FileCheck(std::string_view bytes, const CheckOptions& options, Mended mended);
     ~FileCheck();
     FileCheck(FileCheck&& other) noexcept;
     FileCheck& operator=(FileCheck&& other) noexcept;
@@ -76,16 +83,19 @@ class FileCheck {
     [[nodiscard]] const std::string& encoding() const;
     /// Edits of the text, in its order, as edits of the file's bytes.
     [[nodiscard]] std::vector<Edit> toFileOffsets(std::vector<Edit> edits) const;
-    /// What reading the bytes would give that edits make of these: XMEML in UTF-8, of which all
-    /// that the reader told is mended by the edits.
-    /// @param edits of the bytes, in their order
-    /// @param changed which must outlive the index
-    /// @return nothing where they have to be read.
-    [[nodiscard]] std::optional<ElementIndex> indexAfter(const std::vector<Edit>& edits,
-                                                         std::string_view changed) const;
     /// Gives all findings their places. @return what `checkFile` returns, its findings in the order
     ///     of `findings`.
     [[nodiscard]] Report report() &&;
+
+    /// The same in two steps: gives all findings their places, and looks at what edits will change.
+    /// @param edits of the bytes, in their order
+    void place(const std::vector<Edit>& edits);
+    /// After that, what is known of the bytes that the edits make of these: of XMEML in UTF-8, of
+    /// which all that the reader told is mended by them. Where they change how texts are written,
+    /// but none that the rules read, the rules would find what they found.
+    /// @param changed which must outlive what is known
+    /// @param mended set to nothing where they have to be read
+    [[nodiscard]] Report report(std::string_view changed, std::optional<Mended>& mended) &&;
 
   private:
     struct State;

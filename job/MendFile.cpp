@@ -17,7 +17,12 @@ MendedFile mendFile(const std::string& path, const MendRequest& request, const W
         bool isFinished = false;
         const MendedBytes::Watcher watcher{
             .look = [&place](std::string_view old) { place.expect(old); },
-            .write = [&place](const std::string& mended) { place.write(mended); },
+            .write =
+                [&place](std::string_view old, const EditList& edits) {
+                    place.write([old, &edits](const WorkingCopy::Sink& sink) {
+                        return forEachPieceAfter(old, edits, sink);
+                    });
+                },
             .accept =
                 [&place, &observer, &isFinished] {
                     isFinished = true;

@@ -51,9 +51,9 @@ struct MendedBytes {
         /// The bytes of the file, while they are checked for the first time; returns before `write`
         /// is called. Of a large file on a thread of its own.
         std::function<void(std::string_view old)> look;
-        /// Bytes that are to be written, unless the check that goes on meanwhile refuses them. The
-        /// last ones that it is given are the result.
-        std::function<void(const std::string& bytes)> write;
+        /// Bytes, and edits of them, that make what is to be written, unless the check that goes on
+        /// meanwhile refuses it. What it is given last makes the result.
+        std::function<void(std::string_view bytes, const EditList& edits)> write;
         /// Called once when the bytes that were given last have been checked and are the result,
         /// while the report is put together.
         std::function<void()> accept;
@@ -63,8 +63,8 @@ struct MendedBytes {
     /// nothing is left that waited for another mend. A mend that leaves its own finding or brings
     /// one that was not there is a fault of this program: then nothing is mended, and the refusal
     /// names the rule. Linear for each round; mends rarely wait for each other. Any thread.
-    /// @param watch called on this thread while another one checks the bytes; without it they are
-    ///     checked here
+    /// @param watch called on this thread while another one makes the bytes and checks them;
+    ///     without it that is done here
     [[nodiscard]] static MendedBytes of(std::string bytes, const MendRequest& request,
                                         const Watcher& watch = {});
 

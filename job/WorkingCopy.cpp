@@ -210,17 +210,21 @@ bool WorkingCopy::fill(SavedCopy& copy, Contents contents, ErrorSlot& error) con
     return true;
 }
 
-std::optional<std::string> WorkingCopy::read(ErrorSlot& error) {
+std::optional<std::string> WorkingCopy::read(ErrorSlot& error, platform::ContentsWatcher* watcher) {
     std::string bytes;
-    int errorNumber = opened_ ? platform::readContents(opened_->file.get(), bytes) : EBADF;
+    platform::DigestedContents digested(watcher);
+    const auto readSource = [&] {
+        return opened_ ? platform::readContents(opened_->file.get(), bytes, digested) : EBADF;
+    };
+    int errorNumber = readSource();
     if (errorNumber != 0 && opened_) {
-        errorNumber = platform::readContents(opened_->file.get(), bytes);
+        errorNumber = readSource();
     }
     if (errorNumber != 0) {
         failFile(error, source_, "read", errorNumber);
         return std::nullopt;
     }
-    const platform::ContentDigest::Value digest = platform::ContentDigest::of(bytes);
+    const platform::ContentDigest::Value digest = digested.digest();
     isTorn_ = isTorn_ || (opened_->digest && opened_->digest != digest);
     opened_->digest = digest;
     return bytes;

@@ -15,6 +15,7 @@
 #include "job/SwapResult.h"
 #include "job/Waiting.h"
 #include "platform/files/CarefulRemoval.h"
+#include "platform/files/ContentsWatcher.h"
 #include "platform/files/FileDescriptor.h"
 
 namespace vornic {
@@ -72,8 +73,10 @@ class WorkingCopy {
     /// The bytes of the source as they are now. The copy was made of these, but other programs know
     /// its name, and what they write there is not the user's file. A reading that failed is tried
     /// once more. Bytes that are not those of an earlier reading keep the copy from being swapped.
+    /// @param watcher shown what is read; null for none
     /// @return nothing with the slot filled.
-    [[nodiscard]] std::optional<std::string> read(ErrorSlot& error);
+    [[nodiscard]] std::optional<std::string> read(ErrorSlot& error,
+                                                  platform::ContentsWatcher* watcher = nullptr);
     /// In place of `read`, for a source whose bytes were read before: with others it is not
     /// swapped.
     void expect(const platform::ContentDigest::Value& digest);

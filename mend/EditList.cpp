@@ -16,6 +16,30 @@ std::ptrdiff_t growthOf(const Edit& edit) {
     return static_cast<std::ptrdiff_t>(edit.text.size()) - static_cast<std::ptrdiff_t>(edit.length);
 }
 
+// Makes larger pieces of small ones: each may be a call of the system.
+class PieceGatherer {
+  public:
+    explicit PieceGatherer(const std::function<bool(std::string_view piece)>& take) : take_(take) {}
+
+    bool add(std::string_view piece) {
+        constexpr std::size_t kLarge = std::size_t{64} << 10U;
+        if (piece.size() >= kLarge) {
+            return flush() && take_(piece);
+        }
+        gathered_ += piece;
+        return gathered_.size() < kLarge || flush();
+    }
+    bool flush() {
+        const bool goesOn = gathered_.empty() || take_(gathered_);
+        gathered_.clear();
+        return goesOn;
+    }
+
+  private:
+    const std::function<bool(std::string_view piece)>& take_;
+    std::string gathered_;
+};
+
 // Walks two lists in the order of the text that lies between them, and joins what meets there.
 class Composition {
   public:
@@ -159,6 +183,19 @@ std::string applyEdits(std::string_view text, const EditList& edits) {
     }
     result.append(text, from);
     return result;
+}
+
+bool forEachPieceAfter(std::string_view text, const EditList& edits,
+                       const std::function<bool(std::string_view piece)>& take) {
+    PieceGatherer gatherer(take);
+    std::size_t from = 0;
+    for (const Edit& edit : edits) {
+        if (!gatherer.add(text.substr(from, edit.offset - from)) || !gatherer.add(edit.text)) {
+            return false;
+        }
+        from = edit.offset + edit.length;
+    }
+    return gatherer.add(text.substr(from)) && gatherer.flush();
 }
 
 EditList composeEdits(const EditList& first, const EditList& second) {

@@ -2,6 +2,7 @@
 #define VORNIC_MEND_EDIT_LIST_H
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,6 +19,11 @@ using EditList = std::vector<Edit>;
 /// What the edits make of a text. Bytes that no edit names stay as they are. Linear.
 /// @param edits with the offsets of `text`, and `Edit::text` in its encoding
 [[nodiscard]] std::string applyEdits(std::string_view text, const EditList& edits);
+
+/// The same, handed over piece by piece. @param take returns false when no more must come
+/// @return false when it did.
+[[nodiscard]] bool forEachPieceAfter(std::string_view text, const EditList& edits,
+                                     const std::function<bool(std::string_view piece)>& take);
 
 /// One list that does to a text what two lists do to it one after the other. Linear.
 /// @param second with the offsets of what `first` makes of the text

@@ -85,6 +85,11 @@ void XMLFindings::addPending() {
     pending_.reset();
 }
 
+bool XMLFindings::tells(RuleId rule) {
+    return ruleOf(rule).group == RuleGroup::xml || rule == "characters-forbidden-reference"_rule ||
+           rule == "characters-half-pair"_rule;
+}
+
 void XMLFindings::mend(const XMLMend& mend, std::string_view name) {
     addPending();
     last_ = nullptr;

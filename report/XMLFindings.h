@@ -26,6 +26,10 @@ class XMLFindings final : public XMLMendSink {
     /// Both must outlive this.
     XMLFindings(std::string_view text, Findings& findings) : text_(text), findings_(findings) {}
 
+    /// Whether findings of the rule are told by the reader: of the markup, and of references to
+    /// characters that XML does not allow.
+    [[nodiscard]] static bool tells(RuleId rule);
+
     void mend(const XMLMend& mend, std::string_view name) override;
     void edit(const XMLEdit& edit) override;
     void dropped(TextSpan characters) override;

@@ -23,27 +23,21 @@ class SpanCheck {
 
     void run(ElementRange range) {
         for (ElementNumber element = range.first; element < range.end; ++element) {
-            switch (view_.nameOf(element)) {
-                case Name::clipitem:
-                case Name::generatoritem:
-                case Name::transitionitem:
-                case Name::filter:
-                    check(element, {Name::start, Name::end}, "timing-start-end"_rule);
-                    [[fallthrough]];
-                case Name::clip:
-                case Name::sequence:
-                case Name::marker:
-                    check(element, {Name::in, Name::out}, "timing-in-out"_rule);
-                    break;
-                default:
-                    break;
+            const Name name = view_.nameOf(element);
+            const bool hasPlace = isOfTrack(element) || name == Name::filter;
+            if (!hasPlace && name != Name::clip && name != Name::sequence && name != Name::marker) {
+                continue;
             }
+            const Parts parts(view_, element);
+            if (hasPlace) {
+                check(element, parts, {Name::start, Name::end}, "timing-start-end"_rule);
+            }
+            check(element, parts, {Name::in, Name::out}, "timing-in-out"_rule);
         }
     }
 
   private:
-    void check(ElementNumber element, Ends ends, RuleId rule) {
-        const Parts parts(view_, element);
+    void check(ElementNumber element, const Parts& parts, Ends ends, RuleId rule) {
         const std::optional<std::int64_t> first = numberOf(parts[ends.first]);
         const std::optional<std::int64_t> last = numberOf(parts[ends.last]);
         if (!first || !last || *first < 0 || *last < 0 || *first < *last ||

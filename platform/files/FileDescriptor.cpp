@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/files/ContentsWatcher.h"
 #include "platform/processes/LargePages.h"
 
 namespace vornic::platform {
@@ -23,7 +24,8 @@ constexpr int kReadWithoutWaiting = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC
 /// Reads to the end of the file, which may be longer or shorter than it was said to be. Through a
 /// block that stays in the processor's cache: to fill the text with zeros first would touch all of
 /// its memory once more.
-int readToEnd(int descriptor, std::size_t expectedSize, std::string& bytes) {
+int readToEnd(int descriptor, std::size_t expectedSize, std::string& bytes,
+              ContentsWatcher* watcher) {
     // Some files do not tell their size.
     constexpr std::size_t kSmallestBlock = std::size_t{16} << 10U;
     constexpr std::size_t kLargestBlock = std::size_t{256} << 10U;
@@ -49,9 +51,25 @@ int readToEnd(int descriptor, std::size_t expectedSize, std::string& bytes) {
         if (bytes.size() + static_cast<std::size_t>(got) > bytes.capacity()) {
             ahead.reset();
         }
+        if (watcher != nullptr) {
+            watcher->take({block.get(), static_cast<std::size_t>(got)});
+        }
         bytes.append(block.get(), static_cast<std::size_t>(got));
     }
     return 0;
+}
+
+int readAll(int descriptor, std::string& bytes, ContentsWatcher* watcher) {
+    struct stat status {};
+    if (fstat(descriptor, &status) != 0) {
+        return errno;
+    }
+    try {
+        return readToEnd(descriptor, static_cast<std::size_t>(status.st_size), bytes, watcher);
+    } catch (const std::exception&) {
+        // A file may claim any size; one that memory cannot hold is the file's fault.
+        return ENOMEM;
+    }
 }
 
 }  // namespace
@@ -146,17 +164,27 @@ BlockRead readBlock(int descriptor, char* buffer, std::size_t size) {
     return block;
 }
 
+void DigestedContents::begin() {
+    digest_ = ContentDigest();
+    if (next_ != nullptr) {
+        next_->begin();
+    }
+}
+
+void DigestedContents::take(std::string_view piece) {
+    digest_.update(piece);
+    if (next_ != nullptr) {
+        next_->take(piece);
+    }
+}
+
 int readContents(int descriptor, std::string& bytes) {
-    struct stat status {};
-    if (fstat(descriptor, &status) != 0) {
-        return errno;
-    }
-    try {
-        return readToEnd(descriptor, static_cast<std::size_t>(status.st_size), bytes);
-    } catch (const std::exception&) {
-        // A file may claim any size; one that memory cannot hold is the file's fault.
-        return ENOMEM;
-    }
+    return readAll(descriptor, bytes, nullptr);
+}
+
+int readContents(int descriptor, std::string& bytes, ContentsWatcher& watcher) {
+    watcher.begin();
+    return readAll(descriptor, bytes, &watcher);
 }
 
 int writeAll(int descriptor, const char* bytes, std::size_t count) {

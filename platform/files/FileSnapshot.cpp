@@ -22,16 +22,31 @@ std::optional<FileSnapshot> snapshotAt(const std::string& path) {
     }
 }
 
-std::optional<std::string> readFileForChange(const std::string& path, FileSnapshot& snapshot,
-                                             ErrorSlot& error) {
+namespace {
+
+std::optional<std::string> readWatched(const std::string& path, ContentsWatcher* watcher,
+                                       FileSnapshot& snapshot, ErrorSlot& error) {
     // The version comes first: what changes after this look shows later.
     const ErrnoOr<std::string> target = resolveFinalLink(path);
     const ErrnoOr<FileVersion> version = versionAt(target ? *target : path);
-    std::optional<std::string> bytes = readFile(path, error);
+    DigestedContents digested(watcher);
+    std::optional<std::string> bytes = readFile(path, digested, error);
     if (bytes) {
-        snapshot = {version.value().value_or(FileVersion()), ContentDigest::of(*bytes)};
+        snapshot = {version.value().value_or(FileVersion()), digested.digest()};
     }
     return bytes;
+}
+
+}  // namespace
+
+std::optional<std::string> readFileForChange(const std::string& path, FileSnapshot& snapshot,
+                                             ErrorSlot& error) {
+    return readWatched(path, nullptr, snapshot, error);
+}
+
+std::optional<std::string> readFileForChange(const std::string& path, ContentsWatcher& watcher,
+                                             FileSnapshot& snapshot, ErrorSlot& error) {
+    return readWatched(path, &watcher, snapshot, error);
 }
 
 }  // namespace vornic::platform

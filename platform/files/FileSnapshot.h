@@ -6,6 +6,7 @@
 
 #include "base/Error.h"
 #include "platform/files/ContentDigest.h"
+#include "platform/files/ContentsWatcher.h"
 #include "platform/files/FileVersion.h"
 
 namespace vornic::platform {
@@ -25,6 +26,11 @@ struct FileSnapshot {
 /// replaces meanwhile gives a snapshot that matches it no more. Any thread.
 /// @param snapshot filled unless the reading fails
 [[nodiscard]] std::optional<std::string> readFileForChange(const std::string& path,
+                                                           FileSnapshot& snapshot,
+                                                           ErrorSlot& error);
+/// The same. @param watcher is shown what is read
+[[nodiscard]] std::optional<std::string> readFileForChange(const std::string& path,
+                                                           ContentsWatcher& watcher,
                                                            FileSnapshot& snapshot,
                                                            ErrorSlot& error);
 

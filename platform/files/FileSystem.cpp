@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "base/PathText.h"
+#include "platform/files/ContentsWatcher.h"
 #include "platform/files/Failure.h"
 #include "platform/files/FileDescriptor.h"
 
@@ -98,7 +99,11 @@ std::optional<std::string> absolutePath(const std::string& path) {
     return folder.empty() ? std::nullopt : std::optional(withTrailingSlash(folder) + path);
 }
 
-std::optional<std::string> readFile(const std::string& path, ErrorSlot& error) {
+namespace {
+
+// @param read fills the bytes of a file that is open. @return 0 or the errno value.
+template <typename Read>
+std::optional<std::string> readOpened(const std::string& path, ErrorSlot& error, const Read& read) {
     const ErrnoOr<FileDescriptor> file = openRegularFile(path, true);
     if (file.errorNumber() == EINVAL) {
         failFileBecause(error, path, "opened", EINVAL, "it is no ordinary file");
@@ -109,11 +114,25 @@ std::optional<std::string> readFile(const std::string& path, ErrorSlot& error) {
         return std::nullopt;
     }
     std::string bytes;
-    if (const int errorNumber = readContents(file->get(), bytes); errorNumber != 0) {
+    if (const int errorNumber = read(file->get(), bytes); errorNumber != 0) {
         failFile(error, path, "read", errorNumber);
         return std::nullopt;
     }
     return bytes;
+}
+
+}  // namespace
+
+std::optional<std::string> readFile(const std::string& path, ErrorSlot& error) {
+    return readOpened(path, error,
+                      [](int file, std::string& bytes) { return readContents(file, bytes); });
+}
+
+std::optional<std::string> readFile(const std::string& path, ContentsWatcher& watcher,
+                                    ErrorSlot& error) {
+    return readOpened(path, error, [&watcher](int file, std::string& bytes) {
+        return readContents(file, bytes, watcher);
+    });
 }
 
 bool createDirectory(const std::string& path, ErrorSlot& error) {

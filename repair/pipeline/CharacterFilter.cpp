@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cstddef>
+#include <vector>
 
 #include "base/Exception.h"
 #include "base/FormatString.h"
@@ -64,16 +65,86 @@ bool isRemoved(std::uint32_t codePoint) {
     return (codePoint < 0x20 && !isSpace) || codePoint >= 0xD800;
 }
 
+// Moves what a reading tells of a text to where it is in the filtered text, as long as that has the
+// same markup: only text between tags has changed, and into references to the same characters.
+class MovedReading {
+  public:
+    // @param reading of the text, which is well-formed; null for none
+    MovedReading(const unsigned char* begin, XMLReading* reading)
+        : begin_(begin), reading_(reading), isSame_(reading != nullptr) {}
+
+    [[nodiscard]] bool isThere() const { return reading_ != nullptr; }
+    // Whether the reading is that of the filtered text.
+    [[nodiscard]] bool isSame() const { return isSame_; }
+    void giveUp() { isSame_ = false; }
+
+    void opened(const unsigned char* markup) {
+        markup_ = markup;
+        quote_ = '\0';
+    }
+    // A quote in the markup that was opened last.
+    void passQuote(unsigned char quote) {
+        if (quote_ == '\0' || quote_ == quote) {
+            quote_ = quote_ == '\0' ? quote : '\0';
+        }
+    }
+    // What the filter takes for the end of that markup.
+    void closed(const unsigned char* end) { isSame_ = isSame_ && isEnd(end); }
+
+    void replaced(const unsigned char* character, std::size_t length, std::size_t newLength) {
+        if (isSame_) {
+            moveUpTo(static_cast<std::size_t>(character - begin_));
+            growth_ += newLength - length;
+        }
+    }
+    void finish() {
+        if (isSame_) {
+            moveUpTo(std::string_view::npos);
+        }
+    }
+
+  private:
+    [[nodiscard]] bool isEnd(const unsigned char* end) const {
+        constexpr std::string_view kEmptyComment = "<!---->";
+        const auto length = static_cast<std::size_t>(end + 1 - markup_);
+        const std::string_view markup(reinterpret_cast<const char*>(markup_), length);
+        if (markup.starts_with("<!--")) {
+            return length >= kEmptyComment.size() && markup.ends_with("-->");
+        }
+        return markup.starts_with("<?") ? markup.ends_with("?>") : quote_ == '\0';
+    }
+
+    void moveUpTo(std::size_t offset) {
+        moveUpTo(offset, reading_->emptyPairs, nextPair_);
+        moveUpTo(offset, reading_->referencedBlanks, nextBlank_);
+    }
+    void moveUpTo(std::size_t offset, std::vector<std::size_t>& places, std::size_t& next) const {
+        for (; next < places.size() && places[next] < offset; ++next) {
+            places[next] += growth_;
+        }
+    }
+
+    const unsigned char* begin_;
+    XMLReading* reading_;
+    bool isSame_;
+    const unsigned char* markup_ = nullptr;
+    unsigned char quote_ = '\0';
+    std::size_t growth_ = 0;
+    std::size_t nextPair_ = 0;
+    std::size_t nextBlank_ = 0;
+};
+
 class Scan {
   public:
-    Scan(std::string_view text, CharacterFilterObserver& observer)
+    Scan(std::string_view text, CharacterFilterObserver& observer, XMLReading* reading = nullptr)
         : observer_(observer),
           begin_(reinterpret_cast<const unsigned char*>(text.data())),
           end_(begin_ + text.size()),
           specialBytes_(begin_, end_),
           at_(begin_),
           uncopied_(begin_),
-          roundEnd_(begin_) {}
+          roundEnd_(begin_),
+          reading_(begin_, reading) {}
 
     std::optional<FilteredText> run() {
         while (at_ < end_) {
@@ -86,11 +157,12 @@ class Scan {
                 return std::nullopt;
             }
         }
+        reading_.finish();
         if (uncopied_ == begin_) {
-            return FilteredText();
+            return FilteredText{.isRead = reading_.isThere()};
         }
         copyPassed();
-        return FilteredText{true, std::move(output_)};
+        return FilteredText{true, reading_.isSame(), std::move(output_)};
     }
 
     // Where in the text the byte of the output comes from.
@@ -144,10 +216,15 @@ class Scan {
         if (*at_ == '>') {
             closeMarkup();
         } else if (*at_ == '<') {
+            reading_.giveUp();
             replace(kOneByte, "&lt;");
         } else if (inCDATA_ || isPrintableASCII(*at_)) {
+            if (*at_ == '"' || *at_ == '\'') {
+                reading_.passQuote(*at_);
+            }
             pass(decode(at_));
         } else {
+            reading_.giveUp();
             classify();
         }
     }
@@ -158,6 +235,9 @@ class Scan {
         } else if (*at_ == '&' && beginsReference()) {
             pass(kOneByte);
         } else if (isPrintableASCII(*at_)) {
+            if (*at_ == '&') {
+                reading_.giveUp();
+            }
             replace(kOneByte, referenceTo(*at_));
         } else {
             classify();
@@ -166,6 +246,7 @@ class Scan {
 
     void openMarkup() {
         inTag_ = true;
+        reading_.opened(at_);
         inCDATA_ = static_cast<std::size_t>(end_ - at_) > kCDATAStart.size() &&
                    std::equal(kCDATAStart.begin(), kCDATAStart.end(), at_);
         pass(kOneByte);
@@ -177,6 +258,9 @@ class Scan {
                 "a range of 3 characters at index %lli lies outside the text", index() - 2));
         }
         inTag_ = false;
+        if (!inCDATA_) {
+            reading_.closed(at_);
+        }
         inCDATA_ = inCDATA_ && !std::equal(kCDATAEnd.begin(), kCDATAEnd.end(), at_ - 2);
         pass(kOneByte);
     }
@@ -200,6 +284,7 @@ class Scan {
     // a cancellation.
     void removeInRoundOfItsOwn(const Character& character) {
         roundEnd_ = at_;
+        reading_.giveUp();
         if (firstUntold_ < index()) {
             return;
         }
@@ -227,6 +312,7 @@ class Scan {
     void replace(const Character& character, std::string_view replacement) {
         reserveOutput();
         copyPassed();
+        reading_.replaced(at_, static_cast<std::size_t>(character.bytes), replacement.size());
         output_.append(replacement);
         pass(character);
         uncopied_ = at_;
@@ -275,6 +361,7 @@ class Scan {
     // Everything before is in the output.
     const unsigned char* uncopied_;
     const unsigned char* roundEnd_;
+    MovedReading reading_;
     std::string output_;
     bool keepsOutput_ = true;
     // How much of the output `originOf` has thrown away.
@@ -327,8 +414,9 @@ class ReportingObserver : public CharacterFilterObserver {
 }  // namespace
 
 std::optional<FilteredText> filterInvalidCharacters(std::string_view text,
-                                                    CharacterFilterObserver& observer) {
-    return Scan(text, observer).run();
+                                                    CharacterFilterObserver& observer,
+                                                    XMLReading* reading) {
+    return Scan(text, observer, reading).run();
 }
 
 bool isRemovedByFilter(std::string_view piece) {
@@ -348,7 +436,7 @@ std::size_t originOfFilteredOffset(std::string_view text, std::size_t filteredOf
 }
 
 std::optional<FilteredText> filterInvalidCharsInString(SourcePlaces& places, RepairReport& report,
-                                                       const StopToken& stop) {
+                                                       const StopToken& stop, XMLReading* reading) {
     if (stop.stopRequested()) {
         return std::nullopt;
     }
@@ -361,7 +449,7 @@ std::optional<FilteredText> filterInvalidCharsInString(SourcePlaces& places, Rep
         }
     }
     ReportingObserver observer(places, report, stop);
-    std::optional<FilteredText> filtered = filterInvalidCharacters(text, observer);
+    std::optional<FilteredText> filtered = filterInvalidCharacters(text, observer, reading);
     if (filtered) {
         report.events().progressIsBusy();
     }

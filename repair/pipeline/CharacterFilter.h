@@ -10,6 +10,7 @@
 
 #include "base/StopToken.h"
 #include "repair/pipeline/RepairReport.h"
+#include "xml/reader/XMLReading.h"
 #include "xml/text/TextSpan.h"
 
 namespace vornic {
@@ -34,6 +35,8 @@ class CharacterFilterObserver {
 struct FilteredText {
     /// False when every character stays as it is; `text` is then empty.
     bool isChanged = false;
+    /// Whether the reading that was handed over is now that of the result.
+    bool isRead = false;
     std::string text{};
 
     /// The result. @param source the text that was filtered.
@@ -52,11 +55,14 @@ struct FilteredText {
 /// section is known by "<![CDATA" only when at least one unit follows it.
 ///
 /// @param text well-formed UTF-8.
+/// @param reading of a text that was read without a fault and without a mend; null for none. Where
+///     the result has the same markup it becomes what reading that would give; else it is void.
 /// @return the filtered text, or nothing when the observer cancelled.
 /// @throws platform::RangeException for a text that begins with "<>", when the end of a CDATA
 ///     section would be looked for before the beginning of the text.
-[[nodiscard]] std::optional<FilteredText> filterInvalidCharacters(
-    std::string_view text, CharacterFilterObserver& observer);
+[[nodiscard]] std::optional<FilteredText> filterInvalidCharacters(std::string_view text,
+                                                                  CharacterFilterObserver& observer,
+                                                                  XMLReading* reading = nullptr);
 
 /// True when the filter takes every character of a piece of text outside CDATA sections out.
 [[nodiscard]] bool isRemovedByFilter(std::string_view piece);
@@ -73,10 +79,12 @@ struct FilteredText {
 /// `filterInvalidCharacters` for a run: logs what it does, reports its progress (with a maximum for
 /// texts of 512001 units and more) and reports each removal.
 /// @param places the text, and where in the user's file it is
+/// @param reading as `filterInvalidCharacters` takes it
 /// @return the filtered text, or nothing when the run was stopped.
 [[nodiscard]] std::optional<FilteredText> filterInvalidCharsInString(SourcePlaces& places,
                                                                      RepairReport& report,
-                                                                     const StopToken& stop);
+                                                                     const StopToken& stop,
+                                                                     XMLReading* reading = nullptr);
 
 /// Keeps exactly the bytes from 0x20 to 0x7E, in order.
 [[nodiscard]] std::string stripInvalidCharsFromData(std::string_view data);

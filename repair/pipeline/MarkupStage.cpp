@@ -30,7 +30,8 @@ Stage<LoadedText> MarkupStage::load(SourceText text) {
     Findings found(RepairReport::kKeptFindings);
     found.ignore("xml-forbidden-character"_rule);  // the filter tells those that it removes
     XMLFindings sink(text.text, found);
-    XMLReading reading = readXML(text.text, XMLMode::tolerant, nullptr, &sink, XMLKeeping::all);
+    XMLReading reading =
+        readXML(text.text, XMLMode::tolerant, nullptr, &sink, XMLKeeping::all, text.forbidden);
     sink.addFault(reading);
     report_.count(std::move(found), text.places());
     if (reading.fault) {
@@ -96,12 +97,13 @@ Stage<std::unique_ptr<XMLDocument>> MarkupStage::filterAndParse(LoadedText loade
 Stage<MarkupStage::Filtered> MarkupStage::readFiltered(SourceText text,
                                                        std::optional<XMLReading> reading) {
     SourcePlaces places = text.places();
-    std::optional<FilteredText> filtered = filterInvalidCharsInString(places, report_, stop_);
+    std::optional<FilteredText> filtered =
+        filterInvalidCharsInString(places, report_, stop_, reading ? &*reading : nullptr);
     if (!filtered || stop_.stopRequested()) {
         return cancelledRun();
     }
-    // What was read without a fault and then left as it is need not be read again.
-    if (!reading || filtered->isChanged) {
+    // What was read without a fault and then kept its markup need not be read again.
+    if (!filtered->isRead) {
         reading = readXML(filtered->isChanged ? filtered->text : text.text, XMLMode::strict);
     }
     if (reading->faultParts) {

@@ -26,6 +26,8 @@ struct SourceText {
     /// For a text with mends in it: the text as it was, and the mends.
     std::string source{};
     std::vector<XMLEdit> edits{};
+    /// Of the text.
+    XMLForbidden forbidden = XMLForbidden::unknown;
 
     /// The text as it was.
     [[nodiscard]] std::string_view unmended() const { return edits.empty() ? text : source; }

@@ -213,20 +213,21 @@ Stage<SourceText> RepairPipeline::readText() {
     if (isCancelled()) {
         return cancelledRun();
     }
-    std::optional<std::string> bytes = workingCopy_.read(error_);
+    TextSurvey survey;
+    std::optional<std::string> bytes = workingCopy_.read(error_, &survey);
     if (!bytes) {
         report_.noteErrors();
         return isCancelled() ? cancelledRun() : criticalEnd();
     }
     const std::size_t start = markLength(*bytes);
-    std::optional<std::string> text = textFromUTF8(std::move(*bytes), error_);
+    std::optional<std::string> text = textFromUTF8(std::move(*bytes), survey, error_);
     if (isCancelled()) {
         return cancelledRun();
     }
     if (!text) {
         return readRawBytes();
     }
-    return SourceText{std::move(*text), start};
+    return SourceText{.text = std::move(*text), .start = start, .forbidden = survey.forbidden()};
 }
 
 Stage<SourceText> RepairPipeline::readRawBytes() {

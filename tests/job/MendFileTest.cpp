@@ -1,4 +1,6 @@
 #include <array>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 
 #include <fcntl.h>
@@ -16,6 +18,7 @@
 #include "report/RuleTable.h"
 #include "tests/job/JobTest.h"
 #include "tests/support/fakes/RecordingSwapObserver.h"
+#include "tests/support/machine/AccessList.h"
 #include "tests/support/machine/FileState.h"
 
 namespace vornic {
@@ -54,6 +57,72 @@ TEST_F(MendFileTest, putsTheOriginalIntoTheTrash) {
     EXPECT_EQ(getxattr(path.c_str(), "user.label", label.data(), label.size()),
               hasAttributes ? 4 : -1);
     EXPECT_THAT(namesInFolder(), ::testing::ElementsAre("Cut.xml"));
+}
+
+TEST_F(MendFileTest, keepsAccessControlListAndExtendedAttributes) {
+    const std::string list = test::accessListFor1234();
+    if (setxattr(path.c_str(), test::kAccessList, list.data(), list.size(), 0) != 0) {
+        GTEST_SKIP() << "the volume has no access control lists: " << std::strerror(errno);
+    }
+    const std::string value("\0\xFFvalue", 7);
+    ASSERT_EQ(setxattr(path.c_str(), "user.com.apple.FinderInfo", value.data(), value.size(), 0),
+              0);
+    ASSERT_EQ(setxattr(path.c_str(), "user.empty", "", 0, 0), 0);
+    // What the folder gives to new files is not the old one's.
+    ASSERT_EQ(
+        setxattr(sandbox.folder().c_str(), test::kDefaultAccessList, list.data(), list.size(), 0),
+        0);
+    const test::FileState before = test::fileState(path);
+    const MendedFile result = mend(path);
+    ASSERT_TRUE(result.swap);
+    EXPECT_EQ(result.lostMetadata, "");
+    test::FileState expected = before;
+    expected.bytes = kMended;
+    EXPECT_EQ(test::fileState(path), expected);
+    for (const std::string& file : {path, result.swap->original}) {
+        std::string got(list.size() + 1, '\0');
+        ASSERT_EQ(getxattr(file.c_str(), test::kAccessList, got.data(), got.size()),
+                  static_cast<ssize_t>(list.size()))
+            << file;
+        EXPECT_EQ(got.substr(0, list.size()), list) << file;
+    }
+}
+
+TEST_F(MendFileTest, givesNoFileAnAccessControlListThatItHadNot) {
+    const std::string list = test::accessListFor1234();
+    ASSERT_EQ(chmod(path.c_str(), 0640), 0);
+    if (setxattr(sandbox.folder().c_str(), test::kDefaultAccessList, list.data(), list.size(), 0) !=
+        0) {
+        GTEST_SKIP() << "the volume has no access control lists: " << std::strerror(errno);
+    }
+    ASSERT_TRUE(mend(path).swap);
+    EXPECT_EQ(getxattr(path.c_str(), test::kAccessList, nullptr, 0), -1);
+    EXPECT_EQ(fs::status(path).permissions(), fs::perms(0640));
+}
+
+TEST_F(MendFileTest, leavesAFileAloneWhoseMendLeavesItsFinding) {
+    // Large enough for a result that is written while it is checked.
+    std::string large(kDamaged);
+    large.insert(large.find("\t<name>"), std::string(std::size_t{2} << 20U, ' '));
+    for (const std::string& bytes : {std::string(kDamaged), large}) {
+        sandbox.write("Cut.xml", bytes);
+        const test::FileState before = test::fileState(path);
+        MendRequest request;
+        request.check.usesThreads = true;
+        request.check.media = [](const ElementIndex& index, bool, Findings& findings) {
+            const TextSpan name = *index.textOf(index.childOf(0, "name"));
+            Finding* const finding = findings.add("media-folder"_rule, name);
+            finding->mend = Mend{Confidence::safe, "write another name", {{name.end(), 0, "x"}}};
+        };
+        const MendedFile result = mendFile(path, request, waiting, observer);
+        EXPECT_FALSE(result.swap);
+        EXPECT_FALSE(result.error);
+        EXPECT_EQ(result.mended.refusal,
+                  "the mends would leave or bring what the rule media-folder tells");
+        EXPECT_EQ(test::fileState(path), before);
+        EXPECT_THAT(namesInFolder(), ::testing::ElementsAre("Cut.xml"));
+        EXPECT_TRUE(test::namesIn(sandbox.home() + "/.Trash").empty());
+    }
 }
 
 TEST_F(MendFileTest, makesTheChosenMendAlone) {

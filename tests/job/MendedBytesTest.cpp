@@ -184,6 +184,90 @@ TEST(MendedBytes, showsTheDifferenceOfAFileInAnyEncoding) {
               "+<name>a &amp; b</name>\n </xmeml>\n");
 }
 
+TEST(MendedBytes, mendsDefinitionsOfAFileThatAreTheSameOnceTheyAreMended) {
+    const auto clip = [](std::string_view name, const std::string& file) {
+        return "<clip id=\"" + std::string(name) + "\"><name>c</name><duration>1</duration>" +
+               file + "</clip>";
+    };
+    const auto file = [](const std::string& name) {
+        return "<file id=\"f\"><name>" + name + "</name><duration>1</duration></file>";
+    };
+    const auto bin = [](const std::string& clips) {
+        return "<xmeml version=\"5\"><bin><name>b</name><children>" + clips +
+               "</children></bin></xmeml>";
+    };
+    const std::string first = clip("a", file("x &amp; y"));
+    const MendedBytes mended = MendedBytes::of(bin(first + clip("b", file("x & y"))), {});
+    EXPECT_EQ(mended.refusal, "");
+    EXPECT_EQ(mended.bytes, bin(first + clip("b", "<file id=\"f\"/>")));
+    EXPECT_THAT(madeIn(mended),
+                ::testing::ElementsAre("references-file-repeated 1", "xml-stray-ampersand 1"));
+    // Those that differ stay two files.
+    const MendedBytes different = MendedBytes::of(bin(first + clip("b", file("z & y"))), {});
+    EXPECT_EQ(different.refusal, "");
+    EXPECT_EQ(different.bytes, bin(first + clip("b", file("z &amp; y"))));
+    EXPECT_EQ(different.report.findings.count("references-file-redefined"_rule), 1U);
+}
+
+// Rules that a check is handed beside its own, and the faulty mends of one of them.
+struct FaultyMend {
+    std::string text;
+    bool isGoneAfterwards = false;
+};
+
+MendRequest withFaultyMend(const FaultyMend& mend) {
+    MendRequest request;
+    request.check.media = [mend](const ElementIndex& index, bool, Findings& findings) {
+        const TextSpan timebase = *index.textOf(
+            index.childOf(index.childOf(index.childOf(0, "sequence"), "rate"), "timebase"));
+        if (mend.isGoneAfterwards && timebase.of(index.text()) == mend.text) {
+            return;
+        }
+        Finding* const finding = findings.add("media-folder"_rule, timebase);
+        finding->mend = Mend{
+            Confidence::safe, "write a timebase", {{timebase.offset, timebase.length, mend.text}}};
+    };
+    return request;
+}
+
+constexpr std::string_view kSequence =
+    "<xmeml version=\"5\"><sequence><name>A & B</name><duration>0</duration><rate><timebase>25"
+    "</timebase><ntsc>FALSE</ntsc></rate></sequence></xmeml>";
+
+void expectRefusal(const MendedBytes& mended, std::string_view rule) {
+    const std::string why =
+        "the mends would leave or bring what the rule " + std::string(rule) + " tells";
+    EXPECT_EQ(mended.refusal, why);
+    EXPECT_EQ(mended.bytes, kSequence);
+    EXPECT_TRUE(mended.edits.empty());
+    EXPECT_TRUE(madeIn(mended).empty());
+    ASSERT_EQ(mended.records.size(), 2U);
+    for (const MendRecord& record : mended.records) {
+        EXPECT_EQ(record.why, why);
+    }
+    // Told of the file as it is.
+    EXPECT_EQ(mended.report.bytes, kSequence.size());
+    EXPECT_EQ(mended.report.findings.count("xml-stray-ampersand"_rule), 1U);
+}
+
+TEST(MendedBytes, refusesAMendThatLeavesItsFinding) {
+    expectRefusal(MendedBytes::of(std::string(kSequence), withFaultyMend({"24", false})),
+                  "media-folder");
+}
+
+TEST(MendedBytes, refusesAMendThatBringsAFinding) {
+    expectRefusal(MendedBytes::of(std::string(kSequence), withFaultyMend({"none", true})),
+                  "timing-timebase");
+}
+
+TEST(MendedBytes, makesAMendOfARuleThatIsHandedOver) {
+    const MendedBytes mended =
+        MendedBytes::of(std::string(kSequence), withFaultyMend({"24", true}));
+    EXPECT_EQ(mended.refusal, "");
+    EXPECT_THAT(madeIn(mended), ::testing::ElementsAre("xml-stray-ampersand 1", "media-folder 1"));
+    EXPECT_NE(mended.bytes.find("<timebase>24<"), std::string::npos);
+}
+
 }  // namespace
 
 }  // namespace vornic

@@ -34,6 +34,30 @@ TEST(EditList, leavesTheBytesAloneThatNoEditNames) {
     EXPECT_EQ(applyEdits("", {{0, 0, "new"}}), "new");
 }
 
+TEST(EditList, handsOverInLargePiecesWhatItWouldMake) {
+    std::mt19937 random(2);
+    std::string text(300'000, 'a');
+    EditList edits = randomEdits(random, 100'000);
+    for (const Edit& edit : randomEdits(random, 50)) {
+        edits.push_back({edit.offset + 200'000, edit.length, edit.text});
+    }
+    std::string made;
+    std::size_t pieces = 0;
+    const auto take = [&](std::string_view piece) {
+        made += piece;
+        ++pieces;
+        return true;
+    };
+    EXPECT_TRUE(forEachPieceAfter(text, edits, take));
+    EXPECT_TRUE(made == applyEdits(text, edits));
+    EXPECT_LT(pieces, 12U);
+    made.clear();
+    EXPECT_TRUE(forEachPieceAfter("abc", {{1, 1, "new"}}, take));
+    EXPECT_EQ(made, "anewc");
+    EXPECT_FALSE(forEachPieceAfter(text, edits, [](std::string_view) { return false; }));
+    EXPECT_FALSE(forEachPieceAfter("abc", {}, [](std::string_view) { return false; }));
+}
+
 TEST(EditList, composedEditsDoWhatBothListsDo) {
     std::mt19937 random(1);
     for (int round = 0; round < 20000; ++round) {

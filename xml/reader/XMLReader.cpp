@@ -85,14 +85,14 @@ Fault readWithoutForbidden(std::string_view text, XMLInput::Listeners listeners,
 }  // namespace
 
 XMLReading readXML(std::string_view text, XMLMode mode, XMLReaderEvents* events, XMLMendSink* sink,
-                   XMLKeeping keeping) {
+                   XMLKeeping keeping, XMLForbidden forbidden) {
     XMLReading reading;
     const XMLInput::Listeners listeners{.events = events,
                                         .sink = mode == XMLMode::tolerant ? sink : nullptr,
                                         .keeping = keeping,
                                         .dropped = nullptr};
-    const std::size_t runs =
-        mode == XMLMode::tolerant ? ForbiddenCharacters::runsIn(text) : std::size_t{0};
+    const bool mayDrop = mode == XMLMode::tolerant && forbidden == XMLForbidden::unknown;
+    const std::size_t runs = mayDrop ? ForbiddenCharacters::runsIn(text) : std::size_t{0};
     const bool drops = runs != 0 && (!listeners.keepNothing() || runs < kManyRuns);
     Fault fault = drops ? readWithoutForbidden(text, listeners, reading)
                         : readText(text, mode, listeners, reading);

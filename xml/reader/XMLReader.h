@@ -7,6 +7,7 @@
 
 #include "xml/reader/XMLReaderEvents.h"
 #include "xml/reader/XMLReading.h"
+#include "xml/text/TextSurvey.h"
 
 namespace vornic {
 
@@ -24,10 +25,12 @@ namespace vornic {
 ///     sink, and very many of them, they may be left in).
 /// @param sink for the tolerant mode, told of the mends; or null
 /// @param keeping what the result holds beside what the sink is told; without a sink it holds all
+/// @param forbidden for the tolerant mode, which otherwise goes through the text once more
 /// @return the findings; faults carry line and column in the error and in its description.
 [[nodiscard]] XMLReading readXML(std::string_view text, XMLMode mode,
                                  XMLReaderEvents* events = nullptr, XMLMendSink* sink = nullptr,
-                                 XMLKeeping keeping = XMLKeeping::nothing);
+                                 XMLKeeping keeping = XMLKeeping::nothing,
+                                 XMLForbidden forbidden = XMLForbidden::unknown);
 
 /// Applies the edits of a reading to the text that was read.
 [[nodiscard]] std::string applyXMLEdits(std::string_view text, const std::vector<XMLEdit>& edits);

@@ -132,44 +132,65 @@ std::optional<std::string> unsupported(std::string_view name, TextDecoding& how,
     return std::nullopt;
 }
 
-std::optional<std::string> decodeUTF8(std::string bytes, TextDecoding& how, ErrorSlot& error) {
-    how.faultOffset = firstInvalidUTF8(bytes).value_or(0);
-    return textFromUTF8(std::move(bytes), error);
-}
+// Makes the text of bytes, of which something may be known.
+class Decoder {
+  public:
+    Decoder(const TextSurvey* survey, TextDecoding& how, ErrorSlot& error)
+        : survey_(survey), how_(how), error_(error) {}
 
-std::optional<std::string> decodeDeclared(std::string bytes, TextDecoding& how, ErrorSlot& error) {
-    const std::string name(declaredEncoding(bytes));
-    if (name.empty()) {
-        return decodeUTF8(std::move(bytes), how, error);
+    std::optional<std::string> decode(std::string bytes) {
+        const Signature* const signature = signatureOf(bytes);
+        if (signature == nullptr) {
+            return decodeDeclared(std::move(bytes));
+        }
+        const std::string_view encoding = signature->converter;
+        how_.markLength = signature->isMark ? signature->bytes.size() : 0;
+        if (encoding == kUTF8) {
+            return decodeUTF8(std::move(bytes));
+        }
+        if (!encoding.starts_with(kUTF16)) {
+            return unsupported(encoding, how_, error_);
+        }
+        how_.encoding = encoding;
+        return convert(bytes, signature->converter, how_, error_);
     }
-    const char* const converter = converterFor(name);
-    if (converter == nullptr) {
-        return unsupported(firstInvalidUTF8(name) ? "unreadable" : name, how, error);
+
+  private:
+    std::optional<std::string> decodeDeclared(std::string bytes) {
+        const std::string name(declaredEncoding(bytes));
+        if (name.empty()) {
+            return decodeUTF8(std::move(bytes));
+        }
+        const char* const converter = converterFor(name);
+        if (converter == nullptr) {
+            return unsupported(firstInvalidUTF8(name) ? "unreadable" : name, how_, error_);
+        }
+        // A declaration that can be read byte by byte is not UTF-16, whatever it says.
+        const std::string_view encoding = converter;
+        if (encoding == kUTF8 || encoding.starts_with(kUTF16)) {
+            return decodeUTF8(std::move(bytes));
+        }
+        how_.encoding = converter;
+        return convert(bytes, converter, how_, error_);
     }
-    // A declaration that can be read byte by byte is not UTF-16, whatever it says.
-    const std::string_view encoding = converter;
-    if (encoding == kUTF8 || encoding.starts_with(kUTF16)) {
-        return decodeUTF8(std::move(bytes), how, error);
+
+    std::optional<std::string> decodeUTF8(std::string bytes) {
+        const TextSurvey survey = survey_ == nullptr ? TextSurvey(bytes) : *survey_;
+        if (survey.isUTF8()) {
+            how_.forbidden = survey.forbidden();
+        } else {
+            how_.faultOffset = firstInvalidUTF8(bytes).value_or(0);
+        }
+        return textFromUTF8(std::move(bytes), survey, error_);
     }
-    how.encoding = converter;
-    return convert(bytes, converter, how, error);
-}
+
+    const TextSurvey* survey_;
+    TextDecoding& how_;
+    ErrorSlot& error_;
+};
 
 std::optional<std::string> decode(std::string bytes, TextDecoding& how, ErrorSlot& error) {
-    const Signature* const signature = signatureOf(bytes);
-    if (signature == nullptr) {
-        return decodeDeclared(std::move(bytes), how, error);
-    }
-    const std::string_view encoding = signature->converter;
-    how.markLength = signature->isMark ? signature->bytes.size() : 0;
-    if (encoding == kUTF8) {
-        return decodeUTF8(std::move(bytes), how, error);
-    }
-    if (!encoding.starts_with(kUTF16)) {
-        return unsupported(encoding, how, error);
-    }
-    how.encoding = encoding;
-    return convert(bytes, signature->converter, how, error);
+    return Decoder(nullptr, how, error).decode(std::move(bytes));
 }
 
 }  // namespace
@@ -217,19 +238,26 @@ std::optional<std::size_t> firstInvalidUTF8(std::string_view bytes) {
 }
 
 std::optional<std::string> textFromUTF8(std::string bytes, ErrorSlot& error) {
+    const TextSurvey survey(bytes);
+    return textFromUTF8(std::move(bytes), survey, error);
+}
+
+std::optional<std::string> textFromUTF8(std::string bytes, const TextSurvey& survey,
+                                        ErrorSlot& error) {
     const std::size_t markLength = bytes.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
-    if (const std::optional<std::size_t> invalid = firstInvalidUTF8(bytes)) {
-        TextPlace place(std::string_view(bytes).substr(markLength));
-        place.moveTo(*invalid - markLength);
-        error = Error{std::string(kTextErrorDomain), static_cast<int>(XMLErrorCode::invalidUTF8),
-                      sentenceWithPlace(place.line(), place.column(),
-                                        "the bytes here (at offset " + std::to_string(*invalid) +
-                                            ") are not UTF-8 text."),
-                      place.line(), place.column()};
-        return std::nullopt;
+    if (survey.isUTF8()) {
+        bytes.erase(0, markLength);
+        return bytes;
     }
-    bytes.erase(0, markLength);
-    return bytes;
+    const std::size_t invalid = firstInvalidUTF8(bytes).value_or(0);
+    TextPlace place(std::string_view(bytes).substr(markLength));
+    place.moveTo(invalid - markLength);
+    error = Error{std::string(kTextErrorDomain), static_cast<int>(XMLErrorCode::invalidUTF8),
+                  sentenceWithPlace(place.line(), place.column(),
+                                    "the bytes here (at offset " + std::to_string(invalid) +
+                                        ") are not UTF-8 text."),
+                  place.line(), place.column()};
+    return std::nullopt;
 }
 
 std::optional<std::string> decodeXMLBytes(std::string bytes, ErrorSlot& error) {
@@ -239,6 +267,11 @@ std::optional<std::string> decodeXMLBytes(std::string bytes, ErrorSlot& error) {
 
 std::optional<std::string> decodeXMLText(std::string bytes, TextDecoding& how, ErrorSlot& error) {
     return decode(std::move(bytes), how, error);
+}
+
+std::optional<std::string> decodeXMLText(std::string bytes, const TextSurvey& survey,
+                                         TextDecoding& how, ErrorSlot& error) {
+    return Decoder(&survey, how, error).decode(std::move(bytes));
 }
 
 std::optional<DecodedText> decodeXMLText(std::string bytes, ErrorSlot& error) {
@@ -262,9 +295,11 @@ std::optional<std::string_view> textWithin(std::string_view bytes, TextDecoding&
     } else if (signature->converter != std::string_view(kUTF8)) {
         return std::nullopt;
     }
-    if (firstInvalidUTF8(bytes)) {
+    const TextSurvey survey(bytes);
+    if (!survey.isUTF8()) {
         return std::nullopt;
     }
+    how.forbidden = survey.forbidden();
     how.encoding = kUTF8;
     how.markLength = signature == nullptr ? 0 : signature->bytes.size();
     return bytes.substr(how.markLength);

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "base/Error.h"
+#include "xml/text/TextSurvey.h"
 
 namespace vornic {
 
@@ -21,6 +22,11 @@ inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 /// @return nothing, with the slot filled (line, column and byte offset of the first bad byte), when
 ///     they are not UTF-8.
 [[nodiscard]] std::optional<std::string> textFromUTF8(std::string bytes, ErrorSlot& error);
+
+/// The same for bytes that have been looked at.
+/// @param survey of all of them
+[[nodiscard]] std::optional<std::string> textFromUTF8(std::string bytes, const TextSurvey& survey,
+                                                      ErrorSlot& error);
 
 /// Turns the bytes of an XML file into UTF-8 text by the byte order mark, else by the pattern of
 /// the first bytes and the encoding declaration (XML 1.0 appendix F), else as UTF-8. Known
@@ -37,6 +43,8 @@ struct TextDecoding {
     std::size_t markLength = 0;
     /// The offset of the first byte of the file that could not be decoded; 0 when all could.
     std::size_t faultOffset = 0;
+    /// Of the text; looked at in UTF-8 alone.
+    XMLForbidden forbidden = XMLForbidden::unknown;
 };
 
 struct DecodedText {
@@ -50,6 +58,11 @@ struct DecodedText {
 /// taken for, by its own name when it is not known.
 [[nodiscard]] std::optional<std::string> decodeXMLText(std::string bytes, TextDecoding& how,
                                                        ErrorSlot& error);
+
+/// The same for bytes that have been looked at.
+/// @param survey of all of them
+[[nodiscard]] std::optional<std::string> decodeXMLText(std::string bytes, const TextSurvey& survey,
+                                                       TextDecoding& how, ErrorSlot& error);
 
 /// The text of bytes that are UTF-8 by the same rules, where it lies in them. Costs no memory.
 /// @return nothing for bytes in another encoding and for those that do not fit theirs.

@@ -241,8 +241,14 @@ XMLDocument::XMLDocument(std::unique_ptr<State> state) : state_(std::move(state)
 XMLDocument::~XMLDocument() = default;
 
 std::unique_ptr<XMLDocument> XMLDocument::parse(std::string text, XMLMode mode, ErrorSlot& error) {
+    return parse(std::move(text), XMLForbidden::unknown, mode, error);
+}
+
+std::unique_ptr<XMLDocument> XMLDocument::parse(std::string text, XMLForbidden forbidden,
+                                                XMLMode mode, ErrorSlot& error) {
     const std::size_t offset = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
-    XMLReading reading = readXML(std::string_view(text).substr(offset), mode);
+    XMLReading reading = readXML(std::string_view(text).substr(offset), mode, nullptr, nullptr,
+                                 XMLKeeping::nothing, forbidden);
     if (reading.fault) {
         error = std::move(reading.fault);
         return nullptr;
@@ -263,12 +269,15 @@ std::unique_ptr<XMLDocument> XMLDocument::fromReading(std::string text, XMLReadi
 std::unique_ptr<XMLDocument> XMLDocument::load(const std::string& path, XMLMode mode,
                                                ErrorSlot& error) {
     platform::FileSnapshot snapshot;
-    std::optional<std::string> bytes = platform::readFileForChange(path, snapshot, error);
+    TextSurvey survey;
+    std::optional<std::string> bytes = platform::readFileForChange(path, survey, snapshot, error);
     if (!bytes) {
         return nullptr;
     }
-    std::optional<std::string> text = decodeXMLBytes(std::move(*bytes), error);
-    std::unique_ptr<XMLDocument> document = text ? parse(std::move(*text), mode, error) : nullptr;
+    TextDecoding how;
+    std::optional<std::string> text = decodeXMLText(std::move(*bytes), survey, how, error);
+    std::unique_ptr<XMLDocument> document =
+        text ? parse(std::move(*text), how.forbidden, mode, error) : nullptr;
     if (document) {
         document->state_->path = path;
         document->state_->snapshot = snapshot;

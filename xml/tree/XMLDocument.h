@@ -103,6 +103,8 @@ class XMLDocument {
 
   private:
     struct State;
+    static std::unique_ptr<XMLDocument> parse(std::string text, XMLForbidden forbidden,
+                                              XMLMode mode, ErrorSlot& error);
     explicit XMLDocument(std::unique_ptr<State> state);
     std::unique_ptr<State> state_;
 };

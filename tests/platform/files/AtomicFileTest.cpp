@@ -17,6 +17,7 @@
 
 #include "platform/files/AtomicFile.h"
 #include "tests/support/fakes/FailingSystemCall.h"
+#include "tests/support/machine/AccessList.h"
 #include "tests/support/machine/PrivateMounts.h"
 #include "tests/support/machine/Sandbox.h"
 #include "tests/support/machine/Unprivileged.h"
@@ -220,35 +221,16 @@ TEST_F(AtomicFilePermissionTest, keepsExtendedAttributesOfAFileThatForbidsWritin
     EXPECT_EQ(modeOf(path), 0444U);
 }
 
-/// An access control list that lets user 1234 read and write, as the kernel stores it.
-std::string accessListFor1234() {
-    struct Entry {
-        std::uint16_t tag;
-        std::uint16_t rights;
-        std::uint32_t id;
-    };
-    constexpr std::uint32_t kVersion = 2;
-    constexpr std::uint32_t kNobody = 0xFFFFFFFF;
-    const std::vector<Entry> entries{{0x01, 6, kNobody},
-                                     {0x02, 6, 1234},
-                                     {0x04, 4, kNobody},
-                                     {0x10, 6, kNobody},
-                                     {0x20, 0, kNobody}};
-    std::string bytes(reinterpret_cast<const char*>(&kVersion), sizeof kVersion);
-    bytes.append(reinterpret_cast<const char*>(entries.data()), entries.size() * sizeof(Entry));
-    return bytes;
-}
-
 TEST_F(AtomicFileTest, keepsAnAccessControlList) {
     const std::string path = sandbox.write("file", "old");
-    const std::string list = accessListFor1234();
-    if (setxattr(path.c_str(), "system.posix_acl_access", list.data(), list.size(), 0) != 0) {
+    const std::string list = test::accessListFor1234();
+    if (setxattr(path.c_str(), test::kAccessList, list.data(), list.size(), 0) != 0) {
         GTEST_SKIP() << "the volume has no access control lists";
     }
     const mode_t mode = modeOf(path);
     EXPECT_TRUE(write(path, "new", error));
     std::string got(list.size(), '\0');
-    ASSERT_EQ(getxattr(path.c_str(), "system.posix_acl_access", got.data(), got.size()),
+    ASSERT_EQ(getxattr(path.c_str(), test::kAccessList, got.data(), got.size()),
               static_cast<ssize_t>(list.size()));
     EXPECT_TRUE(got == list);
     EXPECT_EQ(modeOf(path), mode);
@@ -257,13 +239,13 @@ TEST_F(AtomicFileTest, keepsAnAccessControlList) {
 TEST_F(AtomicFileTest, takesNoAccessControlListFromTheFolderOver) {
     const std::string path = sandbox.write("file", "old");
     ASSERT_EQ(chmod(path.c_str(), 0640), 0);
-    const std::string list = accessListFor1234();
-    if (setxattr(sandbox.folder().c_str(), "system.posix_acl_default", list.data(), list.size(),
-                 0) != 0) {
+    const std::string list = test::accessListFor1234();
+    if (setxattr(sandbox.folder().c_str(), test::kDefaultAccessList, list.data(), list.size(), 0) !=
+        0) {
         GTEST_SKIP() << "the volume has no access control lists";
     }
     EXPECT_TRUE(write(path, "new", error));
-    EXPECT_EQ(getxattr(path.c_str(), "system.posix_acl_access", nullptr, 0), -1);
+    EXPECT_EQ(getxattr(path.c_str(), test::kAccessList, nullptr, 0), -1);
     EXPECT_EQ(modeOf(path), 0640U);
 }
 

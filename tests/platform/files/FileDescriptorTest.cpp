@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/files/ContentsWatcher.h"
 #include "platform/files/FileDescriptor.h"
 #include "tests/support/machine/Sandbox.h"
 #include "tests/support/programs/ChildProcess.h"
@@ -124,6 +125,34 @@ TEST_F(FileDescriptorTest, readsWhatWasWrittenToBeSyncedWhateverItsSize) {
         std::string got = "what was there";
         ASSERT_EQ(readContents(file.get(), got), 0);
         EXPECT_TRUE(got == "head" + text) << size;
+    }
+}
+
+TEST_F(FileDescriptorTest, showsWhatItReadsPieceByPiece) {
+    class Watcher : public ContentsWatcher {
+      public:
+        void begin() override { seen.clear(); }
+        void take(std::string_view piece) override { seen += piece; }
+        std::string seen = "of an earlier reading";
+    };
+    std::string text((std::size_t{1} << 20U) + 7, '\0');
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        text[at] = static_cast<char>(at % 251);
+    }
+    for (const std::string& contents : {std::string(), std::string("short"), text}) {
+        const std::string path = sandbox.write("watched", contents);
+        const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+        Watcher watcher;
+        DigestedContents digested(&watcher);
+        std::string bytes;
+        ASSERT_EQ(readContents(file.get(), bytes, digested), 0);
+        EXPECT_TRUE(bytes == contents) << contents.size();
+        EXPECT_TRUE(watcher.seen == contents) << contents.size();
+        EXPECT_EQ(digested.digest(), ContentDigest::of(contents));
+        ErrorSlot error;
+        const std::optional<std::string> again = readFile(path, digested, error);
+        EXPECT_TRUE(again == contents && watcher.seen == contents) << contents.size();
+        EXPECT_EQ(digested.digest(), ContentDigest::of(contents));
     }
 }
 

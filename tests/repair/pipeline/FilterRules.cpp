@@ -8,6 +8,7 @@
 #include "base/Utf8.h"
 #include "repair/pipeline/CharacterFilter.h"
 #include "xml/reader/ForbiddenCharacters.h"
+#include "xml/reader/XMLReader.h"
 #include "xml/text/TextDecoding.h"
 
 namespace vornic::test {
@@ -65,6 +66,32 @@ std::string brokenRuleOfOffsets(std::string_view text, std::string_view filtered
 
 }  // namespace
 
+std::string brokenRuleOfMovedReading(std::string_view text, bool& isMoved) {
+    isMoved = false;
+    if (firstInvalidUTF8(text)) {
+        return "";
+    }
+    XMLReading reading = readXML(text, XMLMode::tolerant);
+    if (reading.fault || !reading.mends.empty() || !reading.edits.empty()) {
+        return "";
+    }
+    Counter counter;
+    const FilteredText filtered = filterInvalidCharacters(text, counter, &reading).value();
+    if (!filtered.isRead) {
+        return filtered.isChanged ? "" : "the text is the same, and its reading is not";
+    }
+    isMoved = filtered.isChanged;
+    const XMLReading anew = readXML(filtered.isChanged ? filtered.text : text, XMLMode::strict);
+    if (anew.fault) {
+        return "the result cannot be read: " + anew.fault->localizedDescription();
+    }
+    const bool isSame = reading.hasMixedContent == anew.hasMixedContent &&
+                        reading.contentOffset == anew.contentOffset &&
+                        reading.emptyPairs == anew.emptyPairs &&
+                        reading.referencedBlanks == anew.referencedBlanks;
+    return isSame ? "" : "the reading is not that of the result";
+}
+
 std::string brokenRuleOfFilter(std::string_view text) {
     if (firstInvalidUTF8(text)) {
         return "";
@@ -91,7 +118,9 @@ std::string brokenRuleOfFilter(std::string_view text) {
             return "another number of characters was removed than had to go";
         }
     }
-    return brokenRuleOfOffsets(text, filtered);
+    bool isMoved = false;
+    const std::string broken = brokenRuleOfMovedReading(text, isMoved);
+    return broken.empty() ? brokenRuleOfOffsets(text, filtered) : broken;
 }
 
 }  // namespace vornic::test

@@ -11,6 +11,11 @@ namespace vornic::test {
 /// Bytes that are no UTF-8 never reach the filter and are not looked at.
 [[nodiscard]] std::string brokenRuleOfFilter(std::string_view text);
 
+/// How the reading of a text that was read without a fault or a mend differs from that of the
+/// filtered text, where the filter says that it is the same. "" when it does not.
+/// @param isMoved set when it is the same although the text has changed
+[[nodiscard]] std::string brokenRuleOfMovedReading(std::string_view text, bool& isMoved);
+
 }  // namespace vornic::test
 
 #endif
