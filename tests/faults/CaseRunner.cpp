@@ -317,8 +317,8 @@ CaseOutcome CaseRunner::runPair(const Prepared& prepared, const FaultCase& tried
     CaseOutcome outcome = conclude(scene, prepared, demands, end);
     outcome.story = "the second: " + storyOf(otherEnd) + outcome.story;
     if (otherEnd.hung || otherEnd.signal != 0) {
-        outcome.wrongs.push_back(otherEnd.hung ? "the second run hung"
-                                               : "a signal ended the second run");
+        outcome.wrongs.emplace_back(otherEnd.hung ? "the second run hung"
+                                                  : "a signal ended the second run");
     }
     return outcome;
 }

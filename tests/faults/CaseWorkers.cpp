@@ -17,7 +17,7 @@ namespace vornic::test {
 namespace {
 
 // Messages keep their bounds, up to this many bytes.
-constexpr std::size_t kLongestMessage = 64 * 1024;
+constexpr std::size_t kLongestMessage = std::size_t{64} * 1024;
 constexpr std::size_t kHead = 2;
 
 ssize_t receive(int line, std::array<char, kLongestMessage>& message) {
