@@ -238,12 +238,12 @@ TEST_F(SetUpScripts, installsOtherPeoplesToolsForTheTests) {
     fakeTool("ctest");
     EXPECT_EQ(run(checkout_ + "/test").status, 0);
     // The accessibility bus is there or not, as a file and no program.
-    EXPECT_THAT(
-        record(),
-        ::testing::ContainsRegex(
-            "install unzip libarchive-tools xdg-utils file libxml2-utils xvfb xdotool "
-            "openbox dbus-daemon libglib2.0-bin( gvfs)?( at-spi2-core)? x11-xkb-utils locales "
-            "groff-base zsh fish( polkitd)? pkexec\n"))
+    EXPECT_THAT(record(),
+                ::testing::ContainsRegex(
+                    "install unzip libarchive-tools xdg-utils file libxml2-utils xvfb xdotool "
+                    "openbox dbus-daemon sway( qt6-wayland)? libglib2.0-bin( gvfs)?( "
+                    "at-spi2-core)? x11-xkb-utils locales "
+                    "groff-base zsh fish( polkitd)? pkexec\n"))
         << record();
 }
 
