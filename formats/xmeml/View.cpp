@@ -157,7 +157,7 @@ std::string View::describe(ElementNumber element) const {
         const std::string_view outer = nounOf(nameOf(around));
         const std::string outerTitle = outer.empty() ? std::string() : titleOf(around);
         if (!outerTitle.empty()) {
-            return text + " of the " + std::string(outer) + " \"" + outerTitle + "\"";
+            return text.append(" of the ").append(outer).append(" \"" + outerTitle + "\"");
         }
         around = index_->parentOf(around);
     }
