@@ -56,7 +56,8 @@ void* allocate(std::size_t size) noexcept {
 
 }  // namespace vornic::test
 
-// The program's own operators; those for arrays and those that return null call them.
+// The program's own operators. All of them, since a sanitizer brings its own for those that are
+// left, which would not match. Those for larger alignments stay as they are, as pairs.
 
 void* operator new(std::size_t size) {
     void* const memory = vornic::test::allocate(size);
@@ -66,10 +67,38 @@ void* operator new(std::size_t size) {
     return memory;
 }
 
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+    return vornic::test::allocate(size);
+}
+
+void* operator new[](std::size_t size) {
+    return operator new(size);
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept {
+    return operator new(size, tag);
+}
+
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }
 
 void operator delete(void* memory, std::size_t /*size*/) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, const std::nothrow_t& /*tag*/) noexcept {
+    std::free(memory);
+}
+
+void operator delete[](void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete[](void* memory, std::size_t /*size*/) noexcept {
+    std::free(memory);
+}
+
+void operator delete[](void* memory, const std::nothrow_t& /*tag*/) noexcept {
     std::free(memory);
 }
