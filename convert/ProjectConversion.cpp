@@ -184,6 +184,7 @@ class Converting {
             return tellLowest(from->text(), lowest ? lowest->text() : "");
         }
         if (!isFCPXMLTarget(request_.to)) {
+            result_.isOtherFormat = true;
             return refuse(
                 formatString("It is FCPXML, which is not converted to XMEML %@.", request_.to));
         }
@@ -210,6 +211,7 @@ class Converting {
             return tellLowest(versionText(), elements->lowestVersion(*index_));
         }
         if (!isXMEMLTarget(request_.to)) {
+            result_.isOtherFormat = true;
             return refuse(
                 formatString("It is XMEML, which is not converted to FCPXML %@.", request_.to));
         }

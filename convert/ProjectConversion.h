@@ -43,6 +43,8 @@ struct ProjectConversion {
     std::uint64_t losses = 0;
     /// Why nothing can be written, as a sentence; "" when something can.
     std::string refusal;
+    /// Whether it was refused because the file's format has no such version.
+    bool isOtherFormat = false;
     /// Where; 0 for the file as a whole.
     std::size_t line = 0;
     std::size_t column = 0;

@@ -17,6 +17,7 @@
 #include "desktop/Release.h"
 #include "desktop/Sheet.h"
 #include "desktop/WindowSize.h"
+#include "formats/fcpxml/Bundle.h"
 #include "platform/files/AtomicFile.h"
 
 namespace vornic {
@@ -206,8 +207,8 @@ QWidget* DocumentMainWindow::makeFoot() {
 }
 
 void DocumentMainWindow::saveReport() {
-    const QString proposal =
-        pathToQString(withoutExtension(path_)) + tr(" report") + QStringLiteral(".txt");
+    const QString proposal = pathToQString(withoutExtension(fcpxml::bundleAround(path_))) +
+                             tr(" report") + QStringLiteral(".txt");
     auto* const panel = new QFileDialog(this, tr("Save Report"));
     panel->setObjectName(QStringLiteral("saveReportPanel"));
     panel->setAttribute(Qt::WA_DeleteOnClose);

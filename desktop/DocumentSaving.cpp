@@ -19,6 +19,7 @@
 #include "desktop/DocumentThread.h"
 #include "desktop/FileIcons.h"
 #include "desktop/QtText.h"
+#include "formats/fcpxml/Bundle.h"
 #include "foundation/log/QMLog.h"
 #include "platform/files/AtomicFile.h"
 #include "platform/files/FileSystem.h"
@@ -117,9 +118,10 @@ void DocumentMainWindow::saveFindings() {
     if (isStillLookedAt()) {
         return;
     }
-    QFileDialog* const panel = makePanel(
-        this, "saveFindingsPanel", tr("Save Findings"),
-        pathToQString(withoutExtension(path_)) + tr(" findings") + QStringLiteral(".html"));
+    QFileDialog* const panel =
+        makePanel(this, "saveFindingsPanel", tr("Save Findings"),
+                  pathToQString(withoutExtension(fcpxml::bundleAround(path_))) + tr(" findings") +
+                      QStringLiteral(".html"));
     panel->setNameFilters({tr("Web page (*.html)"), tr("PDF (*.pdf)"), tr("Text (*.txt)"),
                            tr("JSON (*.json)"), tr("All files (*)")});
     panel->setDefaultSuffix(QStringLiteral("html"));

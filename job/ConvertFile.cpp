@@ -78,6 +78,7 @@ class Converting {
 
   private:
     void convert(SwapObserver& observer) {
+        file_.isOtherFormat = conversion_.isOtherFormat;
         if (!conversion_.refusal.empty()) {
             return refuse(formatString("The file %@%@ was not converted: %@", path_, placeInFile(),
                                        conversion_.refusal));

@@ -44,6 +44,8 @@ struct ConvertedFile {
     std::uint64_t losses = 0;
     /// Why nothing was written although something was to be, as a sentence; "" otherwise.
     std::string refusal;
+    /// Whether that is because the file's format has no such version.
+    bool isOtherFormat = false;
     /// What the user should know besides, a sentence each.
     std::vector<std::string> notes;
     /// Where the original lies after `isInPlace`; "" otherwise.

@@ -10,6 +10,11 @@ bool isBundleName(std::string_view path) {
     return lowercased(splitExtension(name).extension) == kBundleExtension;
 }
 
+std::string bundleAround(const std::string& path) {
+    const std::string folder = parentFolder(path);
+    return isBundleName(folder) ? folder : path;
+}
+
 std::string contentOfBundle(std::string_view bundle) {
     return joinPath(bundle, kBundleContent);
 }

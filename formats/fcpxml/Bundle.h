@@ -14,6 +14,9 @@ inline constexpr std::string_view kBundleContent = "Info.fcpxml";
 /// Whether a path's last component is a bundle's name, in any case. Nothing is looked up on disk.
 [[nodiscard]] bool isBundleName(std::string_view path);
 
+/// What a user takes for the file: the bundle where the path leads into one, else the path.
+[[nodiscard]] std::string bundleAround(const std::string& path);
+
 /// The path of the project in a bundle.
 [[nodiscard]] std::string contentOfBundle(std::string_view bundle);
 

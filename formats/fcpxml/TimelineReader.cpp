@@ -414,9 +414,20 @@ TimecodeCount Reader::sourceOf(const StoryElement& story) {
     TimecodeCount count;
     count.frame = resources_.frameDurationOf(story.format);
     count.isDropFrame = story.tcFormat == "DF";
-    if (const Resource* const media = resources_.find(story.reference);
-        media != nullptr && !count.frame.isKnown()) {
+    const Resource* const media = resources_.find(story.reference);
+    if (media == nullptr) {
+        return count;
+    }
+    if (!count.frame.isKnown()) {
         count.frame = media->frameDuration;
+    }
+    // Compound and multicam clips leave it to what they show.
+    for (const std::string_view name : {"sequence", "multicam"}) {
+        const ElementNumber shown = index_.childOf(media->element, name);
+        if (shown != kNoElement) {
+            count.frame = resources_.frameDurationOf(index_.attributeTextOf(shown, "format"));
+            count.isDropFrame = index_.attributeTextOf(shown, "tcFormat") == "DF";
+        }
     }
     return count;
 }

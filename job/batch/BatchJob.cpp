@@ -292,10 +292,12 @@ BatchOutcome BatchJob::convert(const std::string& path) const {
     }
     if (file.refusal.empty()) {
         outcome.result = BatchResult::converted;
-    } else {
-        outcome.result = stop_.stopRequested() ? BatchResult::cancelled : BatchResult::failed;
-        outcome.reason = std::move(file.refusal);
+        return outcome;
     }
+    outcome.result = stop_.stopRequested() ? BatchResult::cancelled
+                     : file.isOtherFormat  ? BatchResult::unable
+                                           : BatchResult::failed;
+    outcome.reason = std::move(file.refusal);
     return outcome;
 }
 

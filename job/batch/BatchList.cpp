@@ -18,8 +18,7 @@ bool isLink(const std::string& path) {
 }
 
 void setPath(BatchRow& row, const std::string& path) {
-    const std::string parent = parentFolder(path);
-    const std::string seen = fcpxml::isBundleName(parent) ? parent : path;
+    const std::string seen = fcpxml::bundleAround(path);
     row.path = path;
     row.name = lastComponent(seen);
     row.folder = parentFolder(seen);

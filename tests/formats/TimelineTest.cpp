@@ -152,6 +152,17 @@ TEST(Timeline, knowsWhatCompoundAndMulticamClipsShow) {
     EXPECT_EQ(cameras.clips[0].position, Time(2));
 }
 
+TEST(Timeline, countsInAndOutOfAMulticamClipAsItsAnglesDo) {
+    std::string text = projectOf(
+        "<mc-clip name=\"multicam\" ref=\"r6\" offset=\"3600s\" "
+        "start=\"1801800/30000s\" duration=\"2s\"/>");
+    const std::string_view plain = "<multicam format=\"r1\"";
+    text.replace(text.find(plain), plain.size(), "<multicam format=\"r3\" tcFormat=\"DF\"");
+    const Timeline timeline = timelineOf(text);
+    const TimelineClip& clip = clipOf(timeline, "multicam");
+    EXPECT_EQ(clip.source.at(clip.in), "00:01:00;02");
+}
+
 TEST(Timeline, showsAnAuditionAsItsFirstClip) {
     const Timeline timeline = timelineOf(projectOf(
         "<audition offset=\"3601s\"><asset-clip name=\"shown\" ref=\"r2\" duration=\"3s\">"

@@ -17,6 +17,12 @@ TEST(FCPXMLBundle, isNotKnownByAnythingElse) {
     }
 }
 
+TEST(FCPXMLBundle, isWhatAUserTakesForTheFile) {
+    EXPECT_EQ(bundleAround("/in/Cut.fcpxmld/Info.fcpxml"), "/in/Cut.fcpxmld");
+    EXPECT_EQ(bundleAround("/in/Cut.fcpxml"), "/in/Cut.fcpxml");
+    EXPECT_EQ(bundleAround("Info.fcpxml"), "Info.fcpxml");
+}
+
 TEST(FCPXMLBundle, hasItsProjectInInfo) {
     EXPECT_EQ(contentOfBundle("/in/Cut.fcpxmld"), "/in/Cut.fcpxmld/Info.fcpxml");
     EXPECT_EQ(contentOfBundle("Cut.fcpxmld/"), "Cut.fcpxmld/Info.fcpxml");

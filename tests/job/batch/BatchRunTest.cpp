@@ -171,7 +171,8 @@ TEST_F(BatchAndProgramsTest, convertTheSame) {
     expectEqualFolders();
     EXPECT_EQ(rows().at("Other.fcpxml").result, BatchResult::converted);
     EXPECT_EQ(rows().at("Other.fcpxml").written, batchFolder + "/Other (1.10).fcpxml");
-    EXPECT_EQ(rows().at("Sound.xml").result, BatchResult::failed);
+    EXPECT_EQ(rows().at("Sound.xml").result, BatchResult::unable) << "it is of the other format";
+    EXPECT_EQ(rows().at("Cut.xml").result, BatchResult::failed) << "it cannot be read";
 }
 
 TEST_F(BatchAndProgramsTest, bringBackWhatARepairReplaced) {
