@@ -190,8 +190,11 @@ bool Application::receive(const std::vector<std::string>& paths, const std::stri
     if (openPanel_ && !paths.empty()) {
         openPanel_->reject();
     }
+    const bool isForBatch = goesToBatch(paths);
     openDocuments(paths);
-    bringToFront();
+    if (!isForBatch) {
+        bringToFront();
+    }
     qunsetenv(kActivationToken);
     return true;
 }
@@ -254,6 +257,20 @@ std::optional<std::vector<std::string>> Application::runOpenPanel(
 
 bool Application::openDocument(const std::string& path) {
     return open(documentAt(path), !PreferencesWindow::onlyChecksOpenedFiles());
+}
+
+void Application::forgetRecentFile(const std::string& path) {
+    RecentFiles::forget(path);
+    if (startWindow_) {
+        startWindow_->showRecentFiles();
+    }
+}
+
+void Application::clearRecentFiles() {
+    RecentFiles::clear();
+    if (startWindow_) {
+        startWindow_->showRecentFiles();
+    }
 }
 
 void Application::restoreOriginalOf(const std::string& path) {

@@ -71,6 +71,9 @@ class Application : public QObject, public ApplicationHost, public FileReceiver 
     void closeAll();
     /// Brings the original of a file back, in a window that does not repair it.
     void restoreOriginalOf(const std::string& path);
+    /// Takes a file off the list of recent files, and off the window that shows it.
+    void forgetRecentFile(const std::string& path);
+    void clearRecentFiles();
     void showPreferences();
     /// Shows a file in its folder.
     void showInFileManager(const std::string& path);

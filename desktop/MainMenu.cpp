@@ -141,14 +141,14 @@ class MenuBuilder {
                                  [application, path] { application->openDocuments({path}); });
             }
             addRestoring(*recent, application);
-            addForgetting(*recent);
+            addForgetting(*recent, application);
             if (recent->isEmpty()) {
                 recent->addAction(tr("No recent files"))->setEnabled(false);
                 return;
             }
             recent->addSeparator();
             QObject::connect(recent->addAction(tr("&Clear Menu")), &QAction::triggered, recent,
-                             [] { RecentFiles::clear(); });
+                             [application] { application->clearRecentFiles(); });
         });
     }
 
@@ -166,7 +166,7 @@ class MenuBuilder {
         return *action;
     }
 
-    static void addForgetting(QMenu& recent) {
+    static void addForgetting(QMenu& recent, Application* application) {
         if (recent.isEmpty()) {
             return;
         }
@@ -174,7 +174,8 @@ class MenuBuilder {
         forgetting->setObjectName(QStringLiteral("fileForgetRecent"));
         for (const std::string& path : RecentFiles::paths()) {
             QObject::connect(&addRecent(*forgetting, path, QString()), &QAction::triggered,
-                             forgetting, [path] { RecentFiles::forget(path); });
+                             forgetting,
+                             [application, path] { application->forgetRecentFile(path); });
         }
     }
 

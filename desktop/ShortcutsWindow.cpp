@@ -63,6 +63,15 @@ ShortcutsWindow::ShortcutsWindow(QMainWindow& window) : QDialog(&window) {
     addKeys(everywhere, tr("Choose the marked row, or open it"), tr("Return"));
     addKeys(everywhere, tr("Close a sheet or the search"), tr("Esc"));
     addKeys(everywhere, tr("Take a file off the list of recent files"), tr("Del"));
+    QTreeWidgetItem& timeline = addGroup(*list, tr("In the Timeline"));
+    addKeys(timeline, tr("The clip before or behind, on the same track"), tr("Left, Right"));
+    addKeys(timeline, tr("The clip at the same time, on the next track"), tr("Up, Down"));
+    addKeys(timeline, tr("Ten clips back, ten clips on"), tr("PgUp, PgDown"));
+    addKeys(timeline, tr("The first, the last clip of the track"), tr("Home, End"));
+    addKeys(timeline, tr("Open the clip, or show its line"), tr("Return"));
+    addKeys(timeline, tr("Back to the sequence that this one was opened in"), tr("Backspace"));
+    addKeys(timeline, tr("Zoom in, zoom out"), QStringLiteral("Ctrl++, Ctrl+-"));
+    addKeys(timeline, tr("Show the whole sequence"), QStringLiteral("Ctrl+0"));
     list->expandAll();
     list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
     list->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);

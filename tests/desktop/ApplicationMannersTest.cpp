@@ -83,6 +83,14 @@ TEST_F(ApplicationMannersTest, sendsMoreThanThreeFilesToTheBatchWhereThatIsPrefe
     EXPECT_NE(application.currentWindow(), nullptr) << "three have windows of their own";
 }
 
+TEST_F(ApplicationMannersTest, bringsTheBatchToTheFrontThatHasTakenWhatWasHandedOver) {
+    openManyInBatch();
+    opened(sandbox.write("open.xml", kSound));
+    ASSERT_TRUE(application.receive(fourFiles(), ""));
+    EXPECT_TRUE(waitForRows(4));
+    EXPECT_TRUE(waitUntil([&] { return application.batchWindow()->isActiveWindow(); }));
+}
+
 TEST_F(ApplicationMannersTest, opensEachOfManyFilesWhereNothingIsPreferred) {
     application.openDocuments(fourFiles());
     EXPECT_EQ(application.windows().size(), 4U);
@@ -139,7 +147,8 @@ TEST_F(ApplicationMannersTest, listsEachKeyOfItsMenus) {
     auto* const shown = visible<ShortcutsWindow>();
     ASSERT_NE(shown, nullptr);
     const auto* const list = shown->findChild<QTreeWidget*>();
-    for (const char* const key : {"Ctrl+B", "Ctrl+O", "Ctrl+F", "F10", "Shift+F10"}) {
+    for (const char* const key :
+         {"Ctrl+B", "Ctrl+O", "Ctrl+F", "F10", "Shift+F10", "Ctrl++, Ctrl+-", "Backspace"}) {
         EXPECT_EQ(
             list->findItems(QString::fromLatin1(key), Qt::MatchExactly | Qt::MatchRecursive, 1)
                 .size(),
@@ -179,6 +188,26 @@ TEST_F(ApplicationMannersTest, remembersFolderAndOutcomeOfRecentFilesAndForgetsT
     EXPECT_EQ(list->count(), 0);
     EXPECT_TRUE(RecentFiles::paths().empty());
     EXPECT_TRUE(exists(path));
+}
+
+TEST_F(ApplicationMannersTest, forgetsRecentFilesFromTheMenuOfTheStartWindow) {
+    for (const char* const name : {"a.xml", "b.xml", "c.xml"}) {
+        RecentFiles::add(sandbox.write(name, kSound));
+    }
+    auto* const window = visible<StartWindow>();
+    window->showRecentFiles();
+    auto* const list = window->findChild<QListWidget*>();
+    ASSERT_EQ(list->count(), 3);
+    entries(*window, "fileOpenRecent");
+    const QList<QAction*> files =
+        window->findChild<QMenu*>(QStringLiteral("fileForgetRecent"))->actions();
+    ASSERT_EQ(files.size(), 3);
+    files.first()->trigger();
+    ASSERT_EQ(list->count(), 2);
+    EXPECT_TRUE(list->item(0)->text().startsWith(QStringLiteral("b.xml")));
+    entries(*window, "fileOpenRecent");
+    window->findChild<QMenu*>(QStringLiteral("fileOpenRecent"))->actions().last()->trigger();
+    EXPECT_EQ(list->count(), 0);
 }
 
 TEST_F(ApplicationMannersTest, showsMenusOfRowsByShiftAndF10) {
