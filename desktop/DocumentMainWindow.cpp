@@ -223,6 +223,9 @@ void DocumentMainWindow::saveReport() {
 }
 
 void DocumentMainWindow::writeReport(const std::string& path) {
+    if (isOwnFile(path, "Unable to save the report")) {
+        return;
+    }
     report_->flush();
     ErrorSlot error;
     const std::string text = report_->toPlainText().toStdString() + "\n";

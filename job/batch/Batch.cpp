@@ -376,8 +376,21 @@ void Batch::leaveWaiting() {
 
 bool Batch::holds(const std::string& path) const {
     const BatchList::Identity identity = BatchList::identityAt(path);
-    const std::lock_guard lock(mutex_);
-    return list_.has(identity);
+    if (identity == BatchList::Identity()) {
+        return false;
+    }
+    const auto leadsThere = [&](const std::string& other) {
+        return BatchList::identityAt(other) == identity;
+    };
+    // As it is now: a program that saves a file may put another one in its place.
+    for (std::size_t number = 0; number < size(); ++number) {
+        const BatchRow each = row(number);
+        if (leadsThere(each.path) ||
+            std::any_of(each.otherPaths.begin(), each.otherPaths.end(), leadsThere)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 bool Batch::writeHTML(const std::function<bool(std::string_view piece)>& sink) const {

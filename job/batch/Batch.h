@@ -79,7 +79,7 @@ class Batch {
     /// Waits until no run goes on and the observer has been told so.
     void wait();
 
-    /// Whether the file that a path leads to is one of the rows. Asks the file system.
+    /// Whether the file that a path leads to now is that of a row. Asks the file system about each.
     [[nodiscard]] bool holds(const std::string& path) const;
     /// All reports as one HTML document, piece by piece; may be called during a run.
     /// @return false when the sink returned false, and when the rows were forgotten meanwhile.

@@ -39,10 +39,6 @@ class BatchList {
                                    const std::vector<std::string>& otherPaths);
     /// Takes what `look` has told: paths that lead elsewhere are no longer names of the row.
     void take(std::size_t row, const Look& look);
-    /// Whether a row has that file.
-    [[nodiscard]] bool has(const Identity& identity) const {
-        return identity != Identity() && byIdentity_.contains(identity);
-    }
     void clear();
 
     [[nodiscard]] std::size_t size() const { return rows_.size(); }

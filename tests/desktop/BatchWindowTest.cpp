@@ -207,6 +207,9 @@ TEST_F(BatchWindowTest, savesAllReportsAsOneDocument) {
 TEST_F(BatchWindowTest, savesNoReportsInThePlaceOfItsFiles) {
     add({makeFolder()});
     run(BatchAction::check);
+    // An editor has saved it: another file, by the same name.
+    sandbox.write("cuts/new", kFault);
+    fs::rename(sandbox.path("cuts/new"), sandbox.path("cuts/b.xml"));
     for (const char* const name : {"cuts/b.xml", "cuts/c.xml"}) {
         window->saveReportsTo(sandbox.path(name));
         ASSERT_TRUE(waitUntil([] { return visible<QMessageBox>() != nullptr; })) << name;

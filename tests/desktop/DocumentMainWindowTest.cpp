@@ -176,6 +176,18 @@ TEST_F(DocumentMainWindowTest, reportsWhyTheReportCannotBeSaved) {
     EXPECT_FALSE(alert()->informativeText().isEmpty());
 }
 
+TEST_F(DocumentMainWindowTest, savesNoReportInThePlaceOfTheFile) {
+    const std::string path = sandbox.write("cut.xml", kSound);
+    open(path);
+    alertAtTheEnd();
+    window->saveReport();
+    Q_EMIT child<QFileDialog>("saveReportPanel").fileSelected(QString::fromStdString(path));
+    ASSERT_NE(alert(), nullptr);
+    EXPECT_EQ(alert()->informativeText(),
+              QStringLiteral("It would take the place of the project file."));
+    EXPECT_EQ(readBytes(path), kSound);
+}
+
 TEST_F(DocumentMainWindowTest, showsANameThatLooksLikeMarkupAsItIs) {
     open(sandbox.write("<b>[*]\n.xml", kSound));
     alertAtTheEnd();
