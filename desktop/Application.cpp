@@ -1,13 +1,7 @@
 #include "desktop/Application.h"
 
 #include <QApplication>
-#include <QContextMenuEvent>
-#include <QDragEnterEvent>
-#include <QDropEvent>
-#include <QKeyEvent>
 #include <QMessageBox>
-#include <QMimeData>
-#include <QUrl>
 #include <algorithm>
 #include <utility>
 
@@ -51,27 +45,6 @@ void letGo(DocumentMainWindow& window) {
     window.keepDocument(nullptr);
 }
 
-// Whether an object is a window or a panel, unlike menus and tool tips.
-bool isWindow(const QObject& object) {
-    const auto* const widget = qobject_cast<const QWidget*>(&object);
-    return widget != nullptr &&
-           (widget->windowType() == Qt::Window || widget->windowType() == Qt::Dialog);
-}
-
-// Takes files as a copy or a link, whatever keys are held: the program that they come from removes
-// what was moved. @return false when they can only be moved.
-bool takeAsCopy(QDropEvent& event) {
-    for (const Qt::DropAction action : {Qt::CopyAction, Qt::LinkAction}) {
-        if (event.possibleActions().testFlag(action)) {
-            event.setDropAction(action);
-            event.accept();
-            return true;
-        }
-    }
-    event.ignore();
-    return false;
-}
-
 // Why what stands at a path is no document; "" when it may be one.
 QString reasonNotToOpen(const std::string& path) {
     struct stat status {};
@@ -99,27 +72,6 @@ std::string documentAt(const std::string& path) {
 bool goesToBatch(const std::vector<std::string>& paths) {
     constexpr std::size_t kMostWindows = 3;
     return paths.size() > kMostWindows && PreferencesWindow::opensManyInBatch();
-}
-
-// Shift+F10 opens the menu of what has the focus, which the toolkit does for the menu key alone.
-bool showsMenuOf(QObject* object, const QKeyEvent& key) {
-    auto* const widget = qobject_cast<QWidget*>(object);
-    if (widget == nullptr || key.key() != Qt::Key_F10 || key.modifiers() != Qt::ShiftModifier) {
-        return false;
-    }
-    const QPoint place = widget->inputMethodQuery(Qt::ImCursorRectangle).toRect().center();
-    QContextMenuEvent menu(QContextMenuEvent::Keyboard, place, widget->mapToGlobal(place));
-    return QApplication::sendEvent(widget, &menu) && menu.isAccepted();
-}
-
-std::vector<std::string> pathsOf(const QMimeData& data) {
-    std::vector<std::string> paths;
-    for (const QUrl& url : data.urls()) {
-        if (url.isLocalFile()) {
-            paths.push_back(pathFromQString(url.toLocalFile()));
-        }
-    }
-    return paths;
 }
 
 }  // namespace
@@ -463,72 +415,6 @@ void Application::quit() {
         return;
     }
     terminate();
-}
-
-bool Application::eventFilter(QObject* object, QEvent* event) {
-    switch (event->type()) {
-        case QEvent::WindowActivate: {
-            const auto found =
-                std::find_if(windows_.begin(), windows_.end(),
-                             [object](const WindowPointer& each) { return each.get() == object; });
-            if (found != windows_.end()) {
-                std::rotate(found, found + 1, windows_.end());
-            }
-            break;
-        }
-        case QEvent::Show:
-            if (isWindow(*object)) {
-                static_cast<QWidget*>(object)->setAcceptDrops(true);
-            }
-            break;
-        case QEvent::Hide:
-            if (isLaunched_ && isWindow(*object)) {
-                platform::MainThread::perform([this] { endWhenNothingIsOpen(); });
-            }
-            break;
-        // A view of text that cannot be changed would turn the movement down.
-        case QEvent::DragEnter:
-        case QEvent::DragMove: {
-            auto* const drag = static_cast<QDragMoveEvent*>(event);
-            if (object->isWidgetType() && !pathsOf(*drag->mimeData()).empty()) {
-                const bool isTaken = takeAsCopy(*drag);
-                if (startWindow_) {
-                    startWindow_->setTakesDrop(isTaken);
-                }
-                return true;
-            }
-            break;
-        }
-        case QEvent::DragLeave:
-            if (startWindow_) {
-                startWindow_->setTakesDrop(false);
-            }
-            break;
-        case QEvent::KeyPress:
-            return showsMenuOf(object, *static_cast<QKeyEvent*>(event));
-        case QEvent::Drop: {
-            auto* const drop = static_cast<QDropEvent*>(event);
-            const std::vector<std::string> paths = pathsOf(*drop->mimeData());
-            if (startWindow_) {
-                startWindow_->setTakesDrop(false);
-            }
-            if (object->isWidgetType() && !paths.empty()) {
-                if (takeAsCopy(*drop)) {
-                    // The program that the files come from waits until the drop is done.
-                    const auto* const window = static_cast<QWidget*>(object)->window();
-                    const bool isBatch = batch_ && window == batch_.get();
-                    platform::MainThread::perform([this, paths, isBatch] {
-                        isBatch ? showBatch(paths) : openDocuments(paths);
-                    });
-                }
-                return true;
-            }
-            break;
-        }
-        default:
-            break;
-    }
-    return QObject::eventFilter(object, event);
 }
 
 DocumentMainWindow* Application::windowOf(const std::string& path) const {

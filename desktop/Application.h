@@ -19,6 +19,9 @@
 #include "desktop/PreferencesWindow.h"
 #include "desktop/StartWindow.h"
 
+class QDragMoveEvent;
+class QDropEvent;
+
 namespace vornic {
 
 /// The desktop application: its documents and windows. Main thread only.
@@ -96,6 +99,15 @@ class Application : public QObject, public ApplicationHost, public FileReceiver 
     void leaveStartWindow();
     void bringToFront();
     void endWhenNothingIsOpen();
+    // Whether an object is a window or a panel, unlike menus and tool tips.
+    [[nodiscard]] static bool isWindow(const QObject& object);
+    // The window that the user looks at comes last.
+    void putInFront(const QObject* object);
+    // Shows where files may be dropped that they are taken, or no longer.
+    void showDrag(bool isTaken);
+    // @return whether it is about files, so that nobody else is asked.
+    bool takesDrag(const QObject& object, QDragMoveEvent& drag);
+    bool takesDrop(const QObject& object, QDropEvent& drop);
     void presentError(const QString& message, const QString& info);
     void openInFileManager(const std::string& folder);
 
