@@ -9,7 +9,6 @@
 #include <chrono>
 #include <utility>
 
-#include "base/PathText.h"
 #include "desktop/AlertBox.h"
 #include "desktop/FileIcons.h"
 #include "desktop/OutcomeText.h"
@@ -17,7 +16,6 @@
 #include "desktop/Release.h"
 #include "desktop/Sheet.h"
 #include "desktop/WindowSize.h"
-#include "formats/fcpxml/Bundle.h"
 #include "platform/files/AtomicFile.h"
 
 namespace vornic {
@@ -207,8 +205,6 @@ QWidget* DocumentMainWindow::makeFoot() {
 }
 
 void DocumentMainWindow::saveReport() {
-    const QString proposal = pathToQString(withoutExtension(fcpxml::bundleAround(path_))) +
-                             tr(" report") + QStringLiteral(".txt");
     auto* const panel = new QFileDialog(this, tr("Save Report"));
     panel->setObjectName(QStringLiteral("saveReportPanel"));
     panel->setAttribute(Qt::WA_DeleteOnClose);
@@ -216,7 +212,7 @@ void DocumentMainWindow::saveReport() {
     FileIcons::useIn(*panel);
     panel->setNameFilters({tr("Text files (*.txt)"), tr("All files (*)")});
     panel->setDefaultSuffix(QStringLiteral("txt"));
-    panel->selectFile(proposal);
+    panel->selectFile(proposedPath(tr(" report") + QStringLiteral(".txt")));
     connect(panel, &QFileDialog::fileSelected, this,
             [this](const QString& chosen) { writeReport(pathFromQString(chosen)); });
     panel->open();

@@ -191,6 +191,8 @@ class DocumentMainWindow : public QMainWindow, public DocumentWindow {
     template <typename Result>
     void runOnThread(std::function<Result()> work, std::function<void(const Result&)> then);
     void setActing(bool isActing);
+    // A name for something beside the file, or beside its bundle: "Cut timeline.svg".
+    [[nodiscard]] QString proposedPath(const QString& ending) const;
     // Says so where something is to be saved in the place of the file.
     [[nodiscard]] bool isOwnFile(const std::string& path, const std::string& headline);
     // Says so while nothing is known of the file yet.

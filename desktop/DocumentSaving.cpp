@@ -118,10 +118,8 @@ void DocumentMainWindow::saveFindings() {
     if (isStillLookedAt()) {
         return;
     }
-    QFileDialog* const panel =
-        makePanel(this, "saveFindingsPanel", tr("Save Findings"),
-                  pathToQString(withoutExtension(fcpxml::bundleAround(path_))) + tr(" findings") +
-                      QStringLiteral(".html"));
+    QFileDialog* const panel = makePanel(this, "saveFindingsPanel", tr("Save Findings"),
+                                         proposedPath(tr(" findings") + QStringLiteral(".html")));
     panel->setNameFilters({tr("Web page (*.html)"), tr("PDF (*.pdf)"), tr("Text (*.txt)"),
                            tr("JSON (*.json)"), tr("All files (*)")});
     panel->setDefaultSuffix(QStringLiteral("html"));
@@ -134,6 +132,10 @@ void DocumentMainWindow::saveFindings() {
     connect(panel, &QFileDialog::fileSelected, this,
             [this](const QString& chosen) { saveFindingsTo(pathFromQString(chosen)); });
     panel->open();
+}
+
+QString DocumentMainWindow::proposedPath(const QString& ending) const {
+    return pathToQString(withoutExtension(fcpxml::bundleAround(path_))) + ending;
 }
 
 bool DocumentMainWindow::isOwnFile(const std::string& path, const std::string& headline) {

@@ -1,13 +1,11 @@
 #include <QFileDialog>
 #include <utility>
 
-#include "base/PathText.h"
 #include "desktop/DocumentMainWindow.h"
 #include "desktop/DocumentThread.h"
 #include "desktop/FileIcons.h"
 #include "desktop/QtText.h"
 #include "desktop/timeline/TimelineExport.h"
-#include "formats/fcpxml/Bundle.h"
 
 // What the window of a document does with the timeline of its file.
 
@@ -42,8 +40,7 @@ void DocumentMainWindow::savePicture() {
     FileIcons::useIn(*panel);
     panel->setNameFilters({tr("SVG (*.svg)"), tr("PNG (*.png)"), tr("PDF (*.pdf)")});
     panel->setDefaultSuffix(QStringLiteral("svg"));
-    panel->selectFile(pathToQString(withoutExtension(fcpxml::bundleAround(path_))) +
-                      tr(" timeline") + QStringLiteral(".svg"));
+    panel->selectFile(proposedPath(tr(" timeline") + QStringLiteral(".svg")));
     connect(panel, &QFileDialog::filterSelected, panel, [panel](const QString& filter) {
         const qsizetype dot = filter.indexOf(QStringLiteral("*."));
         panel->setDefaultSuffix(filter.mid(dot + 2).chopped(1));

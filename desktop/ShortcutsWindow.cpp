@@ -7,6 +7,8 @@
 #include <QMenuBar>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+#include <initializer_list>
+#include <utility>
 
 #include "desktop/WindowSize.h"
 
@@ -26,6 +28,14 @@ void addKeys(QTreeWidgetItem& group, const QString& command, const QString& keys
 
 QTreeWidgetItem& addGroup(QTreeWidget& list, const QString& title) {
     return *new QTreeWidgetItem(&list, {title, QString()});
+}
+
+void addGroup(QTreeWidget& list, const QString& title,
+              std::initializer_list<std::pair<QString, QString>> commandsAndKeys) {
+    QTreeWidgetItem& group = addGroup(list, title);
+    for (const auto& [command, keys] : commandsAndKeys) {
+        addKeys(group, command, keys);
+    }
 }
 
 void addMenu(QTreeWidget& list, const QAction& title, const QMenu& menu) {
@@ -56,22 +66,22 @@ ShortcutsWindow::ShortcutsWindow(QMainWindow& window) : QDialog(&window) {
             addMenu(*list, *title, *title->menu());
         }
     }
-    QTreeWidgetItem& everywhere = addGroup(*list, tr("Everywhere"));
-    addKeys(everywhere, tr("Go to the menus"), QStringLiteral("F10"));
-    addKeys(everywhere, tr("Open the menu of what has the focus"), QStringLiteral("Shift+F10"));
-    addKeys(everywhere, tr("Go to the next control"), tr("Tab"));
-    addKeys(everywhere, tr("Choose the marked row, or open it"), tr("Return"));
-    addKeys(everywhere, tr("Close a sheet or the search"), tr("Esc"));
-    addKeys(everywhere, tr("Take a file off the list of recent files"), tr("Del"));
-    QTreeWidgetItem& timeline = addGroup(*list, tr("In the Timeline"));
-    addKeys(timeline, tr("The clip before or behind, on the same track"), tr("Left, Right"));
-    addKeys(timeline, tr("The clip at the same time, on the next track"), tr("Up, Down"));
-    addKeys(timeline, tr("Ten clips back, ten clips on"), tr("PgUp, PgDown"));
-    addKeys(timeline, tr("The first, the last clip of the track"), tr("Home, End"));
-    addKeys(timeline, tr("Open the clip, or show its line"), tr("Return"));
-    addKeys(timeline, tr("Back to the sequence that this one was opened in"), tr("Backspace"));
-    addKeys(timeline, tr("Zoom in, zoom out"), QStringLiteral("Ctrl++, Ctrl+-"));
-    addKeys(timeline, tr("Show the whole sequence"), QStringLiteral("Ctrl+0"));
+    addGroup(*list, tr("Everywhere"),
+             {{tr("Go to the menus"), QStringLiteral("F10")},
+              {tr("Open the menu of what has the focus"), QStringLiteral("Shift+F10")},
+              {tr("Go to the next control"), tr("Tab")},
+              {tr("Choose the marked row, or open it"), tr("Return")},
+              {tr("Close a sheet or the search"), tr("Esc")},
+              {tr("Take a file off the list of recent files"), tr("Del")}});
+    addGroup(*list, tr("In the Timeline"),
+             {{tr("The clip before or behind, on the same track"), tr("Left, Right")},
+              {tr("The clip at the same time, on the next track"), tr("Up, Down")},
+              {tr("Ten clips back, ten clips on"), tr("PgUp, PgDown")},
+              {tr("The first, the last clip of the track"), tr("Home, End")},
+              {tr("Open the clip, or show its line"), tr("Return")},
+              {tr("Back to the sequence that this one was opened in"), tr("Backspace")},
+              {tr("Zoom in, zoom out"), QStringLiteral("Ctrl++, Ctrl+-")},
+              {tr("Show the whole sequence"), QStringLiteral("Ctrl+0")}});
     list->expandAll();
     list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
     list->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstdio>
 #include <memory>
+#include <filesystem>
 #include <string>
 
 #include "desktop/DocumentMainWindow.h"
@@ -174,6 +175,15 @@ TEST_F(DocumentMainWindowTest, reportsWhyTheReportCannotBeSaved) {
     ASSERT_NE(alert(), nullptr);
     EXPECT_EQ(alert()->text(), QStringLiteral("Unable to save the report"));
     EXPECT_FALSE(alert()->informativeText().isEmpty());
+}
+
+TEST_F(DocumentMainWindowTest, proposesToSaveBesideABundleAndNotInIt) {
+    std::filesystem::create_directory(sandbox.path("Cut.fcpxmld"));
+    open(sandbox.write("Cut.fcpxmld/Info.fcpxml", kFCPXML));
+    alertAtTheEnd();
+    window->saveReport();
+    EXPECT_EQ(child<QFileDialog>("saveReportPanel").selectedFiles().first(),
+              QString::fromStdString(sandbox.path("Cut report.txt")));
 }
 
 TEST_F(DocumentMainWindowTest, savesNoReportInThePlaceOfTheFile) {
