@@ -8,8 +8,8 @@
 #include <QTest>
 #include <chrono>
 #include <cstdio>
-#include <memory>
 #include <filesystem>
+#include <memory>
 #include <string>
 
 #include "desktop/DocumentMainWindow.h"
